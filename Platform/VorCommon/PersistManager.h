@@ -1,0 +1,121 @@
+#pragma once
+
+#include "VorCommon/IPersistRegistrar.h"
+#include "VorCommon/IPersistStore.h"
+#include "VorCommon/PersistDomain.h"
+#include "yApi/yThread.h"
+
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace VorCommon {
+
+class ArchiveStore;
+
+/// Owns the persistence thread and the files of the domains: the job is DATA/jobs/NAME.vrjob, the workspace
+/// DATA/workspace.vrdata. The handlers run on that thread while the main loop waits for them.
+class PersistManager : public IPersistRegistrar {
+public:
+    /// Gives the store that handlers see in place of the one given, which outlives it. Called on the persistence
+    /// thread.
+    using StoreDecorator = std::function<std::unique_ptr<IPersistStore>(IPersistStore& store, PersistDomain domain)>;
+
+    struct Environ {
+        std::string dataFolder; ///< created when a domain is first saved
+        std::string job;        ///< completed with ".vrjob"
+        /// Told true before the persistence thread is woken and false when it has answered. May be empty.
+        std::function<void(bool)> setMainLoopBlocked;
+        StoreDecorator decorateStore; ///< may be empty
+    };
+
+    /// The file name of a job: the name given, completed with ".vrjob" where that is missing.
+    /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name that doesn't begin with a dot.
+    static std::string JobFileName(const std::string& name);
+
+    /// Starts the thread; touches no file.
+    /// @throws Vor::Exception yERROR_PARAMETER for a bad job name.
+    explicit PersistManager(Environ environ);
+    /// Ends the thread, after what was asked of it. Handlers must be gone, or outlive this.
+    ~PersistManager();
+
+    PersistManager(const PersistManager&) = delete;
+    PersistManager& operator=(const PersistManager&) = delete;
+
+    unsigned long long Register(IPersistHandler& handler, const std::string& text) override;
+    void Deregister(unsigned long long id) override;
+    void Announce(IPersistHandler& handler, PersistDomain domain, int flag) override;
+
+    /// Initialises each domain that has no file and loads the others, the workspace first. Main loop only; blocks.
+    /// A failing handler is logged and doesn't keep the others from their turn, unless what it throws is no
+    /// std::exception, which ends that domain's turn.
+    /// @throws Vor::Exception when a file isn't a readable archive, naming file and reason; no handler was called then
+    ///         and no file was touched.
+    void Load();
+
+    /// Saves the domain. Main loop only; blocks while the handlers write, but not while the file is written.
+    /// @return ready when the file is safely on the disk; its get() throws when that failed, and the file is then as
+    ///         it was. The failure is also logged.
+    std::shared_future<void> Save(PersistDomain domain);
+
+    /// The file name of the loaded job with its extension; empty before the first Load(). Any thread.
+    std::string LoadedJob() const;
+    /// Whether a change was announced since the domain was last loaded or saved. Any thread.
+    bool IsModified(PersistDomain domain) const;
+    /// Where the domain's file is or would be.
+    std::string FilePath(PersistDomain domain) const;
+
+private:
+    struct Handler {
+        unsigned long long id;
+        IPersistHandler* handler;
+        std::string text;
+    };
+
+    using HandlerCall = std::function<void(IPersistHandler&, IPersistStore&)>;
+
+    static constexpr std::size_t domainCount = 2;
+
+    static std::size_t IndexOf(PersistDomain domain);
+
+    void RunThread();
+    void PostAndWait(std::packaged_task<void()> step, std::function<void()> after);
+    void LoadDomains();
+    void SaveHandlers(PersistDomain domain, ArchiveStore& store);
+    void Commit(PersistDomain domain, ArchiveStore& store);
+    void CallHandlers(PersistDomain domain, const char* action, IPersistStore& store, bool stopAtFailure,
+                      const HandlerCall& call);
+    IPersistHandler* BeginCall(unsigned long long id);
+    void EndCall();
+
+    const Environ environ;
+    const std::string jobFile;
+    std::array<std::unique_ptr<ArchiveStore>, domainCount> stores; // persistence thread only
+    std::array<std::atomic<bool>, domainCount> modified{};
+    std::atomic<bool> jobLoaded{false};
+
+    // Guards the handlers and the running id. A leaf: nothing else is locked and no handler is called under it.
+    mutable std::mutex handlersMutex;
+    std::condition_variable callEnded;
+    std::vector<Handler> handlers;
+    unsigned long long lastId = 0;
+    unsigned long long runningId = 0;
+
+    // Guards the queue of the thread and its end. A leaf.
+    std::mutex queueMutex;
+    std::condition_variable queueChanged;
+    std::deque<std::function<void()>> queue;
+    bool ending = false;
+
+    yThread thread = nullptr;
+};
+
+} // namespace VorCommon
