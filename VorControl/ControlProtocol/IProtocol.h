@@ -1,0 +1,122 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "VorApi/Event.h"
+#include "VorApi/Params/Group.h"
+#include "VorCommon/IMetricsKeeper.h"
+#include "VorCommon/IMetricsSource.h"
+#include "VorCommon/PersistDomain.h"
+#include "VorControl/ControlProtocol/ProtocolPersistOptions.h"
+#include "VorControl/ControlProtocol/ProtocolStatus.h"
+
+namespace VorControl {
+class IControlHost;
+}
+
+namespace VorControl::ControlProtocol {
+
+class IProtocolRegisterAssembly;
+
+/// The contract between the framework and a control service. Services derive from ProtocolBase, which gives each
+/// operation but Start and Stop a default. "Not implemented" is a Vor::Exception with yERROR_UNIMPLEMENTED, "not found"
+/// one with yERROR_NOT_FOUND, both without a text.
+class IProtocol : public VorCommon::IMetricsKeeper, public VorCommon::IMetricsSource {
+public:
+    using ParamsInternalUpdateEvent = Vor::Event<bool>;
+    using OutputsInternalUpdateEvent = Vor::Event<bool>;
+    using PersistenceDomainChangeEvent = Vor::Event<VorCommon::PersistDomain>;
+
+    ~IProtocol() override = default;
+
+    virtual const std::string& DisplayName() const = 0;
+    /// Needs no lock.
+    virtual ProtocolStatus GetProtocolStatus() const = 0;
+
+    /// Called after the parameters were changed from outside, on the thread that changed them, inside the update gate.
+    virtual void ParamsUpdate() = 0;
+    virtual void ParamsReset() = 0;
+
+    /// Called on the main loop or on the persistence thread while the main loop waits for it, inside the update gate:
+    /// never wait here for another thread that needs the gate or the main loop. A failure is thrown, after the status
+    /// was set. May be called on a service that is started, which then starts anew with its present parameters.
+    virtual void Start() = 0;
+    /// As Start. Ends within 200 ms, and leaves no thread of the service in its scan results' handling or its clients'.
+    virtual void Stop() = 0;
+
+    /// Only between the two lock operations; fails with yERROR_STATE otherwise. The reference is good until EndLock.
+    virtual Vor::Params::Group& Properties() const = 0;
+    /// Never nest: the inner end closes the outer bracket too.
+    virtual void NonPersistentPropertiesBeginLock() = 0;
+    virtual void NonPersistentPropertiesEndLock() = 0;
+
+    virtual void BeginUpdateParams(const char* version) = 0;
+    virtual void EndUpdateParams() = 0;
+    /// Not found when the service has none.
+    virtual Vor::Params::Group& Params() const = 0;
+    virtual const char* ParamsVersion() const = 0;
+
+    /// The flag of the event says whether the change is to be persisted. A removal clears the id, and ignores an
+    /// unset one.
+    virtual ParamsInternalUpdateEvent::CallbackId
+    AddParamsInternalUpdateEventHandler(std::function<void(bool)> handler) = 0;
+    virtual void RemoveParamsInternalUpdateEventHandler(ParamsInternalUpdateEvent::CallbackId& id) = 0;
+    virtual void NotifyParamsInternalUpdateEventHandler(bool persist) = 0;
+
+    virtual OutputsInternalUpdateEvent::CallbackId
+    AddOutputsInternalUpdateEventHandler(std::function<void(bool)> handler) = 0;
+    virtual void RemoveOutputsInternalUpdateEventHandler(OutputsInternalUpdateEvent::CallbackId& id) = 0;
+    virtual void NotifyOutputsInternalUpdateEventHandler(bool persist) = 0;
+
+    virtual PersistenceDomainChangeEvent::CallbackId
+    AddPersistenceDomainChangeEventHandler(std::function<void(VorCommon::PersistDomain)> handler) = 0;
+    virtual void RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId& id) = 0;
+    /// A service can't report the job domain as changed: that one is logged and raises nothing.
+    virtual void NotifyPersistenceDomainChangeEventHandler(VorCommon::PersistDomain domain) = 0;
+
+    /// Called on the service's own dispatcher thread with a yArrayList of ResultSet handles, at least one, in order of
+    /// arrival. The list and its sets are valid only during the call; take a share of what is to be kept. Must not
+    /// add or remove scan result handlers, nor set the forwarding or the filtering of scan results.
+    virtual void ProcessResultSets(void* resultSets) = 0;
+    /// A second call adds nothing.
+    virtual void AddControlScanResultsHandler() = 0;
+    /// Waits for a batch that is being processed.
+    virtual void RemoveControlScanResultsHandler() = 0;
+
+    /// Called after the assembly of that id was changed from outside. Not implemented by default.
+    virtual void RegisterAssemblyUpdate(const char* assemblyId) = 0;
+    /// Whether a group is bound that isn't empty.
+    virtual bool HasRegisterAssemblyGroup() const = 0;
+    virtual bool HasRegisterAssembly(const char* assemblyId) const = 0;
+    virtual std::shared_ptr<IProtocolRegisterAssembly> RegisterAssembly(const char* assemblyId) const = 0;
+    virtual std::vector<std::string> RegisterAssemblyList() const = 0;
+    virtual void ConfigureDefaultRegisterAssembly() = 0;
+
+    /// The names of the data sources that the service needs; the scan results are filtered by them.
+    virtual std::vector<std::string> DataSourceList() const = 0;
+
+    virtual void OnPreStartScan() = 0;
+    virtual void OnPostStopScan() = 0;
+    virtual void OnFactoryRestore() = 0;
+
+    /// Whether the domain's options have any bit of `option`.
+    virtual bool HasPersistOption(VorCommon::PersistDomain domain, ProtocolPersistOptions option) const = 0;
+    virtual void OnPersistDomainLoaded(VorCommon::PersistDomain domain) = 0;
+    /// The document that is kept in the workspace domain; read when it is saved, assigned when it is loaded.
+    virtual nlohmann::json& WorkspacePersistData() = 0;
+    virtual ProtocolPersistOptions PersistOptions(VorCommon::PersistDomain domain) const = 0;
+
+    virtual IControlHost& GetControlHost() = 0;
+    virtual const IControlHost& GetControlHost() const = 0;
+
+protected:
+    /// The scan is about to start (true) or has stopped (false).
+    virtual void ScanStateChangeImpl(bool started) = 0;
+};
+
+} // namespace VorControl::ControlProtocol
