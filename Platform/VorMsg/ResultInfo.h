@@ -1,0 +1,29 @@
+#pragma once
+
+#include "yApi/yObject.h"
+
+#include <cstdint>
+#include <string_view>
+
+/// What a result item is: its kind and the data source that it comes from. A shared object.
+using ResultInfo = void*;
+
+extern const yType yType_ResultInfo;
+
+/// Kinds of results.
+inline constexpr std::uint16_t ResultInfo_TypeStamp = 11;
+inline constexpr std::uint16_t ResultInfo_TypeMeasurement = 19;
+inline constexpr std::uint16_t ResultInfo_TypeString = 20;
+
+/// The numeric id of a data source: std::hash of its text. Whoever publishes results and whoever filters them get it
+/// from here.
+unsigned long ResultInfo_IdOfText(std::string_view text);
+
+/// Numeric id is that of `source`.
+yStatus ResultInfo_Construct(ResultInfo* info, std::uint16_t type, std::string_view source,
+                             yAllocator allocator = nullptr);
+
+std::uint16_t ResultInfo_Type(ResultInfo info);
+unsigned long ResultInfo_NumericId(ResultInfo info);
+/// The data source; valid as long as the info.
+const char* ResultInfo_Source(ResultInfo info);
