@@ -58,6 +58,9 @@ public:
     ~Sensor() {
         kill(process, SIGTERM);
         waitpid(process, nullptr, 0);
+        if (reader.joinable()) {
+            reader.join();
+        }
         std::fclose(output);
     }
 
@@ -78,11 +81,11 @@ public:
 
     // Reads what the sensor prints, so that it never waits for us.
     void Drain() {
-        std::thread([this] {
+        reader = std::thread([this] {
             char line[1024];
             while (std::fgets(line, sizeof line, output) != nullptr) {
             }
-        }).detach();
+        });
     }
 
     long ResidentKilobytes() const {
@@ -98,6 +101,7 @@ public:
 private:
     pid_t process = -1;
     FILE* output = nullptr;
+    std::thread reader;
 };
 
 double MedianOf(const std::vector<long>& readings, std::size_t first) {
