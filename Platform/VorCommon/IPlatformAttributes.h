@@ -1,0 +1,19 @@
+#pragma once
+
+namespace VorCommon {
+
+/// What kind of platform this is. None, or more than one, may be true. From any thread.
+class IPlatformAttributes {
+public:
+    virtual bool IsPhysicalSensor() const = 0;
+    virtual bool IsPhysicalVorbox() const = 0;
+    virtual bool IsVirtualSensor() const = 0;
+    virtual bool IsVirtualVorbox() const = 0;
+    virtual bool IsVorsuiteServiceApp() const = 0;
+    virtual bool IsVorsuiteDaemon() const = 0;
+
+protected:
+    ~IPlatformAttributes() = default;
+};
+
+} // namespace VorCommon

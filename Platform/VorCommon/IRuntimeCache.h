@@ -1,0 +1,19 @@
+#pragma once
+
+namespace VorCommon {
+
+/// Values that hold for as long as the system runs and that its processes share. From any thread.
+class IRuntimeCache {
+public:
+    enum class ServiceState { Stopped = 0, Running = 1 };
+
+    virtual ServiceState ProfinetServiceRunningState() const = 0;
+    virtual void SetProfinetServiceRunningState(ServiceState state) = 0;
+    /// True while the main loop must not be waited for, since it waits itself.
+    virtual bool IsMainLoopBlocked() const = 0;
+
+protected:
+    ~IRuntimeCache() = default;
+};
+
+} // namespace VorCommon

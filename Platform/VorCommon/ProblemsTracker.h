@@ -1,0 +1,36 @@
+#pragma once
+
+#include "VorCommon/ProblemsManager.h"
+
+#include <mutex>
+#include <set>
+
+namespace VorCommon {
+
+/// Remembers the problems that one owner has raised, by run: the end of a run withdraws those of earlier runs that
+/// weren't registered in this one. No lock is held between the calls.
+class ProblemsTracker {
+public:
+    /// The manager is borrowed and may be null.
+    explicit ProblemsTracker(ProblemsManager* manager);
+    /// Withdraws all.
+    ~ProblemsTracker();
+    ProblemsTracker(const ProblemsTracker&) = delete;
+    ProblemsTracker& operator=(const ProblemsTracker&) = delete;
+
+    /// Begins a run; one that was left open counts as an earlier one.
+    void Begin();
+    void Register(ProblemsManager::Handle problem);
+    /// Without a run it does nothing.
+    void End();
+
+private:
+    ProblemsManager* const manager;
+    /// Guards the rest; ranks before the manager's.
+    std::mutex mutex;
+    bool open = false;
+    std::set<ProblemsManager::Handle> earlier;
+    std::set<ProblemsManager::Handle> current;
+};
+
+} // namespace VorCommon

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "VorCommon/IRuntimeCache.h"
+
+#include <atomic>
+
+namespace VorCommon {
+
+class RuntimeCache final : public IRuntimeCache {
+public:
+    /// Says that the main loop is blocked for as long as one lives. They may overlap.
+    class MainLoopBlock {
+    public:
+        explicit MainLoopBlock(RuntimeCache& cache);
+        ~MainLoopBlock();
+        MainLoopBlock(const MainLoopBlock&) = delete;
+        MainLoopBlock& operator=(const MainLoopBlock&) = delete;
+
+    private:
+        RuntimeCache& cache;
+    };
+
+    ServiceState ProfinetServiceRunningState() const override;
+    void SetProfinetServiceRunningState(ServiceState state) override;
+    bool IsMainLoopBlocked() const override;
+
+private:
+    std::atomic<ServiceState> profinetState{ServiceState::Stopped};
+    std::atomic<int> blocks{0};
+};
+
+} // namespace VorCommon

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "VorApi/Event.h"
+#include "VorPlugin/PluginEvent.h"
+#include "VorPlugin/PluginLib.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace VorPlugin {
+
+/// Opens plug-in libraries and keeps them. On the main loop only; its events are raised there too.
+//
+/// A library exports, from its own file,
+///   extern "C" yStatus yPlugin_ConstructAssembly(yAssembly*);
+///   extern "C" const char* yPlugin_AssemblyVersion();
+///   extern "C" const char* yPlugin_PlatformVersion();   // "1.0.0.0"
+///   extern "C" yStatus yPlugin_Publish(VorPlugin::PluginLib&);
+/// and is opened with local binding, so its names stand in nobody's way.
+class PluginManager {
+public:
+    /// A file that wasn't taken in, and why.
+    struct Refusal {
+        std::string path;
+        std::string reason;
+    };
+
+    PluginManager();
+    /// Unloads all libraries, the last one first, with their events.
+    ~PluginManager();
+    PluginManager(const PluginManager&) = delete;
+    PluginManager& operator=(const PluginManager&) = delete;
+
+    /// Opens one file and raises the loaded event. A file that is refused leaves nothing behind; it is noted among the
+    /// refusals, and a Vor::Exception names it and what was expected.
+    const PluginLib& Load(const std::filesystem::path& file);
+    /// Opens each "*.so" of a folder, in order of name; one that is refused is logged and noted. Throws -999 when the
+    /// folder can't be read.
+    void LoadFolder(const std::filesystem::path& folder);
+    /// Takes in plug-ins of the program itself, as a library without a file, and raises the loaded event.
+    const PluginLib& Add(std::unique_ptr<PluginLib> lib);
+
+    /// Raises the unloading event, drops the plug-ins and gives back the assembly. Throws -999 for a library that isn't
+    /// here. The code stays in the process until the manager goes, since services that it made may still run.
+    void Unload(const PluginLib& lib);
+
+    std::size_t Count() const;
+    /// Throws -997 at or past the count.
+    const PluginLib& At(std::size_t index) const;
+    const std::vector<Refusal>& Refusals() const;
+
+    /// What a handler throws is logged.
+    Vor::Event<const PluginLib&, PluginEvent>& LoadEvent();
+
+private:
+    struct Library;
+
+    void Refuse(const std::filesystem::path& file);
+    void Raise(const PluginLib& lib, PluginEvent event);
+    void Release(Library& library);
+
+    std::vector<std::unique_ptr<Library>> libraries;
+    /// Handles of opened files whose code is no longer used by the manager itself.
+    std::vector<std::shared_ptr<void>> retired;
+    std::vector<Refusal> refusals;
+    Vor::Event<const PluginLib&, PluginEvent> loadEvent;
+};
+
+} // namespace VorPlugin
