@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Sensor/Scan/Recording.h"
+#include "Sensor/StartError.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace Sensor::Scan {
+
+/// Reads a recording: comma-separated text with one header line, `frame,x,z` (a point a row, millimetres) or
+/// `frame,name,value` (a named value a row). Rows of a frame stand together and frames ascend; what their numbers skip
+/// is no frame. Lines end with LF or CR LF, fields are unquoted, a byte order mark is skipped. Whatever isn't exactly
+/// that is refused whole, with a StartError of the form "FILE, line N: reason".
+class RecordingParser {
+public:
+    /// Each of these is refused when it is exceeded.
+    static constexpr std::size_t MaxFileBytes = 256U << 20;
+    static constexpr std::size_t MaxLineBytes = 1024;
+    static constexpr std::size_t MaxNameBytes = 128;
+    static constexpr std::size_t MaxNames = 1024;
+
+    static Recording ReadFile(const std::filesystem::path& file);
+
+    /// `file` only names the text in errors.
+    static Recording Parse(std::string_view text, const std::string& file);
+
+private:
+    RecordingParser(std::string_view text, const std::string& file);
+
+    Recording Run();
+    void ParseHeader();
+    void ParseRow(std::string_view line);
+    void BeginFrame(std::uint64_t number);
+    void AddPoint(std::string_view x, std::string_view z);
+    void AddValue(std::string_view name, std::string_view value);
+    std::uint32_t NameIndex(std::string_view name);
+    std::uint64_t FrameNumber(std::string_view field) const;
+    double Number(std::string_view field, const char* column) const;
+
+    bool AtEnd() const;
+    std::string_view NextLine();
+    [[noreturn]] void Refuse(const std::string& reason) const;
+
+    std::string_view rest;
+    const std::string& file;
+    std::size_t lineNumber = 0;
+    std::uint64_t frameNumber = 0;
+    std::unordered_map<std::string_view, std::uint32_t> nameIndices;
+    /// By name: the count of frames when it was last seen.
+    std::vector<std::size_t> lastSeen;
+    Recording recording;
+};
+
+} // namespace Sensor::Scan
