@@ -15,6 +15,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace VorCommon {
@@ -58,7 +59,7 @@ public:
     /// A failing handler is logged and doesn't keep the others from their turn, unless what it throws is no
     /// std::exception, which ends that domain's turn.
     /// @throws Vor::Exception when a file isn't a readable archive, naming file and reason; no handler was called then
-    ///         and no file was touched.
+    ///         and no file was changed.
     void Load();
 
     /// Saves the domain. Main loop only; blocks while the handlers write, but not while the file is written.
@@ -80,21 +81,26 @@ private:
         std::string text;
     };
 
-    using HandlerCall = std::function<void(IPersistHandler&, IPersistStore&)>;
+    struct LoadedDomain {
+        PersistDomain domain;
+        bool hasFile;
+        std::unique_ptr<ArchiveStore> store;
+        std::unique_ptr<IPersistStore> decorated;
+    };
 
     static constexpr std::size_t domainCount = 2;
 
     static std::size_t IndexOf(PersistDomain domain);
 
     void RunThread();
-    void PostAndWait(std::packaged_task<void()> step, std::function<void()> after);
+    void RunWhileWaiting(std::function<void()> step, std::function<void()> after);
     void LoadDomains();
-    void SaveHandlers(PersistDomain domain, ArchiveStore& store);
-    void Commit(PersistDomain domain, ArchiveStore& store);
-    void CallHandlers(PersistDomain domain, const char* action, IPersistStore& store, bool stopAtFailure,
-                      const HandlerCall& call);
-    IPersistHandler* BeginCall(unsigned long long id);
-    void EndCall();
+    void LoadHandlers(const LoadedDomain& loaded);
+    void CommitInitialised();
+    void SaveHandlers(PersistDomain domain);
+    void LogFailedSave(PersistDomain domain, const std::exception_ptr& failure);
+    std::vector<unsigned long long> HandlerIds() const;
+    void CallHandler(unsigned long long id, std::string& component, const std::function<void(IPersistHandler&)>& call);
 
     const Environ environ;
     const std::string jobFile;
@@ -102,12 +108,14 @@ private:
     std::array<std::atomic<bool>, domainCount> modified{};
     std::atomic<bool> jobLoaded{false};
 
-    // Guards the handlers and the running id. A leaf: nothing else is locked and no handler is called under it.
+    // Guards the handlers and what is told of the running call. A leaf: nothing else is locked and no handler is called
+    // under it.
     mutable std::mutex handlersMutex;
     std::condition_variable callEnded;
     std::vector<Handler> handlers;
     unsigned long long lastId = 0;
-    unsigned long long runningId = 0;
+    unsigned long long runningId = 0; // 0: none
+    std::thread::id runningThread;
 
     // Guards the queue of the thread and its end. A leaf.
     std::mutex queueMutex;

@@ -1,0 +1,329 @@
+#include "VorCommon/ArchiveFile.h"
+
+#include "Vor/Exception.h"
+#include "yApi/yFault.h"
+#include "yApi/yStatus.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
+
+namespace VorCommon {
+
+namespace {
+
+constexpr int busyTimeoutMilliseconds = 1000;
+constexpr sqlite3_int64 regularFileMode = S_IFREG | 0644;
+
+[[noreturn]] void Refuse(const std::string& path, yStatus status, const std::string& reason) {
+    Vor::Throw(status, "Archive '%s': %s.", path, reason);
+}
+
+yStatus StatusOf(int result) {
+    switch (result & 0xFF) {
+    case SQLITE_NOTADB:
+    case SQLITE_CORRUPT:
+    case SQLITE_TOOBIG:
+        return yERROR_FORMAT;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return yERROR_BUSY;
+    default:
+        return yERROR;
+    }
+}
+
+/// An open database. Closing one with a transaction under way takes the transaction back.
+class Database {
+public:
+    Database(const std::string& path, int flags)
+        : path(path) {
+        const int result =
+            sqlite3_open_v2(path.c_str(), &handle, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+        if (result != SQLITE_OK) {
+            const std::string reason = handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(result);
+            sqlite3_close(handle);
+            Refuse(path, StatusOf(result), reason);
+        }
+        sqlite3_busy_timeout(handle, busyTimeoutMilliseconds);
+        sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, static_cast<int>(2 * ArchiveFile::maxEntrySize));
+        // A stranger's file brings its own schema: nothing of it is run.
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+    }
+
+    ~Database() { sqlite3_close(handle); }
+
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    sqlite3* Handle() const { return handle; }
+    const std::string& Path() const { return path; }
+
+    void Check(int result) const {
+        if (result != SQLITE_OK && result != SQLITE_ROW && result != SQLITE_DONE) {
+            Refuse(path, StatusOf(result), sqlite3_errmsg(handle));
+        }
+    }
+
+    void Execute(const char* sql) const { Check(sqlite3_exec(handle, sql, nullptr, nullptr, nullptr)); }
+
+private:
+    std::string path;
+    sqlite3* handle = nullptr;
+};
+
+class Statement {
+public:
+    Statement(const Database& database, const char* sql)
+        : database(database) {
+        database.Check(sqlite3_prepare_v2(database.Handle(), sql, -1, &handle, nullptr));
+    }
+
+    ~Statement() { sqlite3_finalize(handle); }
+
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    sqlite3_stmt* Handle() const { return handle; }
+
+    bool Step() {
+        const int result = sqlite3_step(handle);
+        database.Check(result);
+        return result == SQLITE_ROW;
+    }
+
+    void Rewind() { sqlite3_reset(handle); }
+
+    void BindText(int index, const std::string& text) {
+        database.Check(sqlite3_bind_text(handle, index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT));
+    }
+
+    void BindInteger(int index, sqlite3_int64 value) { database.Check(sqlite3_bind_int64(handle, index, value)); }
+
+    /// The bytes are borrowed until the statement is rewound.
+    void BindBlob(int index, const std::vector<unsigned char>& bytes) {
+        const int result = bytes.empty() ? sqlite3_bind_zeroblob(handle, index, 0)
+                                         : sqlite3_bind_blob(handle, index, bytes.data(),
+                                                             static_cast<int>(bytes.size()), SQLITE_STATIC);
+        database.Check(result);
+    }
+
+private:
+    const Database& database;
+    sqlite3_stmt* handle = nullptr;
+};
+
+void RequireArchiveTable(const Database& database) {
+    Statement find(database, "SELECT 1 FROM sqlite_schema WHERE name = 'sqlar' AND type = 'table' AND rootpage > 0");
+    if (!find.Step()) {
+        Refuse(database.Path(), yERROR_FORMAT, "it is a database without the table of an archive");
+    }
+}
+
+/// One row of `SELECT name, mode, sz, data`.
+class Row {
+public:
+    Row(const Database& database, sqlite3_stmt* row)
+        : database(database)
+        , row(row) {
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(row, 0));
+        const auto size = static_cast<std::size_t>(sqlite3_column_bytes(row, 0));
+        if (sqlite3_column_type(row, 0) != SQLITE_TEXT || text == nullptr || size == 0 ||
+            size > ArchiveFile::maxNameSize || std::strlen(text) != size) {
+            Refuse(database.Path(), yERROR_FORMAT, "the name of an entry is missing, too long or not a text");
+        }
+        name.assign(text, size);
+        type = static_cast<unsigned>(sqlite3_column_int64(row, 1)) & S_IFMT;
+    }
+
+    const std::string& Name() const { return name; }
+    bool IsFolder() const { return type == S_IFDIR; }
+
+    /// `sz` is the size of the content; where the data are shorter they are a zlib stream.
+    ArchiveFile::Content Content() const {
+        if (type == S_IFLNK) {
+            RefuseEntry("is a symbolic link");
+        }
+        const sqlite3_int64 declared = sqlite3_column_int64(row, 2);
+        if (declared < 0 || static_cast<std::size_t>(declared) > ArchiveFile::maxEntrySize) {
+            RefuseEntry("has a bad size");
+        }
+        const auto* data = static_cast<const unsigned char*>(sqlite3_column_blob(row, 3));
+        const auto stored = static_cast<std::size_t>(sqlite3_column_bytes(row, 3));
+        const auto size = static_cast<std::size_t>(declared);
+        if (stored == size) {
+            return std::make_shared<const std::vector<unsigned char>>(data, data + stored);
+        }
+        auto content = std::make_shared<std::vector<unsigned char>>(size);
+        uLongf inflated = size;
+        if (stored > size || uncompress(content->data(), &inflated, data, stored) != Z_OK || inflated != size) {
+            RefuseEntry("can't be uncompressed to its size");
+        }
+        return content;
+    }
+
+private:
+    [[noreturn]] void RefuseEntry(const char* reason) const {
+        Refuse(database.Path(), yERROR_FORMAT, "entry '" + name + "' " + reason);
+    }
+
+    const Database& database;
+    sqlite3_stmt* row;
+    std::string name;
+    unsigned type = 0;
+};
+
+void WriteEntries(const Database& database, const ArchiveFile::Entries& entries) {
+    // Not an upsert: a stranger's table may lack the primary key.
+    Statement remove(database, "DELETE FROM sqlar WHERE name = ?1");
+    Statement insert(database, "INSERT INTO sqlar(name, mode, mtime, sz, data) VALUES(?1, ?2, ?3, ?4, ?5)");
+    const std::time_t now = std::time(nullptr);
+    for (const auto& [name, content] : entries) {
+        remove.BindText(1, name);
+        remove.Step();
+        remove.Rewind();
+        insert.BindText(1, name);
+        insert.BindInteger(2, regularFileMode);
+        insert.BindInteger(3, now);
+        insert.BindInteger(4, static_cast<sqlite3_int64>(content->size()));
+        insert.BindBlob(5, *content);
+        insert.Step();
+        insert.Rewind();
+    }
+}
+
+/// Rollback journal, and the disk is waited for.
+void MakeCrashSafe(const Database& database) {
+    database.Execute("PRAGMA journal_mode = DELETE");
+    database.Execute("PRAGMA synchronous = FULL");
+}
+
+void CheckSystemCall(int result, const std::string& path, const char* what) {
+    if (result != 0) {
+        Refuse(path, yERROR, std::string(what) + ": " + std::strerror(errno));
+    }
+}
+
+/// A file's name is safe only when its folder is.
+void SyncFolderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    CheckSystemCall(descriptor < 0 ? -1 : 0, path, "can't open its folder");
+    const int result = fsync(descriptor);
+    const int error = errno;
+    close(descriptor);
+    errno = error;
+    CheckSystemCall(result, path, "can't synchronise its folder");
+}
+
+void CheckFault(const char* name, const std::string& path) {
+    const yStatus status = yFault_Check(name);
+    if (status != yOK) {
+        Refuse(path, status, "the disk failed");
+    }
+}
+
+} // namespace
+
+ArchiveFile::ArchiveFile(std::string path)
+    : path(std::move(path)) {}
+
+bool ArchiveFile::Exists() const {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    return status.type() != std::filesystem::file_type::not_found;
+}
+
+ArchiveFile::Entries ArchiveFile::Read() const {
+    CheckFault("ArchiveFile_Read", path);
+    if (!Exists()) {
+        Refuse(path, yERROR_NOT_FOUND, "there is no such file");
+    }
+    // Not read-only: only a writer can take an interrupted save back. SQLite itself falls back to reading where it
+    // mayn't write.
+    const Database database(path, SQLITE_OPEN_READWRITE);
+    RequireArchiveTable(database);
+    Statement select(database, "SELECT name, mode, sz, data FROM sqlar");
+    Entries entries;
+    std::size_t rowCount = 0;
+    std::size_t totalSize = 0;
+    while (select.Step()) {
+        if (++rowCount > maxEntryCount) {
+            Refuse(path, yERROR_FORMAT, "it has more than " + std::to_string(maxEntryCount) + " entries");
+        }
+        const Row row(database, select.Handle());
+        if (row.IsFolder()) {
+            continue;
+        }
+        Content content = row.Content();
+        totalSize += content->size();
+        if (totalSize > maxTotalSize) {
+            Refuse(path, yERROR_FORMAT, "its content is larger than " + std::to_string(maxTotalSize) + " bytes");
+        }
+        if (!entries.emplace(row.Name(), std::move(content)).second) {
+            Refuse(path, yERROR_FORMAT, "entry '" + row.Name() + "' stands twice");
+        }
+    }
+    return entries;
+}
+
+void ArchiveFile::Write(const Entries& entries) {
+    CheckFault("ArchiveFile_Write", path);
+    if (!Exists()) {
+        Create(entries);
+        return;
+    }
+    {
+        const Database database(path, SQLITE_OPEN_READWRITE);
+        RequireArchiveTable(database);
+        MakeCrashSafe(database);
+        database.Execute("BEGIN IMMEDIATE");
+        WriteEntries(database, entries);
+        CheckFault("ArchiveFile_Commit", path);
+        database.Execute("COMMIT");
+    }
+    SyncFolderOf(path);
+}
+
+/// The file is made beside its place and appears there whole. Its name begins with a dot, so it is no job.
+void ArchiveFile::Create(const Entries& entries) {
+    const std::filesystem::path place(path);
+    const std::string made = (place.parent_path() / ("." + place.filename().string() + ".new")).string();
+    std::error_code error;
+    if (place.has_parent_path()) {
+        std::filesystem::create_directories(place.parent_path(), error);
+        if (error) {
+            Refuse(path, yERROR, "can't create its folder: " + error.message());
+        }
+    }
+    // The journal of a file that is gone would be taken for the new file's.
+    for (const std::string& leftover : {made, made + "-journal", path + "-journal"}) {
+        std::filesystem::remove(leftover, error);
+    }
+    {
+        const Database database(made, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+        MakeCrashSafe(database);
+        database.Execute("BEGIN IMMEDIATE");
+        database.Execute("CREATE TABLE sqlar(name TEXT PRIMARY KEY, mode INT, mtime INT, sz INT, data BLOB)");
+        WriteEntries(database, entries);
+        CheckFault("ArchiveFile_Commit", path);
+        database.Execute("COMMIT");
+    }
+    CheckSystemCall(std::rename(made.c_str(), path.c_str()), path, "can't be put in its place");
+    SyncFolderOf(path);
+}
+
+} // namespace VorCommon

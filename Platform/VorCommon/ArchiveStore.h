@@ -1,0 +1,43 @@
+#pragma once
+
+#include "VorCommon/ArchiveFile.h"
+#include "VorCommon/IPersistStore.h"
+
+#include <cstddef>
+#include <string>
+
+namespace VorCommon {
+
+/// The files of one domain, held in memory between the read and the commit of its archive. The path
+/// "/controls/x/config.json" is the entry "controls/x/config.json". Not thread-safe.
+class ArchiveStore : public IPersistStore {
+public:
+    explicit ArchiveStore(std::string filePath);
+
+    /// Reads the archive if there is one.
+    /// @return false when there is none.
+    /// @throws Vor::Exception as ArchiveFile::Read(); the store is then as it was.
+    bool Open();
+
+    PersistBuffer Read(const std::string& path) const override;
+    /// Kept in memory until Commit().
+    void Write(const std::string& path, const void* bytes, std::size_t size) override;
+    bool Exists(const std::string& path) const override;
+
+    /// Puts what was written since the last commit into the archive, all or nothing. With nothing written an existing
+    /// archive isn't touched, and without content none is made.
+    /// @throws Vor::Exception as ArchiveFile::Write(); what was written is then forgotten.
+    void Commit();
+    /// Forgets what was written since the last commit.
+    void Discard();
+
+private:
+    const ArchiveFile::Content* Find(const std::string& name) const;
+    void RequireRoom(const std::string& name, std::size_t size) const;
+
+    ArchiveFile file;
+    ArchiveFile::Entries committed;
+    ArchiveFile::Entries written;
+};
+
+} // namespace VorCommon

@@ -1,0 +1,342 @@
+#include "VorCommon/PersistManager.h"
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorCommon/ArchiveStore.h"
+#include "VorCommon/IPersistHandler.h"
+#include "yApi/yStatus.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+namespace VorCommon {
+
+namespace {
+
+constexpr const char* jobExtension = ".vrjob";
+constexpr std::size_t maxFileNameSize = 255;
+
+/// The main loop counts as blocked for as long as this lives.
+class BlockedScope {
+public:
+    explicit BlockedScope(const std::function<void(bool)>& setBlocked)
+        : setBlocked(setBlocked) {
+        Set(true);
+    }
+
+    ~BlockedScope() { Set(false); }
+
+    BlockedScope(const BlockedScope&) = delete;
+    BlockedScope& operator=(const BlockedScope&) = delete;
+
+private:
+    void Set(bool blocked) const {
+        if (setBlocked) {
+            setBlocked(blocked);
+        }
+    }
+
+    const std::function<void(bool)>& setBlocked;
+};
+
+/// The failure of the call as a pointer, null without one. The caught object's handler has ended on return, so that
+/// the pointer may be handed to another thread.
+template <typename Function>
+std::exception_ptr FailureOf(const Function& function) {
+    try {
+        function();
+    } catch (...) {
+        return std::current_exception();
+    }
+    return nullptr;
+}
+
+} // namespace
+
+std::string PersistManager::JobFileName(const std::string& name) {
+    const std::string extension = jobExtension;
+    const std::string fileName = name.ends_with(extension) ? name : name + extension;
+    if (name.empty() || name.front() == '.' || name.find_first_of(std::string("/\0", 2)) != std::string::npos ||
+        fileName.size() > maxFileNameSize) {
+        Vor::Throw(yERROR_PARAMETER, "'%s' is not a job name: it must be one file name that doesn't begin with a dot.",
+                   name);
+    }
+    return fileName;
+}
+
+PersistManager::PersistManager(Environ environ)
+    : environ(std::move(environ))
+    , jobFile(JobFileName(this->environ.job)) {
+    Vor::ThrowIfFailed(yThread_Construct(&thread, [this] {
+        RunThread();
+        return yOK;
+    }));
+    yThread_SetName(thread, "Persistence");
+    const yStatus started = yThread_Start(thread);
+    if (started != yOK) {
+        yThread_Destroy(thread);
+        Vor::Throw(started);
+    }
+}
+
+PersistManager::~PersistManager() {
+    {
+        const std::lock_guard guard(queueMutex);
+        ending = true;
+    }
+    queueChanged.notify_one();
+    yThread_Join(thread, yINFINITE, nullptr);
+    yThread_Destroy(thread);
+}
+
+unsigned long long PersistManager::Register(IPersistHandler& handler, const std::string& text) {
+    const std::lock_guard guard(handlersMutex);
+    handlers.push_back({++lastId, &handler, text});
+    return lastId;
+}
+
+void PersistManager::Deregister(unsigned long long id) {
+    std::unique_lock guard(handlersMutex);
+    std::erase_if(handlers, [id](const Handler& handler) { return handler.id == id; });
+    callEnded.wait(guard, [&] { return id == 0 || runningId != id || runningThread == std::this_thread::get_id(); });
+}
+
+void PersistManager::Announce(IPersistHandler&, PersistDomain domain, int) {
+    modified[IndexOf(domain)] = true;
+}
+
+void PersistManager::Load() {
+    RunWhileWaiting([this] { LoadDomains(); }, [this] { CommitInitialised(); });
+}
+
+std::shared_future<void> PersistManager::Save(PersistDomain domain) {
+    const std::size_t index = IndexOf(domain);
+    auto saved = std::make_shared<std::promise<void>>();
+    auto failure = std::make_shared<std::exception_ptr>();
+    auto wasModified = std::make_shared<bool>();
+    RunWhileWaiting(
+        [=, this] {
+            *wasModified = modified[index].exchange(false);
+            *failure = FailureOf([&] { SaveHandlers(domain); });
+        },
+        [=, this] {
+            if (*failure == nullptr) {
+                *failure = FailureOf([&] { stores[index]->Commit(); });
+            }
+            if (*failure == nullptr) {
+                saved->set_value();
+                return;
+            }
+            if (*wasModified) {
+                modified[index] = true;
+            }
+            LogFailedSave(domain, *failure);
+            saved->set_exception(std::move(*failure));
+        });
+    return saved->get_future().share();
+}
+
+std::string PersistManager::LoadedJob() const {
+    return jobLoaded ? jobFile : std::string();
+}
+
+bool PersistManager::IsModified(PersistDomain domain) const {
+    return modified[IndexOf(domain)];
+}
+
+std::string PersistManager::FilePath(PersistDomain domain) const {
+    const std::filesystem::path folder(environ.dataFolder);
+    return (domain == PersistDomain::Job ? folder / "jobs" / jobFile : folder / "workspace.vrdata").string();
+}
+
+std::size_t PersistManager::IndexOf(PersistDomain domain) {
+    switch (domain) {
+    case PersistDomain::Workspace:
+        return 0;
+    case PersistDomain::Job:
+        return 1;
+    }
+    Vor::Throw(yERROR_PARAMETER, "%d is not a persistence domain.", static_cast<int>(domain));
+}
+
+void PersistManager::RunThread() {
+    std::unique_lock guard(queueMutex);
+    while (true) {
+        queueChanged.wait(guard, [this] { return ending || !queue.empty(); });
+        if (queue.empty()) {
+            return;
+        }
+        {
+            const std::function<void()> task = std::move(queue.front());
+            queue.pop_front();
+            guard.unlock();
+            task();
+        }
+        guard.lock();
+    }
+}
+
+/// Both steps run on the thread, the caller waits for the first and gets its failure.
+void PersistManager::RunWhileWaiting(std::function<void()> step, std::function<void()> after) {
+    auto answer = std::make_shared<std::promise<void>>();
+    std::future<void> answered = answer->get_future();
+    const BlockedScope blocked(environ.setMainLoopBlocked);
+    {
+        const std::lock_guard guard(queueMutex);
+        queue.emplace_back([answer, step = std::move(step), after = std::move(after)] {
+            std::exception_ptr failure = FailureOf(step);
+            if (failure == nullptr) {
+                answer->set_value();
+            } else {
+                answer->set_exception(std::move(failure));
+            }
+            if (after) {
+                after();
+            }
+        });
+    }
+    queueChanged.notify_one();
+    answered.get();
+}
+
+void PersistManager::LoadDomains() {
+    std::vector<LoadedDomain> domains;
+    for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
+        auto store = std::make_unique<ArchiveStore>(FilePath(domain));
+        const bool hasFile = store->Open();
+        auto decorated = environ.decorateStore ? environ.decorateStore(*store, domain) : nullptr;
+        domains.push_back({domain, hasFile, std::move(store), std::move(decorated)});
+    }
+    jobLoaded = true;
+    for (LoadedDomain& loaded : domains) {
+        const std::size_t index = IndexOf(loaded.domain);
+        modified[index] = false;
+        LoadHandlers(loaded);
+        loaded.decorated.reset();
+        stores[index] = std::move(loaded.store);
+    }
+}
+
+/// Every handler gets its turn, whatever the others threw, as long as that was a std::exception.
+void PersistManager::LoadHandlers(const LoadedDomain& loaded) {
+    IPersistStore& store = loaded.decorated ? *loaded.decorated : *loaded.store;
+    const char* const action = loaded.hasFile ? "load" : "initialise";
+    for (const unsigned long long id : HandlerIds()) {
+        std::string component;
+        try {
+            CallHandler(id, component, [&](IPersistHandler& handler) {
+                if (loaded.hasFile) {
+                    handler.LoadPersistDomain(loaded.domain, store);
+                } else {
+                    handler.InitPersistDomain(loaded.domain, store);
+                }
+            });
+        } catch (const std::exception& e) {
+            Vor::LogError("Persist handler \"%s\" failed to %s the %s domain (%s).", component, action,
+                          PersistDomain_Name(loaded.domain), e.what());
+            Vor::Exception::LogException(e);
+            Vor::Exception::LogBackTrace(e);
+        } catch (...) {
+            Vor::LogError("Persist handler \"%s\" failed to %s the %s domain (unknown exception). No further handler "
+                          "takes part.",
+                          component, action, PersistDomain_Name(loaded.domain));
+            loaded.store->Discard();
+            return;
+        }
+    }
+}
+
+/// What the handlers of a domain without a file wrote makes that file.
+void PersistManager::CommitInitialised() {
+    for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
+        const std::unique_ptr<ArchiveStore>& store = stores[IndexOf(domain)];
+        const std::exception_ptr failure = FailureOf([&] {
+            if (store != nullptr) {
+                store->Commit();
+            }
+        });
+        if (failure != nullptr) {
+            LogFailedSave(domain, failure);
+        }
+    }
+}
+
+/// The first failure ends it, and nothing is kept of what was written.
+void PersistManager::SaveHandlers(PersistDomain domain) {
+    const std::unique_ptr<ArchiveStore>& store = stores[IndexOf(domain)];
+    if (store == nullptr) {
+        Vor::Throw(yERROR_STATE, "The %s domain can't be saved before it is loaded.", PersistDomain_Name(domain));
+    }
+    std::string component;
+    try {
+        const auto decorated = environ.decorateStore ? environ.decorateStore(*store, domain) : nullptr;
+        IPersistStore& seen = decorated ? *decorated : *store;
+        for (const unsigned long long id : HandlerIds()) {
+            CallHandler(id, component, [&](IPersistHandler& handler) { handler.SavePersistDomain(domain, seen); });
+        }
+    } catch (const std::exception& e) {
+        store->Discard();
+        const auto* failure = dynamic_cast<const Vor::Exception*>(&e);
+        Vor::ThrowNested(failure != nullptr ? failure->Status() : yERROR,
+                         "Persist handler \"%s\" failed to save the %s domain (%s).", component,
+                         PersistDomain_Name(domain), e.what());
+    } catch (...) {
+        store->Discard();
+        Vor::Throw(yERROR, "Persist handler \"%s\" failed to save the %s domain (unknown exception).", component,
+                   PersistDomain_Name(domain));
+    }
+}
+
+void PersistManager::LogFailedSave(PersistDomain domain, const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& e) {
+        Vor::LogError("The %s domain wasn't saved (%s).", PersistDomain_Name(domain), e.what());
+        Vor::Exception::LogException(e);
+        Vor::Exception::LogBackTrace(e);
+    } catch (...) {
+        Vor::LogError("The %s domain wasn't saved (unknown exception).", PersistDomain_Name(domain));
+    }
+}
+
+std::vector<unsigned long long> PersistManager::HandlerIds() const {
+    const std::lock_guard guard(handlersMutex);
+    std::vector<unsigned long long> ids;
+    for (const Handler& handler : handlers) {
+        ids.push_back(handler.id);
+    }
+    return ids;
+}
+
+/// Calls the handler unless it is gone; gives the name by which logs speak of it.
+void PersistManager::CallHandler(unsigned long long id, std::string& component,
+                                 const std::function<void(IPersistHandler&)>& call) {
+    IPersistHandler* handler = nullptr;
+    {
+        const std::lock_guard guard(handlersMutex);
+        const auto found =
+            std::find_if(handlers.begin(), handlers.end(), [id](const Handler& entry) { return entry.id == id; });
+        if (found == handlers.end()) {
+            return;
+        }
+        handler = found->handler;
+        component = found->text;
+        runningId = id;
+        runningThread = std::this_thread::get_id();
+    }
+    std::exception_ptr failure = FailureOf([&] {
+        component = handler->Component();
+        call(*handler);
+    });
+    {
+        const std::lock_guard guard(handlersMutex);
+        runningId = 0;
+    }
+    callEnded.notify_all();
+    if (failure != nullptr) {
+        std::rethrow_exception(std::move(failure));
+    }
+}
+
+} // namespace VorCommon
