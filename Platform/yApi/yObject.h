@@ -105,10 +105,19 @@ T* yObject_New(yAllocator allocator, Args&&... args) {
     }
 }
 
+/// The handle of an object, and the object of a handle.
+inline void* yObject_ToHandle(yObject* object) {
+    return object;
+}
+template <class T>
+T* yObject_As(void* handle) {
+    return static_cast<T*>(static_cast<yObject*>(handle));
+}
+
 /// The `destroy` of a class made by `yObject_New`.
 template <class T>
 void yObject_Delete(void* handle) {
-    auto* object = static_cast<T*>(static_cast<yObject*>(handle));
+    auto* object = yObject_As<T>(handle);
     const yAllocator allocator = object->allocator;
     object->~T();
     yMemory_Free(allocator, object, sizeof(T));

@@ -3,6 +3,8 @@
 #include "yApi/yMemory.h"
 #include "yApi/yStatus.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 
@@ -29,3 +31,9 @@ yStatus yThread_Start(yThread thread);
 yStatus yThread_Join(yThread thread, std::uint64_t timeoutMicroseconds, yStatus* exit);
 
 yStatus yThread_Sleep(std::uint64_t microseconds);
+
+/// For waits: a duration that can be added to a clock's time without overflow; longer ones are cut to a century.
+inline std::chrono::microseconds yThread_Duration(std::uint64_t microseconds) {
+    constexpr std::uint64_t century = 3'155'760'000'000'000;
+    return std::chrono::microseconds(static_cast<std::int64_t>(std::min(microseconds, century)));
+}

@@ -1,0 +1,70 @@
+#include "yApi/yArrayList.h"
+
+#include "yApi/yFault.h"
+
+#include <new>
+#include <vector>
+
+struct yArrayListObject {
+    yArrayListObject(const yType& itemType, yAllocator allocator)
+        : itemType(itemType)
+        , allocator(allocator) {}
+
+    const yType& itemType;
+    const yAllocator allocator;
+    std::vector<void*> items;
+};
+
+yStatus yArrayList_Construct(yArrayList* list, const yType& itemType, std::size_t capacity, yAllocator allocator) {
+    if (const yStatus fault = yFault_Check("yArrayList_Construct"); fault != yOK) {
+        return fault;
+    }
+    if (list == nullptr) {
+        return yERROR_PARAMETER;
+    }
+    auto* made = new (yMemory_Allocate(allocator, sizeof(yArrayListObject))) yArrayListObject(itemType, allocator);
+    made->items.reserve(capacity);
+    *list = made;
+    return yOK;
+}
+
+yStatus yArrayList_Destroy(yArrayList list) {
+    if (list == nullptr) {
+        return yOK;
+    }
+    yArrayList_Purge(list);
+    const yAllocator allocator = list->allocator;
+    list->~yArrayListObject();
+    yMemory_Free(allocator, list, sizeof(yArrayListObject));
+    return yOK;
+}
+
+std::size_t yArrayList_Count(yArrayList list) {
+    return list == nullptr ? 0 : list->items.size();
+}
+
+void* yArrayList_At(yArrayList list, std::size_t index) {
+    return list == nullptr || index >= list->items.size() ? nullptr : list->items[index];
+}
+
+yStatus yArrayList_Add(yArrayList list, void* item) {
+    if (const yStatus fault = yFault_Check("yArrayList_Add"); fault != yOK) {
+        return fault;
+    }
+    if (list == nullptr || !yObject_Is(item, list->itemType)) {
+        return yERROR_PARAMETER;
+    }
+    list->items.push_back(item);
+    return yOK;
+}
+
+yStatus yArrayList_Purge(yArrayList list) {
+    if (list == nullptr) {
+        return yERROR_PARAMETER;
+    }
+    for (void* item : list->items) {
+        yObject_Release(item);
+    }
+    list->items.clear();
+    return yOK;
+}
