@@ -1,0 +1,398 @@
+#include "Services/Modbus/ModbusServer.h"
+
+// Asio of Boost 1.74 uses std::exchange without including its header.
+#include <utility>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ip/v6_only.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <future>
+#include <list>
+#include <type_traits>
+
+#include "Services/Modbus/Session.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "yApi/yStatus.h"
+#include "yApi/yThread.h"
+
+namespace Services::Modbus {
+
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using boost::system::error_code;
+using Clock = std::chrono::steady_clock;
+
+// Bounds what the kernel keeps of the replies to a client that doesn't take them.
+constexpr int SendBufferSize = 64 * 1024;
+constexpr std::chrono::milliseconds AcceptRetryPeriod{100};
+
+tcp::endpoint ParseEndpoint(const ServerSettings& settings) {
+    error_code error;
+    const auto address = asio::ip::make_address(settings.address, error);
+    if (error) {
+        Vor::Throw(yERROR_PARAMETER, "\"%s\" is not an IP address", settings.address);
+    }
+    return tcp::endpoint(address, settings.port);
+}
+
+[[noreturn]] void ThrowListenFailure(const ServerSettings& settings, const error_code& error) {
+    const unsigned port = settings.port;
+    if (error == asio::error::address_in_use) {
+        Vor::Throw(yERROR_CONFLICT, "port %u on %s is in use", port, settings.address);
+    }
+    if (error == asio::error::access_denied) {
+        Vor::Throw(yERROR, "port %u on %s needs rights that this program doesn't have", port, settings.address);
+    }
+    if (error == boost::system::errc::address_not_available) {
+        Vor::Throw(yERROR_PARAMETER, "%s is not an address of this device", settings.address);
+    }
+    Vor::Throw(yERROR, "can't listen on port %u of %s: %s", port, settings.address, error.message());
+}
+
+} // namespace
+
+class ModbusServer::Impl {
+public:
+    Impl(const IRegisterReader& registers, const ServerSettings& settings);
+    ~Impl();
+
+    void Update(const ServerSettings& next);
+    bool IsListening() {
+        return OnThread([this] { return acceptor.is_open(); });
+    }
+    std::size_t ConnectionCount() {
+        return OnThread([this] { return connections.size(); });
+    }
+    tcp::endpoint Endpoint() {
+        return OnThread([this] {
+            error_code ignored;
+            return acceptor.local_endpoint(ignored);
+        });
+    }
+
+private:
+    class Connection;
+    using ConnectionList = std::list<std::shared_ptr<Connection>>;
+
+    static yStatus Run(asio::io_context& io);
+    // Runs `work` on the network thread and waits for its result or exception.
+    template <typename Work>
+    auto OnThread(Work work) -> decltype(work());
+    void StopThread();
+
+    tcp::acceptor Listen(const ServerSettings& wanted);
+    bool IsAt(const ServerSettings& wanted) const;
+    void Move(const ServerSettings& next);
+    void StartAccept();
+    void Accepted(const error_code& error, tcp::socket socket);
+    void ArmIdleTimer();
+    void CloseIdle();
+
+    asio::io_context io{1};
+    // The rest belongs to the network thread while that runs.
+    ServerSettings settings;
+    RequestHandler handler;
+    tcp::acceptor acceptor;
+    unsigned listenGeneration = 0; // an accept of a former acceptor is ignored
+    asio::steady_timer acceptRetryTimer{io};
+    asio::steady_timer idleTimer{io};
+    ConnectionList connections; // the one idle for longest first
+    yThread thread = nullptr;
+};
+
+// One client. It lives as long as the server's list or an operation under way refers to it.
+class ModbusServer::Impl::Connection : public std::enable_shared_from_this<Connection> {
+public:
+    Connection(Impl& server, tcp::socket accepted)
+        : server(server)
+        , socket(std::move(accepted))
+        , session(server.handler)
+        , lastRequest(Clock::now()) {}
+
+    void Start(ConnectionList::iterator place) {
+        position = place;
+        error_code ignored;
+        socket.non_blocking(true, ignored);
+        socket.set_option(tcp::no_delay(true), ignored);
+        socket.set_option(asio::socket_base::keep_alive(true), ignored);
+        socket.set_option(asio::socket_base::send_buffer_size(SendBufferSize), ignored);
+        Receive();
+    }
+
+    Clock::time_point LastRequest() const { return lastRequest; }
+
+    void Close() {
+        if (!socket.is_open()) {
+            return;
+        }
+        error_code ignored;
+        socket.shutdown(tcp::socket::shutdown_both, ignored);
+        socket.close(ignored);
+        server.connections.erase(position);
+    }
+
+private:
+    void Receive() {
+        const auto space = session.ReceiveSpace();
+        socket.async_read_some(asio::buffer(space.data(), space.size()),
+                               [self = this->shared_from_this()](const error_code& error, std::size_t size) {
+                                   self->OnReceived(error, size);
+                               });
+    }
+
+    void OnReceived(const error_code& error, std::size_t size) {
+        if (!socket.is_open()) {
+            return;
+        }
+        if (error) {
+            Close();
+            return;
+        }
+        session.Received(size);
+        Pump();
+    }
+
+    // Answers what was received and sends it, and goes on to receive only when all replies are gone.
+    void Pump() {
+        for (;;) {
+            if (session.Process() > 0) {
+                lastRequest = Clock::now();
+                server.connections.splice(server.connections.end(), server.connections, position);
+            }
+            const auto replies = session.Replies();
+            if (replies.empty()) {
+                break;
+            }
+            error_code error;
+            const std::size_t sent = socket.write_some(asio::buffer(replies.data(), replies.size()), error);
+            if (error == asio::error::would_block) {
+                WaitUntilSendable();
+                return;
+            }
+            if (error) {
+                Close();
+                return;
+            }
+            session.Sent(sent);
+        }
+        if (session.Broken()) {
+            Close();
+        } else {
+            Receive();
+        }
+    }
+
+    void WaitUntilSendable() {
+        socket.async_wait(tcp::socket::wait_write, [self = this->shared_from_this()](const error_code& error) {
+            if (!self->socket.is_open()) {
+                return;
+            }
+            if (error) {
+                self->Close();
+            } else {
+                self->Pump();
+            }
+        });
+    }
+
+    Impl& server;
+    tcp::socket socket;
+    Session session;
+    Clock::time_point lastRequest;
+    ConnectionList::iterator position;
+};
+
+ModbusServer::Impl::Impl(const IRegisterReader& registers, const ServerSettings& wanted)
+    : settings(wanted)
+    , handler(registers, wanted.unit)
+    , acceptor(Listen(wanted)) {
+    StartAccept();
+    Vor::ThrowIfFailed(yThread_Construct(
+        &thread, [this] { return Run(io); }, nullptr));
+    yStatus status = yThread_SetName(thread, "ModbusNet");
+    if (status == yOK) {
+        status = yThread_Start(thread);
+    }
+    if (status != yOK) {
+        yThread_Destroy(thread);
+        Vor::Throw(status);
+    }
+}
+
+ModbusServer::Impl::~Impl() {
+    io.stop();
+    yStatus exitStatus = yOK;
+    yThread_Join(thread, yINFINITE, &exitStatus);
+    yThread_Destroy(thread);
+}
+
+yStatus ModbusServer::Impl::Run(asio::io_context& io) {
+    const auto work = asio::make_work_guard(io);
+    while (!io.stopped()) {
+        try {
+            io.run();
+        } catch (const std::exception& e) {
+            Vor::LogError("EXCEPTION THROWN: ");
+            Vor::Exception::LogException(e);
+            Vor::Exception::LogBackTrace(e);
+        }
+    }
+    return yOK;
+}
+
+template <typename Work>
+auto ModbusServer::Impl::OnThread(Work work) -> decltype(work()) {
+    std::packaged_task<decltype(work())()> task(std::move(work));
+    auto result = task.get_future();
+    asio::post(io, [&task] { task(); });
+    return result.get();
+}
+
+tcp::acceptor ModbusServer::Impl::Listen(const ServerSettings& wanted) {
+    const tcp::endpoint endpoint = ParseEndpoint(wanted);
+    tcp::acceptor listening(io);
+    error_code error;
+    error_code ignored;
+    listening.open(endpoint.protocol(), error);
+    if (!error) {
+        listening.set_option(asio::socket_base::reuse_address(true), ignored);
+        if (endpoint.protocol() == tcp::v6()) {
+            listening.set_option(asio::ip::v6_only(false), ignored);
+        }
+        listening.bind(endpoint, error);
+    }
+    if (!error) {
+        listening.listen(asio::socket_base::max_listen_connections, error);
+    }
+    if (error) {
+        ThrowListenFailure(wanted, error);
+    }
+    return listening;
+}
+
+void ModbusServer::Impl::Update(const ServerSettings& next) {
+    OnThread([this, &next] {
+        if (!IsAt(next)) {
+            Move(next);
+        }
+        settings = next;
+        handler.SetUnit(next.unit);
+        ArmIdleTimer();
+    });
+}
+
+bool ModbusServer::Impl::IsAt(const ServerSettings& wanted) const {
+    error_code ignored;
+    return acceptor.is_open() && wanted.address == settings.address &&
+           (wanted.port == settings.port || wanted.port == acceptor.local_endpoint(ignored).port());
+}
+
+// The former place is left first, since it may be part of the new one: a port on one address and on all of them.
+void ModbusServer::Impl::Move(const ServerSettings& next) {
+    error_code ignored;
+    // Port 0 stands for the port that was got, should the server have to return there.
+    ServerSettings former = settings;
+    former.port = acceptor.local_endpoint(ignored).port();
+    const bool wasListening = acceptor.is_open();
+    ++listenGeneration;
+    acceptor.close(ignored);
+    try {
+        acceptor = Listen(next);
+    } catch (const std::exception&) {
+        if (wasListening) {
+            acceptor = Listen(former);
+            StartAccept();
+        }
+        throw;
+    }
+    while (!connections.empty()) {
+        connections.front()->Close();
+    }
+    StartAccept();
+}
+
+void ModbusServer::Impl::StartAccept() {
+    acceptor.async_accept([this, generation = listenGeneration](const error_code& error, tcp::socket socket) {
+        if (generation == listenGeneration) {
+            Accepted(error, std::move(socket));
+        }
+    });
+}
+
+void ModbusServer::Impl::Accepted(const error_code& error, tcp::socket socket) {
+    if (error) { // too many open files, for instance: the connections that there are go on
+        acceptRetryTimer.expires_after(AcceptRetryPeriod);
+        acceptRetryTimer.async_wait([this, generation = listenGeneration](const error_code& cancelled) {
+            if (!cancelled && generation == listenGeneration) {
+                StartAccept();
+            }
+        });
+        return;
+    }
+    StartAccept();
+    if (connections.size() >= settings.maxConnections) {
+        return; // `socket` closes itself
+    }
+    connections.push_back(std::make_shared<Connection>(*this, std::move(socket)));
+    connections.back()->Start(std::prev(connections.end()));
+    if (connections.size() == 1) {
+        ArmIdleTimer();
+    }
+}
+
+// The timer waits for the one connection that is idle for longest; a request moves no timer, only its connection.
+void ModbusServer::Impl::ArmIdleTimer() {
+    if (settings.idleTimeOut.count() == 0 || connections.empty()) {
+        idleTimer.cancel();
+        return;
+    }
+    idleTimer.expires_at(connections.front()->LastRequest() + settings.idleTimeOut);
+    idleTimer.async_wait([this](const error_code& cancelled) {
+        if (!cancelled) {
+            CloseIdle();
+        }
+    });
+}
+
+void ModbusServer::Impl::CloseIdle() {
+    const auto oldest = Clock::now() - settings.idleTimeOut;
+    while (!connections.empty() && connections.front()->LastRequest() <= oldest) {
+        connections.front()->Close();
+    }
+    ArmIdleTimer();
+}
+
+ModbusServer::ModbusServer(const IRegisterReader& registers, const ServerSettings& settings)
+    : impl(std::make_unique<Impl>(registers, settings)) {}
+
+ModbusServer::~ModbusServer() = default;
+
+void ModbusServer::Update(const ServerSettings& settings) {
+    impl->Update(settings);
+}
+
+bool ModbusServer::IsListening() const {
+    return impl->IsListening();
+}
+
+std::uint16_t ModbusServer::Port() const {
+    return impl->Endpoint().port();
+}
+
+std::string ModbusServer::Url() const {
+    const tcp::endpoint endpoint = impl->Endpoint();
+    const std::string address = endpoint.address().to_string();
+    return "tcp://" + (endpoint.address().is_v6() ? "[" + address + "]" : address) + ":" +
+           std::to_string(endpoint.port());
+}
+
+std::size_t ModbusServer::ConnectionCount() const {
+    return impl->ConnectionCount();
+}
+
+} // namespace Services::Modbus

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "Services/Modbus/IRegisterReader.h"
+
+namespace Services::Modbus {
+
+struct ServerSettings {
+    std::string address = "127.0.0.1"; // IPv4 or IPv6, as digits; "0.0.0.0" and "::" listen on all interfaces
+    std::uint16_t port = 0;            // 0 takes any free port
+    unsigned char unit = 0;            // 0 answers every unit identifier
+    unsigned maxConnections = 32;      // one more is closed as soon as it is made
+    // A connection with no whole request in this time is closed; 0 leaves it open.
+    std::chrono::milliseconds idleTimeOut{60000};
+};
+
+// Serves Modbus TCP on one thread of its own, "ModbusNet". All clients share that thread, and none can hold it: sockets
+// never block, each connection has fixed buffers, and one whose replies aren't taken isn't read until they are.
+// The operations are for one thread at a time; each waits for the network thread, which takes microseconds.
+class ModbusServer {
+public:
+    // Listens when it returns. Throws Vor::Exception with a text for the user when it can't. `registers` must outlive
+    // the server and is read by the network thread.
+    ModbusServer(const IRegisterReader& registers, const ServerSettings& settings);
+    // Closes all connections and ends the thread.
+    ~ModbusServer();
+    ModbusServer(const ModbusServer&) = delete;
+    ModbusServer& operator=(const ModbusServer&) = delete;
+
+    // Takes new settings. Another address or port moves the server there and closes its connections; should that fail,
+    // it throws as the constructor does and everything stays as it was (IsListening() tells, should even that fail).
+    void Update(const ServerSettings& settings);
+
+    bool IsListening() const;
+    // The port really taken, and where clients find it, such as "tcp://127.0.0.1:502".
+    std::uint16_t Port() const;
+    std::string Url() const;
+    // Connections that are open now.
+    std::size_t ConnectionCount() const;
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> impl;
+};
+
+} // namespace Services::Modbus

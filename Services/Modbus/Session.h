@@ -1,0 +1,50 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <span>
+
+#include "Services/Modbus/FrameCodec.h"
+#include "Services/Modbus/RequestHandler.h"
+
+namespace Services::Modbus {
+
+// The protocol of one connection without its socket: received bytes go in, reply bytes come out, in the order of the
+// requests. Both sides are bounded: while replies fill their buffer no further request is answered, and while requests
+// wait there is no room to receive. How the stream is cut into pieces changes nothing in the replies. Not thread-safe.
+class Session {
+public:
+    // `handler` must outlive the session.
+    explicit Session(const RequestHandler& handler)
+        : handler(handler) {}
+
+    // The room for received bytes. Never empty while no replies wait.
+    std::span<unsigned char> ReceiveSpace() { return std::span(input).subspan(inputEnd); }
+    // Tells how many bytes were put there.
+    void Received(std::size_t count) { inputEnd += count; }
+
+    // Answers the whole requests that were received, as far as their replies have room. Returns how many.
+    std::size_t Process();
+
+    // The replies that wait to be sent, and how many bytes of them were.
+    std::span<const unsigned char> Replies() const { return std::span(output).first(outputEnd).subspan(outputBegin); }
+    void Sent(std::size_t count);
+
+    // Something that is no frame was received: the stream can't be followed any further. Replies to the requests before
+    // it are still there.
+    bool Broken() const { return broken; }
+
+private:
+    static constexpr std::size_t InputCapacity = 2048;
+    static constexpr std::size_t OutputCapacity = 16 * 1024;
+
+    const RequestHandler& handler;
+    std::size_t inputEnd = 0;
+    std::size_t outputBegin = 0;
+    std::size_t outputEnd = 0;
+    bool broken = false;
+    std::array<unsigned char, InputCapacity> input;
+    std::array<unsigned char, OutputCapacity> output;
+};
+
+} // namespace Services::Modbus

@@ -1,0 +1,264 @@
+#include "Services/Modbus/ModbusServer.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "Tests/Services/Modbus/Bytes.h"
+#include "Tests/Services/Modbus/RawClient.h"
+#include "Vor/Exception.h"
+
+namespace Services::Modbus {
+namespace {
+
+using namespace std::chrono_literals;
+
+const Bytes Reply1(Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0, 77});
+
+std::string FailureOf(const ServerSettings& settings) {
+    const AddressRegisters registers;
+    try {
+        ModbusServer server(registers, settings);
+    } catch (const Vor::Exception& e) {
+        return e.what();
+    }
+    return "no failure";
+}
+
+class ModbusServerTest : public testing::Test {
+protected:
+    void Open(const ServerSettings& settings = {}) {
+        server = std::make_unique<ModbusServer>(registers, settings);
+        port = server->Port();
+    }
+
+    // A client whose connection the server has taken.
+    std::unique_ptr<RawClient> Client() {
+        auto client = std::make_unique<RawClient>(port);
+        EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
+        return client;
+    }
+
+    AddressRegisters registers;
+    std::unique_ptr<ModbusServer> server;
+    std::uint16_t port = 0;
+};
+
+TEST_F(ModbusServerTest, ListensOnAFreePortAndTellsWhere) {
+    Open();
+    EXPECT_NE(port, 0);
+    EXPECT_EQ(server->Url(), "tcp://127.0.0.1:" + std::to_string(port));
+    EXPECT_TRUE(server->IsListening());
+    EXPECT_EQ(Client()->Ask(ReadRequest(5, 77, 2)), (Bytes{0, 5, 0, 0, 0, 7, 1, 3, 4, 0, 77, 0, 78}));
+}
+
+TEST_F(ModbusServerTest, ListensOnIpV6) {
+    try {
+        Open({.address = "::1"});
+    } catch (const Vor::Exception& e) {
+        GTEST_SKIP() << "no IPv6 here: " << e.what();
+    }
+    EXPECT_EQ(server->Url(), "tcp://[::1]:" + std::to_string(port));
+}
+
+TEST_F(ModbusServerTest, SaysWhyItCannotListen) {
+    Open();
+    EXPECT_EQ(FailureOf({.port = port}), "port " + std::to_string(port) + " on 127.0.0.1 is in use");
+    EXPECT_EQ(FailureOf({.address = "0.0.0.0", .port = port}),
+              "port " + std::to_string(port) + " on 0.0.0.0 is in use");
+    EXPECT_EQ(FailureOf({.address = "192.0.2.1"}), "192.0.2.1 is not an address of this device");
+    EXPECT_EQ(FailureOf({.address = "plc.local"}), "\"plc.local\" is not an IP address");
+    EXPECT_EQ(FailureOf({.address = ""}), "\"\" is not an IP address");
+}
+
+TEST_F(ModbusServerTest, AnswersARequestThatComesByteByByte) {
+    Open();
+    RawClient client(port);
+    for (const unsigned char byte : ReadRequest(9, 77, 1)) {
+        client.Send({byte});
+    }
+    EXPECT_EQ(client.ReceiveReply(), Reply1);
+}
+
+TEST_F(ModbusServerTest, AnswersARequestCutAtEveryLength) {
+    Open();
+    RawClient client(port);
+    const Bytes request = ReadRequest(9, 77, 1);
+    for (std::size_t cut = 1; cut < request.size(); ++cut) {
+        const auto middle = request.begin() + static_cast<std::ptrdiff_t>(cut);
+        client.Send(Bytes(request.begin(), middle));
+        EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1) << "the others are served meanwhile";
+        client.Send(Bytes(middle, request.end()));
+        EXPECT_EQ(client.ReceiveReply(), Reply1) << cut;
+    }
+}
+
+TEST_F(ModbusServerTest, AnswersPipelinedRequestsInOrder) {
+    Open();
+    RawClient client(port);
+    Bytes requests;
+    for (unsigned i = 0; i < 1000; ++i) {
+        requests = requests + ReadRequest(i, i, 1);
+    }
+    client.Send(requests);
+    for (unsigned i = 0; i < 1000; ++i) {
+        const auto high = static_cast<unsigned char>(i >> 8);
+        const auto low = static_cast<unsigned char>(i);
+        ASSERT_EQ(client.ReceiveReply(), (Bytes{high, low, 0, 0, 0, 5, 1, 3, 2, high, low}));
+    }
+}
+
+TEST_F(ModbusServerTest, AnswersAllRequestsOfAClientThatHasClosedItsSide) {
+    Open();
+    RawClient client(port);
+    client.Send(ReadRequest(9, 77, 1) + ReadRequest(9, 77, 1));
+    client.HalfClose();
+    EXPECT_EQ(client.ReceiveReply(), Reply1);
+    EXPECT_EQ(client.ReceiveReply(), Reply1);
+    EXPECT_TRUE(client.WaitForClose());
+}
+
+TEST_F(ModbusServerTest, ServesManyClients) {
+    Open();
+    std::vector<std::unique_ptr<RawClient>> clients;
+    for (int i = 0; i < 32; ++i) {
+        clients.push_back(Client());
+    }
+    EXPECT_EQ(server->ConnectionCount(), 32u);
+    for (const auto& client : clients) {
+        EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
+    }
+}
+
+TEST_F(ModbusServerTest, ClosesTheConnectionAfterAnotherProtocolOrABadLength) {
+    Open();
+    for (const Bytes& bad : {Bytes{'G', 'E', 'T', ' ', '/', '\r'}, Bytes{0, 1, 0, 0, 0, 1}, Bytes{0, 1, 0, 0, 1, 0}}) {
+        RawClient client(port);
+        client.Send(ReadRequest(9, 77, 1) + bad);
+        EXPECT_EQ(client.ReceiveReply(), Reply1);
+        EXPECT_TRUE(client.WaitForClose());
+    }
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+}
+
+TEST_F(ModbusServerTest, ClosesOneConnectionTooManyAtOnce) {
+    Open({.maxConnections = 2});
+    auto first = Client();
+    const auto second = Client();
+    RawClient third(port);
+    EXPECT_TRUE(third.WaitForClose());
+    EXPECT_EQ(first->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(server->ConnectionCount(), 2u);
+    first->HalfClose();
+    EXPECT_TRUE(first->WaitForClose());
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+}
+
+TEST_F(ModbusServerTest, ClosesASilentConnection) {
+    Open({.idleTimeOut = 50ms});
+    RawClient silent(port);
+    const auto talked = Client();
+    EXPECT_TRUE(silent.WaitForClose());
+    EXPECT_TRUE(talked->WaitForClose());
+    EXPECT_EQ(server->ConnectionCount(), 0u);
+}
+
+TEST_F(ModbusServerTest, ClosesAConnectionThatNeverEndsItsRequest) {
+    Open({.idleTimeOut = 50ms});
+    RawClient client(port);
+    client.Send({0, 1, 0, 0, 0, 6, 1, 3});
+    EXPECT_TRUE(client.WaitForClose());
+}
+
+TEST_F(ModbusServerTest, ClosesAConnectionThatNeverTakesItsReplies) {
+    Open({.idleTimeOut = 50ms});
+    RawClient client(port);
+    Bytes requests;
+    for (unsigned i = 0; i < 1000; ++i) {
+        requests = requests + ReadRequest(i, i, 125);
+    }
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (server->ConnectionCount() == 0 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    while (server->ConnectionCount() == 1 && std::chrono::steady_clock::now() < deadline) {
+        client.SendSome(requests);
+    }
+    EXPECT_EQ(server->ConnectionCount(), 0u);
+}
+
+TEST_F(ModbusServerTest, KeepsASilentConnectionWithoutATimeOut) {
+    Open({.idleTimeOut = 0ms});
+    const auto silent = Client();
+    server->Update({.port = port, .idleTimeOut = 0ms});
+    EXPECT_EQ(server->ConnectionCount(), 1u);
+    server->Update({.port = port, .idleTimeOut = 1ms});
+    EXPECT_TRUE(silent->WaitForClose()) << "a new time-out holds for connections that are there";
+}
+
+TEST_F(ModbusServerTest, StopsReadingFromAClientThatDoesNotTakeItsReplies) {
+    Open();
+    RawClient greedy(port, 4096);
+    Bytes requests;
+    for (unsigned i = 0; i < 1000; ++i) {
+        requests = requests + ReadRequest(i, i, 125);
+    }
+    // The kernel's buffers fill on both sides; from then on nothing more is taken, and the others are served.
+    std::size_t sent = 0;
+    for (int refusals = 0; refusals < 50;) {
+        const std::size_t some = greedy.SendSome(requests);
+        sent += some;
+        refusals = some == 0 ? refusals + 1 : 0;
+        ASSERT_LT(sent, 64u * 1024 * 1024);
+        ASSERT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    }
+    const Bytes first = greedy.ReceiveReply();
+    EXPECT_EQ(first.size(), 259u) << "it gets its replies as soon as it takes them";
+}
+
+TEST_F(ModbusServerTest, TakesAnotherUnitAtOnce) {
+    Open();
+    const auto client = Client();
+    server->Update({.port = port, .unit = 5});
+    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), (Bytes{0, 9, 0, 0, 0, 3, 1, 0x83, 11}));
+}
+
+TEST_F(ModbusServerTest, MovesToAnotherPortAndClosesItsConnections) {
+    ModbusServer other(registers, {});
+    Open({.port = 0});
+    const auto client = Client();
+    const std::uint16_t former = port;
+    server->Update({.address = "0.0.0.0", .port = former});
+    EXPECT_EQ(server->Url(), "tcp://0.0.0.0:" + std::to_string(former));
+    EXPECT_TRUE(client->WaitForClose());
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+}
+
+TEST_F(ModbusServerTest, StaysWhereItIsWhenItCannotMove) {
+    ModbusServer other(registers, {});
+    Open();
+    const auto client = Client();
+    EXPECT_THROW(server->Update({.port = other.Port(), .unit = 5}), Vor::Exception);
+    EXPECT_TRUE(server->IsListening());
+    EXPECT_EQ(server->Port(), port);
+    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+}
+
+TEST_F(ModbusServerTest, EndsWithConnectionsOpenAndFreesItsPort) {
+    Open();
+    const auto client = Client();
+    RawClient half(port);
+    half.Send({0, 1, 0});
+    const auto begin = std::chrono::steady_clock::now();
+    server.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 200ms);
+    EXPECT_TRUE(client->WaitForClose());
+    EXPECT_FALSE(RawClient(port).Connected());
+    Open({.port = port});
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+}
+
+} // namespace
+} // namespace Services::Modbus

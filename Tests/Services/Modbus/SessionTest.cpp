@@ -1,0 +1,90 @@
+#include "Services/Modbus/Session.h"
+
+#include <gtest/gtest.h>
+
+#include "Tests/Services/Modbus/Bytes.h"
+
+namespace Services::Modbus {
+namespace {
+
+const AddressRegisters Registers;
+const RequestHandler Handler(Registers, 0);
+
+// What a session replies to the stream when it comes in pieces of `step` bytes and each reply is taken at once.
+Bytes Replies(const Bytes& stream, std::size_t step) {
+    Session session(Handler);
+    Bytes replies;
+    std::size_t at = 0;
+    while (at < stream.size() && !session.Broken()) {
+        const auto space = session.ReceiveSpace();
+        const std::size_t size = std::min({step, space.size(), stream.size() - at});
+        std::copy_n(stream.begin() + static_cast<std::ptrdiff_t>(at), size, space.begin());
+        session.Received(size);
+        at += size;
+        do {
+            session.Process();
+            const auto waiting = session.Replies();
+            replies.insert(replies.end(), waiting.begin(), waiting.end());
+            session.Sent(waiting.size());
+        } while (session.Process() > 0 || !session.Replies().empty());
+    }
+    return replies;
+}
+
+TEST(Session, GivesTheSameRepliesHoweverTheStreamIsCut) {
+    Bytes stream;
+    for (unsigned i = 0; i < 300; ++i) {
+        stream = stream + ReadRequest(i, 100 * i, 1 + i % 126);
+    }
+    const Bytes whole = Replies(stream, stream.size());
+    EXPECT_GT(whole.size(), 300u * 9);
+    for (std::size_t step = 1; step < 40; ++step) {
+        EXPECT_EQ(Replies(stream, step), whole) << step;
+    }
+}
+
+TEST(Session, AnswersInTheOrderOfTheRequests) {
+    const Bytes replies = Replies(ReadRequest(7, 1, 1) + ReadRequest(3, 65535, 9) + ReadRequest(5, 2, 1), 1000);
+    EXPECT_EQ(replies, (Bytes{0, 7, 0, 0, 0, 5, 1, 3, 2, 0, 1, /**/ 0, 3, 0, 0, 0, 3, 1, 0x83, 2, /**/
+                              0, 5, 0, 0, 0, 5, 1, 3, 2, 0, 2}));
+}
+
+TEST(Session, AnswersWhatCameBeforeSomethingThatIsNoFrame) {
+    const Bytes good = ReadRequest(1, 2, 3);
+    const Bytes bad = {0, 2, 0, 9, 0, 6, 1, 3, 0, 0, 0, 1};
+    for (std::size_t step = 1; step < 30; ++step) {
+        EXPECT_EQ(Replies(good + bad + good, step), Replies(good, 12)) << step;
+    }
+}
+
+TEST(Session, StopsAnsweringAndReceivingUntilItsRepliesAreTaken) {
+    Session session(Handler);
+    std::size_t requests = 0;
+    for (;;) {
+        const auto space = session.ReceiveSpace();
+        const Bytes request = ReadRequest(0, 0, 125);
+        if (space.size() < request.size()) {
+            break;
+        }
+        std::copy(request.begin(), request.end(), space.begin());
+        session.Received(request.size());
+        session.Process();
+        ASSERT_LT(++requests, 1000u);
+    }
+    const std::size_t waiting = session.Replies().size();
+    EXPECT_EQ(waiting % 259, 0u);
+    EXPECT_EQ(session.Process(), 0u);
+    session.Sent(waiting - 1);
+    EXPECT_EQ(session.Process(), 0u) << "half a reply still waits";
+    session.Sent(1);
+    std::size_t answered = waiting / 259;
+    while (const std::size_t more = session.Process()) {
+        answered += more;
+        session.Sent(session.Replies().size());
+    }
+    EXPECT_EQ(answered, requests);
+    EXPECT_TRUE(session.Replies().empty());
+}
+
+} // namespace
+} // namespace Services::Modbus
