@@ -1,0 +1,70 @@
+#include "VorControl/Control/ControlInfo.h"
+
+#include <algorithm>
+
+#include "Vor/Exception.h"
+#include "yApi/yStatus.h"
+
+namespace VorControl {
+
+ControlInfo& ControlInfo::SetTypeName(const char* text) {
+    typeName = text;
+    return *this;
+}
+
+ControlInfo& ControlInfo::SetDisplayName(const char* text) {
+    displayName = text;
+    return *this;
+}
+
+ControlInfo& ControlInfo::SetDescription(const char* text) {
+    description = text;
+    return *this;
+}
+
+ControlInfo& ControlInfo::SetHelpHtml(const char* text) {
+    helpHtml = text;
+    return *this;
+}
+
+ControlInfo& ControlInfo::SetHelpUrl(const char* text) {
+    helpUrl = text;
+    return *this;
+}
+
+ControlInfo& ControlInfo::SetIcon(const char* name, const std::vector<unsigned char>& bytes) {
+    icon = {name, bytes};
+    return *this;
+}
+
+ControlInfo& ControlInfo::AddCategory(const char* text) {
+    if (std::find(categories.begin(), categories.end(), text) != categories.end()) {
+        Vor::Throw(yERROR_ALREADY_EXISTS, "Category %s already added", text);
+    }
+    categories.emplace_back(text);
+    return *this;
+}
+
+void ControlInfo::SetFactory(IControlFactory& newFactory) {
+    factory = &newFactory;
+}
+
+void ControlInfo::SetSupportedEnvironment(const SupportedEnvironmentList& list) {
+    environments = list;
+}
+
+const std::string& ControlInfo::CategoryAt(std::size_t index) const {
+    if (index >= categories.size()) {
+        Vor::Throw(yERROR_PARAMETER, "Index %zu into the categories is out of bounds", index);
+    }
+    return categories[index];
+}
+
+IControlFactory& ControlInfo::Factory() const {
+    if (factory == nullptr) {
+        Vor::Throw(yERROR_STATE);
+    }
+    return *factory;
+}
+
+} // namespace VorControl

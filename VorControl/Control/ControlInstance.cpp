@@ -1,0 +1,348 @@
+#include "VorControl/Control/ControlInstance.h"
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "Vor/VorGetText.h"
+#include "VorControl/Control/ControlInfo.h"
+#include "VorControl/Control/IControlScanResults.h"
+#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "yApi/yStatus.h"
+
+#include <exception>
+#include <utility>
+
+namespace VorControl {
+
+using ControlProtocol::IProtocol;
+using ControlProtocol::ProtocolStatus;
+
+namespace {
+
+constexpr int updateFlag = 1;
+
+const char* Translate(const char* text) {
+    return VorGetText::GetInstance().DPGetText("BE", "beApp.ctrl", text);
+}
+
+void LogThrown(const char* text, const std::exception& e) {
+    Vor::LogError(text);
+    Vor::Exception::LogException(e);
+    Vor::Exception::LogBackTrace(e);
+}
+
+/// Leaves the gate at the end of an update, also when a handler of the update throws.
+class GateLeaver {
+public:
+    explicit GateLeaver(VorCommon::IUpdateGate& gate)
+        : gate(gate) {}
+    GateLeaver(const GateLeaver&) = delete;
+    GateLeaver& operator=(const GateLeaver&) = delete;
+    ~GateLeaver() {
+        try {
+            gate.Leave(updateFlag);
+        } catch (const std::exception& e) {
+            LogThrown("Exception thrown in destructor", e);
+        }
+    }
+
+private:
+    VorCommon::IUpdateGate& gate;
+};
+
+} // namespace
+
+ControlInstance::ControlInstance(const ControlInstanceParams& params)
+    : info(*params.info)
+    , id(params.typeName)
+    , displayName(params.displayName)
+    , protocol(params.protocol)
+    , updateGate(*params.updateGate)
+    , scanResults(*params.scanResults)
+    , problemsManager(params.problemsManager)
+    , problemsTracker(params.problemsManager) {
+    paramsCallback = protocol->AddParamsInternalUpdateEventHandler(
+        [this](bool persist) { ProtocolParamsInternalUpdateHandler(persist); });
+    outputsCallback = protocol->AddOutputsInternalUpdateEventHandler(
+        [this](bool persist) { ProtocolOutputsInternalUpdateHandler(persist); });
+    domainCallback = protocol->AddPersistenceDomainChangeEventHandler(
+        [this](VorCommon::PersistDomain domain) { ProtocolPersistenceDomainChangeHandler(domain); });
+}
+
+ControlInstance::~ControlInstance() {
+    try {
+        protocol->RemoveControlScanResultsHandler();
+        protocol->RemoveParamsInternalUpdateEventHandler(paramsCallback);
+        protocol->RemoveOutputsInternalUpdateEventHandler(outputsCallback);
+        protocol->RemovePersistenceDomainChangeEventHandler(domainCallback);
+    } catch (const std::exception& e) {
+        LogThrown("Exception thrown in destructor", e);
+    }
+}
+
+const ControlInfo& ControlInstance::Info() const {
+    return info;
+}
+
+const std::string& ControlInstance::TypeName() const {
+    return info.TypeName();
+}
+
+const std::string& ControlInstance::Id() const {
+    return id;
+}
+
+const std::string& ControlInstance::DisplayName() const {
+    return displayName;
+}
+
+void ControlInstance::Enable(bool on) {
+    if (on) {
+        try {
+            protocol->AddControlScanResultsHandler();
+            StartProtocol();
+        } catch (const std::exception& e) {
+            RemoveScanResultsHandler();
+            Vor::LogWarning("Protocol (%s) failed to start (%s).", id, e.what());
+        }
+    } else {
+        try {
+            StopProtocol();
+        } catch (const std::exception& e) {
+            Vor::LogWarning("Protocol (%s) failed to stop (%s).", id, e.what());
+        }
+        RemoveScanResultsHandler();
+    }
+    enabled = on;
+}
+
+bool ControlInstance::IsEnabled() const {
+    return enabled;
+}
+
+ProtocolStatus ControlInstance::GetProtocolStatus() const {
+    return protocol->GetProtocolStatus();
+}
+
+bool ControlInstance::IsProtocolRunning() const {
+    const ProtocolStatus status = GetProtocolStatus();
+    return status == ProtocolStatus::Running || status == ProtocolStatus::Starting ||
+           status == ProtocolStatus::FailedToStop;
+}
+
+void ControlInstance::StartProtocol() {
+    RunTracked(&IProtocol::Start, "Could not start service: %s");
+}
+
+void ControlInstance::StopProtocol() {
+    RunTracked(&IProtocol::Stop, "%1$s");
+}
+
+void ControlInstance::RunTracked(void (IProtocol::*operation)(), const char* problemText) {
+    problemsTracker.Begin();
+    try {
+        ((*protocol).*operation)();
+    } catch (const Vor::Exception& e) {
+        if (problemsManager != nullptr) {
+            problemsTracker.Register(problemsManager->Add(1, Translate("Protocol"), Translate(problemText), e.what()));
+        }
+        problemsTracker.End();
+        Vor::ThrowNested(e.Status(), e.what());
+    }
+    problemsTracker.End();
+}
+
+void ControlInstance::RemoveScanResultsHandler() {
+    try {
+        protocol->RemoveControlScanResultsHandler();
+    } catch (const std::exception& e) {
+        LogThrown("EXCEPTION THROWN: ", e);
+    }
+}
+
+ControlInstance::ParamsUpdatedEvent::CallbackId
+ControlInstance::AddParamsUpdatedEventHandler(std::function<void(const std::string&, bool)> handler) {
+    return paramsUpdated.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveParamsUpdatedEventHandler(ParamsUpdatedEvent::CallbackId& callback) {
+    paramsUpdated.Remove(callback);
+}
+
+ControlInstance::OutputsUpdatedEvent::CallbackId
+ControlInstance::AddOutputsUpdatedEventHandler(std::function<void(const std::string&, bool)> handler) {
+    return outputsUpdated.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveOutputsUpdatedEventHandler(OutputsUpdatedEvent::CallbackId& callback) {
+    outputsUpdated.Remove(callback);
+}
+
+ControlInstance::RegisterAssemblyUpdatedEvent::CallbackId ControlInstance::AddRegisterAssemblyUpdatedEventHandler(
+    std::function<void(const std::string&, const std::string&)> handler) {
+    return registerAssemblyUpdated.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveRegisterAssemblyUpdatedEventHandler(RegisterAssemblyUpdatedEvent::CallbackId& callback) {
+    registerAssemblyUpdated.Remove(callback);
+}
+
+ControlInstance::PersistenceDomainChangeEvent::CallbackId
+ControlInstance::AddPersistenceDomainChangeEventHandler(std::function<void(VorCommon::PersistDomain)> handler) {
+    return persistenceDomainChange.Add(std::move(handler));
+}
+
+void ControlInstance::RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId& callback) {
+    persistenceDomainChange.Remove(callback);
+}
+
+void ControlInstance::ProtocolParamsInternalUpdateHandler(bool persist) {
+    paramsUpdated.Raise(id, persist);
+}
+
+void ControlInstance::ProtocolOutputsInternalUpdateHandler(bool persist) {
+    outputsUpdated.Raise(id, persist);
+}
+
+void ControlInstance::ProtocolPersistenceDomainChangeHandler(VorCommon::PersistDomain domain) {
+    persistenceDomainChange.Raise(domain);
+}
+
+std::shared_ptr<Vor::Params::Group> ControlInstance::BeginUpdateParameters() {
+    updateGate.Enter(updateFlag);
+    try {
+        return Params();
+    } catch (...) {
+        const GateLeaver leaver(updateGate);
+        throw;
+    }
+}
+
+void ControlInstance::EndUpdateParameters() {
+    const GateLeaver leaver(updateGate);
+    paramsUpdated.Raise(id, true);
+}
+
+void ControlInstance::BeginUpdateRegisterAssembly() {
+    updateGate.Enter(updateFlag);
+}
+
+void ControlInstance::EndUpdateRegisterAssembly(const char* assemblyId) {
+    const GateLeaver leaver(updateGate);
+    registerAssemblyUpdated.Raise(id, assemblyId);
+}
+
+Vor::Params::Group& ControlInstance::Properties() const {
+    return protocol->Properties();
+}
+
+void ControlInstance::NonPersistentPropertiesBeginLock() {
+    protocol->NonPersistentPropertiesBeginLock();
+}
+
+void ControlInstance::NonPersistentPropertiesEndLock() {
+    protocol->NonPersistentPropertiesEndLock();
+}
+
+std::shared_ptr<Vor::Params::Group> ControlInstance::Params() const {
+    return {protocol, &protocol->Params()};
+}
+
+const char* ControlInstance::ParamsVersion() const {
+    return protocol->ParamsVersion();
+}
+
+void ControlInstance::ParamsUpdate() {
+    protocol->ParamsUpdate();
+}
+
+bool ControlInstance::HasRegisterAssemblyGroup() const {
+    return protocol->HasRegisterAssemblyGroup();
+}
+
+bool ControlInstance::HasRegisterAssembly(const char* assemblyId) const {
+    return protocol->HasRegisterAssembly(assemblyId);
+}
+
+void ControlInstance::RequireRegisterAssemblyGroup() const {
+    if (!HasRegisterAssemblyGroup()) {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+}
+
+std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
+ControlInstance::RegisterAssembly(const char* assemblyId) const {
+    RequireRegisterAssemblyGroup();
+    return protocol->RegisterAssembly(assemblyId);
+}
+
+std::vector<std::string> ControlInstance::RegisterAssemblyList() const {
+    RequireRegisterAssemblyGroup();
+    return protocol->RegisterAssemblyList();
+}
+
+void ControlInstance::RegisterAssemblyBeginLock(const char* assemblyId) {
+    if (HasRegisterAssemblyGroup()) {
+        protocol->RegisterAssembly(assemblyId)->BeginLock();
+    }
+}
+
+void ControlInstance::RegisterAssemblyEndLock(const char* assemblyId) {
+    if (HasRegisterAssemblyGroup()) {
+        protocol->RegisterAssembly(assemblyId)->EndLock();
+    }
+}
+
+void ControlInstance::RegisterAssemblyUpdate(const char* assemblyId) {
+    if (!HasRegisterAssemblyGroup()) {
+        return;
+    }
+    protocol->RegisterAssemblyUpdate(assemblyId);
+    scanResults.UpdateOutputMap(id, protocol->DataSourceList());
+}
+
+void ControlInstance::ResetInstance(bool keepEnabled, DataToReset data) {
+    if (!keepEnabled) {
+        Enable(autoEnable);
+    }
+    if (data == DataToReset::Params || data == DataToReset::All) {
+        protocol->ParamsReset();
+    }
+    if ((data == DataToReset::RegisterAssemblies || data == DataToReset::All) && HasRegisterAssemblyGroup()) {
+        protocol->ConfigureDefaultRegisterAssembly();
+    }
+}
+
+void ControlInstance::OnPreStartScan() {
+    protocol->OnPreStartScan();
+}
+
+void ControlInstance::OnPostStopScan() {
+    protocol->OnPostStopScan();
+}
+
+void ControlInstance::OnFactoryRestore() {
+    protocol->OnFactoryRestore();
+}
+
+void ControlInstance::OnPersistDomainLoaded(VorCommon::PersistDomain domain) {
+    protocol->OnPersistDomainLoaded(domain);
+}
+
+nlohmann::json& ControlInstance::WorkspacePersistData() {
+    return protocol->WorkspacePersistData();
+}
+
+bool ControlInstance::HasPersistOption(VorCommon::PersistDomain domain,
+                                       ControlProtocol::ProtocolPersistOptions option) const {
+    return protocol->HasPersistOption(domain, option);
+}
+
+void ControlInstance::ResetProtocolToDefaultEnabledState() {
+    Enable(ProtocolAutoEnableSetting());
+}
+
+bool ControlInstance::ProtocolAutoEnableSetting() const {
+    return autoEnable;
+}
+
+} // namespace VorControl

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "VorCommon/IUpdateGate.h"
+#include "VorCommon/ProblemsManager.h"
+#include "VorCommon/ProblemsTracker.h"
+#include "VorControl/Control/ControlInstanceParams.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorControl/ControlProtocol/IProtocol.h"
+
+namespace VorControl {
+
+/// Wraps one service. Destroying it doesn't stop the service, which does that by itself in its destructor.
+class ControlInstance : public IControlInstance {
+public:
+    explicit ControlInstance(const ControlInstanceParams& params);
+    ~ControlInstance() override;
+
+    ControlInstance(const ControlInstance&) = delete;
+    ControlInstance& operator=(const ControlInstance&) = delete;
+
+    const ControlInfo& Info() const override;
+    const std::string& TypeName() const override;
+    const std::string& Id() const override;
+    const std::string& DisplayName() const override;
+    void Enable(bool on) override;
+    bool IsEnabled() const override;
+    ControlProtocol::ProtocolStatus GetProtocolStatus() const override;
+
+    ParamsUpdatedEvent::CallbackId
+    AddParamsUpdatedEventHandler(std::function<void(const std::string&, bool)> handler) override;
+    void RemoveParamsUpdatedEventHandler(ParamsUpdatedEvent::CallbackId& callback) override;
+    OutputsUpdatedEvent::CallbackId
+    AddOutputsUpdatedEventHandler(std::function<void(const std::string&, bool)> handler) override;
+    void RemoveOutputsUpdatedEventHandler(OutputsUpdatedEvent::CallbackId& callback) override;
+    RegisterAssemblyUpdatedEvent::CallbackId AddRegisterAssemblyUpdatedEventHandler(
+        std::function<void(const std::string&, const std::string&)> handler) override;
+    void RemoveRegisterAssemblyUpdatedEventHandler(RegisterAssemblyUpdatedEvent::CallbackId& callback) override;
+    PersistenceDomainChangeEvent::CallbackId
+    AddPersistenceDomainChangeEventHandler(std::function<void(VorCommon::PersistDomain)> handler) override;
+    void RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId& callback) override;
+
+    std::shared_ptr<Vor::Params::Group> BeginUpdateParameters() override;
+    void EndUpdateParameters() override;
+    void BeginUpdateRegisterAssembly() override;
+    void EndUpdateRegisterAssembly(const char* assemblyId) override;
+
+    Vor::Params::Group& Properties() const override;
+    void NonPersistentPropertiesBeginLock() override;
+    void NonPersistentPropertiesEndLock() override;
+
+    std::shared_ptr<Vor::Params::Group> Params() const override;
+    const char* ParamsVersion() const override;
+    void ParamsUpdate() override;
+
+    bool HasRegisterAssemblyGroup() const override;
+    bool HasRegisterAssembly(const char* assemblyId) const override;
+    std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly> RegisterAssembly(const char* assemblyId) const override;
+    std::vector<std::string> RegisterAssemblyList() const override;
+    void RegisterAssemblyBeginLock(const char* assemblyId) override;
+    void RegisterAssemblyEndLock(const char* assemblyId) override;
+    void RegisterAssemblyUpdate(const char* assemblyId) override;
+
+    void ResetInstance(bool keepEnabled, DataToReset data) override;
+
+    void OnPreStartScan() override;
+    void OnPostStopScan() override;
+    void OnFactoryRestore() override;
+    void OnPersistDomainLoaded(VorCommon::PersistDomain domain) override;
+    nlohmann::json& WorkspacePersistData() override;
+    bool HasPersistOption(VorCommon::PersistDomain domain,
+                          ControlProtocol::ProtocolPersistOptions option) const override;
+    void ResetProtocolToDefaultEnabledState() override;
+    bool ProtocolAutoEnableSetting() const override;
+
+    /// Whether the status is running, starting or failed-to-stop.
+    bool IsProtocolRunning() const;
+
+private:
+    void StartProtocol();
+    void StopProtocol();
+    /// Calls the operation; a Vor::Exception becomes a problem with `problemText`, and is thrown on.
+    void RunTracked(void (ControlProtocol::IProtocol::*operation)(), const char* problemText);
+    /// Lets no std::exception out, so that the enabled state is recorded whatever happens.
+    void RemoveScanResultsHandler();
+    void ProtocolParamsInternalUpdateHandler(bool persist);
+    void ProtocolOutputsInternalUpdateHandler(bool persist);
+    void ProtocolPersistenceDomainChangeHandler(VorCommon::PersistDomain domain);
+    void RequireRegisterAssemblyGroup() const;
+
+    const ControlInfo& info;
+    bool autoEnable = false;
+    bool enabled = false;
+    std::string id;
+    std::string displayName;
+    std::shared_ptr<ControlProtocol::IProtocol> protocol;
+    VorCommon::IUpdateGate& updateGate;
+    IControlScanResults& scanResults;
+    ParamsUpdatedEvent paramsUpdated;
+    OutputsUpdatedEvent outputsUpdated;
+    RegisterAssemblyUpdatedEvent registerAssemblyUpdated;
+    PersistenceDomainChangeEvent persistenceDomainChange;
+    VorCommon::ProblemsManager* problemsManager;
+    VorCommon::ProblemsTracker problemsTracker;
+    ControlProtocol::IProtocol::ParamsInternalUpdateEvent::CallbackId paramsCallback;
+    ControlProtocol::IProtocol::OutputsInternalUpdateEvent::CallbackId outputsCallback;
+    ControlProtocol::IProtocol::PersistenceDomainChangeEvent::CallbackId domainCallback;
+};
+
+} // namespace VorControl

@@ -1,0 +1,327 @@
+#include "VorControl/Control/ControlManager.h"
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "Vor/VorGetText.h"
+#include "VorCommon/IPersistRegistrar.h"
+#include "VorCommon/IPlatformAttributes.h"
+#include "VorControl/Control/ControlCreateException.h"
+#include "VorControl/Control/ControlInfo.h"
+#include "VorControl/Control/ControlInstance.h"
+#include "VorControl/Control/ControlRegistry.h"
+#include "VorControl/Control/IControlFactory.h"
+#include "yApi/yStatus.h"
+
+#include <exception>
+#include <utility>
+
+namespace VorControl {
+
+using VorCommon::PersistDomain;
+
+namespace {
+
+template <typename... Args>
+void LogThrown(const std::exception& e, const Vor::LocatedFormat& text, const Args&... args) {
+    Vor::LogError(text, args...);
+    Vor::Exception::LogException(e);
+    Vor::Exception::LogBackTrace(e);
+}
+
+/// True for a scope.
+class ScopedFlag {
+public:
+    explicit ScopedFlag(std::atomic<bool>& flag)
+        : flag(flag) {
+        flag.store(true, std::memory_order_relaxed);
+    }
+    ScopedFlag(const ScopedFlag&) = delete;
+    ScopedFlag& operator=(const ScopedFlag&) = delete;
+    ~ScopedFlag() { flag.store(false, std::memory_order_relaxed); }
+
+private:
+    std::atomic<bool>& flag;
+};
+
+} // namespace
+
+ControlManager::ControlManager(ControlRegistry& registry, IControlScanResults& scanResults,
+                               const ControlModuleEnviron& environ)
+    : registry(registry)
+    , environ(environ)
+    , scanResults(scanResults)
+    , host(scanResults, *environ.platformAttributes, *environ.runtimeCache, environ.problemsManager,
+           environ.localNodeId, environ.controlChannelPort, environ.vdpPort, environ.pipeAllocator) {
+    protocolEnviron.controlHost = &host;
+    CreateAll();
+    try {
+        if (environ.persistRegistrar != nullptr) {
+            persistHandlerId = environ.persistRegistrar->Register(*this, "");
+        }
+        for (const auto& entry : instances) {
+            BindEvents(*entry.second);
+        }
+        Subscribe();
+    } catch (...) {
+        Unsubscribe();
+        throw;
+    }
+}
+
+ControlManager::~ControlManager() {
+    Unsubscribe();
+}
+
+void ControlManager::Subscribe() {
+    const auto subscribe = [this](Vor::Event<>* event, void (ControlManager::*handler)()) {
+        Subscription subscription;
+        subscription.event = event;
+        if (event != nullptr) {
+            subscription.callback = event->Add([this, handler] { (this->*handler)(); });
+        }
+        return subscription;
+    };
+    preStart = subscribe(environ.livePreStartScanEvent, &ControlManager::LivePreStartScanEventHandler);
+    postStop = subscribe(environ.livePostStopScanEvent, &ControlManager::LivePostStopScanEventHandler);
+    factoryRestore = subscribe(environ.factoryRestoreEvent, &ControlManager::FactoryRestoreEventHandler);
+}
+
+void ControlManager::Unsubscribe() {
+    try {
+        if (persistHandlerId) {
+            environ.persistRegistrar->Deregister(*persistHandlerId);
+        }
+        for (Subscription* subscription : {&preStart, &postStop, &factoryRestore}) {
+            if (subscription->event != nullptr) {
+                subscription->event->Remove(subscription->callback);
+            }
+        }
+    } catch (const std::exception& e) {
+        LogThrown(e, "Exception thrown in destructor");
+    }
+}
+
+void ControlManager::BindEvents(IControlInstance& instance) {
+    const auto updated = [this](const std::string&, bool persist) {
+        if (persist) {
+            SetPersistenceFileModified(PersistDomain::Job);
+        }
+    };
+    instance.AddParamsUpdatedEventHandler(updated);
+    instance.AddOutputsUpdatedEventHandler(updated);
+    instance.AddRegisterAssemblyUpdatedEventHandler(
+        [this](const std::string&, const std::string&) { SetPersistenceFileModified(PersistDomain::Job); });
+    instance.AddPersistenceDomainChangeEventHandler([this](PersistDomain domain) { NotifyDomainChange(domain); });
+}
+
+void ControlManager::CreateAll() {
+    Vor::LogInfo("Creating all control protocol instances.");
+    for (const ControlInfo* info : registry.List()) {
+        Create(*info);
+    }
+}
+
+void ControlManager::Create(const ControlInfo& info) {
+    Vor::LogInfo("Creating control protocol instance: \"%s\".", info.TypeName());
+    try {
+        if (!IsSupported(info)) {
+            Vor::LogInfo("%s: control protocol \"%s\" is not supported in this environment", "Create", info.TypeName());
+            return;
+        }
+        ControlInstanceParams params;
+        params.info = &info;
+        params.updateGate = environ.updateGate;
+        params.scanResults = &scanResults;
+        params.problemsManager = environ.problemsManager;
+        params.typeName = info.TypeName();
+        params.displayName = info.DisplayName();
+        protocolEnviron.typeName = info.TypeName();
+        protocolEnviron.displayName = info.DisplayName();
+        params.protocol = info.Factory().Create(protocolEnviron);
+        if (!params.protocol) {
+            Vor::Throw(yERROR_NOT_FOUND, "Failed to create protocol %s", info.TypeName());
+        }
+        instances.emplace(info.TypeName(), std::make_unique<ControlInstance>(params));
+    } catch (const std::exception& e) {
+        LogThrown(e, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), e.what());
+        std::throw_with_nested(ControlCreateException(info.TypeName(), e));
+    }
+}
+
+bool ControlManager::IsSupported(const ControlInfo& info) const {
+    const VorCommon::IPlatformAttributes& platform = *environ.platformAttributes;
+    if (platform.IsPhysicalSensor()) {
+        return info.SupportedOnPhysicalSensor();
+    }
+    if (platform.IsVirtualSensor()) {
+        return info.SupportedOnVirtualSensor();
+    }
+    if (platform.IsVorsuiteServiceApp()) {
+        return info.SupportedOnVorsuiteServiceApp();
+    }
+    if (platform.IsPhysicalVorbox()) {
+        return info.SupportedOnPhysicalVorbox();
+    }
+    if (platform.IsVorsuiteDaemon()) {
+        return info.SupportedOnVorsuiteDaemon();
+    }
+    if (platform.IsVirtualVorbox()) {
+        return info.SupportedOnVirtualVorbox();
+    }
+    return true;
+}
+
+const char* ControlManager::Component() {
+    return "ControlManager";
+}
+
+void ControlManager::InitPersistDomain(PersistDomain domain, VorCommon::IPersistStore& store) {
+    const auto initAll = [&] {
+        for (const auto& entry : instances) {
+            try {
+                persistControl.Init(*entry.second, domain, store);
+            } catch (const std::exception& e) {
+                LogThrown(e, "EXCEPTION THROWN: ");
+            }
+        }
+    };
+    if (domain == PersistDomain::Job) {
+        RunLoad(initAll);
+    } else {
+        initAll();
+    }
+}
+
+void ControlManager::LoadPersistDomain(PersistDomain domain, const VorCommon::IPersistStore& store) {
+    bool changed = false;
+    {
+        const ScopedFlag loading(persistLoading);
+        RunLoad([&] { changed = LoadAll(domain, store); });
+    }
+    if (changed) {
+        NotifyDomainChange(domain);
+    }
+}
+
+bool ControlManager::LoadAll(PersistDomain domain, const VorCommon::IPersistStore& store) {
+    bool changed = false;
+    for (const auto& entry : instances) {
+        try {
+            persistControl.Load(*entry.second, domain, store);
+        } catch (const std::exception& e) {
+            LogThrown(e, "EXCEPTION THROWN: ");
+            Vor::LogUser(Vor::UserError, "VorControl",
+                         VorGetText::GetInstance().DPGetText(
+                             "BE", "beApp.ctrl",
+                             "Error loading control service '%s' configuration. Loading next service's configuration."),
+                         entry.second->Id());
+        }
+        changed = changed || persistControl.LastLoadResult() != Persistence::PersistLoadResult{};
+    }
+    return changed;
+}
+
+void ControlManager::SavePersistDomain(PersistDomain domain, VorCommon::IPersistStore& store) {
+    for (const auto& entry : instances) {
+        try {
+            persistControl.Save(*entry.second, domain, store);
+        } catch (const std::exception& e) {
+            LogThrown(e, "EXCEPTION THROWN: ");
+        }
+    }
+}
+
+std::vector<std::string> ControlManager::List() const {
+    std::vector<std::string> ids;
+    ids.reserve(instances.size());
+    for (const auto& entry : instances) {
+        ids.push_back(entry.first);
+    }
+    return ids;
+}
+
+IControlInstance& ControlManager::GetInstance(const std::string& id) {
+    const auto found = instances.find(id);
+    if (found == instances.end()) {
+        Vor::Throw(yERROR_NOT_FOUND, "Control protocol type not recognized: '%s'.", id);
+    }
+    return *found->second;
+}
+
+const ControlRegistry& ControlManager::GetControlRegistry() const {
+    return registry;
+}
+
+ControlManager::PersistenceLoadEvent::CallbackId
+ControlManager::AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) {
+    return persistenceLoad.Add(std::move(handler));
+}
+
+void ControlManager::RemovePersistenceLoadEventHandler(PersistenceLoadEvent::CallbackId callback) {
+    persistenceLoad.Remove(callback);
+}
+
+void ControlManager::NotifyDomainChange(PersistDomain domain) {
+    if (persistLoading.load(std::memory_order_relaxed)) {
+        return;
+    }
+    if (environ.persistRegistrar != nullptr) {
+        environ.persistRegistrar->Announce(*this, domain, 0);
+    }
+}
+
+void ControlManager::SetPersistenceFileModified(PersistDomain domain) {
+    NotifyDomainChange(domain);
+}
+
+void ControlManager::OnPersistenceLoad(PersistenceLoadOpState state) {
+    persistenceLoad.Raise(state);
+}
+
+void ControlManager::RunLoad(const std::function<void()>& operation) {
+    OnPersistenceLoad(PersistenceLoadOpState::Begin);
+    try {
+        operation();
+    } catch (...) {
+        try {
+            OnPersistenceLoad(PersistenceLoadOpState::End);
+        } catch (const std::exception& e) {
+            LogThrown(e, "EXCEPTION THROWN: ");
+        }
+        throw;
+    }
+    OnPersistenceLoad(PersistenceLoadOpState::End);
+}
+
+void ControlManager::LivePreStartScanEventHandler() {
+    for (const auto& entry : instances) {
+        try {
+            if (entry.second->IsEnabled()) {
+                entry.second->OnPreStartScan();
+            }
+        } catch (const Vor::Exception& e) {
+            LogThrown(e, "Error countered invoking pre-start event handler for control service %s", entry.second->Id());
+        }
+    }
+}
+
+void ControlManager::LivePostStopScanEventHandler() {
+    for (const auto& entry : instances) {
+        try {
+            if (entry.second->IsEnabled()) {
+                entry.second->OnPostStopScan();
+            }
+        } catch (const Vor::Exception& e) {
+            LogThrown(e, "Error countered invoking post-start event handler for control service %s",
+                      entry.second->Id());
+        }
+    }
+}
+
+void ControlManager::FactoryRestoreEventHandler() {
+    for (const auto& entry : instances) {
+        entry.second->OnFactoryRestore();
+    }
+}
+
+} // namespace VorControl

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "VorControl/Control/ControlHost.h"
+#include "VorControl/Control/ControlModuleEnviron.h"
+#include "VorControl/Control/IControlManager.h"
+#include "VorControl/ControlProtocol/ControlProtocolEnviron.h"
+#include "VorControl/Persistence/PersistControl.h"
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace VorControl {
+
+class ControlInfo;
+class IControlScanResults;
+
+/// Owns the services and what they reach the system through. It has no lock: the persist operations run on the
+/// persistence thread, the event handlers on the thread that raises the event.
+class ControlManager : public IControlManager {
+public:
+    /// Creates the service of each supported type. Fails with ControlCreateException if one can't be created, and then
+    /// leaves nothing registered.
+    ControlManager(ControlRegistry& registry, IControlScanResults& scanResults, const ControlModuleEnviron& environ);
+    ~ControlManager() override;
+
+    ControlManager(const ControlManager&) = delete;
+    ControlManager& operator=(const ControlManager&) = delete;
+
+    /// "ControlManager".
+    const char* Component() override;
+    void InitPersistDomain(VorCommon::PersistDomain domain, VorCommon::IPersistStore& store) override;
+    void LoadPersistDomain(VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store) override;
+    void SavePersistDomain(VorCommon::PersistDomain domain, VorCommon::IPersistStore& store) override;
+
+    std::vector<std::string> List() const override;
+    IControlInstance& GetInstance(const std::string& id) override;
+    const ControlRegistry& GetControlRegistry() const override;
+    PersistenceLoadEvent::CallbackId
+    AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) override;
+    void RemovePersistenceLoadEventHandler(PersistenceLoadEvent::CallbackId callback) override;
+
+    /// Announces the change to the registrar, unless a domain is being loaded.
+    void NotifyDomainChange(VorCommon::PersistDomain domain);
+    void SetPersistenceFileModified(VorCommon::PersistDomain domain);
+    bool IsSupported(const ControlInfo& info) const;
+
+private:
+    struct Subscription {
+        Vor::Event<>* event = nullptr;
+        Vor::Event<>::CallbackId callback;
+    };
+
+    void CreateAll();
+    void Create(const ControlInfo& info);
+    void BindEvents(IControlInstance& instance);
+    void Subscribe();
+    void Unsubscribe();
+    void OnPersistenceLoad(PersistenceLoadOpState state);
+    /// Raises the begin and the end of a load around the operation, the end also when the operation throws.
+    void RunLoad(const std::function<void()>& operation);
+    /// Whether a service had something to report.
+    bool LoadAll(VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
+    void LivePreStartScanEventHandler();
+    void LivePostStopScanEventHandler();
+    void FactoryRestoreEventHandler();
+
+    ControlRegistry& registry;
+    ControlModuleEnviron environ;
+    IControlScanResults& scanResults;
+    ControlHost host;
+    ControlProtocol::ControlProtocolEnviron protocolEnviron;
+    std::map<std::string, std::unique_ptr<IControlInstance>> instances;
+    std::atomic<bool> persistLoading = false;
+    PersistControl persistControl;
+    std::optional<unsigned long long> persistHandlerId;
+    PersistenceLoadEvent persistenceLoad;
+    Subscription preStart;
+    Subscription postStop;
+    Subscription factoryRestore;
+};
+
+} // namespace VorControl

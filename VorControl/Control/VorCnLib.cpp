@@ -1,0 +1,62 @@
+#include "VorControl/Control/VorCnLib.h"
+
+#include "yApi/yPlatformLibs.h"
+#include "yApi/yVersion.h"
+
+yAssembly xxVorCnLib_assembly = nullptr;
+
+namespace {
+
+constexpr const char* versionText = "1.0.0.0";
+
+yStatus Fill(yAssembly assembly) {
+    for (const yAssemblyConstruct construct :
+         {&yApiLib_Construct, &yTsLib_Construct, &VcLib_Construct, &VorCoreLib_Construct, &VorApiLib_Construct}) {
+        if (const yStatus status = xyAssembly_AddDependency(assembly, construct); status != yOK) {
+            return status;
+        }
+    }
+    return xyAssembly_Finalize(assembly);
+}
+
+} // namespace
+
+yStatus VorCnLib_Construct(yAssembly* assembly) {
+    if (xxVorCnLib_assembly != nullptr) {
+        yAssembly_AddReference(xxVorCnLib_assembly);
+        *assembly = xxVorCnLib_assembly;
+        return yOK;
+    }
+    yVersion version;
+    yVersion platformVersion;
+    if (const yStatus status = yVersion_Parse(&version, versionText); status != yOK) {
+        return status;
+    }
+    if (const yStatus status = yVersion_Parse(&platformVersion, versionText); status != yOK) {
+        return status;
+    }
+    yStatus status = xyAssembly_ConstructInternal(&xxVorCnLib_assembly, "VorCnLib", version, platformVersion);
+    if (status == yOK) {
+        status = Fill(xxVorCnLib_assembly);
+    }
+    if (status != yOK) {
+        if (xxVorCnLib_assembly != nullptr) {
+            xyAssembly_VRelease(xxVorCnLib_assembly);
+        }
+        return status;
+    }
+    *assembly = xxVorCnLib_assembly;
+    return yOK;
+}
+
+yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
+    return VorCnLib_Construct(assembly);
+}
+
+const char* yPlugin_AssemblyVersion() {
+    return versionText;
+}
+
+const char* yPlugin_PlatformVersion() {
+    return versionText;
+}
