@@ -1,0 +1,187 @@
+#include "VorControl/Control/ControlScanResults.h"
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorApi/Threads/Locker.h"
+#include "VorControl/Control/ControlScanResultsDispatcher.h"
+#include "VorCore/ResultHub.h"
+#include "VorMsg/ResultSet.h"
+
+#include <exception>
+#include <utility>
+
+namespace VorControl {
+
+namespace {
+
+void AddShared(void* filtered, ResultItem item) {
+    const yMsgInfo msgInfo = yObject_Share(ResultItem_MsgInfo(item));
+    const ResultInfo resultInfo = yObject_Share(ResultItem_ResultInfo(item));
+    if (const yStatus status = ResultSet_Add(filtered, msgInfo, resultInfo, 0); status != yOK) {
+        yObject_Release(msgInfo);
+        yObject_Release(resultInfo);
+        Vor::Throw(status);
+    }
+}
+
+} // namespace
+
+ControlScanResults::ControlScanResults(VorCore::ResultHub* hub, void* allocator)
+    : allocator(allocator)
+    , resultHub(hub) {
+    Vor::ThrowIfFailed(yLock_Construct(outputMapLock.Out()));
+    Vor::ThrowIfFailed(yLock_Construct(dispatcherLock.Out()));
+    if (resultHub == nullptr) {
+        Vor::LogWarning("No resultHub to listen to.");
+        return;
+    }
+    hubCallbackId = resultHub->AddResultHandler([this](void* resultSet) { ProcessResultSet(resultSet); });
+    Vor::LogInfo("ControlScanResults constructed.");
+}
+
+ControlScanResults::~ControlScanResults() {
+    if (resultHub == nullptr) {
+        return;
+    }
+    try {
+        resultHub->RemoveResultHandler(hubCallbackId);
+    } catch (const std::exception& exception) {
+        Vor::LogError("Exception thrown in destructor");
+        Vor::Exception::LogException(exception);
+        Vor::Exception::LogBackTrace(exception);
+    }
+}
+
+Vor::Event<void*>::CallbackId ControlScanResults::AddResultHandler(const std::string& protocolId,
+                                                                   std::function<void(void*)> handler) {
+    Vor::Event<void*>::CallbackId id;
+    {
+        const Vor::Locker locker(dispatcherLock.Get());
+        auto found = dispatchers.find(protocolId);
+        if (found == dispatchers.end()) {
+            dispatchers.emplace(protocolId, std::make_shared<ControlScanResultsDispatcher>(allocator));
+            found = dispatchers.find(protocolId);
+            if (found == dispatchers.end()) {
+                Vor::Throw(yERROR_NOT_FOUND, "Failed to add new dispatcher of protocol: %s.", protocolId);
+            }
+        }
+        id = found->second->AddResultHandler(std::move(handler));
+    }
+    Vor::LogInfo("ControlScanResults::AddResultHandler new handler registered for protocol: %s", protocolId);
+    return id;
+}
+
+void ControlScanResults::RemoveResultHandler(const std::string& protocolId, Vor::Event<void*>::CallbackId& id) {
+    {
+        const Vor::Locker locker(dispatcherLock.Get());
+        const auto found = dispatchers.find(protocolId);
+        if (found == dispatchers.end()) {
+            Vor::LogWarning("Failed to find dispatcher of protocol: %s.", protocolId);
+            return;
+        }
+        found->second->RemoveResultHandler(id);
+        if (found->second->ResultHandlerCount() == 0) {
+            dispatchers.erase(found);
+            Vor::LogInfo("ControlScanResults::dispatcher removed for protocol: %s", protocolId);
+        }
+    }
+    Vor::LogInfo("ControlScanResults::RemoveResultHandler handler removed for protocol: %s", protocolId);
+}
+
+void ControlScanResults::ProcessResultSet(void* resultSet) {
+    if (ResultSet_Count(resultSet) == 0) {
+        return;
+    }
+    if (ResultSet_FromSimulation(resultSet)) {
+        Vor::LogInfo("Simulation data filtered out.");
+        return;
+    }
+    const Vor::Locker locker(dispatcherLock.Get());
+    for (const auto& [protocolId, dispatcher] : dispatchers) {
+        if (!dispatcher->ForwardScanResults()) {
+            continue;
+        }
+        const auto forwarded =
+            dispatcher->ScanResultsFiltering() ? Filter(protocolId, resultSet) : Vor::Object::Share(resultSet);
+        if (ResultSet_Count(forwarded.Get()) != 0) {
+            Dispatch(dispatcher, forwarded.Get());
+        }
+    }
+}
+
+void ControlScanResults::UpdateOutputMap(const std::string& protocolId, const std::vector<std::string>& ids) {
+    const Vor::Locker locker(outputMapLock.Get());
+    auto& map = FindMap(protocolId);
+    map.clear();
+    for (const auto& id : ids) {
+        AddToMap(map, id);
+    }
+}
+
+void ControlScanResults::SetForwardScanResultsToProtocol(const std::string& protocolId, bool enable) {
+    const Vor::Locker locker(dispatcherLock.Get());
+    const auto found = dispatchers.find(protocolId);
+    if (found == dispatchers.end()) {
+        Vor::LogError("Cannot set scan results forwarding until protocol %s is enabled", protocolId);
+        return;
+    }
+    found->second->SetForwardScanResults(enable);
+}
+
+void ControlScanResults::SetScanResultsFiltering(const std::string& protocolId, bool enable) {
+    const Vor::Locker locker(dispatcherLock.Get());
+    const auto found = dispatchers.find(protocolId);
+    if (found == dispatchers.end()) {
+        Vor::LogError("Cannot set scan results filtering until protocol %s is enabled", protocolId);
+        return;
+    }
+    found->second->SetScanResultsFiltering(enable);
+}
+
+void ControlScanResults::AddToMap(OutputMap& map, std::string id) {
+    const unsigned long key = ResultInfo_IdOfText(id);
+    map.emplace(key, std::move(id));
+}
+
+void ControlScanResults::RemoveFromMap(OutputMap& map, std::string id) {
+    map.erase(ResultInfo_IdOfText(id));
+}
+
+ControlScanResults::OutputMap& ControlScanResults::FindMap(const std::string& protocolId) {
+    const Vor::Locker locker(outputMapLock.Get());
+    auto found = outputMaps.find(protocolId);
+    if (found == outputMaps.end()) {
+        outputMaps.emplace(protocolId, OutputMap());
+        found = outputMaps.find(protocolId);
+        if (found == outputMaps.end()) {
+            Vor::LogError("Failed to add new map of protocol: %s", protocolId);
+            Vor::Throw(yERROR_NOT_FOUND, "Failed to add new map of protocol: %s", protocolId);
+        }
+    }
+    return found->second;
+}
+
+Vor::Object ControlScanResults::Filter(const std::string& protocolId, void* resultSet) {
+    Vor::Object filtered;
+    const Vor::Locker locker(outputMapLock.Get());
+    const auto found = outputMaps.find(protocolId);
+    if (found == outputMaps.end() || found->second.empty()) {
+        return filtered;
+    }
+    const auto& passing = found->second;
+    Vor::ThrowIfFailed(ResultSet_Construct(filtered.Out(), allocator));
+    const std::size_t count = ResultSet_Count(resultSet);
+    for (std::size_t index = 0; index < count; ++index) {
+        const ResultItem item = ResultSet_At(resultSet, index);
+        if (passing.contains(ResultInfo_NumericId(ResultItem_ResultInfo(item)))) {
+            AddShared(filtered.Get(), item);
+        }
+    }
+    return filtered;
+}
+
+void ControlScanResults::Dispatch(std::shared_ptr<IControlScanResultsDispatcher> dispatcher, void* resultSet) {
+    dispatcher->AddResult(resultSet);
+}
+
+} // namespace VorControl

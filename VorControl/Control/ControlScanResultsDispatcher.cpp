@@ -1,0 +1,143 @@
+#include "VorControl/Control/ControlScanResultsDispatcher.h"
+
+#include "VorMsg/ResultSet.h"
+
+#include <exception>
+#include <utility>
+
+namespace VorControl {
+
+namespace {
+
+void LogThrown(const std::exception& exception) {
+    Vor::LogError("EXCEPTION THROWN: ");
+    Vor::Exception::LogException(exception);
+    Vor::Exception::LogBackTrace(exception);
+}
+
+} // namespace
+
+ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* allocator)
+    : allocator(allocator) {
+    Vor::ThrowIfFailed(yLock_Construct(listLock.Out()));
+    Vor::ThrowIfFailed(yArrayList_Construct(incomingResults.Out(), yType_ResultSet, listCapacity, allocator));
+    Vor::ThrowIfFailed(yArrayList_Construct(dispatchResults.Out(), yType_ResultSet, listCapacity, allocator));
+    Start();
+}
+
+ControlScanResultsDispatcher::~ControlScanResultsDispatcher() {
+    try {
+        Stop();
+    } catch (const std::exception& exception) {
+        Vor::LogError("Exception thrown in destructor");
+        Vor::Exception::LogException(exception);
+        Vor::Exception::LogBackTrace(exception);
+    }
+    thread.Reset();
+}
+
+Vor::Event<void*>::CallbackId ControlScanResultsDispatcher::AddResultHandler(std::function<void(void*)> handler) {
+    return resultEvent.AddListener(std::move(handler));
+}
+
+void ControlScanResultsDispatcher::RemoveResultHandler(Vor::Event<void*>::CallbackId& id) {
+    resultEvent.RemoveListener(id);
+}
+
+void ControlScanResultsDispatcher::AddResult(void* resultSet) {
+    const Vor::Locker locker(listLock.Get());
+    Vor::ThrowIfFailed(yArrayList_Add(incomingResults.Get(), resultSet));
+    yObject_Share(resultSet);
+}
+
+std::size_t ControlScanResultsDispatcher::ResultHandlerCount() {
+    return resultEvent.Count();
+}
+
+void ControlScanResultsDispatcher::Start() {
+    if (running.load(std::memory_order_relaxed)) {
+        Vor::Throw(yERROR_STATE);
+    }
+    running.store(true, std::memory_order_relaxed);
+    try {
+        Vor::ThrowIfFailed(yThread_Construct(thread.Out(), [this] { return Run(); }));
+        Vor::ThrowIfFailed(yThread_SetName(thread.Get(), "CtrlScnRstDisp"));
+        Vor::ThrowIfFailed(yThread_Start(thread.Get()));
+    } catch (...) {
+        running.store(false, std::memory_order_relaxed);
+        thread.Reset();
+        throw;
+    }
+}
+
+void ControlScanResultsDispatcher::Stop() {
+    if (!running.load(std::memory_order_relaxed)) {
+        return;
+    }
+    running.store(false, std::memory_order_relaxed);
+    yStatus exit = yOK;
+    Vor::ThrowIfFailed(yThread_Join(thread.Get(), yINFINITE, &exit));
+    if (exit != yOK) {
+        Vor::LogInfo("ControlScanResultsDispatcher thread stopped with error:%d", exit);
+    }
+    thread.Reset();
+    const Vor::Locker locker(listLock.Get());
+    yArrayList_Purge(incomingResults.Get());
+    yArrayList_Purge(dispatchResults.Get());
+}
+
+void ControlScanResultsDispatcher::SetForwardScanResults(bool enable) {
+    forwardScanResults.store(enable, std::memory_order_relaxed);
+}
+
+bool ControlScanResultsDispatcher::ForwardScanResults() const {
+    return forwardScanResults.load(std::memory_order_relaxed);
+}
+
+void ControlScanResultsDispatcher::SetScanResultsFiltering(bool enable) {
+    scanResultsFiltering.store(enable, std::memory_order_relaxed);
+}
+
+bool ControlScanResultsDispatcher::ScanResultsFiltering() const {
+    return scanResultsFiltering.load(std::memory_order_relaxed);
+}
+
+yStatus ControlScanResultsDispatcher::Run() {
+    try {
+        while (running.load(std::memory_order_relaxed)) {
+            Dispatch();
+            Vor::ThrowIfFailed(yThread_Sleep(sleepPeriod));
+        }
+        return yOK;
+    } catch (const Vor::Exception& exception) {
+        LogThrown(exception);
+        return exception.Status();
+    } catch (const std::exception& exception) {
+        LogThrown(exception);
+        return yERROR;
+    }
+}
+
+void ControlScanResultsDispatcher::Dispatch() {
+    CallHandlers();
+    const Vor::Locker locker(listLock.Get());
+    std::swap(incomingResults, dispatchResults);
+}
+
+void ControlScanResultsDispatcher::CallHandlers() {
+    const yArrayList batch = dispatchResults.Get();
+    if (yArrayList_Count(batch) == 0) {
+        return;
+    }
+    struct PurgeAtEnd {
+        yArrayList batch;
+        ~PurgeAtEnd() { yArrayList_Purge(batch); }
+    } const purgeAtEnd{batch};
+    try {
+        resultEvent.Raise(batch);
+    } catch (const Vor::Exception& exception) {
+        LogThrown(exception);
+    }
+}
+
+} // namespace VorControl
