@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Vor/HandlerList.h"
+#include "Vor/NameTable.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Vor::Properties {
+
+class INodeVisitor;
+class INodeVisitorConst;
+class Structure;
+
+/// An element of a property tree: a value, a structure or an array. Nodes refer to each other and never own each other:
+/// a child and a schema keyword are members of the class that registers them, and one node may stand in several trees.
+/// No lock: whoever owns a tree serialises access to it.
+class Node {
+public:
+    Node();
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+
+    virtual ~Node();
+
+    /// Appends the message of each failed validation to `errors`. `context` is handed down the tree unchanged.
+    virtual void CheckValidationAndCollect(std::vector<std::string>& errors, unsigned long context);
+
+    /// Appends the nodes whose value was changed.
+    virtual void RetrieveChangedParameters(std::vector<Node*>& changed);
+    virtual void ResetChangedParameters();
+
+    /// Takes over values and keywords of `other`, which is of the same kind; throws `std::bad_cast` if it isn't.
+    virtual void CopyValues(const Node& other);
+
+    /// A write-only node is written to documents and never read from one.
+    virtual void SetWriteOnly(bool writeOnly);
+
+    virtual void Accept(INodeVisitor& visitor) = 0;
+    virtual void Accept(INodeVisitorConst& visitor) const = 0;
+
+    bool IsWriteOnly() const { return writeOnly; }
+
+    /// A handler runs before a new value is stored; when it throws, the old value stays. It may be empty, and then
+    /// fails with `std::bad_function_call`.
+    HandlerId AddChangeHandler(std::function<void(Node&)> handler);
+    void RemoveChangeHandler(HandlerId& id);
+
+    /// The registered keywords in their order; it is built when it is first asked for and lives as long as the node.
+    Structure& Schema();
+    const Structure& Schema() const;
+
+    /// The keywords, null while there are none but "type".
+    const Structure* SchemaIfBuilt() const;
+
+    /// The node under "type" while `SchemaIfBuilt` is null, else null.
+    const Node* LoneType() const;
+
+    /// Attaches `keyword`, which must outlive its registration. A key that is registered already gets the new node in
+    /// its place. `copied`: `CopySchema` copies the keyword's value.
+    void RegisterSchema(Internal::Name key, Node& keyword, bool copied = true);
+
+    /// Does nothing if there is no such keyword.
+    void DeregisterSchema(Internal::Name key);
+
+    /// Copies the values of the keywords that both nodes have and that are registered as copied here.
+    void CopySchema(const Node& other);
+
+protected:
+    void RunChangeHandlers();
+
+private:
+    struct Extras;
+
+    Extras& MakeExtras() const;
+
+    mutable std::unique_ptr<Extras> extras;
+    // Where the "type" keyword lies, counted from this node, as long as it is the only keyword. Most nodes have no
+    // other, and so need no schema.
+    mutable std::int16_t typeOffset = 0;
+    bool writeOnly = false;
+};
+
+} // namespace Vor::Properties

@@ -1,0 +1,265 @@
+#pragma once
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "Vor/Node.h"
+#include "Vor/VorGetText.h"
+#include "VorApi/Params/PropertyValue.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace Vor::Params {
+
+/// The keywords that each parameter can have, be it a value, a group or an array. Each is itself a value, attached to
+/// the parameter's schema. "used" and "visibility" are two ways of telling a client whether a parameter matters, and
+/// exclude each other.
+class ParamsBase {
+public:
+    const std::string& GetTitle() const { return title.Get(); }
+    void SetTitle(const std::string& text) { title.ConditionalSet(text); }
+
+    unsigned int GetSortOrder() const { return sortOrder.Get(); }
+    void SetSortOrder(unsigned int order) { sortOrder.ConditionalSet(order); }
+
+    /// Can't be undone.
+    void EnableReadOnly();
+    bool IsReadOnlyEnabled() const { return readOnlyEnabled; }
+    bool GetReadOnly() const { return readOnly && readOnly->Get(); }
+    void SetReadOnly(bool value) { ReadOnlyNode().ConditionalSet(value); }
+
+    /// Throws `yERROR_PARAMETER` if "visibility" is enabled.
+    void EnableUsed();
+    bool IsUsedEnabled() const { return usedEnabled; }
+    bool GetUsed() const { return !used || used->Get(); }
+    void SetUsed(bool value) { UsedNode().ConditionalSet(value); }
+
+    /// Throws `yERROR_PARAMETER` if "used" is enabled.
+    void EnableVisibility(bool enable);
+    bool IsVisibilityEnabled() const { return visibilityEnabled; }
+    unsigned int GetVisibility() const {
+        return Present(visibility, "Must enable 'visibility' before using it.").Get();
+    }
+    void SetVisibility(unsigned int value) {
+        Present(visibility, "Must enable 'visibility' before setting the value.").ConditionalSet(value);
+    }
+
+    void EnableMeta(bool enable);
+    bool IsMetaEnabled() const { return metaEnabled; }
+    const std::string& GetMeta() const { return Present(meta, "Must enable 'x-meta' before using it.").Get(); }
+    void SetMeta(const std::string& text) {
+        Present(meta, "Must enable 'x-meta' before setting the value.").ConditionalSet(text);
+    }
+
+    void EnableDescription(bool enable);
+    bool IsDescriptionEnabled() const { return descriptionEnabled; }
+    const std::string& GetDescription() const {
+        return Present(description, "Must enable 'description' before using it.").Get();
+    }
+    void SetDescription(const std::string& text) {
+        Present(description, "Must enable 'description' before setting the value.").ConditionalSet(text);
+    }
+
+protected:
+    explicit ParamsBase(Properties::Node& owner)
+        : owner(owner) {
+        owner.RegisterSchema(TitleKey(), title);
+        owner.RegisterSchema(SortOrderKey(), sortOrder);
+    }
+    ParamsBase(const ParamsBase&) = delete;
+    ParamsBase& operator=(const ParamsBase&) = delete;
+    ~ParamsBase() = default;
+
+    /// Notes whether the read that follows has to pass over a read-only value. Never fails.
+    void CheckValidation(bool log) const;
+
+    /// Logs, if told to, and throws the failure of a validation.
+    [[noreturn]] void FailValidation(bool log, const char* text) const;
+
+    void CopyValues(const ParamsBase& other);
+
+    /// Attaches the keywords that `CopyValues` brought.
+    void RegisterCopied();
+
+    /// Creates or frees an optional keyword.
+    template <class Keyword>
+    void Enable(std::unique_ptr<Keyword>& keyword, const char* key, bool enable) {
+        if (enable) {
+            if (!keyword) {
+                keyword = std::make_unique<Keyword>();
+            }
+            owner.RegisterSchema(key, *keyword, false);
+        } else if (keyword) {
+            owner.DeregisterSchema(key);
+            keyword.reset();
+        }
+    }
+
+    /// Makes an optional keyword as it is on another parameter.
+    template <class Keyword>
+    void CopyKeyword(std::unique_ptr<Keyword>& keyword, const char* key, const std::unique_ptr<Keyword>& other) {
+        Enable(keyword, key, other != nullptr);
+        if (other) {
+            keyword->ConditionalSet(other->Get());
+        }
+    }
+
+    template <class Keyword>
+    static Keyword& Present(const std::unique_ptr<Keyword>& keyword, const char* otherwise) {
+        if (!keyword) {
+            Throw(yERROR_PARAMETER, otherwise);
+        }
+        return *keyword;
+    }
+
+    bool ReadOnlyPending() const { return readOnlyPending; }
+    bool TakeReadOnlyPending() { return std::exchange(readOnlyPending, false); }
+
+private:
+    static Properties::Internal::Name TitleKey();
+    static Properties::Internal::Name SortOrderKey();
+    static Properties::Internal::Name ReadOnlyKey();
+
+    Properties::Value<bool>& ReadOnlyNode();
+    Properties::Value<bool>& UsedNode();
+
+    Properties::Node& owner;
+    Properties::Value<std::string> title;
+    // Created when first enabled or set.
+    std::unique_ptr<Properties::Value<bool>> readOnly;
+    std::unique_ptr<Properties::Value<bool>> used;
+    std::unique_ptr<Properties::Value<std::string>> meta;
+    std::unique_ptr<Properties::Value<unsigned int>> visibility;
+    std::unique_ptr<Properties::Value<std::string>> description;
+    Properties::Value<unsigned int> sortOrder;
+    mutable bool readOnlyPending = false;
+    bool readOnlyEnabled = false;
+    bool usedEnabled = false;
+    bool visibilityEnabled = false;
+    bool metaEnabled = false;
+    bool descriptionEnabled = false;
+};
+
+inline Properties::Internal::Name ParamsBase::TitleKey() {
+    static const Properties::Internal::Name key("title");
+    return key;
+}
+
+inline Properties::Internal::Name ParamsBase::SortOrderKey() {
+    static const Properties::Internal::Name key("sortOrder");
+    return key;
+}
+
+inline Properties::Internal::Name ParamsBase::ReadOnlyKey() {
+    static const Properties::Internal::Name key("readOnly");
+    return key;
+}
+
+inline Properties::Value<bool>& ParamsBase::ReadOnlyNode() {
+    if (!readOnly) {
+        readOnly = std::make_unique<Properties::Value<bool>>(false);
+    }
+    return *readOnly;
+}
+
+inline Properties::Value<bool>& ParamsBase::UsedNode() {
+    if (!used) {
+        used = std::make_unique<Properties::Value<bool>>(true);
+    }
+    return *used;
+}
+
+inline void ParamsBase::EnableReadOnly() {
+    owner.RegisterSchema(ReadOnlyKey(), ReadOnlyNode(), false);
+    readOnlyEnabled = true;
+}
+
+inline void ParamsBase::EnableUsed() {
+    if (visibilityEnabled) {
+        Throw(yERROR_PARAMETER, "Visibility is already enabled, cannot enable used.");
+    }
+    owner.RegisterSchema("used", UsedNode(), false);
+    usedEnabled = true;
+}
+
+inline void ParamsBase::EnableVisibility(bool enable) {
+    if (enable && usedEnabled && !visibility) {
+        Throw(yERROR_PARAMETER, "Used is already enabled, cannot enable visibility.");
+    }
+    Enable(visibility, "visibility", enable);
+    visibilityEnabled = enable;
+}
+
+inline void ParamsBase::EnableMeta(bool enable) {
+    Enable(meta, "x-meta", enable);
+    if (enable) {
+        meta->ConditionalSet(std::string());
+    }
+    metaEnabled = enable;
+}
+
+inline void ParamsBase::EnableDescription(bool enable) {
+    Enable(description, "description", enable);
+    descriptionEnabled = enable;
+}
+
+inline void ParamsBase::CheckValidation(bool log) const {
+    readOnlyPending = readOnlyEnabled && GetReadOnly();
+    if (readOnlyPending && log) {
+        LogWarning("%s is read-only and will not fail validation.", GetTitle());
+    }
+}
+
+inline void ParamsBase::FailValidation(bool log, const char* text) const {
+    VorGetText& texts = VorGetText::GetInstance();
+    const char* const translated = texts.DPGetText("BE", "beApp", text);
+    const std::string shown = GetTitle().empty() ? "<unnamed>" : GetTitle();
+    if (log) {
+        LogUser(UserError, texts.DPGetText("BE", "beApp", "Params validation"), translated, shown);
+    }
+    Throw(yERROR_PARAMETER, translated, shown);
+}
+
+inline void ParamsBase::CopyValues(const ParamsBase& other) {
+    title.ConditionalSet(other.title.Get());
+    sortOrder.ConditionalSet(other.sortOrder.Get());
+    if (readOnly || other.readOnly) {
+        SetReadOnly(other.GetReadOnly());
+    }
+    if (used || other.used) {
+        SetUsed(other.GetUsed());
+    }
+    EnableVisibility(other.visibilityEnabled);
+    if (visibilityEnabled) {
+        SetVisibility(other.GetVisibility());
+    }
+    readOnlyEnabled = other.readOnlyEnabled;
+    usedEnabled = other.usedEnabled;
+    EnableMeta(other.metaEnabled);
+    if (metaEnabled) {
+        SetMeta(other.GetMeta());
+    }
+    EnableDescription(other.descriptionEnabled);
+    if (descriptionEnabled) {
+        SetDescription(other.GetDescription());
+    }
+}
+
+inline void ParamsBase::RegisterCopied() {
+    if (readOnlyEnabled) {
+        owner.RegisterSchema(ReadOnlyKey(), ReadOnlyNode(), false);
+    } else {
+        owner.DeregisterSchema(ReadOnlyKey());
+    }
+    if (!usedEnabled) {
+        owner.DeregisterSchema("used");
+        return;
+    }
+    if (visibilityEnabled) {
+        Throw(yERROR_PARAMETER, "Visibility is already enabled, cannot enable used.");
+    }
+    owner.RegisterSchema("used", UsedNode(), false);
+}
+
+} // namespace Vor::Params

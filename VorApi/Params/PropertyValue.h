@@ -1,0 +1,235 @@
+#pragma once
+
+#include "Vor/Exception.h"
+#include "Vor/HandlerList.h"
+#include "Vor/INodeVisitor.h"
+#include "Vor/Node.h"
+#include "Vor/Structure.h"
+#include "VorApi/Event.h"
+#include "VorApi/Params/ValueKind.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace Vor::Properties {
+
+/// What a serialiser does with a value.
+class IValueIo {
+public:
+    /// Assigns what the reader gives. If that is a change, what has to run after the whole document is added to
+    /// `updateEnd`.
+    virtual void ReadValue(IValueReader& reader, Vor::Event<>& updateEnd) = 0;
+    virtual void WriteValue(IValueWriter& writer) const = 0;
+
+    /// Throws if the value that the reader gives must not be assigned.
+    virtual void ValidateValue(IValueReader& reader) const = 0;
+
+protected:
+    ~IValueIo() = default;
+};
+
+namespace Internal {
+
+/// A node that holds one value.
+class ValueBase : public Node, public IValueIo {
+public:
+    void Accept(INodeVisitor& visitor) override { visitor.Visit(*this); }
+    void Accept(INodeVisitorConst& visitor) const override { visitor.Visit(*this); }
+};
+
+/// The constant text of a "type" keyword. It is written and never read.
+class NodeType : public ValueBase {
+public:
+    explicit NodeType(Name text)
+        : text(text) {
+        Node::SetWriteOnly(true);
+    }
+
+    void CopyValues(const Node& other) override {
+        text = dynamic_cast<const NodeType&>(other).text;
+        CopySchema(other);
+    }
+
+    /// Throws `yERROR_WRITE_ONLY` for false.
+    void SetWriteOnly(bool writeOnly) override {
+        if (!writeOnly) {
+            Throw(yERROR_WRITE_ONLY);
+        }
+    }
+
+    /// Throws `yERROR_UNIMPLEMENTED`.
+    void ReadValue(IValueReader&, Vor::Event<>&) override { Throw(yERROR_UNIMPLEMENTED); }
+    void WriteValue(IValueWriter& writer) const override { writer.WriteText(text.Text()); }
+    void ValidateValue(IValueReader&) const override {}
+
+    const std::string& Text() const { return text.Text(); }
+
+private:
+    Name text;
+};
+
+/// A stored value as its users see it.
+template <class T>
+class ValueWrapper {
+public:
+    virtual void Set(const T& value) = 0;
+    virtual ValueWrapper& operator=(const T& value) = 0;
+    virtual const T& Get() const { return GetStored(); }
+    virtual const T& GetStored() const = 0;
+
+    /// The stored value, to be changed without notice to anybody.
+    virtual T& Modify() = 0;
+    virtual operator const T&() const { return GetStored(); }
+    virtual ~ValueWrapper() = default;
+    virtual bool operator==(const T& other) const { return Get() == other; }
+    virtual bool operator==(const ValueWrapper& other) const { return Get() == other.Get(); }
+    virtual bool operator!=(const T& other) const { return !(Get() == other); }
+    virtual bool operator!=(const ValueWrapper& other) const { return !(Get() == other.Get()); }
+
+    /// Numbers of another type compare by value.
+    template <class U>
+        requires(std::is_arithmetic_v<U> && std::is_arithmetic_v<T> && !std::is_same_v<U, T>)
+    bool operator==(U other) const {
+        return Get() == other;
+    }
+};
+
+/// The "items" keyword of a list: the type of its elements.
+class ListItems : public Structure {
+public:
+    explicit ListItems(const char* itemType)
+        : Structure(true)
+        , type(itemType) {
+        Register(Key(), type);
+    }
+
+    static Name Key() {
+        static const Name key("type");
+        return key;
+    }
+
+private:
+    NodeType type;
+};
+
+/// The "items" keyword as a member of a value: present for lists only.
+template <class T>
+struct ItemsKeyword {
+    void Register(Node&) {}
+};
+
+template <ListKind T>
+struct ItemsKeyword<T> {
+    void Register(Node& owner) { owner.RegisterSchema("items", *node); }
+
+    std::unique_ptr<ListItems> node = std::make_unique<ListItems>(ValueKind<T>::itemType);
+};
+
+} // namespace Internal
+
+/// A value with its "type", change notification, and input and output. `T` is one of the types of `ValueKind`.
+template <class T>
+class Value : public Internal::ValueBase, public Internal::ValueWrapper<T> {
+    using Kind = Internal::ValueKind<T>;
+
+public:
+    using UpdateEndHandler = std::function<void(Value<T>&)>;
+
+    Value()
+        : Value(T()) {}
+    explicit Value(const T& initial)
+        : stored(initial)
+        , type(TypeName())
+        , subType(NoName()) {
+        RegisterSchema(Internal::ListItems::Key(), type);
+        items.Register(*this);
+    }
+
+    void RetrieveChangedParameters(std::vector<Node*>& out) override {
+        if (changed) {
+            out.push_back(this);
+        }
+    }
+    void ResetChangedParameters() override { changed = false; }
+
+    void CopyValues(const Node& other) override {
+        Set(dynamic_cast<const Value<T>&>(other).GetStored());
+        CopySchema(other);
+    }
+
+    Value& operator=(const T& value) override {
+        ConditionalSet(value);
+        return *this;
+    }
+    void Set(const T& value) override { ConditionalSet(value); }
+
+    /// An equal value only clears the changed mark. Another one is stored, and marked as changed, after the change
+    /// handlers have run.
+    void ConditionalSet(const T& value) {
+        if (stored == value) {
+            changed = false;
+            return;
+        }
+        RunChangeHandlers();
+        stored = value;
+        changed = true;
+    }
+
+    void ReadValue(IValueReader& reader, Vor::Event<>& updateEnd) override { Assign(Kind::Read(reader), updateEnd); }
+    void WriteValue(IValueWriter& writer) const override { Kind::Write(writer, this->GetStored()); }
+
+    /// An unchanged value is accepted whatever the limits.
+    void ValidateValue(IValueReader& reader) const override {
+        const T& value = Kind::Read(reader);
+        if (!(value == stored)) {
+            CheckValidation(value, true);
+        }
+    }
+
+    /// Throws `yERROR_PARAMETER` for a value that must not be assigned, logging why if `log`. Everything may be here.
+    virtual void CheckValidation(const T&, bool) const {}
+
+    const T& GetStored() const override { return stored; }
+    T& Modify() override { return stored; }
+
+    bool IsChanged() const { return changed; }
+
+    /// Called by `OnUpdateEnd`, which runs after a document that changed this value was read.
+    HandlerId AddUpdateEndHandler(UpdateEndHandler handler) { return updateEndHandlers.Add(std::move(handler)); }
+    void RemoveUpdateEndHandler(HandlerId& id) { updateEndHandlers.Remove(id); }
+    void OnUpdateEnd() { updateEndHandlers.Run(*this); }
+
+protected:
+    /// The second half of `ReadValue`.
+    void Assign(const T& value, Vor::Event<>& updateEnd) {
+        if (!(value == stored)) {
+            updateEnd.Add([this] { OnUpdateEnd(); });
+        }
+        Set(value);
+    }
+
+    /// An empty text node, for a derived class that registers a further type keyword.
+    Internal::NodeType& SubType() { return subType; }
+
+private:
+    static Internal::Name TypeName() {
+        static const Internal::Name name(Kind::type);
+        return name;
+    }
+    static Internal::Name NoName() {
+        static const Internal::Name name("");
+        return name;
+    }
+
+    T stored;
+    [[no_unique_address]] Internal::ItemsKeyword<T> items;
+    Internal::NodeType type;
+    Internal::NodeType subType;
+    bool changed = false;
+    Internal::HandlerList<Value<T>&> updateEndHandlers;
+};
+
+} // namespace Vor::Properties
