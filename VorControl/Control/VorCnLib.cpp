@@ -3,6 +3,8 @@
 #include "yApi/yPlatformLibs.h"
 #include "yApi/yVersion.h"
 
+#include <initializer_list>
+
 yAssembly xxVorCnLib_assembly = nullptr;
 
 namespace {

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Tests/Support/RecordingRegistrar.h"
+#include "VorApi/Event.h"
+#include "VorCommon/PlatformAttributes.h"
+#include "VorCommon/ProblemsManager.h"
+#include "VorCommon/RuntimeCache.h"
+#include "VorCommon/UpdateGate.h"
+#include "VorControl/Control/ControlHost.h"
+#include "VorControl/Control/ControlModuleEnviron.h"
+#include "VorControl/Control/ControlScanResults.h"
+#include "VorControl/ControlProtocol/ControlProtocolEnviron.h"
+#include "VorCore/ResultHub.h"
+
+#include <string>
+
+namespace Tests {
+
+/// What an application gives to the control subsystem, made of the real platform objects.
+class ControlEnviron {
+public:
+    VorControl::ControlModuleEnviron Record() {
+        VorControl::ControlModuleEnviron record;
+        record.platformAttributes = &platform;
+        record.runtimeCache = &runtimeCache;
+        record.persistRegistrar = &registrar;
+        record.problemsManager = &problems;
+        record.resultHub = &hub;
+        record.updateGate = &gate;
+        record.livePreStartScanEvent = &preStart;
+        record.livePostStopScanEvent = &postStop;
+        record.factoryRestoreEvent = &factoryRestore;
+        record.controlChannelPort = 3190;
+        record.vdpPort = 3195;
+        record.localNodeId = 4711;
+        return record;
+    }
+
+    VorCommon::PlatformAttributes platform{VorCommon::PlatformKind::VirtualSensor};
+    VorCommon::RuntimeCache runtimeCache;
+    VorCommon::ProblemsManager problems;
+    VorCommon::UpdateGate gate;
+    VorCore::ResultHub hub;
+    RecordingRegistrar registrar;
+    Vor::Event<> preStart;
+    Vor::Event<> postStop;
+    Vor::Event<> factoryRestore;
+};
+
+/// A host for tests of a service without a module.
+class HostEnviron {
+public:
+    VorControl::ControlProtocol::ControlProtocolEnviron Record(const std::string& typeName,
+                                                               const std::string& displayName) {
+        VorControl::ControlProtocol::ControlProtocolEnviron record;
+        record.typeName = typeName;
+        record.displayName = displayName;
+        record.controlHost = &host;
+        return record;
+    }
+
+    ControlEnviron application;
+    VorControl::ControlScanResults scanResults{&application.hub, nullptr};
+    VorControl::ControlHost host{
+        scanResults, application.platform, application.runtimeCache, &application.problems, 4711, 3190, 3195, nullptr};
+};
+
+} // namespace Tests
