@@ -14,7 +14,7 @@ namespace VorPlugin {
 /// Opens plug-in libraries and keeps them. On the main loop only; its events are raised there too.
 //
 /// A library exports, from its own file,
-///   extern "C" yStatus yPlugin_ConstructAssembly(yAssembly*);
+///   extern "C" yStatus yPlugin_ConstructAssembly(yAssembly*);   // one reference for the caller
 ///   extern "C" const char* yPlugin_AssemblyVersion();
 ///   extern "C" const char* yPlugin_PlatformVersion();   // "1.0.0.0"
 ///   extern "C" yStatus yPlugin_Publish(VorPlugin::PluginLib&);
@@ -43,7 +43,8 @@ public:
     const PluginLib& Add(std::unique_ptr<PluginLib> lib);
 
     /// Raises the unloading event, drops the plug-ins and gives back the assembly. Throws -999 for a library that isn't
-    /// here. The code stays in the process until the manager goes, since services that it made may still run.
+    /// here. The code stays in the process until the manager goes, since what it made may still run; then it is closed,
+    /// unless somebody still holds a plug-in of it.
     void Unload(const PluginLib& lib);
 
     std::size_t Count() const;
@@ -56,14 +57,15 @@ public:
 
 private:
     struct Library;
+    struct Retired;
 
-    void Refuse(const std::filesystem::path& file);
+    const PluginLib& Open(const std::filesystem::path& path);
+    const PluginLib& Take(Library library);
+    void Unload(std::size_t index);
     void Raise(const PluginLib& lib, PluginEvent event);
-    void Release(Library& library);
 
+    std::vector<Retired> retired;
     std::vector<std::unique_ptr<Library>> libraries;
-    /// Handles of opened files whose code is no longer used by the manager itself.
-    std::vector<std::shared_ptr<void>> retired;
     std::vector<Refusal> refusals;
     Vor::Event<const PluginLib&, PluginEvent> loadEvent;
 };

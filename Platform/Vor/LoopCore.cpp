@@ -1,0 +1,248 @@
+#include <utility> // the network library's headers need it before them
+
+#include "Vor/LoopCore.h"
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+
+#include <algorithm>
+#include <atomic>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <optional>
+
+namespace Vor {
+
+namespace asio = boost::asio;
+
+struct LoopCore::Engine {
+    asio::io_context context;
+    asio::executor_work_guard<asio::io_context::executor_type> work{context.get_executor()};
+    // Stands at the time of the first timer; used under the core's mutex.
+    asio::steady_timer wakeUp{context};
+    std::optional<Time> wakeUpAt;
+    std::atomic<std::thread::id> thread;
+    std::atomic<bool> stopRequested{false};
+    // Calls that were queued and have not begun; for a moment a call may begin before it is counted.
+    std::atomic<std::int64_t> queued{0};
+    // Calls and timers that have run.
+    std::atomic<std::size_t> ran{0};
+};
+
+LoopCore::LoopCore()
+    : engine(std::make_unique<Engine>()) {}
+
+LoopCore& LoopCore::Instance() {
+    static LoopCore* const instance = new LoopCore;
+    return *instance;
+}
+
+void LoopCore::Post(std::function<void()> call) {
+    asio::post(engine->context, [this, call = std::move(call)] {
+        --engine->queued;
+        ++engine->ran;
+        Guarded(call);
+    });
+    Signal([this] { ++engine->queued; });
+}
+
+void LoopCore::Guarded(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const std::exception& e) {
+        LogError("Exception in a call of the main loop");
+        Exception::LogException(e);
+        Exception::LogBackTrace(e);
+    } catch (...) {
+        LogError("Exception of another type in a call of the main loop");
+    }
+}
+
+LoopCore::Time LoopCore::Now() const {
+    const std::lock_guard lock(mutex);
+    return manual ? manualNow : std::chrono::steady_clock::now();
+}
+
+std::chrono::microseconds LoopCore::Duration(unsigned long long microseconds) {
+    constexpr unsigned long long tenYears = 10ULL * 366 * 24 * 3600 * 1000000;
+    return std::chrono::microseconds(std::min(microseconds, tenYears));
+}
+
+LoopCore::TimerKey LoopCore::AddTimer(Time due, std::function<void()> call) {
+    const std::lock_guard lock(mutex);
+    const TimerKey key(due, ++lastTimer);
+    timers.emplace(key, std::move(call));
+    ArmWakeUp();
+    return key;
+}
+
+void LoopCore::RemoveTimer(const TimerKey& key) {
+    const std::lock_guard lock(mutex);
+    if (timers.erase(key) > 0) {
+        ArmWakeUp();
+    }
+}
+
+// With the mutex held.
+void LoopCore::ArmWakeUp() {
+    std::optional<Time> due;
+    if (!manual && !timers.empty()) {
+        due = timers.begin()->first.first;
+    }
+    if (due == engine->wakeUpAt) {
+        return;
+    }
+    engine->wakeUpAt = due;
+    if (!due) {
+        engine->wakeUp.cancel();
+        return;
+    }
+    engine->wakeUp.expires_at(*due);
+    engine->wakeUp.async_wait([this](const boost::system::error_code& error) {
+        if (!error) {
+            {
+                const std::lock_guard lock(mutex);
+                engine->wakeUpAt.reset();
+            }
+            RunDueTimers();
+        }
+    });
+}
+
+void LoopCore::RunDueTimers() {
+    const Time now = Now();
+    for (;;) {
+        std::function<void()> call;
+        {
+            const std::lock_guard lock(mutex);
+            const auto first = timers.begin();
+            if (first == timers.end() || first->first.first > now) {
+                ArmWakeUp();
+                return;
+            }
+            call = std::move(first->second);
+            timers.erase(first);
+        }
+        ++engine->ran;
+        Guarded(call);
+    }
+}
+
+bool LoopCore::WaitUntil(Time deadline, const std::function<bool()>& done) {
+    std::unique_lock lock(waitMutex);
+    while (!done()) {
+        bool stands = false;
+        {
+            const std::lock_guard clockLock(mutex);
+            stands = manual;
+        }
+        if (Now() >= deadline) {
+            return false;
+        }
+        if (stands) {
+            waitChanged.wait(lock);
+        } else {
+            waitChanged.wait_until(lock, deadline);
+        }
+    }
+    return true;
+}
+
+void LoopCore::Signal(const std::function<void()>& change) {
+    const std::lock_guard lock(waitMutex);
+    change();
+    waitChanged.notify_all();
+}
+
+bool LoopCore::OnThread() const {
+    return engine->thread.load() == std::this_thread::get_id();
+}
+
+void LoopCore::BecomeLoopThread() {
+    engine->thread.store(std::this_thread::get_id());
+}
+
+void LoopCore::Claim(bool manualClock) {
+    Signal([&] {
+        const std::lock_guard lock(mutex);
+        if (claimed) {
+            Throw(yERROR_ALREADY_EXISTS, "The process has a main loop already");
+        }
+        claimed = true;
+        manual = manualClock;
+        manualNow = std::chrono::steady_clock::now();
+        ArmWakeUp();
+    });
+    engine->stopRequested = false;
+    BecomeLoopThread();
+}
+
+void LoopCore::Unclaim() {
+    engine->thread.store(std::thread::id());
+    Signal([this] {
+        const std::lock_guard lock(mutex);
+        claimed = false;
+        manual = false;
+        ArmWakeUp();
+    });
+}
+
+void LoopCore::Run() {
+    BecomeLoopThread();
+    do {
+        engine->context.restart();
+        if (!engine->stopRequested) {
+            engine->context.run();
+        }
+    } while (!engine->stopRequested);
+    engine->stopRequested = false;
+}
+
+void LoopCore::Stop() {
+    engine->stopRequested = true;
+    engine->context.stop();
+}
+
+bool LoopCore::Step() {
+    BecomeLoopThread();
+    engine->context.restart();
+    const std::size_t before = engine->ran;
+    while (engine->ran == before && engine->context.poll_one() > 0) {
+    }
+    return engine->ran != before;
+}
+
+std::size_t LoopCore::RunReady() {
+    BecomeLoopThread();
+    engine->context.restart();
+    const std::size_t start = engine->ran;
+    std::size_t before = 0;
+    do {
+        before = engine->ran;
+        engine->context.poll();
+        RunDueTimers();
+    } while (engine->ran != before);
+    return engine->ran - start;
+}
+
+std::size_t LoopCore::Advance(std::chrono::microseconds time) {
+    const Time target = Now() + time;
+    std::size_t count = RunReady();
+    for (bool arrived = false; !arrived;) {
+        Signal([&] {
+            const std::lock_guard lock(mutex);
+            arrived = timers.empty() || timers.begin()->first.first > target;
+            manualNow = arrived ? target : std::max(manualNow, timers.begin()->first.first);
+        });
+        count += RunReady();
+    }
+    return count;
+}
+
+bool LoopCore::WaitReady(std::chrono::milliseconds deadline) {
+    std::unique_lock lock(waitMutex);
+    return waitChanged.wait_for(lock, deadline, [this] { return engine->queued > 0; });
+}
+
+} // namespace Vor

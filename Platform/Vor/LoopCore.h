@@ -1,0 +1,82 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace Vor {
+
+/// The main loop itself, one for the process. It outlives static objects.
+class LoopCore {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+    /// When a timer is due, and its number among those of the same time.
+    using TimerKey = std::pair<Time, std::uint64_t>;
+
+    static LoopCore& Instance();
+
+    /// Queues a call; calls of all threads run in the order in which they came in.
+    void Post(std::function<void()> call);
+
+    /// Runs the call and logs what it throws.
+    static void Guarded(const std::function<void()>& call);
+
+    Time Now() const;
+    /// A duration that the clock can bear: at most some ten years.
+    static std::chrono::microseconds Duration(unsigned long long microseconds);
+    TimerKey AddTimer(Time due, std::function<void()> call);
+    void RemoveTimer(const TimerKey& key);
+
+    /// Waits until `done`, which is called with the wait's mutex held, is true, or the loop's clock reaches `deadline`;
+    /// the result is that of `done`.
+    bool WaitUntil(Time deadline, const std::function<bool()>& done);
+    /// Makes a change that waiters look for, under the wait's mutex, and wakes them.
+    void Signal(const std::function<void()>& change);
+
+    bool OnThread() const;
+
+    /// The application's side; see MainLoop. Claim throws -987 when the loop has an owner.
+    void Claim(bool manual);
+    void Unclaim();
+    void Run();
+    void Stop();
+    bool Step();
+    std::size_t RunReady();
+    std::size_t Advance(std::chrono::microseconds time);
+    bool WaitReady(std::chrono::milliseconds deadline);
+
+    LoopCore(const LoopCore&) = delete;
+    LoopCore& operator=(const LoopCore&) = delete;
+
+private:
+    struct Engine;
+
+    LoopCore();
+    ~LoopCore() = delete;
+
+    void BecomeLoopThread();
+    void ArmWakeUp();
+    void RunDueTimers();
+
+    const std::unique_ptr<Engine> engine;
+
+    /// Guards the timers, the clock's mode and time, and the owner's flags; ranks before none.
+    mutable std::mutex mutex;
+    std::map<TimerKey, std::function<void()>> timers;
+    std::uint64_t lastTimer = 0;
+    bool claimed = false;
+    bool manual = false;
+    Time manualNow;
+
+    /// Held while waiters check what they wait for; ranks before `mutex`.
+    std::mutex waitMutex;
+    std::condition_variable waitChanged;
+};
+
+} // namespace Vor

@@ -1,0 +1,29 @@
+#include "VorCommon/ProblemsManager.h"
+
+#include <utility>
+
+namespace VorCommon {
+
+ProblemsManager::Handle ProblemsManager::AddText(int severity, const char* title, std::string text) {
+    const std::lock_guard lock(mutex);
+    const Handle handle = ++lastHandle;
+    problems.emplace(handle, Problem{handle, severity, title == nullptr ? "" : title, std::move(text)});
+    return handle;
+}
+
+void ProblemsManager::Remove(Handle handle) {
+    const std::lock_guard lock(mutex);
+    problems.erase(handle);
+}
+
+std::vector<ProblemsManager::Problem> ProblemsManager::List() const {
+    const std::lock_guard lock(mutex);
+    std::vector<Problem> list;
+    list.reserve(problems.size());
+    for (const auto& [handle, problem] : problems) {
+        list.push_back(problem);
+    }
+    return list;
+}
+
+} // namespace VorCommon
