@@ -18,6 +18,7 @@ namespace {
 constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view ProfilesHeader = "frame,x,z";
 constexpr std::string_view ValuesHeader = "frame,name,value";
+constexpr std::string_view ReservedName = "stamp";
 constexpr std::size_t MaxQuotedBytes = 40;
 
 /// `field` for an error message: cut to a readable length and free of what would spoil a terminal.
@@ -146,6 +147,9 @@ std::uint32_t RecordingParser::NameIndex(std::string_view name) {
     }
     if (name.empty()) {
         Refuse("the name is empty");
+    }
+    if (name == ReservedName) {
+        Refuse("the name \"" + std::string(name) + "\" is taken, each frame has a stamp of its own");
     }
     if (name.size() > MaxNameBytes) {
         Refuse("name " + Quoted(name) + " is longer than " + std::to_string(MaxNameBytes) + " bytes");

@@ -13,8 +13,8 @@ namespace Sensor::Scan {
 
 /// Reads a recording: comma-separated text with one header line, `frame,x,z` (a point a row, millimetres) or
 /// `frame,name,value` (a named value a row). Rows of a frame stand together and frames ascend; what their numbers skip
-/// is no frame. Lines end with LF or CR LF, fields are unquoted, a byte order mark is skipped. Whatever isn't exactly
-/// that is refused whole, with a StartError of the form "FILE, line N: reason".
+/// is no frame. Lines end with LF or CR LF, fields are unquoted, no value is named "stamp", a byte order mark is
+/// skipped. Whatever isn't exactly that is refused whole, with a StartError of the form "FILE, line N: reason".
 class RecordingParser {
 public:
     /// Each of these is refused when it is exceeded.

@@ -114,6 +114,8 @@ TEST(RecordingParser, RefusesANameTwiceInAFrame) {
 
 TEST(RecordingParser, RefusesBadNames) {
     EXPECT_EQ(Refusal("frame,name,value\n0,,1\n"), "part.csv, line 2: the name is empty.");
+    EXPECT_EQ(Refusal("frame,name,value\n0,stamp,1\n"),
+              "part.csv, line 2: the name \"stamp\" is taken, each frame has a stamp of its own.");
     EXPECT_EQ(Refusal("frame,name,value\n0,\xC3\x28,1\n"), "part.csv, line 2: name \"?(\" isn't text in UTF-8.");
     EXPECT_EQ(Refusal("frame,name,value\n0,a\tb,1\n"), "part.csv, line 2: name \"a?b\" isn't text in UTF-8.");
     EXPECT_EQ(Refusal("frame,name,value\n0," + std::string(RecordingParser::MaxNameBytes, 'n') + ",1\n"), "");

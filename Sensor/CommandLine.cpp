@@ -1,0 +1,174 @@
+#include "Sensor/CommandLine.h"
+
+#include "Sensor/StartError.h"
+#include "Sensor/Utf8.h"
+#include "Vor/Exception.h"
+#include "VorCommon/PersistManager.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <pwd.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace Sensor {
+
+namespace {
+
+constexpr double MaxFrameRate = 100000;
+constexpr int MaxPort = 65535;
+
+/// The value of an environment variable that names a folder; empty when it isn't set or isn't absolute.
+std::filesystem::path FolderOf(const char* variable) {
+    const char* value = std::getenv(variable);
+    const std::filesystem::path folder = value == nullptr ? "" : value;
+    return folder.is_absolute() ? folder : std::filesystem::path();
+}
+
+std::filesystem::path HomeFolder() {
+    std::filesystem::path home = FolderOf("HOME");
+    if (home.empty()) {
+        if (const passwd* user = getpwuid(getuid())) {
+            home = user->pw_dir;
+        }
+    }
+    return home;
+}
+
+/// Where the XDG base directory specification puts data of the user.
+std::filesystem::path DefaultDataFolder() {
+    const std::filesystem::path data = FolderOf("XDG_DATA_HOME");
+    if (!data.empty()) {
+        return data / "vorsensor";
+    }
+    const std::filesystem::path home = HomeFolder();
+    if (home.empty()) {
+        throw StartError("--data: there is no home folder, name a folder for jobs and workspace.");
+    }
+    return home / ".local" / "share" / "vorsensor";
+}
+
+std::filesystem::path DefaultPluginFolder() {
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path() / "plugins";
+}
+
+void CheckJob(const std::string& job) {
+    if (job.empty()) {
+        return;
+    }
+    if (!IsUtf8(job)) {
+        throw StartError("--job: the name isn't text in UTF-8.");
+    }
+    try {
+        VorCommon::PersistManager::JobFileName(job);
+    } catch (const Vor::Exception& e) {
+        throw StartError("--job " + job + ": " + e.what());
+    }
+}
+
+/// The options as the user gave them.
+struct Options {
+    std::string data;
+    std::string plugins;
+    std::string job;
+    std::string recording;
+    double frameRate = 10;
+    bool once = false;
+    bool noScan = false;
+    bool verbose = false;
+    std::vector<std::string> settings;
+    int modbusPort = -1;
+};
+
+void Define(CLI::App& app, Options& options) {
+    app.get_formatter()->column_width(32);
+    app.set_version_flag("--version", "vorsensor " VOR_VERSION, "Print the version and exit");
+    app.get_help_ptr()->description("Print this help and exit");
+    app.add_option("--data", options.data,
+                   "Folder of jobs/NAME.vrjob and workspace.vrdata (default: $XDG_DATA_HOME/vorsensor, or "
+                   "~/.local/share/vorsensor)")
+        ->type_name("DIR");
+    app.add_option("--plugins", options.plugins,
+                   "Folder of the services (default: the folder plugins beside the program)")
+        ->type_name("DIR");
+    app.add_option("--job", options.job, "Job to load (default: demo, or demo-values for a recording of named values)")
+        ->type_name("NAME");
+    app.add_option("--recording", options.recording,
+                   "CSV file to replay, frame,x,z or frame,name,value (default: a generated part)")
+        ->type_name("FILE");
+    app.add_option("--frame-rate", options.frameRate, "Frames a second (default: 10)")->type_name("HZ");
+    app.add_flag("--once", options.once, "Stand still behind the last frame (default: begin again)");
+    app.add_flag("--no-scan", options.noScan, "Don't scan (default: scan as soon as the services have started)");
+    app.add_option("--set", options.settings,
+                   "Let a parameter of a service have a value in this run, without changing the job; may be repeated "
+                   "(default: what the job says)")
+        ->type_name("SERVICE.PARAMETER=VALUE")
+        ->expected(1)
+        ->take_all();
+    app.add_option("--modbus-port", options.modbusPort,
+                   "Short for --set modbus.port=N, 0 takes any free port (default: what the job says)")
+        ->type_name("N")
+        ->check(CLI::Range(0, MaxPort));
+    app.add_flag("--verbose", options.verbose, "Log all that happens (default: warnings, errors and user messages)");
+}
+
+void RequireValue(const CLI::App& app, const char* name, const std::string& value) {
+    if (app.count(name) > 0 && value.empty()) {
+        throw StartError(std::string(name) + ": the value is empty.");
+    }
+}
+
+CommandLine Take(const CLI::App& app, const Options& options) {
+    RequireValue(app, "--data", options.data);
+    RequireValue(app, "--plugins", options.plugins);
+    RequireValue(app, "--job", options.job);
+    RequireValue(app, "--recording", options.recording);
+    if (!(options.frameRate > 0 && options.frameRate <= MaxFrameRate)) {
+        throw StartError("--frame-rate: must be above 0 and at most 100000.");
+    }
+    CheckJob(options.job);
+    CommandLine result;
+    result.dataFolder = options.data.empty() ? DefaultDataFolder() : std::filesystem::path(options.data);
+    result.pluginFolderGiven = !options.plugins.empty();
+    result.pluginFolder = result.pluginFolderGiven ? std::filesystem::path(options.plugins) : DefaultPluginFolder();
+    result.job = options.job;
+    result.recording = options.recording;
+    result.frameRate = options.frameRate;
+    result.once = options.once;
+    result.scan = !options.noScan;
+    result.verbose = options.verbose;
+    for (const std::string& setting : options.settings) {
+        result.settings.push_back(Jobs::ServiceSetting::Parse(setting));
+    }
+    if (options.modbusPort >= 0) {
+        const std::string port = std::to_string(options.modbusPort);
+        result.settings.push_back({"--modbus-port " + port, "modbus", "port", port});
+    }
+    return result;
+}
+
+} // namespace
+
+CommandLine CommandLine::Parse(int argc, const char* const* argv) {
+    CLI::App app("A virtual 3D scanning sensor: replays or generates scans, measures, and lets control services tell "
+                 "the results to a machine controller.",
+                 "vorsensor");
+    Options options;
+    Define(app, options);
+    CommandLine result;
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        result.answer = app.help();
+        return result;
+    } catch (const CLI::CallForVersion& version) {
+        result.answer = std::string(version.what()) + "\n";
+        return result;
+    } catch (const CLI::ParseError& error) {
+        throw StartError(std::string(error.what()) + "; --help tells the options.");
+    }
+    return Take(app, options);
+}
+
+} // namespace Sensor

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace Sensor::Jobs {
+
+/// A parameter of a service that the user sets on the command line.
+struct ServiceSetting {
+    /// As the user wrote it, for errors.
+    std::string option;
+    std::string service;
+    std::string parameter;
+    std::string value;
+
+    /// Reads "SERVICE.PARAMETER=VALUE". Throws a StartError that names the option.
+    static ServiceSetting Parse(const std::string& text);
+};
+
+} // namespace Sensor::Jobs

@@ -1,0 +1,145 @@
+#include "Sensor/Scan/ResultSetMaker.h"
+
+#include "Sensor/Scan/ProfileMeasurement.h"
+#include "Vor/Exception.h"
+#include "VorMsg/ResultSet.h"
+#include "VorMsg/VvMeasureMsg.h"
+#include "VorMsg/VvNullMsg.h"
+#include "VorMsg/VvStampMsg.h"
+#include "VorMsg/VvStringMsg.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+namespace Sensor::Scan {
+
+namespace {
+
+constexpr std::array<std::string_view, 5> ProfileMeasurements = {"profile/max", "profile/min", "profile/mean",
+                                                                 "profile/width", "profile/points"};
+constexpr std::string_view ProfileText = "profile/text";
+constexpr std::string_view ProfileStamp = "profile/stamp";
+constexpr std::string_view ValuesFolder = "values/";
+constexpr std::string_view ValuesStamp = "values/stamp";
+
+std::uint16_t TypeOf(std::string_view source) {
+    if (source == ProfileStamp || source == ValuesStamp) {
+        return ResultInfo_TypeStamp;
+    }
+    return source == ProfileText ? ResultInfo_TypeString : ResultInfo_TypeMeasurement;
+}
+
+/// Appends a message as a result of the source that `info` tells of.
+void Append(ResultSet set, Vor::Object message, Vor::Object info) {
+    Vor::Object record;
+    Vor::ThrowIfFailed(yMsgInfo_Construct(record.Out(), message.Get(), 0, 0));
+    message.Release();
+    Vor::ThrowIfFailed(ResultSet_Add(set, record.Get(), info.Get(), 0));
+    record.Release();
+    info.Release();
+}
+
+Vor::Object MeasureMessage(std::optional<double> value, const Limits& limits) {
+    Vor::Object message;
+    Vor::ThrowIfFailed(value ? VvMeasureMsg_Construct(message.Out(), *value, limits.Decide(*value))
+                             : VvNullMsg_Construct(message.Out()));
+    return message;
+}
+
+Vor::Object StampMessage(std::uint64_t frameIndex, std::uint64_t time) {
+    yStamp stamp;
+    stamp.frameIndex = frameIndex;
+    stamp.time = time;
+    stamp.encoder = static_cast<std::int64_t>(frameIndex) * ResultSetMaker::EncoderTicksPerFrame;
+    Vor::Object message;
+    Vor::ThrowIfFailed(VvStampMsg_Construct(message.Out(), stamp));
+    return message;
+}
+
+/// `value` with three decimals, whatever the locale.
+std::string Millimetres(double value) {
+    std::array<char, std::numeric_limits<double>::max_exponent10 + 8> digits{};
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, 3).ptr;
+    return {digits.data(), end};
+}
+
+Vor::Object TextMessage(std::uint64_t frameIndex, double max) {
+    const std::string text = "frame " + std::to_string(frameIndex) + ": max " + Millimetres(max) + " mm";
+    Vor::Object message;
+    Vor::ThrowIfFailed(VvStringMsg_Construct(message.Out(), text));
+    return message;
+}
+
+} // namespace
+
+ResultSetMaker::ResultSetMaker(const Recording& recording)
+    : kind(recording.kind) {
+    for (std::string& name : DataSources(recording)) {
+        Vor::Object info;
+        Vor::ThrowIfFailed(ResultInfo_Construct(info.Out(), TypeOf(name), name));
+        sources.push_back({std::move(name), std::move(info), Limits()});
+    }
+}
+
+std::vector<std::string> ResultSetMaker::DataSources(const Recording& recording) {
+    std::vector<std::string> names;
+    if (recording.kind == RecordingKind::Profiles) {
+        names.assign(ProfileMeasurements.begin(), ProfileMeasurements.end());
+        names.emplace_back(ProfileText);
+        names.emplace_back(ProfileStamp);
+        return names;
+    }
+    for (const std::string& name : recording.names) {
+        names.push_back(std::string(ValuesFolder) + name);
+    }
+    names.emplace_back(ValuesStamp);
+    return names;
+}
+
+void ResultSetMaker::SetLimits(const std::string& dataSource, const Limits& limits) {
+    for (Source& source : sources) {
+        if (source.name == dataSource) {
+            source.limits = limits;
+            return;
+        }
+    }
+    Vor::Throw(yERROR_NOT_FOUND, "The input has no data source '%s'.", dataSource);
+}
+
+Vor::Object ResultSetMaker::Make(const Frame& frame, std::uint64_t frameIndex, std::uint64_t time) const {
+    Vor::Object set;
+    Vor::ThrowIfFailed(ResultSet_Construct(set.Out()));
+    if (kind == RecordingKind::Profiles) {
+        AddProfile(set.Get(), frame, frameIndex);
+    } else {
+        AddValues(set.Get(), frame);
+    }
+    Append(set.Get(), StampMessage(frameIndex, time), sources.back().info);
+    return set;
+}
+
+void ResultSetMaker::AddProfile(void* set, const Frame& frame, std::uint64_t frameIndex) const {
+    const ProfileMeasurement measured = ProfileMeasurement::Of(frame.points);
+    const std::array<std::optional<double>, ProfileMeasurements.size()> values = {
+        measured.max, measured.min, measured.mean, measured.width, static_cast<double>(measured.count)};
+    for (std::size_t index = 0; index < values.size(); ++index) {
+        Append(set, MeasureMessage(values[index], sources[index].limits), sources[index].info);
+    }
+    Append(set, TextMessage(frameIndex, measured.max), sources[values.size()].info);
+}
+
+void ResultSetMaker::AddValues(void* set, const Frame& frame) const {
+    std::vector<std::optional<double>> values(sources.size() - 1);
+    for (const NamedValue& named : frame.values) {
+        values[named.name] = named.value;
+    }
+    for (std::size_t index = 0; index < values.size(); ++index) {
+        Append(set, MeasureMessage(values[index], sources[index].limits), sources[index].info);
+    }
+}
+
+} // namespace Sensor::Scan

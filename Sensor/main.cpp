@@ -1,0 +1,30 @@
+#include "Sensor/Application.h"
+#include "Sensor/CommandLine.h"
+#include "Sensor/StartError.h"
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+constexpr int StatusOfRefusal = 2;
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const Sensor::CommandLine commandLine = Sensor::CommandLine::Parse(argc, argv);
+        if (!commandLine.answer.empty()) {
+            std::cout << commandLine.answer << std::flush;
+            return 0;
+        }
+        Sensor::Application(commandLine).Run();
+        return 0;
+    } catch (const Sensor::StartError& error) {
+        std::cerr << "vorsensor: " << error.what() << std::endl;
+        return StatusOfRefusal;
+    } catch (const std::exception& error) {
+        std::cerr << "vorsensor: " << error.what() << std::endl;
+        return 1;
+    }
+}

@@ -1,0 +1,184 @@
+#include "Sensor/Scan/ResultSetMaker.h"
+#include "Sensor/Scan/RecordingParser.h"
+#include "Vor/Exception.h"
+#include "VorMsg/ResultSet.h"
+#include "VorMsg/VvMeasureMsg.h"
+#include "VorMsg/VvNullMsg.h"
+#include "VorMsg/VvStampMsg.h"
+#include "VorMsg/VvStringMsg.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace Sensor::Scan {
+namespace {
+
+Recording Parse(std::string_view text) {
+    return RecordingParser::Parse(text, "part.csv");
+}
+
+void* MessageAt(const Vor::Object& set, std::size_t index) {
+    return yMsgInfo_Message(ResultItem_MsgInfo(ResultSet_At(set.Get(), index)));
+}
+
+void* InfoAt(const Vor::Object& set, std::size_t index) {
+    return ResultItem_ResultInfo(ResultSet_At(set.Get(), index));
+}
+
+double ValueAt(const Vor::Object& set, std::size_t index) {
+    void* message = MessageAt(set, index);
+    EXPECT_TRUE(yObject_Is(message, yType_VvMeasureMsg)) << index;
+    return yObject_Is(message, yType_VvMeasureMsg) ? VvMeasureMsg_Value(message) : 0;
+}
+
+std::string TextAt(const Vor::Object& set, std::size_t index) {
+    void* message = MessageAt(set, index);
+    EXPECT_TRUE(yObject_Is(message, yType_VvStringMsg)) << index;
+    return {VvStringMsg_Value(message), VvStringMsg_Length(message)};
+}
+
+yStamp StampOf(const Vor::Object& set) {
+    void* message = MessageAt(set, ResultSet_Count(set.Get()) - 1);
+    EXPECT_EQ(VvMsg_StampCount(message), 1U);
+    return *VvMsg_StampAt(message, 0);
+}
+
+TEST(ResultSetMaker, AProfileHasItsSevenSourcesInOrder) {
+    const Recording recording = Parse("frame,x,z\n0,0,1\n");
+    const std::vector<std::string> expected = {"profile/max",    "profile/min",  "profile/mean", "profile/width",
+                                               "profile/points", "profile/text", "profile/stamp"};
+    EXPECT_EQ(ResultSetMaker::DataSources(recording), expected);
+
+    const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 0, 0);
+    ASSERT_EQ(ResultSet_Count(set.Get()), expected.size());
+    for (std::size_t index = 0; index < expected.size(); ++index) {
+        EXPECT_EQ(ResultInfo_Source(InfoAt(set, index)), expected[index]);
+        EXPECT_EQ(ResultInfo_NumericId(InfoAt(set, index)), ResultInfo_IdOfText(expected[index]));
+        EXPECT_EQ(ResultInfo_Type(InfoAt(set, index)), index < 5    ? ResultInfo_TypeMeasurement
+                                                       : index == 5 ? ResultInfo_TypeString
+                                                                    : ResultInfo_TypeStamp);
+    }
+    EXPECT_FALSE(ResultSet_FromSimulation(set.Get()));
+}
+
+TEST(ResultSetMaker, AProfileGivesTheMeasuredValues) {
+    const Recording recording = Parse("frame,x,z\n0,-2,1.5\n0,4,-0.25\n0,5,2\n0,9,-1\n");
+    const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 7, 0);
+
+    EXPECT_EQ(ValueAt(set, 0), 2.0);
+    EXPECT_EQ(ValueAt(set, 1), -1.0);
+    EXPECT_EQ(ValueAt(set, 2), 0.5625);
+    EXPECT_EQ(ValueAt(set, 3), 7.0);
+    EXPECT_EQ(ValueAt(set, 4), 4.0);
+    EXPECT_EQ(TextAt(set, 5), "frame 7: max 2.000 mm");
+}
+
+TEST(ResultSetMaker, TheTextRoundsToThreeDecimals) {
+    const Recording recording = Parse("frame,x,z\n0,0,-3.14159\n1,0,1e300\n");
+    const ResultSetMaker maker(recording);
+    EXPECT_EQ(TextAt(maker.Make(recording.frames[0], 12, 0), 5), "frame 12: max -3.142 mm");
+    EXPECT_EQ(TextAt(maker.Make(recording.frames[1], 0, 0), 5).size(), 14U + 301 + 4 + 3);
+}
+
+TEST(ResultSetMaker, AProfileWithoutAPointAboveZeroHasNoWidth) {
+    const Recording recording = Parse("frame,x,z\n0,1,0\n0,2,-1\n");
+    const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 0, 0);
+    EXPECT_TRUE(yObject_Is(MessageAt(set, 3), yType_VvNullMsg));
+    EXPECT_EQ(ValueAt(set, 4), 2.0);
+}
+
+TEST(ResultSetMaker, TheStampTellsFrameTimeAndEncoder) {
+    const Recording recording = Parse("frame,x,z\n0,0,0\n");
+    const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 42, 123456);
+    const yStamp stamp = StampOf(set);
+    EXPECT_EQ(stamp.frameIndex, 42U);
+    EXPECT_EQ(stamp.time, 123456U);
+    EXPECT_EQ(stamp.encoder, 42000);
+    EXPECT_EQ(stamp.encoderAtZ, 0);
+    EXPECT_EQ(stamp.inputs, 0U);
+}
+
+TEST(ResultSetMaker, NamedValuesComeInFileOrderThenTheStamp) {
+    const Recording recording = Parse("frame,name,value\n0,width,1\n0,angle,2\n1,angle,3\n");
+    EXPECT_EQ(ResultSetMaker::DataSources(recording),
+              (std::vector<std::string>{"values/width", "values/angle", "values/stamp"}));
+    const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 3, 0);
+    ASSERT_EQ(ResultSet_Count(set.Get()), 3U);
+    EXPECT_EQ(ValueAt(set, 0), 1.0);
+    EXPECT_EQ(ValueAt(set, 1), 2.0);
+    EXPECT_EQ(ResultInfo_Type(InfoAt(set, 1)), ResultInfo_TypeMeasurement);
+    EXPECT_EQ(ResultInfo_Type(InfoAt(set, 2)), ResultInfo_TypeStamp);
+    EXPECT_EQ(StampOf(set).encoder, 3000);
+}
+
+TEST(ResultSetMaker, ANameThatAFrameLacksIsANullMessage) {
+    const Recording recording = Parse("frame,name,value\n0,width,1\n0,angle,2\n1,angle,3\n");
+    const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[1], 1, 0);
+    ASSERT_EQ(ResultSet_Count(set.Get()), 3U);
+    EXPECT_TRUE(yObject_Is(MessageAt(set, 0), yType_VvNullMsg));
+    EXPECT_EQ(ResultInfo_Type(InfoAt(set, 0)), ResultInfo_TypeMeasurement);
+    EXPECT_EQ(ValueAt(set, 1), 3.0);
+}
+
+TEST(ResultSetMaker, TheDecisionFollowsTheLimits) {
+    const Recording recording = Parse("frame,x,z\n0,0,5\n");
+    ResultSetMaker maker(recording);
+    EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(maker.Make(recording.frames[0], 0, 0), 0)), 1);
+    maker.SetLimits("profile/max", {0, 4});
+    const Vor::Object set = maker.Make(recording.frames[0], 0, 0);
+    EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(set, 0)), 0);
+    EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(set, 1)), 1);
+    maker.SetLimits("profile/max", {4, 5});
+    EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(maker.Make(recording.frames[0], 0, 0), 0)), 1);
+}
+
+TEST(ResultSetMaker, LimitsOfAnUnknownSourceAreRefused) {
+    ResultSetMaker maker(Parse("frame,x,z\n0,0,5\n"));
+    try {
+        maker.SetLimits("profile/none", {});
+        FAIL() << "limits of an unknown source were taken";
+    } catch (const Vor::Exception& e) {
+        EXPECT_EQ(e.Status(), yERROR_NOT_FOUND);
+    }
+}
+
+TEST(ResultSetMaker, SetsShareTheInformationOfTheirSources) {
+    const Recording recording = Parse("frame,x,z\n0,0,5\n");
+    const ResultSetMaker maker(recording);
+    const Vor::Object first = maker.Make(recording.frames[0], 0, 0);
+    const Vor::Object second = maker.Make(recording.frames[0], 1, 0);
+    EXPECT_EQ(InfoAt(first, 0), InfoAt(second, 0));
+    EXPECT_EQ(yObject_ShareCount(InfoAt(first, 0)), 3);
+}
+
+TEST(ResultSetMaker, LeavesNothingBehind) {
+    const auto before = yObject_LiveCount();
+    {
+        const Recording recording = Parse("frame,name,value\n0,width,1\n1,angle,2\n");
+        const ResultSetMaker maker(recording);
+        const Vor::Object set = maker.Make(recording.frames[0], 0, 0);
+        EXPECT_GT(yObject_LiveCount(), before);
+    }
+    EXPECT_EQ(yObject_LiveCount(), before);
+}
+
+TEST(ResultSetMaker, MeasuresTheRealRecordings) {
+    const char* folder = std::getenv("VOR_RECORDINGS");
+    const std::filesystem::path file =
+        (folder != nullptr ? std::filesystem::path(folder)
+                           : std::filesystem::path(VOR_SOURCE_DIR) / "../shared/recordings") /
+        "boxes.csv";
+    if (!std::filesystem::exists(file)) {
+        GTEST_SKIP() << "no recording " << file;
+    }
+    const Recording recording = RecordingParser::ReadFile(file);
+    const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 0, 0);
+    EXPECT_EQ(ValueAt(set, 0), 91.052);
+    EXPECT_EQ(ValueAt(set, 1), -81.29);
+    EXPECT_NEAR(ValueAt(set, 2), 3.020407202216, 1e-9);
+    EXPECT_NEAR(ValueAt(set, 3), 189.826, 1e-9);
+    EXPECT_EQ(ValueAt(set, 4), 361.0);
+}
+
+} // namespace
+} // namespace Sensor::Scan
