@@ -1,0 +1,47 @@
+#include "Services/Modbus/BlockTypes.h"
+
+#include "Services/Modbus/StampRegisterBlock.h"
+#include "Services/Modbus/Translate.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
+
+namespace Services::Modbus {
+
+namespace {
+
+using namespace VorControl::ControlProtocol;
+
+constexpr unsigned short MaxInstances = 65534;
+
+template <class Block>
+void AddType(IProtocolRegisterAssembly& assembly, const char* type, const char* displayName,
+             RegisterBlockCategory category, unsigned short registers) {
+    RegisterBlockInfoParams params;
+    params.type = type;
+    params.displayName = Translate(displayName);
+    params.category = category;
+    params.defaultRegisterCount = registers;
+    params.bytesPerRegister = 2;
+    params.maxInstanceCount = MaxInstances;
+    params.hasDataSource = true;
+    params.factory = std::make_shared<ProtocolRegisterBlockFactory<Block>>();
+    assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
+}
+
+} // namespace
+
+void AddScanBlockTypes(IProtocolRegisterAssembly& assembly) {
+    using enum RegisterBlockCategory;
+    AddType<DefaultMeasurementValueAndDecisionRegisterBlock>(assembly, "Measurement", "Measurement and Decision",
+                                                             Measurement, 3);
+    AddType<DefaultMeasurementValueRegisterBlock>(assembly, "MeasurementValue", "Measurement", Measurement, 2);
+    AddType<DefaultMeasurementDecisionRegisterBlock>(assembly, "MeasurementDecision", "Decision", Measurement, 1);
+    AddType<StampRegisterBlock>(assembly, "Stamp", "Stamp", Stamp, 18);
+    assembly.AddSupportedBlockType(std::make_unique<DefaultStringRegisterBlockInfo>(2));
+}
+
+} // namespace Services::Modbus

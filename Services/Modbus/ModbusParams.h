@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Services/Modbus/ModbusServer.h"
+#include "VorApi/Params/Enum.h"
+#include "VorApi/Params/Group.h"
+#include "VorApi/Params/Value.h"
+
+namespace Services::Modbus {
+
+// Of values of more than one register: which of their registers comes first.
+enum class ByteOrder : std::int32_t { Big = 0, Little = 1 };
+
+class ModbusParams : public Vor::Params::Group {
+public:
+    ModbusParams();
+
+    // Puts every value back to its default.
+    void Reset();
+
+    // The values for the server. Throws yERROR_PARAMETER with the text of the first value that is outside its limits.
+    ServerSettings Settings();
+
+    bool IsBigEndian() const { return byteOrder.Get() == ByteOrder::Big; }
+
+    Vor::Params::Value<std::string> address;
+    Vor::Params::Value<unsigned short> port;
+    Vor::Params::Value<unsigned short> unitId;
+    Vor::Params::Enum<ByteOrder> byteOrder;
+    Vor::Params::Value<unsigned int> maxConnections;
+    Vor::Params::Value<unsigned int> idleTimeout;
+};
+
+} // namespace Services::Modbus

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "VorApi/Params/Value.h"
+#include "VorControl/ControlProtocol/NonPersistentProperties.h"
+
+namespace Services::Modbus {
+
+// What the service shows of itself: its status, where clients find it, and why it can't serve them.
+class ModbusProperties : public VorControl::ControlProtocol::NonPersistentProperties {
+public:
+    ModbusProperties();
+
+    // Such as "tcp://127.0.0.1:502", with the port that was really taken; empty while the service doesn't listen.
+    Vor::Params::Value<std::string> address;
+    // Empty, or why the service couldn't listen as its parameters say.
+    Vor::Params::Value<std::string> failure;
+};
+
+} // namespace Services::Modbus

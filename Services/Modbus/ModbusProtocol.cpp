@@ -1,0 +1,154 @@
+#include "Services/Modbus/ModbusProtocol.h"
+
+#include "Services/Modbus/BlockTypes.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "yApi/yArrayList.h"
+
+namespace Services::Modbus {
+
+using namespace VorControl::ControlProtocol;
+
+namespace {
+
+constexpr unsigned short FirstRegister = 0;
+constexpr unsigned short LastRegister = 65534;
+
+class PropertiesLock {
+public:
+    explicit PropertiesLock(ProtocolBase& protocol)
+        : protocol(protocol) {
+        protocol.NonPersistentPropertiesBeginLock();
+    }
+    ~PropertiesLock() {
+        try {
+            protocol.NonPersistentPropertiesEndLock();
+        } catch (const std::exception& e) {
+            Vor::LogError("Exception thrown in destructor");
+            Vor::Exception::LogException(e);
+            Vor::Exception::LogBackTrace(e);
+        }
+    }
+    PropertiesLock(const PropertiesLock&) = delete;
+    PropertiesLock& operator=(const PropertiesLock&) = delete;
+
+private:
+    ProtocolBase& protocol;
+};
+
+std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
+    auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
+        true, FirstRegister, LastRegister, "registerAssembly-0",
+        IProtocolRegisterAssembly::DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
+    AddScanBlockTypes(*assembly);
+    return assembly;
+}
+
+} // namespace
+
+ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
+    : ProtocolBase(environ)
+    , assembly(MakeAssembly())
+    , registers(assembly, image) {
+    assemblies.Add(assembly);
+    Init({.nonPersistentProperties = &properties, .params = &params, .registerAssemblyGroup = &assemblies});
+}
+
+ModbusProtocol::~ModbusProtocol() = default;
+
+void ModbusProtocol::Start() {
+    UpdateProtocolStatus(ProtocolStatus::Starting);
+    try {
+        Close();
+        Open();
+    } catch (const std::exception& e) {
+        server.reset();
+        Show("", e.what());
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Running);
+}
+
+void ModbusProtocol::Stop() {
+    UpdateProtocolStatus(ProtocolStatus::Stopping);
+    try {
+        Close();
+    } catch (const std::exception& e) {
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStop);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Stopped);
+}
+
+void ModbusProtocol::Open() {
+    const ServerSettings settings = params.Settings();
+    assembly->ChangeBigEndianSupportedBlocks(params.IsBigEndian());
+    registers.Rebuild();
+    server = std::make_unique<ModbusServer>(image, settings);
+    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+    GetControlHost().SetScanResultsFiltering(Id(), true);
+    SetForwardScanResultsToProtocol(true);
+    Show(server->Url(), "");
+    SetIsRunning(true);
+}
+
+void ModbusProtocol::Close() {
+    if (!IsRunning()) {
+        return;
+    }
+    SetIsRunning(false);
+    server.reset();
+    registers.ForgetValues();
+    Show("", "");
+    SetForwardScanResultsToProtocol(false);
+}
+
+void ModbusProtocol::Show(const std::string& address, const std::string& failure) {
+    const PropertiesLock lock(*this);
+    properties.address = address;
+    properties.failure = failure;
+}
+
+void ModbusProtocol::ParamsReset() {
+    params.Reset();
+}
+
+void ModbusProtocol::ParamsUpdate() {
+    if (!IsRunning()) {
+        return;
+    }
+    const ServerSettings settings = params.Settings();
+    try {
+        server->Update(settings);
+    } catch (const std::exception& e) {
+        if (server->IsListening()) {
+            Show(server->Url(), e.what());
+            throw;
+        }
+        Close();
+        Show("", e.what());
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
+    }
+    Show(server->Url(), "");
+    assembly->ChangeBigEndianSupportedBlocks(params.IsBigEndian());
+    registers.Rebuild();
+}
+
+void ModbusProtocol::ConfigureDefaultRegisterAssembly() {
+    assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+    registers.Rebuild();
+    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+}
+
+void ModbusProtocol::RegisterAssemblyUpdate(const char*) {
+    registers.Rebuild();
+}
+
+void ModbusProtocol::ProcessResultSets(void* resultSets) {
+    const auto sets = static_cast<yArrayList>(resultSets);
+    const std::size_t count = yArrayList_Count(sets);
+    for (std::size_t i = 0; i < count; ++i) {
+        registers.Process(yArrayList_At(sets, i));
+    }
+}
+
+} // namespace Services::Modbus

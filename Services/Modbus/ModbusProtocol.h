@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Services/Modbus/ModbusParams.h"
+#include "Services/Modbus/ModbusProperties.h"
+#include "Services/Modbus/ModbusServer.h"
+#include "Services/Modbus/RegisterImage.h"
+#include "Services/Modbus/ScanRegisters.h"
+#include "VorControl/ControlProtocol/ProtocolBase.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
+
+namespace Services::Modbus {
+
+// The Modbus TCP service: one register assembly, "registerAssembly-0", whose registers clients read.
+class ModbusProtocol : public VorControl::ControlProtocol::ProtocolBase {
+public:
+    explicit ModbusProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
+    ~ModbusProtocol() override;
+
+    void Start() override;
+    void Stop() override;
+
+    void ParamsReset() override;
+    // Takes the changed parameters while the service runs. If it can't listen at a new address or port, it goes on
+    // where it was, says why in the property `failure`, and throws.
+    void ParamsUpdate() override;
+
+    void ConfigureDefaultRegisterAssembly() override;
+    void RegisterAssemblyUpdate(const char* assemblyId) override;
+    void ProcessResultSets(void* resultSets) override;
+
+private:
+    void Open();
+    void Close();
+    void Show(const std::string& address, const std::string& failure);
+
+    ModbusProperties properties;
+    ModbusParams params;
+    const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase> assembly;
+    VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
+    RegisterImage image;
+    ScanRegisters registers;
+    std::unique_ptr<ModbusServer> server;
+};
+
+} // namespace Services::Modbus

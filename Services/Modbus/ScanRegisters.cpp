@@ -1,0 +1,181 @@
+#include "Services/Modbus/ScanRegisters.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "VorMsg/ResultInfo.h"
+#include "VorMsg/ResultItem.h"
+#include "VorMsg/VvNullMsg.h"
+#include "yApi/yMsgInfo.h"
+
+namespace Services::Modbus {
+
+namespace {
+
+using VorControl::ControlProtocol::IProtocolRegisterAssembly;
+using VorControl::ControlProtocol::ProtocolRegisterBlock;
+using VorControl::ControlProtocol::ProtocolScanOutputRegisterBlock;
+using VorControl::ControlProtocol::RegisterBlockCategory;
+
+class AssemblyLock {
+public:
+    explicit AssemblyLock(const IProtocolRegisterAssembly& assembly)
+        : assembly(assembly) {
+        assembly.BeginLock();
+    }
+    ~AssemblyLock() {
+        try {
+            assembly.EndLock();
+        } catch (const std::exception& e) {
+            Vor::LogError("Exception thrown in destructor");
+            Vor::Exception::LogException(e);
+            Vor::Exception::LogBackTrace(e);
+        }
+    }
+    AssemblyLock(const AssemblyLock&) = delete;
+    AssemblyLock& operator=(const AssemblyLock&) = delete;
+
+private:
+    const IProtocolRegisterAssembly& assembly;
+};
+
+Vor::Object MissingItem() {
+    Vor::Object message;
+    Vor::ThrowIfFailed(VvNullMsg_Construct(message.Out()));
+    Vor::Object msgInfo;
+    Vor::ThrowIfFailed(yMsgInfo_Construct(msgInfo.Out(), message.Get(), 0, 0));
+    message.Release();
+    Vor::Object resultInfo;
+    Vor::ThrowIfFailed(ResultInfo_Construct(resultInfo.Out(), 0, ""));
+    Vor::Object item;
+    Vor::ThrowIfFailed(ResultItem_Construct(item.Out(), msgInfo.Get(), resultInfo.Get()));
+    msgInfo.Release();
+    resultInfo.Release();
+    return item;
+}
+
+} // namespace
+
+ScanRegisters::ScanRegisters(std::shared_ptr<IProtocolRegisterAssembly> assembly, RegisterImage& image)
+    : assembly(std::move(assembly))
+    , image(image)
+    , missing(MissingItem()) {}
+
+void ScanRegisters::Rebuild() {
+    const AssemblyLock lock(*assembly);
+    Sources next;
+    std::vector<RegisterRange> ranges;
+    bytes.clear();
+    for (const auto& block : assembly->AddedRegisterBlocks()) {
+        const RegisterRange range{block->OutputId(), static_cast<unsigned>(block->OutputId()) + block->RegisterCount()};
+        if (range.begin == range.end) {
+            continue;
+        }
+        if (!ranges.empty() && range.begin <= ranges.back().end) {
+            ranges.back().end = std::max(ranges.back().end, range.end);
+        } else {
+            ranges.push_back(range);
+        }
+        bytes.resize(std::max<std::size_t>(bytes.size(), 2u * range.end), 0);
+        if (block->HasDataSource()) {
+            AddSlot(next, block);
+        }
+    }
+    for (auto& [id, source] : next) {
+        if (const auto former = sources.find(id); former != sources.end()) {
+            source.lastItem = std::move(former->second.lastItem);
+        }
+        for (Slot& slot : source.slots) {
+            Serialize(slot, source.lastItem ? source.lastItem.Get() : missing.Get());
+        }
+    }
+    sources = std::move(next);
+    image.Replace(std::move(ranges), bytes);
+}
+
+void ScanRegisters::AddSlot(Sources& next, const std::shared_ptr<ProtocolRegisterBlock>& block) {
+    next[ResultInfo_IdOfText(block->DataSource())].slots.push_back(
+        {.block = block,
+         .offset = 2u * block->OutputId(),
+         .size = block->SerializedOutputSize(),
+         .isText = block->Category() == RegisterBlockCategory::String});
+}
+
+void ScanRegisters::ForgetValues() {
+    const AssemblyLock lock(*assembly);
+    for (auto& [id, source] : sources) {
+        source.lastItem = {};
+    }
+}
+
+void ScanRegisters::Process(ResultSet set) {
+    const AssemblyLock lock(*assembly);
+    std::size_t begin = bytes.size();
+    std::size_t end = 0;
+    const std::size_t count = ResultSet_Count(set);
+    for (std::size_t i = 0; i < count; ++i) {
+        const ResultItem item = ResultSet_At(set, i);
+        const auto found = sources.find(ResultInfo_NumericId(ResultItem_ResultInfo(item)));
+        if (found == sources.end()) {
+            continue;
+        }
+        found->second.lastItem = Vor::Object::Share(item);
+        for (Slot& slot : found->second.slots) {
+            // A block whose size was edited has its old place until the edit is announced.
+            if (slot.block->SerializedOutputSize() == slot.size) {
+                Serialize(slot, item);
+                begin = std::min(begin, slot.offset);
+                end = std::max(end, slot.offset + slot.size);
+            }
+        }
+    }
+    if (begin < end) {
+        image.Write(begin, std::span(bytes).subspan(begin, end - begin));
+    }
+}
+
+void ScanRegisters::Serialize(Slot& slot, ResultItem item) {
+    try {
+        WriteInto(slot, item);
+    } catch (const std::exception& e) {
+        SerializeMissing(slot);
+        if (!slot.failing) {
+            slot.failing = true;
+            Vor::LogError("Register block at %u can't write the value of %s: %s", slot.block->OutputId(),
+                          slot.block->DataSource(), e.what());
+        }
+        return;
+    }
+    if (slot.failing) {
+        slot.failing = false;
+        Vor::LogInfo("Register block at %u writes the value of %s again", slot.block->OutputId(),
+                     slot.block->DataSource());
+    }
+}
+
+void ScanRegisters::SerializeMissing(Slot& slot) {
+    std::memset(&bytes[slot.offset], 0, slot.size);
+    try {
+        WriteInto(slot, missing.Get());
+    } catch (const std::exception&) {
+        std::memset(&bytes[slot.offset], 0, slot.size); // a block that knows no missing value is all zeros
+    }
+}
+
+// A register is written low byte first by its block and goes over the wire high byte first; text stands in reading
+// order in both.
+void ScanRegisters::WriteInto(Slot& slot, ResultItem item) {
+    const ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData data{.item = item};
+    unsigned char* const place = &bytes[slot.offset];
+    slot.block->Serialize(place, slot.size, &data, sizeof data);
+    if (!slot.isText) {
+        for (std::size_t i = 0; i + 1 < slot.size; i += 2) {
+            std::swap(place[i], place[i + 1]);
+        }
+    }
+}
+
+} // namespace Services::Modbus

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Vor/VorGetText.h"
+
+namespace Services::Modbus {
+
+// A text in the user's language; valid for the life of the process.
+inline const char* Translate(const char* text) {
+    return VorGetText::GetInstance().DPGetText("BE", "com.vorlab.ctrl", text);
+}
+
+} // namespace Services::Modbus
