@@ -72,7 +72,7 @@ public:
     using ProtocolBase::UpdateProtocolStatus;
     using ProtocolBase::UpdateStatusAndRethrow;
 
-    Vor::Params::Group params{""};
+    Vor::Params::Group params;
     VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
     nlohmann::json workspaceData;
     std::vector<std::string> calls;

@@ -6,8 +6,7 @@
 
 namespace VorControl::ControlProtocol {
 
-NonPersistentProperties::NonPersistentProperties()
-    : Group("") {
+NonPersistentProperties::NonPersistentProperties() {
     Register("status", status, "Status", 200);
     status.SetSortOrder(100);
     for (const auto& [value, text] :
@@ -18,7 +17,7 @@ NonPersistentProperties::NonPersistentProperties()
         status.AddOption(value, VorGetText::GetInstance().DPGetText("BE", "com.vorlab.ctrl", text));
     }
     status = ProtocolStatus::Stopped;
-    status.EnableReadOnly(true);
+    status.EnableReadOnly();
     status.SetReadOnly(true);
 }
 
