@@ -1,9 +1,12 @@
 #pragma once
 
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/RegisterBlockIndex.h"
 #include "yApi/yLock.h"
 
 #include <atomic>
+#include <type_traits>
+#include <utility>
 
 namespace VorControl::ControlProtocol {
 
@@ -43,7 +46,47 @@ public:
     void ChangeBigEndianSupportedBlocks(bool isBigEndian);
 
 private:
-    using Blocks = std::list<std::shared_ptr<ProtocolRegisterBlock>>;
+    using Blocks = RegisterBlockIndex::Blocks;
+
+    /// What an add request has come to so far.
+    struct AddProgress {
+        unsigned int added = 0;
+        std::uint32_t result = 0;
+
+        void Note(std::uint32_t code) { result = result == 0 ? code : result; }
+    };
+
+    // All of these expect the caller to hold the lock, but for AddBlock, which takes it.
+    void AddBlock(RegisterBlockParams& params, bool autoShift, AddProgress& progress);
+    ProtocolRegisterBlockInfo* FindSupportedType(const std::string& type) const;
+    std::uint32_t FormatBlockParams(const ProtocolRegisterBlockInfo& info, RegisterBlockParams& params,
+                                    unsigned short& end) const;
+    std::pair<Blocks::iterator, bool> GetInsertPosition(unsigned short start, unsigned short end, bool autoShift,
+                                                        unsigned short ignoreOutputId);
+    unsigned short GetNextRegisterBlockOutputId() const;
+    bool IsValidOutputId(unsigned short id, unsigned short count) const;
+    static bool IsBlockOverlapping(unsigned short start, unsigned short end, const ProtocolRegisterBlock& block);
+    [[noreturn]] static void ThrowOverlap(unsigned short start, unsigned short end, const ProtocolRegisterBlock& block);
+    void UpdateOutputIdReadOnlyAttribute(const ProtocolRegisterBlock& block, const ProtocolRegisterBlockInfo& info);
+
+    /// Moves blocks up, from the given one on and as far as needed, so that none begins before `end`. Throws
+    /// yERROR_FULL when a global address space has no room for all of them.
+    void ShiftRegisterAddresses(Blocks::iterator from, unsigned short start, unsigned short end,
+                                unsigned short ignoreOutputId);
+    /// Whether the range and all blocks from the given one on fit into the address space when packed.
+    bool hasGap(Blocks::const_iterator from, unsigned short start, unsigned short end) const;
+    /// Registers of all blocks from the given one on, in 16 bits.
+    unsigned short UsedRegistersCount(Blocks::const_iterator from) const;
+
+    std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes;
+    Blocks addedBlocks;
+    RegisterBlockIndex blockIndex{addedBlocks};
+    mutable std::atomic<bool> lockHeld{false};
+    /// Reentrant; guards the types, the blocks and the attributes. Ranks behind the lock of a group and, while blocks
+    /// are copied, before the lock of the other assembly.
+    std::unique_ptr<std::remove_pointer_t<yLock>, yStatus (*)(yLock)> lock{nullptr, yLock_Destroy};
+    RegisterAssemblyAttributes attributes;
+    RegisterAssemblyProperties properties;
 };
 
 } // namespace VorControl::ControlProtocol

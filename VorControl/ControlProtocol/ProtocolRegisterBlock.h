@@ -6,6 +6,7 @@
 #include "VorControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <type_traits>
 
@@ -46,6 +47,12 @@ public:
     void SetDisplayName(const std::string& name);
     void SetOutputId(unsigned short id);
     void SetRegisterCount(unsigned short count);
+
+    /// The handler runs before the output id or the register count takes another value, as long as the block lives. It
+    /// misses what an "actual" of these does.
+    void AddPlacementHandler(const std::function<void(Vor::Properties::Node&)>& handler);
+    /// Whether output id and register count are the stored ones, and not an "actual".
+    bool IsPlacementStored() const { return !outputId.IsActualEnabled() && !registerCount.IsActualEnabled(); }
 
     RegisterBlockCategory Category() const { return info.Category(); }
     bool IsRegisterCountConfigurable() const { return info.IsRegisterCountConfigurable(); }

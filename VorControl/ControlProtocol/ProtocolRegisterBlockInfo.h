@@ -52,6 +52,9 @@ public:
     std::shared_ptr<ProtocolRegisterBlock> ConstructBlock(const RegisterBlockParams& params);
 
 private:
+    void RegisterFields();
+    void AddCategories();
+
     Vor::Params::Value<std::string> type;
     Vor::Params::Value<std::string> displayName;
     Vor::Params::Enum<RegisterBlockCategory> category;

@@ -48,6 +48,10 @@ public:
     static bool IsMsgSetNullMsg(void* msg);
     static bool IsResultItemNullMsg(void* item);
 
+protected:
+    /// The message of an item, borrowed. Throws yERROR_PARAMETER when it has none.
+    static void* Message(const ResultItem& item);
+
 private:
     void SerializePlainData(unsigned char* buffer, unsigned long offset, const DefaultScanOutputInputData& data);
 
