@@ -5,6 +5,7 @@
 #include "yApi/yStatus.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -133,6 +134,17 @@ void RequireArchiveTable(const Database& database) {
     }
 }
 
+/// SQLite itself takes what is missing of the last page for zeros.
+void RequireWholePages(const Database& database) {
+    Statement pages(database, "SELECT page_count * page_size FROM pragma_page_count, pragma_page_size");
+    pages.Step();
+    std::error_code error;
+    const auto size = std::filesystem::file_size(database.Path(), error);
+    if (error || size < static_cast<std::uintmax_t>(sqlite3_column_int64(pages.Handle(), 0))) {
+        Refuse(database.Path(), yERROR_FORMAT, "it is cut short");
+    }
+}
+
 /// One row of `SELECT name, mode, sz, data`.
 class Row {
 public:
@@ -256,6 +268,7 @@ ArchiveFile::Entries ArchiveFile::Read() const {
     // mayn't write.
     const Database database(path, SQLITE_OPEN_READWRITE);
     RequireArchiveTable(database);
+    RequireWholePages(database);
     Statement select(database, "SELECT name, mode, sz, data FROM sqlar");
     Entries entries;
     std::size_t rowCount = 0;
@@ -289,6 +302,7 @@ void ArchiveFile::Write(const Entries& entries) {
     {
         const Database database(path, SQLITE_OPEN_READWRITE);
         RequireArchiveTable(database);
+        RequireWholePages(database);
         MakeCrashSafe(database);
         database.Execute("BEGIN IMMEDIATE");
         WriteEntries(database, entries);

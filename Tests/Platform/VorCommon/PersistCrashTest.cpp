@@ -1,0 +1,153 @@
+#include "Tests/Support/TempFolder.h"
+#include "VorCommon/ArchiveFile.h"
+#include "VorCommon/IPersistHandler.h"
+#include "VorCommon/IPersistStore.h"
+#include "VorCommon/PersistManager.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using VorCommon::ArchiveFile;
+using VorCommon::IPersistStore;
+using VorCommon::PersistDomain;
+using VorCommon::PersistManager;
+
+namespace {
+
+constexpr int roundCount = 20;
+constexpr int fileCount = 5;
+constexpr std::size_t contentSize = 60000; // many pages, so that a save is many writes
+
+/// Every file of generation g is full of the letter of g, so a mixture shows.
+std::string ContentOf(unsigned generation) {
+    return std::to_string(generation) + ":" + std::string(contentSize, static_cast<char>('a' + generation % 26));
+}
+
+class Writer : public VorCommon::IPersistHandler {
+public:
+    const char* Component() override { return "writer"; }
+    void InitPersistDomain(PersistDomain, IPersistStore&) override {}
+    void LoadPersistDomain(PersistDomain, const IPersistStore& store) override {
+        const VorCommon::PersistBuffer buffer = store.Read("/file0");
+        generation = static_cast<unsigned>(
+            std::stoul(std::string(reinterpret_cast<const char*>(buffer.pointer) + buffer.offset, buffer.size)));
+    }
+    void SavePersistDomain(PersistDomain, IPersistStore& store) override {
+        const std::string content = ContentOf(++generation);
+        for (int i = 0; i < fileCount; ++i) {
+            store.Write("/file" + std::to_string(i), content.data(), content.size());
+        }
+    }
+
+    unsigned generation = 0;
+};
+
+/// Saves without end; tells the generation on the disk before each save.
+[[noreturn]] void SaveWithoutEnd(const std::string& folder, int pipe) {
+    PersistManager manager({folder, "crash", nullptr, nullptr});
+    Writer writer;
+    manager.Register(writer, "");
+    manager.Load();
+    while (true) {
+        const std::uint32_t saved = writer.generation;
+        if (write(pipe, &saved, sizeof saved) != sizeof saved) {
+            _exit(1);
+        }
+        manager.Save(PersistDomain::Job).get();
+    }
+}
+
+void SpinFor(std::chrono::nanoseconds duration) {
+    const auto end = std::chrono::steady_clock::now() + duration;
+    while (std::chrono::steady_clock::now() < end) {
+    }
+}
+
+/// Kills a saving process `delay` after it began its save number `saves` + 1. Gives the generation last told of.
+std::uint32_t KillWhileSaving(const std::string& folder, int saves, std::chrono::nanoseconds delay) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        close(ends[0]);
+        SaveWithoutEnd(folder, ends[1]);
+    }
+    close(ends[1]);
+    std::uint32_t told = 0;
+    for (int i = 0; i <= saves; ++i) {
+        EXPECT_EQ(read(ends[0], &told, sizeof told), static_cast<ssize_t>(sizeof told));
+    }
+    SpinFor(delay);
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status)) << "the saving process ended by itself";
+    while (read(ends[0], &told, sizeof told) == sizeof told) {
+    }
+    close(ends[0]);
+    return told;
+}
+
+/// The one generation that all files of the archive have.
+std::uint32_t WholeGeneration(const std::string& path) {
+    const ArchiveFile::Entries entries = ArchiveFile(path).Read();
+    EXPECT_EQ(entries.size(), static_cast<std::size_t>(fileCount));
+    std::string first;
+    for (const auto& [name, content] : entries) {
+        const std::string text(content->begin(), content->end());
+        first = first.empty() ? text : first;
+        EXPECT_EQ(text, first) << name << " is of another save";
+    }
+    const auto generation = static_cast<std::uint32_t>(std::stoul(first));
+    EXPECT_EQ(first, ContentOf(generation));
+    return generation;
+}
+
+std::chrono::nanoseconds DurationOfASave(const std::string& folder) {
+    PersistManager manager({folder, "measured", nullptr, nullptr});
+    Writer writer;
+    manager.Register(writer, "");
+    manager.Load();
+    manager.Save(PersistDomain::Job).get();
+    const auto begin = std::chrono::steady_clock::now();
+    manager.Save(PersistDomain::Job).get();
+    return std::chrono::steady_clock::now() - begin;
+}
+
+} // namespace
+
+TEST(PersistCrashTest, AKilledSaveLeavesTheWholeOldOrTheWholeNewContent) {
+    const Tests::TempFolder folder;
+    const std::string path = folder.File("jobs/crash.vrjob");
+    const auto duration = DurationOfASave(folder.Path().string());
+    KillWhileSaving(folder.Path().string(), 1, std::chrono::nanoseconds(0));
+    for (int round = 0; round < roundCount; ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        const std::uint32_t told = KillWhileSaving(folder.Path().string(), round % 3, duration * round / roundCount);
+        const std::uint32_t found = WholeGeneration(path);
+        EXPECT_GE(found, told) << "a finished save was lost";
+        EXPECT_LE(found, told + 1);
+    }
+}
+
+TEST(PersistCrashTest, AKilledFirstSaveLeavesNoFileOrAWholeOne) {
+    for (int round = 0; round < roundCount; ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        const Tests::TempFolder folder;
+        const std::string path = folder.File("jobs/crash.vrjob");
+        const auto duration = DurationOfASave(folder.Path().string());
+        const std::uint32_t told = KillWhileSaving(folder.Path().string(), 0, duration * round / roundCount);
+        if (std::filesystem::exists(path)) {
+            EXPECT_GE(WholeGeneration(path), 1U);
+        } else {
+            EXPECT_EQ(told, 0U) << "a finished save was lost";
+        }
+    }
+}

@@ -1,0 +1,557 @@
+#include "VorCommon/PersistManager.h"
+
+#include "Tests/Support/TempFolder.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorCommon/ArchiveFile.h"
+#include "VorCommon/IPersistHandler.h"
+#include "yApi/yFault.h"
+#include "yApi/yStatus.h"
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sqlite3.h>
+
+using VorCommon::ArchiveFile;
+using VorCommon::IPersistHandler;
+using VorCommon::IPersistStore;
+using VorCommon::PersistDomain;
+using VorCommon::PersistDomain_Name;
+using VorCommon::PersistManager;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+void Put(IPersistStore& store, const std::string& path, const std::string& content) {
+    store.Write(path, content.data(), content.size());
+}
+
+std::string Get(const IPersistStore& store, const std::string& path) {
+    const VorCommon::PersistBuffer buffer = store.Read(path);
+    return {reinterpret_cast<const char*>(buffer.pointer) + buffer.offset, buffer.size};
+}
+
+ArchiveFile::Content Bytes(const std::string& text) {
+    return std::make_shared<const std::vector<unsigned char>>(text.begin(), text.end());
+}
+
+std::string Entry(const std::string& file, const std::string& name) {
+    const ArchiveFile::Entries entries = ArchiveFile(file).Read();
+    const auto found = entries.find(name);
+    return found == entries.end() ? "(none)" : std::string(found->second->begin(), found->second->end());
+}
+
+/// Notes its calls in a list that handlers may share, and does in them what a test asks for.
+class Handler : public IPersistHandler {
+public:
+    Handler(const char* name, Names& calls)
+        : name(name)
+        , calls(calls) {}
+
+    const char* Component() override { return name; }
+
+    void InitPersistDomain(PersistDomain domain, IPersistStore& store) override {
+        Note("init", domain);
+        if (onInit) {
+            onInit(domain, store);
+        }
+    }
+
+    void LoadPersistDomain(PersistDomain domain, const IPersistStore& store) override {
+        Note("load", domain);
+        if (onLoad) {
+            onLoad(domain, store);
+        }
+    }
+
+    void SavePersistDomain(PersistDomain domain, IPersistStore& store) override {
+        Note("save", domain);
+        if (onSave) {
+            onSave(domain, store);
+        }
+    }
+
+    std::function<void(PersistDomain, IPersistStore&)> onInit;
+    std::function<void(PersistDomain, const IPersistStore&)> onLoad;
+    std::function<void(PersistDomain, IPersistStore&)> onSave;
+
+private:
+    void Note(const std::string& action, PersistDomain domain) {
+        calls.push_back(std::string(name) + " " + action + " " + PersistDomain_Name(domain));
+    }
+
+    const char* name;
+    Names& calls;
+};
+
+class PersistManagerTest : public testing::Test {
+protected:
+    ~PersistManagerTest() override { yFault_Clear(); }
+
+    void Start() {
+        manager = std::make_unique<PersistManager>(environ);
+        jobId = manager->Register(first, "");
+    }
+
+    void MakeFiles() {
+        ArchiveFile(jobPath).Write({{"setting", Bytes("stored")}});
+        ArchiveFile(workspacePath).Write({{"setting", Bytes("stored")}});
+    }
+
+    static yStatus StatusOf(const std::function<void()>& function) {
+        try {
+            function();
+        } catch (const Vor::Exception& e) {
+            return e.Status();
+        }
+        return yOK;
+    }
+
+    static std::string FailureText(const std::shared_future<void>& saved) {
+        try {
+            saved.get();
+        } catch (const std::exception& e) {
+            return e.what();
+        }
+        return "";
+    }
+
+    Tests::TempFolder folder;
+    const std::string jobPath = folder.File("jobs/part.vrjob");
+    const std::string workspacePath = folder.File("workspace.vrdata");
+    std::atomic<bool> blocked{false};
+    PersistManager::Environ environ{folder.Path().string(), "part", [this](bool now) { blocked = now; }, nullptr};
+    Names calls;
+    Handler first{"first", calls};
+    Handler second{"second", calls};
+    unsigned long long jobId = 0;
+    std::unique_ptr<PersistManager> manager;
+};
+
+} // namespace
+
+TEST(PersistJobNameTest, AJobNameIsOneFileNameCompletedWithItsExtension) {
+    EXPECT_EQ(PersistManager::JobFileName("part"), "part.vrjob");
+    EXPECT_EQ(PersistManager::JobFileName("part.vrjob"), "part.vrjob");
+    EXPECT_EQ(PersistManager::JobFileName("part.old"), "part.old.vrjob");
+    EXPECT_EQ(PersistManager::JobFileName("two words"), "two words.vrjob");
+    EXPECT_EQ(PersistManager::JobFileName(std::string(249, 'n')).size(), 255U);
+}
+
+TEST(PersistJobNameTest, AnythingElseIsRefused) {
+    for (const std::string& name :
+         {std::string(), std::string("."), std::string(".."), std::string(".hidden"), std::string(".vrjob"),
+          std::string("a/b"), std::string("/etc/passwd"), std::string("../part"), std::string("part/"),
+          std::string("a\0b", 3), std::string(250, 'n')}) {
+        try {
+            PersistManager::JobFileName(name);
+            ADD_FAILURE() << name;
+        } catch (const Vor::Exception& e) {
+            EXPECT_EQ(e.Status(), yERROR_PARAMETER) << name;
+        }
+    }
+}
+
+TEST_F(PersistManagerTest, ABadJobNameIsRefusedAtConstruction) {
+    environ.job = "../part";
+    EXPECT_EQ(StatusOf([&] { PersistManager refused(environ); }), yERROR_PARAMETER);
+}
+
+TEST_F(PersistManagerTest, AThreadThatCannotBeMadeIsAFailure) {
+    yFault_Set("yThread_Start", yERROR_FULL);
+    EXPECT_EQ(StatusOf([&] { PersistManager refused(environ); }), yERROR_FULL);
+}
+
+TEST_F(PersistManagerTest, DomainsLieInTheirPlaces) {
+    Start();
+    EXPECT_EQ(manager->FilePath(PersistDomain::Job), jobPath);
+    EXPECT_EQ(manager->FilePath(PersistDomain::Workspace), workspacePath);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+}
+
+TEST_F(PersistManagerTest, DomainsWithoutFilesAreInitialisedTheWorkspaceFirst) {
+    Start();
+    manager->Register(second, "");
+    manager->Load();
+    EXPECT_EQ(calls, (Names{"first init workspace", "second init workspace", "first init job", "second init job"}));
+}
+
+TEST_F(PersistManagerTest, ADomainWithAFileIsLoaded) {
+    ArchiveFile(jobPath).Write({{"setting", Bytes("stored")}});
+    Start();
+    std::string content;
+    first.onLoad = [&](PersistDomain, const IPersistStore& store) { content = Get(store, "/setting"); };
+    manager->Load();
+    EXPECT_EQ(calls, (Names{"first init workspace", "first load job"}));
+    EXPECT_EQ(content, "stored");
+}
+
+TEST_F(PersistManagerTest, HandlersRunOnThePersistenceThreadWhileTheMainLoopIsBlocked) {
+    Start();
+    std::vector<bool> seen;
+    char threadName[16] = "";
+    first.onInit = [&](PersistDomain, IPersistStore&) {
+        seen.push_back(blocked);
+        pthread_getname_np(pthread_self(), threadName, sizeof threadName);
+    };
+    first.onSave = [&](PersistDomain, IPersistStore&) { seen.push_back(blocked); };
+    EXPECT_FALSE(blocked);
+    manager->Load();
+    EXPECT_FALSE(blocked);
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_FALSE(blocked);
+    EXPECT_EQ(seen, (std::vector<bool>{true, true, true}));
+    EXPECT_STREQ(threadName, "Persistence");
+}
+
+TEST_F(PersistManagerTest, TheMainLoopIsReleasedWhenALoadFails) {
+    std::filesystem::create_directories(folder.File("jobs"));
+    Tests::WriteWholeFile(jobPath, std::string(600, 'x'));
+    Start();
+    EXPECT_THROW(manager->Load(), Vor::Exception);
+    EXPECT_FALSE(blocked);
+}
+
+TEST_F(PersistManagerTest, TheMainLoopIsReleasedBeforeTheFileIsWritten) {
+    MakeFiles();
+    Start();
+    manager->Load();
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(jobPath.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    EXPECT_FALSE(blocked);
+    EXPECT_EQ(Entry(jobPath, "setting"), "stored");
+    EXPECT_EQ(saved.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+    ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+    saved.get();
+    sqlite3_close(other);
+    EXPECT_EQ(Entry(jobPath, "setting"), "new");
+}
+
+TEST_F(PersistManagerTest, ASaveCallsEachHandlerForItsDomainOnly) {
+    Start();
+    manager->Register(second, "");
+    manager->Load();
+    calls.clear();
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/first", "1"); };
+    second.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/second", "2"); };
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_EQ(calls, (Names{"first save job", "second save job"}));
+    EXPECT_EQ(Entry(jobPath, "first"), "1");
+    EXPECT_EQ(Entry(jobPath, "second"), "2");
+    EXPECT_FALSE(std::filesystem::exists(workspacePath));
+}
+
+TEST_F(PersistManagerTest, WhatAHandlerDoesNotWriteStays) {
+    ArchiveFile(jobPath).Write({{"setting", Bytes("stored")}, {"other", Bytes("kept")}});
+    Start();
+    manager->Load();
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_EQ(Entry(jobPath, "setting"), "new");
+    EXPECT_EQ(Entry(jobPath, "other"), "kept");
+}
+
+TEST_F(PersistManagerTest, WhatIsWrittenAtInitialisationMakesTheFile) {
+    Start();
+    first.onInit = [](PersistDomain domain, IPersistStore& store) {
+        if (domain == PersistDomain::Workspace) {
+            Put(store, "/data", "default");
+        }
+    };
+    manager->Load();
+    manager.reset();
+    EXPECT_EQ(Entry(workspacePath, "data"), "default");
+    EXPECT_FALSE(std::filesystem::exists(jobPath));
+}
+
+TEST_F(PersistManagerTest, TheDestructorFinishesASave) {
+    Start();
+    manager->Load();
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
+    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    manager.reset();
+    EXPECT_EQ(saved.wait_for(std::chrono::seconds(0)), std::future_status::ready);
+    saved.get();
+    EXPECT_EQ(Entry(jobPath, "setting"), "new");
+}
+
+TEST_F(PersistManagerTest, TheLoadedJobIsNamedWithItsExtension) {
+    Start();
+    EXPECT_EQ(manager->LoadedJob(), "");
+    std::string during;
+    first.onInit = [&](PersistDomain, IPersistStore&) { during = manager->LoadedJob(); };
+    manager->Load();
+    EXPECT_EQ(during, "part.vrjob");
+    EXPECT_EQ(manager->LoadedJob(), "part.vrjob");
+}
+
+TEST_F(PersistManagerTest, AnAnnouncedChangeMarksItsDomain) {
+    Start();
+    manager->Load();
+    EXPECT_FALSE(manager->IsModified(PersistDomain::Job));
+    calls.clear();
+    manager->Announce(first, PersistDomain::Job, 0);
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
+    EXPECT_FALSE(manager->IsModified(PersistDomain::Workspace));
+    manager->Announce(first, PersistDomain::Workspace, 0);
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_FALSE(manager->IsModified(PersistDomain::Job));
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Workspace));
+    EXPECT_EQ(calls, Names{"first save job"});
+}
+
+TEST_F(PersistManagerTest, AChangeAnnouncedWhileLoadingOrSavingCounts) {
+    Start();
+    first.onInit = [&](PersistDomain domain, IPersistStore&) { manager->Announce(first, domain, 0); };
+    manager->Announce(first, PersistDomain::Job, 0);
+    manager->Load();
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
+    first.onSave = first.onInit;
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
+}
+
+TEST_F(PersistManagerTest, ADomainIsNoLongerModifiedAfterALoad) {
+    Start();
+    manager->Announce(first, PersistDomain::Job, 0);
+    manager->Load();
+    EXPECT_FALSE(manager->IsModified(PersistDomain::Job));
+}
+
+TEST_F(PersistManagerTest, AFailingFileLeavesTheOldContentAndTheModification) {
+    MakeFiles();
+    Start();
+    manager->Load();
+    manager->Announce(first, PersistDomain::Job, 0);
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
+    yFault_Set("ArchiveFile_Commit", yERROR_FULL);
+    const Vor::LogCapture log;
+    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    const std::string failure = "Archive '" + jobPath + "': the disk failed.";
+    EXPECT_EQ(FailureText(saved), failure);
+    EXPECT_EQ(StatusOf([&] { saved.get(); }), yERROR_FULL);
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "The job domain wasn't saved (" + failure + ")."));
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
+    EXPECT_EQ(Entry(jobPath, "setting"), "stored");
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_EQ(Entry(jobPath, "setting"), "new");
+    EXPECT_FALSE(manager->IsModified(PersistDomain::Job));
+}
+
+TEST_F(PersistManagerTest, AHandlerThatFailsToSaveLeavesTheFileAsItWas) {
+    MakeFiles();
+    Start();
+    manager->Register(second, "");
+    manager->Load();
+    manager->Announce(first, PersistDomain::Job, 0);
+    const auto write = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
+    first.onSave = write;
+    second.onSave = [](PersistDomain, IPersistStore&) { Vor::Throw(yERROR_BUSY, "not now"); };
+    std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    EXPECT_EQ(FailureText(saved), "Persist handler \"second\" failed to save the job domain (not now).");
+    EXPECT_EQ(StatusOf([&] { saved.get(); }), yERROR_BUSY);
+    EXPECT_EQ(Entry(jobPath, "setting"), "stored");
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
+    second.onSave = [](PersistDomain, IPersistStore&) { throw 7; };
+    saved = manager->Save(PersistDomain::Job);
+    EXPECT_EQ(FailureText(saved), "Persist handler \"second\" failed to save the job domain (unknown exception).");
+    EXPECT_EQ(Entry(jobPath, "setting"), "stored");
+    first.onSave = nullptr;
+    second.onSave = nullptr;
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_EQ(Entry(jobPath, "setting"), "stored");
+}
+
+TEST_F(PersistManagerTest, ASaveBeforeTheLoadFails) {
+    Start();
+    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    EXPECT_EQ(StatusOf([&] { saved.get(); }), yERROR_STATE);
+    EXPECT_EQ(FailureText(saved), "The job domain can't be saved before it is loaded.");
+    EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(PersistManagerTest, AnUnknownDomainIsRefused) {
+    Start();
+    const auto unknown = static_cast<PersistDomain>(7);
+    EXPECT_EQ(StatusOf([&] { manager->Save(unknown); }), yERROR_PARAMETER);
+    EXPECT_EQ(StatusOf([&] { manager->Announce(first, unknown, 0); }), yERROR_PARAMETER);
+    EXPECT_EQ(StatusOf([&] { manager->IsModified(unknown); }), yERROR_PARAMETER);
+}
+
+TEST_F(PersistManagerTest, AFailingHandlerDoesNotKeepTheOthersFromLoading) {
+    MakeFiles();
+    Start();
+    manager->Register(second, "");
+    first.onLoad = [](PersistDomain, const IPersistStore&) { Vor::Throw(yERROR_FORMAT, "bad document"); };
+    const Vor::LogCapture log;
+    manager->Load();
+    EXPECT_EQ(calls, (Names{"first load workspace", "second load workspace", "first load job", "second load job"}));
+    for (const char* domain : {"workspace", "job"}) {
+        EXPECT_TRUE(log.Contains(Vor::LevelError, std::string("Persist handler \"first\" failed to load the ") +
+                                                      domain + " domain (bad document)."));
+    }
+}
+
+TEST_F(PersistManagerTest, AForeignExceptionEndsTheDomainAndTheThreadLivesOn) {
+    Start();
+    manager->Register(second, "");
+    first.onInit = [](PersistDomain domain, IPersistStore& store) {
+        if (domain == PersistDomain::Workspace) {
+            Put(store, "/data", "half");
+            throw 7;
+        }
+    };
+    const Vor::LogCapture log;
+    manager->Load();
+    EXPECT_EQ(calls, (Names{"first init workspace", "first init job", "second init job"}));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Persist handler \"first\" failed to initialise the workspace domain "
+                                              "(unknown exception). No further handler takes part."));
+    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Workspace).get();
+    EXPECT_FALSE(std::filesystem::exists(workspacePath));
+}
+
+TEST_F(PersistManagerTest, ADamagedFileIsNamedAndNothingIsLoaded) {
+    MakeFiles();
+    for (const std::string& damaged : {jobPath, workspacePath}) {
+        const std::string whole = Tests::ReadWholeFile(damaged);
+        const std::string content(600, 'x');
+        Tests::WriteWholeFile(damaged, content);
+        Start();
+        try {
+            manager->Load();
+            ADD_FAILURE() << damaged;
+        } catch (const Vor::Exception& e) {
+            EXPECT_EQ(e.Status(), yERROR_FORMAT);
+            EXPECT_EQ(std::string(e.what()), "Archive '" + damaged + "': file is not a database.");
+        }
+        EXPECT_TRUE(calls.empty());
+        EXPECT_EQ(manager->LoadedJob(), "");
+        manager.reset();
+        EXPECT_EQ(Tests::ReadWholeFile(damaged), content);
+        Tests::WriteWholeFile(damaged, whole);
+    }
+}
+
+TEST_F(PersistManagerTest, RegisteringAndAnnouncingCallNoHandler) {
+    Start();
+    EXPECT_NE(jobId, 0U);
+    EXPECT_NE(manager->Register(second, "text"), jobId);
+    manager->Announce(first, PersistDomain::Job, 0);
+    manager.reset();
+    EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(PersistManagerTest, ADeregisteredHandlerIsNotCalled) {
+    Start();
+    const unsigned long long id = manager->Register(second, "");
+    manager->Deregister(jobId);
+    manager->Deregister(jobId);
+    manager->Deregister(0);
+    manager->Deregister(id + 100);
+    manager->Load();
+    EXPECT_EQ(calls, (Names{"second init workspace", "second init job"}));
+}
+
+TEST_F(PersistManagerTest, DeregisteringWaitsForTheRunningCall) {
+    Start();
+    std::atomic<bool> gone{false};
+    std::thread other;
+    first.onInit = [&](PersistDomain domain, IPersistStore&) {
+        if (domain != PersistDomain::Workspace) {
+            return;
+        }
+        std::promise<void> running;
+        other = std::thread([&] {
+            running.set_value();
+            manager->Deregister(jobId);
+            gone = true;
+        });
+        running.get_future().get();
+        EXPECT_FALSE(gone);
+    };
+    manager->Load();
+    other.join();
+    EXPECT_TRUE(gone);
+}
+
+TEST_F(PersistManagerTest, AHandlerMayDeregisterItselfInItsCall) {
+    Start();
+    manager->Register(second, "");
+    first.onInit = [&](PersistDomain, IPersistStore&) { manager->Deregister(jobId); };
+    manager->Load();
+    EXPECT_EQ(calls, (Names{"first init workspace", "second init workspace", "second init job"}));
+}
+
+TEST_F(PersistManagerTest, AHandlerThatIsRemovedByAnotherIsNotCalledAnyMore) {
+    Start();
+    const unsigned long long id = manager->Register(second, "");
+    first.onInit = [&](PersistDomain, IPersistStore&) { manager->Deregister(id); };
+    manager->Load();
+    EXPECT_EQ(calls, (Names{"first init workspace", "first init job"}));
+}
+
+namespace {
+
+/// Shows another content of one path, and marks what is written.
+class Overlay : public IPersistStore {
+public:
+    explicit Overlay(IPersistStore& store)
+        : store(store) {}
+
+    VorCommon::PersistBuffer Read(const std::string& path) const override {
+        return store.Read(path == "/setting" ? "/other" : path);
+    }
+    void Write(const std::string& path, const void* bytes, std::size_t size) override {
+        store.Write(path + ".marked", bytes, size);
+    }
+    bool Exists(const std::string& path) const override { return store.Exists(path); }
+
+private:
+    IPersistStore& store;
+};
+
+} // namespace
+
+TEST_F(PersistManagerTest, HandlersSeeTheStoreThatTheApplicationGives) {
+    ArchiveFile(jobPath).Write({{"setting", Bytes("stored")}, {"other", Bytes("instead")}});
+    std::vector<PersistDomain> decorated;
+    environ.decorateStore = [&](IPersistStore& store, PersistDomain domain) -> std::unique_ptr<IPersistStore> {
+        decorated.push_back(domain);
+        return domain == PersistDomain::Job ? std::make_unique<Overlay>(store) : nullptr;
+    };
+    Start();
+    std::string content;
+    first.onLoad = [&](PersistDomain, const IPersistStore& store) { content = Get(store, "/setting"); };
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/new", "1"); };
+    manager->Load();
+    EXPECT_EQ(content, "instead");
+    manager->Save(PersistDomain::Job).get();
+    EXPECT_EQ(Entry(jobPath, "new.marked"), "1");
+    EXPECT_EQ(Entry(jobPath, "setting"), "stored");
+    EXPECT_EQ(decorated,
+              (std::vector<PersistDomain>{PersistDomain::Workspace, PersistDomain::Job, PersistDomain::Job}));
+}
+
+TEST_F(PersistManagerTest, AStoreThatCannotBeGivenFailsTheLoadBeforeAnyHandler) {
+    environ.decorateStore = [](IPersistStore&, PersistDomain domain) -> std::unique_ptr<IPersistStore> {
+        if (domain == PersistDomain::Job) {
+            Vor::Throw(yERROR_PARAMETER, "bad overlay");
+        }
+        return nullptr;
+    };
+    Start();
+    EXPECT_EQ(StatusOf([&] { manager->Load(); }), yERROR_PARAMETER);
+    EXPECT_TRUE(calls.empty());
+}
