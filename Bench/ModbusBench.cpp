@@ -1,0 +1,323 @@
+// The Modbus server against a bare one: round trips of 100 registers with 1 and 8 clients, and what well-behaved
+// clients feel of misbehaving ones. Servers run on core 0, clients on core 1.
+
+#include "Bench/Measure.h"
+
+#include "Services/Modbus/FrameCodec.h"
+#include "Services/Modbus/ModbusServer.h"
+#include "Services/Modbus/RegisterImage.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <modbus/modbus.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sched.h>
+#include <string>
+#include <sys/select.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace Services::Modbus;
+using Clock = std::chrono::steady_clock;
+
+constexpr int ServerCore = 0;
+constexpr int ClientCore = 1;
+constexpr unsigned Registers = 100;
+constexpr std::size_t ReplySize = HeaderSize + 2 + 2 * Registers;
+
+// Threads that are started from here on run there too.
+void PinTo(int core) {
+    cpu_set_t cores;
+    CPU_ZERO(&cores);
+    CPU_SET(core, &cores);
+    sched_setaffinity(0, sizeof cores, &cores);
+}
+
+[[noreturn]] void Fail(const char* what) {
+    std::perror(what);
+    std::exit(1);
+}
+
+class Socket {
+public:
+    explicit Socket(std::uint16_t port)
+        : fd(socket(AF_INET, SOCK_STREAM, 0)) {
+        const int one = 1;
+        setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+            Fail("connect");
+        }
+    }
+    ~Socket() { close(fd); }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    const int fd;
+};
+
+void MakeRequest(unsigned char (&request)[12]) {
+    EncodeHeader(request, 1, 1, 5);
+    request[7] = 3;
+    PutWord(request + 8, 0);
+    PutWord(request + 10, Registers);
+}
+
+struct Figures {
+    double rate; // round trips a second, of all clients
+    double p99;  // seconds
+};
+
+void RoundTrips(std::uint16_t port, Clock::time_point end, std::vector<float>& times) {
+    const Socket socket(port);
+    unsigned char request[12];
+    unsigned char reply[ReplySize];
+    MakeRequest(request);
+    for (auto begin = Clock::now(); begin < end;) {
+        if (send(socket.fd, request, sizeof request, MSG_NOSIGNAL) != sizeof request ||
+            recv(socket.fd, reply, ReplySize, MSG_WAITALL) != static_cast<ssize_t>(ReplySize)) {
+            Fail("round trip");
+        }
+        const auto now = Clock::now();
+        times.push_back(std::chrono::duration<float>(now - begin).count());
+        begin = now;
+    }
+}
+
+Figures Run(std::uint16_t port, int clients, std::chrono::milliseconds duration) {
+    std::vector<std::vector<float>> times(static_cast<std::size_t>(clients));
+    for (auto& own : times) {
+        own.reserve(200000);
+    }
+    const auto begin = Clock::now();
+    std::vector<std::thread> threads;
+    for (auto& own : times) {
+        threads.emplace_back([&own, port, begin, duration] { RoundTrips(port, begin + duration, own); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    std::vector<float> all;
+    for (const auto& own : times) {
+        all.insert(all.end(), own.begin(), own.end());
+    }
+    const auto place = all.begin() + static_cast<std::ptrdiff_t>(all.size() * 99 / 100);
+    std::nth_element(all.begin(), place, all.end());
+    return {static_cast<double>(all.size()) / seconds, *place};
+}
+
+// The loop that everybody writes around the C library: one thread, select, receive, reply.
+class BareServer {
+public:
+    BareServer()
+        : context(modbus_new_tcp("127.0.0.1", 0))
+        , mapping(modbus_mapping_new(0, 0, Registers, 0)) {
+        listening = modbus_tcp_listen(context, 32);
+        if (listening < 0 || pipe(wake) != 0) {
+            Fail("bare server");
+        }
+        sockaddr_in address{};
+        socklen_t size = sizeof address;
+        getsockname(listening, reinterpret_cast<sockaddr*>(&address), &size);
+        port = ntohs(address.sin_port);
+        thread = std::thread([this] { Serve(); });
+    }
+    ~BareServer() {
+        if (write(wake[1], "", 1) != 1) {
+            Fail("wake");
+        }
+        thread.join();
+        close(wake[0]);
+        close(wake[1]);
+        close(listening);
+        modbus_mapping_free(mapping);
+        modbus_free(context);
+    }
+    BareServer(const BareServer&) = delete;
+    BareServer& operator=(const BareServer&) = delete;
+
+    std::uint16_t Port() const { return port; }
+
+private:
+    void Serve() {
+        fd_set known;
+        FD_ZERO(&known);
+        FD_SET(listening, &known);
+        FD_SET(wake[0], &known);
+        int highest = std::max(listening, wake[0]);
+        for (;;) {
+            fd_set ready = known;
+            if (select(highest + 1, &ready, nullptr, nullptr, nullptr) < 0) {
+                Fail("select");
+            }
+            if (FD_ISSET(wake[0], &ready)) {
+                return;
+            }
+            for (int fd = 0; fd <= highest; ++fd) {
+                if (!FD_ISSET(fd, &ready)) {
+                    continue;
+                }
+                if (fd == listening) {
+                    const int client = accept(listening, nullptr, nullptr);
+                    const int one = 1;
+                    setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+                    FD_SET(client, &known);
+                    highest = std::max(highest, client);
+                } else if (!Answer(fd)) {
+                    close(fd);
+                    FD_CLR(fd, &known);
+                }
+            }
+        }
+    }
+
+    bool Answer(int fd) {
+        unsigned char query[MODBUS_TCP_MAX_ADU_LENGTH];
+        modbus_set_socket(context, fd);
+        const int size = modbus_receive(context, query);
+        return size > 0 && modbus_reply(context, query, size, mapping) > 0;
+    }
+
+    modbus_t* context;
+    modbus_mapping_t* mapping;
+    int listening = -1;
+    int wake[2] = {-1, -1};
+    std::uint16_t port = 0;
+    std::thread thread;
+};
+
+class OwnServer {
+public:
+    OwnServer() {
+        image.Replace({{0, Registers}}, std::vector<unsigned char>(2u * Registers, 7));
+        server = std::make_unique<ModbusServer>(image, ServerSettings{.idleTimeOut = std::chrono::hours(1)});
+    }
+    std::uint16_t Port() const { return server->Port(); }
+
+private:
+    RegisterImage image;
+    std::unique_ptr<ModbusServer> server;
+};
+
+// One client that stops in the middle of a request, one whose requests come byte by byte, one that never reads.
+class Misbehaving {
+public:
+    explicit Misbehaving(std::uint16_t port)
+        : half(port)
+        , drip(port)
+        , deaf(port) {
+        unsigned char request[12];
+        MakeRequest(request);
+        if (send(half.fd, request, 6, MSG_NOSIGNAL) != 6) {
+            Fail("half a request");
+        }
+        thread = std::thread([this] { Work(); });
+    }
+    ~Misbehaving() {
+        stop = true;
+        thread.join();
+    }
+
+private:
+    void Work() {
+        unsigned char request[12];
+        MakeRequest(request);
+        for (std::size_t i = 0; !stop; ++i) {
+            send(drip.fd, &request[i % sizeof request], 1, MSG_NOSIGNAL | MSG_DONTWAIT);
+            unsigned char replies[ReplySize];
+            recv(drip.fd, replies, sizeof replies, MSG_DONTWAIT);
+            send(deaf.fd, request, sizeof request, MSG_NOSIGNAL | MSG_DONTWAIT);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+
+    const Socket half;
+    const Socket drip;
+    const Socket deaf;
+    std::atomic<bool> stop = false;
+    std::thread thread;
+};
+
+struct Pairs {
+    std::vector<Figures> subject;
+    std::vector<Figures> reference;
+
+    Bench::Comparison Compare(double Figures::*figure) const {
+        std::vector<double> subjects;
+        std::vector<double> references;
+        std::vector<double> ratios;
+        for (std::size_t i = 0; i < subject.size(); ++i) {
+            subjects.push_back(subject[i].*figure);
+            references.push_back(reference[i].*figure);
+            ratios.push_back(subjects.back() / references.back());
+        }
+        return {Bench::Median(subjects), Bench::Median(references), Bench::Median(ratios),
+                *std::min_element(ratios.begin(), ratios.end()), *std::max_element(ratios.begin(), ratios.end())};
+    }
+};
+
+Pairs RunInTurns(int pairs, const std::function<Figures()>& subject, const std::function<Figures()>& reference) {
+    Pairs result;
+    for (int i = 0; i < pairs; ++i) {
+        result.subject.push_back(subject());
+        result.reference.push_back(reference());
+    }
+    return result;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Bench::Report report("modbus", argc, argv);
+    const bool quick = report.Has("--quick");
+    const int pairs = quick ? 3 : 10;
+    const std::chrono::milliseconds duration(quick ? 500 : 3000);
+    if (std::thread::hardware_concurrency() < 2) {
+        report.Skip("Modbus round trips", "needs two cores");
+        return report.Finish();
+    }
+
+    PinTo(ServerCore);
+    const BareServer bare;
+    const OwnServer own;
+    PinTo(ClientCore);
+
+    Run(own.Port(), 1, duration / 3);
+    Run(bare.Port(), 1, duration / 3);
+    for (const int clients : {1, 8}) {
+        const Pairs result = RunInTurns(
+            pairs, [&] { return Run(own.Port(), clients, duration); },
+            [&] { return Run(bare.Port(), clients, duration); });
+        const std::string who = std::to_string(clients) + (clients == 1 ? " client" : " clients");
+        report.AddRate("round trips, " + who, result.Compare(&Figures::rate), "1/s", 0.9);
+        report.Add("99th percentile, " + who, result.Compare(&Figures::p99), "us", 1.2, 1e6);
+    }
+    const Pairs disturbed = RunInTurns(
+        pairs,
+        [&] {
+            const Misbehaving clients(own.Port());
+            return Run(own.Port(), 4, duration);
+        },
+        [&] { return Run(own.Port(), 4, duration); });
+    report.Add("99th percentile of 4 clients, beside 3 that misbehave", disturbed.Compare(&Figures::p99), "us", 1.2,
+               1e6);
+    return report.Finish();
+}
