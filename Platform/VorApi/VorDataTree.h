@@ -20,6 +20,13 @@ public:
 
     /// A new tree, null.
     VorDataTree();
+    ~VorDataTree() = default;
+    VorDataTree(const VorDataTree&) = default;
+    VorDataTree(VorDataTree&&) noexcept = default;
+
+    /// Makes the handle refer to another node. Not for `tree["member"] = ...`, which would change no tree.
+    VorDataTree& operator=(const VorDataTree&) & = default;
+    VorDataTree& operator=(VorDataTree&&) & noexcept = default;
 
     Kind GetKind() const;
     bool IsNull() const { return GetKind() == Kind::Null; }

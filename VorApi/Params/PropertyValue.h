@@ -93,7 +93,11 @@ public:
     template <class U>
         requires(std::is_arithmetic_v<U> && std::is_arithmetic_v<T> && !std::is_same_v<U, T>)
     bool operator==(U other) const {
-        return Get() == other;
+        if constexpr (std::is_integral_v<U> && !std::is_same_v<U, bool> && !std::is_same_v<T, bool>) {
+            return std::cmp_equal(Get(), other);
+        } else {
+            return Get() == other;
+        }
     }
 };
 

@@ -1,14 +1,12 @@
 #pragma once
 
 #include "Vor/ByteVector.h"
-#include "Vor/Exception.h"
 #include "Vor/IValueReader.h"
 #include "Vor/IValueWriter.h"
 
 #include <cstdint>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 namespace Vor::Properties::Internal {
@@ -87,30 +85,25 @@ struct ValueKind<std::vector<unsigned short>> {
 template <class T>
     requires std::is_enum_v<T>
 struct ValueKind<T> {
+    static_assert(sizeof(T) == sizeof(std::int32_t), "an enumeration in a document has 32 bits");
+
     static constexpr const char* type = "integer";
-
-    static T Read(IValueReader& reader) { return FromInteger(reader.ReadEnum()); }
+    static T Read(IValueReader& reader) { return static_cast<T>(reader.ReadEnum()); }
     static void Write(IValueWriter& writer, T value) { writer.WriteEnum(static_cast<std::int32_t>(value)); }
-
-    static T FromInteger(std::int32_t value) {
-        using Underlying = std::underlying_type_t<T>;
-        if (!std::in_range<Underlying>(value)) {
-            Throw(yERROR_PARAMETER, "%d doesn't fit the enumeration.", value);
-        }
-        return static_cast<T>(static_cast<Underlying>(value));
-    }
 };
 
 template <class T>
     requires std::is_enum_v<T>
 struct ValueKind<std::vector<T>> {
+    static_assert(sizeof(T) == sizeof(std::int32_t), "an enumeration in a document has 32 bits");
+
     static constexpr const char* type = "array";
     static constexpr const char* itemType = "integer";
 
     static std::vector<T> Read(IValueReader& reader) {
         std::vector<T> values;
         for (const std::int32_t value : reader.ReadEnumList()) {
-            values.push_back(ValueKind<T>::FromInteger(value));
+            values.push_back(static_cast<T>(value));
         }
         return values;
     }

@@ -1,0 +1,186 @@
+#include "Vor/JsonSerializer.h"
+
+#include "Vor/ArrayBase.h"
+#include "Vor/INodeVisitor.h"
+#include "Vor/JsonPlace.h"
+#include "Vor/JsonReader.h"
+#include "Vor/Structure.h"
+#include "Vor/TreeWriter.h"
+#include "VorApi/Event.h"
+#include "VorApi/Params/PropertyValue.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <utility>
+
+namespace Vor::Properties {
+
+namespace {
+
+using Json = nlohmann::json;
+using Internal::JsonPath;
+
+const Json::object_t& ObjectOf(const Json& json, const JsonPath& path) {
+    if (!json.is_object()) {
+        RefuseJson(path, "an object", json);
+    }
+    return json.get_ref<const Json::object_t&>();
+}
+
+const Json::array_t& ArrayOf(const Json& json, const JsonPath& path) {
+    if (!json.is_array()) {
+        RefuseJson(path, "an array", json);
+    }
+    return json.get_ref<const Json::array_t&>();
+}
+
+// Calls `visit(child, json, path)` for each member to be read that the document has.
+template <class Visit>
+void ForEachMember(const Structure& structure, const Json& json, const JsonPath& path, Visit visit) {
+    const Json::object_t& object = ObjectOf(json, path);
+    const auto& members = structure.Members();
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        const Internal::Member member = members[i];
+        if (member.Target().IsWriteOnly()) {
+            continue;
+        }
+        const auto found = object.find(member.Text());
+        if (found != object.end()) {
+            const JsonPath childPath{&path, &member.Text()};
+            visit(member.Target(), found->second, childPath);
+        }
+    }
+}
+
+// Checks a document against a tree, which it leaves as it is: the kinds of all values, the number of elements and, if
+// told to, what the values themselves say.
+class Checker : private INodeVisitorConst {
+public:
+    explicit Checker(bool validate)
+        : validate(validate) {}
+
+    void Check(const Node& node, const Json& source, const JsonPath& sourcePath) {
+        const Json* const outerJson = std::exchange(json, &source);
+        const JsonPath* const outerPath = std::exchange(path, &sourcePath);
+        node.Accept(*this);
+        json = outerJson;
+        path = outerPath;
+    }
+
+private:
+    void Visit(const Internal::ValueBase& value) override {
+        if (validate) {
+            Internal::JsonReader reader(*json, *path);
+            value.ValidateValue(reader);
+        } else {
+            Internal::JsonKindCheck check(*json, *path);
+            value.WriteValue(check);
+        }
+    }
+
+    void Visit(const Structure& structure) override {
+        ForEachMember(structure, *json, *path, [this](Node& child, const Json& childJson, const JsonPath& childPath) {
+            Check(child, childJson, childPath);
+        });
+    }
+
+    void Visit(const Internal::ArrayBase& array) override {
+        const Json::array_t& list = ArrayOf(*json, *path);
+        items += list.size();
+        if (items > JsonSerializer::maxItems) {
+            RefuseJson(*path, "at most " + std::to_string(JsonSerializer::maxItems) + " elements in all arrays", *json);
+        }
+        const JsonPath& listPath = *path;
+        std::unique_ptr<Structure> made;
+        for (unsigned long i = 0; i < list.size(); ++i) {
+            const JsonPath itemPath{&listPath, nullptr, i};
+            if (i >= array.Count() && !made) {
+                made = array.MakeItem();
+            }
+            Check(i < array.Count() ? array.ItemAt(i) : *made, list[i], itemPath);
+        }
+    }
+
+    void Visit(const Internal::ReferenceArray&) override {}
+
+    const bool validate;
+    const Json* json = nullptr;
+    const JsonPath* path = nullptr;
+    std::size_t items = 0;
+};
+
+class Assigner : private INodeVisitor {
+public:
+    void Assign(Node& node, const Json& source, const JsonPath& sourcePath) {
+        const Json* const outerJson = std::exchange(json, &source);
+        const JsonPath* const outerPath = std::exchange(path, &sourcePath);
+        node.Accept(*this);
+        json = outerJson;
+        path = outerPath;
+    }
+
+    void End() { updateEnd.Raise(); }
+
+private:
+    void Visit(Internal::ValueBase& value) override {
+        Internal::JsonReader reader(*json, *path);
+        value.ReadValue(reader, updateEnd);
+    }
+
+    void Visit(Structure& structure) override {
+        ForEachMember(structure, *json, *path, [this](Node& child, const Json& childJson, const JsonPath& childPath) {
+            Assign(child, childJson, childPath);
+        });
+    }
+
+    void Visit(Internal::ArrayBase& array) override {
+        const Json::array_t& list = ArrayOf(*json, *path);
+        const JsonPath& listPath = *path;
+        array.Resize(static_cast<unsigned long>(list.size()));
+        for (unsigned long i = 0; i < list.size(); ++i) {
+            const JsonPath itemPath{&listPath, nullptr, i};
+            Assign(array.ItemAt(i), list[i], itemPath);
+        }
+    }
+
+    void Visit(Internal::ReferenceArray&) override {}
+
+    const Json* json = nullptr;
+    const JsonPath* path = nullptr;
+    Vor::Event<> updateEnd;
+};
+
+} // namespace
+
+Json JsonSerializer::Serialize(const Node& node) {
+    Json json;
+    Internal::TreeWriter<Internal::JsonPlace>().Write(node, Internal::JsonPlace(json));
+    return json;
+}
+
+Json JsonSerializer::SerializeSchema(const Node& node) {
+    Json json;
+    Internal::TreeWriter<Internal::JsonPlace>().WriteSchema(node, Internal::JsonPlace(json));
+    return json;
+}
+
+void JsonSerializer::Deserialize(Node& node, const Json& json) {
+    if (node.IsWriteOnly()) {
+        return;
+    }
+    const JsonPath root;
+    Checker(false).Check(node, json, root);
+    Assigner assigner;
+    assigner.Assign(node, json, root);
+    assigner.End();
+}
+
+void JsonSerializer::Validate(const Node& node, const Json& json) {
+    if (!node.IsWriteOnly()) {
+        const JsonPath root;
+        Checker(true).Check(node, json, root);
+    }
+}
+
+} // namespace Vor::Properties

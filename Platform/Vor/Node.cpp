@@ -1,0 +1,135 @@
+#include "Vor/Node.h"
+
+#include "Vor/Structure.h"
+
+#include <limits>
+#include <utility>
+
+namespace Vor::Properties {
+
+namespace {
+
+Internal::Name TypeKey() {
+    static const Internal::Name key("type");
+    return key;
+}
+
+} // namespace
+
+struct Node::Extras {
+    Structure schema{true};
+    Internal::HandlerList<Node&> changeHandlers;
+};
+
+Node::Node() = default;
+
+Node::~Node() = default;
+
+void Node::CheckValidationAndCollect(std::vector<std::string>&, unsigned long) {}
+
+void Node::RetrieveChangedParameters(std::vector<Node*>&) {}
+
+void Node::ResetChangedParameters() {}
+
+void Node::CopyValues(const Node& other) {
+    CopySchema(other);
+}
+
+void Node::SetWriteOnly(bool writeOnly) {
+    this->writeOnly = writeOnly;
+}
+
+HandlerId Node::AddChangeHandler(std::function<void(Node&)> handler) {
+    return MakeExtras().changeHandlers.Add(std::move(handler));
+}
+
+void Node::RemoveChangeHandler(HandlerId& id) {
+    if (extras) {
+        extras->changeHandlers.Remove(id);
+    }
+}
+
+void Node::RunChangeHandlers() {
+    if (extras) {
+        extras->changeHandlers.Run(*this);
+    }
+}
+
+Structure& Node::Schema() {
+    return MakeExtras().schema;
+}
+
+const Structure& Node::Schema() const {
+    return MakeExtras().schema;
+}
+
+const Structure* Node::SchemaIfBuilt() const {
+    return extras ? &extras->schema : nullptr;
+}
+
+const Node* Node::LoneType() const {
+    if (typeOffset == 0) {
+        return nullptr;
+    }
+    return reinterpret_cast<const Node*>(reinterpret_cast<const char*>(this) + typeOffset);
+}
+
+void Node::RegisterSchema(Internal::Name key, Node& keyword, bool copied) {
+    if (!extras && copied && key == TypeKey()) {
+        const std::ptrdiff_t offset = reinterpret_cast<const char*>(&keyword) - reinterpret_cast<const char*>(this);
+        if (offset > 0 && offset <= std::numeric_limits<std::int16_t>::max()) {
+            typeOffset = static_cast<std::int16_t>(offset);
+            return;
+        }
+    }
+    MakeExtras().schema.Register(key, keyword, copied);
+}
+
+void Node::DeregisterSchema(Internal::Name key) {
+    if (extras) {
+        extras->schema.Deregister(key);
+    } else if (key == TypeKey()) {
+        typeOffset = 0;
+    }
+}
+
+void Node::CopySchema(const Node& other) {
+    if (&other == this) {
+        return;
+    }
+    const auto find = [&other](Internal::Name key) -> const Node* {
+        return other.extras ? other.extras->schema.Find(key) : key == TypeKey() ? other.LoneType() : nullptr;
+    };
+    if (const Node* const type = LoneType()) {
+        if (const Node* const source = find(TypeKey())) {
+            const_cast<Node*>(type)->CopyValues(*source);
+        }
+    }
+    if (!extras) {
+        return;
+    }
+    const auto& keywords = extras->schema.Members();
+    for (std::size_t i = 0; i < keywords.size(); ++i) {
+        const Internal::Member keyword = keywords[i];
+        if (!keyword.IsCopied()) {
+            continue;
+        }
+        if (const Node* const source = find(keyword.Key())) {
+            keyword.Target().CopyValues(*source);
+        }
+    }
+}
+
+Node::Extras& Node::MakeExtras() const {
+    if (!extras) {
+        extras = std::make_unique<Extras>();
+        extras->schema.schemaOwner = this;
+        if (const Node* const type = LoneType()) {
+            extras->schema.Register(TypeKey(), const_cast<Node&>(*type), true);
+            typeOffset = 0;
+        }
+    }
+    return *extras;
+}
+
+} // namespace Vor::Properties
