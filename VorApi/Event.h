@@ -22,7 +22,10 @@ class Event {
         const std::function<void(Args...)> function;
         std::atomic<bool> removed{false};
     };
-    using Entries = std::vector<std::shared_ptr<Entry>>;
+    struct Entries {
+        std::vector<std::shared_ptr<Entry>> list;
+        mutable std::atomic<std::size_t> walks{0}; ///< raises that walk the list, which meanwhile must not change
+    };
 
 public:
     /// A place in the list and a flag that it is set. A copy whose callback was removed meanwhile is harmless.
@@ -51,9 +54,10 @@ public:
         id.entry = entry;
         id.set = true;
         const std::lock_guard guard(mutex);
-        auto changed = Copy(1);
-        changed->push_back(std::move(entry));
-        entries = std::move(changed);
+        if (!entries || entries->walks.load(std::memory_order_acquire) != 0) {
+            entries = Copy();
+        }
+        entries->list.push_back(std::move(entry));
         return id;
     }
 
@@ -66,8 +70,8 @@ public:
         }
         std::shared_ptr<const Entries> former;
         const std::lock_guard guard(mutex);
-        auto changed = Copy(0);
-        if (std::erase(*changed, entry) == 0) {
+        auto changed = Copy();
+        if (std::erase(changed->list, entry) == 0) {
             return;
         }
         entry->removed.store(true, std::memory_order_relaxed);
@@ -78,11 +82,11 @@ public:
 
     /// An exception of a callback ends the walk and passes on.
     void Raise(Args... args) const {
-        const auto called = Snapshot();
-        if (!called) {
+        const Walk walk(*this);
+        if (!walk.called) {
             return;
         }
-        for (const auto& entry : *called) {
+        for (const auto& entry : walk.called->list) {
             if (!entry->removed.load(std::memory_order_relaxed)) {
                 entry->function(args...);
             }
@@ -92,27 +96,41 @@ public:
     void operator()(Args... args) const { Raise(args...); }
 
     std::size_t Count() const {
-        const auto current = Snapshot();
-        return current ? current->size() : 0;
+        const std::lock_guard guard(mutex);
+        return entries ? entries->list.size() : 0;
     }
 
 private:
+    /// Keeps a list unchanged while it lives; the event itself may go meanwhile.
+    struct Walk {
+        explicit Walk(const Event& event) {
+            const std::lock_guard guard(event.mutex);
+            called = event.entries;
+            if (called) {
+                called->walks.fetch_add(1, std::memory_order_relaxed);
+            }
+        }
+        ~Walk() {
+            if (called) {
+                called->walks.fetch_sub(1, std::memory_order_release);
+            }
+        }
+        Walk(const Walk&) = delete;
+        Walk& operator=(const Walk&) = delete;
+
+        std::shared_ptr<const Entries> called;
+    };
+
     /// Guards `entries`. Innermost: nothing else is locked and no callback runs while it is held.
     mutable std::mutex mutex;
-    std::shared_ptr<const Entries> entries; ///< replaced at each change, so that a raise walks an unchanging list
+    std::shared_ptr<Entries> entries; ///< replaced, not changed, while a raise walks it
 
-    std::shared_ptr<Entries> Copy(std::size_t room) const {
+    std::shared_ptr<Entries> Copy() const {
         auto copy = std::make_shared<Entries>();
         if (entries) {
-            copy->reserve(entries->size() + room);
-            *copy = *entries;
+            copy->list = entries->list;
         }
         return copy;
-    }
-
-    std::shared_ptr<const Entries> Snapshot() const {
-        const std::lock_guard guard(mutex);
-        return entries;
     }
 };
 
