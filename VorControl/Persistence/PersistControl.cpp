@@ -1,0 +1,306 @@
+#include "VorControl/Persistence/PersistControl.h"
+
+#include "Vor/Exception.h"
+#include "Vor/JsonSerializer.h"
+#include "Vor/JsonText.h"
+#include "Vor/Logging.h"
+#include "VorCommon/IPersistStore.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Persistence/PersistInstanceProperties.h"
+#include "VorControl/Persistence/PersistLog.h"
+#include "yApi/yStatus.h"
+#include "yApi/yString.h"
+#include "yApi/yThread.h"
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+namespace VorControl {
+
+using ControlProtocol::ProtocolPersistOptions;
+using ControlProtocol::ProtocolStatus;
+using nlohmann::json;
+using Persistence::LogForUser;
+using Persistence::LogThrown;
+using Persistence::PersistLoadResult;
+using VorCommon::IPersistStore;
+using VorCommon::PersistDomain;
+
+namespace {
+
+constexpr const char* controlKey = "vor:control";
+constexpr const char* versionKey = "version";
+constexpr const char* enabledKey = "enabled";
+constexpr const char* parametersKey = "parameters";
+constexpr const char* parametersVersionKey = "parametersVersion";
+
+constexpr const char* hmiId = "hmi";
+constexpr std::uint64_t hmiPollPeriod = 100000; // microseconds
+
+std::string ConfigPath(const IControlInstance& instance) {
+    return "/controls/" + instance.TypeName() + "/config.json";
+}
+
+json ReadDocument(const IPersistStore& store, const std::string& path) {
+    const VorCommon::PersistBuffer buffer = store.Read(path);
+    return Vor::ParseJson(reinterpret_cast<const char*>(buffer.pointer + buffer.offset), buffer.size);
+}
+
+void WriteDocument(IPersistStore& store, const std::string& path, const json& doc) {
+    const std::string text = doc.dump(-1, ' ');
+    store.Write(path, text.data(), text.size());
+}
+
+/// The job domain's options hold for every domain.
+bool HasOption(const IControlInstance& instance, ProtocolPersistOptions option) {
+    return instance.HasPersistOption(PersistDomain::Job, option);
+}
+
+} // namespace
+
+void PersistControl::Init(IControlInstance& instance, PersistDomain domain, IPersistStore& store) {
+    if (domain == PersistDomain::Job) {
+        instance.ResetInstance(false, IControlInstance::DataToReset::All);
+    } else if (domain == PersistDomain::Workspace && HasOption(instance, ProtocolPersistOptions::WorkspaceData)) {
+        const json& data = instance.WorkspacePersistData();
+        if (!data.empty()) {
+            WriteDocument(store, ConfigPath(instance), data);
+        }
+    }
+}
+
+void PersistControl::Load(IControlInstance& instance, PersistDomain domain, const IPersistStore& store) {
+    lastLoadResult = PersistLoadResult::None;
+    const std::string path = ConfigPath(instance);
+    if (domain == PersistDomain::Job) {
+        if (!store.Exists(path)) {
+            return;
+        }
+        json doc = ReadDocument(store, path);
+        ValidateConfigFile(instance, doc);
+        LoadControlInstance(true, instance, doc);
+        instance.OnPersistDomainLoaded(domain);
+    } else if (domain == PersistDomain::Workspace && HasOption(instance, ProtocolPersistOptions::WorkspaceData)) {
+        if (!store.Exists(path)) {
+            return;
+        }
+        json doc = ReadDocument(store, path);
+        if (!doc.empty()) {
+            instance.WorkspacePersistData() = std::move(doc);
+            instance.OnPersistDomainLoaded(domain);
+        }
+    }
+}
+
+void PersistControl::Save(IControlInstance& instance, PersistDomain domain, IPersistStore& store) {
+    if (domain == PersistDomain::Job) {
+        WriteDocument(store, ConfigPath(instance), SaveControlInstance(instance));
+    } else if (domain == PersistDomain::Workspace && HasOption(instance, ProtocolPersistOptions::WorkspaceData)) {
+        const json& data = instance.WorkspacePersistData();
+        if (!data.empty()) {
+            WriteDocument(store, ConfigPath(instance), data);
+        }
+    }
+}
+
+void PersistControl::ValidateConfigFile(const IControlInstance& instance, const json& doc) const {
+    const std::string& name = instance.DisplayName();
+    if (!doc.is_object() || !doc.contains(controlKey)) {
+        LogForUser(Vor::UserWarning,
+                   "No saved information found in service '%s' configuration file. No changes made to service.", name);
+        Vor::Throw(yERROR_FORMAT, "No saved information found in service '%s' configuration file.", name);
+    }
+    if (!doc.contains(versionKey)) {
+        LogForUser(Vor::UserWarning,
+                   "Unsupported configuration file format for service '%s'. Manual configuration for service may be "
+                   "needed.",
+                   name);
+        Vor::Throw(yERROR_FORMAT, "Unsupported configuration file format for service '%s'.", name);
+    }
+    const std::string version = doc.at(versionKey).get<std::string>();
+    if (!yStrEquals(version.c_str(), Version())) {
+        LogForUser(Vor::UserWarning,
+                   "Unsupported configuration file version for service '%s'. Manual configuration for service may be "
+                   "needed.",
+                   name);
+        Vor::Throw(yERROR_VERSION,
+                   "Unsupported configuration file version for service '%1$s'. expected: %2$s actual: %3$s", name,
+                   Version(), version);
+    }
+}
+
+void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& instance, json& doc) {
+    ResetControlInstance(keepEnabled, instance);
+    json& section = doc.at(controlKey);
+    const bool enabled = ReadEnableSetting(instance, section);
+    bool failed = false;
+    if (enabled) {
+        try {
+            LoadControlInstanceSettings(instance, section);
+        } catch (const std::exception&) {
+            failed = true;
+        }
+    }
+    ApplyEnableSetting(instance, enabled);
+    if (failed) {
+        Vor::Throw(yERROR);
+    }
+}
+
+/// Resets what the file will bring back.
+void PersistControl::ResetControlInstance(bool keepEnabled, IControlInstance& instance) {
+    using DataToReset = IControlInstance::DataToReset;
+    if (HasOption(instance, ProtocolPersistOptions::All)) {
+        instance.ResetInstance(keepEnabled, DataToReset::All);
+        return;
+    }
+    for (const auto& [option, data] :
+         {std::pair(ProtocolPersistOptions::Params, DataToReset::Params),
+          std::pair(ProtocolPersistOptions::OutputsMap, DataToReset::OutputsMap),
+          std::pair(ProtocolPersistOptions::RegisterAssemblies, DataToReset::RegisterAssemblies),
+          std::pair(ProtocolPersistOptions::DeviceManager, DataToReset::DeviceManager)}) {
+        if (HasOption(instance, option)) {
+            instance.ResetInstance(keepEnabled, data);
+        }
+    }
+}
+
+bool PersistControl::ReadEnableSetting(const IControlInstance& instance, const json& section) const {
+    PersistInstanceProperties properties;
+    if (section.is_object() && section.contains(enabledKey)) {
+        Vor::Properties::JsonSerializer::Deserialize(properties, section);
+    } else {
+        LogForUser(Vor::UserWarning,
+                   "Missing enable/disable setting in configuration file for service '%s'. Service will be disabled. "
+                   "Manual configuration for service may be needed.",
+                   instance.DisplayName());
+        Vor::LogWarning("Missing enable/disable setting in configuration file for service '%s'.",
+                        instance.DisplayName());
+    }
+    return properties.enabled.Get();
+}
+
+/// A running service is left alone, one whose start failed is started again.
+void PersistControl::ApplyEnableSetting(IControlInstance& instance, bool setting) const {
+    const bool startAgain = setting && instance.GetProtocolStatus() == ProtocolStatus::FailedToStart;
+    if (setting == instance.IsEnabled() && !startAgain) {
+        return;
+    }
+    if (instance.Id() == hmiId) {
+        EnsureValidHMIState(instance);
+    }
+    instance.Enable(setting);
+}
+
+void PersistControl::EnsureValidHMIState(const IControlInstance& instance) const {
+    const auto isBetweenStates = [&] {
+        const ProtocolStatus status = instance.GetProtocolStatus();
+        return status == ProtocolStatus::Starting || status == ProtocolStatus::Stopping;
+    };
+    while (isBetweenStates()) {
+        Vor::ThrowIfFailed(yThread_Sleep(hmiPollPeriod));
+    }
+}
+
+void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, json& section) {
+    if (HasOption(instance, ProtocolPersistOptions::Params)) {
+        LoadControlInstanceParams(instance, section);
+    }
+    if (HasOption(instance, ProtocolPersistOptions::RegisterAssemblies)) {
+        LoadControlInstanceRegisterAssembly(instance, section);
+    }
+}
+
+void PersistControl::LoadControlInstanceParams(IControlInstance& instance, const json& section) {
+    if (!section.contains(parametersKey)) {
+        return;
+    }
+    try {
+        if (!ParametersVersionSupported(instance, section)) {
+            Vor::Throw(yERROR_VERSION);
+        }
+        UpdateControlInstanceParams(instance, section.at(parametersKey));
+    } catch (const std::exception& e) {
+        LogForUser(Vor::UserError,
+                   "Error loading parameters for service '%s'. Parameters may require manual configuration.",
+                   instance.DisplayName());
+        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::ThrowNested(Persistence::StatusOf(e), "Error loading parameters for service '%s'", instance.DisplayName());
+    }
+}
+
+bool PersistControl::ParametersVersionSupported(const IControlInstance& instance, const json& section) const {
+    const std::string& name = instance.DisplayName();
+    if (!section.contains(parametersVersionKey)) {
+        LogForUser(Vor::UserWarning,
+                   "Missing parameters version for service '%s'. Parameters may require manual configuration.", name);
+        Vor::LogWarning("Missing parameters version for service '%s'", name);
+        return false;
+    }
+    const std::string version = section.at(parametersVersionKey).get<std::string>();
+    if (!yStrEquals(version.c_str(), instance.ParamsVersion())) {
+        LogForUser(Vor::UserWarning,
+                   "Unsupported parameters version for service '%s'. Parameters may require manual configuration.",
+                   name);
+        Vor::LogWarning("Unsupported parameters version for service '%1$s'. Expected: %2$s, version in config: %3$s",
+                        name, instance.ParamsVersion(), version);
+        return false;
+    }
+    return true;
+}
+
+void PersistControl::UpdateControlInstanceParams(IControlInstance& instance, const json& parameters) {
+    const auto params = instance.BeginUpdateParameters();
+    try {
+        Vor::Properties::JsonSerializer::Deserialize(*params, parameters);
+        instance.ParamsUpdate();
+    } catch (const std::exception& e) {
+        LogForUser(Vor::UserError,
+                   "Error updating parameters for service '%s'. Parameters may require manual configuration.",
+                   instance.DisplayName());
+        LogThrown(e, "Error updating parameters for service '%s'", instance.DisplayName());
+        instance.EndUpdateParameters();
+        Vor::ThrowNested(yERROR, "Error updating parameters for service '%s'", instance.DisplayName());
+    } catch (...) {
+        instance.EndUpdateParameters();
+        throw;
+    }
+    instance.EndUpdateParameters();
+}
+
+json PersistControl::SaveControlInstance(IControlInstance& instance) const {
+    PersistInstanceProperties properties;
+    properties.enabled = instance.IsEnabled();
+    json doc;
+    doc[versionKey] = Version();
+    json& section = doc[controlKey];
+    section = Vor::Properties::JsonSerializer::Serialize(properties);
+    SaveControlInstanceSettings(instance, section);
+    return doc;
+}
+
+void PersistControl::SaveControlInstanceSettings(IControlInstance& instance, json& section) const {
+    if (HasOption(instance, ProtocolPersistOptions::Params)) {
+        SaveControlInstanceParams(instance, section);
+    }
+    if (HasOption(instance, ProtocolPersistOptions::RegisterAssemblies)) {
+        SaveControlInstanceRegisterAssembly(instance, section);
+    }
+}
+
+void PersistControl::SaveControlInstanceParams(const IControlInstance& instance, json& section) const {
+    try {
+        section[parametersKey] = Vor::Properties::JsonSerializer::Serialize(*instance.Params());
+        section[parametersVersionKey] = instance.ParamsVersion();
+    } catch (const std::exception& e) {
+        LogForUser(Vor::UserError, "Error saving parameters for service '%s'. Please check the parameter settings.",
+                   instance.DisplayName());
+        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::ThrowNested(Persistence::StatusOf(e), "Error saving parameters for service '%s'", instance.DisplayName());
+    }
+}
+
+} // namespace VorControl

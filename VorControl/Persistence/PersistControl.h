@@ -1,0 +1,67 @@
+#pragma once
+
+#include "VorCommon/PersistDomain.h"
+#include "VorControl/Persistence/PersistLoadResult.h"
+
+#include <string>
+
+#include <nlohmann/json_fwd.hpp>
+
+namespace VorCommon {
+class IPersistStore;
+}
+
+namespace VorControl {
+
+class IControlInstance;
+
+/// Moves a service's configuration between the service and its file "/controls/TYPE/config.json" of a domain's store.
+/// The file is untrusted. Runs on the persistence thread; has no lock. Updates go through the update gate of the
+/// service, and what is saved is read under the locks of the objects.
+class PersistControl {
+public:
+    /// For a domain that has no file yet.
+    void Init(IControlInstance& instance, VorCommon::PersistDomain domain, VorCommon::IPersistStore& store);
+
+    /// Does nothing without the service's file. The service is started or stopped as its file says, also when its
+    /// settings fail. Waits without a limit for the service "hmi" to start or stop.
+    /// @throws Vor::Exception or nlohmann::json::exception; the service then has its defaults and whatever was loaded
+    ///         before the failure.
+    void Load(IControlInstance& instance, VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
+
+    /// @throws Vor::Exception, and the file stays as it was.
+    void Save(IControlInstance& instance, VorCommon::PersistDomain domain, VorCommon::IPersistStore& store);
+
+    /// Of the last Load(), also of one that threw.
+    Persistence::PersistLoadResult LastLoadResult() const { return lastLoadResult; }
+
+    /// The version of the file's format. No other is read.
+    const char* Version() const { return "1"; }
+
+private:
+    void ValidateConfigFile(const IControlInstance& instance, const nlohmann::json& doc) const;
+    void LoadControlInstance(bool keepEnabled, IControlInstance& instance, nlohmann::json& doc);
+    void ResetControlInstance(bool keepEnabled, IControlInstance& instance);
+    bool ReadEnableSetting(const IControlInstance& instance, const nlohmann::json& section) const;
+    void ApplyEnableSetting(IControlInstance& instance, bool setting) const;
+    void EnsureValidHMIState(const IControlInstance& instance) const;
+
+    void LoadControlInstanceSettings(IControlInstance& instance, nlohmann::json& section);
+    void LoadControlInstanceParams(IControlInstance& instance, const nlohmann::json& section);
+    bool ParametersVersionSupported(const IControlInstance& instance, const nlohmann::json& section) const;
+    void UpdateControlInstanceParams(IControlInstance& instance, const nlohmann::json& parameters);
+
+    void LoadControlInstanceRegisterAssembly(IControlInstance& instance, nlohmann::json& section);
+    void LoadRegisterAssemblyEntry(IControlInstance& instance, nlohmann::json& entry);
+    void UpdateRegisterAssembly(IControlInstance& instance, const nlohmann::json& entry, const std::string& id);
+    void LoadRegisterAssemblyBlocks(IControlInstance& instance, const nlohmann::json& entry, const std::string& id);
+
+    nlohmann::json SaveControlInstance(IControlInstance& instance) const;
+    void SaveControlInstanceSettings(IControlInstance& instance, nlohmann::json& section) const;
+    void SaveControlInstanceParams(const IControlInstance& instance, nlohmann::json& section) const;
+    void SaveControlInstanceRegisterAssembly(IControlInstance& instance, nlohmann::json& section) const;
+
+    Persistence::PersistLoadResult lastLoadResult = Persistence::PersistLoadResult::None;
+};
+
+} // namespace VorControl

@@ -1,0 +1,211 @@
+#include "Vor/Exception.h"
+#include "Vor/JsonSerializer.h"
+#include "Vor/Logging.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorControl/ControlProtocol/AddBlockParams.h"
+#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/Persistence/PersistControl.h"
+#include "VorControl/Persistence/PersistLog.h"
+#include "yApi/yStatus.h"
+
+#include <string>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+namespace VorControl {
+
+using ControlProtocol::AddBlockParams;
+using nlohmann::json;
+using Persistence::LogForUser;
+using Persistence::LogThrown;
+using Persistence::PersistLoadResult;
+using Vor::Properties::JsonSerializer;
+
+namespace {
+
+constexpr const char* listKey = "registerAssemblyList";
+constexpr const char* attributesKey = "attributes";
+constexpr const char* propertiesKey = "properties";
+constexpr const char* blocksKey = "blocks";
+constexpr const char* idKey = "id";
+
+constexpr const char* ethernetAsciiName = "e-ascii";
+
+bool HasText(const json& entry, const char* group, const char* key) {
+    const auto found = entry.find(group);
+    if (found == entry.end() || !found->is_object()) {
+        return false;
+    }
+    const auto value = found->find(key);
+    return value != found->end() && value->is_string();
+}
+
+/// Moves the id from the attributes, where the first release had it, to the properties.
+void ConvertRegisterAssemblyToPost1_0Format(json& entry) {
+    json& attributes = entry.at(attributesKey);
+    json& properties = entry[propertiesKey];
+    if (!properties.is_object()) {
+        properties = json::object();
+    }
+    properties[idKey] = std::move(attributes.at(idKey));
+    attributes.erase(idKey);
+}
+
+/// Empty when the entry has none.
+std::string RegisterAssemblyIdFromCfg(json& entry) {
+    if (!entry.is_object()) {
+        return "";
+    }
+    if (!HasText(entry, propertiesKey, idKey)) {
+        if (!HasText(entry, attributesKey, idKey)) {
+            return "";
+        }
+        ConvertRegisterAssemblyToPost1_0Format(entry);
+    }
+    return entry.at(propertiesKey).at(idKey).get<std::string>();
+}
+
+/// That service no longer has the block, of which a job of it held one.
+void RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(AddBlockParams& params) {
+    for (unsigned long i = 0; i < params.blocks.Count(); ++i) {
+        if (params.blocks.At(i).type.Get() == "Scanner") {
+            params.blocks.Remove(i);
+            return;
+        }
+    }
+}
+
+json SerializeRegisterAssembly(const IControlInstance& instance, const std::string& id) {
+    const auto assembly = instance.RegisterAssembly(id.c_str());
+    json entry;
+    entry[attributesKey] = JsonSerializer::Serialize(assembly->Attributes());
+    entry[propertiesKey] = JsonSerializer::Serialize(assembly->Properties());
+    json& blocks = entry[blocksKey] = json::array();
+    for (const auto& block : assembly->AddedRegisterBlocks()) {
+        blocks.push_back(JsonSerializer::Serialize(*block));
+    }
+    return entry;
+}
+
+} // namespace
+
+void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, json& section) {
+    const auto list = section.find(listKey);
+    if (list == section.end() || !list->is_array() || !instance.HasRegisterAssemblyGroup()) {
+        return;
+    }
+    for (json& entry : *list) {
+        LoadRegisterAssemblyEntry(instance, entry);
+    }
+}
+
+void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, json& entry) {
+    const std::string& name = instance.DisplayName();
+    const std::string id = RegisterAssemblyIdFromCfg(entry);
+    if (id.empty() || !entry.contains(blocksKey)) {
+        Vor::LogWarning("Missing connection map identifier for service '%s'", name);
+        LogForUser(Vor::UserWarning,
+                   "Missing connection map identifier for service '%s'. Connection map may require manual "
+                   "configuration.",
+                   name);
+        return;
+    }
+    if (!instance.HasRegisterAssembly(id.c_str())) {
+        Vor::LogWarning("Missing connection map identifier '%s' for service '%s'", id, name);
+        LogForUser(Vor::UserWarning,
+                   "Missing connection map identifier '%1$s' for service '%2$s'. Connection map may require manual "
+                   "configuration.",
+                   id, name);
+        return;
+    }
+    try {
+        UpdateRegisterAssembly(instance, entry, id);
+    } catch (const std::exception& e) {
+        LogForUser(Vor::UserError,
+                   "Error loading connection map '%1$s' for service '%2$s'. Connection map may require manual "
+                   "configuration.",
+                   id, name);
+        LogThrown(e, "EXCEPTION THROWN: ");
+        // The first conversion is no conversion, and stays in the text as it is.
+        Vor::ThrowNested(Persistence::StatusOf(e), "Error loading connection map '%$1s' for service '%2$s'", id, name);
+    }
+}
+
+void PersistControl::UpdateRegisterAssembly(IControlInstance& instance, const json& entry, const std::string& id) {
+    instance.BeginUpdateRegisterAssembly();
+    try {
+        LoadRegisterAssemblyBlocks(instance, entry, id);
+        instance.RegisterAssemblyUpdate(id.c_str());
+    } catch (const std::exception& e) {
+        const std::string& name = instance.DisplayName();
+        LogForUser(Vor::UserError,
+                   "Error filling connection map '%1$s' for service '%2$s'. Connection map may require manual "
+                   "configuration.",
+                   id, name);
+        Vor::LogError("Error filling connection map '%s' for service '%s'", id, name);
+        instance.EndUpdateRegisterAssembly(id.c_str());
+        Vor::ThrowNested(yERROR, "Error filling connection map '%1$s' for service '%2$s'", id, name);
+    } catch (...) {
+        instance.EndUpdateRegisterAssembly(id.c_str());
+        throw;
+    }
+    instance.EndUpdateRegisterAssembly(id.c_str());
+}
+
+void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, const json& entry, const std::string& id) {
+    const std::string& name = instance.DisplayName();
+    try {
+        const auto assembly = instance.RegisterAssembly(id.c_str());
+        AddBlockParams params;
+        JsonSerializer::Deserialize(params, entry);
+        assembly->ResetRegisterAssembly();
+        if (name == ethernetAsciiName) {
+            RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(params);
+        }
+        try {
+            if (assembly->Add(params) != 0) {
+                lastLoadResult = PersistLoadResult::AssemblyInPart;
+            }
+        } catch (const std::exception& e) {
+            Vor::LogWarning("Encountered a problem loading %s register assembly: %s", name, e.what());
+            lastLoadResult = PersistLoadResult::PartMissing;
+            throw;
+        }
+    } catch (const std::exception& e) {
+        instance.ResetInstance(true, IControlInstance::DataToReset::RegisterAssemblies);
+        LogThrown(e, "Loading register assembly %s blocks for service %s", id, name);
+        throw;
+    }
+}
+
+void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& instance, json& section) const {
+    if (!instance.HasRegisterAssemblyGroup()) {
+        return;
+    }
+    bool readingEntry = false; // the failure is of the content then, and not of the list or the locks
+    try {
+        for (const std::string& id : instance.RegisterAssemblyList()) {
+            instance.RegisterAssemblyBeginLock(id.c_str());
+            readingEntry = true;
+            try {
+                section[listKey].push_back(SerializeRegisterAssembly(instance, id));
+            } catch (...) {
+                instance.RegisterAssemblyEndLock(id.c_str());
+                throw;
+            }
+            readingEntry = false;
+            instance.RegisterAssemblyEndLock(id.c_str());
+        }
+    } catch (const std::exception& e) {
+        LogForUser(Vor::UserError, "Error saving connection map for service '%s'. Please check the connection map.",
+                   instance.DisplayName());
+        if (!readingEntry) {
+            Vor::LogError("Error locking/unlocking or getting list connection map for '%s'", instance.DisplayName());
+        }
+        Vor::ThrowNested(Persistence::StatusOf(e), "Error saving connection map for service '%s'",
+                         instance.DisplayName());
+    }
+}
+
+} // namespace VorControl

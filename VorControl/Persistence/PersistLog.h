@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Vor/Exception.h"
+#include "Vor/LocatedFormat.h"
+#include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/Translate.h"
+#include "yApi/yStatus.h"
+
+#include <cstdint>
+#include <exception>
+
+namespace VorControl::Persistence {
+
+/// An entry of the user's log in the user's language.
+template <typename... Args>
+void LogForUser(std::uint64_t level, const Vor::LocatedFormat& text, const Args&... args) {
+    Vor::LogUser(level, "VorControl",
+                 Vor::LocatedFormat(ControlProtocol::Translate("beApp.ctrl", text.text), text.where), args...);
+}
+
+/// An entry at error level, with the exception and its back trace behind it.
+template <typename... Args>
+void LogThrown(const std::exception& exception, const Vor::LocatedFormat& text, const Args&... args) {
+    Vor::LogError(text, args...);
+    Vor::Exception::LogException(exception);
+    Vor::Exception::LogBackTrace(exception);
+}
+
+/// The status of a Vor::Exception, the generic failure of any other.
+inline yStatus StatusOf(const std::exception& exception) {
+    const auto* failure = dynamic_cast<const Vor::Exception*>(&exception);
+    return failure != nullptr ? failure->Status() : yERROR;
+}
+
+} // namespace VorControl::Persistence
