@@ -240,6 +240,13 @@ std::size_t LoopCore::Advance(std::chrono::microseconds time) {
     return count;
 }
 
+void LoopCore::Elapse(std::chrono::microseconds time) {
+    Signal([&] {
+        const std::lock_guard lock(mutex);
+        manualNow += time;
+    });
+}
+
 bool LoopCore::WaitReady(std::chrono::milliseconds deadline) {
     std::unique_lock lock(waitMutex);
     return waitChanged.wait_for(lock, deadline, [this] { return engine->queued > 0; });

@@ -49,6 +49,7 @@ public:
     bool Step();
     std::size_t RunReady();
     std::size_t Advance(std::chrono::microseconds time);
+    void Elapse(std::chrono::microseconds time);
     bool WaitReady(std::chrono::milliseconds deadline);
 
     LoopCore(const LoopCore&) = delete;

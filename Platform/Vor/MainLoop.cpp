@@ -54,6 +54,10 @@ std::size_t MainLoop::Advance(std::chrono::microseconds time) {
     return Manual(mode).Advance(time);
 }
 
+void MainLoop::Elapse(std::chrono::microseconds time) {
+    Manual(mode).Elapse(time);
+}
+
 bool MainLoop::WaitReady(std::chrono::milliseconds deadline) {
     return Manual(mode).WaitReady(deadline);
 }

@@ -37,9 +37,11 @@ public:
     bool Step();
     /// Runs what is ready, and what becomes ready by it, and gives the number.
     std::size_t RunReady();
-    /// Moves the clock on, running what is ready and each timer at its time, and gives the number. Waits of RunAndWait
-    /// follow this clock too.
+    /// Moves the clock on, running what is ready and each timer at its time, and gives the number.
     std::size_t Advance(std::chrono::microseconds time);
+    /// Moves the clock on and runs nothing, as if the loop were busy. RunAndWait of other threads follows this clock,
+    /// so it is how their waits time out.
+    void Elapse(std::chrono::microseconds time);
     /// Waits, in real time, for something to become ready; false when nothing did.
     bool WaitReady(std::chrono::milliseconds deadline = std::chrono::seconds(10));
 

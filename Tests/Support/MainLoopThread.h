@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Vor/MainLoop.h"
+
+#include <future>
+#include <optional>
+#include <thread>
+
+namespace Tests {
+
+/// Runs the main loop on a thread of its own, with the clock of the system, while it lives.
+class MainLoopThread {
+public:
+    MainLoopThread() {
+        std::promise<void> ready;
+        thread = std::thread([this, &ready] {
+            loop.emplace();
+            ready.set_value();
+            loop->Run();
+            loop.reset();
+        });
+        ready.get_future().wait();
+    }
+
+    ~MainLoopThread() {
+        loop->Stop();
+        thread.join();
+    }
+
+    MainLoopThread(const MainLoopThread&) = delete;
+    MainLoopThread& operator=(const MainLoopThread&) = delete;
+
+private:
+    std::optional<Vor::MainLoop> loop;
+    std::thread thread;
+};
+
+} // namespace Tests
