@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
             std::cout << commandLine.answer << std::flush;
             return 0;
         }
-        Sensor::Application(commandLine).Run();
+        Sensor::Application(commandLine, std::cout).Run();
         return 0;
     } catch (const Sensor::StartError& error) {
         std::cerr << "vorsensor: " << error.what() << std::endl;

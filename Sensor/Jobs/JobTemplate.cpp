@@ -55,6 +55,12 @@ std::string BareName(const std::string& job) {
     return job.ends_with(Extension) ? job.substr(0, job.size() - Extension.size()) : job;
 }
 
+/// The port is one that needs no privilege; values of several registers have their high word first.
+json Parameters() {
+    return {{"address", "127.0.0.1"}, {"port", 1502},         {"unitId", 0},
+            {"byteOrder", 0},         {"maxConnections", 32}, {"idleTimeout", 60}};
+}
+
 json Config(json blocks) {
     json assembly = {
         {"attributes",
@@ -64,7 +70,7 @@ json Config(json blocks) {
     return {{"version", "1"},
             {"vor:control",
              {{"enabled", true},
-              {"parameters", {{"port", 1502}}},
+              {"parameters", Parameters()},
               {"parametersVersion", "1"},
               {"registerAssemblyList", json::array({std::move(assembly)})}}}};
 }

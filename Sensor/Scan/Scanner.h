@@ -25,7 +25,7 @@ public:
         /// Stand still behind the last frame instead of beginning again.
         bool once = false;
         /// Called on the scanner's thread once it stands still. May be empty.
-        std::function<void()> ended;
+        std::function<void()> ended = nullptr;
     };
 
     /// Recording and hub are borrowed. Throws a Vor::Exception without a frame or with a rate that isn't above 0.

@@ -1,0 +1,138 @@
+#include "Sensor/Application.h"
+
+#include "Sensor/Jobs/JobTemplate.h"
+#include "Sensor/Jobs/OverlayStore.h"
+#include "Sensor/Scan/PartGenerator.h"
+#include "Sensor/Scan/RecordingParser.h"
+#include "Sensor/Scan/ResultSetMaker.h"
+#include "Sensor/StartError.h"
+#include "Vor/Exception.h"
+#include "VorCommon/ArchiveFile.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+
+namespace Sensor {
+
+namespace {
+
+/// How long an end may take from the signal on.
+constexpr std::chrono::milliseconds Patience{1800};
+
+Scan::Recording ReadInput(const CommandLine& commandLine) {
+    return commandLine.recording.empty() ? Scan::GeneratePart()
+                                         : Scan::RecordingParser::ReadFile(commandLine.recording);
+}
+
+[[noreturn]] void GiveUp() {
+    std::cerr << "vorsensor: a service doesn't stop; ended without it." << std::endl;
+    std::_Exit(0);
+}
+
+} // namespace
+
+Application::Application(const CommandLine& commandLine, std::ostream& out)
+    : commandLine(commandLine)
+    , log(commandLine.verbose)
+    , report(out)
+    , recording(ReadInput(commandLine))
+    , job(commandLine.job.empty() ? Jobs::JobTemplate::JobFor(recording) : commandLine.job)
+    , signals([this] { loop.Stop(); }, Patience, GiveUp)
+    , host(HostSettings()) {}
+
+Application::~Application() {
+    StopScan();
+}
+
+ServiceHost::Settings Application::HostSettings() {
+    return {.dataFolder = commandLine.dataFolder,
+            .job = job,
+            .decorateStore = [this](VorCommon::IPersistStore& store,
+                                    VorCommon::PersistDomain) -> std::unique_ptr<VorCommon::IPersistStore> {
+                return std::make_unique<Jobs::OverlayStore>(store, overlay);
+            }};
+}
+
+void Application::Run() {
+    report.Line("vorsensor " VOR_VERSION);
+    LoadPlugins();
+    host.CreateServices();
+    for (const Jobs::ServiceSetting& setting : commandLine.settings) {
+        overlay.Add(setting, host.Services());
+    }
+    PrepareJob();
+    LoadJob();
+    Report();
+    StartScan();
+    loop.Run();
+    StopScan();
+    host.StopServices();
+    report.Line("Stopped.");
+}
+
+void Application::LoadPlugins() {
+    try {
+        host.LoadPlugins(commandLine.pluginFolder);
+    } catch (const Vor::Exception& e) {
+        if (commandLine.pluginFolderGiven) {
+            throw StartError("--plugins " + commandLine.pluginFolder.string() + ": " + e.what());
+        }
+        report.Line(std::string("No plug-ins: ") + e.what());
+    }
+    for (const VorPlugin::PluginManager::Refusal& refusal : host.Plugins().Refusals()) {
+        report.Line("Plug-in " + refusal.path + " is refused: " + refusal.reason);
+    }
+}
+
+void Application::PrepareJob() {
+    const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
+    const bool exists = VorCommon::ArchiveFile(file).Exists();
+    const bool made = !exists && Jobs::JobTemplate::Has(job);
+    if (made) {
+        Jobs::JobTemplate::Write(job, recording, file);
+    }
+    report.Line("Data folder: " + commandLine.dataFolder.string());
+    report.Line("Job: " + file + (made ? " (just made)" : exists ? "" : " (not saved yet, defaults)"));
+}
+
+void Application::LoadJob() {
+    try {
+        host.Persistence().Load();
+    } catch (const Vor::Exception& e) {
+        throw StartError(e.what());
+    }
+}
+
+void Application::Report() {
+    report.Services(host.Services());
+    report.Input(commandLine.recording.empty() ? "generated part" : commandLine.recording.string(), recording,
+                 commandLine.frameRate, commandLine.once);
+    report.Maps(host.Services(), Scan::ResultSetMaker::DataSources(recording));
+}
+
+void Application::StartScan() {
+    if (!commandLine.scan) {
+        report.Line("Not scanning.");
+        return;
+    }
+    scanner = std::make_unique<Scan::Scanner>(
+        recording, host.Hub(),
+        Scan::Scanner::Settings{.frameRate = commandLine.frameRate, .once = commandLine.once, .ended = [this] {
+                                    loop.Post([this] { report.Line("The scan stands still behind the last frame."); });
+                                }});
+    host.BeforeScan();
+    scanner->Start();
+    report.Line("Scanning.");
+}
+
+void Application::StopScan() {
+    if (scanner == nullptr) {
+        return;
+    }
+    scanner->Stop();
+    scanner.reset();
+    host.AfterScan();
+}
+
+} // namespace Sensor

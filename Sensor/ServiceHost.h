@@ -1,0 +1,89 @@
+#pragma once
+
+#include "VorCommon/PersistManager.h"
+#include "VorCommon/PlatformAttributes.h"
+#include "VorCommon/ProblemsManager.h"
+#include "VorCommon/RuntimeCache.h"
+#include "VorCommon/UpdateGate.h"
+#include "VorControl/Control/ControlModule.h"
+#include "VorCore/ResultHub.h"
+#include "VorPlugin/PluginManager.h"
+#include "yApi/yAssembly.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace Sensor {
+
+/// What the services live in: the objects of the platform, the plug-ins and the control module. For the main loop's
+/// thread.
+class ServiceHost {
+public:
+    struct Settings {
+        std::filesystem::path dataFolder;
+        std::string job;
+        VorCommon::PersistManager::StoreDecorator decorateStore;
+    };
+
+    /// Throws a Vor::Exception.
+    explicit ServiceHost(Settings settings);
+    /// Stops every service.
+    ~ServiceHost();
+    ServiceHost(const ServiceHost&) = delete;
+    ServiceHost& operator=(const ServiceHost&) = delete;
+
+    /// Opens the plug-ins of a folder; those that are refused are told by Plugins(). Throws a Vor::Exception when the
+    /// folder can't be read.
+    void LoadPlugins(const std::filesystem::path& folder);
+    const VorPlugin::PluginManager& Plugins() const { return plugins; }
+
+    /// Creates the services, none of which is started. A plug-in whose service can't be created is named in the log and
+    /// left out. Throws a Vor::Exception.
+    void CreateServices();
+    /// Once the services are created.
+    VorControl::IControlManager& Services() { return module->Manager(); }
+    VorCommon::PersistManager& Persistence() { return persistence; }
+    VorCore::ResultHub& Hub() { return hub; }
+
+    /// These two tell the services that the scan begins and that it has ended.
+    void BeforeScan();
+    void AfterScan();
+
+    void StopServices();
+
+private:
+    /// The assembly of the control library, as long as it lives.
+    class Assembly {
+    public:
+        Assembly();
+        ~Assembly();
+        Assembly(const Assembly&) = delete;
+        Assembly& operator=(const Assembly&) = delete;
+
+    private:
+        yAssembly handle = nullptr;
+    };
+
+    VorCommon::PersistManager::Environ PersistEnviron(Settings settings);
+    VorControl::ControlModuleEnviron ModuleEnviron();
+    const VorPlugin::PluginLib* FindLibrary(const std::string& typeName) const;
+    void Raise(Vor::Event<>& event);
+
+    VorCommon::PlatformAttributes attributes{VorCommon::PlatformKind::VirtualSensor};
+    VorCommon::RuntimeCache runtimeCache;
+    VorCommon::UpdateGate updateGate;
+    VorCommon::ProblemsManager problems;
+    VorCore::ResultHub hub;
+    Vor::Event<> preStartScan;
+    Vor::Event<> postStopScan;
+    Vor::Event<> factoryRestore;
+    std::optional<VorCommon::RuntimeCache::MainLoopBlock> mainLoopBlock;
+    Assembly assembly;
+    VorPlugin::PluginManager plugins;
+    VorCommon::PersistManager persistence;
+    std::unique_ptr<VorControl::ControlModule> module;
+};
+
+} // namespace Sensor

@@ -1,0 +1,97 @@
+#include "Sensor/SignalWatch.h"
+
+#include "Vor/Exception.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+#include <utility>
+
+namespace Sensor {
+
+namespace {
+
+constexpr int Forever = -1;
+
+} // namespace
+
+SignalWatch::Descriptor::Descriptor(int descriptor)
+    : descriptor(descriptor) {
+    if (descriptor < 0) {
+        Vor::Throw(yERROR, "Signals can't be watched (%s).", std::strerror(errno));
+    }
+}
+
+SignalWatch::Descriptor::~Descriptor() {
+    close(descriptor);
+}
+
+SignalWatch::Block::Block() {
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, &former);
+}
+
+SignalWatch::Block::~Block() {
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+}
+
+SignalWatch::SignalWatch(std::function<void()> stop, std::chrono::milliseconds patience, std::function<void()> overdue)
+    : stop(std::move(stop))
+    , patience(patience)
+    , overdue(std::move(overdue))
+    , signalled(signalfd(-1, &block.Signals(), SFD_CLOEXEC | SFD_NONBLOCK))
+    , ended(eventfd(0, EFD_CLOEXEC)) {
+    Vor::ThrowIfFailed(yThread_Construct(&thread, [this] { return Run(); }));
+    yThread_SetName(thread, "Signals");
+    const yStatus status = yThread_Start(thread);
+    if (status != yOK) {
+        yThread_Destroy(thread);
+        Vor::Throw(status);
+    }
+}
+
+SignalWatch::~SignalWatch() {
+    const std::uint64_t one = 1;
+    // An event counter that is 0 takes a one.
+    [[maybe_unused]] const ssize_t written = write(ended.Get(), &one, sizeof(one));
+    yThread_Destroy(thread);
+}
+
+yStatus SignalWatch::Run() {
+    bool ending = false;
+    if (!WaitForSignal(Forever, ending)) {
+        return yOK;
+    }
+    stop();
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!ending) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+        if (left <= 0) {
+            overdue();
+            return yOK;
+        }
+        WaitForSignal(static_cast<int>(left), ending);
+    }
+    return yOK;
+}
+
+bool SignalWatch::WaitForSignal(int timeoutMilliseconds, bool& ending) {
+    std::array<pollfd, 2> watched{pollfd{signalled.Get(), POLLIN, 0}, pollfd{ended.Get(), POLLIN, 0}};
+    int ready = 0;
+    do {
+        ready = poll(watched.data(), watched.size(), timeoutMilliseconds);
+    } while (ready < 0 && errno == EINTR);
+    ending = (watched[1].revents & POLLIN) != 0;
+    signalfd_siginfo info{};
+    return (watched[0].revents & POLLIN) != 0 && read(signalled.Get(), &info, sizeof(info)) == sizeof(info);
+}
+
+} // namespace Sensor

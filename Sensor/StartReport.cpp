@@ -1,0 +1,206 @@
+#include "Sensor/StartReport.h"
+
+#include "Vor/Exception.h"
+#include "Vor/JsonSerializer.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Control/IControlManager.h"
+#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+
+#include <algorithm>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace Sensor {
+
+namespace {
+
+using VorControl::IControlInstance;
+using VorControl::ControlProtocol::IProtocolRegisterAssembly;
+using VorControl::ControlProtocol::ProtocolStatus;
+
+/// Holds the lock of a service's non-persistent properties.
+class PropertiesLock {
+public:
+    explicit PropertiesLock(IControlInstance& instance)
+        : instance(instance) {
+        instance.NonPersistentPropertiesBeginLock();
+    }
+    ~PropertiesLock() { instance.NonPersistentPropertiesEndLock(); }
+    PropertiesLock(const PropertiesLock&) = delete;
+    PropertiesLock& operator=(const PropertiesLock&) = delete;
+
+private:
+    IControlInstance& instance;
+};
+
+/// Holds the lock of a register assembly.
+class AssemblyLock {
+public:
+    explicit AssemblyLock(const IProtocolRegisterAssembly& assembly)
+        : assembly(assembly) {
+        assembly.BeginLock();
+    }
+    ~AssemblyLock() { assembly.EndLock(); }
+    AssemblyLock(const AssemblyLock&) = delete;
+    AssemblyLock& operator=(const AssemblyLock&) = delete;
+
+private:
+    const IProtocolRegisterAssembly& assembly;
+};
+
+const char* TextOf(ProtocolStatus status) {
+    switch (status) {
+    case ProtocolStatus::Running:
+        return "Running";
+    case ProtocolStatus::Stopped:
+        return "Stopped";
+    case ProtocolStatus::Starting:
+        return "Starting";
+    case ProtocolStatus::Stopping:
+        return "Stopping";
+    case ProtocolStatus::FailedToStart:
+        return "Failed To Start";
+    case ProtocolStatus::FailedToStop:
+        return "Failed To Stop";
+    }
+    return "Unknown";
+}
+
+nlohmann::json PropertiesOf(IControlInstance& instance) {
+    const PropertiesLock lock(instance);
+    return Vor::Properties::JsonSerializer::Serialize(instance.Properties());
+}
+
+/// The text of a property, empty when the service has none of this name.
+std::string TextAt(const nlohmann::json& properties, const char* name) {
+    const auto found = properties.find(name);
+    return found != properties.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+bool IsControlCharacter(char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x20 || byte == 0x7F;
+}
+
+/// Characters of a text in UTF-8.
+std::size_t Width(const std::string& text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+    const std::size_t own = Width(text);
+    return own < width ? text + std::string(width - own, ' ') : text;
+}
+
+} // namespace
+
+StartReport::StartReport(std::ostream& out)
+    : out(out) {}
+
+void StartReport::Line(const std::string& text) {
+    std::string line = text;
+    std::replace_if(line.begin(), line.end(), IsControlCharacter, '?');
+    out << line << std::endl;
+}
+
+void StartReport::Input(const std::string& name, const Scan::Recording& recording, double frameRate, bool once) {
+    std::ostringstream text;
+    text << "Input: " << name << ", " << recording.frames.size() << " frames, " << recording.RowCount()
+         << (recording.kind == Scan::RecordingKind::Profiles ? " points" : " values") << ", " << frameRate
+         << " frames a second, " << (once ? "once" : "over and over");
+    Line(text.str());
+}
+
+void StartReport::Services(VorControl::IControlManager& manager) {
+    const std::vector<std::string> ids = manager.List();
+    if (ids.empty()) {
+        Line("Services: none");
+    }
+    for (const std::string& id : ids) {
+        Service(manager.GetInstance(id));
+    }
+}
+
+void StartReport::Service(VorControl::IControlInstance& instance) {
+    std::string text = "Service " + instance.Id() + " (" + instance.DisplayName() + "): ";
+    try {
+        const nlohmann::json properties = PropertiesOf(instance);
+        text += TextOf(instance.GetProtocolStatus());
+        if (const std::string address = TextAt(properties, "address"); !address.empty()) {
+            text += " at " + address;
+        }
+        if (const std::string failure = TextAt(properties, "failure"); !failure.empty()) {
+            text += ": " + failure;
+        }
+    } catch (const std::exception& e) {
+        text += std::string("its state can't be read (") + e.what() + ")";
+    }
+    Line(text);
+}
+
+void StartReport::Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources) {
+    for (const std::string& id : manager.List()) {
+        VorControl::IControlInstance& instance = manager.GetInstance(id);
+        try {
+            if (!instance.HasRegisterAssemblyGroup()) {
+                continue;
+            }
+            for (const std::string& assembly : instance.RegisterAssemblyList()) {
+                Map(instance, assembly, dataSources);
+            }
+        } catch (const std::exception& e) {
+            Line("Map of " + id + ": can't be read (" + e.what() + ")");
+        }
+    }
+}
+
+std::vector<StartReport::Row> StartReport::Rows(VorControl::IControlInstance& instance, const std::string& assembly) {
+    const auto registers = instance.RegisterAssembly(assembly.c_str());
+    const AssemblyLock lock(*registers);
+    std::vector<Row> rows;
+    for (const auto& block : registers->AddedRegisterBlocks()) {
+        std::string addresses = std::to_string(block->OutputId());
+        if (block->EndAddress() != block->OutputId()) {
+            addresses += "-" + std::to_string(block->EndAddress());
+        }
+        rows.push_back({addresses, block->Type(), block->HasDataSource() ? block->DataSource() : std::string(),
+                        block->DisplayName()});
+    }
+    return rows;
+}
+
+void StartReport::Map(VorControl::IControlInstance& instance, const std::string& assembly,
+                      const std::vector<std::string>& dataSources) {
+    const std::vector<Row> rows = Rows(instance, assembly);
+    if (rows.empty()) {
+        Line("Map of " + instance.Id() + ", " + assembly + ": empty");
+        return;
+    }
+    Line("Map of " + instance.Id() + ", " + assembly + ":");
+    const Row titles{"Address", "Type", "Data source", "Name"};
+    std::size_t addresses = Width(titles.addresses);
+    std::size_t types = Width(titles.type);
+    std::size_t sources = Width(titles.dataSource);
+    for (const Row& row : rows) {
+        addresses = std::max(addresses, Width(row.addresses));
+        types = std::max(types, Width(row.type));
+        sources = std::max(sources, Width(row.dataSource));
+    }
+    const auto print = [&](const Row& row) {
+        Line("  " + Padded(row.addresses, addresses) + "  " + Padded(row.type, types) + "  " +
+             Padded(row.dataSource, sources) + "  " + row.displayName);
+    };
+    print(titles);
+    std::for_each(rows.begin(), rows.end(), print);
+    for (const Row& row : rows) {
+        if (!row.dataSource.empty() &&
+            std::find(dataSources.begin(), dataSources.end(), row.dataSource) == dataSources.end()) {
+            Line("The input has no data source " + row.dataSource + ": the registers at " + row.addresses +
+                 " won't get a value.");
+        }
+    }
+}
+
+} // namespace Sensor

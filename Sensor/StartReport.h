@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Sensor/Scan/Recording.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace VorControl {
+class IControlInstance;
+class IControlManager;
+} // namespace VorControl
+
+namespace Sensor {
+
+/// Tells the user at start what the sensor does, a line at a time, each flushed. Control characters, which a job's
+/// texts may hold, are printed as question marks.
+class StartReport {
+public:
+    explicit StartReport(std::ostream& out);
+
+    void Line(const std::string& text);
+
+    /// Frames, rows and rate of the input, which `name` names.
+    void Input(const std::string& name, const Scan::Recording& recording, double frameRate, bool once);
+
+    /// A line for each service: its state, where it is found, and why it failed.
+    void Services(VorControl::IControlManager& manager);
+
+    /// A table for each register assembly, then a line for each of its data sources that isn't among `dataSources`.
+    void Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
+
+private:
+    struct Row {
+        std::string addresses;
+        std::string type;
+        std::string dataSource;
+        std::string displayName;
+    };
+
+    static std::vector<Row> Rows(VorControl::IControlInstance& instance, const std::string& assembly);
+    void Service(VorControl::IControlInstance& instance);
+    void Map(VorControl::IControlInstance& instance, const std::string& assembly,
+             const std::vector<std::string>& dataSources);
+
+    std::ostream& out;
+};
+
+} // namespace Sensor
