@@ -37,7 +37,7 @@ public:
     /// Opens the plug-ins of a folder; those that are refused are told by Plugins(). Throws a Vor::Exception when the
     /// folder can't be read.
     void LoadPlugins(const std::filesystem::path& folder);
-    const VorPlugin::PluginManager& Plugins() const { return plugins; }
+    VorPlugin::PluginManager& Plugins() { return plugins; }
 
     /// Creates the services, none of which is started. A plug-in whose service can't be created is named in the log and
     /// left out. Throws a Vor::Exception.

@@ -1,5 +1,6 @@
 #include "Sensor/Scan/Scanner.h"
 #include "Sensor/Scan/RecordingParser.h"
+#include "Tests/Support/Signal.h"
 #include "Vor/Exception.h"
 #include "VorCore/ResultHub.h"
 #include "VorMsg/ResultSet.h"
@@ -50,26 +51,6 @@ private:
     VorCore::ResultHub::CallbackId id;
 };
 
-/// An event that a test waits for.
-class Signal {
-public:
-    void Set() {
-        const std::lock_guard guard(mutex);
-        set = true;
-        changed.notify_all();
-    }
-    bool Wait() {
-        std::unique_lock guard(mutex);
-        return changed.wait_for(guard, Deadline, [this] { return set; });
-    }
-
-private:
-    /// Guards `set`.
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool set = false;
-};
-
 Recording TwoFrames() {
     return RecordingParser::Parse("frame,x,z\n0,0,1\n1,0,2\n", "part.csv");
 }
@@ -93,7 +74,7 @@ TEST(Scanner, OnceStandsStillBehindTheLastFrame) {
     const Recording recording = TwoFrames();
     VorCore::ResultHub hub;
     StampLog log(hub);
-    Signal ended;
+    Tests::Signal ended;
     Scanner scanner(recording, hub, {.frameRate = 2000, .once = true, .ended = [&] { ended.Set(); }});
     scanner.Start();
     ASSERT_TRUE(ended.Wait());

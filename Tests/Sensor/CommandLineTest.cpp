@@ -1,0 +1,157 @@
+#include "Sensor/CommandLine.h"
+#include "Sensor/StartError.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Sensor {
+namespace {
+
+CommandLine Parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "vorsensor");
+    return CommandLine::Parse(static_cast<int>(arguments.size()), arguments.data());
+}
+
+std::string Refusal(const std::vector<const char*>& arguments) {
+    try {
+        Parse(arguments);
+    } catch (const StartError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+/// Sets or unsets an environment variable for a test.
+class Variable {
+public:
+    Variable(const char* name, const char* value)
+        : name(name) {
+        if (const char* before = std::getenv(name)) {
+            former = before;
+        }
+        Set(value);
+    }
+    ~Variable() { Set(former ? former->c_str() : nullptr); }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    void Set(const char* value) {
+        if (value == nullptr) {
+            unsetenv(name);
+        } else {
+            setenv(name, value, 1);
+        }
+    }
+
+    const char* name;
+    std::optional<std::string> former;
+};
+
+TEST(CommandLine, HasDefaultsForAll) {
+    const Variable data("XDG_DATA_HOME", "/data");
+    const CommandLine line = Parse({});
+    EXPECT_EQ(line.dataFolder, "/data/vorsensor");
+    EXPECT_EQ(line.pluginFolder, std::filesystem::read_symlink("/proc/self/exe").parent_path() / "plugins");
+    EXPECT_FALSE(line.pluginFolderGiven);
+    EXPECT_EQ(line.job, "");
+    EXPECT_EQ(line.recording, "");
+    EXPECT_EQ(line.frameRate, 10.0);
+    EXPECT_FALSE(line.once);
+    EXPECT_TRUE(line.scan);
+    EXPECT_FALSE(line.verbose);
+    EXPECT_TRUE(line.settings.empty());
+    EXPECT_EQ(line.answer, "");
+}
+
+TEST(CommandLine, TheDataFolderIsInTheHomeFolderWithoutTheVariable) {
+    const Variable home("HOME", "/home/someone");
+    {
+        const Variable data("XDG_DATA_HOME", nullptr);
+        EXPECT_EQ(Parse({}).dataFolder, "/home/someone/.local/share/vorsensor");
+    }
+    {
+        const Variable data("XDG_DATA_HOME", "");
+        EXPECT_EQ(Parse({}).dataFolder, "/home/someone/.local/share/vorsensor");
+    }
+    const Variable data("XDG_DATA_HOME", "not/absolute");
+    EXPECT_EQ(Parse({}).dataFolder, "/home/someone/.local/share/vorsensor");
+}
+
+TEST(CommandLine, TakesEachOption) {
+    const CommandLine line = Parse({"--data", "d", "--plugins", "p", "--job", "j", "--recording", "r.csv",
+                                    "--frame-rate", "250.5", "--once", "--no-scan", "--verbose"});
+    EXPECT_EQ(line.dataFolder, "d");
+    EXPECT_EQ(line.pluginFolder, "p");
+    EXPECT_TRUE(line.pluginFolderGiven);
+    EXPECT_EQ(line.job, "j");
+    EXPECT_EQ(line.recording, "r.csv");
+    EXPECT_EQ(line.frameRate, 250.5);
+    EXPECT_TRUE(line.once);
+    EXPECT_FALSE(line.scan);
+    EXPECT_TRUE(line.verbose);
+}
+
+TEST(CommandLine, SetMayBeRepeated) {
+    const CommandLine line = Parse({"--set", "modbus.port=1", "--once", "--set", "other.name=a b"});
+    ASSERT_EQ(line.settings.size(), 2U);
+    EXPECT_EQ(line.settings[0].parameter, "port");
+    EXPECT_EQ(line.settings[1].service, "other");
+    EXPECT_EQ(line.settings[1].value, "a b");
+    EXPECT_TRUE(line.once);
+}
+
+TEST(CommandLine, ModbusPortIsASetting) {
+    const CommandLine line = Parse({"--modbus-port", "0", "--set", "modbus.unitId=3"});
+    ASSERT_EQ(line.settings.size(), 2U);
+    EXPECT_EQ(line.settings[1].service, "modbus");
+    EXPECT_EQ(line.settings[1].parameter, "port");
+    EXPECT_EQ(line.settings[1].value, "0");
+    EXPECT_EQ(line.settings[1].option, "--modbus-port 0");
+}
+
+TEST(CommandLine, AnErrorNamesTheOption) {
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"--modbus-port", "65536"}, {"--modbus-port", "-1"}, {"--modbus-port", "x"}}) {
+        EXPECT_NE(Refusal(arguments).find("--modbus-port"), std::string::npos) << Refusal(arguments);
+    }
+    for (const char* rate : {"0", "-1", "nan", "inf", "x", "100001", ""}) {
+        EXPECT_NE(Refusal({"--frame-rate", rate}).find("--frame-rate"), std::string::npos) << rate;
+    }
+    EXPECT_NE(Refusal({"--nonsense"}).find("--nonsense"), std::string::npos);
+    EXPECT_NE(Refusal({"word"}).find("word"), std::string::npos);
+    EXPECT_NE(Refusal({"--recording"}).find("--recording"), std::string::npos);
+    EXPECT_EQ(Refusal({"--set", "modbus"}), "--set modbus: expected SERVICE.PARAMETER=VALUE.");
+    for (const char* name : {"--data", "--plugins", "--job", "--recording"}) {
+        EXPECT_EQ(Refusal({name, ""}), std::string(name) + ": the value is empty.");
+    }
+}
+
+TEST(CommandLine, AJobIsOneFileName) {
+    for (const char* job : {"a/b", ".hidden", "..", "/abs", "\xFF"}) {
+        EXPECT_EQ(Refusal({"--job", job}).find("--job"), 0U) << job;
+    }
+    EXPECT_EQ(Refusal({"--job", "my job.vrjob"}), "");
+}
+
+TEST(CommandLine, HelpTellsEachOptionWithItsDefault) {
+    const std::string help = Parse({"--help"}).answer;
+    for (const char* option : {"--data", "--plugins", "--job", "--recording", "--frame-rate", "--once", "--no-scan",
+                               "--set", "--modbus-port", "--verbose", "--version", "--help"}) {
+        EXPECT_NE(help.find(option), std::string::npos) << option;
+    }
+    for (const char* text : {"$XDG_DATA_HOME/vorsensor", "default: 10", "demo-values", "generated part", "(default:"}) {
+        EXPECT_NE(help.find(text), std::string::npos) << text;
+    }
+}
+
+TEST(CommandLine, VersionIsTold) {
+    EXPECT_EQ(Parse({"--version"}).answer, "vorsensor " VOR_VERSION "\n");
+}
+
+} // namespace
+} // namespace Sensor

@@ -1,0 +1,151 @@
+#include "Sensor/Jobs/JobTemplate.h"
+#include "Sensor/Scan/PartGenerator.h"
+#include "Sensor/Scan/RecordingParser.h"
+#include "Sensor/StartError.h"
+#include "Tests/Support/TempFolder.h"
+#include "VorCommon/ArchiveFile.h"
+
+#include <array>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sys/wait.h>
+
+namespace Sensor::Jobs {
+namespace {
+
+using nlohmann::json;
+
+Scan::Recording Values(const std::string& names) {
+    std::string text = "frame,name,value\n";
+    for (const char name : names) {
+        text += std::string("0,") + name + ",1\n";
+    }
+    return Scan::RecordingParser::Parse(text, "values.csv");
+}
+
+json Blocks(const json& config) {
+    return config.at("vor:control").at("registerAssemblyList").at(0).at("blocks");
+}
+
+/// "TYPE SOURCE FIRST-COUNT" of each block.
+std::vector<std::string> Layout(const json& config) {
+    std::vector<std::string> layout;
+    for (const json& block : Blocks(config)) {
+        layout.push_back(block.at("type").get<std::string>() + " " + block.at("dataSource").get<std::string>() + " " +
+                         std::to_string(block.at("outputId").get<int>()) + "-" +
+                         std::to_string(block.at("registerCount").get<int>()));
+    }
+    return layout;
+}
+
+std::string OutputOf(const std::string& command, int& status) {
+    std::string output;
+    FILE* pipe = popen(command.c_str(), "r");
+    std::array<char, 256> part{};
+    while (pipe != nullptr && fgets(part.data(), part.size(), pipe) != nullptr) {
+        output += part.data();
+    }
+    status = pipe == nullptr ? -1 : WEXITSTATUS(pclose(pipe));
+    return output;
+}
+
+TEST(JobTemplate, TheDemoMapHasItsBlocksAtTheirAddresses) {
+    EXPECT_EQ(Layout(JobTemplate::ModbusConfig("demo", Scan::GeneratePart())),
+              (std::vector<std::string>{"Measurement profile/max 0-3", "Measurement profile/min 3-3",
+                                        "Measurement profile/mean 6-3", "Measurement profile/width 9-3",
+                                        "Measurement profile/points 12-3", "Stamp profile/stamp 16-18",
+                                        "String profile/text 40-16"}));
+}
+
+TEST(JobTemplate, TheValuesMapFollowsTheRecording) {
+    EXPECT_EQ(
+        Layout(JobTemplate::ModbusConfig("demo-values", Values("ba"))),
+        (std::vector<std::string>{"Measurement values/b 0-3", "Measurement values/a 3-3", "Stamp values/stamp 16-18"}));
+}
+
+TEST(JobTemplate, TheValuesMapHoldsTheFirstFiveNames) {
+    EXPECT_EQ(Layout(JobTemplate::ModbusConfig("demo-values", Values("zyxwvut"))),
+              (std::vector<std::string>{"Measurement values/z 0-3", "Measurement values/y 3-3",
+                                        "Measurement values/x 6-3", "Measurement values/w 9-3",
+                                        "Measurement values/v 12-3", "Stamp values/stamp 16-18"}));
+}
+
+TEST(JobTemplate, AConfigurationIsAsTheServiceSavesIt) {
+    const json config = JobTemplate::ModbusConfig("demo", Scan::GeneratePart());
+    EXPECT_EQ(config.at("version"), "1");
+    const json& section = config.at("vor:control");
+    EXPECT_EQ(section.at("enabled"), true);
+    EXPECT_EQ(section.at("parametersVersion"), "1");
+    EXPECT_EQ(section.at("parameters"),
+              json::parse(R"({"address":"127.0.0.1","byteOrder":0,"idleTimeout":60,"maxConnections":32,)"
+                          R"("port":1502,"unitId":0})"));
+    ASSERT_EQ(section.at("registerAssemblyList").size(), 1U);
+    const json& assembly = section.at("registerAssemblyList").at(0);
+    EXPECT_EQ(assembly.at("attributes"), json::parse(R"({"isGlobalAddressSpaceUsed":true,"outputIdMax":65534,)"
+                                                     R"("outputIdMin":0,"outputIdReadOnly":false})"));
+    EXPECT_EQ(assembly.at("properties"),
+              json::parse(R"({"displayName":"Register Assembly 0","id":"registerAssembly-0","version":"1.2"})"));
+    EXPECT_EQ(Blocks(config).at(0),
+              json::parse(R"({"dataSource":"profile/max","displayName":"Maximum Height","outputId":0,)"
+                          R"("registerCount":3,"type":"Measurement","version":"1.2"})"));
+}
+
+TEST(JobTemplate, TheRecordingChoosesTheJob) {
+    EXPECT_EQ(JobTemplate::JobFor(Scan::GeneratePart()), "demo");
+    EXPECT_EQ(JobTemplate::JobFor(Values("a")), "demo-values");
+}
+
+TEST(JobTemplate, KnowsItsJobsWithAndWithoutExtension) {
+    EXPECT_TRUE(JobTemplate::Has("demo"));
+    EXPECT_TRUE(JobTemplate::Has("demo.vrjob"));
+    EXPECT_TRUE(JobTemplate::Has("demo-values"));
+    EXPECT_FALSE(JobTemplate::Has("other"));
+    EXPECT_FALSE(JobTemplate::Has("demo2"));
+}
+
+TEST(JobTemplate, TheValuesJobNeedsARecordingOfNamedValues) {
+    const Tests::TempFolder folder;
+    const std::string file = folder.File("demo-values.vrjob");
+    EXPECT_THROW(JobTemplate::Write("demo-values", Scan::GeneratePart(), file), StartError);
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(JobTemplate, WritesAnArchiveWithTheServicesFile) {
+    const Tests::TempFolder folder;
+    const std::string file = folder.File("jobs/demo.vrjob");
+    const Scan::Recording part = Scan::GeneratePart();
+    JobTemplate::Write("demo", part, file);
+    const auto entries = VorCommon::ArchiveFile(file).Read();
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_EQ(entries.begin()->first, "controls/modbus/config.json");
+    const auto& bytes = *entries.begin()->second;
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), JobTemplate::ModbusConfig("demo", part).dump(-1, ' '));
+}
+
+TEST(JobTemplate, TheArchiveIsListedByItsCommonTool) {
+    const Tests::TempFolder folder;
+    const std::string file = folder.File("demo.vrjob");
+    JobTemplate::Write("demo", Scan::GeneratePart(), file);
+    int status = 0;
+    const std::string listed = OutputOf("sqlite3 '" + file + "' -A --list 2>&1", status);
+    if (status == 127) {
+        GTEST_SKIP() << "sqlite3 isn't installed";
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(("\n" + listed).find("\ncontrols/modbus/config.json\n"), std::string::npos) << listed;
+}
+
+TEST(JobTemplate, NamesAFileThatCantBeWritten) {
+    const Tests::TempFolder folder;
+    Tests::WriteWholeFile(folder.File("jobs"), "");
+    try {
+        JobTemplate::Write("demo", Scan::GeneratePart(), folder.File("jobs/demo.vrjob"));
+        FAIL() << "written into a file";
+    } catch (const StartError& error) {
+        EXPECT_NE(std::string(error.what()).find(folder.File("jobs")), std::string::npos) << error.what();
+    }
+}
+
+} // namespace
+} // namespace Sensor::Jobs

@@ -1,0 +1,132 @@
+#include "Sensor/ServiceHost.h"
+#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/TestService.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "Vor/MainLoop.h"
+#include "VorControl/Control/IControlInstance.h"
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace Sensor {
+namespace {
+
+class ServiceHostTest : public ::testing::Test {
+protected:
+    ServiceHostTest()
+        : host({.dataFolder = folder.Path(), .job = "test", .decorateStore = {}}) {}
+
+    std::string ErrorOfUserLog() const {
+        for (const Vor::LogRecord& record : log.Records()) {
+            if (record.level == Vor::LevelUserError) {
+                return record.text;
+            }
+        }
+        return "";
+    }
+
+    Tests::TempFolder folder;
+    Vor::LogCapture log;
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    std::weak_ptr<Tests::TestService> service;
+    std::weak_ptr<Tests::TestService> other;
+    ServiceHost host;
+};
+
+TEST_F(ServiceHostTest, IsAVirtualSensorOnly) {
+    VorControl::ControlInfo::SupportedEnvironmentList nowhereElse{false, false, true, false, false, false};
+    VorControl::ControlInfo::SupportedEnvironmentList elsewhere{true, true, false, true, true, true};
+    VorControl::ControlInfo here = Tests::TestPlugin::Info("here");
+    here.SetSupportedEnvironment(nowhereElse);
+    VorControl::ControlInfo there = Tests::TestPlugin::Info("there");
+    there.SetSupportedEnvironment(elsewhere);
+    const auto make = [](const auto& environ) { return std::make_shared<Tests::TestService>(environ); };
+    Tests::TestPlugin().Add(here, make).Add(there, make).Publish(host.Plugins());
+    host.CreateServices();
+    EXPECT_EQ(host.Services().List(), std::vector<std::string>{"here"});
+}
+
+TEST_F(ServiceHostTest, WithoutPluginsThereAreNoServices) {
+    host.CreateServices();
+    EXPECT_TRUE(host.Services().List().empty());
+}
+
+TEST_F(ServiceHostTest, AFactoryThatThrowsLeavesItsLibraryOut) {
+    Tests::TestPlugin()
+        .Add("a", service)
+        .Add(Tests::TestPlugin::Info("b"),
+             [](const auto&) -> std::shared_ptr<Tests::TestService> { throw std::runtime_error("no licence"); })
+        .Publish(host.Plugins());
+    Tests::TestPlugin().Add("c", other).Publish(host.Plugins());
+    host.CreateServices();
+    EXPECT_EQ(host.Services().List(), std::vector<std::string>{"c"});
+    EXPECT_EQ(ErrorOfUserLog(), " is left out: its service b can't be created (no licence).");
+}
+
+TEST_F(ServiceHostTest, AFactoryThatGivesNothingLeavesItsLibraryOut) {
+    Tests::TestPlugin().Add("c", other).Publish(host.Plugins());
+    Tests::TestPlugin()
+        .Add(Tests::TestPlugin::Info("b"), [](const auto&) -> std::shared_ptr<Tests::TestService> { return nullptr; })
+        .Publish(host.Plugins());
+    host.CreateServices();
+    EXPECT_EQ(host.Services().List(), std::vector<std::string>{"c"});
+    EXPECT_NE(ErrorOfUserLog().find("service b"), std::string::npos);
+}
+
+TEST_F(ServiceHostTest, TellsEnabledServicesOfTheScan) {
+    Tests::TestPlugin().Add("a", service).Add("b", other).Publish(host.Plugins());
+    host.CreateServices();
+    host.Services().GetInstance("a").Enable(true);
+    service.lock()->calls.clear();
+    host.BeforeScan();
+    host.AfterScan();
+    EXPECT_EQ(service.lock()->calls, (std::vector<std::string>{"scan started", "scan stopped"}));
+    EXPECT_TRUE(other.lock()->calls.empty());
+}
+
+TEST_F(ServiceHostTest, SurvivesAServiceThatFailsAtTheScan) {
+    Tests::TestPlugin().Add("a", service).Publish(host.Plugins());
+    host.CreateServices();
+    host.Services().GetInstance("a").Enable(true);
+    service.lock()->onScanState = [] { throw std::runtime_error("no"); };
+    EXPECT_NO_THROW(host.BeforeScan());
+    service.lock()->onScanState = [] { throw 1; };
+    EXPECT_NO_THROW(host.AfterScan());
+}
+
+TEST_F(ServiceHostTest, StopsWhatIsEnabled) {
+    Tests::TestPlugin().Add("a", service).Add("b", other).Publish(host.Plugins());
+    host.CreateServices();
+    host.Services().GetInstance("a").Enable(true);
+    service.lock()->calls.clear();
+    host.StopServices();
+    EXPECT_EQ(service.lock()->calls, (std::vector<std::string>{"Stop", "RemoveControlScanResultsHandler"}));
+    EXPECT_TRUE(other.lock()->calls.empty());
+    host.StopServices();
+    EXPECT_EQ(service.lock()->calls.size(), 2U);
+}
+
+TEST_F(ServiceHostTest, AServiceThatFailsToStopDoesntKeepTheOthers) {
+    Tests::TestPlugin().Add("a", service).Add("b", other).Publish(host.Plugins());
+    host.CreateServices();
+    host.Services().GetInstance("a").Enable(true);
+    host.Services().GetInstance("b").Enable(true);
+    service.lock()->onStop = [] { throw 1; };
+    host.StopServices();
+    EXPECT_EQ(other.lock()->calls.at(2), "Stop");
+    service.lock()->onStop = {};
+}
+
+TEST_F(ServiceHostTest, AStartThatThrowsNoExceptionIsSurvived) {
+    std::filesystem::create_directories(folder.Path() / "jobs");
+    Tests::TestPlugin()
+        .Add("a", service, [](Tests::TestService& made) { made.onStart = [] { throw 1; }; })
+        .Publish(host.Plugins());
+    host.CreateServices();
+    EXPECT_NO_THROW(host.Persistence().Load());
+    EXPECT_EQ(host.Persistence().LoadedJob(), "test.vrjob");
+}
+
+} // namespace
+} // namespace Sensor

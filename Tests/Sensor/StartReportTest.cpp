@@ -1,0 +1,27 @@
+#include "Sensor/StartReport.h"
+#include "Sensor/Scan/PartGenerator.h"
+#include "Sensor/Scan/RecordingParser.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace Sensor {
+namespace {
+
+TEST(StartReport, TellsTheInput) {
+    std::ostringstream out;
+    StartReport report(out);
+    report.Input("generated part", Scan::GeneratePart(), 10, false);
+    report.Input("v.csv", Scan::RecordingParser::Parse("frame,name,value\n0,a,1\n1,a,2\n1,b,2\n", "v.csv"), 0.5, true);
+    EXPECT_EQ(out.str(), "Input: generated part, 120 frames, 19320 points, 10 frames a second, over and over\n"
+                         "Input: v.csv, 2 frames, 3 values, 0.5 frames a second, once\n");
+}
+
+TEST(StartReport, PrintsNoControlCharacters) {
+    std::ostringstream out;
+    StartReport(out).Line("a\x1b[31m\nb\x7f Öl");
+    EXPECT_EQ(out.str(), "a?[31m?b? Öl\n");
+}
+
+} // namespace
+} // namespace Sensor
