@@ -1,0 +1,20 @@
+#include "FixturePlugin.h"
+
+extern "C" {
+
+yStatus yPlugin_ConstructAssembly(yAssembly*) {
+    return yERROR_BUSY;
+}
+
+const char* yPlugin_AssemblyVersion() {
+    return "1.0.0.0";
+}
+
+const char* yPlugin_PlatformVersion() {
+    return "1.0.0.0";
+}
+
+yStatus yPlugin_Publish(VorPlugin::PluginLib&) {
+    return yOK;
+}
+}

@@ -1,0 +1,21 @@
+#include "FixturePlugin.h"
+
+extern "C" {
+
+yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
+    return Fixture::ConstructAssembly(assembly);
+}
+
+const char* yPlugin_AssemblyVersion() {
+    return "newest";
+}
+
+const char* yPlugin_PlatformVersion() {
+    return "1.0.0.0";
+}
+
+yStatus yPlugin_Publish(VorPlugin::PluginLib& lib) {
+    lib.Add(nullptr);
+    return yOK;
+}
+}

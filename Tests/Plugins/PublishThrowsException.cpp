@@ -1,0 +1,34 @@
+#include "FixturePlugin.h"
+
+#include <exception>
+#include <memory>
+
+namespace {
+
+// A type of this file only.
+class OwnException : public std::exception {
+public:
+    const char* what() const noexcept override { return "thrown by the plug-in"; }
+};
+
+} // namespace
+
+extern "C" {
+
+yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
+    return Fixture::ConstructAssembly(assembly);
+}
+
+const char* yPlugin_AssemblyVersion() {
+    return "1.0.0.0";
+}
+
+const char* yPlugin_PlatformVersion() {
+    return "1.0.0.0";
+}
+
+yStatus yPlugin_Publish(VorPlugin::PluginLib& lib) {
+    lib.Add(std::make_shared<Fixture::TextPlugin>("Test.Text", "lost"));
+    throw OwnException();
+}
+}

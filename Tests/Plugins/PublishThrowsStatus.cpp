@@ -1,0 +1,22 @@
+#include "FixturePlugin.h"
+
+#include "Vor/Exception.h"
+
+extern "C" {
+
+yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
+    return Fixture::ConstructAssembly(assembly);
+}
+
+const char* yPlugin_AssemblyVersion() {
+    return "1.0.0.0";
+}
+
+const char* yPlugin_PlatformVersion() {
+    return "1.0.0.0";
+}
+
+yStatus yPlugin_Publish(VorPlugin::PluginLib& lib) {
+    Vor::Throw(yERROR_CONFLICT, "%s has no place", lib.Path());
+}
+}

@@ -1,0 +1,20 @@
+#include "FixturePlugin.h"
+
+extern "C" {
+
+yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
+    return Fixture::ConstructAssembly(assembly);
+}
+
+const char* yPlugin_AssemblyVersion() {
+    return "1.0.0.0";
+}
+
+const char* yPlugin_PlatformVersion() {
+    throw 7;
+}
+
+yStatus yPlugin_Publish(VorPlugin::PluginLib&) {
+    return yOK;
+}
+}
