@@ -5,6 +5,7 @@
 #include "Vor/VorGetText.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlScanResults.h"
+#include "VorControl/Control/LogThrown.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "yApi/yStatus.h"
 
@@ -24,12 +25,6 @@ const char* Translate(const char* text) {
     return VorGetText::GetInstance().DPGetText("BE", "beApp.ctrl", text);
 }
 
-void LogThrown(const char* text, const std::exception& e) {
-    Vor::LogError(text);
-    Vor::Exception::LogException(e);
-    Vor::Exception::LogBackTrace(e);
-}
-
 /// Leaves the gate at the end of an update, also when a handler of the update throws.
 class GateLeaver {
 public:
@@ -41,7 +36,7 @@ public:
         try {
             gate.Leave(updateFlag);
         } catch (const std::exception& e) {
-            LogThrown("Exception thrown in destructor", e);
+            LogThrown(e, "Exception thrown in destructor");
         }
     }
 
@@ -75,7 +70,7 @@ ControlInstance::~ControlInstance() {
         protocol->RemoveOutputsInternalUpdateEventHandler(outputsCallback);
         protocol->RemovePersistenceDomainChangeEventHandler(domainCallback);
     } catch (const std::exception& e) {
-        LogThrown("Exception thrown in destructor", e);
+        LogThrown(e, "Exception thrown in destructor");
     }
 }
 
@@ -155,7 +150,7 @@ void ControlInstance::RemoveScanResultsHandler() {
     try {
         protocol->RemoveControlScanResultsHandler();
     } catch (const std::exception& e) {
-        LogThrown("EXCEPTION THROWN: ", e);
+        LogThrown(e, "EXCEPTION THROWN: ");
     }
 }
 

@@ -10,6 +10,7 @@
 #include "VorControl/Control/ControlInstance.h"
 #include "VorControl/Control/ControlRegistry.h"
 #include "VorControl/Control/IControlFactory.h"
+#include "VorControl/Control/LogThrown.h"
 #include "yApi/yStatus.h"
 
 #include <exception>
@@ -20,13 +21,6 @@ namespace VorControl {
 using VorCommon::PersistDomain;
 
 namespace {
-
-template <typename... Args>
-void LogThrown(const std::exception& e, const Vor::LocatedFormat& text, const Args&... args) {
-    Vor::LogError(text, args...);
-    Vor::Exception::LogException(e);
-    Vor::Exception::LogBackTrace(e);
-}
 
 /// True for a scope.
 class ScopedFlag {

@@ -5,6 +5,7 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorControl/Control/ControlPlugin.h"
+#include "VorControl/Control/LogThrown.h"
 #include "VorPlugin/PluginLib.h"
 #include "yApi/yStatus.h"
 
@@ -19,9 +20,7 @@ ControlRegistry::~ControlRegistry() {
     try {
         DetachPlugins();
     } catch (const std::exception& e) {
-        Vor::LogError("Exception thrown in destructor");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
+        LogThrown(e, "Exception thrown in destructor");
     }
 }
 
@@ -54,11 +53,10 @@ void ControlRegistry::ProcessPluginLoad(const VorPlugin::PluginLib& lib, VorPlug
                     Remove(info.TypeName());
                 }
             } catch (const std::exception& e) {
-                Vor::LogError(load ? "Failed to add control service \"%s\" (%s)"
-                                   : "Failed to remove control service \"%s\" (%s)",
-                              info.DisplayName(), e.what());
-                Vor::Exception::LogException(e);
-                Vor::Exception::LogBackTrace(e);
+                LogThrown(e,
+                          load ? "Failed to add control service \"%s\" (%s)"
+                               : "Failed to remove control service \"%s\" (%s)",
+                          info.DisplayName(), e.what());
             }
         }
     }

@@ -4,6 +4,7 @@
 #include "Vor/Logging.h"
 #include "VorApi/Params/PropertyValue.h"
 #include "VorCommon/IPlatformAttributes.h"
+#include "VorControl/Control/LogThrown.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "yApi/yStatus.h"
 
@@ -77,9 +78,7 @@ void ProtocolBase::UpdateProtocolStatus(ProtocolStatus status) {
 }
 
 void ProtocolBase::UpdateStatusAndRethrow(const std::exception& e, ProtocolStatus status) {
-    Vor::LogError("EXCEPTION THROWN: ");
-    Vor::Exception::LogException(e);
-    Vor::Exception::LogBackTrace(e);
+    LogThrown(e, "EXCEPTION THROWN: ");
     UpdateProtocolStatus(status);
     try {
         throw;
