@@ -1,0 +1,359 @@
+#include "Services/Modbus/ModbusProtocol.h"
+
+#include "Tests/Services/Modbus/RawClient.h"
+#include "Tests/Services/Modbus/Results.h"
+#include "Tests/Support/ControlEnviron.h"
+#include "Tests/Support/MemoryStore.h"
+#include "Tests/Support/TestService.h"
+#include "Vor/JsonSerializer.h"
+#include "VorControl/Control/ControlModule.h"
+#include "VorControl/Control/IControlInstance.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace Services::Modbus {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+using VorCommon::PersistDomain;
+using VorControl::ControlProtocol::ProtocolStatus;
+
+constexpr const char* ConfigPath = "/controls/modbus/config.json";
+constexpr const char* AssemblyId = "registerAssembly-0";
+
+json Block(const char* type, const char* source, unsigned address) {
+    return {{"type", type}, {"dataSource", source}, {"outputId", address}};
+}
+
+json Config(const json& parameters, const json& blocks, bool enabled = true) {
+    return {{"version", "1"},
+            {"vor:control",
+             {{"enabled", enabled},
+              {"parameters", parameters},
+              {"parametersVersion", "1"},
+              {"registerAssemblyList", {{{"properties", {{"id", AssemblyId}}}, {"blocks", blocks}}}}}}};
+}
+
+const json TwoBlocks = {Block("Measurement", "profile/max", 0), Block("MeasurementValue", "profile/min", 3)};
+
+// The service as an application has it: in a module, fed by the result hub, with its settings in a job.
+class ModbusProtocolTest : public testing::Test {
+protected:
+    ModbusProtocolTest() {
+        plugin.Add(Tests::TestPlugin::Info("modbus"),
+                   [this](const VorControl::ControlProtocol::ControlProtocolEnviron& record) {
+                       auto made = std::make_shared<ModbusProtocol>(record);
+                       service = made;
+                       return made;
+                   });
+        plugin.Publish(plugins);
+        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+    }
+
+    VorControl::IControlInstance& Instance() { return module->Manager().GetInstance("modbus"); }
+
+    void Load(const json& config) {
+        store.files[ConfigPath] = config.dump();
+        module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+    }
+
+    json Properties() {
+        Instance().NonPersistentPropertiesBeginLock();
+        json document = Vor::Properties::JsonSerializer::Serialize(Instance().Properties());
+        Instance().NonPersistentPropertiesEndLock();
+        return document;
+    }
+
+    std::string Address() { return Properties()["address"]; }
+    std::string Failure() { return Properties()["failure"]; }
+    int Status() { return Properties()["status"]; }
+
+    std::uint16_t Port() {
+        const std::string address = Address();
+        return static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
+    }
+
+    // The registers as a client reads them; what follows the header of the reply, for an exception.
+    Bytes Read(unsigned address, unsigned count) {
+        RawClient client(Port());
+        const Bytes reply = client.Ask(ReadRequest(1, address, count));
+        return reply.size() < 9 || reply[7] != 3 ? Bytes(reply.begin() + 7, reply.end())
+                                                 : Bytes(reply.begin() + 9, reply.end());
+    }
+
+    void Publish(const Results& results) { environ.hub.Publish(results.Get()); }
+
+    // Waits until a client reads these registers.
+    bool Reads(unsigned address, const Bytes& expected) {
+        const auto deadline = std::chrono::steady_clock::now() + 10s;
+        while (Read(address, static_cast<unsigned>(expected.size() / 2)) != expected) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void ChangeParameters(const json& values) {
+        auto& params = dynamic_cast<Vor::Params::Group&>(*Instance().BeginUpdateParameters());
+        Vor::Properties::JsonSerializer::Deserialize(params, values);
+        try {
+            Instance().ParamsUpdate();
+        } catch (...) {
+            Instance().EndUpdateParameters();
+            throw;
+        }
+        Instance().EndUpdateParameters();
+    }
+
+    Tests::ControlEnviron environ;
+    VorPlugin::PluginManager plugins;
+    Tests::TestPlugin plugin;
+    Tests::MemoryStore store;
+    std::weak_ptr<ModbusProtocol> service;
+    std::unique_ptr<VorControl::ControlModule> module;
+};
+
+TEST_F(ModbusProtocolTest, IsStoppedUntilItIsEnabled) {
+    EXPECT_EQ(Status(), 1);
+    EXPECT_EQ(Address(), "");
+    EXPECT_EQ(Failure(), "");
+    Load(Config({{"port", 0}}, TwoBlocks, false));
+    EXPECT_EQ(Status(), 1);
+    EXPECT_EQ(Address(), "");
+}
+
+TEST_F(ModbusProtocolTest, ServesTheRegistersOfItsJob) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    EXPECT_EQ(Status(), 0);
+    EXPECT_EQ(Address(), "tcp://127.0.0.1:" + std::to_string(Port()));
+    EXPECT_NE(Port(), 0);
+    EXPECT_EQ(Failure(), "");
+    EXPECT_EQ(Read(0, 5), Words({0x8000, 0, 2, 0x8000, 0}));
+    Publish(Results().Measurement("profile/max", 1.5, 1).Measurement("profile/min", -0.002));
+    EXPECT_TRUE(Reads(0, Words({0, 1500, 1, 0xFFFF, 0xFFFE})));
+    EXPECT_EQ(Read(5, 1), (Bytes{0x83, 2}));
+}
+
+TEST_F(ModbusProtocolTest, ReadsFollowTheByteOrderAtOnce) {
+    Load(Config({{"port", 0}, {"byteOrder", 1}}, TwoBlocks));
+    Publish(Results().Measurement("profile/max", 70000, 1));
+    EXPECT_TRUE(Reads(0, Words({70000000 & 0xFFFF, 70000000 >> 16, 1})));
+    const std::uint16_t port = Port();
+    ChangeParameters({{"byteOrder", 0}});
+    EXPECT_EQ(Read(0, 3), Words({70000000 >> 16, 70000000 & 0xFFFF, 1})) << "also without a further frame";
+    EXPECT_EQ(Port(), port);
+}
+
+TEST_F(ModbusProtocolTest, ShowsOneFrameWholeToEachRequest) {
+    json blocks;
+    for (unsigned i = 0; i < 50; ++i) {
+        blocks.push_back(Block("MeasurementValue", ("values/" + std::to_string(i)).c_str(), 2 * i));
+    }
+    Load(Config({{"port", 0}}, blocks));
+    std::vector<Results> frames;
+    for (int frame = 1; frame <= 200; ++frame) {
+        Results results;
+        for (unsigned i = 0; i < 50; ++i) {
+            results.Measurement("values/" + std::to_string(i), frame / 1000.0);
+        }
+        frames.push_back(results);
+    }
+    RawClient client(Port());
+    for (int turn = 0; turn < 10; ++turn) {
+        for (const Results& frame : frames) {
+            Publish(frame);
+            const Bytes reply = client.Ask(ReadRequest(1, 0, 100));
+            ASSERT_EQ(reply.size(), 209u);
+            for (std::size_t i = 9; i < reply.size(); ++i) {
+                ASSERT_EQ(reply[i], reply[9 + (i - 9) % 4]);
+            }
+        }
+    }
+    EXPECT_TRUE(Reads(0, Words({0, 200})));
+}
+
+TEST_F(ModbusProtocolTest, FollowsAnEditOfItsMap) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    Publish(Results().Measurement("profile/max", 1));
+    EXPECT_TRUE(Reads(0, Words({0, 1000, 1})));
+    Instance().BeginUpdateRegisterAssembly();
+    AddBlocks(*Instance().RegisterAssembly(AssemblyId), {{"MeasurementValue", "profile/mean", 100}});
+    Instance().RegisterAssemblyUpdate(AssemblyId);
+    Instance().EndUpdateRegisterAssembly(AssemblyId);
+    EXPECT_EQ(Read(100, 2), Words({0x8000, 0}));
+    EXPECT_EQ(Read(0, 3), Words({0, 1000, 1})) << "the other blocks keep their values";
+    Publish(Results().Measurement("profile/mean", 0.5));
+    EXPECT_TRUE(Reads(100, Words({0, 500})));
+}
+
+TEST_F(ModbusProtocolTest, StartsWithoutValuesWhenItIsEnabledAgain) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    Publish(Results().Measurement("profile/max", 1));
+    EXPECT_TRUE(Reads(0, Words({0, 1000, 1})));
+    Instance().Enable(false);
+    EXPECT_EQ(Status(), 1);
+    EXPECT_EQ(Address(), "");
+    Instance().Enable(true);
+    EXPECT_EQ(Status(), 0);
+    EXPECT_EQ(Read(0, 3), Words({0x8000, 0, 2}));
+    Publish(Results().Measurement("profile/max", 2));
+    EXPECT_TRUE(Reads(0, Words({0, 2000, 1})));
+}
+
+TEST_F(ModbusProtocolTest, SaysWhyItCannotStartAndTriesAgainAtTheNextLoad) {
+    const AddressRegisters none;
+    auto other = std::make_unique<ModbusServer>(none, ServerSettings{});
+    const json config = Config({{"port", other->Port()}}, TwoBlocks);
+    const std::string failure = "port " + std::to_string(other->Port()) + " on 127.0.0.1 is in use";
+    Vor::LogCapture log;
+    Load(config);
+    EXPECT_EQ(Status(), 4);
+    EXPECT_EQ(Failure(), failure);
+    EXPECT_EQ(Address(), "");
+    EXPECT_TRUE(Instance().IsEnabled());
+    EXPECT_EQ(log.Count(Vor::LevelWarning, "Protocol (modbus) failed to start (" + failure + ")."), 1u);
+    other.reset();
+    Load(config);
+    EXPECT_EQ(Status(), 0) << Failure();
+    EXPECT_EQ(Failure(), "");
+}
+
+TEST_F(ModbusProtocolTest, StaysRunningAcrossALoadOfTheSameJob) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    RawClient client(Port());
+    EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1)).size(), 11u);
+    Load(Config({{"port", 0}, {"unitId", 7}}, TwoBlocks));
+    EXPECT_EQ(Status(), 0);
+    EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1, 7)).size(), 11u) << "the connection is the same";
+    EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1, 1)), (Bytes{0, 1, 0, 0, 0, 3, 1, 0x83, 11}));
+}
+
+TEST_F(ModbusProtocolTest, MovesToAnotherPortAndKeepsItsValues) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    Publish(Results().Measurement("profile/max", 1));
+    EXPECT_TRUE(Reads(0, Words({0, 1000, 1})));
+    const std::uint16_t former = Port();
+    const AddressRegisters none;
+    auto other = std::make_unique<ModbusServer>(none, ServerSettings{});
+    const std::uint16_t taken = other->Port();
+    EXPECT_THROW(ChangeParameters({{"port", taken}}), Vor::Exception);
+    EXPECT_EQ(Port(), former) << "it goes on where it was";
+    EXPECT_EQ(Status(), 0);
+    EXPECT_EQ(Failure(), "port " + std::to_string(taken) + " on 127.0.0.1 is in use");
+    EXPECT_EQ(Read(0, 3), Words({0, 1000, 1}));
+    other.reset();
+    ChangeParameters({{"port", taken}});
+    EXPECT_EQ(Port(), taken);
+    EXPECT_EQ(Failure(), "");
+    EXPECT_EQ(Read(0, 3), Words({0, 1000, 1}));
+    EXPECT_FALSE(RawClient(former).Connected());
+}
+
+TEST_F(ModbusProtocolTest, RefusesParametersOutsideTheirLimitsAndChangesNothing) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    const std::uint16_t port = Port();
+    for (const json& values : {json{{"unitId", 256}}, json{{"maxConnections", 0}}, json{{"maxConnections", 257}},
+                               json{{"idleTimeout", 86401}}, json{{"byteOrder", 2}}, json{{"address", "nowhere"}}}) {
+        const json before = Vor::Properties::JsonSerializer::Serialize(*Instance().Params());
+        EXPECT_THROW(ChangeParameters(values), Vor::Exception) << values;
+        EXPECT_EQ(Read(0, 3), Words({0x8000, 0, 2}));
+        EXPECT_EQ(Port(), port);
+        Vor::Properties::JsonSerializer::Deserialize(*Instance().Params(), before);
+    }
+}
+
+TEST_F(ModbusProtocolTest, ClosesOneClientTooMany) {
+    Load(Config({{"port", 0}, {"maxConnections", 1}}, TwoBlocks));
+    RawClient first(Port());
+    EXPECT_EQ(first.Ask(ReadRequest(1, 0, 1)).size(), 11u);
+    EXPECT_TRUE(RawClient(Port()).WaitForClose());
+}
+
+TEST_F(ModbusProtocolTest, SavesItsParametersAndItsMapInTheJob) {
+    Load(Config({{"port", 0}, {"unitId", 9}}, TwoBlocks));
+    AddBlocks(*Instance().RegisterAssembly(AssemblyId), {{"String", "profile/text", 20, 8}});
+    module->Manager().SavePersistDomain(PersistDomain::Job, store);
+    const json section = json::parse(store.files[ConfigPath])["vor:control"];
+    EXPECT_EQ(section["enabled"], true);
+    EXPECT_EQ(section["parametersVersion"], "1");
+    EXPECT_EQ(section["parameters"], (json{{"address", "127.0.0.1"},
+                                           {"port", 0},
+                                           {"unitId", 9},
+                                           {"byteOrder", 0},
+                                           {"maxConnections", 32},
+                                           {"idleTimeout", 60}}));
+    const json& assembly = section["registerAssemblyList"].at(0);
+    EXPECT_EQ(assembly["properties"]["id"], AssemblyId);
+    ASSERT_EQ(assembly["blocks"].size(), 3u);
+    EXPECT_EQ(assembly["blocks"][2]["type"], "String");
+    EXPECT_EQ(assembly["blocks"][2]["dataSource"], "profile/text");
+    EXPECT_EQ(assembly["blocks"][2]["outputId"], 20);
+    EXPECT_EQ(assembly["blocks"][2]["registerCount"], 8);
+
+    Load(Config({{"port", 0}}, json::array()));
+    EXPECT_EQ(Read(0, 3), (Bytes{0x83, 2}));
+    Load({{"version", "1"}, {"vor:control", section}});
+    EXPECT_EQ(Read(20, 8), Bytes(16, 0));
+}
+
+TEST_F(ModbusProtocolTest, OffersItsBlockTypesInRegistersOf16Bits) {
+    auto& assembly = *Instance().RegisterAssembly(AssemblyId);
+    assembly.BeginLock();
+    std::vector<std::string> types;
+    for (const auto& type : assembly.SupportedRegisterBlockTypes()) {
+        types.push_back(type->Type() + " " + std::to_string(type->DefaultRegisterCount()));
+        EXPECT_EQ(type->BytesPerRegister(), 2) << type->Type();
+        EXPECT_EQ(type->IsRegisterCountConfigurable(), type->Type() == "String");
+        EXPECT_TRUE(type->HasDataSource());
+        EXPECT_EQ(type->MinInstanceCount(), 0);
+        EXPECT_EQ(type->MaxInstanceCount(), 65534);
+    }
+    assembly.EndLock();
+    EXPECT_EQ(types, (std::vector<std::string>{"Measurement 3", "MeasurementValue 2", "MeasurementDecision 1",
+                                               "Stamp 18", "String 4"}));
+    EXPECT_TRUE(assembly.Attributes().isGlobalAddressSpaceUsed.Get());
+    EXPECT_EQ(assembly.Attributes().outputIdMin.Get(), 0);
+    EXPECT_EQ(assembly.Attributes().outputIdMax.Get(), 65534);
+}
+
+TEST_F(ModbusProtocolTest, StopsWithin200MillisecondsAndLeavesNoThread) {
+    const auto threads = [] {
+        const auto tasks = std::filesystem::directory_iterator("/proc/self/task");
+        return std::distance(begin(tasks), end(tasks));
+    };
+    const auto before = threads();
+    Load(Config({{"port", 0}}, TwoBlocks));
+    RawClient client(Port());
+    EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1)).size(), 11u);
+    client.Send({0, 1, 0, 0});
+    EXPECT_GT(threads(), before);
+    const auto begin = std::chrono::steady_clock::now();
+    service.lock()->Stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 200ms);
+    EXPECT_TRUE(client.WaitForClose());
+    service.lock()->Start();
+    EXPECT_EQ(Status(), 0);
+    module.reset();
+    EXPECT_TRUE(service.expired());
+    EXPECT_EQ(threads(), before);
+}
+
+TEST_F(ModbusProtocolTest, MayBeStoppedAndStartedAtWill) {
+    const auto own = service.lock();
+    own->Stop();
+    EXPECT_EQ(Status(), 1);
+    Load(Config({{"port", 0}}, TwoBlocks));
+    own->Start();
+    EXPECT_EQ(Status(), 0) << "starts anew";
+    EXPECT_EQ(Read(0, 3), Words({0x8000, 0, 2}));
+    own->Stop();
+    own->Stop();
+    EXPECT_EQ(Status(), 1);
+}
+
+} // namespace
+} // namespace Services::Modbus
