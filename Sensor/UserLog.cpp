@@ -1,23 +1,47 @@
 #include "Sensor/UserLog.h"
 
+#include "Vor/LogOutput.h"
+#include "Vor/Logging.h"
+
 #include <iostream>
+#include <string>
 
 namespace Sensor {
 
-UserLog::UserLog(bool verbose) {
-    Vor::Logging::SetMinimumLevel(verbose ? Vor::LevelTrace : Vor::LevelWarning);
-    if (verbose) {
+namespace {
+
+bool IsOf(const Vor::LogRecord& record, std::uint64_t level) {
+    return (record.level & level & 0xFF) != 0;
+}
+
+/// Developers find these in the verbose log.
+bool IsDetail(const Vor::LogRecord& record) {
+    const bool user = (record.level & Vor::LevelUserFlag) != 0;
+    const bool serious = IsOf(record, Vor::LevelWarning) || IsOf(record, Vor::LevelError);
+    return (!user && !serious) || record.format == Vor::LogOutput::BackTraceFormat;
+}
+
+void Tell(const Vor::LogRecord& record) {
+    if (IsDetail(record)) {
         return;
     }
-    handler = Vor::Logging::AddUserHandler([](const Vor::LogRecord& record) {
-        if (record.level == Vor::LevelUserInfo) {
-            std::cerr << record.title + ": " + record.text + "\n";
-        }
-    });
+    const char* kind = IsOf(record, Vor::LevelError) ? "error: " : IsOf(record, Vor::LevelWarning) ? "warning: " : "";
+    // One piece, so that lines of several threads don't mix.
+    std::cerr << kind + record.text + "\n";
+}
+
+} // namespace
+
+UserLog::UserLog(bool verbose) {
+    if (verbose) {
+        Vor::Logging::SetMinimumLevel(Vor::LevelTrace);
+    } else {
+        Vor::LogOutput::Set(Tell);
+    }
 }
 
 UserLog::~UserLog() {
-    Vor::Logging::RemoveUserHandler(handler);
+    Vor::LogOutput::Set(nullptr);
     Vor::Logging::SetMinimumLevel(Vor::LevelInfo);
 }
 

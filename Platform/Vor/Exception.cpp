@@ -1,5 +1,6 @@
 #include "Vor/Exception.h"
 
+#include "Vor/LogOutput.h"
 #include "Vor/Logging.h"
 
 #include <array>
@@ -135,7 +136,7 @@ void Exception::LogBackTrace(const std::exception& e) {
             for (int i = 0; i < ours->state->callCount; ++i) {
                 text += Format("\n  #%d %s", i, CallText(ours->state->calls[static_cast<std::size_t>(i)]));
             }
-            Vor_Log(ours->Line(), ours->Path(), LevelError, ours->Function(), "Back trace of status %d:%s",
+            Vor_Log(ours->Line(), ours->Path(), LevelError, ours->Function(), LogOutput::BackTraceFormat,
                     ours->Status(), text);
         });
     } catch (...) { // NOLINT(bugprone-empty-catch): a log that fails mustn't hide the failure that is logged

@@ -1,5 +1,7 @@
 #include "Vor/Logging.h"
 
+#include "Vor/LogOutput.h"
+
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -52,6 +54,7 @@ public:
 
     void Write(LogRecord record) {
         std::map<Logging::UserHandlerId, std::function<void(const LogRecord&)>> called;
+        std::shared_ptr<const std::function<void(const LogRecord&)>> writer;
         const bool user = (record.level & LevelUserFlag) != 0;
         {
             const std::lock_guard lock(mutex);
@@ -67,6 +70,7 @@ public:
                 }
                 called = userHandlers;
             }
+            writer = replacement;
         }
         for (const auto& [id, handler] : called) {
             try {
@@ -75,17 +79,27 @@ public:
             }
         }
         const int rank = Rank(record.level);
-        if (rank >= minimumRank.load(std::memory_order_relaxed)) {
+        if (rank < minimumRank.load(std::memory_order_relaxed)) {
+            return;
+        }
+        if (writer == nullptr) {
             output.log(OutputLevel(rank), "{}{}: {}", user ? "[user] " : "", record.title, record.text);
+            return;
+        }
+        try {
+            (*writer)(record);
+        } catch (...) { // NOLINT(bugprone-empty-catch): there is nowhere left to tell it
         }
     }
 
-    // Guards the captures, the user's records and their handlers; ranks before a capture's mutex.
+    // Guards the captures, the user's records, their handlers and the replacement; ranks before a capture's mutex.
     std::mutex mutex;
     std::set<std::shared_ptr<LogCapture::Sink>> captures;
     std::deque<LogRecord> userRecords;
     std::map<Logging::UserHandlerId, std::function<void(const LogRecord&)>> userHandlers;
     Logging::UserHandlerId lastHandler = 0;
+    // Takes the place of the output unless it is null.
+    std::shared_ptr<const std::function<void(const LogRecord&)>> replacement;
     std::atomic<int> minimumRank{Rank(LevelInfo)};
 
 private:
@@ -139,6 +153,13 @@ void Logging::RemoveUserHandler(UserHandlerId id) {
     LogState& state = LogState::Instance();
     const std::lock_guard lock(state.mutex);
     state.userHandlers.erase(id);
+}
+
+void LogOutput::Set(std::function<void(const LogRecord&)> write) {
+    auto changed = write ? std::make_shared<const std::function<void(const LogRecord&)>>(std::move(write)) : nullptr;
+    LogState& state = LogState::Instance();
+    const std::lock_guard lock(state.mutex);
+    state.replacement.swap(changed);
 }
 
 LogCapture::LogCapture()

@@ -1,0 +1,60 @@
+#include "Sensor/UserLog.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+
+#include <gtest/gtest.h>
+#include <iostream>
+#include <sstream>
+
+namespace Sensor {
+namespace {
+
+/// What goes to stderr through std::cerr while it lives.
+class StandardError {
+public:
+    StandardError()
+        : former(std::cerr.rdbuf(text.rdbuf())) {}
+    ~StandardError() { std::cerr.rdbuf(former); }
+    StandardError(const StandardError&) = delete;
+    StandardError& operator=(const StandardError&) = delete;
+
+    std::string Text() const { return text.str(); }
+
+private:
+    std::ostringstream text;
+    std::streambuf* former;
+};
+
+TEST(UserLog, TellsWarningsErrorsAndTheUsersLog) {
+    const StandardError error;
+    const UserLog log(false);
+    Vor::LogDebug("debug");
+    Vor::LogInfo("information");
+    Vor::LogWarning("port %d is low", 3);
+    Vor::LogError("broken");
+    Vor::LogUser(Vor::UserInfo, "VorControl", "hello");
+    Vor::LogUser(Vor::UserWarning, "VorControl", "careful");
+    Vor::LogUser(Vor::UserError, "VorControl", "stop");
+    EXPECT_EQ(error.Text(), "warning: port 3 is low\nerror: broken\nhello\nwarning: careful\nerror: stop\n");
+}
+
+TEST(UserLog, TellsAnExceptionWithoutItsBackTrace) {
+    const StandardError error;
+    const UserLog log(false);
+    const Vor::Exception exception(1, "file", yERROR, "Function", "no disk");
+    Vor::Exception::LogException(exception);
+    const std::string told = error.Text();
+    EXPECT_NE(told.find("no disk"), std::string::npos) << told;
+    Vor::Exception::LogBackTrace(exception);
+    EXPECT_EQ(error.Text(), told);
+}
+
+TEST(UserLog, LeavesStandardErrorToTheLogAgain) {
+    const StandardError error;
+    { const UserLog log(false); }
+    Vor::LogWarning("not through here");
+    EXPECT_EQ(error.Text(), "");
+}
+
+} // namespace
+} // namespace Sensor
