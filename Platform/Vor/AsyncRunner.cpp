@@ -90,12 +90,12 @@ AsyncRunner::~AsyncRunner() {
 }
 
 void AsyncRunner::Run(std::function<void()> call) {
-    ThrowIfFailed(yFault_Check("AsyncRunner::Run"));
+    ThrowIfFailed(yFault_Check("AsyncRunner_Run"));
     State::Enqueue(state, std::move(call));
 }
 
 void AsyncRunner::RunAndWait(std::function<void()> call, unsigned long long timeout) {
-    ThrowIfFailed(yFault_Check("AsyncRunner::RunAndWait"));
+    ThrowIfFailed(yFault_Check("AsyncRunner_RunAndWait"));
     if (AsyncLoop::OnMainLoop()) {
         call();
         return;

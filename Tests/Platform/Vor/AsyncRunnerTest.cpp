@@ -212,7 +212,7 @@ TEST(AsyncRunnerTest, RunCanBeMadeToFail) {
     MainLoop loop(MainLoop::Mode::Manual);
     AsyncRunner runner;
     bool ran = false;
-    yFault_Set("AsyncRunner::Run", yERROR_FULL);
+    yFault_Set("AsyncRunner_Run", yERROR_FULL);
     EXPECT_EQ(StatusOf([&] { runner.Run([&] { ran = true; }); }), yERROR_FULL);
     yFault_Clear();
     loop.RunReady();
