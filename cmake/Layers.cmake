@@ -29,6 +29,9 @@ vor_header_folder(VorControl VorControl Headers_Platform)
 vor_header_folder(Sensor Sensor Headers_VorControl)
 vor_header_folder(Services Services Headers_VorControl)
 
+# Services that show how one is written. They are kept out of the plug-in folder, so that no sensor loads them unasked.
+set(VOR_EXAMPLE_SERVICES Sample CACHE STRING "Folders of Services/ whose modules go into bin/examples")
+
 # A service: an object library, which its tests link too, and the loadable module made of it.
 function(vor_service folder)
   get_filename_component(name ${folder} NAME)
@@ -39,9 +42,13 @@ function(vor_service folder)
   add_library(${name}Objects OBJECT ${sources})
   target_link_libraries(${name}Objects PUBLIC Headers_Services VorCnLib VorPlatform)
   string(TOLOWER ${name} module)
+  set(output plugins)
+  if(name IN_LIST VOR_EXAMPLE_SERVICES)
+    set(output examples)
+  endif()
   add_library(${name}Service MODULE)
   target_link_libraries(${name}Service PRIVATE ${name}Objects)
   target_link_options(${name}Service PRIVATE -Wl,-Bsymbolic-functions)
   set_target_properties(${name}Service PROPERTIES PREFIX "" OUTPUT_NAME ${module}
-    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/plugins)
+    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/${output})
 endfunction()

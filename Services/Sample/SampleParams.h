@@ -1,0 +1,33 @@
+#pragma once
+
+#include "VorApi/Params/Group.h"
+#include "VorApi/Params/Value.h"
+
+namespace Services::Sample {
+
+/// The settings of the service. The constructor is the declaration of their schema: keys, titles, limits, defaults.
+/// What is registered here is saved with the job and loaded again without further work.
+class SampleParams : public Vor::Params::Group {
+public:
+    SampleParams() {
+        Register("isBigEndian", isBigEndian, "Most Significant Byte First");
+        Register("everyNth", everyNth, "Take Every Nth Result");
+        Register("keepAtStop", keepAtStop, "Keep Values When Stopped");
+        everyNth.SetMinimum(1);
+        everyNth.EnableMaximum(true);
+        everyNth.SetMaximum(1000);
+        Reset();
+    }
+
+    void Reset() {
+        isBigEndian = true;
+        everyNth = 1;
+        keepAtStop = false;
+    }
+
+    Vor::Params::Value<bool> isBigEndian;
+    Vor::Params::Value<unsigned int> everyNth;
+    Vor::Params::Value<bool> keepAtStop;
+};
+
+} // namespace Services::Sample

@@ -1,0 +1,171 @@
+#include "Services/Sample/SampleService.h"
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/AssemblyLock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "yApi/yArrayList.h"
+
+#include <string_view>
+#include <utility>
+
+namespace Services::Sample {
+
+using namespace VorControl::ControlProtocol;
+
+namespace {
+
+constexpr const char* assemblyId = "registerAssembly-0";
+
+/// One address space of 256 registers of one byte each, with one type of block.
+std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
+    auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
+        true, 0, 255, assemblyId, IProtocolRegisterAssembly::DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
+    assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementValueRegisterBlockInfo>());
+    return assembly;
+}
+
+/// The result of a data source in a set, or null.
+ResultItem FindItem(ResultSet set, std::string_view source) {
+    const unsigned long id = ResultInfo_IdOfText(source);
+    for (std::size_t i = 0; i < ResultSet_Count(set); ++i) {
+        const ResultItem item = ResultSet_At(set, i);
+        if (ResultInfo_NumericId(ResultItem_ResultInfo(item)) == id) {
+            return item;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+SampleService::SampleService(const ControlProtocolEnviron& environ)
+    : ProtocolBase(environ) // Required: the base class copies what it needs of the record; keep no reference to it.
+    , assembly(MakeAssembly()) {
+    assemblies.Add(assembly);
+    // Required, once: what is bound here is what the framework persists, shows and resets.
+    ProtocolInitParams init;
+    init.nonPersistentProperties = &properties; // Optional: without it there is the status alone.
+    init.params = &params;                      // Required: a group, empty if there are no parameters.
+    init.registerAssemblyGroup = &assemblies;   // Optional: a service without registers binds none.
+    Init(init);
+}
+
+void SampleService::Start() {
+    // Required: the status is how everybody sees what became of the start.
+    UpdateProtocolStatus(ProtocolStatus::Starting);
+    try {
+        Rebuild();
+        // Required for scan results: the sources that pass, and that any are wanted. The second is lost at each Stop.
+        GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+        SetForwardScanResultsToProtocol(true);
+        // Optional: without the filter the service gets each result set whole.
+        GetControlHost().SetScanResultsFiltering(Id(), true);
+    } catch (const std::exception& e) {
+        // Required: it logs the failure, sets the status and throws on, so that the user is told the reason.
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Running);
+}
+
+void SampleService::Stop() {
+    UpdateProtocolStatus(ProtocolStatus::Stopping);
+    try {
+        // Optional: the results end with the service's handler anyway, but so none is processed from here on.
+        SetForwardScanResultsToProtocol(false);
+        if (!params.keepAtStop.Get()) {
+            Rebuild();
+        }
+    } catch (const std::exception& e) {
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStop);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Stopped);
+}
+
+void SampleService::ParamsReset() {
+    params.Reset();
+}
+
+void SampleService::ParamsUpdate() {
+    Rebuild();
+}
+
+void SampleService::ConfigureDefaultRegisterAssembly() {
+    // The service has no blocks of its own choice: the user adds them.
+    assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+    Rebuild();
+}
+
+void SampleService::RegisterAssemblyUpdate(const char* /*assemblyId*/) {
+    // The filter of the scan results follows by itself.
+    Rebuild();
+}
+
+void SampleService::Rebuild() {
+    std::vector<unsigned char> bytes;
+    {
+        const AssemblyLock lock(*assembly); // Required around each use of the blocks.
+        assembly->ChangeBigEndianSupportedBlocks(params.isBigEndian.Get());
+        everyNth = params.everyNth.Get();
+        skipped = 0;
+        registers.clear();
+        for (const auto& block : assembly->AddedRegisterBlocks()) {
+            registers.resize(block->OutputId() + block->SerializedOutputSize());
+            auto& scanBlock = dynamic_cast<ProtocolScanOutputRegisterBlock&>(*block);
+            scanBlock.SerializeNullMsg(registers.data() + block->OutputId(), 0);
+        }
+        bytes = registers;
+    }
+    Show(std::move(bytes), 0);
+}
+
+void SampleService::ProcessResultSets(void* resultSets) {
+    const auto sets = static_cast<yArrayList>(resultSets);
+    for (std::size_t i = 0; i < yArrayList_Count(sets); ++i) {
+        // Required: nothing may leave this function, since an exception here costs the rest of the batch.
+        try {
+            Process(yArrayList_At(sets, i));
+        } catch (const std::exception& e) {
+            Vor::LogError("A result could not be written.");
+            Vor::Exception::LogException(e);
+        }
+    }
+}
+
+void SampleService::Process(ResultSet set) {
+    std::vector<unsigned char> bytes;
+    {
+        const AssemblyLock lock(*assembly);
+        if (++skipped < everyNth) {
+            return;
+        }
+        skipped = 0;
+        for (const auto& block : assembly->AddedRegisterBlocks()) {
+            const ResultItem item = FindItem(set, block->DataSource());
+            const std::size_t size = block->SerializedOutputSize();
+            if (item == nullptr || block->OutputId() + size > registers.size()) {
+                continue; // Its source isn't in this set, or the block is newer than the registers.
+            }
+            const ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData data{item, 0};
+            block->Serialize(registers.data() + block->OutputId(), size, &data, sizeof(data));
+        }
+        bytes = registers;
+    }
+    Show(std::move(bytes), 1);
+}
+
+void SampleService::Show(std::vector<unsigned char> bytes, unsigned long long addedResults) {
+    // Required: properties other than the status change only between these two calls.
+    NonPersistentPropertiesBeginLock();
+    try {
+        properties.registers = Vor::Properties::ByteVector(std::move(bytes));
+        properties.resultCount = properties.resultCount.Get() + addedResults;
+    } catch (...) {
+        NonPersistentPropertiesEndLock();
+        throw;
+    }
+    NonPersistentPropertiesEndLock();
+}
+
+} // namespace Services::Sample
