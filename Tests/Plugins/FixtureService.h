@@ -1,0 +1,96 @@
+#pragma once
+
+#include "FixturePlugin.h"
+
+#include "VorControl/Control/ControlPlugin.h"
+#include "VorControl/Control/IControlFactory.h"
+#include "VorControl/ControlProtocol/ProtocolBase.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+/// A plug-in library with service types: the file defines AddTypes, and everything else is here.
+namespace Fixture {
+
+void AddTypes(VorControl::ControlPlugin& plugin);
+
+/// A service that does nothing but what it is told at its start.
+class Service : public VorControl::ControlProtocol::ProtocolBase {
+public:
+    Service(const VorControl::ControlProtocol::ControlProtocolEnviron& environ, std::function<void()> onStart)
+        : ProtocolBase(environ)
+        , onStart(std::move(onStart)) {
+        VorControl::ControlProtocol::ProtocolInitParams init;
+        init.params = &params;
+        Init(init);
+    }
+
+    void Start() override {
+        if (onStart) {
+            onStart();
+        }
+        UpdateProtocolStatus(VorControl::ControlProtocol::ProtocolStatus::Running);
+    }
+    void Stop() override { UpdateProtocolStatus(VorControl::ControlProtocol::ProtocolStatus::Stopped); }
+
+private:
+    Vor::Params::Group params;
+    std::function<void()> onStart;
+};
+
+class Factory : public VorControl::IControlFactory {
+public:
+    using Function = std::function<std::shared_ptr<VorControl::ControlProtocol::IProtocol>(
+        const VorControl::ControlProtocol::ControlProtocolEnviron&)>;
+
+    explicit Factory(Function function)
+        : function(std::move(function)) {}
+
+    std::shared_ptr<VorControl::ControlProtocol::IProtocol>
+    Create(const VorControl::ControlProtocol::ControlProtocolEnviron& environ) override {
+        return function(environ);
+    }
+
+private:
+    Function function;
+};
+
+[[maybe_unused]] static void AddType(VorControl::ControlPlugin& plugin, const std::string& typeName,
+                                     Factory::Function function) {
+    VorControl::ControlInfo info;
+    info.SetTypeName(typeName.c_str()).SetDisplayName(("Fixture " + typeName).c_str());
+    plugin.Add(info, std::make_shared<Factory>(std::move(function)));
+}
+
+/// A type whose service calls the function at its start.
+[[maybe_unused]] static void AddService(VorControl::ControlPlugin& plugin, const std::string& typeName,
+                                        std::function<void()> onStart) {
+    AddType(plugin, typeName, [onStart](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+        return std::make_shared<Service>(environ, onStart);
+    });
+}
+
+} // namespace Fixture
+
+extern "C" {
+
+yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
+    return Fixture::ConstructAssembly(assembly);
+}
+
+const char* yPlugin_AssemblyVersion() {
+    return "1.0.0.0";
+}
+
+const char* yPlugin_PlatformVersion() {
+    return "1.0.0.0";
+}
+
+yStatus yPlugin_Publish(VorPlugin::PluginLib& lib) {
+    const auto plugin = VorControl::ControlPlugin::Create();
+    Fixture::AddTypes(*plugin);
+    lib.Add(plugin);
+    return yOK;
+}
+}

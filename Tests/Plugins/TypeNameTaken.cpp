@@ -1,0 +1,6 @@
+#include "FixtureService.h"
+
+void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
+    AddService(plugin, "startThrowsException", {});
+    AddService(plugin, "typeNameFree", {});
+}
