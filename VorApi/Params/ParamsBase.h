@@ -116,6 +116,12 @@ protected:
     bool ReadOnlyPending() const { return readOnlyPending; }
     bool TakeReadOnlyPending() { return std::exchange(readOnlyPending, false); }
 
+    bool readOnlyEnabled = false;
+    bool usedEnabled = false;
+    bool visibilityEnabled = false;
+    bool metaEnabled = false;
+    bool descriptionEnabled = false;
+
 private:
     static Properties::Internal::Name TitleKey();
     static Properties::Internal::Name SortOrderKey();
@@ -134,11 +140,6 @@ private:
     std::unique_ptr<Properties::Value<std::string>> description;
     Properties::Value<unsigned int> sortOrder;
     mutable bool readOnlyPending = false;
-    bool readOnlyEnabled = false;
-    bool usedEnabled = false;
-    bool visibilityEnabled = false;
-    bool metaEnabled = false;
-    bool descriptionEnabled = false;
 };
 
 inline Properties::Internal::Name ParamsBase::TitleKey() {
