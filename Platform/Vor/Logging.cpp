@@ -11,6 +11,7 @@
 #include <set>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
+#include <string_view>
 #include <utility>
 
 namespace Vor {
@@ -44,6 +45,17 @@ spdlog::level::level_enum OutputLevel(int rank) {
     return levels[static_cast<std::size_t>(rank)];
 }
 
+// A function's name without its result and arguments: "Space::Class::Call" of "void Space::Class::Call(int)". A title
+// stays as it is.
+std::string_view ShortName(std::string_view title) {
+    const std::size_t arguments = title.find('(');
+    if (arguments == std::string_view::npos) {
+        return title;
+    }
+    const std::string_view name = title.substr(0, arguments);
+    return name.substr(name.rfind(' ') + 1);
+}
+
 // The log's state. It is never destroyed, since static objects log in their destructors too.
 class LogState {
 public:
@@ -52,7 +64,13 @@ public:
         return *instance;
     }
 
-    void Write(LogRecord record) {
+    // False when an entry of this level goes nowhere.
+    bool Wants(std::uint64_t level) const {
+        return (level & LevelUserFlag) != 0 || captureCount.load(std::memory_order_relaxed) > 0 ||
+               Rank(level) >= minimumRank.load(std::memory_order_relaxed);
+    }
+
+    void Write(const LogRecord& record) {
         std::map<Logging::UserHandlerId, std::function<void(const LogRecord&)>> called;
         std::shared_ptr<const std::function<void(const LogRecord&)>> writer;
         const bool user = (record.level & LevelUserFlag) != 0;
@@ -83,7 +101,11 @@ public:
             return;
         }
         if (writer == nullptr) {
-            output.log(OutputLevel(rank), "{}{}: {}", user ? "[user] " : "", record.title, record.text);
+            if (user) {
+                output.log(OutputLevel(rank), "[user] {}: {}", record.title, record.text);
+            } else {
+                output.log(OutputLevel(rank), "{}: {}", ShortName(record.title), record.text);
+            }
             return;
         }
         try {
@@ -95,6 +117,7 @@ public:
     // Guards the captures, the user's records, their handlers and the replacement; ranks before a capture's mutex.
     std::mutex mutex;
     std::set<std::shared_ptr<LogCapture::Sink>> captures;
+    std::atomic<std::size_t> captureCount{0}; // of `captures`; written with the mutex held
     std::deque<LogRecord> userRecords;
     std::map<Logging::UserHandlerId, std::function<void(const LogRecord&)>> userHandlers;
     Logging::UserHandlerId lastHandler = 0;
@@ -120,6 +143,10 @@ void Logging::SetMinimumLevel(std::uint64_t level) {
 
 void Logging::Write(int line, const char* path, std::uint64_t level, const char* title, const char* format,
                     std::span<const FormatArg> args) {
+    LogState& state = LogState::Instance();
+    if (!state.Wants(level)) {
+        return;
+    }
     LogRecord record;
     record.level = level;
     record.title = title == nullptr ? "" : title;
@@ -127,7 +154,7 @@ void Logging::Write(int line, const char* path, std::uint64_t level, const char*
     record.text = FormatArgs(format, args);
     record.path = path == nullptr ? "" : path;
     record.line = line;
-    LogState::Instance().Write(std::move(record));
+    state.Write(record);
 }
 
 std::vector<LogRecord> Logging::UserRecords() {
@@ -167,12 +194,14 @@ LogCapture::LogCapture()
     LogState& state = LogState::Instance();
     const std::lock_guard lock(state.mutex);
     state.captures.insert(sink);
+    state.captureCount = state.captures.size();
 }
 
 LogCapture::~LogCapture() {
     LogState& state = LogState::Instance();
     const std::lock_guard lock(state.mutex);
     state.captures.erase(sink);
+    state.captureCount = state.captures.size();
 }
 
 std::vector<LogRecord> LogCapture::Records() const {

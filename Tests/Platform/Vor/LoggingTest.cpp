@@ -89,6 +89,21 @@ TEST(LoggingTest, OutputGoesToStandardErrorFromTheMinimumLevelUp) {
     EXPECT_NE(output.find("now above"), std::string::npos);
 }
 
+TEST(LoggingTest, OutputNamesTheFunctionWithoutItsArguments) {
+    testing::internal::CaptureStderr();
+    Vor_Log(0, "", Vor::LevelError, "std::vector<int, std::allocator<int> > Space::Class::Call(int) const", "text");
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("] Space::Class::Call: text"), std::string::npos);
+}
+
+TEST(LoggingTest, OutputKeepsTitles) {
+    testing::internal::CaptureStderr();
+    Vor::LogUser(Vor::UserError, "Params validation", "text");
+    Vor_Log(0, "", Vor::LevelError, "Some title", "more");
+    const std::string output = testing::internal::GetCapturedStderr();
+    EXPECT_NE(output.find("[user] Params validation: text"), std::string::npos);
+    EXPECT_NE(output.find("] Some title: more"), std::string::npos);
+}
+
 TEST(LoggingTest, TextWithBracesIsPrintedAsItIs) {
     testing::internal::CaptureStderr();
     Vor::LogError("{} {broken");
