@@ -3,28 +3,15 @@
 #include "yApi/yFault.h"
 
 #include <functional>
-#include <string>
-
-namespace {
-
-class ResultInfoObject : public yObject {
-public:
-    ResultInfoObject(yAllocator allocator, std::uint16_t type, std::string_view source)
-        : yObject(yType_ResultInfo)
-        , kind(type)
-        , numericId(ResultInfo_IdOfText(source))
-        , allocator(allocator)
-        , source(source) {}
-
-    const std::uint16_t kind;
-    const unsigned long numericId;
-    const yAllocator allocator;
-    const std::string source;
-};
-
-} // namespace
 
 const yType yType_ResultInfo{"ResultInfo", nullptr, &yObject_Delete<ResultInfoObject>};
+
+ResultInfoObject::ResultInfoObject(yAllocator allocator, std::uint16_t kind, std::string_view source)
+    : yObject(yType_ResultInfo)
+    , kind(kind)
+    , numericId(ResultInfo_IdOfText(source))
+    , allocator(allocator)
+    , source(source) {}
 
 unsigned long ResultInfo_IdOfText(std::string_view text) {
     return std::hash<std::string_view>()(text);
@@ -39,16 +26,4 @@ yStatus ResultInfo_Construct(ResultInfo* info, std::uint16_t type, std::string_v
     }
     *info = yObject_ToHandle(yObject_New<ResultInfoObject>(allocator, type, source));
     return yOK;
-}
-
-std::uint16_t ResultInfo_Type(ResultInfo info) {
-    return yObject_As<ResultInfoObject>(info)->kind;
-}
-
-unsigned long ResultInfo_NumericId(ResultInfo info) {
-    return yObject_As<ResultInfoObject>(info)->numericId;
-}
-
-const char* ResultInfo_Source(ResultInfo info) {
-    return yObject_As<ResultInfoObject>(info)->source.c_str();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorMsg/ResultInfoObject.h"
 #include "yApi/yObject.h"
 
 #include <cstdint>
@@ -23,7 +24,13 @@ unsigned long ResultInfo_IdOfText(std::string_view text);
 yStatus ResultInfo_Construct(ResultInfo* info, std::uint16_t type, std::string_view source,
                              yAllocator allocator = nullptr);
 
-std::uint16_t ResultInfo_Type(ResultInfo info);
-unsigned long ResultInfo_NumericId(ResultInfo info);
+inline std::uint16_t ResultInfo_Type(ResultInfo info) {
+    return yObject_As<ResultInfoObject>(info)->kind;
+}
+inline unsigned long ResultInfo_NumericId(ResultInfo info) {
+    return yObject_As<ResultInfoObject>(info)->numericId;
+}
 /// The data source; valid as long as the info.
-const char* ResultInfo_Source(ResultInfo info);
+inline const char* ResultInfo_Source(ResultInfo info) {
+    return yObject_As<ResultInfoObject>(info)->source.c_str();
+}

@@ -1,6 +1,5 @@
 #include "VorMsg/ResultItem.h"
 
-#include "VorMsg/ResultItemObject.h"
 #include "yApi/yFault.h"
 
 namespace {
@@ -14,14 +13,13 @@ public:
     const yAllocator allocator;
 };
 
-void* OwnerOf(void* item) {
-    auto* object = yObject_As<ResultItemObject>(item);
-    return object->set != nullptr ? object->set : object;
+void* SetOf(const void* item) {
+    return static_cast<const ResultItemObject*>(static_cast<const yObject*>(item))->set;
 }
 
 } // namespace
 
-const yType yType_ResultItem{"ResultItem", nullptr, &yObject_Delete<FreeResultItem>, &OwnerOf};
+const yType yType_ResultItem{"ResultItem", nullptr, &yObject_Delete<FreeResultItem>, &SetOf};
 
 yStatus ResultItem_Construct(ResultItem* item, yMsgInfo msgInfo, ResultInfo resultInfo, yAllocator allocator) {
     if (const yStatus fault = yFault_Check("ResultItem_Construct"); fault != yOK) {
@@ -32,12 +30,4 @@ yStatus ResultItem_Construct(ResultItem* item, yMsgInfo msgInfo, ResultInfo resu
     }
     *item = yObject_ToHandle(yObject_New<FreeResultItem>(allocator, msgInfo, resultInfo));
     return yOK;
-}
-
-yMsgInfo ResultItem_MsgInfo(ResultItem item) {
-    return item == nullptr ? nullptr : yObject_As<ResultItemObject>(item)->msgInfo;
-}
-
-ResultInfo ResultItem_ResultInfo(ResultItem item) {
-    return item == nullptr ? nullptr : yObject_As<ResultItemObject>(item)->resultInfo;
 }

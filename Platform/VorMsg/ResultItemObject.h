@@ -1,13 +1,14 @@
 #pragma once
 
-#include "VorMsg/ResultItem.h"
+#include "yApi/yObject.h"
 
-/// A result item, on its own or inside a set. For the sources of the result classes.
+extern const yType yType_ResultItem;
+
+/// What a `ResultItem` points to, on its own or inside a set. It has one share of each of its parts.
 class ResultItemObject : public yObject {
 public:
-    /// Takes over one share of each of the two.
-    ResultItemObject(yObject* set, yMsgInfo msgInfo, ResultInfo resultInfo)
-        : yObject(yType_ResultItem)
+    ResultItemObject(yObject* set, void* msgInfo, void* resultInfo)
+        : yObject(yType_ResultItem, set != nullptr)
         , msgInfo(msgInfo)
         , resultInfo(resultInfo)
         , set(set) {}
@@ -16,7 +17,7 @@ public:
         yObject_Release(resultInfo);
     }
 
-    const yMsgInfo msgInfo;
-    const ResultInfo resultInfo;
+    void* const msgInfo;
+    void* const resultInfo;
     yObject* const set; ///< the set that the item lives in, or null
 };

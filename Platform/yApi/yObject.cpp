@@ -15,8 +15,8 @@ std::int32_t yObject_ShareCount(const void* handle) {
         return 0;
     }
     const auto* object = static_cast<const yObject*>(handle);
-    if (object->type->owner != nullptr) {
-        object = static_cast<const yObject*>(object->type->owner(const_cast<void*>(handle)));
+    if (object->owned) {
+        object = static_cast<const yObject*>(object->type->owner(handle));
     }
     return object->shares.load(std::memory_order_acquire);
 }

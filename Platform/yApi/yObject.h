@@ -13,8 +13,8 @@ struct yType {
     const char* name;
     const yType* parent; ///< null for a class without a base
     void (*destroy)(void* handle);
-    /// For objects that live inside another one: gives that one, which then counts the shares. Null otherwise.
-    void* (*owner)(void* handle) = nullptr;
+    /// Of an object that lives inside another one: that one, which counts the shares. Null when no object does.
+    void* (*owner)(const void* handle) = nullptr;
 };
 
 /// Base of every shared object. Users hold `void*` handles, which point to this base; a new object has one share.
@@ -26,10 +26,12 @@ public:
 
     const yType* const type;
     std::atomic<std::int32_t> shares{1};
+    const bool owned; ///< lives inside another object
 
 protected:
-    explicit yObject(const yType& type)
-        : type(&type) {}
+    explicit yObject(const yType& type, bool owned = false)
+        : type(&type)
+        , owned(owned) {}
     ~yObject() = default;
 };
 
@@ -40,7 +42,7 @@ inline void* yObject_Share(void* handle) {
         return nullptr;
     }
     auto* object = static_cast<yObject*>(handle);
-    if (object->type->owner != nullptr) [[unlikely]] {
+    if (object->owned) [[unlikely]] {
         object = static_cast<yObject*>(object->type->owner(handle));
     }
     object->shares.fetch_add(1, std::memory_order_relaxed);
@@ -53,7 +55,7 @@ inline void yObject_Release(void* handle) {
         return;
     }
     auto* object = static_cast<yObject*>(handle);
-    if (object->type->owner != nullptr) [[unlikely]] {
+    if (object->owned) [[unlikely]] {
         object = static_cast<yObject*>(object->type->owner(handle));
     }
     if (object->shares.fetch_sub(1, std::memory_order_acq_rel) == 1) {

@@ -119,7 +119,7 @@ TEST_F(ResultSetTest, CostsFewAllocationsHoweverManyItems) {
         for (int i = 16; i < 64; ++i) {
             Add(counted.Get());
         }
-        EXPECT_EQ(resource.allocations, 3);
+        EXPECT_EQ(resource.allocations, 2);
     }
     EXPECT_EQ(resource.alive, 0);
 }

@@ -39,6 +39,7 @@ class ControlScanResultsDispatcherTest : public testing::Test {
 protected:
     void TearDown() override {
         dispatcher.reset();
+        collector.Clear();
         EXPECT_EQ(Tests::CountThreads(threadName), 0U);
         EXPECT_EQ(yObject_LiveCount(), liveBefore);
     }
@@ -47,6 +48,10 @@ protected:
 
     const std::int64_t liveBefore = yObject_LiveCount();
     Tests::Faults faults;
+    /// What handlers use lives until the dispatcher is gone.
+    Tests::SetCollector collector;
+    Tests::Signal entered;
+    Tests::Signal leave;
     std::unique_ptr<ControlScanResultsDispatcher> dispatcher;
 };
 
@@ -69,7 +74,6 @@ TEST_F(ControlScanResultsDispatcherTest, FlagsReadBackAsSet) {
 
 TEST_F(ControlScanResultsDispatcherTest, HandsSetsOverInOrderOfArrivalAndKeepsNoShare) {
     Make();
-    Tests::SetCollector collector;
     dispatcher->AddResultHandler(collector.Handler());
     std::vector<Vor::Object> sets;
     for (int i = 0; i < 50; ++i) {
@@ -91,30 +95,28 @@ TEST_F(ControlScanResultsDispatcherTest, HandsSetsOverInOrderOfArrivalAndKeepsNo
 TEST_F(ControlScanResultsDispatcherTest, CallsHandlersOnItsNamedThread) {
     Make();
     std::string name;
-    Tests::Signal called;
     dispatcher->AddResultHandler([&](void*) {
         char text[16] = {};
         pthread_getname_np(pthread_self(), text, sizeof(text));
         name = text;
-        called.Set();
+        entered.Set();
     });
     dispatcher->AddResult(Tests::MakeResultSet({"a"}).Get());
-    ASSERT_TRUE(called.Wait());
+    ASSERT_TRUE(entered.Wait());
     EXPECT_EQ(name, threadName);
 }
 
 TEST_F(ControlScanResultsDispatcherTest, TwoHandlersGetTheSameBatchInOrderOfRegistration) {
     Make();
     std::vector<std::pair<int, void*>> calls;
-    Tests::Signal called;
     dispatcher->AddResultHandler([&](void* batch) { calls.emplace_back(1, batch); });
     dispatcher->AddResultHandler([&](void* batch) {
         calls.emplace_back(2, batch);
-        called.Set();
+        entered.Set();
     });
     EXPECT_EQ(dispatcher->ResultHandlerCount(), 2U);
     dispatcher->AddResult(Tests::MakeResultSet({"a"}).Get());
-    ASSERT_TRUE(called.Wait());
+    ASSERT_TRUE(entered.Wait());
     dispatcher->Stop();
     ASSERT_EQ(calls.size(), 2U);
     EXPECT_EQ(calls[0].first, 1);
@@ -125,11 +127,9 @@ TEST_F(ControlScanResultsDispatcherTest, TwoHandlersGetTheSameBatchInOrderOfRegi
 TEST_F(ControlScanResultsDispatcherTest, FailureOfTheFirstHandlerKeepsTheSecondFromThatBatchOnly) {
     Make();
     Vor::LogCapture log;
-    Tests::SetCollector collector;
-    Tests::Signal thrown;
     dispatcher->AddResultHandler([&](void*) {
-        if (!thrown.IsSet()) {
-            thrown.Set();
+        if (!entered.IsSet()) {
+            entered.Set();
             Vor::Throw(yERROR_PARAMETER, "bad batch");
         }
     });
@@ -137,7 +137,7 @@ TEST_F(ControlScanResultsDispatcherTest, FailureOfTheFirstHandlerKeepsTheSecondF
     const auto lost = Tests::MakeResultSet({"a"});
     const auto kept = Tests::MakeResultSet({"b"});
     dispatcher->AddResult(lost.Get());
-    ASSERT_TRUE(thrown.Wait());
+    ASSERT_TRUE(entered.Wait());
     EXPECT_TRUE(Tests::WaitUntil([&] { return yObject_ShareCount(lost.Get()) == 1; }));
     dispatcher->AddResult(kept.Get());
     ASSERT_TRUE(collector.WaitFor(1));
@@ -152,7 +152,6 @@ TEST_F(ControlScanResultsDispatcherTest, BatchWithoutHandlersIsPurgedWithoutACal
     const auto set = Tests::MakeResultSet({"a"});
     dispatcher->AddResult(set.Get());
     EXPECT_TRUE(Tests::WaitUntil([&] { return yObject_ShareCount(set.Get()) == 1; }));
-    Tests::SetCollector collector;
     dispatcher->AddResultHandler(collector.Handler());
     const auto later = Tests::MakeResultSet({"b"});
     dispatcher->AddResult(later.Get());
@@ -162,9 +161,6 @@ TEST_F(ControlScanResultsDispatcherTest, BatchWithoutHandlersIsPurgedWithoutACal
 
 TEST_F(ControlScanResultsDispatcherTest, WhatArrivesDuringACycleFormsOneBatch) {
     Make();
-    Tests::SetCollector collector;
-    Tests::Signal entered;
-    Tests::Signal leave;
     dispatcher->AddResultHandler([&](void* batch) {
         entered.Set();
         leave.Wait();
@@ -186,8 +182,6 @@ TEST_F(ControlScanResultsDispatcherTest, WhatArrivesDuringACycleFormsOneBatch) {
 
 TEST_F(ControlScanResultsDispatcherTest, RemovalWaitsForTheBatchInProgress) {
     Make();
-    Tests::Signal entered;
-    Tests::Signal leave;
     std::atomic<bool> ended = false;
     auto id = dispatcher->AddResultHandler([&](void*) {
         entered.Set();
@@ -208,9 +202,6 @@ TEST_F(ControlScanResultsDispatcherTest, RemovalWaitsForTheBatchInProgress) {
 
 TEST_F(ControlScanResultsDispatcherTest, StopDiscardsBothListsAndStartBeginsAnew) {
     Make();
-    Tests::SetCollector collector;
-    Tests::Signal entered;
-    Tests::Signal leave;
     dispatcher->AddResultHandler([&](void* batch) {
         collector.Take(batch);
         entered.Set();
@@ -243,8 +234,6 @@ TEST_F(ControlScanResultsDispatcherTest, StopDiscardsBothListsAndStartBeginsAnew
 
 TEST_F(ControlScanResultsDispatcherTest, StopWaitsForTheRunningHandler) {
     Make();
-    Tests::Signal entered;
-    Tests::Signal leave;
     std::atomic<bool> ended = false;
     dispatcher->AddResultHandler([&](void*) {
         entered.Set();
@@ -265,15 +254,14 @@ TEST_F(ControlScanResultsDispatcherTest, StopWaitsForTheRunningHandler) {
 TEST_F(ControlScanResultsDispatcherTest, StandardExceptionEndsTheThreadAndResultsPileUpUntilTheStop) {
     Make();
     Vor::LogCapture log;
-    Tests::Signal called;
     dispatcher->AddResultHandler([&](void*) {
-        called.Set();
+        entered.Set();
         throw std::runtime_error("handler broke");
     });
     const auto first = Tests::MakeResultSet({"a"});
     const auto second = Tests::MakeResultSet({"b"});
     dispatcher->AddResult(first.Get());
-    ASSERT_TRUE(called.Wait());
+    ASSERT_TRUE(entered.Wait());
     EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 0; }));
     EXPECT_EQ(yObject_ShareCount(first.Get()), 1);
     dispatcher->AddResult(second.Get());
@@ -289,14 +277,13 @@ TEST_F(ControlScanResultsDispatcherTest, StandardExceptionEndsTheThreadAndResult
 TEST_F(ControlScanResultsDispatcherTest, AnyOtherExceptionEndsTheThreadToo) {
     Make();
     Vor::LogCapture log;
-    Tests::Signal called;
     dispatcher->AddResultHandler([&](void*) {
-        called.Set();
+        entered.Set();
         throw 5;
     });
     const auto set = Tests::MakeResultSet({"a"});
     dispatcher->AddResult(set.Get());
-    ASSERT_TRUE(called.Wait());
+    ASSERT_TRUE(entered.Wait());
     EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 0; }));
     EXPECT_EQ(yObject_ShareCount(set.Get()), 1);
     EXPECT_EQ(log.Count("EXCEPTION THROWN: "), 0U);

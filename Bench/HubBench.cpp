@@ -1,0 +1,307 @@
+// The road of a result set from the hub to the services that filter it, against loops written by hand for the same.
+// A rate is items that reach a service in a second of the process's CPU time, all threads included.
+
+#include "Bench/Measure.h"
+#include "VorApi/Object.h"
+#include "VorControl/Control/ControlScanResults.h"
+#include "VorMsg/ResultSet.h"
+#include "VorMsg/VvMeasureMsg.h"
+#include "yApi/yArrayList.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t rounds = 4;
+constexpr std::size_t passesPerRound = 16;
+constexpr std::size_t setCount = 16; // distinct sets, each published once a pass
+constexpr std::size_t setsPerRound = passesPerRound * setCount;
+
+std::string SourceName(std::size_t i) {
+    return "tool/" + std::to_string(i);
+}
+
+std::vector<std::string> SourceNames(std::size_t items) {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < items; ++i) {
+        names.push_back(SourceName(i));
+    }
+    return names;
+}
+
+void Check(yStatus status) {
+    if (status != yOK) {
+        throw std::runtime_error("status " + std::to_string(status));
+    }
+}
+
+std::vector<Vor::Object> MakeSets(std::size_t items) {
+    std::vector<Vor::Object> sets(setCount);
+    for (auto& set : sets) {
+        Check(ResultSet_Construct(set.Out()));
+        for (std::size_t i = 0; i < items; ++i) {
+            Vor::Object msg;
+            Vor::Object msgInfo;
+            Vor::Object info;
+            Check(VvMeasureMsg_Construct(msg.Out(), static_cast<double>(i), 1));
+            Check(yMsgInfo_Construct(msgInfo.Out(), msg.Release(), 0, 0));
+            Check(ResultInfo_Construct(info.Out(), ResultInfo_TypeMeasurement, SourceName(i)));
+            Check(ResultSet_Add(set.Get(), msgInfo.Release(), info.Release(), 0));
+        }
+    }
+    return sets;
+}
+
+// Counts down what the services got; the publisher waits for the end without using CPU time.
+class Countdown {
+public:
+    void Expect(std::size_t count) { left.store(count); }
+
+    void Take(std::size_t count) {
+        if (left.fetch_sub(count) == count) {
+            const std::lock_guard guard(mutex);
+            done.notify_all();
+        }
+    }
+
+    void Wait() {
+        std::unique_lock guard(mutex);
+        done.wait(guard, [this] { return left.load() == 0; });
+    }
+
+private:
+    std::atomic<std::size_t> left = 0;
+    std::mutex mutex;
+    std::condition_variable done;
+};
+
+// The library: each service filters by a map of all the sources, so that every item passes.
+class Library {
+public:
+    Library(std::size_t services, std::size_t items)
+        : services(services)
+        , items(items)
+        , sets(MakeSets(items)) {
+        for (std::size_t i = 0; i < services; ++i) {
+            const auto id = "service" + std::to_string(i);
+            results.AddResultHandler(
+                id, [this](void* batch) { countdown.Take(yArrayList_Count(static_cast<yArrayList>(batch))); });
+            results.UpdateOutputMap(id, SourceNames(items));
+            results.SetForwardScanResultsToProtocol(id, true);
+        }
+    }
+
+    void Round() {
+        countdown.Expect(services * setsPerRound);
+        for (std::size_t pass = 0; pass < passesPerRound; ++pass) {
+            for (const auto& set : sets) {
+                results.ProcessResultSet(set.Get());
+            }
+        }
+        countdown.Wait();
+    }
+
+    double Rate() {
+        const double begin = Bench::ProcessCpuSeconds();
+        for (std::size_t i = 0; i < rounds; ++i) {
+            Round();
+        }
+        const double passed = static_cast<double>(rounds * setsPerRound * services * items);
+        return passed / (Bench::ProcessCpuSeconds() - begin);
+    }
+
+    // Of a filtered set, by the mean of a round.
+    double Allocations() {
+        const auto begin = Bench::Allocations();
+        Round();
+        return static_cast<double>(Bench::Allocations() - begin) / static_cast<double>(setsPerRound * services);
+    }
+
+private:
+    std::size_t services;
+    std::size_t items;
+    std::vector<Vor::Object> sets;
+    Countdown countdown;
+    VorControl::ControlScanResults results{nullptr, nullptr};
+};
+
+struct Message {
+    double value;
+    unsigned char decision;
+};
+
+struct Info {
+    unsigned long id;
+    std::string source;
+};
+
+struct Item {
+    std::shared_ptr<const Message> message;
+    std::shared_ptr<const Info> info;
+};
+
+std::vector<std::vector<Item>> MakePlainSets(std::size_t items) {
+    std::vector<std::vector<Item>> sets(setCount);
+    for (auto& set : sets) {
+        for (std::size_t i = 0; i < items; ++i) {
+            set.push_back({std::make_shared<Message>(Message{static_cast<double>(i), 1}),
+                           std::make_shared<Info>(Info{ResultInfo_IdOfText(SourceName(i)), SourceName(i)})});
+        }
+    }
+    return sets;
+}
+
+// A loop by hand over plain sets. `Service` tells what a service filters by and what it keeps of an item.
+template <class Service>
+class Loop {
+public:
+    Loop(std::size_t services, std::size_t items)
+        : items(items)
+        , services(services)
+        , sets(MakePlainSets(items)) {
+        for (auto& service : this->services) {
+            for (std::size_t i = 0; i < items; ++i) {
+                service.Pass(SourceName(i));
+            }
+        }
+    }
+
+    double Rate() {
+        const double begin = Bench::ProcessCpuSeconds();
+        for (std::size_t i = 0; i < rounds; ++i) {
+            Round();
+        }
+        const double passed = static_cast<double>(rounds * setsPerRound * services.size() * items);
+        return passed / (Bench::ProcessCpuSeconds() - begin);
+    }
+
+private:
+    std::size_t items;
+    std::vector<Service> services;
+    std::vector<std::vector<Item>> sets;
+
+    void Round() {
+        for (std::size_t pass = 0; pass < passesPerRound; ++pass) {
+            for (const auto& set : sets) {
+                for (auto& service : services) {
+                    service.Filter(set);
+                }
+            }
+        }
+        for (auto& service : services) {
+            service.Consume();
+        }
+    }
+};
+
+// For each item one lookup in a map and one share of message and of information; then one append of the filtered items
+// under a mutex. The service takes the list and gives the shares back.
+class MapAndShares {
+public:
+    void Pass(const std::string& source) { passing.emplace(ResultInfo_IdOfText(source), source); }
+
+    void Filter(const std::vector<Item>& set) {
+        std::vector<Item> filtered;
+        filtered.reserve(set.size());
+        for (const auto& item : set) {
+            if (passing.find(item.info->id) != passing.end()) {
+                filtered.push_back(item);
+            }
+        }
+        const std::lock_guard guard(mutex);
+        incoming.push_back(std::move(filtered));
+    }
+
+    void Consume() {
+        {
+            const std::lock_guard guard(mutex);
+            taken.swap(incoming);
+        }
+        taken.clear();
+    }
+
+private:
+    std::map<unsigned long, std::string> passing;
+    std::mutex mutex;
+    std::vector<std::vector<Item>> incoming;
+    std::vector<std::vector<Item>> taken;
+};
+
+// The least that one can do: a hash set instead of the map, plain pointers instead of shares.
+class HashAndPointers {
+public:
+    void Pass(const std::string& source) { passing.insert(ResultInfo_IdOfText(source)); }
+
+    void Filter(const std::vector<Item>& set) {
+        const std::lock_guard guard(mutex);
+        for (const auto& item : set) {
+            if (passing.contains(item.info->id)) {
+                incoming.push_back(&item);
+            }
+        }
+    }
+
+    void Consume() {
+        const std::lock_guard guard(mutex);
+        Bench::Keep(incoming.data());
+        incoming.clear();
+    }
+
+private:
+    std::unordered_set<unsigned long> passing;
+    std::mutex mutex;
+    std::vector<const Item*> incoming;
+};
+
+std::string Label(std::size_t services, std::size_t items, const std::string& reference) {
+    return std::to_string(services) + " services, " + std::to_string(items) + " items, against " + reference;
+}
+
+void Measure(Bench::Report& report, std::size_t services, std::size_t items, bool limited) {
+    Library library(services, items);
+    {
+        Loop<MapAndShares> byHand(services, items);
+        const auto comparison = Bench::Compare(
+            7, [&] { return library.Rate(); }, [&] { return byHand.Rate(); });
+        report.AddRate(Label(services, items, "map, shares and a mutex"), comparison, "M items/s",
+                       limited ? std::optional(0.5) : std::nullopt, 1e-6);
+    }
+    if (limited) {
+        Loop<HashAndPointers> bare(services, items);
+        const auto comparison = Bench::Compare(
+            7, [&] { return library.Rate(); }, [&] { return bare.Rate(); });
+        report.AddRate(Label(services, items, "hash set and plain pointers"), comparison, "M items/s", std::nullopt,
+                       1e-6);
+    }
+    // A set of up to 16 items is one allocation; each time that four times the room is needed costs one
+    // more. The rest is for a list that grows.
+    std::size_t chunks = 1;
+    for (std::size_t room = 16; room < items; room *= 4) {
+        ++chunks;
+    }
+    report.Note(std::to_string(items) + " items, allocations a set and service", library.Allocations(), "",
+                static_cast<double>(chunks) + 0.5);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Bench::Report report("hub", argc, argv);
+    Measure(report, 8, 64, true);
+    if (!report.Has("--quick")) {
+        Measure(report, 1, 64, false);
+        Measure(report, 64, 64, false);
+        Measure(report, 8, 1, false);
+        Measure(report, 8, 1024, false);
+    }
+    return report.Finish();
+}
