@@ -110,31 +110,40 @@ void PersistManager::Load() {
     RunWhileWaiting([this] { LoadDomains(); }, [this] { CommitInitialised(); });
 }
 
-std::shared_future<void> PersistManager::Save(PersistDomain domain) {
+void PersistManager::SaveResult::ThrowIfFailed() const {
+    if (status != yOK) {
+        Vor::Throw(status, "%s", text);
+    }
+}
+
+std::shared_future<PersistManager::SaveResult> PersistManager::Save(PersistDomain domain) {
+    struct Progress {
+        bool wasModified = false;
+        std::exception_ptr failure;
+        std::promise<SaveResult> result;
+    };
     const std::size_t index = IndexOf(domain);
-    auto saved = std::make_shared<std::promise<void>>();
-    auto failure = std::make_shared<std::exception_ptr>();
-    auto wasModified = std::make_shared<bool>();
+    const auto progress = std::make_shared<Progress>();
+    const std::shared_future<SaveResult> result = progress->result.get_future().share();
     RunWhileWaiting(
         [=, this] {
-            *wasModified = modified[index].exchange(false);
-            *failure = FailureOf([&] { SaveHandlers(domain); });
+            progress->wasModified = modified[index].exchange(false);
+            progress->failure = FailureOf([&] { SaveHandlers(domain); });
         },
         [=, this] {
-            if (*failure == nullptr) {
-                *failure = FailureOf([&] { stores[index]->Commit(); });
+            if (progress->failure == nullptr) {
+                progress->failure = FailureOf([&] { stores[index]->Commit(); });
             }
-            if (*failure == nullptr) {
-                saved->set_value();
+            if (progress->failure == nullptr) {
+                progress->result.set_value({});
                 return;
             }
-            if (*wasModified) {
+            if (progress->wasModified) {
                 modified[index] = true;
             }
-            LogFailedSave(domain, *failure);
-            saved->set_exception(std::move(*failure));
+            progress->result.set_value(LogFailedSave(domain, progress->failure));
         });
-    return saved->get_future().share();
+    return result;
 }
 
 std::string PersistManager::LoadedJob() const {
@@ -179,25 +188,27 @@ void PersistManager::RunThread() {
 
 /// Both steps run on the thread, the caller waits for the first and gets its failure.
 void PersistManager::RunWhileWaiting(std::function<void()> step, std::function<void()> after) {
-    auto answer = std::make_shared<std::promise<void>>();
-    std::future<void> answered = answer->get_future();
     const BlockedScope blocked(environ.setMainLoopBlocked);
-    {
-        const std::lock_guard guard(queueMutex);
-        queue.emplace_back([answer, step = std::move(step), after = std::move(after)] {
-            std::exception_ptr failure = FailureOf(step);
-            if (failure == nullptr) {
-                answer->set_value();
-            } else {
-                answer->set_exception(std::move(failure));
-            }
-            if (after) {
-                after();
-            }
-        });
-    }
+    std::unique_lock guard(queueMutex);
+    answered = false;
+    queue.emplace_back([this, step = std::move(step), after = std::move(after)] {
+        // The failure is handed over whole: this thread keeps no share of the exception.
+        std::exception_ptr failure = FailureOf(step);
+        {
+            const std::lock_guard guard(queueMutex);
+            answered = true;
+            answer = std::move(failure);
+        }
+        answerGiven.notify_one();
+        after();
+    });
     queueChanged.notify_one();
-    answered.get();
+    answerGiven.wait(guard, [this] { return answered; });
+    std::exception_ptr failure = std::exchange(answer, nullptr);
+    guard.unlock();
+    if (failure != nullptr) {
+        std::rethrow_exception(std::move(failure));
+    }
 }
 
 void PersistManager::LoadDomains() {
@@ -288,15 +299,15 @@ void PersistManager::SaveHandlers(PersistDomain domain) {
     }
 }
 
-void PersistManager::LogFailedSave(PersistDomain domain, const std::exception_ptr& failure) {
+PersistManager::SaveResult PersistManager::LogFailedSave(PersistDomain domain, const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
     } catch (const std::exception& e) {
         Vor::LogError("The %s domain wasn't saved (%s).", PersistDomain_Name(domain), e.what());
         Vor::Exception::LogException(e);
         Vor::Exception::LogBackTrace(e);
-    } catch (...) {
-        Vor::LogError("The %s domain wasn't saved (unknown exception).", PersistDomain_Name(domain));
+        const auto* known = dynamic_cast<const Vor::Exception*>(&e);
+        return {known != nullptr ? known->Status() : yERROR, e.what()};
     }
 }
 

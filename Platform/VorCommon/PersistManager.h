@@ -3,6 +3,7 @@
 #include "VorCommon/IPersistRegistrar.h"
 #include "VorCommon/IPersistStore.h"
 #include "VorCommon/PersistDomain.h"
+#include "yApi/yStatus.h"
 #include "yApi/yThread.h"
 
 #include <array>
@@ -38,6 +39,15 @@ public:
         StoreDecorator decorateStore; ///< may be empty
     };
 
+    /// What became of a save. A failure is also logged.
+    struct SaveResult {
+        yStatus status = yOK;
+        std::string text; ///< what failed
+
+        /// @throws Vor::Exception with status and text of a save that failed.
+        void ThrowIfFailed() const;
+    };
+
     /// The file name of a job: the name given, completed with ".vrjob" where that is missing.
     /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name that doesn't begin with a dot.
     static std::string JobFileName(const std::string& name);
@@ -63,9 +73,8 @@ public:
     void Load();
 
     /// Saves the domain. Main loop only; blocks while the handlers write, but not while the file is written.
-    /// @return ready when the file is safely on the disk; its get() throws when that failed, and the file is then as
-    ///         it was. The failure is also logged.
-    std::shared_future<void> Save(PersistDomain domain);
+    /// @return ready when the file is safely on the disk, or the save has failed and the file is as it was.
+    std::shared_future<SaveResult> Save(PersistDomain domain);
 
     /// The file name of the loaded job with its extension; empty before the first Load(). Any thread.
     std::string LoadedJob() const;
@@ -98,7 +107,7 @@ private:
     void LoadHandlers(const LoadedDomain& loaded);
     void CommitInitialised();
     void SaveHandlers(PersistDomain domain);
-    void LogFailedSave(PersistDomain domain, const std::exception_ptr& failure);
+    static SaveResult LogFailedSave(PersistDomain domain, const std::exception_ptr& failure);
     std::vector<unsigned long long> HandlerIds() const;
     void CallHandler(unsigned long long id, std::string& component, const std::function<void(IPersistHandler&)>& call);
 
@@ -117,9 +126,12 @@ private:
     unsigned long long runningId = 0; // 0: none
     std::thread::id runningThread;
 
-    // Guards the queue of the thread and its end. A leaf.
+    // Guards the queue of the thread, its end and its answer to the main loop. A leaf.
     std::mutex queueMutex;
     std::condition_variable queueChanged;
+    std::condition_variable answerGiven;
+    bool answered = false;
+    std::exception_ptr answer; // the failure of what the main loop waits for
     std::deque<std::function<void()>> queue;
     bool ending = false;
 

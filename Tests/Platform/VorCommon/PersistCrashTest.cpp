@@ -60,7 +60,7 @@ public:
         if (write(pipe, &saved, sizeof saved) != sizeof saved) {
             _exit(1);
         }
-        manager.Save(PersistDomain::Job).get();
+        manager.Save(PersistDomain::Job).get().ThrowIfFailed();
     }
 }
 
@@ -115,9 +115,9 @@ std::chrono::nanoseconds DurationOfASave(const std::string& folder) {
     Writer writer;
     manager.Register(writer, "");
     manager.Load();
-    manager.Save(PersistDomain::Job).get();
+    manager.Save(PersistDomain::Job).get().ThrowIfFailed();
     const auto begin = std::chrono::steady_clock::now();
-    manager.Save(PersistDomain::Job).get();
+    manager.Save(PersistDomain::Job).get().ThrowIfFailed();
     return std::chrono::steady_clock::now() - begin;
 }
 

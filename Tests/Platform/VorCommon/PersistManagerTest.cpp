@@ -115,15 +115,6 @@ protected:
         return yOK;
     }
 
-    static std::string FailureText(const std::shared_future<void>& saved) {
-        try {
-            saved.get();
-        } catch (const std::exception& e) {
-            return e.what();
-        }
-        return "";
-    }
-
     Tests::TempFolder folder;
     const std::string jobPath = folder.File("jobs/part.vrjob");
     const std::string workspacePath = folder.File("workspace.vrdata");
@@ -206,7 +197,7 @@ TEST_F(PersistManagerTest, HandlersRunOnThePersistenceThreadWhileTheMainLoopIsBl
     EXPECT_FALSE(blocked);
     manager->Load();
     EXPECT_FALSE(blocked);
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_FALSE(blocked);
     EXPECT_EQ(seen, (std::vector<bool>{true, true, true}));
     EXPECT_STREQ(threadName, "Persistence");
@@ -228,12 +219,12 @@ TEST_F(PersistManagerTest, TheMainLoopIsReleasedBeforeTheFileIsWritten) {
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(jobPath.c_str(), &other), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
-    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    const std::shared_future<PersistManager::SaveResult> saved = manager->Save(PersistDomain::Job);
     EXPECT_FALSE(blocked);
     EXPECT_EQ(Entry(jobPath, "setting"), "stored");
     EXPECT_EQ(saved.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
     ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
-    saved.get();
+    saved.get().ThrowIfFailed();
     sqlite3_close(other);
     EXPECT_EQ(Entry(jobPath, "setting"), "new");
 }
@@ -245,7 +236,7 @@ TEST_F(PersistManagerTest, ASaveCallsEachHandlerForItsDomainOnly) {
     calls.clear();
     first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/first", "1"); };
     second.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/second", "2"); };
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_EQ(calls, (Names{"first save job", "second save job"}));
     EXPECT_EQ(Entry(jobPath, "first"), "1");
     EXPECT_EQ(Entry(jobPath, "second"), "2");
@@ -257,7 +248,7 @@ TEST_F(PersistManagerTest, WhatAHandlerDoesNotWriteStays) {
     Start();
     manager->Load();
     first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_EQ(Entry(jobPath, "setting"), "new");
     EXPECT_EQ(Entry(jobPath, "other"), "kept");
 }
@@ -279,10 +270,10 @@ TEST_F(PersistManagerTest, TheDestructorFinishesASave) {
     Start();
     manager->Load();
     first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
-    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    const std::shared_future<PersistManager::SaveResult> saved = manager->Save(PersistDomain::Job);
     manager.reset();
     EXPECT_EQ(saved.wait_for(std::chrono::seconds(0)), std::future_status::ready);
-    saved.get();
+    saved.get().ThrowIfFailed();
     EXPECT_EQ(Entry(jobPath, "setting"), "new");
 }
 
@@ -305,7 +296,7 @@ TEST_F(PersistManagerTest, AnAnnouncedChangeMarksItsDomain) {
     EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
     EXPECT_FALSE(manager->IsModified(PersistDomain::Workspace));
     manager->Announce(first, PersistDomain::Workspace, 0);
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_FALSE(manager->IsModified(PersistDomain::Job));
     EXPECT_TRUE(manager->IsModified(PersistDomain::Workspace));
     EXPECT_EQ(calls, Names{"first save job"});
@@ -318,7 +309,7 @@ TEST_F(PersistManagerTest, AChangeAnnouncedWhileLoadingOrSavingCounts) {
     manager->Load();
     EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
     first.onSave = first.onInit;
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
 }
 
@@ -337,14 +328,14 @@ TEST_F(PersistManagerTest, AFailingFileLeavesTheOldContentAndTheModification) {
     first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
     yFault_Set("ArchiveFile_Commit", yERROR_FULL);
     const Vor::LogCapture log;
-    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
+    const std::shared_future<PersistManager::SaveResult> saved = manager->Save(PersistDomain::Job);
     const std::string failure = "Archive '" + jobPath + "': the disk failed.";
-    EXPECT_EQ(FailureText(saved), failure);
-    EXPECT_EQ(StatusOf([&] { saved.get(); }), yERROR_FULL);
+    EXPECT_EQ(saved.get().text, failure);
+    EXPECT_EQ(saved.get().status, yERROR_FULL);
     EXPECT_TRUE(log.Contains(Vor::LevelError, "The job domain wasn't saved (" + failure + ")."));
     EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
     EXPECT_EQ(Entry(jobPath, "setting"), "stored");
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_EQ(Entry(jobPath, "setting"), "new");
     EXPECT_FALSE(manager->IsModified(PersistDomain::Job));
 }
@@ -358,26 +349,26 @@ TEST_F(PersistManagerTest, AHandlerThatFailsToSaveLeavesTheFileAsItWas) {
     const auto write = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
     first.onSave = write;
     second.onSave = [](PersistDomain, IPersistStore&) { Vor::Throw(yERROR_BUSY, "not now"); };
-    std::shared_future<void> saved = manager->Save(PersistDomain::Job);
-    EXPECT_EQ(FailureText(saved), "Persist handler \"second\" failed to save the job domain (not now).");
-    EXPECT_EQ(StatusOf([&] { saved.get(); }), yERROR_BUSY);
+    std::shared_future<PersistManager::SaveResult> saved = manager->Save(PersistDomain::Job);
+    EXPECT_EQ(saved.get().text, "Persist handler \"second\" failed to save the job domain (not now).");
+    EXPECT_EQ(saved.get().status, yERROR_BUSY);
     EXPECT_EQ(Entry(jobPath, "setting"), "stored");
     EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
     second.onSave = [](PersistDomain, IPersistStore&) { throw 7; };
     saved = manager->Save(PersistDomain::Job);
-    EXPECT_EQ(FailureText(saved), "Persist handler \"second\" failed to save the job domain (unknown exception).");
+    EXPECT_EQ(saved.get().text, "Persist handler \"second\" failed to save the job domain (unknown exception).");
     EXPECT_EQ(Entry(jobPath, "setting"), "stored");
     first.onSave = nullptr;
     second.onSave = nullptr;
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_EQ(Entry(jobPath, "setting"), "stored");
 }
 
 TEST_F(PersistManagerTest, ASaveBeforeTheLoadFails) {
     Start();
-    const std::shared_future<void> saved = manager->Save(PersistDomain::Job);
-    EXPECT_EQ(StatusOf([&] { saved.get(); }), yERROR_STATE);
-    EXPECT_EQ(FailureText(saved), "The job domain can't be saved before it is loaded.");
+    const std::shared_future<PersistManager::SaveResult> saved = manager->Save(PersistDomain::Job);
+    EXPECT_EQ(saved.get().status, yERROR_STATE);
+    EXPECT_EQ(saved.get().text, "The job domain can't be saved before it is loaded.");
     EXPECT_TRUE(calls.empty());
 }
 
@@ -417,8 +408,8 @@ TEST_F(PersistManagerTest, AForeignExceptionEndsTheDomainAndTheThreadLivesOn) {
     EXPECT_EQ(calls, (Names{"first init workspace", "first init job", "second init job"}));
     EXPECT_TRUE(log.Contains(Vor::LevelError, "Persist handler \"first\" failed to initialise the workspace domain "
                                               "(unknown exception). No further handler takes part."));
-    manager->Save(PersistDomain::Job).get();
-    manager->Save(PersistDomain::Workspace).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
+    manager->Save(PersistDomain::Workspace).get().ThrowIfFailed();
     EXPECT_FALSE(std::filesystem::exists(workspacePath));
 }
 
@@ -537,7 +528,7 @@ TEST_F(PersistManagerTest, HandlersSeeTheStoreThatTheApplicationGives) {
     first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/new", "1"); };
     manager->Load();
     EXPECT_EQ(content, "instead");
-    manager->Save(PersistDomain::Job).get();
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
     EXPECT_EQ(Entry(jobPath, "new.marked"), "1");
     EXPECT_EQ(Entry(jobPath, "setting"), "stored");
     EXPECT_EQ(decorated,

@@ -1,0 +1,168 @@
+#include "VorApi/Params/Array.h"
+#include "VorCommon/ArchiveStore.h"
+#include "VorCommon/PlatformAttributes.h"
+#include "VorCommon/ProblemsManager.h"
+#include "VorCommon/RuntimeCache.h"
+#include "VorCommon/UpdateGate.h"
+#include "VorControl/Control/ControlHost.h"
+#include "VorControl/Control/ControlInfo.h"
+#include "VorControl/Control/ControlInstance.h"
+#include "VorControl/Control/ControlScanResults.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/ProtocolBase.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
+#include "VorControl/Persistence/PersistControl.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace {
+
+using VorCommon::PersistDomain;
+using namespace VorControl::ControlProtocol;
+
+constexpr const char* path = "/controls/fuzzed/config.json";
+
+class Client : public Vor::Params::Group {
+public:
+    Client() {
+        Register("name", name);
+        Register("ports", ports);
+    }
+
+    Vor::Params::Value<std::string> name;
+    Vor::Params::Value<std::vector<unsigned short>> ports;
+};
+
+class Settings : public Vor::Params::Group {
+public:
+    Settings() {
+        Register("port", port);
+        Register("offset", offset);
+        Register("fast", fast);
+        Register("clients", clients);
+        port.EnableMaximum(true);
+        port.SetMaximum(60000);
+    }
+
+    Vor::Params::Value<unsigned short> port{502};
+    Vor::Params::Value<long long> offset;
+    Vor::Params::Value<bool> fast;
+    Vor::Params::Array<Client> clients;
+};
+
+/// Has parameters and one register assembly, and takes no scan results.
+class Service : public ProtocolBase {
+public:
+    explicit Service(const ControlProtocolEnviron& environ)
+        : ProtocolBase(environ) {
+        assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementValueRegisterBlockInfo>());
+        assembly->AddSupportedBlockType(std::make_unique<DefaultStampRegisterBlockInfo>());
+        group.Add(assembly);
+        ProtocolInitParams init;
+        init.params = &settings;
+        init.registerAssemblyGroup = &group;
+        Init(init);
+    }
+
+    void Start() override { UpdateProtocolStatus(ProtocolStatus::Running); }
+    void Stop() override { UpdateProtocolStatus(ProtocolStatus::Stopped); }
+    void AddControlScanResultsHandler() override {}
+    void RemoveControlScanResultsHandler() override {}
+    void RegisterAssemblyUpdate(const char*) override {}
+    void ConfigureDefaultRegisterAssembly() override { assembly->InitDefaultRegisterBlocksForRegisterAssembly(); }
+
+private:
+    Settings settings;
+    std::shared_ptr<ProtocolRegisterAssemblyBase> assembly =
+        std::make_shared<ProtocolRegisterAssemblyBase>(true, 100, 999, "registerAssembly-0", "Map");
+    ProtocolRegisterAssemblyGroup group;
+};
+
+/// One service with what it needs of the sensor.
+class Bench {
+public:
+    Bench()
+        : instance(Record()) {}
+
+    /// False when the file was refused.
+    bool Load(const VorCommon::IPersistStore& store) {
+        bool loaded = true;
+        try {
+            control.Load(instance, PersistDomain::Job, store);
+        } catch (const std::exception&) {
+            loaded = false;
+        }
+        if (gate.Depth() != 0) {
+            std::abort();
+        }
+        return loaded;
+    }
+
+    void Save(VorCommon::IPersistStore& store) { control.Save(instance, PersistDomain::Job, store); }
+
+    bool IsEnabled() const { return instance.IsEnabled(); }
+
+private:
+    VorControl::ControlInstanceParams Record() {
+        ControlProtocolEnviron environ;
+        environ.typeName = "fuzzed";
+        environ.displayName = "Fuzzed";
+        environ.controlHost = &host;
+        VorControl::ControlInstanceParams record;
+        record.info = &info;
+        record.updateGate = &gate;
+        record.scanResults = &scanResults;
+        record.problemsManager = &problems;
+        record.protocol = std::make_shared<Service>(environ);
+        record.typeName = environ.typeName;
+        record.displayName = environ.displayName;
+        return record;
+    }
+
+    VorCommon::PlatformAttributes platform{VorCommon::PlatformKind::VirtualSensor};
+    VorCommon::RuntimeCache runtimeCache;
+    VorCommon::ProblemsManager problems;
+    VorCommon::UpdateGate gate;
+    VorControl::ControlScanResults scanResults{nullptr, nullptr};
+    VorControl::ControlHost host{scanResults, platform, runtimeCache, &problems, 1, 3190, 3195, nullptr};
+    VorControl::ControlInfo info;
+    VorControl::ControlInstance instance;
+    VorControl::PersistControl control;
+};
+
+std::string Content(const VorCommon::IPersistStore& store) {
+    const VorCommon::PersistBuffer buffer = store.Read(path);
+    return {reinterpret_cast<const char*>(buffer.pointer) + buffer.offset, buffer.size};
+}
+
+} // namespace
+
+/// Any file is taken or refused, leaves the update gate free, and a service that took one can be saved; what is saved
+/// then is loaded as it is.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    VorCommon::ArchiveStore store("never-committed.vrjob");
+    store.Write(path, data, size);
+    Bench first;
+    const bool loaded = first.Load(store);
+    VorCommon::ArchiveStore saved("never-committed.vrjob");
+    first.Save(saved);
+    if (!loaded || !first.IsEnabled()) {
+        return 0;
+    }
+    Bench second;
+    VorCommon::ArchiveStore again("never-committed.vrjob");
+    if (!second.Load(saved)) {
+        std::abort();
+    }
+    second.Save(again);
+    if (Content(saved) != Content(again)) {
+        std::abort();
+    }
+    return 0;
+}
