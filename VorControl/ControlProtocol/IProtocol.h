@@ -46,7 +46,7 @@ public:
     /// never wait here for another thread that needs the gate or the main loop. A failure is thrown, after the status
     /// was set. May be called on a service that is started, which then starts anew with its present parameters.
     virtual void Start() = 0;
-    /// As Start. Ends within 200 ms, and leaves no thread of the service in its scan results' handling or its clients'.
+    /// As Start. Within 200 ms; no client is served and no thread of the service runs when it returns.
     virtual void Stop() = 0;
 
     /// Only between the two lock operations; fails with yERROR_STATE otherwise. The reference is good until EndLock.

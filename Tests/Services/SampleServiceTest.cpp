@@ -1,0 +1,163 @@
+#include "Tests/Support/ControlEnviron.h"
+#include "Tests/Support/MemoryStore.h"
+#include "Vor/ByteVector.h"
+#include "VorApi/Object.h"
+#include "VorApi/Params/PropertyValue.h"
+#include "VorControl/Control/ControlModule.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorMsg/ResultSet.h"
+#include "VorMsg/VvMeasureMsg.h"
+#include "VorPlugin/PluginManager.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+using VorCommon::PersistDomain;
+using VorControl::ControlProtocol::ProtocolStatus;
+using Bytes = std::vector<unsigned char>;
+
+namespace {
+
+/// The sample service in a module of its own, loaded from its library as a sensor does it.
+class SampleServiceTest : public testing::Test {
+protected:
+    SampleServiceTest() {
+        plugins.Load(std::filesystem::path(VOR_BINARY_DIR) / "examples" / "sample.so");
+        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+    }
+
+    VorControl::IControlInstance& Sample() { return module->Manager().GetInstance("sample"); }
+
+    /// Loads a job in which the service is enabled, with a block for "profile/max" at 0 and one for "profile/min" at 4.
+    void LoadJob(const std::string& parameters = "{}") {
+        store.files["/controls/sample/config.json"] =
+            R"({"version":"1","vor:control":{"enabled":true,"parametersVersion":"1","parameters":)" + parameters +
+            R"(,"registerAssemblyList":[{"properties":{"id":"registerAssembly-0"},"blocks":[)"
+            R"({"type":"MeasurementValue","dataSource":"profile/max","displayName":"Max","outputId":0,"registerCount":4},)"
+            R"({"type":"MeasurementValue","dataSource":"profile/min","displayName":"Min","outputId":4,"registerCount":4})"
+            R"(]}]}})";
+        module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+        WatchResults();
+    }
+
+    /// Publishes a result set with one measurement, and waits until the service has taken it.
+    void Publish(const std::string& source, double value) {
+        Vor::Object message;
+        Vor::Object record;
+        Vor::Object info;
+        Vor::Object set;
+        ASSERT_EQ(VvMeasureMsg_Construct(message.Out(), value, 1), yOK);
+        ASSERT_EQ(yMsgInfo_Construct(record.Out(), message.Release(), 0, 0), yOK);
+        ASSERT_EQ(ResultInfo_Construct(info.Out(), ResultInfo_TypeMeasurement, source), yOK);
+        ASSERT_EQ(ResultSet_Construct(set.Out()), yOK);
+        ASSERT_EQ(ResultSet_Add(set.Get(), record.Release(), info.Release(), 0), yOK);
+        const int before = Taken();
+        environ.hub.Publish(set.Get());
+        std::unique_lock lock(mutex);
+        ASSERT_TRUE(changed.wait_for(lock, std::chrono::seconds(10), [&] { return taken > before; }));
+    }
+
+    template <class T>
+    T Property(const char* name) {
+        Sample().NonPersistentPropertiesBeginLock();
+        const T value = dynamic_cast<Vor::Properties::Value<T>&>(Sample().Properties().At(name)).Get();
+        Sample().NonPersistentPropertiesEndLock();
+        return value;
+    }
+
+    Bytes Registers() { return Property<Vor::Properties::ByteVector>("registers").Bytes(); }
+
+    std::mutex mutex; ///< guards `taken`
+    std::condition_variable changed;
+    int taken = 0;
+    VorPlugin::PluginManager plugins;
+    Tests::ControlEnviron environ;
+    Tests::MemoryStore store;
+    std::unique_ptr<VorControl::ControlModule> module;
+
+private:
+    /// The handler runs under the properties lock, before the count is stored.
+    void WatchResults() {
+        Sample().NonPersistentPropertiesBeginLock();
+        Sample().Properties().At("resultCount").AddChangeHandler([this](Vor::Properties::Node&) {
+            const std::lock_guard lock(mutex);
+            ++taken;
+            changed.notify_all();
+        });
+        Sample().NonPersistentPropertiesEndLock();
+    }
+
+    int Taken() {
+        const std::lock_guard lock(mutex);
+        return taken;
+    }
+};
+
+TEST_F(SampleServiceTest, IsOfferedButNotStarted) {
+    EXPECT_EQ(module->Manager().List(), std::vector<std::string>{"sample"});
+    EXPECT_FALSE(Sample().IsEnabled());
+    EXPECT_EQ(Sample().GetProtocolStatus(), ProtocolStatus::Stopped);
+}
+
+TEST_F(SampleServiceTest, KeepsTheLastValueOfEachMeasurementOfItsMap) {
+    LoadJob();
+    EXPECT_EQ(Sample().GetProtocolStatus(), ProtocolStatus::Running);
+    EXPECT_EQ(Registers(), (Bytes{0x80, 0, 0, 0, 0x80, 0, 0, 0}));
+    Publish("profile/max", 12.345);
+    EXPECT_EQ(Registers(), (Bytes{0, 0, 0x30, 0x39, 0x80, 0, 0, 0}));
+    Publish("profile/min", -0.001);
+    EXPECT_EQ(Registers(), (Bytes{0, 0, 0x30, 0x39, 0xFF, 0xFF, 0xFF, 0xFF}));
+    Publish("profile/max", 1.0);
+    EXPECT_EQ(Registers(), (Bytes{0, 0, 0x03, 0xE8, 0xFF, 0xFF, 0xFF, 0xFF}));
+    EXPECT_EQ(Property<unsigned long long>("resultCount"), 3U);
+}
+
+TEST_F(SampleServiceTest, TakesItsParametersFromTheJob) {
+    LoadJob(R"({"isBigEndian":false})");
+    Publish("profile/max", 12.345);
+    EXPECT_EQ(Registers(), (Bytes{0x39, 0x30, 0, 0, 0, 0, 0, 0x80}));
+}
+
+TEST_F(SampleServiceTest, ChangedParametersTakeEffectWhileItRuns) {
+    LoadJob();
+    const auto params = Sample().BeginUpdateParameters();
+    dynamic_cast<Vor::Properties::Value<bool>&>(params->At("isBigEndian")) = false;
+    Sample().ParamsUpdate();
+    Sample().EndUpdateParameters();
+    Publish("profile/max", 12.345);
+    EXPECT_EQ(Registers(), (Bytes{0x39, 0x30, 0, 0, 0, 0, 0, 0x80}));
+}
+
+TEST_F(SampleServiceTest, ForgetsItsValuesWhenStoppedUnlessToldOtherwise) {
+    LoadJob();
+    Publish("profile/max", 12.345);
+    Sample().Enable(false);
+    EXPECT_EQ(Sample().GetProtocolStatus(), ProtocolStatus::Stopped);
+    EXPECT_EQ(Registers(), (Bytes{0x80, 0, 0, 0, 0x80, 0, 0, 0}));
+}
+
+TEST_F(SampleServiceTest, KeepsItsValuesWhenStoppedIfTold) {
+    LoadJob(R"({"keepAtStop":true})");
+    Publish("profile/max", 12.345);
+    Sample().Enable(false);
+    EXPECT_EQ(Registers(), (Bytes{0, 0, 0x30, 0x39, 0x80, 0, 0, 0}));
+}
+
+TEST_F(SampleServiceTest, FindsItsConfigurationAgain) {
+    LoadJob(R"({"isBigEndian":false})");
+    Tests::MemoryStore saved;
+    module->Manager().SavePersistDomain(PersistDomain::Job, saved);
+    module.reset();
+    module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+    module->Manager().LoadPersistDomain(PersistDomain::Job, saved);
+    EXPECT_EQ(Sample().GetProtocolStatus(), ProtocolStatus::Running);
+    EXPECT_EQ(Registers(), (Bytes{0, 0, 0, 0x80, 0, 0, 0, 0x80}));
+}
+
+} // namespace
