@@ -58,9 +58,7 @@ void Application::Run() {
     report.Line("vorsensor " VOR_VERSION);
     LoadPlugins();
     host.CreateServices();
-    for (const Jobs::ServiceSetting& setting : commandLine.settings) {
-        overlay.Add(setting, host.Services());
-    }
+    TakeSettings();
     PrepareJob();
     LoadJob();
     Report();
@@ -82,6 +80,13 @@ void Application::LoadPlugins() {
     }
     for (const VorPlugin::PluginManager::Refusal& refusal : host.Plugins().Refusals()) {
         report.Line("Plug-in " + refusal.path + " is refused: " + refusal.reason);
+    }
+}
+
+void Application::TakeSettings() {
+    const UserLog::Silence silence(log);
+    for (const Jobs::ServiceSetting& setting : commandLine.settings) {
+        overlay.Add(setting, host.Services());
     }
 }
 

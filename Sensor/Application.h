@@ -33,6 +33,7 @@ public:
 private:
     ServiceHost::Settings HostSettings();
     void LoadPlugins();
+    void TakeSettings();
     void PrepareJob();
     void LoadJob();
     void Report();

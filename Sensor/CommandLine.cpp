@@ -109,7 +109,7 @@ void Define(CLI::App& app, Options& options) {
     app.add_option("--modbus-port", options.modbusPort,
                    "Short for --set modbus.port=N, 0 takes any free port (default: what the job says)")
         ->type_name("N")
-        ->check(CLI::Range(0, MaxPort));
+        ->check(CLI::Range(0, MaxPort).description(""));
     app.add_flag("--verbose", options.verbose, "Log all that happens (default: warnings, errors and user messages)");
 }
 

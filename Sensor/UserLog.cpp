@@ -32,11 +32,24 @@ void Tell(const Vor::LogRecord& record) {
 
 } // namespace
 
+UserLog::Silence::Silence(const UserLog& log)
+    : log(log) {
+    *log.silent = true;
+}
+
+UserLog::Silence::~Silence() {
+    *log.silent = false;
+}
+
 UserLog::UserLog(bool verbose) {
     if (verbose) {
         Vor::Logging::SetMinimumLevel(Vor::LevelTrace);
     } else {
-        Vor::LogOutput::Set(Tell);
+        Vor::LogOutput::Set([silent = silent](const Vor::LogRecord& record) {
+            if (!*silent) {
+                Tell(record);
+            }
+        });
     }
 }
 

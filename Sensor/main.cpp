@@ -2,6 +2,7 @@
 #include "Sensor/CommandLine.h"
 #include "Sensor/StartError.h"
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 
@@ -12,6 +13,8 @@ constexpr int StatusOfRefusal = 2;
 } // namespace
 
 int main(int argc, char** argv) {
+    // Whoever reads the output may go, and the sensor goes on.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
         const Sensor::CommandLine commandLine = Sensor::CommandLine::Parse(argc, argv);
         if (!commandLine.answer.empty()) {

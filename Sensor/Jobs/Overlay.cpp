@@ -80,7 +80,11 @@ void Overlay::Add(const ServiceSetting& setting, VorControl::IControlManager& ma
     try {
         Vor::Properties::JsonSerializer::Validate(*params, nlohmann::json{{setting.parameter, value}});
     } catch (const Vor::Exception& e) {
-        Refuse(setting, "the value isn't taken (" + std::string(e.what()) + ")");
+        std::string reason = e.what();
+        if (reason.ends_with('.')) {
+            reason.pop_back();
+        }
+        Refuse(setting, "the value isn't taken (" + reason + ")");
     }
     Service& service = services[PathOf(setting.service)];
     service.version = instance.ParamsVersion();

@@ -4,8 +4,10 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
+#include "VorCommon/ArchiveStore.h"
 #include "VorControl/Control/IControlInstance.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <stdexcept>
 
@@ -119,13 +121,28 @@ TEST_F(ServiceHostTest, AServiceThatFailsToStopDoesntKeepTheOthers) {
 }
 
 TEST_F(ServiceHostTest, AStartThatThrowsNoExceptionIsSurvived) {
-    std::filesystem::create_directories(folder.Path() / "jobs");
+    const std::string config = R"({"version":"1","vor:control":{"enabled":true}})";
+    VorCommon::ArchiveStore job(folder.File("jobs/test.vrjob"));
+    job.Write("/controls/a/config.json", config.data(), config.size());
+    job.Commit();
+    bool started = false;
     Tests::TestPlugin()
-        .Add("a", service, [](Tests::TestService& made) { made.onStart = [] { throw 1; }; })
+        .Add("a", service,
+             [&](Tests::TestService& made) {
+                 made.onStart = [&] {
+                     started = true;
+                     throw 1;
+                 };
+             })
         .Publish(host.Plugins());
     host.CreateServices();
     EXPECT_NO_THROW(host.Persistence().Load());
+    EXPECT_TRUE(started);
     EXPECT_EQ(host.Persistence().LoadedJob(), "test.vrjob");
+    const auto records = log.Records();
+    EXPECT_TRUE(std::any_of(records.begin(), records.end(), [](const Vor::LogRecord& record) {
+        return record.level == Vor::LevelError && record.text.find("unknown exception") != std::string::npos;
+    }));
 }
 
 } // namespace

@@ -49,6 +49,17 @@ TEST(UserLog, TellsAnExceptionWithoutItsBackTrace) {
     EXPECT_EQ(error.Text(), told);
 }
 
+TEST(UserLog, TellsNothingWhileItIsSilent) {
+    const StandardError error;
+    const UserLog log(false);
+    {
+        const UserLog::Silence silence(log);
+        Vor::LogError("unheard");
+    }
+    Vor::LogError("heard");
+    EXPECT_EQ(error.Text(), "error: heard\n");
+}
+
 TEST(UserLog, LeavesStandardErrorToTheLogAgain) {
     const StandardError error;
     { const UserLog log(false); }

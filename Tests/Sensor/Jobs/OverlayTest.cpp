@@ -91,7 +91,7 @@ TEST_F(OverlayTest, NamesAValueOfTheWrongKind) {
 
 TEST_F(OverlayTest, NamesAValueOutsideItsLimits) {
     EXPECT_EQ(Refusal("plc.port=60001"),
-              "--set plc.port=60001: the value isn't taken (Port is set to be greater than its maximum.).");
+              "--set plc.port=60001: the value isn't taken (Port is set to be greater than its maximum).");
     EXPECT_NE(Refusal("plc.port=0"), "");
 }
 
