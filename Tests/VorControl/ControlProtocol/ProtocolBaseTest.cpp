@@ -116,7 +116,7 @@ TEST_F(ProtocolBaseTest, AHostOfAnotherClassIsABadCast) {
 }
 
 TEST_F(ProtocolBaseTest, ALockThatCantBeMadeIsThrown) {
-    yFault_Set("yLock_Construct", -31);
+    yFault_SetHere("yLock_Construct", -31);
     EXPECT_EQ(TextlessStatus([&] { PlainService{environ}; }), -31);
 }
 
@@ -180,14 +180,13 @@ TEST_F(ProtocolBaseTest, PropertiesNeedTheirLockHeld) {
 }
 
 TEST_F(ProtocolBaseTest, AFailingPropertiesLockThrowsItsStatus) {
-    yFault_Set("yLock_Enter", -32);
+    yFault_SetHere("yLock_Enter", -32);
     EXPECT_EQ(TextlessStatus([&] { service.NonPersistentPropertiesBeginLock(); }), -32);
     EXPECT_EQ(TextlessStatus([&] { service.Properties(); }), yERROR_STATE);
     service.NonPersistentPropertiesBeginLock();
-    yFault_Set("yLock_Exit", -33);
+    yFault_SetHere("yLock_Exit", -33);
     EXPECT_EQ(TextlessStatus([&] { service.NonPersistentPropertiesEndLock(); }), -33);
     EXPECT_EQ(TextlessStatus([&] { service.Properties(); }), yERROR_STATE);
-    service.NonPersistentPropertiesEndLock();
 }
 
 TEST_F(ProtocolBaseTest, ThePropertiesLockKeepsOtherThreadsOut) {
