@@ -274,7 +274,7 @@ TEST_F(ModbusProtocolTest, ClosesOneClientTooMany) {
 }
 
 TEST_F(ModbusProtocolTest, SavesItsParametersAndItsMapInTheJob) {
-    Load(Config({{"port", 0}, {"unitId", 9}}, TwoBlocks));
+    Load(Config({{"port", 0}, {"unitId", 1}}, TwoBlocks));
     AddBlocks(*Instance().RegisterAssembly(AssemblyId), {{"String", "profile/text", 20, 8}});
     module->Manager().SavePersistDomain(PersistDomain::Job, store);
     const json section = json::parse(store.files[ConfigPath])["vor:control"];
@@ -282,7 +282,7 @@ TEST_F(ModbusProtocolTest, SavesItsParametersAndItsMapInTheJob) {
     EXPECT_EQ(section["parametersVersion"], "1");
     EXPECT_EQ(section["parameters"], (json{{"address", "127.0.0.1"},
                                            {"port", 0},
-                                           {"unitId", 9},
+                                           {"unitId", 1},
                                            {"byteOrder", 0},
                                            {"maxConnections", 32},
                                            {"idleTimeout", 60}}));

@@ -50,8 +50,8 @@ TEST_F(ScanRegistersTest, ShowsAMissingValueUntilTheFirstFrame) {
 
 TEST_F(ScanRegistersTest, WritesMeasurementsHighWordFirst) {
     Map({{"Measurement", "a", 0}, {"MeasurementValue", "a", 3}, {"MeasurementDecision", "a", 5}});
-    Process(Results().Measurement("a", 1193046.5, 1)); // 1193046500 = 0x471C7AA4
-    EXPECT_EQ(Read(0, 6), Words({0x471C, 0x7AA4, 1, 0x471C, 0x7AA4, 1}));
+    Process(Results().Measurement("a", 1193046.5, 1)); // 1193046500 = 0x471C71E4
+    EXPECT_EQ(Read(0, 6), Words({0x471C, 0x71E4, 1, 0x471C, 0x71E4, 1}));
     Process(Results().Measurement("a", -0.001, 0));
     EXPECT_EQ(Read(0, 6), Words({0xFFFF, 0xFFFF, 0, 0xFFFF, 0xFFFF, 0}));
 }
@@ -61,7 +61,7 @@ TEST_F(ScanRegistersTest, WritesMeasurementsLowWordFirst) {
     Map({{"Measurement", "a", 0}, {"MeasurementValue", "a", 3}, {"MeasurementDecision", "a", 5}});
     EXPECT_EQ(Read(0, 6), Words({0, 0x8000, 2, 0, 0x8000, 2}));
     Process(Results().Measurement("a", 1193046.5, 1));
-    EXPECT_EQ(Read(0, 6), Words({0x7AA4, 0x471C, 1, 0x7AA4, 0x471C, 1}));
+    EXPECT_EQ(Read(0, 6), Words({0x71E4, 0x471C, 1, 0x71E4, 0x471C, 1}));
 }
 
 TEST_F(ScanRegistersTest, RoundsToTheNearestThousandthTiesAwayFromZero) {
