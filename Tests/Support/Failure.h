@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Vor/Exception.h"
+
+#include <optional>
+#include <string>
+
+namespace Tests {
+
+/// What a call threw.
+struct Failure {
+    yStatus status;
+    bool hasText;
+    std::string text;
+    std::string function;
+};
+
+/// Nothing when the call threw nothing; another exception than Vor::Exception passes on.
+template <class Call>
+std::optional<Failure> FailureOf(Call&& call) {
+    try {
+        call();
+    } catch (const Vor::Exception& exception) {
+        return Failure{exception.Status(), exception.HasText(), exception.what(), exception.Function()};
+    }
+    return std::nullopt;
+}
+
+} // namespace Tests
+
+/// The call throws a Vor::Exception with this status and exactly this text.
+#define EXPECT_FAILURE(call, expectedStatus, expectedText)                                                             \
+    do {                                                                                                               \
+        const auto failure = Tests::FailureOf([&] { call; });                                                          \
+        ASSERT_TRUE(failure.has_value()) << "nothing was thrown";                                                      \
+        EXPECT_EQ(failure->status, expectedStatus);                                                                    \
+        EXPECT_EQ(failure->text, expectedText);                                                                        \
+    } while (false)
+
+/// The call throws a Vor::Exception with this status and no text.
+#define EXPECT_TEXTLESS_FAILURE(call, expectedStatus)                                                                  \
+    do {                                                                                                               \
+        const auto failure = Tests::FailureOf([&] { call; });                                                          \
+        ASSERT_TRUE(failure.has_value()) << "nothing was thrown";                                                      \
+        EXPECT_EQ(failure->status, expectedStatus);                                                                    \
+        EXPECT_FALSE(failure->hasText) << failure->text;                                                               \
+    } while (false)
