@@ -1,0 +1,129 @@
+// The started program and its user: what it tells, what it refuses, how it ends.
+
+#include "Tests/EndToEnd/VirtualSensor.h"
+#include "VorCommon/ArchiveStore.h"
+
+#include <gtest/gtest.h>
+
+namespace Tests {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// The program with a data folder that the test prepares.
+class PreparedSensor : public ::testing::Test {
+protected:
+    std::string JobFile(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
+
+    void Enable(const std::string& job, const std::vector<std::string>& services) const {
+        VorCommon::ArchiveStore store(JobFile(job));
+        store.Open();
+        const std::string config = R"({"version":"1","vor:control":{"enabled":true}})";
+        for (const std::string& service : services) {
+            store.Write("/controls/" + service + "/config.json", config.data(), config.size());
+        }
+        store.Commit();
+    }
+
+    std::vector<std::string> Command(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {VirtualSensor::File, "--data", data.Path().string()});
+        return arguments;
+    }
+
+    TempFolder data;
+};
+
+TEST_F(PreparedSensor, TellsItsOptionsAndItsVersion) {
+    const Answer help = RunToEnd({VirtualSensor::File, "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.output.find("--recording"), std::string::npos);
+    EXPECT_EQ(help.errors, "");
+    const Answer version = RunToEnd({VirtualSensor::File, "--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output.find("vorsensor "), 0U);
+}
+
+TEST_F(PreparedSensor, RefusesInOneSentence) {
+    WriteWholeFile(data.File("bad.csv"), "frame,x,z\n0,1,2\n0,1,two\n");
+    const std::string bad = data.File("bad.csv");
+    const std::vector<std::pair<std::vector<std::string>, std::string>> refusals = {
+        {{"--recording", bad}, bad + ", line 3: z \"two\" isn't a number."},
+        {{"--recording", "/no/such"}, "/no/such: the recording can't be opened (No such file or directory)."},
+        {{"--set", "nope.x=1"}, "--set nope.x=1: unknown service \"nope\", known: modbus."},
+        {{"--set", "modbus.port=abc"},
+         "--set modbus.port=abc: \"abc\" is no value of parameter \"port\", which is a number."},
+        {{"--set", "modbus.unitId=256"},
+         "--set modbus.unitId=256: the value isn't taken (Unit Identifier is set to be greater than its maximum)."},
+        {{"--frame-rate", "0"}, "--frame-rate: must be above 0 and at most 100000."},
+        {{"--job", "demo-values"},
+         "--job demo-values: doesn't exist yet and is made from a recording of named values; "
+         "give one with --recording FILE."},
+    };
+    for (const auto& [arguments, text] : refusals) {
+        const Answer answer = RunToEnd(Command(arguments));
+        EXPECT_EQ(answer.status, 2) << text;
+        EXPECT_EQ(answer.errors, "vorsensor: " + text + "\n");
+    }
+    EXPECT_FALSE(std::filesystem::exists(data.Path() / "jobs"));
+}
+
+TEST_F(PreparedSensor, RefusesAJobThatIsNoArchiveAndLeavesItAlone) {
+    std::filesystem::create_directories(data.Path() / "jobs");
+    const std::string garbage(5000, 'x');
+    WriteWholeFile(JobFile("broken"), garbage);
+    const Answer answer = RunToEnd(Command({"--job", "broken"}));
+    EXPECT_EQ(answer.status, 2);
+    EXPECT_NE(answer.errors.find(JobFile("broken")), std::string::npos) << answer.errors;
+    EXPECT_EQ(ReadWholeFile(JobFile("broken")), garbage);
+}
+
+TEST_F(PreparedSensor, NeverWritesAnExistingJobUnasked) {
+    std::string before;
+    for (const std::string value : {"0", "7"}) {
+        Program program(Command({"--modbus-port", "0", "--set", "modbus.unitId=" + value}));
+        ASSERT_TRUE(program.WaitForLine("Scanning."));
+        program.Signal(SIGTERM);
+        EXPECT_EQ(program.WaitForExit(2s), 0);
+        const std::string after = ReadWholeFile(JobFile("demo"));
+        EXPECT_FALSE(after.empty());
+        if (!before.empty()) {
+            EXPECT_EQ(after, before);
+        }
+        before = after;
+    }
+    EXPECT_FALSE(std::filesystem::exists(data.File("workspace.vrdata")));
+}
+
+TEST_F(PreparedSensor, NamesTheSourcesThatTheInputLacks) {
+    WriteWholeFile(data.File("values.csv"), "frame,name,value\n0,gap,1\n");
+    Program program(
+        Command({"--modbus-port", "0", "--recording", data.File("values.csv"), "--job", "demo", "--no-scan"}));
+    EXPECT_TRUE(program.WaitForLine("The input has no data source profile/max: the registers at 0-2 "));
+    EXPECT_TRUE(program.WaitForLine("The input has no data source profile/text: the registers at 40-55 "));
+    EXPECT_TRUE(program.WaitForLine("Not scanning."));
+    program.Signal(SIGINT);
+    EXPECT_EQ(program.WaitForExit(2s), 0);
+}
+
+TEST_F(PreparedSensor, RunsOnWhenAStartThrowsNoException) {
+    Enable("test", {"startThrowsInt"});
+    Program program(Command({"--job", "test", "--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    EXPECT_TRUE(program.WaitForLine("Service startThrowsInt"));
+    EXPECT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
+    program.Signal(SIGTERM);
+    EXPECT_EQ(program.WaitForExit(2s), 0) << program.Errors();
+    EXPECT_NE(program.Errors().find("unknown exception"), std::string::npos) << program.Errors();
+}
+
+TEST_F(PreparedSensor, EndsInTimeWhenAServiceDoesntStop) {
+    Enable("test", {"stopHangs"});
+    Program program(Command({"--job", "test", "--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    ASSERT_TRUE(program.WaitForLine("Service stopHangs (Fixture stopHangs): Running"));
+    ASSERT_TRUE(program.WaitForLine("Scanning."));
+    program.Signal(SIGTERM);
+    EXPECT_EQ(program.WaitForExit(2s), 0);
+    EXPECT_NE(program.Errors().find("a service doesn't stop"), std::string::npos) << program.Errors();
+}
+
+} // namespace
+} // namespace Tests

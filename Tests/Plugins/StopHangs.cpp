@@ -1,0 +1,25 @@
+#include "FixtureService.h"
+
+#include <unistd.h>
+
+namespace {
+
+class HangingService : public Fixture::Service {
+public:
+    using Service::Service;
+
+    /// Also called before the first start, when a load resets the service.
+    void Stop() override {
+        while (GetProtocolStatus() == VorControl::ControlProtocol::ProtocolStatus::Running) {
+            pause();
+        }
+    }
+};
+
+} // namespace
+
+void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
+    AddType(plugin, "stopHangs", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+        return std::make_shared<HangingService>(environ, [] {});
+    });
+}
