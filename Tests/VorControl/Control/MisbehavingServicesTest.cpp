@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
@@ -35,6 +36,11 @@ protected:
             R"({"version":"1","vor:control":{"enabled":true,"parameters":{},"parametersVersion":"1"}})";
     }
 
+    std::ptrdiff_t WellStarts() const {
+        const auto& calls = well.lock()->calls;
+        return std::count(calls.begin(), calls.end(), "Start");
+    }
+
     VorControl::IControlInstance& Service(const std::string& id) { return module->Manager().GetInstance(id); }
 
     Vor::LogCapture log;
@@ -55,7 +61,21 @@ TEST_F(MisbehavingServicesTest, AStartThatThrowsIsToldAndTheOthersRun) {
     EXPECT_NE(Service("startThrowsException").GetProtocolStatus(), ProtocolStatus::Running);
     EXPECT_EQ(log.Count(Vor::LevelWarning, "Protocol (startThrowsException) failed to start (the cable is cut)."), 1U);
     EXPECT_TRUE(Service("well").IsEnabled());
-    EXPECT_EQ(well.lock()->calls.back(), "Start");
+    EXPECT_EQ(WellStarts(), 1);
+}
+
+TEST_F(MisbehavingServicesTest, AStartThatFailsShowsInTheStatusAndInTheProblemsWithItsReason) {
+    Load("StartFails");
+    Build();
+    Enable("startFails");
+    Enable("well");
+    module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+    EXPECT_TRUE(Service("startFails").IsEnabled());
+    EXPECT_EQ(Service("startFails").GetProtocolStatus(), ProtocolStatus::FailedToStart);
+    ASSERT_EQ(environ.problems.List().size(), 1U);
+    EXPECT_EQ(environ.problems.List()[0].text, "Could not start service: the port is taken");
+    EXPECT_EQ(log.Count(Vor::LevelWarning, "Protocol (startFails) failed to start (the port is taken)."), 1U);
+    EXPECT_EQ(WellStarts(), 1);
 }
 
 TEST_F(MisbehavingServicesTest, AStartThatThrowsNoStandardExceptionEndsTheLoadAndLeavesTheModuleUsable) {
