@@ -114,6 +114,7 @@ private:
         environ.typeName = "fuzzed";
         environ.displayName = "Fuzzed";
         environ.controlHost = &host;
+        info.SetTypeName("fuzzed").SetDisplayName("Fuzzed");
         VorControl::ControlInstanceParams record;
         record.info = &info;
         record.updateGate = &gate;
