@@ -165,6 +165,10 @@ TEST_F(PluginManagerTest, UnreadableVersionOfItsOwnIsRefused) {
 }
 
 TEST_F(PluginManagerTest, FunctionsOfAnotherFileDontCount) {
+    void* handle = dlopen(Fixture("NoEntry").c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(handle, nullptr) << dlerror();
+    EXPECT_NE(dlsym(handle, "yPlugin_ConstructAssembly"), nullptr) << "a look-up doesn't find another file's function";
+    dlclose(handle);
     PluginManager manager;
     const Refused refused = Refusal(manager, Fixture("NoEntry"));
     EXPECT_EQ(refused.status, yERROR_NOT_FOUND);
