@@ -98,7 +98,7 @@ void Node::CopySchema(const Node& other) {
         return;
     }
     const auto find = [&other](Internal::Name key) -> const Node* {
-        return other.extras ? other.extras->schema.Find(key) : key == TypeKey() ? other.LoneType() : nullptr;
+        return other.extras ? other.extras->schema.FindKey(key) : key == TypeKey() ? other.LoneType() : nullptr;
     };
     if (const Node* const type = LoneType()) {
         if (const Node* const source = find(TypeKey())) {

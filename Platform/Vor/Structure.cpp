@@ -45,7 +45,7 @@ void Structure::CopyValues(const Node& other) {
             continue;
         }
         const bool samePlace = i < source.members.size() && source.members[i].Key() == member.Key();
-        const Node* const child = samePlace ? &source.members[i].Target() : source.Find(member.Key());
+        const Node* const child = samePlace ? &source.members[i].Target() : source.FindKey(member.Key());
         if (child) {
             member.Target().CopyValues(*child);
         }
@@ -107,7 +107,7 @@ Node* Structure::Find(std::string_view name) const {
     return position == notFound ? nullptr : &members[position].Target();
 }
 
-Node* Structure::Find(Internal::Name name) const {
+Node* Structure::FindKey(Internal::Name name) const {
     const std::size_t position = PositionOf(name);
     return position == notFound ? nullptr : &members[position].Target();
 }

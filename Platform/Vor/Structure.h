@@ -60,9 +60,9 @@ public:
     /// Throws `yERROR_NOT_FOUND`.
     Node& At(std::string_view name) const;
 
-    /// Null if there is no such child.
+    /// Null if there is no such child. `FindKey` is the faster one for a caller that has the key.
     Node* Find(std::string_view name) const;
-    Node* Find(Internal::Name name) const;
+    Node* FindKey(Internal::Name name) const;
 
     const std::vector<Internal::Member>& Members() const { return members; }
 
