@@ -123,6 +123,9 @@ void RecordingParser::BeginFrame(std::uint64_t number) {
                std::to_string(frameNumber));
     }
     if (recording.frames.empty() || number > frameNumber) {
+        if (recording.frames.size() == MaxFrames) {
+            Refuse("more than " + std::to_string(MaxFrames) + " frames");
+        }
         recording.frames.emplace_back();
     }
     frameNumber = number;

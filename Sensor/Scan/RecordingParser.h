@@ -18,7 +18,8 @@ namespace Sensor::Scan {
 class RecordingParser {
 public:
     /// Each of these is refused when it is exceeded.
-    static constexpr std::size_t MaxFileBytes = 256U << 20;
+    static constexpr std::size_t MaxFileBytes = 64U << 20;
+    static constexpr std::size_t MaxFrames = 1000000;
     static constexpr std::size_t MaxLineBytes = 1024;
     static constexpr std::size_t MaxNameBytes = 128;
     static constexpr std::size_t MaxNames = 1024;

@@ -133,6 +133,14 @@ TEST(RecordingParser, RefusesTooManyNames) {
     EXPECT_EQ(Refusal(text.str()), "part.csv, line 1026: more than 1024 different names.");
 }
 
+TEST(RecordingParser, RefusesTooManyFrames) {
+    std::string text = "frame,x,z\n";
+    for (std::size_t frame = 0; frame <= RecordingParser::MaxFrames; ++frame) {
+        text += std::to_string(frame) + ",0,0\n";
+    }
+    EXPECT_EQ(Refusal(text), "part.csv, line 1000002: more than 1000000 frames.");
+}
+
 TEST(RecordingParser, RefusesALineThatIsTooLong) {
     const std::string zeros(RecordingParser::MaxLineBytes, '0');
     EXPECT_EQ(Refusal("frame,x,z\n0,0," + zeros + "\n"), "part.csv, line 2: the line is longer than 1024 bytes.");

@@ -1,0 +1,68 @@
+#include "Sensor/Jobs/JobTemplate.h"
+#include "Sensor/Jobs/Overlay.h"
+#include "Sensor/Jobs/OverlayStore.h"
+#include "Sensor/Scan/PartGenerator.h"
+#include "Sensor/Scan/RecordingParser.h"
+#include "Sensor/ServiceHost.h"
+#include "Tests/Support/TempFolder.h"
+#include "Vor/MainLoop.h"
+#include "VorCommon/ArchiveFile.h"
+#include "VorControl/Control/IControlInstance.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace Sensor {
+namespace {
+
+nlohmann::json StoredConfig(const std::string& file) {
+    const auto entries = VorCommon::ArchiveFile(file).Read();
+    const auto& bytes = *entries.at("controls/modbus/config.json");
+    return nlohmann::json::parse(bytes.begin(), bytes.end());
+}
+
+/// The sensor's own jobs, with the real service.
+class JobRoundTrip : public ::testing::TestWithParam<std::string> {
+protected:
+    static Scan::Recording Input() {
+        return GetParam() == Jobs::JobTemplate::Demo
+                   ? Scan::GeneratePart()
+                   : Scan::RecordingParser::Parse("frame,name,value\n0,b,1\n0,a,1\n", "values.csv");
+    }
+
+    JobRoundTrip()
+        : host({.dataFolder = folder.Path(),
+                .job = GetParam(),
+                .decorateStore = [this](VorCommon::IPersistStore& store,
+                                        VorCommon::PersistDomain) -> std::unique_ptr<VorCommon::IPersistStore> {
+                    return std::make_unique<Jobs::OverlayStore>(store, overlay);
+                }}) {}
+
+    Tests::TempFolder folder;
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    Jobs::Overlay overlay;
+    ServiceHost host;
+};
+
+TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
+    const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
+    Jobs::JobTemplate::Write(GetParam(), Input(), file);
+    const nlohmann::json made = StoredConfig(file);
+    host.LoadPlugins(VOR_BINARY_DIR "/plugins");
+    host.CreateServices();
+    overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0"), host.Services());
+    host.Persistence().Load();
+    EXPECT_EQ(host.Services().GetInstance("modbus").GetProtocolStatus(),
+              VorControl::ControlProtocol::ProtocolStatus::Running);
+    EXPECT_FALSE(host.Persistence().IsModified(VorCommon::PersistDomain::Job));
+
+    host.Persistence().Save(VorCommon::PersistDomain::Job).get();
+    EXPECT_EQ(StoredConfig(file), made);
+}
+
+INSTANTIATE_TEST_SUITE_P(OwnJobs, JobRoundTrip,
+                         ::testing::Values(Jobs::JobTemplate::Demo, Jobs::JobTemplate::DemoValues),
+                         [](const auto& job) { return job.param == Jobs::JobTemplate::Demo ? "Demo" : "DemoValues"; });
+
+} // namespace
+} // namespace Sensor
