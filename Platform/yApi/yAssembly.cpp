@@ -3,6 +3,7 @@
 #include "yApi/yFault.h"
 
 #include <atomic>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -67,8 +68,8 @@ yStatus xyAssembly_VRelease(yAssembly assembly) {
     if (assembly == nullptr || assembly->references.fetch_sub(1, std::memory_order_acq_rel) > 1) {
         return yOK;
     }
-    for (auto dependency = assembly->dependencies.rbegin(); dependency != assembly->dependencies.rend(); ++dependency) {
-        xyAssembly_VRelease(*dependency);
+    for (yAssembly dependency : std::ranges::reverse_view(assembly->dependencies)) {
+        xyAssembly_VRelease(dependency);
     }
     *assembly->global = nullptr;
     delete assembly;

@@ -143,6 +143,7 @@ void ControlScanResults::AddToMap(OutputMap& map, std::string id) {
     map.emplace(key, std::move(id));
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the counterpart of AddToMap
 void ControlScanResults::RemoveFromMap(OutputMap& map, std::string id) {
     map.erase(ResultInfo_IdOfText(id));
 }
@@ -180,6 +181,7 @@ Vor::Object ControlScanResults::Filter(const std::string& protocolId, void* resu
     return filtered;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the call keeps the dispatcher alive
 void ControlScanResults::Dispatch(std::shared_ptr<IControlScanResultsDispatcher> dispatcher, void* resultSet) {
     dispatcher->AddResult(resultSet);
 }
