@@ -134,13 +134,13 @@ bool Thousandths(void* msg, int& result) {
 
 template <class Write>
 double Seconds(const Items& items, Write&& write) {
-    const double start = Bench::WallSeconds();
+    const double start = Bench::ProcessCpuSeconds();
     for (int round = 0; round < rounds; ++round) {
         for (const auto& item : items) {
             write(item.Get());
         }
     }
-    return Bench::WallSeconds() - start;
+    return Bench::ProcessCpuSeconds() - start;
 }
 
 class Bencher {
