@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::span<const unsigned char> stream(data, size);
     const Outcome whole = Feed(stream, SIZE_MAX, SIZE_MAX);
     const std::size_t odd = size == 0 ? 1 : 1 + data[size - 1] % 23;
-    if (Feed(stream, 1, SIZE_MAX) != whole || Feed(stream, odd, 100) != whole || Feed(stream, 12, 1) != whole) {
+    if (Feed(stream, 1, SIZE_MAX) != whole || Feed(stream, odd, 100) != whole || Feed(stream, 12, 37) != whole) {
         std::abort();
     }
     return 0;
