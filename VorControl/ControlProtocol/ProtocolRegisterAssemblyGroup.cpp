@@ -69,8 +69,14 @@ std::vector<std::string> ProtocolRegisterAssemblyGroup::DataSourceList() const {
     if (Empty()) {
         return sources;
     }
-    const Vor::Locker locker(lock);
-    for (const auto& [id, assembly] : assemblies) {
+    std::vector<std::shared_ptr<IProtocolRegisterAssembly>> all;
+    {
+        const Vor::Locker locker(lock);
+        for (const auto& [id, assembly] : assemblies) {
+            all.push_back(assembly);
+        }
+    }
+    for (const auto& assembly : all) {
         auto own = assembly->DataSourceList();
         sources.insert(sources.end(), std::make_move_iterator(own.begin()), std::make_move_iterator(own.end()));
     }

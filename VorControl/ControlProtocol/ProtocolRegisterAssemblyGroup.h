@@ -30,8 +30,8 @@ public:
 private:
     std::shared_ptr<IProtocolRegisterAssembly> FindRegisterAssembly(const char* id) const;
 
-    /// Guards the map while it is filled and searched; Empty and DisplayName read without it. Ranks before the lock
-    /// of each assembly.
+    /// Guards the map while it is filled and searched; Empty and DisplayName read without it. No assembly
+    /// is called under it, since whoever holds an assembly's lock may look the assembly up.
     yLock lock = nullptr;
     std::map<std::string, std::shared_ptr<IProtocolRegisterAssembly>> assemblies;
 };
