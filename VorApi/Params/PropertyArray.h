@@ -119,7 +119,9 @@ private:
     void Grow() {
         auto made = factory();
         T& item = *made;
-        items.reserve(items.size() + 1);
+        if (items.size() == items.capacity()) {
+            items.reserve(2 * items.size() + 1);
+        }
         itemSchemas.Add(&item.Schema());
         items.push_back(std::move(made));
         itemAddedHandlers.Run(*this, item);
