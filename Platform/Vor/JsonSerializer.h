@@ -24,7 +24,8 @@ public:
     /// expected there, before anything is assigned. If a change handler throws, what was assigned before stays.
     static void Deserialize(Node& node, const nlohmann::json& json);
 
-    /// Throws what `Deserialize` would throw, then `ValidateValue` of each value that `json` holds. Assigns nothing.
+    /// Calls `ValidateValue` of each value that `json` holds, in the order of registration, and throws at the first
+    /// that is refused, be it by its limits, its kind or the number of elements. Assigns nothing.
     static void Validate(const Node& node, const nlohmann::json& json);
 
     /// How many elements one document may bring, counted over all its arrays.
