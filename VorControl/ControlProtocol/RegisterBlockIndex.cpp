@@ -30,10 +30,10 @@ void RegisterBlockIndex::Watch(ProtocolRegisterBlock& block) {
 }
 
 void RegisterBlockIndex::Added(Blocks::iterator position) {
-    if (!fits || changed->load(std::memory_order_relaxed)) {
+    if (stale || !fits || changed->load(std::memory_order_relaxed)) {
         return;
     }
-    changed->store(true, std::memory_order_relaxed);
+    stale = true;
     const auto next = std::next(position);
     fits = Fits(position) && (next == blocks.end() || Fits(next));
     if (fits) {
@@ -41,19 +41,30 @@ void RegisterBlockIndex::Added(Blocks::iterator position) {
     } else {
         byOutputId.clear();
     }
-    changed->store(false, std::memory_order_relaxed);
+    stale = false;
 }
 
 void RegisterBlockIndex::Cleared() {
-    changed = std::make_shared<std::atomic<bool>>(false);
-    fits = true;
     byOutputId.clear();
+    changed = std::make_shared<std::atomic<bool>>(false);
+    stale = false;
+    fits = true;
 }
 
 bool RegisterBlockIndex::IsSearchable() {
-    if (!changed->load(std::memory_order_relaxed)) {
-        return fits;
+    if (changed->exchange(false, std::memory_order_relaxed)) {
+        // One walk costs less than sorting the blocks anew, so that waits for the next one.
+        stale = true;
+        byOutputId.clear();
+        return false;
     }
+    if (stale) {
+        Rebuild();
+    }
+    return fits;
+}
+
+void RegisterBlockIndex::Rebuild() {
     byOutputId.clear();
     fits = true;
     for (auto position = blocks.begin(); fits && position != blocks.end(); ++position) {
@@ -64,8 +75,7 @@ bool RegisterBlockIndex::IsSearchable() {
             byOutputId.emplace_hint(byOutputId.end(), (*position)->OutputId(), position);
         }
     }
-    changed->store(false, std::memory_order_relaxed);
-    return fits;
+    stale = false;
 }
 
 bool RegisterBlockIndex::Fits(Blocks::iterator position) const {

@@ -33,12 +33,14 @@ public:
 
 private:
     bool IsSearchable();
+    void Rebuild();
     bool Fits(Blocks::iterator position) const;
 
     Blocks& blocks;
     /// Set by the blocks that are watched; those that have left the list have an old one. Atomic, since they have
     /// left the lock as well.
     std::shared_ptr<std::atomic<bool>> changed;
+    bool stale = false; ///< what follows is out of date
     bool fits = true;
     std::map<unsigned short, Blocks::iterator> byOutputId;
 };
