@@ -28,9 +28,13 @@ public:
     /// False, and `out` untouched, if `text` isn't exactly that form.
     static bool FromBase64(std::string_view text, ByteVector& out);
 
-    auto operator<=>(const ByteVector&) const = default;
+    bool operator==(const ByteVector&) const = default;
+    std::strong_ordering operator<=>(const ByteVector& other) const { return View() <=> other.View(); }
 
 private:
+    /// Characters of a view compare as unsigned bytes.
+    std::string_view View() const { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
+
     std::vector<unsigned char> bytes;
 };
 
