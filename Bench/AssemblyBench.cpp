@@ -72,6 +72,8 @@ Cost AddAll(const std::vector<unsigned short>& ids, bool autoShift) {
         params.outputId = ids[i];
     }
     const auto assembly = NewAssembly();
+    // What earlier runs have left goes back to the system: it would do for few blocks and not for many.
+    malloc_trim(0);
     const double memory = UsedMemory();
     const double start = Bench::ProcessCpuSeconds();
     assembly->Add(request);
