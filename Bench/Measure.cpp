@@ -34,28 +34,54 @@ double Seconds(clockid_t clock) {
 
 } // namespace
 
-void* operator new(std::size_t size) { return Allocate(size, 1); }
-void* operator new[](std::size_t size) { return Allocate(size, 1); }
+void* operator new(std::size_t size) {
+    return Allocate(size, 1);
+}
+void* operator new[](std::size_t size) {
+    return Allocate(size, 1);
+}
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return Allocate(size, static_cast<std::size_t>(alignment));
 }
 void* operator new[](std::size_t size, std::align_val_t alignment) {
     return Allocate(size, static_cast<std::size_t>(alignment));
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
 
 namespace Bench {
 
-double WallSeconds() { return Seconds(CLOCK_MONOTONIC); }
-double ProcessCpuSeconds() { return Seconds(CLOCK_PROCESS_CPUTIME_ID); }
-std::uint64_t Allocations() { return allocations.load(std::memory_order_relaxed); }
+double WallSeconds() {
+    return Seconds(CLOCK_MONOTONIC);
+}
+double ProcessCpuSeconds() {
+    return Seconds(CLOCK_PROCESS_CPUTIME_ID);
+}
+std::uint64_t Allocations() {
+    return allocations.load(std::memory_order_relaxed);
+}
 
 double Median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
@@ -78,7 +104,8 @@ Comparison Compare(int pairs, const std::function<double()>& subject, const std:
             *std::max_element(ratios.begin(), ratios.end())};
 }
 
-Report::Report(const std::string& reportName, int argc, char** argv) : name(reportName) {
+Report::Report(const std::string& reportName, int argc, char** argv)
+    : name(reportName) {
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument == "--json" && i + 1 < argc) {
@@ -109,7 +136,8 @@ void Report::AddRate(const std::string& label, const Comparison& comparison, con
 }
 
 void Report::Note(const std::string& label, double value, const std::string& unit, std::optional<double> atMost) {
-    Print({label, unit, "figure", value, 0, 0, 0, 0, atMost.value_or(0), atMost.has_value(), !atMost || value <= *atMost});
+    Print({label, unit, "figure", value, 0, 0, 0, 0, atMost.value_or(0), atMost.has_value(),
+           !atMost || value <= *atMost});
 }
 
 void Report::Skip(const std::string& label, const std::string& reason) {

@@ -50,7 +50,8 @@ public:
                  std::optional<double> atLeast = std::nullopt, double scale = 1.0);
 
     // A figure alone, with an optional limit that it must not exceed.
-    void Note(const std::string& label, double value, const std::string& unit, std::optional<double> atMost = std::nullopt);
+    void Note(const std::string& label, double value, const std::string& unit,
+              std::optional<double> atMost = std::nullopt);
     void Skip(const std::string& label, const std::string& reason);
 
     // True when the option was given, e.g. "--quick".
