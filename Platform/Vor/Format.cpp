@@ -169,7 +169,7 @@ std::string AsText(const FormatArg& arg) {
     case FormatArg::Kind::Text:
         return std::string(arg.Text());
     case FormatArg::Kind::Pointer:
-        return Print("%p", reinterpret_cast<void*>(arg.Integer()));
+        return Print("%p", reinterpret_cast<void*>(arg.Integer())); // NOLINT(performance-no-int-to-ptr)
     }
     return {};
 }

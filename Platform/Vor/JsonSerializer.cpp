@@ -40,7 +40,8 @@ template <class Visit>
 void ForEachMember(const Structure& structure, const Json& json, const JsonPath& path, Visit visit) {
     const Json::object_t& object = ObjectOf(json, path);
     const auto& members = structure.Members();
-    for (std::size_t i = 0; i < members.size(); ++i) {
+    // By index, since a handler that a visit runs may register a member.
+    for (std::size_t i = 0; i < members.size(); ++i) { // NOLINT(modernize-loop-convert)
         const Internal::Member member = members[i];
         if (member.Target().IsWriteOnly()) {
             continue;

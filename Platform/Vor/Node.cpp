@@ -109,7 +109,8 @@ void Node::CopySchema(const Node& other) {
         return;
     }
     const auto& keywords = extras->schema.Members();
-    for (std::size_t i = 0; i < keywords.size(); ++i) {
+    // By index, since a handler that the copy runs may enable a keyword.
+    for (std::size_t i = 0; i < keywords.size(); ++i) { // NOLINT(modernize-loop-convert)
         const Internal::Member keyword = keywords[i];
         if (!keyword.IsCopied()) {
             continue;

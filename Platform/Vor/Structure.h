@@ -23,7 +23,9 @@ public:
 
     Name Key() const { return name; }
     const std::string& Text() const { return name.Text(); }
-    Node& Target() const { return *reinterpret_cast<Node*>(nodeAndCopied & ~std::uintptr_t(1)); }
+    Node& Target() const {
+        return *reinterpret_cast<Node*>(nodeAndCopied & ~std::uintptr_t(1)); // NOLINT(performance-no-int-to-ptr)
+    }
     bool IsCopied() const { return (nodeAndCopied & 1U) != 0; }
 
 private:

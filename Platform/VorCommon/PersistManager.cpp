@@ -56,7 +56,7 @@ std::exception_ptr FailureOf(const Function& function) {
 
 std::string PersistManager::JobFileName(const std::string& name) {
     const std::string extension = jobExtension;
-    const std::string fileName = name.ends_with(extension) ? name : name + extension;
+    std::string fileName = name.ends_with(extension) ? name : name + extension;
     if (name.empty() || name.front() == '.' || name.find_first_of(std::string("/\0", 2)) != std::string::npos ||
         fileName.size() > maxFileNameSize) {
         Vor::Throw(yERROR_PARAMETER, "'%s' is not a job name: it must be one file name that doesn't begin with a dot.",
@@ -124,7 +124,7 @@ std::shared_future<PersistManager::SaveResult> PersistManager::Save(PersistDomai
     };
     const std::size_t index = IndexOf(domain);
     const auto progress = std::make_shared<Progress>();
-    const std::shared_future<SaveResult> result = progress->result.get_future().share();
+    std::shared_future<SaveResult> result = progress->result.get_future().share();
     RunWhileWaiting(
         [=, this] {
             progress->wasModified = modified[index].exchange(false);
@@ -314,6 +314,7 @@ PersistManager::SaveResult PersistManager::LogFailedSave(PersistDomain domain, c
 std::vector<unsigned long long> PersistManager::HandlerIds() const {
     const std::lock_guard guard(handlersMutex);
     std::vector<unsigned long long> ids;
+    ids.reserve(handlers.size());
     for (const Handler& handler : handlers) {
         ids.push_back(handler.id);
     }

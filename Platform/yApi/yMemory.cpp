@@ -15,7 +15,7 @@ void* yMemory_Allocate(yAllocator allocator, std::size_t size) {
 
 void yMemory_Free(yAllocator allocator, void* memory, std::size_t size) {
     if (allocator == nullptr) {
-        ::operator delete(memory, size);
+        ::operator delete(memory);
     } else {
         static_cast<std::pmr::memory_resource*>(allocator)->deallocate(memory, size);
     }

@@ -79,7 +79,7 @@ void ScanRegisters::Rebuild() {
         } else {
             ranges.push_back(range);
         }
-        bytes.resize(std::max<std::size_t>(bytes.size(), 2u * range.end), 0);
+        bytes.resize(std::max<std::size_t>(bytes.size(), std::size_t{2} * range.end), 0);
         if (block->HasDataSource()) {
             AddSlot(next, block);
         }
@@ -99,7 +99,7 @@ void ScanRegisters::Rebuild() {
 void ScanRegisters::AddSlot(Sources& next, const std::shared_ptr<ProtocolRegisterBlock>& block) {
     next[ResultInfo_IdOfText(block->DataSource())].slots.push_back(
         {.block = block,
-         .offset = 2u * block->OutputId(),
+         .offset = std::size_t{2} * block->OutputId(),
          .size = block->SerializedOutputSize(),
          .isText = block->Category() == RegisterBlockCategory::String});
 }

@@ -36,7 +36,7 @@ public:
 
 private:
     static constexpr std::size_t InputCapacity = 2048;
-    static constexpr std::size_t OutputCapacity = 16 * 1024;
+    static constexpr std::size_t OutputCapacity = std::size_t{16} * 1024;
 
     const RequestHandler& handler;
     std::size_t inputEnd = 0;

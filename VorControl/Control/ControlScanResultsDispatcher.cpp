@@ -17,8 +17,7 @@ void LogThrown(const std::exception& exception) {
 
 } // namespace
 
-ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* allocator)
-    : allocator(allocator) {
+ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* allocator) {
     Vor::ThrowIfFailed(yLock_Construct(listLock.Out()));
     Vor::ThrowIfFailed(yArrayList_Construct(incomingResults.Out(), yType_ResultSet, listCapacity, allocator));
     Vor::ThrowIfFailed(yArrayList_Construct(dispatchResults.Out(), yType_ResultSet, listCapacity, allocator));

@@ -41,7 +41,6 @@ private:
     const std::uint64_t sleepPeriod = 500; ///< microseconds
     const std::uint64_t listCapacity = 100;
     Vor::Handle<yThread, yThread_Destroy> thread;
-    void* const allocator;
     ResultList incomingResults;
     ResultList dispatchResults; ///< the thread's own while it runs
     /// Guards which list is the incoming one, and appending to it. Innermost: no handler runs while it is held.
