@@ -81,6 +81,9 @@ void Application::LoadPlugins() {
     for (const VorPlugin::PluginManager::Refusal& refusal : host.Plugins().Refusals()) {
         report.Line("Plug-in " + refusal.path + " is refused: " + refusal.reason);
     }
+    for (const std::string& sentence : host.TakenTypeNames()) {
+        report.Line(sentence);
+    }
 }
 
 void Application::TakeSettings() {
@@ -103,14 +106,14 @@ void Application::PrepareJob() {
 
 void Application::LoadJob() {
     try {
-        host.Persistence().Load();
+        host.LoadDomains();
     } catch (const Vor::Exception& e) {
         throw StartError(e.what());
     }
 }
 
 void Application::Report() {
-    report.Services(host.Services());
+    report.Services(host.Services(), host.StartFailures());
     report.Input(commandLine.recording.empty() ? "generated part" : commandLine.recording.string(), recording,
                  commandLine.frameRate, commandLine.once);
     report.Maps(host.Services(), Scan::ResultSetMaker::DataSources(recording));

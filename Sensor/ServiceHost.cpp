@@ -7,6 +7,7 @@
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/VorCnLib.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Sensor {
@@ -15,16 +16,31 @@ namespace {
 
 constexpr const char* ControlPluginType = "VorControl.ControlPlugin";
 
-bool Offers(const VorPlugin::PluginLib& library, const std::string& typeName) {
+std::vector<std::string> TypeNames(const VorPlugin::PluginLib& library) {
+    std::vector<std::string> names;
     for (const auto& plugin : library.PluginsByType(ControlPluginType)) {
         const auto* control = static_cast<const VorControl::ControlPlugin*>(plugin->GetObject());
         for (std::size_t index = 0; index < control->ControlInfoCount(); ++index) {
-            if (control->ControlInfoAt(index).TypeName() == typeName) {
-                return true;
-            }
+            names.push_back(control->ControlInfoAt(index).TypeName());
         }
     }
-    return false;
+    return names;
+}
+
+bool Offers(const VorPlugin::PluginLib& library, const std::string& typeName) {
+    const std::vector<std::string> names = TypeNames(library);
+    return std::find(names.begin(), names.end(), typeName) != names.end();
+}
+
+/// The reason in an entry of the log by which a service tells that its start failed; empty for other entries.
+std::string StartFailure(const Vor::LogRecord& record, const std::string& id) {
+    const std::string begin = "Protocol (" + id + ") failed to start (";
+    const std::string end = ").";
+    const std::string& text = record.text;
+    if (text.size() < begin.size() + end.size() || !text.starts_with(begin) || !text.ends_with(end)) {
+        return {};
+    }
+    return text.substr(begin.size(), text.size() - begin.size() - end.size());
 }
 
 } // namespace
@@ -75,6 +91,34 @@ VorControl::ControlModuleEnviron ServiceHost::ModuleEnviron() {
 
 void ServiceHost::LoadPlugins(const std::filesystem::path& folder) {
     plugins.LoadFolder(folder);
+}
+
+std::vector<std::string> ServiceHost::TakenTypeNames() const {
+    std::vector<std::string> sentences;
+    std::map<std::string, std::string> owners;
+    for (std::size_t index = 0; index < plugins.Count(); ++index) {
+        const std::string& path = plugins.At(index).Path();
+        for (const std::string& name : TypeNames(plugins.At(index))) {
+            const auto [owner, added] = owners.emplace(name, path);
+            if (!added) {
+                sentences.push_back("Service " + name + " of " + path + " is left out: the type name is taken by " +
+                                    owner->second);
+            }
+        }
+    }
+    return sentences;
+}
+
+void ServiceHost::LoadDomains() {
+    const Vor::LogCapture log;
+    persistence.Load();
+    for (const Vor::LogRecord& record : log.Records()) {
+        for (const std::string& id : Services().List()) {
+            if (std::string reason = StartFailure(record, id); !reason.empty()) {
+                startFailures.insert_or_assign(id, std::move(reason));
+            }
+        }
+    }
 }
 
 void ServiceHost::CreateServices() {

@@ -11,9 +11,11 @@
 #include "yApi/yAssembly.h"
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Sensor {
 
@@ -39,12 +41,22 @@ public:
     void LoadPlugins(const std::filesystem::path& folder);
     VorPlugin::PluginManager& Plugins() { return plugins; }
 
+    /// A sentence for each service type of a plug-in whose name an earlier one has taken.
+    std::vector<std::string> TakenTypeNames() const;
+
     /// Creates the services, none of which is started. A plug-in whose service can't be created is named in the log and
     /// left out. Throws a Vor::Exception.
     void CreateServices();
     /// Once the services are created.
     VorControl::IControlManager& Services() { return module->Manager(); }
     VorCommon::PersistManager& Persistence() { return persistence; }
+
+    /// Loads the workspace and the job, which starts the enabled services. Throws a Vor::Exception when a file can't be
+    /// read.
+    void LoadDomains();
+    /// Why a service, by id, failed to start in LoadDomains; it isn't here when it didn't.
+    const std::map<std::string, std::string>& StartFailures() const { return startFailures; }
+
     VorCore::ResultHub& Hub() { return hub; }
 
     /// These two tell the services that the scan begins and that it has ended.
@@ -84,6 +96,7 @@ private:
     VorPlugin::PluginManager plugins;
     VorCommon::PersistManager persistence;
     std::unique_ptr<VorControl::ControlModule> module;
+    std::map<std::string, std::string> startFailures;
 };
 
 } // namespace Sensor

@@ -113,26 +113,33 @@ void StartReport::Input(const std::string& name, const Scan::Recording& recordin
     Line(text.str());
 }
 
-void StartReport::Services(VorControl::IControlManager& manager) {
+void StartReport::Services(VorControl::IControlManager& manager,
+                           const std::map<std::string, std::string>& startFailures) {
     const std::vector<std::string> ids = manager.List();
     if (ids.empty()) {
         Line("Services: none");
     }
     for (const std::string& id : ids) {
-        Service(manager.GetInstance(id));
+        const auto failure = startFailures.find(id);
+        Service(manager.GetInstance(id), failure == startFailures.end() ? std::string() : failure->second);
     }
 }
 
-void StartReport::Service(VorControl::IControlInstance& instance) {
+void StartReport::Service(VorControl::IControlInstance& instance, const std::string& startFailure) {
     std::string text = "Service " + instance.Id() + " (" + instance.DisplayName() + "): ";
     try {
         const nlohmann::json properties = PropertiesOf(instance);
-        text += TextOf(instance.GetProtocolStatus());
+        // A service whose start was cut short may not have told so itself.
+        const ProtocolStatus told = instance.GetProtocolStatus();
+        const bool failed = !startFailure.empty() && told != ProtocolStatus::Running;
+        text += TextOf(failed ? ProtocolStatus::FailedToStart : told);
         if (const std::string address = TextAt(properties, "address"); !address.empty()) {
             text += " at " + address;
         }
         if (const std::string failure = TextAt(properties, "failure"); !failure.empty()) {
             text += ": " + failure;
+        } else if (failed) {
+            text += ": " + startFailure;
         }
     } catch (const std::exception& e) {
         text += std::string("its state can't be read (") + e.what() + ")";

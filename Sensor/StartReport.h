@@ -2,6 +2,7 @@
 
 #include "Sensor/Scan/Recording.h"
 
+#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -24,8 +25,9 @@ public:
     /// Frames, rows and rate of the input, which `name` names.
     void Input(const std::string& name, const Scan::Recording& recording, double frameRate, bool once);
 
-    /// A line for each service: its state, where it is found, and why it failed.
-    void Services(VorControl::IControlManager& manager);
+    /// A line for each service: its state, where it is found, and why it failed, by its own words or else by those of
+    /// `startFailures`, which holds reasons by id.
+    void Services(VorControl::IControlManager& manager, const std::map<std::string, std::string>& startFailures);
 
     /// A table for each register assembly, then a line for each of its data sources that isn't among `dataSources`.
     void Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
@@ -39,7 +41,7 @@ private:
     };
 
     static std::vector<Row> Rows(VorControl::IControlInstance& instance, const std::string& assembly);
-    void Service(VorControl::IControlInstance& instance);
+    void Service(VorControl::IControlInstance& instance, const std::string& startFailure);
     void Map(VorControl::IControlInstance& instance, const std::string& assembly,
              const std::vector<std::string>& dataSources);
 

@@ -115,6 +115,32 @@ TEST_F(PreparedSensor, RunsOnWhenAStartThrowsNoException) {
     EXPECT_NE(program.Errors().find("unknown exception"), std::string::npos) << program.Errors();
 }
 
+TEST_F(PreparedSensor, ShowsAServiceThatFailsToStartWithTheReasonAndStartsTheOthers) {
+    Enable("test", {"startFails", "startThrowsException", "stopHangs"});
+    Program program(Command({"--job", "test", "--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    ASSERT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
+    const std::string output = program.Output();
+    EXPECT_NE(output.find("startFails (Fixture startFails): Failed To Start: the port is taken\n"), std::string::npos)
+        << output;
+    EXPECT_NE(output.find("(Fixture startThrowsException): Failed To Start: the cable is cut\n"), std::string::npos)
+        << output;
+    EXPECT_NE(output.find("Service stopHangs (Fixture stopHangs): Running\n"), std::string::npos) << output;
+}
+
+TEST_F(PreparedSensor, NamesPlugInsThatAreLeftOut) {
+    Program program(Command({"--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    ASSERT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
+    const std::string plugins = VOR_BINARY_DIR "/test-plugins/";
+    EXPECT_NE(program.Output().find("Service startThrowsException of " + plugins +
+                                    "TypeNameTaken.so is left out: the type name is taken by " + plugins +
+                                    "StartThrowsException.so\n"),
+              std::string::npos)
+        << program.Output();
+    for (const char* file : {"FactoryThrows.so", "FactoryThrowsInt.so", "FactoryGivesNothing.so"}) {
+        EXPECT_NE(program.Errors().find(plugins + file + " is left out"), std::string::npos) << program.Errors();
+    }
+}
+
 TEST_F(PreparedSensor, EndsInTimeWhenAServiceDoesntStop) {
     Enable("test", {"stopHangs"});
     Program program(Command({"--job", "test", "--plugins", VOR_BINARY_DIR "/test-plugins"}));

@@ -14,6 +14,7 @@
 #include "yApi/yStatus.h"
 
 #include <exception>
+#include <stdexcept>
 #include <utility>
 
 namespace VorControl {
@@ -139,6 +140,10 @@ void ControlManager::Create(const ControlInfo& info) {
     } catch (const std::exception& e) {
         LogThrown(e, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), e.what());
         std::throw_with_nested(ControlCreateException(info.TypeName(), e));
+    } catch (...) {
+        const std::runtime_error unknown("something was thrown that is no exception");
+        LogThrown(unknown, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), unknown.what());
+        std::throw_with_nested(ControlCreateException(info.TypeName(), unknown));
     }
 }
 
