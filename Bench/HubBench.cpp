@@ -2,6 +2,7 @@
 // A rate is items that reach a service in a second of the process's CPU time, all threads included.
 
 #include "Bench/Measure.h"
+#include "Vor/Logging.h"
 #include "VorApi/Object.h"
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorMsg/ResultSet.h"
@@ -295,6 +296,7 @@ void Measure(Bench::Report& report, std::size_t services, std::size_t items, boo
 } // namespace
 
 int main(int argc, char** argv) {
+    Vor::Logging::SetMinimumLevel(Vor::LevelError);
     Bench::Report report("hub", argc, argv);
     Measure(report, 8, 64, true);
     if (!report.Has("--quick")) {
