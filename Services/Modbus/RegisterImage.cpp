@@ -13,8 +13,7 @@ bool RegisterImage::Read(std::uint16_t address, std::uint16_t count, unsigned ch
         return false;
     }
     const std::size_t offset = std::size_t{2} * address;
-    const std::size_t known =
-        offset < bytes.size() ? std::min(std::size_t{2} * count, bytes.size() - offset) : 0;
+    const std::size_t known = offset < bytes.size() ? std::min(std::size_t{2} * count, bytes.size() - offset) : 0;
     std::memcpy(destination, bytes.data() + offset, known);
     std::memset(destination + known, 0, std::size_t{2} * count - known);
     return true;
