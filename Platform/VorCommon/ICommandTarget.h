@@ -1,0 +1,25 @@
+#pragma once
+
+#include "VorApi/Params/Group.h"
+#include "VorCommon/CommandInfo.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace VorCommon {
+
+/// An object that takes commands with parameters. Command ids are exact, upper and lower case differ.
+class ICommandTarget {
+public:
+    virtual ~ICommandTarget() = default;
+
+    virtual std::vector<CommandInfo> ListCommands() const = 0;
+    /// A group of the caller's own, with the defaults of the command's parameters.
+    virtual std::shared_ptr<Vor::Params::Group> GetCommandParams(const std::string& id) const = 0;
+    /// Runs the command and gives its result. `params` may be written to.
+    virtual std::shared_ptr<Vor::Params::Group> InvokeCommand(const std::string& id, Vor::Params::Group& params) = 0;
+    virtual bool IsCommandSupported(const std::string& id) = 0;
+};
+
+} // namespace VorCommon

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace VorCommon {
+
+/// Says which device a provider stands for. The answers may change while it lives.
+class IDeviceProvider {
+public:
+    enum class DeviceStatus : std::int32_t { Connected = 0, NotConnected = -1 };
+
+    virtual std::string Model() const = 0;
+    virtual std::string SerialNumber() const = 0;
+    virtual DeviceStatus Status() const = 0;
+
+protected:
+    ~IDeviceProvider() = default;
+};
+
+} // namespace VorCommon

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "VorApi/Event.h"
+#include "VorApi/Params/Value.h"
+#include "VorCommon/IActionTarget.h"
+#include "VorCommon/ICommandTarget.h"
+#include "VorScan/AlignCompletionStatus.h"
+#include "VorScan/AlignState.h"
+
+namespace VorScan {
+
+/// What a scanner can do. Main loop only.
+class IScanner {
+public:
+    virtual ~IScanner() = default;
+
+    /// Null: the scanner takes no actions.
+    virtual VorCommon::IActionTarget* ActionTarget() = 0;
+    /// Null: the scanner takes no commands.
+    virtual VorCommon::ICommandTarget* CommandTarget() = 0;
+    /// Raised when an alignment has ended, on whichever thread that is noticed.
+    virtual Vor::Event<AlignCompletionStatus>& AlignmentCompletedEvent() = 0;
+    virtual Vor::Params::Value<AlignState>& AlignmentState() = 0;
+};
+
+} // namespace VorScan

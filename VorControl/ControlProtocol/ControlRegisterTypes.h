@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+namespace VorControl::ControlProtocol {
+
+/// A client's command, as read from its input block.
+struct ControlRegisterCommandData {
+    std::uint16_t requestWord = 0;
+    std::uint8_t commandId = 0; ///< 0 none, 1 start, 2 stop, 3 align, 4 clear align, 5 load job, 6 trigger, 9 user data
+    std::uint8_t reserved = 0;
+    std::array<char, 492> commandArgs{}; ///< zero-ended text, or raw user data
+    std::uint64_t commandArgsSize = 0;   ///< bytes of user data; 0 for every other command
+
+    /// Throws yERROR_PARAMETER beyond the size of `commandArgs`.
+    void SetCommandArgsSize(std::uint64_t size);
+};
+
+static_assert(sizeof(ControlRegisterCommandData) == 504);
+static_assert(offsetof(ControlRegisterCommandData, commandId) == 2);
+static_assert(offsetof(ControlRegisterCommandData, commandArgs) == 4);
+static_assert(offsetof(ControlRegisterCommandData, commandArgsSize) == 496);
+static_assert(std::is_trivially_copyable_v<ControlRegisterCommandData>);
+
+/// The answer to a command.
+struct DefaultCommandResultData {
+    std::uint16_t requestWord = 0;
+    std::uint8_t commandResult = 0; ///< 0 none completed yet, 1 in progress, 2 done, 3 failed
+};
+
+static_assert(sizeof(DefaultCommandResultData) == 4);
+
+using DefaultUserDataInputData = std::array<unsigned char, 468>;
+
+struct DefaultSystemStateData {
+    std::uint8_t firstStateByte = 0;
+    std::uint8_t jobFileNameLength = 0; ///< at most 64
+    std::uint8_t secondStateByte = 0;
+    std::uint8_t thirdStateByte = 0;
+    std::uint32_t reserved = 0;
+    std::uint64_t stateValue = 0;
+    std::array<char, 64> jobFileName{}; ///< without a zero at its end
+};
+
+static_assert(sizeof(DefaultSystemStateData) == 80);
+static_assert(offsetof(DefaultSystemStateData, stateValue) == 8);
+static_assert(offsetof(DefaultSystemStateData, jobFileName) == 16);
+
+struct DefaultScannerStateData {
+    std::uint8_t firstScannerByte = 0;
+    std::uint8_t secondScannerByte = 0;
+    std::array<std::uint8_t, 6> reserved{};
+    std::int64_t signedScannerValue = 0;
+    std::uint64_t unsignedScannerValue = 0;
+};
+
+static_assert(sizeof(DefaultScannerStateData) == 24);
+static_assert(offsetof(DefaultScannerStateData, signedScannerValue) == 8);
+
+} // namespace VorControl::ControlProtocol
