@@ -1,11 +1,8 @@
 // Three independent clients read what the started program measures of real recordings.
 
+#include "Tests/EndToEnd/ModbusClients.h"
 #include "Tests/EndToEnd/LastFrame.h"
-#include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
-
-#include <functional>
-#include <nlohmann/json.hpp>
 
 namespace Tests {
 namespace {
@@ -25,52 +22,13 @@ struct Measured {
     }
 };
 
-using Reader = std::function<std::vector<std::uint16_t>(std::uint16_t port, int address, int count, bool input)>;
-
-std::vector<std::uint16_t> ReadWithLibrary(std::uint16_t port, int address, int count, bool input) {
-    return ModbusReader(port).Read(address, count, input);
-}
-
-std::vector<std::uint16_t> ReadWithMbpoll(std::uint16_t port, int address, int count, bool input) {
-    const Answer answer =
-        RunToEnd({"mbpoll", "-m", "tcp", "-p", std::to_string(port), "-a", "1", "-0", "-r", std::to_string(address),
-                  "-c", std::to_string(count), "-t", input ? "3:hex" : "4:hex", "-1", "-q", "127.0.0.1"});
-    EXPECT_EQ(answer.status, 0) << answer.output << answer.errors;
-    std::vector<std::uint16_t> registers;
-    std::istringstream lines(answer.output);
-    for (std::string line; std::getline(lines, line);) {
-        if (const auto at = line.find("0x"); !line.empty() && line[0] == '[' && at != std::string::npos) {
-            registers.push_back(static_cast<std::uint16_t>(std::stoul(line.substr(at), nullptr, 16)));
-        }
-    }
-    return registers;
-}
-
-std::vector<std::uint16_t> ReadWithScript(std::uint16_t port, int address, int count, bool input) {
-    const Answer answer = RunToEnd({"node", VOR_SOURCE_DIR "/Tests/EndToEnd/read.js", std::to_string(port),
-                                    std::to_string(address), std::to_string(count), input ? "input" : "holding"});
-    EXPECT_EQ(answer.status, 0) << answer.output << answer.errors;
-    const auto document = nlohmann::json::parse(answer.output, nullptr, false);
-    return document.is_object() && document.contains("registers")
-               ? document["registers"].get<std::vector<std::uint16_t>>()
-               : std::vector<std::uint16_t>();
-}
-
-struct Client {
-    const char* name;
-    Reader read;
-    const char* needs;
-};
-
-class ModbusClientsTest : public testing::TestWithParam<Client> {
+class ModbusClientsTest : public ModbusClientTest {
 protected:
     void SetUp() override {
         if (!std::filesystem::exists(RecordingFile("sweeps.csv"))) {
             GTEST_SKIP() << "there is no folder of recordings beside the sources";
         }
-        if (!std::filesystem::exists(GetParam().needs)) {
-            GTEST_SKIP() << "there is no " << GetParam().needs;
-        }
+        ModbusClientTest::SetUp();
     }
 
     /// Starts the sensor and waits until it stands still behind the last frame.
@@ -137,11 +95,7 @@ TEST_P(ModbusClientsTest, ReadsTheLastDiameter) {
     EXPECT_EQ(ReadMeasurements(Play(sensor), 1, expected), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, ModbusClientsTest,
-    testing::Values(Client{"LibModbus", ReadWithLibrary, "/"}, Client{"Mbpoll", ReadWithMbpoll, "/usr/bin/mbpoll"},
-                    Client{"ModbusSerial", ReadWithScript, VOR_SOURCE_DIR "/Tests/EndToEnd/node_modules"}),
-    [](const testing::TestParamInfo<Client>& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Of, ModbusClientsTest, AllModbusClients, NameOfClient);
 
 } // namespace
 } // namespace Tests
