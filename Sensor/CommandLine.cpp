@@ -1,8 +1,8 @@
 #include "Sensor/CommandLine.h"
 
 #include "Sensor/StartError.h"
-#include "Sensor/Utf8.h"
 #include "Vor/Exception.h"
+#include "Vor/Utf8.h"
 #include "VorCommon/PersistManager.h"
 
 #include <CLI/CLI.hpp>
@@ -57,7 +57,7 @@ void CheckJob(const std::string& job) {
     if (job.empty()) {
         return;
     }
-    if (!IsUtf8(job)) {
+    if (!Vor::IsUtf8(job)) {
         throw StartError("--job: the name isn't text in UTF-8.");
     }
     try {

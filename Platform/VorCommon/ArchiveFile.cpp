@@ -312,6 +312,17 @@ void ArchiveFile::Write(const Entries& entries) {
     SyncFolderOf(path);
 }
 
+void ArchiveFile::Remove() {
+    CheckFault("ArchiveFile_Remove", path);
+    if (!Exists()) {
+        return;
+    }
+    CheckSystemCall(unlink(path.c_str()), path, "can't be removed");
+    std::error_code error;
+    std::filesystem::remove(path + "-journal", error);
+    SyncFolderOf(path);
+}
+
 /// The file is made beside its place and appears there whole. Its name begins with a dot, so it is no job.
 void ArchiveFile::Create(const Entries& entries) {
     const std::filesystem::path place(path);

@@ -40,6 +40,10 @@ public:
     /// @throws Vor::Exception as Read().
     void Write(const Entries& entries);
 
+    /// Removes the file, with what an interrupted save has left beside it. Nothing happens without one.
+    /// @throws Vor::Exception when it can't be removed; it then stays.
+    void Remove();
+
 private:
     void Create(const Entries& entries);
 

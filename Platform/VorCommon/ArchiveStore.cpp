@@ -1,16 +1,20 @@
 #include "VorCommon/ArchiveStore.h"
 
 #include "Vor/Exception.h"
+#include "Vor/JsonText.h"
 #include "yApi/yFault.h"
 #include "yApi/yStatus.h"
 
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 namespace VorCommon {
 
 namespace {
+
+constexpr const char* jsonExtension = ".json";
 
 std::string EntryName(const std::string& path) {
     if (path.size() < 2 || path.front() != '/' || path.size() - 1 > ArchiveFile::maxNameSize ||
@@ -78,6 +82,26 @@ void ArchiveStore::Commit() {
     }
     file.Write(exists ? changes : merged);
     committed = std::move(merged);
+}
+
+void ArchiveStore::RequireJson() const {
+    for (const auto& [name, content] : Merge(committed, written)) {
+        if (!name.ends_with(jsonExtension)) {
+            continue;
+        }
+        try {
+            Vor::ParseJson(reinterpret_cast<const char*>(content->data()), content->size());
+        } catch (const Vor::Exception& e) {
+            Vor::ThrowNested(yERROR_FORMAT, "Archive '%s': entry '%s' is no JSON (%s)", file.Path(), name, e.what());
+        }
+    }
+}
+
+void ArchiveStore::WriteAll(const ArchiveStore& other) {
+    for (const auto& [name, content] : Merge(other.committed, other.written)) {
+        RequireRoom(name, content->size());
+        written[name] = content;
+    }
 }
 
 void ArchiveStore::Discard() {

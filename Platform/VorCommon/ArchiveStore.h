@@ -28,6 +28,10 @@ public:
     /// archive isn't touched, and without content none is made.
     /// @throws Vor::Exception as ArchiveFile::Write(); what was written is then forgotten.
     void Commit();
+    /// Throws yERROR_FORMAT, naming file, entry and reason, when an entry whose name ends with ".json" is no JSON.
+    void RequireJson() const;
+    /// Writes all that the other store holds.
+    void WriteAll(const ArchiveStore& other);
     /// Forgets what was written since the last commit.
     void Discard();
 

@@ -2,8 +2,10 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "Vor/Utf8.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorCommon/IPersistHandler.h"
+#include "VorCommon/LiveJob.h"
 #include "yApi/yStatus.h"
 
 #include <algorithm>
@@ -55,6 +57,9 @@ std::exception_ptr FailureOf(const Function& function) {
 } // namespace
 
 std::string PersistManager::JobFileName(const std::string& name) {
+    if (!Vor::IsUtf8(name)) {
+        Vor::Throw(yERROR_PARAMETER, "The name of a job must be text in UTF-8.");
+    }
     const std::string extension = jobExtension;
     std::string fileName = name.ends_with(extension) ? name : name + extension;
     if (name.empty() || name.front() == '.' || name.find_first_of(std::string("/\0", 2)) != std::string::npos ||
@@ -110,6 +115,24 @@ void PersistManager::Load() {
     RunWhileWaiting([this] { LoadDomains(); }, [this] { CommitInitialised(); });
 }
 
+void PersistManager::LoadJob(const std::string& name) {
+    try {
+        ChangeJob(name, [this](const std::string& fileName) { LoadJobDomain(fileName); });
+    } catch (const std::exception& e) {
+        Vor::LogUser(Vor::UserError, "VorCommon", "The job wasn't loaded: %s", e.what());
+        throw;
+    }
+}
+
+void PersistManager::Restore(const std::string& name, const JobFiller& fill) {
+    try {
+        ChangeJob(name, [this, &fill](const std::string& fileName) { RestoreDomains(fileName, fill); });
+    } catch (const std::exception& e) {
+        Vor::LogUser(Vor::UserError, "VorCommon", "The restore failed: %s", e.what());
+        throw;
+    }
+}
+
 void PersistManager::SaveResult::ThrowIfFailed() const {
     if (status != yOK) {
         Vor::Throw(status, "%s", text);
@@ -147,7 +170,13 @@ std::shared_future<PersistManager::SaveResult> PersistManager::Save(PersistDomai
 }
 
 std::string PersistManager::LoadedJob() const {
-    return jobLoaded ? jobFile : std::string();
+    const std::lock_guard guard(jobMutex);
+    return liveJob ? jobFile : std::string();
+}
+
+void* PersistManager::LiveJob() const {
+    const std::lock_guard guard(jobMutex);
+    return yObject_Share(liveJob.Get());
 }
 
 bool PersistManager::IsModified(PersistDomain domain) const {
@@ -155,8 +184,20 @@ bool PersistManager::IsModified(PersistDomain domain) const {
 }
 
 std::string PersistManager::FilePath(PersistDomain domain) const {
-    const std::filesystem::path folder(environ.dataFolder);
-    return (domain == PersistDomain::Job ? folder / "jobs" / jobFile : folder / "workspace.vrdata").string();
+    return domain == PersistDomain::Job ? JobPath(JobFile()) : WorkspacePath();
+}
+
+std::string PersistManager::JobFile() const {
+    const std::lock_guard guard(jobMutex);
+    return jobFile;
+}
+
+std::string PersistManager::JobPath(const std::string& fileName) const {
+    return (std::filesystem::path(environ.dataFolder) / "jobs" / fileName).string();
+}
+
+std::string PersistManager::WorkspacePath() const {
+    return (std::filesystem::path(environ.dataFolder) / "workspace.vrdata").string();
 }
 
 std::size_t PersistManager::IndexOf(PersistDomain domain) {
@@ -211,22 +252,113 @@ void PersistManager::RunWhileWaiting(std::function<void()> step, std::function<v
     }
 }
 
+PersistManager::LoadedDomain PersistManager::Decorated(PersistDomain domain, bool hasFile,
+                                                       std::unique_ptr<ArchiveStore> store) const {
+    auto decorated = environ.decorateStore ? environ.decorateStore(*store, domain) : nullptr;
+    return {domain, hasFile, std::move(store), std::move(decorated)};
+}
+
 void PersistManager::LoadDomains() {
     std::vector<LoadedDomain> domains;
     for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
         auto store = std::make_unique<ArchiveStore>(FilePath(domain));
         const bool hasFile = store->Open();
-        auto decorated = environ.decorateStore ? environ.decorateStore(*store, domain) : nullptr;
-        domains.push_back({domain, hasFile, std::move(store), std::move(decorated)});
+        domains.push_back(Decorated(domain, hasFile, std::move(store)));
     }
-    jobLoaded = true;
+    SetLoadedJob(JobFile());
     for (LoadedDomain& loaded : domains) {
-        const std::size_t index = IndexOf(loaded.domain);
-        modified[index] = false;
-        LoadHandlers(loaded);
-        loaded.decorated.reset();
-        stores[index] = std::move(loaded.store);
+        TakeTurns(std::move(loaded));
     }
+}
+
+void PersistManager::LoadJobDomain(const std::string& fileName) {
+    auto store = std::make_unique<ArchiveStore>(JobPath(fileName));
+    if (!store->Open()) {
+        Vor::Throw(yERROR_NOT_FOUND, "Archive '%s': there is no such file.", JobPath(fileName));
+    }
+    store->RequireJson();
+    LoadedDomain loaded = Decorated(PersistDomain::Job, true, std::move(store));
+    SetLoadedJob(fileName);
+    TakeTurns(std::move(loaded));
+}
+
+void PersistManager::RestoreDomains(const std::string& fileName, const JobFiller& fill) {
+    ArchiveStore filled(JobPath(fileName));
+    fill(filled);
+    filled.RequireJson();
+    ArchiveFile(WorkspacePath()).Remove();
+    ArchiveFile(JobPath(fileName)).Remove();
+
+    TakeTurns(Decorated(PersistDomain::Workspace, false, std::make_unique<ArchiveStore>(WorkspacePath())));
+    LoadedDomain job = Decorated(PersistDomain::Job, false, std::make_unique<ArchiveStore>(JobPath(fileName)));
+    LoadHandlers(job);
+    job.store->WriteAll(filled);
+    job.hasFile = true;
+    SetLoadedJob(fileName);
+    TakeTurns(std::move(job));
+    CommitRestored();
+}
+
+/// Both files are tried; the first failure is thrown.
+void PersistManager::CommitRestored() {
+    std::exception_ptr first;
+    for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
+        const std::size_t index = IndexOf(domain);
+        std::exception_ptr failure = FailureOf([&] { stores[index]->Commit(); });
+        if (failure != nullptr) {
+            modified[index] = true;
+            first = first == nullptr ? std::move(failure) : std::move(first);
+        }
+    }
+    if (first != nullptr) {
+        std::rethrow_exception(std::move(first));
+    }
+}
+
+/// Runs the change on the thread, while the caller waits, and tells what became of it.
+void PersistManager::ChangeJob(const std::string& name,
+                               const std::function<void(const std::string& fileName)>& change) {
+    const Vor::Object before = Vor::Object::Take(LiveJob());
+    std::exception_ptr failure = FailureOf([&] {
+        const std::string fileName = JobFileName(name);
+        RunWhileWaiting([&] { change(fileName); }, [] {});
+    });
+    const Vor::Object after = Vor::Object::Take(LiveJob());
+    if (before.Get() != after.Get()) {
+        TellJobLoaded();
+    }
+    if (failure != nullptr) {
+        std::rethrow_exception(std::move(failure));
+    }
+}
+
+void PersistManager::TellJobLoaded() const {
+    if (!environ.jobLoaded) {
+        return;
+    }
+    try {
+        environ.jobLoaded(LoadedJob());
+    } catch (const std::exception& e) {
+        Vor::LogError("It can't be told that another job was loaded.");
+        Vor::Exception::LogException(e);
+        Vor::Exception::LogBackTrace(e);
+    }
+}
+
+void PersistManager::SetLoadedJob(const std::string& fileName) {
+    Vor::Object made;
+    Vor::ThrowIfFailed(LiveJob_Construct(made.Out(), fileName));
+    const std::lock_guard guard(jobMutex);
+    jobFile = fileName;
+    std::swap(liveJob, made);
+}
+
+void PersistManager::TakeTurns(LoadedDomain loaded) {
+    const std::size_t index = IndexOf(loaded.domain);
+    modified[index] = false;
+    LoadHandlers(loaded);
+    loaded.decorated.reset();
+    stores[index] = std::move(loaded.store);
 }
 
 /// Every handler gets its turn, whatever the others threw, as long as that was a std::exception.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorApi/Object.h"
 #include "VorCommon/IPersistRegistrar.h"
 #include "VorCommon/IPersistStore.h"
 #include "VorCommon/PersistDomain.h"
@@ -37,7 +38,13 @@ public:
         /// Told true before the persistence thread is woken and false when it has answered. May be empty.
         std::function<void(bool)> setMainLoopBlocked;
         StoreDecorator decorateStore; ///< may be empty
+        /// Told the file name of a job that LoadJob() or Restore() has loaded, on the main loop, which isn't blocked
+        /// any more. May be empty; what it throws is logged.
+        std::function<void(const std::string& fileName)> jobLoaded = nullptr;
     };
+
+    /// Puts the content of a job into its empty store.
+    using JobFiller = std::function<void(IPersistStore& store)>;
 
     /// What became of a save. A failure is also logged.
     struct SaveResult {
@@ -49,7 +56,7 @@ public:
     };
 
     /// The file name of a job: the name given, completed with ".vrjob" where that is missing.
-    /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name that doesn't begin with a dot.
+    /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name, in UTF-8, that doesn't begin with a dot.
     static std::string JobFileName(const std::string& name);
 
     /// Starts the thread; touches no file.
@@ -76,8 +83,27 @@ public:
     /// @return ready when the file is safely on the disk, or the save has failed and the file is as it was.
     std::shared_future<SaveResult> Save(PersistDomain domain);
 
+    /// Loads another job, or the running one anew; what wasn't saved of it is lost. The name is completed with its
+    /// extension. Main loop only; blocks. Before a handler is called the whole file is read, and each entry whose name
+    /// ends with ".json" parsed. Failing handlers are treated as in Load().
+    /// @throws Vor::Exception for a bad name, a file that isn't there, isn't a readable archive or holds an entry that
+    ///         is no JSON, naming file, entry and reason. That is told in the user's log, too, no handler was called,
+    ///         and the loaded job stays.
+    void LoadJob(const std::string& name);
+
+    /// Begins anew: lets the handlers initialise both domains, and loads the named job with what `fill` gives it. The
+    /// files of the workspace and of that job are replaced, other jobs stay. Main loop only; blocks, also while the
+    /// files are written. `fill` is called on the persistence thread, before all else.
+    /// @throws Vor::Exception, which is told in the user's log, too. For a bad name, what `fill` throws or gives, and a
+    ///         file that can't be removed no handler was called and the loaded job stays. When a file can't be
+    ///         written the job is loaded all the same, counts as modified, and there is no such file.
+    void Restore(const std::string& name, const JobFiller& fill);
+
     /// The file name of the loaded job with its extension; empty before the first Load(). Any thread.
     std::string LoadedJob() const;
+    /// A share of the object of the loaded job, a yType_LiveJob, which the caller gives up with yObject_Release. Each
+    /// load makes a new one. Null before the first Load(). Any thread.
+    void* LiveJob() const;
     /// Whether a change was announced since the domain was last loaded or saved. Any thread.
     bool IsModified(PersistDomain domain) const;
     /// Where the domain's file is or would be.
@@ -103,7 +129,18 @@ private:
 
     void RunThread();
     void RunWhileWaiting(std::function<void()> step, std::function<void()> after);
+    LoadedDomain Decorated(PersistDomain domain, bool hasFile, std::unique_ptr<ArchiveStore> store) const;
+    std::string JobFile() const;
+    std::string JobPath(const std::string& fileName) const;
+    std::string WorkspacePath() const;
     void LoadDomains();
+    void LoadJobDomain(const std::string& fileName);
+    void RestoreDomains(const std::string& fileName, const JobFiller& fill);
+    void CommitRestored();
+    void ChangeJob(const std::string& name, const std::function<void(const std::string& fileName)>& change);
+    void TellJobLoaded() const;
+    void SetLoadedJob(const std::string& fileName);
+    void TakeTurns(LoadedDomain loaded);
     void LoadHandlers(const LoadedDomain& loaded);
     void CommitInitialised();
     void SaveHandlers(PersistDomain domain);
@@ -112,10 +149,13 @@ private:
     void CallHandler(unsigned long long id, std::string& component, const std::function<void(IPersistHandler&)>& call);
 
     const Environ environ;
-    const std::string jobFile;
     std::array<std::unique_ptr<ArchiveStore>, domainCount> stores; // persistence thread only
     std::array<std::atomic<bool>, domainCount> modified{};
-    std::atomic<bool> jobLoaded{false};
+
+    // Guards what is told of the job. A leaf.
+    mutable std::mutex jobMutex;
+    std::string jobFile;
+    Vor::Object liveJob; // null: none is loaded yet
 
     // Guards the handlers and what is told of the running call. A leaf: nothing else is locked and no handler is called
     // under it.

@@ -1,6 +1,6 @@
 #include "Sensor/Scan/RecordingParser.h"
 
-#include "Sensor/Utf8.h"
+#include "Vor/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -157,7 +157,7 @@ std::uint32_t RecordingParser::NameIndex(std::string_view name) {
     if (name.size() > MaxNameBytes) {
         Refuse("name " + Quoted(name) + " is longer than " + std::to_string(MaxNameBytes) + " bytes");
     }
-    if (!IsUtf8(name) || HasControlCharacter(name)) {
+    if (!Vor::IsUtf8(name) || HasControlCharacter(name)) {
         Refuse("name " + Quoted(name) + " isn't text in UTF-8");
     }
     if (recording.names.size() == MaxNames) {

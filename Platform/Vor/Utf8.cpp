@@ -1,8 +1,8 @@
-#include "Sensor/Utf8.h"
+#include "Vor/Utf8.h"
 
 #include <cstddef>
 
-namespace Sensor {
+namespace Vor {
 
 namespace {
 
@@ -45,4 +45,4 @@ bool IsUtf8(std::string_view text) {
     return true;
 }
 
-} // namespace Sensor
+} // namespace Vor

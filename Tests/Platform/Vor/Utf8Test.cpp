@@ -1,8 +1,8 @@
-#include "Sensor/Utf8.h"
+#include "Vor/Utf8.h"
 
 #include <gtest/gtest.h>
 
-namespace Sensor {
+namespace Vor {
 namespace {
 
 TEST(Utf8, TakesEachLengthOfSequence) {
@@ -22,4 +22,4 @@ TEST(Utf8, RefusesWhatIsIllFormed) {
 }
 
 } // namespace
-} // namespace Sensor
+} // namespace Vor
