@@ -92,7 +92,7 @@ void ArchiveStore::RequireJson() const {
         try {
             Vor::ParseJson(reinterpret_cast<const char*>(content->data()), content->size());
         } catch (const Vor::Exception& e) {
-            Vor::ThrowNested(yERROR_FORMAT, "Archive '%s': entry '%s' is no JSON (%s)", file.Path(), name, e.what());
+            Vor::ThrowNested(yERROR_FORMAT, "Archive '%s': entry '%s' is no JSON: %s", file.Path(), name, e.what());
         }
     }
 }

@@ -94,9 +94,9 @@ public:
     /// Begins anew: lets the handlers initialise both domains, and loads the named job with what `fill` gives it. The
     /// files of the workspace and of that job are replaced, other jobs stay. Main loop only; blocks, also while the
     /// files are written. `fill` is called on the persistence thread, before all else.
-    /// @throws Vor::Exception, which is told in the user's log, too. For a bad name, what `fill` throws or gives, and a
-    ///         file that can't be removed no handler was called and the loaded job stays. When a file can't be
-    ///         written the job is loaded all the same, counts as modified, and there is no such file.
+    /// @throws Vor::Exception, or what `fill` throws, which is told in the user's log, too. For a bad name, what `fill`
+    ///         throws or gives, and a file that can't be removed no handler was called and the loaded job stays. When a
+    ///         file can't be written the job is loaded all the same, counts as modified, and there is no such file.
     void Restore(const std::string& name, const JobFiller& fill);
 
     /// The file name of the loaded job with its extension; empty before the first Load(). Any thread.

@@ -1,4 +1,4 @@
-#include "VorCommon/PersistManager.h"
+#include "Tests/Platform/VorCommon/PersistManagerFixture.h"
 
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Exception.h"
@@ -19,115 +19,7 @@
 #include <pthread.h>
 #include <sqlite3.h>
 
-using VorCommon::ArchiveFile;
-using VorCommon::IPersistHandler;
-using VorCommon::IPersistStore;
-using VorCommon::PersistDomain;
-using VorCommon::PersistDomain_Name;
-using VorCommon::PersistManager;
-
-namespace {
-
-using Names = std::vector<std::string>;
-
-void Put(IPersistStore& store, const std::string& path, const std::string& content) {
-    store.Write(path, content.data(), content.size());
-}
-
-std::string Get(const IPersistStore& store, const std::string& path) {
-    const VorCommon::PersistBuffer buffer = store.Read(path);
-    return {reinterpret_cast<const char*>(buffer.pointer) + buffer.offset, buffer.size};
-}
-
-ArchiveFile::Content Bytes(const std::string& text) {
-    return std::make_shared<const std::vector<unsigned char>>(text.begin(), text.end());
-}
-
-std::string Entry(const std::string& file, const std::string& name) {
-    const ArchiveFile::Entries entries = ArchiveFile(file).Read();
-    const auto found = entries.find(name);
-    return found == entries.end() ? "(none)" : std::string(found->second->begin(), found->second->end());
-}
-
-/// Notes its calls in a list that handlers may share, and does in them what a test asks for.
-class Handler : public IPersistHandler {
-public:
-    Handler(const char* name, Names& calls)
-        : name(name)
-        , calls(calls) {}
-
-    const char* Component() override { return name; }
-
-    void InitPersistDomain(PersistDomain domain, IPersistStore& store) override {
-        Note("init", domain);
-        if (onInit) {
-            onInit(domain, store);
-        }
-    }
-
-    void LoadPersistDomain(PersistDomain domain, const IPersistStore& store) override {
-        Note("load", domain);
-        if (onLoad) {
-            onLoad(domain, store);
-        }
-    }
-
-    void SavePersistDomain(PersistDomain domain, IPersistStore& store) override {
-        Note("save", domain);
-        if (onSave) {
-            onSave(domain, store);
-        }
-    }
-
-    std::function<void(PersistDomain, IPersistStore&)> onInit;
-    std::function<void(PersistDomain, const IPersistStore&)> onLoad;
-    std::function<void(PersistDomain, IPersistStore&)> onSave;
-
-private:
-    void Note(const std::string& action, PersistDomain domain) {
-        calls.push_back(std::string(name) + " " + action + " " + PersistDomain_Name(domain));
-    }
-
-    const char* name;
-    Names& calls;
-};
-
-class PersistManagerTest : public testing::Test {
-protected:
-    ~PersistManagerTest() override { yFault_Clear(); }
-
-    void Start() {
-        manager = std::make_unique<PersistManager>(environ);
-        jobId = manager->Register(first, "");
-    }
-
-    void MakeFiles() {
-        ArchiveFile(jobPath).Write({{"setting", Bytes("stored")}});
-        ArchiveFile(workspacePath).Write({{"setting", Bytes("stored")}});
-    }
-
-    static yStatus StatusOf(const std::function<void()>& function) {
-        try {
-            function();
-        } catch (const Vor::Exception& e) {
-            return e.Status();
-        }
-        return yOK;
-    }
-
-    Tests::TempFolder folder;
-    const std::string jobPath = folder.File("jobs/part.vrjob");
-    const std::string workspacePath = folder.File("workspace.vrdata");
-    std::atomic<bool> blocked{false};
-    PersistManager::Environ environ{folder.Path().string(), "part", [this](bool now) { blocked = now; }, nullptr};
-    Names calls;
-    Handler first{"first", calls};
-    Handler second{"second", calls};
-    unsigned long long jobId = 0;
-    std::unique_ptr<PersistManager> manager;
-};
-
-} // namespace
+using namespace Tests;
 
 TEST(PersistJobNameTest, AJobNameIsOneFileNameCompletedWithItsExtension) {
     EXPECT_EQ(PersistManager::JobFileName("part"), "part.vrjob");
@@ -141,7 +33,7 @@ TEST(PersistJobNameTest, AnythingElseIsRefused) {
     for (const std::string& name :
          {std::string(), std::string("."), std::string(".."), std::string(".hidden"), std::string(".vrjob"),
           std::string("a/b"), std::string("/etc/passwd"), std::string("../part"), std::string("part/"),
-          std::string("a\0b", 3), std::string(250, 'n')}) {
+          std::string("a\0b", 3), std::string(250, 'n'), std::string("part\xFF")}) {
         try {
             PersistManager::JobFileName(name);
             ADD_FAILURE() << name;
