@@ -4,10 +4,14 @@
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
 #include "VorCommon/UpdateGate.h"
+#include "VorControl/Control/ControlDataCache.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/ControlInstance.h"
+#include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/ControlScanEngineInterface.h"
 #include "VorControl/Control/ControlScanResults.h"
+#include "VorControl/Control/ControlSystemInterface.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
@@ -131,7 +135,12 @@ private:
     VorCommon::ProblemsManager problems;
     VorCommon::UpdateGate gate;
     VorControl::ControlScanResults scanResults{nullptr, nullptr};
-    VorControl::ControlHost host{scanResults, platform, runtimeCache, &problems, 1, 3190, 3195, nullptr};
+    VorControl::ControlSystemInterface systemInterface{nullptr, nullptr, nullptr};
+    VorControl::ControlScanEngineInterface scanEngineInterface{nullptr};
+    VorControl::ControlProtocolOperations operations{systemInterface, scanEngineInterface, runtimeCache};
+    VorControl::ControlDataCache dataCache{systemInterface, scanEngineInterface};
+    VorControl::ControlHost host{scanResults,         operations, dataCache, platform, runtimeCache, &problems,
+                                 scanEngineInterface, 1,          3190,      3195,     nullptr};
     VorControl::ControlInfo info;
     VorControl::ControlInstance instance;
     VorControl::PersistControl control;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Tests/Support/FakeDataCache.h"
+#include "Tests/Support/FakeScanEngineInterface.h"
+#include "Tests/Support/FakeSystemInterface.h"
 #include "Tests/Support/RecordingRegistrar.h"
 #include "VorApi/Event.h"
 #include "VorCommon/PlatformAttributes.h"
@@ -8,6 +11,7 @@
 #include "VorCommon/UpdateGate.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlModuleEnviron.h"
+#include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/ControlProtocol/ControlProtocolEnviron.h"
 #include "VorCore/ResultHub.h"
@@ -47,7 +51,22 @@ public:
     Vor::Event<> factoryRestore;
 };
 
-/// A host for tests of a service without a module.
+/// The host of an application, with what it takes from the system: the operations are real, what they act on is fake.
+class FakeHost {
+public:
+    FakeHost(ControlEnviron& application, VorControl::IControlScanResults& scanResults)
+        : operations(system, scanEngine, application.runtimeCache)
+        , host(scanResults, operations, dataCache, application.platform, application.runtimeCache,
+               &application.problems, scanEngine, 4711, 3190, 3195, nullptr) {}
+
+    FakeSystemInterface system;
+    FakeScanEngineInterface scanEngine;
+    FakeDataCache dataCache;
+    VorControl::ControlProtocolOperations operations;
+    VorControl::ControlHost host;
+};
+
+/// A host for tests of a service without a module. Operations need a main loop, such as a MainLoopThread.
 class HostEnviron {
 public:
     VorControl::ControlProtocol::ControlProtocolEnviron Record(const std::string& typeName,
@@ -61,8 +80,11 @@ public:
 
     ControlEnviron application;
     VorControl::ControlScanResults scanResults{&application.hub, nullptr};
-    VorControl::ControlHost host{
-        scanResults, application.platform, application.runtimeCache, &application.problems, 4711, 3190, 3195, nullptr};
+    FakeHost fakes{application, scanResults};
+    VorControl::ControlHost& host = fakes.host;
+    FakeSystemInterface& system = fakes.system;
+    FakeScanEngineInterface& scanEngine = fakes.scanEngine;
+    FakeDataCache& dataCache = fakes.dataCache;
 };
 
 } // namespace Tests

@@ -1,23 +1,109 @@
 #include "VorControl/Control/ControlHost.h"
 
-#include <utility>
-
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorApi/Threads/Locker.h"
+#include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/IControlDataCache.h"
 #include "VorControl/Control/IControlScanResults.h"
+#include "VorControl/Control/LogThrown.h"
+#include "yApi/yStatus.h"
+
+#include <exception>
+#include <utility>
 
 namespace VorControl {
 
-ControlHost::ControlHost(IControlScanResults& scanResults, VorCommon::IPlatformAttributes& platformAttributes,
+using DataSourceProps = IControlSystemInterface::ControlDataSourceProperties;
+
+namespace {
+
+constexpr unsigned long long ownTimeout = 1000000; // microseconds
+constexpr VorPipe::PipeDataType typeNotAsked = static_cast<VorPipe::PipeDataType>(10);
+
+} // namespace
+
+ControlHost::ControlHost(IControlScanResults& scanResults, ControlProtocolOperations& protocolOperations,
+                         IControlDataCache& dataCache, VorCommon::IPlatformAttributes& platformAttributes,
                          VorCommon::IRuntimeCache& runtimeCache, VorCommon::ProblemsManager* problemsManager,
-                         std::uint32_t localNodeId, std::uint16_t controlChannelPort, std::uint16_t vdpPort,
-                         void* pipeAllocator)
+                         IControlScanEngineInterface& scanEngineInterface, std::uint32_t localNodeId,
+                         std::uint16_t controlChannelPort, std::uint16_t vdpPort, void* pipeAllocator)
     : scanResults(scanResults)
+    , protocolOperations(protocolOperations)
+    , dataCache(dataCache)
     , platformAttributes(platformAttributes)
     , runtimeCache(runtimeCache)
     , problemsManager(problemsManager)
+    , scanEngineInterface(scanEngineInterface)
     , localNodeId(localNodeId)
     , controlChannelPort(controlChannelPort)
     , vdpPort(vdpPort)
-    , pipeAllocator(pipeAllocator) {}
+    , pipeAllocator(pipeAllocator) {
+    dataSourceHandlers.created = [this](const std::string& name) { DataSourceCreatedEventHandler(name); };
+    dataSourceHandlers.deleted = [this](const std::string& name) { DataSourceDeletedEventHandler(name); };
+    dataSourceHandlers.updated = [this](const std::string& name) { DataSourceUpdatedEventHandler(name); };
+    Vor::ThrowIfFailed(yLock_Construct(lock.Out()));
+}
+
+ControlHost::~ControlHost() {
+    try {
+        const Vor::Locker locker(lock.Get());
+        if (!serviceMap.empty()) {
+            protocolOperations.RemoveDataSourceEventHandler(dataSourceCallbackIds, ownTimeout);
+        }
+    } catch (const std::exception& e) {
+        LogThrown(e, "Exception thrown in destructor");
+    }
+}
+
+void ControlHost::StartScan(const std::string& serviceId) {
+    protocolOperations.StartScan(serviceId);
+}
+
+void ControlHost::StopScan(const std::string& serviceId) {
+    protocolOperations.StopScan(serviceId);
+}
+
+void ControlHost::StartAlignment(const std::string& serviceId, const char* scannerId) {
+    protocolOperations.Alignment(serviceId, scannerId);
+}
+
+void ControlHost::ClearAlignment(const std::string& serviceId, const char* scannerId) {
+    protocolOperations.ClearAlignment(serviceId, scannerId);
+}
+
+void ControlHost::LoadJob(const std::string& serviceId, const char* job) {
+    protocolOperations.LoadJob(serviceId, job);
+}
+
+void ControlHost::SoftwareTrigger(const std::string& serviceId, const char* scannerId) {
+    protocolOperations.SoftwareTrigger(serviceId, scannerId);
+}
+
+void ControlHost::FactoryRestore(const std::string& serviceId) {
+    protocolOperations.FactoryRestore(serviceId);
+}
+
+void ControlHost::Restart(const std::string& serviceId) {
+    protocolOperations.Restart(serviceId);
+}
+
+void ControlHost::SetNextIpConfig(const std::string& serviceId, const yIpConfig& config, bool flag) {
+    protocolOperations.SetNextIpConfig(serviceId, config, flag);
+}
+
+void ControlHost::BlinkLed(const std::string& serviceId, bool systemLed, bool ledBlinkEnabled, bool ledLightOn) {
+    protocolOperations.BlinkLed(serviceId, systemLed, ledBlinkEnabled, ledLightOn);
+}
+
+IControlSystemInterface::SystemStats ControlHost::SystemStats(unsigned long long timeout) {
+    return dataCache.SystemStats(timeout);
+}
+
+IControlScanEngineInterface::ScannerStateInfo ControlHost::ScannerInfo(const std::string& scannerId,
+                                                                       unsigned long long timeout) {
+    return dataCache.ScannerInfo(scannerId, timeout);
+}
 
 VorCommon::IPlatformAttributes& ControlHost::PlatformAttributes() {
     return platformAttributes;
@@ -44,8 +130,101 @@ void ControlHost::SetScanResultsFiltering(const std::string& serviceId, bool ena
     scanResults.SetScanResultsFiltering(serviceId, enable);
 }
 
+void ControlHost::AddDataSourceEventHandler(const std::string& serviceId, const DataSourceEventFunction& function,
+                                            unsigned long long timeout) {
+    const Vor::Locker locker(lock.Get());
+    if (serviceMap.contains(serviceId)) {
+        Vor::Throw(yERROR_ALREADY_EXISTS);
+    }
+    const bool first = serviceMap.empty();
+    if (!serviceMap.emplace(serviceId, function).second) {
+        Vor::Throw(yERROR, "Unable to insert data source event callback function for service %s", serviceId);
+    }
+    if (first) {
+        Subscribe(serviceId, timeout);
+    }
+}
+
+void ControlHost::Subscribe(const std::string& serviceId, unsigned long long timeout) {
+    try {
+        protocolOperations.AddDataSourceEventHandler(dataSourceHandlers, dataSourceCallbackIds, timeout);
+    } catch (...) {
+        serviceMap.erase(serviceId);
+        throw;
+    }
+    if (!dataSourceCallbackIds.created.IsSet()) {
+        Vor::LogWarning("Service %s is not told of data source events: the main loop did not answer", serviceId);
+    }
+}
+
+void ControlHost::RemoveDataSourceEventHandler(const std::string& serviceId, unsigned long long timeout) {
+    const Vor::Locker locker(lock.Get());
+    if (!serviceMap.contains(serviceId)) {
+        Vor::LogError("No data source event callback function found for service %s", serviceId);
+        return;
+    }
+    if (serviceMap.erase(serviceId) != 1) {
+        Vor::LogError("Failed to remove data source event callback function for service %s", serviceId);
+        return;
+    }
+    if (serviceMap.empty()) {
+        protocolOperations.RemoveDataSourceEventHandler(dataSourceCallbackIds, timeout);
+    }
+}
+
+void ControlHost::DataSourceCreatedEventHandler(const std::string& name) {
+    CallServiceDataSourceEventHandler(VorApi::EventType::Created, name);
+}
+
+void ControlHost::DataSourceDeletedEventHandler(const std::string& name) {
+    CallServiceDataSourceEventHandler(VorApi::EventType::Deleted, name);
+}
+
+void ControlHost::DataSourceUpdatedEventHandler(const std::string& name) {
+    CallServiceDataSourceEventHandler(VorApi::EventType::Updated, name);
+}
+
+void ControlHost::CallServiceDataSourceEventHandler(VorApi::EventType type, const std::string& name) {
+    const Vor::Locker locker(lock.Get());
+    if (serviceMap.empty()) {
+        return;
+    }
+    const DataSourceProps props = PropertiesForEvent(type, name);
+    for (const auto& entry : serviceMap) {
+        entry.second(type, props);
+    }
+}
+
+DataSourceProps ControlHost::PropertiesForEvent(VorApi::EventType type, const std::string& name) {
+    DataSourceProps props;
+    props.type = typeNotAsked;
+    try {
+        DataSourceProperties(name, props, ownTimeout);
+    } catch (const Vor::Exception&) {
+        if (type != VorApi::EventType::Deleted) {
+            throw;
+        }
+        // A data source that is gone may have nobody left to ask; services hear of its end all the same.
+        props = DataSourceProps{};
+        props.name = name;
+    }
+    return props;
+}
+
+void ControlHost::DataSourceProperties(const std::string& name, DataSourceProps& out, unsigned long long timeout) {
+    protocolOperations.DataSourceProperties(name, out, timeout);
+}
+
+void* ControlHost::LiveJob(unsigned long long timeout) {
+    return protocolOperations.LiveJob(timeout);
+}
+
 VorCommon::ProblemsManager* ControlHost::ProblemsManager() {
     return problemsManager;
+}
+
+IControlScanEngineInterface& ControlHost::ScanEngineInterface() {
+    return scanEngineInterface;
 }
 
 std::uint32_t ControlHost::LocalNodeId() {
@@ -62,6 +241,35 @@ std::uint16_t ControlHost::VdpPort() {
 
 void* ControlHost::PipeAllocator() {
     return pipeAllocator;
+}
+
+long long ControlHost::LocalNodeDateTime(unsigned long long timeout) {
+    return protocolOperations.LocalNodeDateTime(timeout);
+}
+
+void ControlHost::SetLocalNodeDateTime(const std::string& serviceId, long long dateTime) {
+    protocolOperations.SetLocalNodeDateTime(serviceId, dateTime);
+}
+
+std::string ControlHost::LocalNodeNtpHost(unsigned long long timeout) {
+    return protocolOperations.LocalNodeNtpHost(timeout);
+}
+
+void ControlHost::SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag) {
+    protocolOperations.SetLocalNodeNtpHost(serviceId, host, flag);
+}
+
+bool ControlHost::LocalNodeSyncTime(const std::string& host, unsigned long long timeout) {
+    return protocolOperations.LocalNodeSyncTime(host, timeout);
+}
+
+Vor::Event<int>::CallbackId ControlHost::AddOpEndEventHandler(const std::string& serviceId,
+                                                              std::function<void(int)> handler) {
+    return protocolOperations.AddOpEndEventHandler(serviceId, std::move(handler));
+}
+
+void ControlHost::RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id) {
+    protocolOperations.RemoveOpEndEventHandler(serviceId, id);
 }
 
 Vor::Event<void*>::CallbackId ControlHost::AddScanResultHandler(const std::string& serviceId,

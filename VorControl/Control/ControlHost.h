@@ -1,26 +1,49 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "VorApi/Event.h"
+#include "VorApi/Handle.h"
 #include "VorControl/Control/IControlHost.h"
+#include "yApi/yLock.h"
 
 namespace VorControl {
 
+class ControlProtocolOperations;
+class IControlDataCache;
 class IControlScanResults;
 
 /// The one host of all services. It borrows everything that it is given.
 class ControlHost : public IControlHost {
 public:
-    ControlHost(IControlScanResults& scanResults, VorCommon::IPlatformAttributes& platformAttributes,
+    ControlHost(IControlScanResults& scanResults, ControlProtocolOperations& protocolOperations,
+                IControlDataCache& dataCache, VorCommon::IPlatformAttributes& platformAttributes,
                 VorCommon::IRuntimeCache& runtimeCache, VorCommon::ProblemsManager* problemsManager,
-                std::uint32_t localNodeId, std::uint16_t controlChannelPort, std::uint16_t vdpPort,
-                void* pipeAllocator);
+                IControlScanEngineInterface& scanEngineInterface, std::uint32_t localNodeId,
+                std::uint16_t controlChannelPort, std::uint16_t vdpPort, void* pipeAllocator);
+    /// Ends the subscription to data source events if a service still has one.
+    ~ControlHost() override;
 
     ControlHost(const ControlHost&) = delete;
     ControlHost& operator=(const ControlHost&) = delete;
+
+    void StartScan(const std::string& serviceId) override;
+    void StopScan(const std::string& serviceId) override;
+    void StartAlignment(const std::string& serviceId, const char* scannerId) override;
+    void ClearAlignment(const std::string& serviceId, const char* scannerId) override;
+    void LoadJob(const std::string& serviceId, const char* job) override;
+    void SoftwareTrigger(const std::string& serviceId, const char* scannerId) override;
+    void FactoryRestore(const std::string& serviceId) override;
+    void Restart(const std::string& serviceId) override;
+    void SetNextIpConfig(const std::string& serviceId, const yIpConfig& config, bool flag) override;
+    void BlinkLed(const std::string& serviceId, bool systemLed, bool ledBlinkEnabled, bool ledLightOn) override;
+
+    IControlSystemInterface::SystemStats SystemStats(unsigned long long timeout) override;
+    IControlScanEngineInterface::ScannerStateInfo ScannerInfo(const std::string& scannerId,
+                                                              unsigned long long timeout) override;
 
     VorCommon::IPlatformAttributes& PlatformAttributes() override;
     VorCommon::IRuntimeCache::ServiceState ProfinetServiceRunningState() const override;
@@ -30,12 +53,32 @@ public:
     void UpdateScanResultsOutputMap(const std::string& serviceId, const std::vector<std::string>& dataSources) override;
     void SetScanResultsFiltering(const std::string& serviceId, bool enable) override;
 
+    void AddDataSourceEventHandler(const std::string& serviceId, const DataSourceEventFunction& function,
+                                   unsigned long long timeout) override;
+    void RemoveDataSourceEventHandler(const std::string& serviceId, unsigned long long timeout) override;
+    void DataSourceProperties(const std::string& name, IControlSystemInterface::ControlDataSourceProperties& out,
+                              unsigned long long timeout) override;
+    void* LiveJob(unsigned long long timeout) override;
+
     VorCommon::ProblemsManager* ProblemsManager() override;
+
+    IControlScanEngineInterface& ScanEngineInterface() override;
 
     std::uint32_t LocalNodeId() override;
     std::uint16_t ControlChannelPort() override;
     std::uint16_t VdpPort() override;
     void* PipeAllocator() override;
+
+    long long LocalNodeDateTime(unsigned long long timeout) override;
+    void SetLocalNodeDateTime(const std::string& serviceId, long long dateTime) override;
+    std::string LocalNodeNtpHost(unsigned long long timeout) override;
+    void SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag) override;
+    bool LocalNodeSyncTime(const std::string& host, unsigned long long timeout) override;
+
+    /// For ProtocolBase: the ends of a service's operations arrive on the thread "CtlProtoOp.Disp". Both are those of
+    /// ControlProtocolOperations.
+    Vor::Event<int>::CallbackId AddOpEndEventHandler(const std::string& serviceId, std::function<void(int)> handler);
+    void RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id);
 
     /// For ProtocolBase: a service has one handler, and its results arrive on a thread of its own.
     Vor::Event<void*>::CallbackId AddScanResultHandler(const std::string& serviceId,
@@ -44,10 +87,27 @@ public:
     void RemoveScanResultHandler(const std::string& serviceId, Vor::Event<void*>::CallbackId& id);
 
 private:
+    void DataSourceCreatedEventHandler(const std::string& name);
+    void DataSourceDeletedEventHandler(const std::string& name);
+    void DataSourceUpdatedEventHandler(const std::string& name);
+    void CallServiceDataSourceEventHandler(VorApi::EventType type, const std::string& name);
+    IControlSystemInterface::ControlDataSourceProperties PropertiesForEvent(VorApi::EventType type,
+                                                                            const std::string& name);
+    void Subscribe(const std::string& serviceId, unsigned long long timeout);
+
     IControlScanResults& scanResults;
+    ControlProtocolOperations& protocolOperations;
+    IControlDataCache& dataCache;
     VorCommon::IPlatformAttributes& platformAttributes;
     VorCommon::IRuntimeCache& runtimeCache;
+    IControlSystemInterface::DataSourceEventHandlerContainer dataSourceHandlers;
+    IControlSystemInterface::DataSourceEventCallbackIdContainer dataSourceCallbackIds;
+    /// Guards `serviceMap`. Held while the main loop is waited for and while functions of services run, so ranks before
+    /// all that these lock.
+    Vor::Handle<yLock, yLock_Destroy> lock;
+    std::map<std::string, DataSourceEventFunction> serviceMap;
     VorCommon::ProblemsManager* problemsManager;
+    IControlScanEngineInterface& scanEngineInterface;
     std::uint32_t localNodeId;
     std::uint16_t controlChannelPort;
     std::uint16_t vdpPort;

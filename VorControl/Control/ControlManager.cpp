@@ -45,8 +45,13 @@ ControlManager::ControlManager(ControlRegistry& registry, IControlScanResults& s
     : registry(registry)
     , environ(environ)
     , scanResults(scanResults)
-    , host(scanResults, *environ.platformAttributes, *environ.runtimeCache, environ.problemsManager,
-           environ.localNodeId, environ.controlChannelPort, environ.vdpPort, environ.pipeAllocator) {
+    , systemInterface(environ.core, environ.persistManager, environ.pipeManager)
+    , scanEngineInterface(environ.scanEngineManager)
+    , protocolOperations(systemInterface, scanEngineInterface, *environ.runtimeCache)
+    , dataCache(systemInterface, scanEngineInterface)
+    , host(scanResults, protocolOperations, dataCache, *environ.platformAttributes, *environ.runtimeCache,
+           environ.problemsManager, scanEngineInterface, environ.localNodeId, environ.controlChannelPort,
+           environ.vdpPort, environ.pipeAllocator) {
     protocolEnviron.controlHost = &host;
     CreateAll();
     try {

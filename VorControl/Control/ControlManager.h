@@ -1,7 +1,11 @@
 #pragma once
 
+#include "VorControl/Control/ControlDataCache.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlModuleEnviron.h"
+#include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/ControlScanEngineInterface.h"
+#include "VorControl/Control/ControlSystemInterface.h"
 #include "VorControl/Control/IControlManager.h"
 #include "VorControl/ControlProtocol/ControlProtocolEnviron.h"
 #include "VorControl/Persistence/PersistControl.h"
@@ -69,6 +73,10 @@ private:
     ControlRegistry& registry;
     ControlModuleEnviron environ;
     IControlScanResults& scanResults;
+    ControlSystemInterface systemInterface;
+    ControlScanEngineInterface scanEngineInterface;
+    ControlProtocolOperations protocolOperations;
+    ControlDataCache dataCache;
     ControlHost host;
     ControlProtocol::ControlProtocolEnviron protocolEnviron;
     std::map<std::string, std::unique_ptr<IControlInstance>> instances;

@@ -1,10 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "VorApi/EventType.h"
 #include "VorCommon/IRuntimeCache.h"
+#include "VorControl/Control/IControlScanEngineInterface.h"
+#include "VorControl/Control/IControlSystemInterface.h"
 
 namespace VorCommon {
 class IPlatformAttributes;
@@ -17,7 +21,30 @@ namespace VorControl {
 /// own id. Each operation runs on the caller's thread; the accessors give values that don't change.
 class IControlHost {
 public:
+    using DataSourceEventFunction =
+        std::function<void(VorApi::EventType, IControlSystemInterface::ControlDataSourceProperties)>;
+
     virtual ~IControlHost() = default;
+
+    /// Operations on the sensor, one at a time for all services; see ControlProtocolOperations. They don't wait: the
+    /// end comes to the service's operation end handlers. A failure here, yERROR_BUSY above all, means that nothing
+    /// was started.
+    virtual void StartScan(const std::string& serviceId) = 0;
+    virtual void StopScan(const std::string& serviceId) = 0;
+    virtual void StartAlignment(const std::string& serviceId, const char* scannerId) = 0;
+    virtual void ClearAlignment(const std::string& serviceId, const char* scannerId) = 0;
+    virtual void LoadJob(const std::string& serviceId, const char* job) = 0;
+    virtual void SoftwareTrigger(const std::string& serviceId, const char* scannerId) = 0;
+    virtual void FactoryRestore(const std::string& serviceId) = 0;
+    virtual void Restart(const std::string& serviceId) = 0;
+    virtual void SetNextIpConfig(const std::string& serviceId, const yIpConfig& config, bool flag) = 0;
+    virtual void BlinkLed(const std::string& serviceId, bool systemLed, bool ledBlinkEnabled, bool ledLightOn) = 0;
+
+    /// These two answer within `timeout` microseconds, with the last known state if need be; see IControlDataCache. A
+    /// service that polls passes 0.
+    virtual IControlSystemInterface::SystemStats SystemStats(unsigned long long timeout) = 0;
+    virtual IControlScanEngineInterface::ScannerStateInfo ScannerInfo(const std::string& scannerId,
+                                                                      unsigned long long timeout) = 0;
 
     virtual VorCommon::IPlatformAttributes& PlatformAttributes() = 0;
     virtual VorCommon::IRuntimeCache::ServiceState ProfinetServiceRunningState() const = 0;
@@ -32,12 +59,38 @@ public:
     /// Whether only the data sources of the output map pass. As the forwarding, but true again at each enable.
     virtual void SetScanResultsFiltering(const std::string& serviceId, bool enable) = 0;
 
+    /// Has the function told of data sources that come, change and go; one function a service, else
+    /// yERROR_ALREADY_EXISTS. It runs on the main loop with a lock held and must neither add nor remove. May wait for
+    /// the main loop for `timeout` microseconds; not from Start, while a job is loaded nothing is subscribed.
+    virtual void AddDataSourceEventHandler(const std::string& serviceId, const DataSourceEventFunction& function,
+                                           unsigned long long timeout) = 0;
+    virtual void RemoveDataSourceEventHandler(const std::string& serviceId, unsigned long long timeout) = 0;
+    /// The following reads wait for the main loop for at most `timeout` microseconds.
+    /// `out` is cleared when there was no answer in time. Throws yERROR_NOT_FOUND for a data source that there isn't.
+    virtual void DataSourceProperties(const std::string& name,
+                                      IControlSystemInterface::ControlDataSourceProperties& out,
+                                      unsigned long long timeout) = 0;
+    /// A share of the loaded job's object, which the caller releases; null when there was no answer in time.
+    virtual void* LiveJob(unsigned long long timeout) = 0;
+
     virtual VorCommon::ProblemsManager* ProblemsManager() = 0;
+
+    virtual IControlScanEngineInterface& ScanEngineInterface() = 0;
 
     virtual std::uint32_t LocalNodeId() = 0;
     virtual std::uint16_t ControlChannelPort() = 0;
     virtual std::uint16_t VdpPort() = 0;
     virtual void* PipeAllocator() = 0;
+
+    /// Microseconds since the beginning of 1970, UTC; 0 when there was no answer in time.
+    virtual long long LocalNodeDateTime(unsigned long long timeout) = 0;
+    /// Operations, as those above.
+    virtual void SetLocalNodeDateTime(const std::string& serviceId, long long dateTime) = 0;
+    /// Empty when there was no answer in time.
+    virtual std::string LocalNodeNtpHost(unsigned long long timeout) = 0;
+    virtual void SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag) = 0;
+    /// False when there was no answer in time.
+    virtual bool LocalNodeSyncTime(const std::string& host, unsigned long long timeout) = 0;
 };
 
 } // namespace VorControl

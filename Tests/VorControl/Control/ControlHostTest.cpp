@@ -20,7 +20,12 @@ protected:
     VorCommon::RuntimeCache cache;
     VorCommon::ProblemsManager problems;
     int pipe = 0;
-    ControlHost host{scanResults, platform, cache, &problems, 0xFFFFFFFE, 3190, 65535, &pipe};
+    Tests::FakeSystemInterface system;
+    Tests::FakeScanEngineInterface scanEngine;
+    Tests::FakeDataCache dataCache;
+    VorControl::ControlProtocolOperations operations{system, scanEngine, cache};
+    ControlHost host{scanResults, operations, dataCache, platform, cache, &problems,
+                     scanEngine,  0xFFFFFFFE, 3190,      65535,    &pipe};
 };
 
 TEST_F(ControlHostTest, GivesWhatItWasBuiltFrom) {

@@ -74,8 +74,8 @@ protected:
     Vor::LogCapture log;
     Tests::ControlEnviron application;
     Tests::RecordingScanResults scanResults;
-    VorControl::ControlHost host{
-        scanResults, application.platform, application.runtimeCache, &application.problems, 0, 0, 0, nullptr};
+    Tests::FakeHost fakes{application, scanResults};
+    VorControl::ControlHost& host = fakes.host;
     ControlProtocolEnviron environ{"type", "Display", &host};
     PlainService service{environ};
 };
@@ -96,19 +96,48 @@ TEST_F(ProtocolBaseTest, AnEnvironHasTheMarkerTexts) {
 }
 
 TEST_F(ProtocolBaseTest, AHostOfAnotherClassIsABadCast) {
+    using System = VorControl::IControlSystemInterface;
+    using Engine = VorControl::IControlScanEngineInterface;
     class OtherHost : public VorControl::IControlHost {
     public:
+        void StartScan(const std::string& /*id*/) override {}
+        void StopScan(const std::string& /*id*/) override {}
+        void StartAlignment(const std::string& /*id*/, const char* /*scannerId*/) override {}
+        void ClearAlignment(const std::string& /*id*/, const char* /*scannerId*/) override {}
+        void LoadJob(const std::string& /*id*/, const char* /*job*/) override {}
+        void SoftwareTrigger(const std::string& /*id*/, const char* /*scannerId*/) override {}
+        void FactoryRestore(const std::string& /*id*/) override {}
+        void Restart(const std::string& /*id*/) override {}
+        void SetNextIpConfig(const std::string& /*id*/, const yIpConfig& /*config*/, bool /*flag*/) override {}
+        void BlinkLed(const std::string& /*id*/, bool /*system*/, bool /*blink*/, bool /*on*/) override {}
+        System::SystemStats SystemStats(unsigned long long /*timeout*/) override { return {}; }
+        Engine::ScannerStateInfo ScannerInfo(const std::string& /*scannerId*/,
+                                             unsigned long long /*timeout*/) override {
+            return {};
+        }
         VorCommon::IPlatformAttributes& PlatformAttributes() override { throw std::logic_error("not asked"); }
         VorCommon::IRuntimeCache::ServiceState ProfinetServiceRunningState() const override { return {}; }
         void SetProfinetServiceRunningState(VorCommon::IRuntimeCache::ServiceState /*state*/) override {}
         void SetForwardScanResultsToService(const std::string& /*id*/, bool /*enable*/) override {}
         void UpdateScanResultsOutputMap(const std::string& /*id*/, const std::vector<std::string>& /*ids*/) override {}
         void SetScanResultsFiltering(const std::string& /*id*/, bool /*enable*/) override {}
+        void AddDataSourceEventHandler(const std::string& /*id*/, const DataSourceEventFunction& /*function*/,
+                                       unsigned long long /*timeout*/) override {}
+        void RemoveDataSourceEventHandler(const std::string& /*id*/, unsigned long long /*timeout*/) override {}
+        void DataSourceProperties(const std::string& /*name*/, System::ControlDataSourceProperties& /*out*/,
+                                  unsigned long long /*timeout*/) override {}
+        void* LiveJob(unsigned long long /*timeout*/) override { return nullptr; }
         VorCommon::ProblemsManager* ProblemsManager() override { return nullptr; }
+        Engine& ScanEngineInterface() override { throw std::logic_error("not asked"); }
         std::uint32_t LocalNodeId() override { return 0; }
         std::uint16_t ControlChannelPort() override { return 0; }
         std::uint16_t VdpPort() override { return 0; }
         void* PipeAllocator() override { return nullptr; }
+        long long LocalNodeDateTime(unsigned long long /*timeout*/) override { return 0; }
+        void SetLocalNodeDateTime(const std::string& /*id*/, long long /*dateTime*/) override {}
+        std::string LocalNodeNtpHost(unsigned long long /*timeout*/) override { return {}; }
+        void SetLocalNodeNtpHost(const std::string& /*id*/, const std::string& /*host*/, bool /*flag*/) override {}
+        bool LocalNodeSyncTime(const std::string& /*host*/, unsigned long long /*timeout*/) override { return false; }
     };
     OtherHost other;
     environ.controlHost = &other;

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "VorControl/Control/IControlDataCache.h"
+
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Tests {
+
+/// A cache of what a test says, which it may change at any time.
+class FakeDataCache : public VorControl::IControlDataCache {
+public:
+    VorControl::IControlSystemInterface::SystemStats SystemStats(unsigned long long timeout) override {
+        const std::lock_guard guard(mutex);
+        calls.push_back("SystemStats " + std::to_string(timeout));
+        return stats;
+    }
+    VorControl::IControlScanEngineInterface::ScannerStateInfo ScannerInfo(const std::string& scannerId,
+                                                                          unsigned long long timeout) override {
+        const std::lock_guard guard(mutex);
+        calls.push_back("ScannerInfo " + scannerId + " " + std::to_string(timeout));
+        return info;
+    }
+
+    void SetStats(VorControl::IControlSystemInterface::SystemStats value) {
+        const std::lock_guard guard(mutex);
+        stats = std::move(value);
+    }
+    void SetInfo(VorControl::IControlScanEngineInterface::ScannerStateInfo value) {
+        const std::lock_guard guard(mutex);
+        info = std::move(value);
+    }
+
+    std::vector<std::string> TakeCalls() {
+        const std::lock_guard guard(mutex);
+        return std::exchange(calls, {});
+    }
+
+private:
+    std::mutex mutex; ///< guards the rest
+    VorControl::IControlSystemInterface::SystemStats stats;
+    VorControl::IControlScanEngineInterface::ScannerStateInfo info;
+    std::vector<std::string> calls;
+};
+
+} // namespace Tests

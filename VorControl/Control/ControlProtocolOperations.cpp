@@ -1,0 +1,496 @@
+#include "VorControl/Control/ControlProtocolOperations.h"
+
+#include "Vor/AsyncLoop.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorApi/Object.h"
+#include "VorApi/Threads/Locker.h"
+#include "VorCommon/IRuntimeCache.h"
+#include "VorControl/Control/LogThrown.h"
+
+#include <utility>
+
+namespace VorControl {
+
+using VorScan::AlignCompletionStatus;
+
+namespace {
+
+constexpr std::uint64_t queueWait = 100000;    // microseconds
+constexpr std::uint64_t sleepOfAction = 10000; // microseconds
+
+template <class Action>
+unsigned Number(Action action) {
+    return static_cast<unsigned>(action);
+}
+
+/// Runs the call on the main loop; false when the time passed first. On return the call neither runs nor will run, yet
+/// it may have run when the answer came too late.
+bool RunBounded(std::function<void()> call, unsigned long long timeout) {
+    try {
+        Vor::AsyncRunner runner;
+        runner.RunAndWait(std::move(call), timeout);
+        return true;
+    } catch (const Vor::Exception& e) {
+        if (e.Status() != yERROR_TIMEOUT) {
+            throw;
+        }
+        return false;
+    }
+}
+
+/// A closure that comes late writes into the answer that it shares, and its caller is given a fresh one.
+template <class Answer>
+Answer ReadBounded(std::function<void(Answer&)> read, unsigned long long timeout) {
+    const auto answer = std::make_shared<Answer>();
+    if (RunBounded([answer, read = std::move(read)] { read(*answer); }, timeout)) {
+        return std::move(*answer);
+    }
+    return Answer{};
+}
+
+} // namespace
+
+/// A registration for the end of an alignment. It tells one end: a second one, and one after the alignment was
+/// abandoned, is ignored.
+struct ControlProtocolOperations::PendingAlignment {
+    std::mutex mutex; ///< guards `operations`; held while the end is queued, so ranks before the queue's mutex
+    ControlProtocolOperations* operations;
+    const std::string scannerId;
+    Vor::Event<AlignCompletionStatus>::CallbackId callbackId;
+
+    PendingAlignment(ControlProtocolOperations& operations, std::string scannerId)
+        : operations(&operations)
+        , scannerId(std::move(scannerId)) {}
+
+    void Complete(const std::string& protocolId, AlignCompletionStatus status) {
+        const std::lock_guard guard(mutex);
+        if (operations != nullptr) {
+            operations->AlignmentCompletedCallback(protocolId, scannerId, status);
+            operations = nullptr;
+        }
+    }
+
+    void Abandon() {
+        const std::lock_guard guard(mutex);
+        operations = nullptr;
+    }
+};
+
+ControlProtocolOperations::ControlProtocolOperations(IControlSystemInterface& systemInterface,
+                                                     IControlScanEngineInterface& scanEngineInterface,
+                                                     VorCommon::IRuntimeCache& runtimeCache)
+    : systemInterface(systemInterface)
+    , scanEngineInterface(scanEngineInterface)
+    , runtimeCache(runtimeCache)
+    , asyncRunner(std::make_unique<Vor::AsyncRunner>()) {
+    Vor::ThrowIfFailed(yLock_Construct(opEndLock.Out()));
+    Vor::ThrowIfFailed(yThread_Construct(dispatcherThread.Out(), [this] { return DispatcherThreadFx(); }));
+    Vor::ThrowIfFailed(yThread_SetName(dispatcherThread.Get(), "CtlProtoOp.Disp"));
+    Vor::ThrowIfFailed(yThread_Start(dispatcherThread.Get()));
+}
+
+ControlProtocolOperations::~ControlProtocolOperations() {
+    asyncRunner.reset();
+    dispatcherRunning.store(false, std::memory_order_relaxed);
+    try {
+        Vor::ThrowIfFailed(yThread_Join(dispatcherThread.Get(), yINFINITE, nullptr));
+        dispatcherQueue.Clear();
+    } catch (const std::exception& e) {
+        LogThrown(e, "Exception thrown in destructor");
+    }
+    dispatcherThread.Reset();
+    AbandonAlignment("Exception thrown in destructor");
+}
+
+bool ControlProtocolOperations::OperationBegin() {
+    std::uint32_t free = 0;
+    return operationInProgress.compare_exchange_strong(free, 1);
+}
+
+std::uint32_t ControlProtocolOperations::OperationFinish() {
+    return operationInProgress.exchange(0);
+}
+
+void ControlProtocolOperations::ValidateStringArg(const char* arg, const char* name, ActionId action) {
+    if (arg == nullptr) {
+        Vor::Throw(yERROR_PARAMETER, "No %s for action %u", name, Number(action));
+    }
+    if (*arg == '\0') {
+        Vor::Throw(yERROR_PARAMETER, "Empty %s for action %u", name, Number(action));
+    }
+}
+
+void ControlProtocolOperations::ValidateScannerId(const char* scannerId, ActionId action) {
+    if (scannerId == nullptr) {
+        Vor::Throw(yERROR_PARAMETER, "Missing scanner id parameter for action %u", Number(action));
+    }
+}
+
+void ControlProtocolOperations::StartScan(const std::string& protocolId) {
+    RunSynchronousOp(protocolId, ActionId::StartScan, {});
+}
+
+void ControlProtocolOperations::StopScan(const std::string& protocolId) {
+    RunSynchronousOp(protocolId, ActionId::StopScan, {});
+}
+
+void ControlProtocolOperations::Alignment(const std::string& protocolId, const char* scannerId) {
+    ValidateScannerId(scannerId, ActionId::Alignment);
+    ControlOperationsParams params;
+    params.stringArg = scannerId;
+    RunSynchronousOp(protocolId, ActionId::Alignment, std::move(params));
+}
+
+void ControlProtocolOperations::ClearAlignment(const std::string& protocolId, const char* scannerId) {
+    ValidateScannerId(scannerId, ActionId::ClearAlignment);
+    ControlOperationsParams params;
+    params.stringArg = scannerId;
+    RunSynchronousOp(protocolId, ActionId::ClearAlignment, std::move(params));
+}
+
+void ControlProtocolOperations::LoadJob(const std::string& protocolId, const char* jobName) {
+    ValidateStringArg(jobName, "job name", ActionId::LoadJob);
+    ControlOperationsParams params;
+    params.stringArg = jobName;
+    RunSynchronousOp(protocolId, ActionId::LoadJob, std::move(params));
+}
+
+void ControlProtocolOperations::SoftwareTrigger(const std::string& protocolId, const char* scannerId) {
+    ValidateScannerId(scannerId, ActionId::SoftwareTrigger);
+    ControlOperationsParams params;
+    params.stringArg = scannerId;
+    RunSynchronousOp(protocolId, ActionId::SoftwareTrigger, std::move(params));
+}
+
+void ControlProtocolOperations::FactoryRestore(const std::string& protocolId) {
+    RunSynchronousOp(protocolId, ActionId::FactoryRestore, {});
+}
+
+void ControlProtocolOperations::Restart(const std::string& protocolId) {
+    RunSynchronousOp(protocolId, ActionId::Restart, {});
+}
+
+void ControlProtocolOperations::SetNextIpConfig(const std::string& protocolId, const yIpConfig& config, bool flag) {
+    ControlOperationsParams params;
+    params.ipConfig = config;
+    params.flagA = flag;
+    RunSynchronousOp(protocolId, ActionId::SetNextIpConfig, std::move(params));
+}
+
+void ControlProtocolOperations::BlinkLed(const std::string& protocolId, bool systemLed, bool ledBlinkEnabled,
+                                         bool ledLightOn) {
+    ControlOperationsParams params;
+    params.flagB = systemLed;
+    params.flagC = ledBlinkEnabled;
+    params.flagD = ledLightOn;
+    RunSynchronousOp(protocolId, ActionId::BlinkLed, std::move(params));
+}
+
+void ControlProtocolOperations::SetLocalNodeDateTime(const std::string& protocolId, long long dateTime) {
+    ControlOperationsParams params;
+    params.dateTime = dateTime;
+    RunSynchronousOp(protocolId, ActionId::SetLocalNodeDateTime, std::move(params));
+}
+
+void ControlProtocolOperations::SetLocalNodeNtpHost(const std::string& protocolId, const std::string& host, bool flag) {
+    ControlOperationsParams params;
+    params.ntpHost = host;
+    params.flagA = flag;
+    RunSynchronousOp(protocolId, ActionId::SetLocalNodeNtpHost, std::move(params));
+}
+
+void ControlProtocolOperations::RunSynchronousOp(const std::string& protocolId, ActionId action,
+                                                 ControlOperationsParams params) {
+    if (!OperationBegin()) {
+        Vor::Throw(yERROR_BUSY, "Protocol %s operation %u rejected because another operation is in progress",
+                   protocolId, Number(action));
+    }
+    asyncRunner->Run([this, protocolId, action, params = std::move(params)] { RunAction(protocolId, action, params); });
+}
+
+void ControlProtocolOperations::RunAction(const std::string& protocolId, ActionId action,
+                                          const ControlOperationsParams& params) {
+    try {
+        if (PerformAction(protocolId, action, params)) {
+            NotifyOperationEnd(protocolId, yOK, "");
+        }
+    } catch (const Vor::Exception& e) {
+        LogThrown(e, "Exception processing action id %u", Number(action));
+        if (action == ActionId::Alignment) {
+            AbandonAlignment("Exception cleaning up after an alignment");
+        }
+        NotifyOperationEnd(protocolId, yERROR, "");
+    }
+}
+
+bool ControlProtocolOperations::PerformAction(const std::string& protocolId, ActionId action,
+                                              const ControlOperationsParams& params) {
+    switch (action) {
+    case ActionId::StartScan:
+        systemInterface.Start();
+        return true;
+    case ActionId::StopScan:
+        systemInterface.Stop();
+        return true;
+    case ActionId::Alignment:
+        StartAlignment(protocolId, params.stringArg);
+        return false;
+    case ActionId::ClearAlignment:
+        scanEngineInterface.ClearAlignment(params.stringArg);
+        return true;
+    case ActionId::LoadJob:
+        systemInterface.LoadJob(params.stringArg);
+        return true;
+    case ActionId::SoftwareTrigger:
+        scanEngineInterface.SoftwareTrigger(params.stringArg);
+        return true;
+    case ActionId::SetNextIpConfig:
+        systemInterface.SetNextIpConfig(params.ipConfig, params.flagA);
+        return true;
+    case ActionId::FactoryRestore:
+        systemInterface.FactoryRestore();
+        return true;
+    case ActionId::Restart:
+        systemInterface.Restart();
+        return true;
+    case ActionId::BlinkLed:
+        if (params.flagB) {
+            systemInterface.BlinkLed();
+        } else {
+            scanEngineInterface.BlinkLed(params.flagC, params.flagD);
+        }
+        return true;
+    case ActionId::SetLocalNodeNtpHost:
+        systemInterface.SetLocalNodeNtpHost(params.ntpHost, params.flagA);
+        return true;
+    case ActionId::SetLocalNodeDateTime:
+        systemInterface.SetLocalNodeDateTime(params.dateTime);
+        return true;
+    case ActionId::EndAtOnce:
+        NotifyOperationEnd(protocolId, yOK, "");
+        return false;
+    case ActionId::SleepThenEnd:
+        Vor::ThrowIfFailed(yThread_Sleep(sleepOfAction));
+        return true;
+    case ActionId::Fail:
+        Vor::Throw(static_cast<yStatus>(action), "Testing action id %u", Number(action));
+    case ActionId::NeverEnd:
+        return false;
+    case ActionId::FailAsync:
+        Vor::Throw(static_cast<yStatus>(action), "Async test action id %u", Number(action));
+    }
+    Vor::LogError("Unexpected action id %u", Number(action));
+    NotifyOperationEnd(protocolId, yERROR_PARAMETER, "");
+    return false;
+}
+
+void ControlProtocolOperations::StartAlignment(const std::string& protocolId, const std::string& scannerId) {
+    auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
+    // The registration of an alignment without a scanner id outlives it.
+    AbandonAlignment("Exception cleaning up after an alignment");
+    const auto alignment = std::make_shared<PendingAlignment>(*this, scannerId);
+    alignment->callbackId =
+        event.Add([alignment, protocolId](AlignCompletionStatus status) { alignment->Complete(protocolId, status); });
+    {
+        const std::lock_guard guard(alignMutex);
+        pendingAlignment = alignment;
+    }
+    scanEngineInterface.Alignment(scannerId);
+}
+
+void ControlProtocolOperations::AlignmentCompletedCallback(const std::string& protocolId, const std::string& scannerId,
+                                                           AlignCompletionStatus status) {
+    NotifyOperationEnd(protocolId, status == AlignCompletionStatus::Succeeded ? yOK : yERROR, scannerId.c_str());
+}
+
+void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(const std::string& scannerId) {
+    if (scannerId.empty()) {
+        return;
+    }
+    std::shared_ptr<PendingAlignment> alignment;
+    {
+        const std::lock_guard guard(alignMutex);
+        alignment.swap(pendingAlignment);
+    }
+    if (alignment) {
+        scanEngineInterface.AlignmentCompletedEvent(scannerId).Remove(alignment->callbackId);
+    }
+}
+
+void ControlProtocolOperations::AbandonAlignment(const char* failureText) {
+    std::shared_ptr<PendingAlignment> alignment;
+    {
+        const std::lock_guard guard(alignMutex);
+        alignment.swap(pendingAlignment);
+    }
+    if (!alignment) {
+        return;
+    }
+    alignment->Abandon();
+    try {
+        scanEngineInterface.AlignmentCompletedEvent(alignment->scannerId).Remove(alignment->callbackId);
+    } catch (const std::exception& e) {
+        LogThrown(e, failureText);
+    }
+}
+
+void ControlProtocolOperations::NotifyOperationEnd(const std::string& protocolId, yStatus status,
+                                                   const char* scannerId) {
+    dispatcherQueue.Add(std::make_unique<EndOfOpResult>(EndOfOpResult{protocolId, status, scannerId}));
+}
+
+yStatus ControlProtocolOperations::DispatcherThreadFx() {
+    while (dispatcherRunning.load(std::memory_order_relaxed)) {
+        try {
+            DispatchNext();
+        } catch (const std::exception& e) {
+            LogThrown(e, "EXCEPTION THROWN: ");
+        } catch (...) {
+            Vor::LogError("EXCEPTION THROWN: ");
+        }
+    }
+    return yOK;
+}
+
+void ControlProtocolOperations::DispatchNext() {
+    std::unique_ptr<EndOfOpResult> result;
+    const yStatus status = dispatcherQueue.Remove(result, queueWait);
+    if (status == yOK) {
+        EndOperation(*result);
+    } else if (status != yERROR_TIMEOUT) {
+        Vor::LogError("Dispatcher queue wait failed with error %d", status);
+    }
+}
+
+void ControlProtocolOperations::EndOperation(const EndOfOpResult& result) {
+    try {
+        CleanUpAlignmentCompletedEvent(result.scannerId);
+    } catch (const std::exception& e) {
+        // A scanner that is gone must not keep the slot taken.
+        LogThrown(e, "EXCEPTION THROWN: ");
+    }
+    const std::uint32_t former = OperationFinish();
+    OnOperationEnd(result.protocolId, result.status);
+    if (former != 1) {
+        Vor::Throw(yERROR_STATE);
+    }
+}
+
+Vor::Event<int>& ControlProtocolOperations::OperationEndEvent(const std::string& protocolId) {
+    return opEndEvents[protocolId];
+}
+
+Vor::Event<int>::CallbackId ControlProtocolOperations::AddOpEndEventHandler(const std::string& protocolId,
+                                                                            std::function<void(int)> handler) {
+    const std::lock_guard guard(opEndEventsMutex);
+    return OperationEndEvent(protocolId).Add(std::move(handler));
+}
+
+void ControlProtocolOperations::RemoveOpEndEventHandler(const std::string& protocolId,
+                                                        Vor::Event<int>::CallbackId& id) {
+    const Vor::Locker locker(opEndLock.Get());
+    const std::lock_guard guard(opEndEventsMutex);
+    const auto found = opEndEvents.find(protocolId);
+    if (found != opEndEvents.end()) {
+        found->second.Remove(id);
+        opEndEvents.erase(found);
+    }
+}
+
+void ControlProtocolOperations::OnOperationEnd(const std::string& protocolId, int status) {
+    const Vor::Locker locker(opEndLock.Get());
+    const Vor::Event<int>* event = nullptr;
+    {
+        const std::lock_guard guard(opEndEventsMutex);
+        const auto found = opEndEvents.find(protocolId);
+        if (found == opEndEvents.end()) {
+            return;
+        }
+        event = &found->second;
+    }
+    event->Raise(status);
+}
+
+bool ControlProtocolOperations::MainLoopAvailable() const {
+    return !runtimeCache.IsMainLoopBlocked();
+}
+
+bool ControlProtocolOperations::CanReadInPlace() const {
+    return Vor::AsyncLoop::OnMainLoop() || !MainLoopAvailable();
+}
+
+long long ControlProtocolOperations::LocalNodeDateTime(unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LocalNodeDateTime();
+    }
+    return ReadBounded<long long>([this](long long& answer) { answer = systemInterface.LocalNodeDateTime(); }, timeout);
+}
+
+std::string ControlProtocolOperations::LocalNodeNtpHost(unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LocalNodeNtpHost();
+    }
+    return ReadBounded<std::string>([this](std::string& answer) { answer = systemInterface.LocalNodeNtpHost(); },
+                                    timeout);
+}
+
+bool ControlProtocolOperations::LocalNodeSyncTime(const std::string& host, unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LocalNodeSyncTime(host);
+    }
+    return ReadBounded<bool>([this, host](bool& answer) { answer = systemInterface.LocalNodeSyncTime(host); }, timeout);
+}
+
+void ControlProtocolOperations::AddDataSourceEventHandler(
+    const IControlSystemInterface::DataSourceEventHandlerContainer& handlers,
+    IControlSystemInterface::DataSourceEventCallbackIdContainer& ids, unsigned long long timeout) {
+    if (runtimeCache.IsMainLoopBlocked()) {
+        return;
+    }
+    if (Vor::AsyncLoop::OnMainLoop()) {
+        systemInterface.AddDataSourceEventHandler(handlers, ids);
+        return;
+    }
+    const auto made = std::make_shared<IControlSystemInterface::DataSourceEventCallbackIdContainer>(ids);
+    RunBounded([this, handlers, made] { systemInterface.AddDataSourceEventHandler(handlers, *made); }, timeout);
+    // Also those of a subscription that was made too late: whoever holds the ids can end it.
+    ids = *made;
+}
+
+void ControlProtocolOperations::RemoveDataSourceEventHandler(
+    IControlSystemInterface::DataSourceEventCallbackIdContainer& ids, unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        systemInterface.RemoveDataSourceEventHandler(ids);
+        return;
+    }
+    const auto left = std::make_shared<IControlSystemInterface::DataSourceEventCallbackIdContainer>(ids);
+    RunBounded([this, left] { systemInterface.RemoveDataSourceEventHandler(*left); }, timeout);
+    ids = *left;
+}
+
+void ControlProtocolOperations::DataSourceProperties(const std::string& name,
+                                                     IControlSystemInterface::ControlDataSourceProperties& out,
+                                                     unsigned long long timeout) {
+    using Properties = IControlSystemInterface::ControlDataSourceProperties;
+    // The name may be one of the record's own.
+    const std::string asked = name;
+    out = Properties{};
+    if (CanReadInPlace()) {
+        systemInterface.DataSourceProperties(asked, out);
+        return;
+    }
+    out = ReadBounded<Properties>(
+        [this, asked](Properties& answer) { systemInterface.DataSourceProperties(asked, answer); }, timeout);
+}
+
+void* ControlProtocolOperations::LiveJob(unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LiveJob();
+    }
+    return ReadBounded<Vor::Object>(
+               [this](Vor::Object& answer) { answer = Vor::Object::Take(systemInterface.LiveJob()); }, timeout)
+        .Release();
+}
+
+} // namespace VorControl
