@@ -7,10 +7,22 @@
 
 namespace VorControl::ControlProtocol {
 
-/// A client's command, as read from its input block.
+/// A client's command, as read from its input block. Its place in memory is fixed: a block fills it as bytes.
 struct ControlRegisterCommandData {
+    /// Other values of `commandId` are not commands.
+    enum CommandId : std::uint8_t {
+        NoCommand = 0,
+        Start = 1,
+        Stop = 2,
+        Align = 3,
+        ClearAlign = 4,
+        LoadJob = 5,
+        SoftwareTrigger = 6,
+        SetUserData = 9
+    };
+
     std::uint16_t requestWord = 0;
-    std::uint8_t commandId = 0; ///< 0 none, 1 start, 2 stop, 3 align, 4 clear align, 5 load job, 6 trigger, 9 user data
+    std::uint8_t commandId = NoCommand;
     std::uint8_t reserved = 0;
     std::array<char, 492> commandArgs{}; ///< zero-ended text, or raw user data
     std::uint64_t commandArgsSize = 0;   ///< bytes of user data; 0 for every other command

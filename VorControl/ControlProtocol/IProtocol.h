@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -104,6 +105,9 @@ public:
     virtual void OnPostStopScan() = 0;
     virtual void OnFactoryRestore() = 0;
 
+    /// Of the last operation of this service that has ended: 0 there was none, 2 it succeeded, 3 it failed.
+    virtual std::uint8_t CompletedOperationStatus() const = 0;
+
     /// Whether the domain's options have any bit of `option`.
     virtual bool HasPersistOption(VorCommon::PersistDomain domain, ProtocolPersistOptions option) const = 0;
     virtual void OnPersistDomainLoaded(VorCommon::PersistDomain domain) = 0;
@@ -117,6 +121,10 @@ public:
 protected:
     /// The scan is about to start (true) or has stopped (false).
     virtual void ScanStateChangeImpl(bool started) = 0;
+    /// An operation of this service has ended, with yOK or the status of its failure, and the command status tells so
+    /// already. Called on the operations thread, or on the one that handed over the command: must not wait for either,
+    /// and must not destroy the service. The next operation may be started here.
+    virtual void OperationEndEventImpl(int status) = 0;
 };
 
 } // namespace VorControl::ControlProtocol

@@ -29,13 +29,25 @@ ProtocolBase::ProtocolBase(const ControlProtocolEnviron& environ)
     , displayName(environ.displayName)
     , host(&dynamic_cast<ControlHost&>(*environ.controlHost))
     , properties(&builtInProperties)
+    , problemsTracker(host->ProblemsManager())
     , scannerIsOptional(IsScannerOptional(host->PlatformAttributes()))
     , defaultMetrics(true) {
-    Vor::ThrowIfFailed(yLock_Construct(&propertiesLock));
+    Vor::ThrowIfFailed(yLock_Construct(propertiesLock.Out()));
+    operationEndCallback = host->AddOpEndEventHandler(id, [this](int status) { OpEndEventHandler(status); });
 }
 
 ProtocolBase::~ProtocolBase() {
-    yLock_Destroy(propertiesLock);
+    try {
+        StopOperationEndEvents();
+    } catch (const Vor::Exception& e) {
+        LogThrown(e, "EXCEPTION THROWN: ");
+    }
+}
+
+void ProtocolBase::StopOperationEndEvents() {
+    if (operationEndCallback.IsSet()) {
+        host->RemoveOpEndEventHandler(id, operationEndCallback);
+    }
 }
 
 void ProtocolBase::Init(const ProtocolInitParams& initParams) {
@@ -101,13 +113,13 @@ Vor::Params::Group& ProtocolBase::Properties() const {
 }
 
 void ProtocolBase::NonPersistentPropertiesBeginLock() {
-    Vor::ThrowIfFailed(yLock_Enter(propertiesLock));
+    Vor::ThrowIfFailed(yLock_Enter(propertiesLock.Get()));
     lockHeld.store(true, std::memory_order_relaxed);
 }
 
 void ProtocolBase::NonPersistentPropertiesEndLock() {
     lockHeld.store(false, std::memory_order_relaxed);
-    Vor::ThrowIfFailed(yLock_Exit(propertiesLock));
+    Vor::ThrowIfFailed(yLock_Exit(propertiesLock.Get()));
 }
 
 void ProtocolBase::BeginUpdateParams(const char* /*version*/) {}
@@ -225,8 +237,7 @@ std::vector<std::string> ProtocolBase::DataSourceList() const {
 void ProtocolBase::OnPreStartScan() {
     scanningStopped.store(false, std::memory_order_relaxed);
     if (metrics != nullptr) {
-        const auto& dropCount = dynamic_cast<const Vor::Properties::Value<long long>&>(metrics->At("dropCount"));
-        lastDropCount = static_cast<std::uint64_t>(dropCount.Get());
+        lastDropCount.store(DropCount(), std::memory_order_relaxed);
     }
     ScanStateChangeImpl(true);
 }
@@ -234,6 +245,11 @@ void ProtocolBase::OnPreStartScan() {
 void ProtocolBase::OnPostStopScan() {
     scanningStopped.store(true, std::memory_order_relaxed);
     ScanStateChangeImpl(false);
+}
+
+std::uint64_t ProtocolBase::DropCount() const {
+    const auto& dropCount = dynamic_cast<const Vor::Properties::Value<long long>&>(metrics->At("dropCount"));
+    return static_cast<std::uint64_t>(dropCount.Get());
 }
 
 void ProtocolBase::ScanStateChangeImpl(bool /*started*/) {}

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "Vor/Structure.h"
+#include "VorApi/Handle.h"
+#include "VorCommon/ProblemsTracker.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/ControlProtocol/ControlProtocolEnviron.h"
+#include "VorControl/ControlProtocol/ControlRegisterTypes.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
 #include "VorControl/ControlProtocol/NonPersistentProperties.h"
 #include "VorControl/ControlProtocol/ProtocolInitParams.h"
@@ -15,7 +18,8 @@ namespace VorControl::ControlProtocol {
 
 /// What a service derives from. The derived constructor calls Init once; the derived class implements Start and Stop
 /// and overrides what it needs. Its destructor leaves no thread of its own running, since nobody calls Stop before it,
-/// and the parts of this class go after it.
+/// and the parts of this class go after it. A class that overrides OperationEndEventImpl calls StopOperationEndEvents
+/// first in its destructor.
 class ProtocolBase : public IProtocol {
 public:
     using NonPersistentProperties = ControlProtocol::NonPersistentProperties;
@@ -75,6 +79,8 @@ public:
     void OnPostStopScan() override;
     void OnFactoryRestore() override;
 
+    std::uint8_t CompletedOperationStatus() const override;
+
     bool HasPersistOption(VorCommon::PersistDomain domain, ProtocolPersistOptions option) const override;
     void OnPersistDomainLoaded(VorCommon::PersistDomain domain) override;
     nlohmann::json& WorkspacePersistData() override;
@@ -87,6 +93,7 @@ public:
 
 protected:
     void ScanStateChangeImpl(bool started) override;
+    void OperationEndEventImpl(int status) override;
 
     /// Takes the pointers, null ones too, but for the properties.
     void Init(const ProtocolInitParams& initParams);
@@ -98,16 +105,44 @@ protected:
     /// Only within the handler of `e`: logs it, sets the status, and throws a Vor::Exception with the text of `e`, its
     /// status or 0, and `e` nested in it.
     [[noreturn]] void UpdateStatusAndRethrow(const std::exception& e, ProtocolStatus status);
+
+    /// Runs a client's command. Those that act on the sensor end later, on the operations thread, and the others in
+    /// here; each end comes to OperationEndEventImpl. Ask OperationInProgress first: a command that comes while another
+    /// runs fails, and its end hides that the other still runs. Throws only what isn't a std::exception, or what
+    /// OperationEndEventImpl throws when it is told of a failure.
+    void ProcessReceivedCommonCommands(const ControlRegisterCommandData& data);
+    /// Whether a polled command is the one that was run last: the same id, and the same text where the id has one.
+    static bool IsDuplicateCommand(const ControlRegisterCommandData& last, const ControlRegisterCommandData& current);
+    /// For the client: 0 no command completed yet, 1 in progress, 2 the last one succeeded, 3 it failed. Any thread.
+    std::uint8_t GetCommandStatus() const;
+    void SetOperationInProgress(bool value) { operationInProgress.store(value, std::memory_order_release); }
+    bool OperationInProgress() const { return operationInProgress.load(std::memory_order_acquire); }
+    void OperationCompleted(int status);
+    void OpEndEventHandler(int status);
+    /// No end of an operation comes to this service any more; waits for one that is being told. Not from
+    /// OperationEndEventImpl.
+    void StopOperationEndEvents();
+
+    /// Shows a problem to the user when messages were dropped since the start of the scan, and withdraws it when none
+    /// were. A null text stands for the common one. Reads `dropCount` of the bound metrics; without them it does
+    /// nothing.
+    void CheckControlDrops(const char* text);
+    /// Withdraws the problems that this service shows to the user.
+    void ClearAllProblems();
+
     /// Good only while enabled, so each Start sets it anew.
     void SetForwardScanResultsToProtocol(bool enable);
     /// Whether the platform may have no scanner of its own.
     bool ScannerIsOptional() const { return scannerIsOptional; }
     bool ScanningStopped() const { return scanningStopped.load(std::memory_order_relaxed); }
     /// The drop count of the bound metrics when the scan was last started.
-    std::uint64_t LastDropCount() const { return lastDropCount; }
+    std::uint64_t LastDropCount() const { return lastDropCount.load(std::memory_order_relaxed); }
 
 private:
     const IProtocolRegisterAssemblyGroup& Group() const;
+    std::uint64_t DropCount() const;
+    void RunCommand(const ControlRegisterCommandData& data);
+    void WriteUserData(const ControlRegisterCommandData& data);
 
     const char* const paramsVersion = "1";
     std::atomic<bool> running = false;
@@ -118,7 +153,7 @@ private:
     NonPersistentProperties* properties;
     /// Guards the values of `properties`: the framework holds it while it reads them, the service while it changes
     /// them. Nothing else is locked under it.
-    yLock propertiesLock = nullptr;
+    Vor::Handle<yLock, yLock_Destroy> propertiesLock;
     std::atomic<bool> lockHeld = false;
     Vor::Params::Group* params = nullptr;
     Vor::Properties::Structure* metrics = nullptr;
@@ -127,7 +162,12 @@ private:
     ParamsInternalUpdateEvent paramsInternalUpdate;
     OutputsInternalUpdateEvent outputsInternalUpdate;
     PersistenceDomainChangeEvent persistenceDomainChange;
-    std::uint64_t lastDropCount = 0;
+    /// Set by the thread that hands over a command, cleared by the one that ends it, with the status before it.
+    std::atomic<bool> operationInProgress = false;
+    std::atomic<std::uint8_t> completedOperationStatus = 0;
+    Vor::Event<int>::CallbackId operationEndCallback;
+    VorCommon::ProblemsTracker problemsTracker;
+    std::atomic<std::uint64_t> lastDropCount = 0;
     bool scannerIsOptional;
     std::atomic<bool> scanningStopped = true;
     Vor::Properties::Structure defaultMetrics;

@@ -58,6 +58,7 @@ public:
     bool IsRegisterCountConfigurable() const { return info.IsRegisterCountConfigurable(); }
     bool IsOutputIdConfigurable() const;
     unsigned char BytesPerRegister() const { return info.BytesPerRegister(); }
+    unsigned short DeserializedInputSize() const { return info.DeserializedInputSize(); }
     bool HasDataSource() const { return info.HasDataSource(); }
     bool IsProtocolBigEndian() const { return info.IsProtocolBigEndian(); }
     void IncrementInstanceCount() { info.IncrementInstanceCount(); }

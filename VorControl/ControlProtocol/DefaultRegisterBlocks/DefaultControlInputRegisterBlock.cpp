@@ -1,0 +1,88 @@
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlock.h"
+
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/Translate.h"
+#include "yApi/yMemory.h"
+
+namespace VorControl::ControlProtocol {
+
+namespace {
+
+constexpr unsigned long long jobNameSize = 63; ///< with its terminator
+
+} // namespace
+
+DefaultControlInputRegisterBlock::DefaultControlInputRegisterBlock(const RegisterBlockParams& params,
+                                                                   ProtocolRegisterBlockInfo& info)
+    : DefaultControlInputRegisterBlock(params, info, 63) {}
+
+DefaultControlInputRegisterBlock::DefaultControlInputRegisterBlock(const RegisterBlockParams& params,
+                                                                   ProtocolRegisterBlockInfo& info,
+                                                                   unsigned long long userDataSize)
+    : ProtocolRegisterBlock(params, info)
+    , userDataSize(userDataSize) {}
+
+void DefaultControlInputRegisterBlock::Deserialize(void* destination, unsigned long long destinationSize,
+                                                   const void* source, unsigned long long sourceSize) {
+    if (sourceSize < DeserializedInputSize()) {
+        Vor::Throw(yERROR_SIZE, "Insufficient source buffer size available for data deserialization.");
+    }
+    if (destinationSize != sizeof(ControlRegisterCommandData)) {
+        Vor::Throw(yERROR_SIZE, "Insufficient destination buffer available for data deserialization output.");
+    }
+    Vor::ThrowIfFailed(yMemSet(destination, 0, sizeof(ControlRegisterCommandData)));
+    DeserializeControlRegisterCommandData(static_cast<ControlRegisterCommandData*>(destination),
+                                          static_cast<const unsigned char*>(source));
+}
+
+void DefaultControlInputRegisterBlock::DeserializeControlRegisterCommandData(ControlRegisterCommandData* data,
+                                                                             const unsigned char* source) const {
+    Deserialize16(data->requestWord, source, requestWordOffset);
+    if (BytesPerRegister() == 2) {
+        unsigned short commandId = 0;
+        Deserialize16(commandId, source, commandIdOffset);
+        data->commandId = static_cast<std::uint8_t>(commandId & 0xFF);
+    } else {
+        data->commandId = source[commandIdOffset];
+    }
+    if (data->commandId == ControlRegisterCommandData::LoadJob) {
+        DeserializeJobName(data, source);
+        if (data->commandArgs[0] == '\0') {
+            Vor::LogUser(Vor::UserError, "Jobs",
+                         Translate("beApp.ctrl", "Unable to load job file because no job file name was given."));
+            Vor::Throw(yERROR_PARAMETER);
+        }
+    }
+    if (data->commandId == ControlRegisterCommandData::SetUserData) {
+        DeserializeUserDataInputBuffer(data, source);
+    }
+}
+
+void DefaultControlInputRegisterBlock::DeserializeJobName(ControlRegisterCommandData* data,
+                                                          const unsigned char* source) const {
+    for (unsigned long long i = 0; i < jobNameSize; ++i) {
+        unsigned short character = 0;
+        if (BytesPerRegister() == 2) {
+            Deserialize16(character, source, commandArgsOffset + 2 * i);
+        } else {
+            character = source[commandArgsOffset + i];
+        }
+        data->commandArgs[i] = static_cast<char>(character & 0xFF);
+        if (data->commandArgs[i] == '\0') {
+            break;
+        }
+    }
+    data->commandArgs[jobNameSize - 1] = '\0';
+}
+
+void DefaultControlInputRegisterBlock::DeserializeUserDataInputBuffer(ControlRegisterCommandData* data,
+                                                                      const unsigned char* source) const {
+    if (BytesPerRegister() != 1) {
+        Vor::Throw(yERROR_CONFLICT, "This block only supports 1 byte per register.");
+    }
+    data->SetCommandArgsSize(userDataSize);
+    Vor::ThrowIfFailed(yMemCopy(data->commandArgs.data(), source + commandArgsOffset, userDataSize));
+}
+
+} // namespace VorControl::ControlProtocol

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "VorControl/ControlProtocol/ControlRegisterTypes.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterBlock.h"
+
+namespace VorControl::ControlProtocol {
+
+/// A client's command: request word, command id, and from byte 4 a job name or 63 bytes of user data. The job name
+/// takes one character a register and has at most 62; user data needs registers of one byte.
+class DefaultControlInputRegisterBlock : public ProtocolRegisterBlock {
+public:
+    DefaultControlInputRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info);
+
+    /// Into a ControlRegisterCommandData. The source may be larger than the type's input size. Throws yERROR_SIZE for
+    /// a size that doesn't fit, yERROR_PARAMETER for a load of a job without a name, and yERROR_CONFLICT for user data
+    /// in registers of two bytes.
+    void Deserialize(void* destination, unsigned long long destinationSize, const void* source,
+                     unsigned long long sourceSize) override;
+
+protected:
+    DefaultControlInputRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info,
+                                     unsigned long long userDataSize);
+
+    /// These fill a record that is clear, and don't check the size of the source.
+    void DeserializeControlRegisterCommandData(ControlRegisterCommandData* data, const unsigned char* source) const;
+    void DeserializeJobName(ControlRegisterCommandData* data, const unsigned char* source) const;
+    void DeserializeUserDataInputBuffer(ControlRegisterCommandData* data, const unsigned char* source) const;
+
+    // Bytes of the source.
+    const unsigned long long requestWordOffset = 0;
+    const unsigned long long commandIdOffset = 2;
+    const unsigned long long commandArgsOffset = 4;
+    const unsigned long long userDataSize;
+};
+
+} // namespace VorControl::ControlProtocol

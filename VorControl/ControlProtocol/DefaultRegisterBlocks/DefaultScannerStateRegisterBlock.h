@@ -1,0 +1,36 @@
+#pragma once
+
+#include "VorControl/ControlProtocol/ControlRegisterTypes.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterBlock.h"
+
+namespace VorControl::ControlProtocol {
+
+/// The state of the scanner: a signed and an unsigned 64-bit value and two bytes. The offsets don't grow with the width
+/// of the registers: in registers of two bytes the two bytes overlap.
+class DefaultScannerStateRegisterBlock : public ProtocolRegisterBlock {
+public:
+    DefaultScannerStateRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info);
+
+    /// From a DefaultScannerStateData. Both sizes must be exact, else yERROR_SIZE is thrown.
+    void Serialize(void* destination, unsigned long long destinationSize, const void* source,
+                   unsigned long long sourceSize) override;
+
+protected:
+    /// Bytes of the destination.
+    struct Offsets {
+        unsigned long long signedScannerValue = 0;
+        unsigned long long unsignedScannerValue = 8;
+        unsigned long long firstScannerByte = 16;
+        unsigned long long secondScannerByte = 17;
+    };
+
+    DefaultScannerStateRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info,
+                                     const Offsets& offsets);
+
+    /// Checks no size.
+    void SerializeScannerStateData(unsigned char* buffer, const DefaultScannerStateData* data) const;
+
+    const Offsets offsets;
+};
+
+} // namespace VorControl::ControlProtocol

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Vor/VorGetText.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
+
+namespace VorControl::ControlProtocol {
+
+class DefaultScannerStateRegisterBlockInfo : public ProtocolRegisterBlockInfo {
+public:
+    inline static const char* const DEFAULT_DISPLAY_NAME =
+        VorGetText::GetInstance().DPGetText("BE", "com.vorlab.ctrl", "Sensor Group State");
+
+    /// Optional: an assembly may do without the block.
+    explicit DefaultScannerStateRegisterBlockInfo(bool isOptional);
+};
+
+} // namespace VorControl::ControlProtocol
