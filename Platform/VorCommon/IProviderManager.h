@@ -6,8 +6,11 @@
 
 namespace VorCommon {
 
-/// The providers of one kind that a scan engine offers. An engine's registry holds it under the type information of
-/// this very class, so that all libraries must share one: it has default visibility.
+class IDigitalOutputProvider;
+
+/// The providers of one kind that a scan engine offers. An engine's registry holds it under the address of this very
+/// class's type information, of which the process must have one: it has default visibility, and each kind in use is
+/// instantiated in the platform library alone.
 template <class T>
 class __attribute__((visibility("default"))) IProviderManager {
 public:
@@ -16,5 +19,7 @@ public:
     /// By provider id. A provider may be gone.
     virtual std::map<std::string, std::weak_ptr<T>> Providers() const = 0;
 };
+
+extern template class IProviderManager<IDigitalOutputProvider>;
 
 } // namespace VorCommon

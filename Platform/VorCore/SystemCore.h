@@ -36,7 +36,8 @@ public:
     /// A pre-start handler or a `startScan` that throws leaves the scan standing: the post-stop event is raised and
     /// the exception passes on. `live` and `record` make no difference: results are always live and never kept.
     void Start(bool live, bool record) override;
-    /// A `stopScan` that throws leaves the scan running, without an event. `abort` and `keepOpen` make no difference.
+    /// A `stopScan` that throws leaves the run state as it is and raises no event. `abort` and `keepOpen` make no
+    /// difference.
     void Stop(bool abort, bool keepOpen) override;
     void FactoryRestore() override { environ.factoryRestore(); }
     void Restart() override { environ.restart(); }
@@ -61,6 +62,8 @@ public:
 
 private:
     void RaisePostStop();
+    /// Logs what a handler throws.
+    void RaisePostStopQuietly();
 
     const Environ environ;
     std::atomic<bool> scanning{false};

@@ -11,7 +11,8 @@
 namespace VorPipe {
 
 /// Knows the data sources of the running tools. Outputs are added, updated and removed on the main loop, where the
-/// events are raised, too; reads may come from any thread.
+/// events are raised, too, without the lock; reads may come from any thread. What a handler throws passes on, and the
+/// change is made all the same.
 class PipeManager {
 public:
     /// Raises the created event. Throws yERROR_ALREADY_EXISTS.
@@ -31,9 +32,15 @@ public:
     Vor::LockedEvent<std::string>& OutputUpdatedEvent() { return updated; }
 
 private:
+    using Outputs = std::map<std::string, PipeOutput>;
+
+    void Forget(const std::string& name);
+    /// With `mutex` held. Throws yERROR_NOT_FOUND.
+    Outputs::const_iterator Find(const std::string& name) const;
+
     /// Guards `outputs`. A leaf: no event is raised under it.
     mutable std::mutex mutex;
-    std::map<std::string, PipeOutput> outputs;
+    Outputs outputs;
     Vor::LockedEvent<std::string> created;
     Vor::LockedEvent<std::string> deleted;
     Vor::LockedEvent<std::string> updated;

@@ -39,9 +39,18 @@ Scanner::~Scanner() {
 }
 
 void Scanner::Start() {
-    if (thread != nullptr) {
+    if (scanning) {
         return;
     }
+    frameCount.store(0, std::memory_order_relaxed);
+    start = Clock::now();
+    if (settings.trigger == TriggerMode::Time) {
+        StartThread();
+    }
+    scanning = true;
+}
+
+void Scanner::StartThread() {
     stopping = false;
     Vor::ThrowIfFailed(yThread_Construct(&thread, [this] { return Run(); }));
     yStatus status = yThread_SetName(thread, "Scanner");
@@ -55,46 +64,84 @@ void Scanner::Start() {
 }
 
 void Scanner::Stop() {
-    if (thread == nullptr) {
+    if (!scanning) {
         return;
     }
-    {
-        const std::lock_guard guard(mutex);
-        stopping = true;
+    if (thread != nullptr) {
+        {
+            const std::lock_guard guard(mutex);
+            stopping = true;
+        }
+        stopRequested.notify_one();
+        yThread_Destroy(std::exchange(thread, nullptr));
     }
-    stopRequested.notify_one();
-    yThread_Destroy(std::exchange(thread, nullptr));
+    end = Clock::now();
+    scanning = false;
+}
+
+void Scanner::Trigger() {
+    if (settings.trigger != TriggerMode::Software) {
+        Vor::Throw(yERROR_STATE, "The sensor isn't in triggered mode, its frames come by time.");
+    }
+    if (!scanning) {
+        Vor::Throw(yERROR_STATE, "The sensor isn't scanning.");
+    }
+    if (AtEnd()) {
+        Vor::Throw(yERROR_STATE, "The scan stands still behind the last frame of the recording.");
+    }
+    PublishNext(Clock::now());
+    TellEnd();
+}
+
+ScannerState Scanner::State() const {
+    const std::uint64_t count = frameCount.load(std::memory_order_relaxed);
+    const auto time = (scanning ? Clock::now() : end) - start;
+    return {.scanning = scanning,
+            .encoder = count == 0 ? 0 : static_cast<std::int64_t>(count - 1) * ResultSetMaker::EncoderTicksPerFrame,
+            .time = static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(time).count())};
 }
 
 yStatus Scanner::Run() {
     try {
-        const Clock::time_point start = Clock::now();
         Clock::time_point next = start;
-        const std::size_t count = recording.frames.size();
-        for (std::uint64_t index = 0; !settings.once || index < count; ++index) {
+        while (!AtEnd()) {
             if (!SleepUntil(next)) {
                 return yOK;
             }
             const Clock::time_point now = Clock::now();
-            const auto time = std::chrono::duration_cast<std::chrono::microseconds>(now - start).count();
-            const Vor::Object set =
-                maker.Make(recording.frames[index % count], index, static_cast<std::uint64_t>(time));
-            hub.Publish(set.Get());
+            PublishNext(now);
             next += period;
             if (now - next > MaxLag) {
                 Vor::LogWarning("The scan was held up for more than a second and goes on from here.");
                 next = now;
             }
         }
-        if (settings.ended) {
-            settings.ended();
-        }
+        TellEnd();
         return yOK;
     } catch (const std::exception& e) {
         Vor::LogError("The scan ended with an error.");
         Vor::Exception::LogException(e);
         Vor::Exception::LogBackTrace(e);
         return yERROR;
+    }
+}
+
+bool Scanner::AtEnd() const {
+    return settings.once && frameCount.load(std::memory_order_relaxed) >= recording.frames.size();
+}
+
+void Scanner::PublishNext(Clock::time_point now) {
+    const std::uint64_t index = frameCount.load(std::memory_order_relaxed);
+    const auto time = std::chrono::duration_cast<std::chrono::microseconds>(now - start).count();
+    const Vor::Object set =
+        maker.Make(recording.frames[index % recording.frames.size()], index, static_cast<std::uint64_t>(time));
+    frameCount.store(index + 1, std::memory_order_relaxed);
+    hub.Publish(set.Get());
+}
+
+void Scanner::TellEnd() const {
+    if (AtEnd() && settings.ended) {
+        settings.ended();
     }
 }
 

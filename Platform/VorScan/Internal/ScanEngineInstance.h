@@ -19,7 +19,9 @@ public:
     const ScanEngineInfo& Info() const { return info; }
     IScanEngine& Engine() { return *engine; }
 
+    /// Throws yERROR_ALREADY_EXISTS for an id that is taken.
     void AddScanner(std::unique_ptr<ScannerInstance> scanner);
+    /// Destroys the scanner. Throws yERROR_NOT_FOUND.
     void RemoveScanner(const std::string& scannerId);
     /// Ids in order of adding.
     std::vector<std::string> ListScanners() const;
@@ -27,10 +29,16 @@ public:
     ScannerInstance& FindScanner(const std::string& scannerId);
 
 private:
+    using Scanners = std::vector<std::unique_ptr<ScannerInstance>>;
+
+    /// The end if there is none.
+    Scanners::iterator PositionOf(const std::string& scannerId);
+    Scanners::iterator Locate(const std::string& scannerId);
+
     const std::string id;
     const ScanEngineInfo info;
     const std::unique_ptr<IScanEngine> engine;
-    std::vector<std::unique_ptr<ScannerInstance>> scanners;
+    Scanners scanners;
 };
 
 } // namespace VorScan::Internal

@@ -20,6 +20,9 @@ public:
     ScanEngineInstance& GetInstance(const std::string& id);
 
 private:
+    /// Null if there is none.
+    ScanEngineInstance* Find(const std::string& id) const;
+
     std::vector<std::unique_ptr<ScanEngineInstance>> engines;
 };
 

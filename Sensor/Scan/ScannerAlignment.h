@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Sensor/Scan/AlignOutcome.h"
+#include "Vor/AsyncTimer.h"
+#include "VorApi/Event.h"
+#include "VorApi/Params/Value.h"
+#include "VorCommon/ICommandTarget.h"
+#include "VorScan/AlignCompletionStatus.h"
+#include "VorScan/AlignState.h"
+
+#include <chrono>
+#include <functional>
+#include <utility>
+
+namespace Sensor::Scan {
+
+/// The alignment of the virtual scanner with its commands "align" and "clearAlign", which take no parameters and give
+/// an empty result. For the main loop, where all events are raised. An alignment that ends sets the state, tells
+/// `stateUpdated`, and raises the completed event, in this order.
+class ScannerAlignment : public VorCommon::ICommandTarget {
+public:
+    struct Settings {
+        std::chrono::milliseconds time{1000}; ///< how long an alignment takes; 0 ends it at the next turn of the loop
+        AlignOutcome outcome = AlignOutcome::Succeed;
+    };
+
+    explicit ScannerAlignment(Settings settings);
+
+    /// Called after each change of the state; empty at first.
+    void SetStateUpdated(std::function<void()> function) { stateUpdated = std::move(function); }
+
+    VorScan::AlignState CurrentState() const { return state.Get(); }
+    Vor::Params::Value<VorScan::AlignState>& State() { return state; }
+    Vor::Event<VorScan::AlignCompletionStatus>& CompletedEvent() { return completed; }
+
+    std::vector<VorCommon::CommandInfo> ListCommands() const override;
+    /// Throws yERROR_NOT_FOUND for an unknown command.
+    std::shared_ptr<Vor::Params::Group> GetCommandParams(const std::string& id) const override;
+    /// "align" begins an alignment and returns; it throws yERROR_BUSY while one runs. "clearAlign" takes the scanner
+    /// back to not aligned; an alignment that runs ends as failed before the call returns. Throws yERROR_NOT_FOUND for
+    /// an unknown command.
+    std::shared_ptr<Vor::Params::Group> InvokeCommand(const std::string& id, Vor::Params::Group& params) override;
+    bool IsCommandSupported(const std::string& id) override;
+
+private:
+    void Begin();
+    void Clear();
+    void Complete(VorScan::AlignCompletionStatus status);
+    void ChangeState(VorScan::AlignState value);
+
+    const Settings settings;
+    Vor::Params::Value<VorScan::AlignState> state;
+    Vor::Event<VorScan::AlignCompletionStatus> completed;
+    std::function<void()> stateUpdated;
+    Vor::AsyncTimer timer;
+};
+
+} // namespace Sensor::Scan

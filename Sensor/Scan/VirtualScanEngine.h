@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Sensor/Scan/ScannerActions.h"
+#include "Sensor/Scan/ScannerAlignment.h"
+#include "VorScan/IScanEngine.h"
+#include "VorScan/Internal/ScanEngineInstance.h"
+
+#include <memory>
+
+namespace Sensor::Scan {
+
+/// The scan engine of the virtual sensor, which offers no further services.
+class VirtualScanEngine : public VorScan::IScanEngine {
+public:
+    /// Of the engine, which is also that of its type, of its one scanner, and of the one sensor of that.
+    static constexpr const char* Id = "virtual";
+    static constexpr const char* ScannerId = "scanner-0";
+    static constexpr const char* SensorId = "sensor-0";
+
+    /// The engine with its scanner, a VirtualScanner. What `environ` refers to must outlive it.
+    static std::unique_ptr<VorScan::Internal::ScanEngineInstance> Make(ScannerActions::Environ environ,
+                                                                       ScannerAlignment::Settings settings);
+
+    const ServiceRegistry& Services() const override { return services; }
+
+private:
+    const ServiceRegistry services;
+};
+
+} // namespace Sensor::Scan
