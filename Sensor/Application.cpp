@@ -7,6 +7,7 @@
 #include "Sensor/Scan/ResultSetMaker.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
+#include "Vor/Logging.h"
 #include "VorCommon/ArchiveFile.h"
 
 #include <chrono>
@@ -20,14 +21,12 @@ namespace {
 /// How long an end may take from the signal on.
 constexpr std::chrono::milliseconds Patience{1800};
 
+/// How long clients may see that their restart was done.
+constexpr std::chrono::microseconds RestartDelay{100'000};
+
 Scan::Recording ReadInput(const CommandLine& commandLine) {
     return commandLine.recording.empty() ? Scan::GeneratePart()
                                          : Scan::RecordingParser::ReadFile(commandLine.recording);
-}
-
-[[noreturn]] void GiveUp() {
-    std::cerr << "vorsensor: a service doesn't stop; ended without it." << std::endl;
-    std::_Exit(0);
 }
 
 } // namespace
@@ -38,11 +37,26 @@ Application::Application(const CommandLine& commandLine, std::ostream& out)
     , report(out)
     , recording(ReadInput(commandLine))
     , job(commandLine.job.empty() ? Jobs::JobTemplate::JobFor(recording) : commandLine.job)
-    , signals([this] { loop.Stop(); }, Patience, GiveUp)
-    , host(HostSettings()) {}
+    , signals([this] { loop.Stop(); }, Patience, [this] { GiveUp(); })
+    , sensor(recording, SensorSettings())
+    , host(HostSettings(), sensor)
+    , restartTimer([this](Vor::AsyncTimer&) { signals.Trigger(); }) {}
 
 Application::~Application() {
     StopScan();
+}
+
+VirtualSensor::Settings Application::SensorSettings() {
+    return {.scan = {.frameRate = commandLine.frameRate,
+                     .once = commandLine.once,
+                     .ended =
+                         [this] { loop.Post([this] { report.Line("The scan stands still behind the last frame."); }); },
+                     .trigger = commandLine.trigger},
+            .alignment = commandLine.alignment,
+            .storageFolders = {commandLine.dataFolder.string()},
+            .tell = [this](const std::string& line) { report.Line(line); },
+            .factoryRestore = [this] { RestoreFactory(); },
+            .restart = [this] { Restart(); }};
 }
 
 ServiceHost::Settings Application::HostSettings() {
@@ -51,10 +65,11 @@ ServiceHost::Settings Application::HostSettings() {
             .decorateStore = [this](VorCommon::IPersistStore& store,
                                     VorCommon::PersistDomain) -> std::unique_ptr<VorCommon::IPersistStore> {
                 return std::make_unique<Jobs::OverlayStore>(store, overlay);
-            }};
+            },
+            .jobLoaded = [this](const std::string& fileName) { TellJob(fileName); }};
 }
 
-void Application::Run() {
+int Application::Run() {
     report.Line("vorsensor " VOR_VERSION);
     LoadPlugins();
     host.CreateServices();
@@ -66,7 +81,8 @@ void Application::Run() {
     loop.Run();
     StopScan();
     host.StopServices();
-    report.Line("Stopped.");
+    report.Line(restarting ? "Stopped, to be started again." : "Stopped.");
+    return restarting ? RestartStatus : 0;
 }
 
 void Application::LoadPlugins() {
@@ -115,7 +131,7 @@ void Application::LoadJob() {
 void Application::Report() {
     report.Services(host.Services(), host.StartFailures());
     report.Input(commandLine.recording.empty() ? "generated part" : commandLine.recording.string(), recording,
-                 commandLine.frameRate, commandLine.once);
+                 SensorSettings().scan);
     report.Maps(host.Services(), Scan::ResultSetMaker::DataSources(recording));
 }
 
@@ -124,23 +140,46 @@ void Application::StartScan() {
         report.Line("Not scanning.");
         return;
     }
-    scanner = std::make_unique<Scan::Scanner>(
-        recording, host.Hub(),
-        Scan::Scanner::Settings{.frameRate = commandLine.frameRate, .once = commandLine.once, .ended = [this] {
-                                    loop.Post([this] { report.Line("The scan stands still behind the last frame."); });
-                                }});
-    host.BeforeScan();
-    scanner->Start();
-    report.Line("Scanning.");
+    try {
+        sensor.Core().Start(true, false);
+        report.Line("Scanning.");
+    } catch (const std::exception& e) {
+        report.Line(std::string("Not scanning: ") + e.what());
+    }
 }
 
 void Application::StopScan() {
-    if (scanner == nullptr) {
-        return;
+    try {
+        sensor.Core().Stop(false, false);
+    } catch (const std::exception& e) {
+        Vor::LogError("The scan can't be stopped.");
+        Vor::Exception::LogException(e);
     }
-    scanner->Stop();
-    scanner.reset();
-    host.AfterScan();
+}
+
+void Application::TellJob(const std::string& fileName) {
+    report.Line("Loaded job: " + fileName);
+    report.Services(host.Services(), {});
+    report.MissingSources(host.Services(), Scan::ResultSetMaker::DataSources(recording));
+}
+
+void Application::RestoreFactory() {
+    report.Line("Factory restore: both domains are initialised and a fresh demo job is loaded. Clients may have to "
+                "connect again.");
+    host.Persistence().Restore(Jobs::JobTemplate::Demo, [this](VorCommon::IPersistStore& store) {
+        Jobs::JobTemplate::Fill(Jobs::JobTemplate::Demo, recording, store);
+    });
+}
+
+void Application::Restart() {
+    report.Line("Restart: the program ends with status " + std::to_string(RestartStatus) + ".");
+    restarting = true;
+    restartTimer.Start(RestartDelay.count(), true);
+}
+
+void Application::GiveUp() const {
+    std::cerr << "vorsensor: a service doesn't stop; ended without it." << std::endl;
+    std::_Exit(restarting ? RestartStatus : 0);
 }
 
 } // namespace Sensor

@@ -3,14 +3,15 @@
 #include "Sensor/CommandLine.h"
 #include "Sensor/Jobs/Overlay.h"
 #include "Sensor/Scan/Recording.h"
-#include "Sensor/Scan/Scanner.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/SignalWatch.h"
 #include "Sensor/StartReport.h"
 #include "Sensor/UserLog.h"
+#include "Sensor/VirtualSensor.h"
+#include "Vor/AsyncTimer.h"
 #include "Vor/MainLoop.h"
 
-#include <memory>
+#include <atomic>
 #include <ostream>
 #include <string>
 
@@ -26,11 +27,15 @@ public:
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    /// Starts the services, then the scan, and returns once SIGINT or SIGTERM has come. Throws a StartError for what
-    /// the user asked for and can't have.
-    void Run();
+    /// A supervisor is asked to start the program again.
+    static constexpr int RestartStatus = 75;
+
+    /// Starts the services, then the scan, and returns once SIGINT or SIGTERM has come, with 0, or a client has asked
+    /// for a restart, with RestartStatus. Throws a StartError for what the user asked for and can't have.
+    int Run();
 
 private:
+    VirtualSensor::Settings SensorSettings();
     ServiceHost::Settings HostSettings();
     void LoadPlugins();
     void TakeSettings();
@@ -39,6 +44,10 @@ private:
     void Report();
     void StartScan();
     void StopScan();
+    void TellJob(const std::string& fileName);
+    void RestoreFactory();
+    void Restart();
+    [[noreturn]] void GiveUp() const;
 
     const CommandLine commandLine;
     const UserLog log;
@@ -47,9 +56,11 @@ private:
     const std::string job;
     Jobs::Overlay overlay;
     Vor::MainLoop loop;
+    std::atomic<bool> restarting{false};
     SignalWatch signals;
+    VirtualSensor sensor;
     ServiceHost host;
-    std::unique_ptr<Scan::Scanner> scanner;
+    Vor::AsyncTimer restartTimer;
 };
 
 } // namespace Sensor

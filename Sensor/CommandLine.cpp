@@ -17,6 +17,7 @@ namespace {
 
 constexpr double MaxFrameRate = 100000;
 constexpr int MaxPort = 65535;
+constexpr unsigned MaxAlignTime = 3'600'000;
 
 /// The value of an environment variable that names a folder; empty when it isn't set or isn't absolute.
 std::filesystem::path FolderOf(const char* variable) {
@@ -67,6 +68,13 @@ void CheckJob(const std::string& job) {
     }
 }
 
+Scan::AlignOutcome OutcomeOf(const std::string& word) {
+    if (word == "fail") {
+        return Scan::AlignOutcome::Fail;
+    }
+    return word == "never" ? Scan::AlignOutcome::Never : Scan::AlignOutcome::Succeed;
+}
+
 /// The options as the user gave them.
 struct Options {
     std::string data;
@@ -76,6 +84,9 @@ struct Options {
     double frameRate = 10;
     bool once = false;
     bool noScan = false;
+    std::string trigger = "time";
+    std::string align = "succeed";
+    unsigned alignTime = 200;
     bool verbose = false;
     std::vector<std::string> settings;
     int modbusPort = -1;
@@ -100,6 +111,16 @@ void Define(CLI::App& app, Options& options) {
     app.add_option("--frame-rate", options.frameRate, "Frames a second (default: 10)")->type_name("HZ");
     app.add_flag("--once", options.once, "Stand still behind the last frame (default: begin again)");
     app.add_flag("--no-scan", options.noScan, "Don't scan (default: scan as soon as the services have started)");
+    app.add_option("--trigger", options.trigger,
+                   "What makes a frame while the sensor scans: the time, or a trigger of a client (default: time)")
+        ->type_name("time|software")
+        ->check(CLI::IsMember({"time", "software"}).description(""));
+    app.add_option("--align", options.align, "How an alignment ends (default: succeed)")
+        ->type_name("succeed|fail|never")
+        ->check(CLI::IsMember({"succeed", "fail", "never"}).description(""));
+    app.add_option("--align-time", options.alignTime, "Milliseconds that an alignment takes (default: 200)")
+        ->type_name("MS")
+        ->check(CLI::Range(0U, MaxAlignTime).description(""));
     app.add_option("--set", options.settings,
                    "Let a parameter of a service have a value in this run, without changing the job; may be repeated "
                    "(default: what the job says)")
@@ -137,6 +158,8 @@ CommandLine Take(const CLI::App& app, const Options& options) {
     result.frameRate = options.frameRate;
     result.once = options.once;
     result.scan = !options.noScan;
+    result.trigger = options.trigger == "software" ? Scan::TriggerMode::Software : Scan::TriggerMode::Time;
+    result.alignment = {.time = std::chrono::milliseconds(options.alignTime), .outcome = OutcomeOf(options.align)};
     result.verbose = options.verbose;
     for (const std::string& setting : options.settings) {
         result.settings.push_back(Jobs::ServiceSetting::Parse(setting));

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Sensor/Jobs/ServiceSetting.h"
+#include "Sensor/Scan/ScannerAlignment.h"
+#include "Sensor/Scan/TriggerMode.h"
 
 #include <filesystem>
 #include <optional>
@@ -22,6 +24,8 @@ struct CommandLine {
     double frameRate = 10;
     bool once = false;
     bool scan = true;
+    Scan::TriggerMode trigger = Scan::TriggerMode::Time;
+    Scan::ScannerAlignment::Settings alignment = {.time = std::chrono::milliseconds(200)};
     bool verbose = false;
     /// In the order in which they hold: a later one wins.
     std::vector<Jobs::ServiceSetting> settings;

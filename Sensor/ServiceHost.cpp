@@ -1,5 +1,6 @@
 #include "Sensor/ServiceHost.h"
 
+#include "Sensor/VirtualSensor.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorControl/Control/ControlCreateException.h"
@@ -53,8 +54,9 @@ ServiceHost::Assembly::~Assembly() {
     xyAssembly_VRelease(handle);
 }
 
-ServiceHost::ServiceHost(Settings settings)
-    : persistence(PersistEnviron(std::move(settings))) {}
+ServiceHost::ServiceHost(Settings settings, VirtualSensor& sensor)
+    : sensor(sensor)
+    , persistence(PersistEnviron(std::move(settings))) {}
 
 ServiceHost::~ServiceHost() {
     StopServices();
@@ -71,7 +73,8 @@ VorCommon::PersistManager::Environ ServiceHost::PersistEnviron(Settings settings
                         mainLoopBlock.reset();
                     }
                 },
-            .decorateStore = std::move(settings.decorateStore)};
+            .decorateStore = std::move(settings.decorateStore),
+            .jobLoaded = std::move(settings.jobLoaded)};
 }
 
 VorControl::ControlModuleEnviron ServiceHost::ModuleEnviron() {
@@ -80,12 +83,15 @@ VorControl::ControlModuleEnviron ServiceHost::ModuleEnviron() {
     environ.runtimeCache = &runtimeCache;
     environ.persistRegistrar = &persistence;
     environ.problemsManager = &problems;
-    environ.resultHub = &hub;
+    environ.resultHub = &sensor.Hub();
     environ.updateGate = &updateGate;
-    environ.livePreStartScanEvent = &preStartScan;
-    environ.livePostStopScanEvent = &postStopScan;
-    environ.factoryRestoreEvent = &factoryRestore;
+    environ.scanEngineManager = &sensor.ScanEngines();
+    environ.livePreStartScanEvent = &sensor.PreStartScanEvent();
+    environ.livePostStopScanEvent = &sensor.PostStopScanEvent();
+    environ.factoryRestoreEvent = &sensor.FactoryRestoreEvent();
     environ.persistManager = &persistence;
+    environ.pipeManager = &sensor.Pipe();
+    environ.core = &sensor.Core();
     return environ;
 }
 
@@ -144,26 +150,6 @@ const VorPlugin::PluginLib* ServiceHost::FindLibrary(const std::string& typeName
         }
     }
     return nullptr;
-}
-
-void ServiceHost::BeforeScan() {
-    Raise(preStartScan);
-}
-
-void ServiceHost::AfterScan() {
-    Raise(postStopScan);
-}
-
-void ServiceHost::Raise(Vor::Event<>& event) {
-    try {
-        event.Raise();
-    } catch (const std::exception& e) {
-        Vor::LogError("A service failed at the start or the end of the scan.");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
-    } catch (...) {
-        Vor::LogError("A service failed at the start or the end of the scan with something that is no exception.");
-    }
 }
 
 void ServiceHost::StopServices() {

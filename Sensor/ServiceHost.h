@@ -6,11 +6,11 @@
 #include "VorCommon/RuntimeCache.h"
 #include "VorCommon/UpdateGate.h"
 #include "VorControl/Control/ControlModule.h"
-#include "VorCore/ResultHub.h"
 #include "VorPlugin/PluginManager.h"
 #include "yApi/yAssembly.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -19,6 +19,8 @@
 
 namespace Sensor {
 
+class VirtualSensor;
+
 /// What the services live in: the objects of the platform, the plug-ins and the control module. For the main loop's
 /// thread.
 class ServiceHost {
@@ -26,11 +28,13 @@ public:
     struct Settings {
         std::filesystem::path dataFolder;
         std::string job;
-        VorCommon::PersistManager::StoreDecorator decorateStore;
+        VorCommon::PersistManager::StoreDecorator decorateStore = nullptr;
+        /// As PersistManager::Environ::jobLoaded.
+        std::function<void(const std::string& fileName)> jobLoaded = nullptr;
     };
 
-    /// Throws a Vor::Exception.
-    explicit ServiceHost(Settings settings);
+    /// The sensor is borrowed. Throws a Vor::Exception.
+    ServiceHost(Settings settings, VirtualSensor& sensor);
     /// Stops every service.
     ~ServiceHost();
     ServiceHost(const ServiceHost&) = delete;
@@ -57,12 +61,6 @@ public:
     /// Why a service, by id, failed to start in LoadDomains; it isn't here when it didn't.
     const std::map<std::string, std::string>& StartFailures() const { return startFailures; }
 
-    VorCore::ResultHub& Hub() { return hub; }
-
-    /// These two tell the services that the scan begins and that it has ended.
-    void BeforeScan();
-    void AfterScan();
-
     void StopServices();
 
 private:
@@ -81,16 +79,12 @@ private:
     VorCommon::PersistManager::Environ PersistEnviron(Settings settings);
     VorControl::ControlModuleEnviron ModuleEnviron();
     const VorPlugin::PluginLib* FindLibrary(const std::string& typeName) const;
-    void Raise(Vor::Event<>& event);
 
+    VirtualSensor& sensor;
     VorCommon::PlatformAttributes attributes{VorCommon::PlatformKind::VirtualSensor};
     VorCommon::RuntimeCache runtimeCache;
     VorCommon::UpdateGate updateGate;
     VorCommon::ProblemsManager problems;
-    VorCore::ResultHub hub;
-    Vor::Event<> preStartScan;
-    Vor::Event<> postStopScan;
-    Vor::Event<> factoryRestore;
     std::optional<VorCommon::RuntimeCache::MainLoopBlock> mainLoopBlock;
     Assembly assembly;
     VorPlugin::PluginManager plugins;

@@ -64,6 +64,10 @@ SignalWatch::~SignalWatch() {
     yThread_Destroy(thread);
 }
 
+void SignalWatch::Trigger() {
+    kill(getpid(), SIGTERM);
+}
+
 yStatus SignalWatch::Run() {
     bool ending = false;
     if (!WaitForSignal(Forever, ending)) {

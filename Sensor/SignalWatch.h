@@ -20,6 +20,9 @@ public:
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
 
+    /// Does what a signal does. From any thread.
+    void Trigger();
+
 private:
     /// A file descriptor, closed at destruction.
     class Descriptor {

@@ -105,11 +105,17 @@ void StartReport::Line(const std::string& text) {
     out << line << std::endl;
 }
 
-void StartReport::Input(const std::string& name, const Scan::Recording& recording, double frameRate, bool once) {
+void StartReport::Input(const std::string& name, const Scan::Recording& recording,
+                        const Scan::Scanner::Settings& scan) {
     std::ostringstream text;
     text << "Input: " << name << ", " << recording.frames.size() << " frames, " << recording.RowCount()
-         << (recording.kind == Scan::RecordingKind::Profiles ? " points" : " values") << ", " << frameRate
-         << " frames a second, " << (once ? "once" : "over and over");
+         << (recording.kind == Scan::RecordingKind::Profiles ? " points, " : " values, ");
+    if (scan.trigger == Scan::TriggerMode::Software) {
+        text << "a frame a trigger";
+    } else {
+        text << scan.frameRate << " frames a second";
+    }
+    text << ", " << (scan.once ? "once" : "over and over");
     Line(text.str());
 }
 
@@ -148,14 +154,27 @@ void StartReport::Service(VorControl::IControlInstance& instance, const std::str
 }
 
 void StartReport::Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources) {
+    ForEachMap(manager, [&](IControlInstance& instance, const std::string& assembly, const std::vector<Row>& rows) {
+        Table(instance, assembly, rows);
+        Missing(rows, dataSources);
+    });
+}
+
+void StartReport::MissingSources(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources) {
+    ForEachMap(manager, [&](IControlInstance&, const std::string&, const std::vector<Row>& rows) {
+        Missing(rows, dataSources);
+    });
+}
+
+void StartReport::ForEachMap(VorControl::IControlManager& manager, const RowsFunction& tell) {
     for (const std::string& id : manager.List()) {
-        VorControl::IControlInstance& instance = manager.GetInstance(id);
+        IControlInstance& instance = manager.GetInstance(id);
         try {
             if (!instance.HasRegisterAssemblyGroup()) {
                 continue;
             }
             for (const std::string& assembly : instance.RegisterAssemblyList()) {
-                Map(instance, assembly, dataSources);
+                tell(instance, assembly, Rows(instance, assembly));
             }
         } catch (const std::exception& e) {
             Line("Map of " + id + ": can't be read (" + e.what() + ")");
@@ -178,9 +197,8 @@ std::vector<StartReport::Row> StartReport::Rows(VorControl::IControlInstance& in
     return rows;
 }
 
-void StartReport::Map(VorControl::IControlInstance& instance, const std::string& assembly,
-                      const std::vector<std::string>& dataSources) {
-    const std::vector<Row> rows = Rows(instance, assembly);
+void StartReport::Table(VorControl::IControlInstance& instance, const std::string& assembly,
+                        const std::vector<Row>& rows) {
     if (rows.empty()) {
         Line("Map of " + instance.Id() + ", " + assembly + ": empty");
         return;
@@ -201,6 +219,9 @@ void StartReport::Map(VorControl::IControlInstance& instance, const std::string&
     };
     print(titles);
     std::for_each(rows.begin(), rows.end(), print);
+}
+
+void StartReport::Missing(const std::vector<Row>& rows, const std::vector<std::string>& dataSources) {
     for (const Row& row : rows) {
         if (!row.dataSource.empty() &&
             std::find(dataSources.begin(), dataSources.end(), row.dataSource) == dataSources.end()) {

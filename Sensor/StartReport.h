@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Sensor/Scan/Recording.h"
+#include "Sensor/Scan/Scanner.h"
 
+#include <functional>
 #include <map>
 #include <ostream>
 #include <string>
@@ -22,8 +24,8 @@ public:
 
     void Line(const std::string& text);
 
-    /// Frames, rows and rate of the input, which `name` names.
-    void Input(const std::string& name, const Scan::Recording& recording, double frameRate, bool once);
+    /// Frames, rows and pace of the input, which `name` names.
+    void Input(const std::string& name, const Scan::Recording& recording, const Scan::Scanner::Settings& scan);
 
     /// A line for each service: its state, where it is found, and why it failed, by its own words or else by those of
     /// `startFailures`, which holds reasons by id.
@@ -31,6 +33,8 @@ public:
 
     /// A table for each register assembly, then a line for each of its data sources that isn't among `dataSources`.
     void Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
+    /// As Maps, without the tables.
+    void MissingSources(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
 
 private:
     struct Row {
@@ -40,10 +44,15 @@ private:
         std::string displayName;
     };
 
+    /// The rows of a register assembly of an instance.
+    using RowsFunction = std::function<void(VorControl::IControlInstance& instance, const std::string& assembly,
+                                            const std::vector<Row>& rows)>;
+
     static std::vector<Row> Rows(VorControl::IControlInstance& instance, const std::string& assembly);
     void Service(VorControl::IControlInstance& instance, const std::string& startFailure);
-    void Map(VorControl::IControlInstance& instance, const std::string& assembly,
-             const std::vector<std::string>& dataSources);
+    void ForEachMap(VorControl::IControlManager& manager, const RowsFunction& tell);
+    void Table(VorControl::IControlInstance& instance, const std::string& assembly, const std::vector<Row>& rows);
+    void Missing(const std::vector<Row>& rows, const std::vector<std::string>& dataSources);
 
     std::ostream& out;
 };

@@ -21,8 +21,7 @@ int main(int argc, char** argv) {
             std::cout << commandLine.answer << std::flush;
             return 0;
         }
-        Sensor::Application(commandLine, std::cout).Run();
-        return 0;
+        return Sensor::Application(commandLine, std::cout).Run();
     } catch (const Sensor::StartError& error) {
         std::cerr << "vorsensor: " << error.what() << std::endl;
         return StatusOfRefusal;

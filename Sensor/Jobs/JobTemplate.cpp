@@ -29,6 +29,22 @@ json Block(const char* type, const std::string& displayName, unsigned registerCo
             {"registerCount", registerCount}, {"outputId", address}, {"dataSource", dataSource}};
 }
 
+/// One of the blocks by which a client drives the sensor.
+json Block(const char* type, const char* displayName, unsigned registerCount, unsigned address) {
+    return {{"version", BlockVersion},
+            {"type", type},
+            {"displayName", displayName},
+            {"registerCount", registerCount},
+            {"outputId", address}};
+}
+
+void AppendControlBlocks(json& blocks) {
+    blocks.push_back(Block("ControlInput", "Command Input", 65, 1000));
+    blocks.push_back(Block("ControlOutput", "Command Output", 3, 1100));
+    blocks.push_back(Block("System", "System State", 40, 1200));
+    blocks.push_back(Block("Scanner", "Sensor Group State", 10, 1300));
+}
+
 json DemoBlocks() {
     return json::array({Block("Measurement", "Maximum Height", MeasurementRegisters, 0, "profile/max"),
                         Block("Measurement", "Minimum Height", MeasurementRegisters, 3, "profile/min"),
@@ -62,6 +78,7 @@ json Parameters() {
 }
 
 json Config(json blocks) {
+    AppendControlBlocks(blocks);
     json assembly = {
         {"attributes",
          {{"isGlobalAddressSpaceUsed", true}, {"outputIdMin", 0}, {"outputIdMax", 65534}, {"outputIdReadOnly", false}}},
@@ -97,11 +114,15 @@ nlohmann::json JobTemplate::ModbusConfig(const std::string& job, const Scan::Rec
     return Config(DemoValuesBlocks(recording));
 }
 
-void JobTemplate::Write(const std::string& job, const Scan::Recording& recording, const std::string& filePath) {
+void JobTemplate::Fill(const std::string& job, const Scan::Recording& recording, VorCommon::IPersistStore& store) {
     const std::string text = ModbusConfig(job, recording).dump(-1, ' ');
+    store.Write("/controls/modbus/config.json", text.data(), text.size());
+}
+
+void JobTemplate::Write(const std::string& job, const Scan::Recording& recording, const std::string& filePath) {
     try {
         VorCommon::ArchiveStore store(filePath);
-        store.Write("/controls/modbus/config.json", text.data(), text.size());
+        Fill(job, recording, store);
         store.Commit();
     } catch (const Vor::Exception& e) {
         throw StartError(filePath + ": the job can't be written (" + e.what() + ").");

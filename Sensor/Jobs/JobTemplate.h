@@ -5,6 +5,10 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+namespace VorCommon {
+class IPersistStore;
+}
+
 namespace Sensor::Jobs {
 
 /// The jobs that the sensor makes itself, so that a user has something to read from the first start on.
@@ -24,7 +28,10 @@ public:
     /// the file can't be written.
     static void Write(const std::string& job, const Scan::Recording& recording, const std::string& filePath);
 
-    /// The content of "/controls/modbus/config.json" of a job. Throws as Write does.
+    /// Writes the job's content into its empty store. Throws a StartError when the template needs another recording.
+    static void Fill(const std::string& job, const Scan::Recording& recording, VorCommon::IPersistStore& store);
+
+    /// The content of "/controls/modbus/config.json" of a job. Throws as Fill does.
     static nlohmann::json ModbusConfig(const std::string& job, const Scan::Recording& recording);
 };
 

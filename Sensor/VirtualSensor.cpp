@@ -1,0 +1,56 @@
+#include "Sensor/VirtualSensor.h"
+
+#include "Sensor/DataSources.h"
+#include "Sensor/Scan/VirtualScanEngine.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+
+#include <utility>
+
+namespace Sensor {
+
+VirtualSensor::VirtualSensor(const Scan::Recording& recording, Settings given)
+    : settings(std::move(given))
+    , scanner(recording, hub, settings.scan)
+    , core(CoreEnviron()) {
+    for (VorPipe::PipeOutput& output : DataSourcesOf(recording)) {
+        pipe.Add(std::move(output));
+    }
+    scanEngines.Add(Scan::VirtualScanEngine::Make(ActionsEnviron(), settings.alignment));
+}
+
+VorCore::SystemCore::Environ VirtualSensor::CoreEnviron() {
+    return {.startScan = [this] { scanner.Start(); },
+            .stopScan = [this] { scanner.Stop(); },
+            .factoryRestore = [this] { RestoreFactory(); },
+            .restart = [this] { settings.restart(); },
+            .blinkLed = [this] { settings.tell("System LED blinks."); },
+            .preStartScan = &preStartScan,
+            .postStopScan = &postStopScan,
+            .storageFolders = settings.storageFolders};
+}
+
+Scan::ScannerActions::Environ VirtualSensor::ActionsEnviron() {
+    return {.trigger = [this] { scanner.Trigger(); },
+            .blinkLed =
+                [this](bool blinks, bool on) {
+                    settings.tell(blinks ? "LED blinks." : on ? "LED on." : "LED off.");
+                },
+            .state = [this] { return scanner.State(); }};
+}
+
+/// A service that fails at the event doesn't keep the sensor from being restored.
+void VirtualSensor::RestoreFactory() {
+    try {
+        factoryRestore.Raise();
+    } catch (const std::exception& e) {
+        Vor::LogError("A service failed at the factory restore.");
+        Vor::Exception::LogException(e);
+        Vor::Exception::LogBackTrace(e);
+    } catch (...) {
+        Vor::LogError("A service failed at the factory restore with something that is no exception.");
+    }
+    settings.factoryRestore();
+}
+
+} // namespace Sensor
