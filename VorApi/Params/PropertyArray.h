@@ -5,6 +5,7 @@
 #include "Vor/HandlerList.h"
 #include "Vor/ReferenceArray.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -75,6 +76,27 @@ public:
         itemSchemas.Remove(index);
     }
 
+    /// Removes the elements whose mark is set, in one pass. As in Clear, the handlers run for all of them before the
+    /// first one goes. Marks beyond the end are ignored.
+    void RemoveMarked(const std::vector<bool>& marks) {
+        const auto isMarked = [&](std::size_t index) { return index < marks.size() && marks[index]; };
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (isMarked(i)) {
+                itemRemovedHandlers.Run(*this, static_cast<T&>(*items[i]));
+            }
+        }
+        std::vector<std::unique_ptr<Structure>> kept;
+        kept.reserve(items.size());
+        itemSchemas.Clear();
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (!isMarked(i)) {
+                itemSchemas.Add(&items[i]->Schema());
+                kept.push_back(std::move(items[i]));
+            }
+        }
+        items.swap(kept);
+    }
+
     void Clear() override {
         for (const auto& item : items) {
             itemRemovedHandlers.Run(*this, static_cast<T&>(*item));
@@ -107,6 +129,7 @@ public:
     /// Runs before an element goes.
     HandlerId AddItemRemovedHandler(ItemHandler handler) { return itemRemovedHandlers.Add(std::move(handler)); }
     void RemoveItemRemovedHandler(HandlerId& id) { itemRemovedHandlers.Remove(id); }
+    bool HasItemRemovedHandlers() const { return itemRemovedHandlers.Count() != 0; }
 
 private:
     Structure& Item(unsigned long index) const {

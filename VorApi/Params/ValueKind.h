@@ -1,12 +1,14 @@
 #pragma once
 
 #include "Vor/ByteVector.h"
+#include "Vor/Exception.h"
 #include "Vor/IValueReader.h"
 #include "Vor/IValueWriter.h"
 
 #include <cstdint>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Vor::Properties::Internal {
@@ -81,29 +83,39 @@ struct ValueKind<std::vector<unsigned short>> {
     static void Write(IValueWriter& writer, const std::vector<unsigned short>& value) { writer.WriteUInt16List(value); }
 };
 
-/// Enumerations travel as 32-bit signed integers.
+/// The enumeration's value of that number. Throws `yERROR_PARAMETER` for a number that is too large for its type.
+template <class T>
+T EnumerationOf(std::int32_t number) {
+    using Number = std::underlying_type_t<T>;
+    static_assert(sizeof(Number) <= sizeof(number), "an enumeration in a document has at most 32 bits");
+
+    if constexpr (sizeof(Number) < sizeof(number)) {
+        if (!std::in_range<Number>(number)) {
+            Throw(yERROR_PARAMETER, "The number %d is outside of the enumeration.", number);
+        }
+    }
+    return static_cast<T>(number);
+}
+
+/// Enumerations travel as 32-bit signed integers, narrower ones too.
 template <class T>
     requires std::is_enum_v<T>
 struct ValueKind<T> {
-    static_assert(sizeof(T) == sizeof(std::int32_t), "an enumeration in a document has 32 bits");
-
     static constexpr const char* type = "integer";
-    static T Read(IValueReader& reader) { return static_cast<T>(reader.ReadEnum()); }
+    static T Read(IValueReader& reader) { return EnumerationOf<T>(reader.ReadEnum()); }
     static void Write(IValueWriter& writer, T value) { writer.WriteEnum(static_cast<std::int32_t>(value)); }
 };
 
 template <class T>
     requires std::is_enum_v<T>
 struct ValueKind<std::vector<T>> {
-    static_assert(sizeof(T) == sizeof(std::int32_t), "an enumeration in a document has 32 bits");
-
     static constexpr const char* type = "array";
     static constexpr const char* itemType = "integer";
 
     static std::vector<T> Read(IValueReader& reader) {
         std::vector<T> values;
         for (const std::int32_t value : reader.ReadEnumList()) {
-            values.push_back(static_cast<T>(value));
+            values.push_back(EnumerationOf<T>(value));
         }
         return values;
     }

@@ -5,6 +5,7 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <typeinfo>
@@ -139,4 +140,30 @@ TEST(EnumTest, NegativeValuesSurviveADocument) {
     JsonSerializer::Deserialize(mode, -1);
     EXPECT_EQ(mode.Get(), Mode::Unknown);
     EXPECT_EQ(JsonSerializer::Serialize(mode), -1);
+}
+
+TEST(EnumTest, NarrowEnumerationTakesTheNumbersThatFitIt) {
+    enum class Narrow : std::uint16_t { First = 0, Last = 65535 };
+    Enum<Narrow> value;
+    value.AddOption(Narrow::First, "First");
+    value.AddOption(Narrow::Last, "Last");
+    JsonSerializer::Deserialize(value, 65535);
+    EXPECT_EQ(value.Get(), Narrow::Last);
+    EXPECT_EQ(JsonSerializer::Serialize(value), 65535);
+    EXPECT_EQ(JsonSerializer::SerializeSchema(value)["enum"], nlohmann::json({0, 65535}));
+    EXPECT_FAILURE(JsonSerializer::Deserialize(value, 65536), yERROR_PARAMETER,
+                   "The number 65536 is outside of the enumeration.");
+    EXPECT_FAILURE(JsonSerializer::Deserialize(value, -1), yERROR_PARAMETER,
+                   "The number -1 is outside of the enumeration.");
+    EXPECT_EQ(value.Get(), Narrow::Last);
+}
+
+TEST(EnumTest, SignedNarrowEnumerationKeepsItsSign) {
+    enum class Narrow : std::int8_t { Least = -128 };
+    Enum<Narrow> value{Narrow()};
+    JsonSerializer::Deserialize(value, -128);
+    EXPECT_EQ(value.Get(), Narrow::Least);
+    EXPECT_EQ(JsonSerializer::Serialize(value), -128);
+    EXPECT_FAILURE(JsonSerializer::Deserialize(value, 128), yERROR_PARAMETER,
+                   "The number 128 is outside of the enumeration.");
 }

@@ -105,6 +105,35 @@ TEST(PropertyArrayTest, RemoveShiftsTheLaterOnes) {
     EXPECT_EQ(SchemaItems(array), 2U);
 }
 
+TEST(PropertyArrayTest, RemoveMarkedKeepsTheOthersInTheirOrder) {
+    Array<Item> array;
+    for (unsigned int i = 0; i < 5; ++i) {
+        array.Emplace().n = i;
+    }
+    array.At(4).n.SetTitle("last");
+    array.RemoveMarked({true, false, true});
+    EXPECT_EQ(JsonSerializer::Serialize(array), json::parse(R"([{"n": 1}, {"n": 3}, {"n": 4}])"));
+    const auto items = JsonSerializer::SerializeSchema(array)["items"];
+    ASSERT_EQ(items.size(), 3U);
+    EXPECT_EQ(items[2]["properties"]["n"]["title"], "last");
+    array.RemoveMarked({true, true, true, true});
+    EXPECT_EQ(array.Count(), 0U);
+    EXPECT_EQ(JsonSerializer::SerializeSchema(array)["items"], json::array());
+}
+
+TEST(PropertyArrayTest, RemoveMarkedTellsOfAllBeforeTheFirstGoes) {
+    Array<Item> array;
+    for (unsigned int i = 0; i < 3; ++i) {
+        array.Emplace().n = i;
+    }
+    EXPECT_FALSE(array.HasItemRemovedHandlers());
+    const Journal journal(array);
+    EXPECT_TRUE(array.HasItemRemovedHandlers());
+    array.RemoveMarked({false, true, true});
+    EXPECT_EQ(journal.text, "-1of3 -2of3 ");
+    EXPECT_EQ(array.Count(), 1U);
+}
+
 TEST(PropertyArrayTest, RemoveOfTheLastElementLeavesItemsEmpty) {
     Array<Item> array;
     array.Resize(1);
