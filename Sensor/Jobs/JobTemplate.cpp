@@ -73,8 +73,14 @@ std::string BareName(const std::string& job) {
 
 /// The port is one that needs no privilege; values of several registers have their high word first.
 json Parameters() {
-    return {{"address", "127.0.0.1"}, {"port", 1502},         {"unitId", 0},
-            {"byteOrder", 0},         {"maxConnections", 32}, {"idleTimeout", 60}};
+    return {{"address", "127.0.0.1"},
+            {"port", 1502},
+            {"unitId", 0},
+            {"byteOrder", 0},
+            {"maxConnections", 32},
+            {"idleTimeout", 60},
+            {"readNetworks", json::array({"0.0.0.0/0", "::/0"})},
+            {"writeNetworks", json::array({"127.0.0.0/8", "::1/128"})}};
 }
 
 json Config(json blocks) {

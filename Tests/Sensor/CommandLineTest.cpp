@@ -63,6 +63,9 @@ TEST(CommandLine, HasDefaultsForAll) {
     EXPECT_EQ(line.frameRate, 10.0);
     EXPECT_FALSE(line.once);
     EXPECT_TRUE(line.scan);
+    EXPECT_EQ(line.trigger, Scan::TriggerMode::Time);
+    EXPECT_EQ(line.alignment.outcome, Scan::AlignOutcome::Succeed);
+    EXPECT_EQ(line.alignment.time, std::chrono::milliseconds(200));
     EXPECT_FALSE(line.verbose);
     EXPECT_TRUE(line.settings.empty());
     EXPECT_EQ(line.answer, "");
@@ -96,6 +99,17 @@ TEST(CommandLine, TakesEachOption) {
     EXPECT_TRUE(line.verbose);
 }
 
+TEST(CommandLine, TakesHowTheSensorTriggersAndAligns) {
+    const CommandLine line = Parse({"--trigger", "software", "--align", "fail", "--align-time", "0"});
+    EXPECT_EQ(line.trigger, Scan::TriggerMode::Software);
+    EXPECT_EQ(line.alignment.outcome, Scan::AlignOutcome::Fail);
+    EXPECT_EQ(line.alignment.time, std::chrono::milliseconds(0));
+    EXPECT_EQ(Parse({"--trigger", "time"}).trigger, Scan::TriggerMode::Time);
+    EXPECT_EQ(Parse({"--align", "succeed"}).alignment.outcome, Scan::AlignOutcome::Succeed);
+    EXPECT_EQ(Parse({"--align", "never"}).alignment.outcome, Scan::AlignOutcome::Never);
+    EXPECT_EQ(Parse({"--align-time", "3600000"}).alignment.time, std::chrono::hours(1));
+}
+
 TEST(CommandLine, SetMayBeRepeated) {
     const CommandLine line = Parse({"--set", "modbus.port=1", "--once", "--set", "other.name=a b"});
     ASSERT_EQ(line.settings.size(), 2U);
@@ -119,6 +133,16 @@ TEST(CommandLine, AnErrorNamesTheOption) {
          {std::vector<const char*>{"--modbus-port", "65536"}, {"--modbus-port", "-1"}, {"--modbus-port", "x"}}) {
         EXPECT_NE(Refusal(arguments).find("--modbus-port"), std::string::npos) << Refusal(arguments);
     }
+    for (const std::vector<const char*>& arguments : {std::vector<const char*>{"--trigger", "encoder"},
+                                                      {"--trigger", ""},
+                                                      {"--align", "maybe"},
+                                                      {"--align", "SUCCEED"},
+                                                      {"--align-time", "-1"},
+                                                      {"--align-time", "x"},
+                                                      {"--align-time", "1.5"},
+                                                      {"--align-time", "3600001"}}) {
+        EXPECT_NE(Refusal(arguments).find(std::string(arguments[0]) + ":"), std::string::npos) << Refusal(arguments);
+    }
     for (const char* rate : {"0", "-1", "nan", "inf", "x", "100001", ""}) {
         EXPECT_NE(Refusal({"--frame-rate", rate}).find("--frame-rate"), std::string::npos) << rate;
     }
@@ -140,8 +164,9 @@ TEST(CommandLine, AJobIsOneFileName) {
 
 TEST(CommandLine, HelpTellsEachOptionWithItsDefault) {
     const std::string help = Parse({"--help"}).answer;
-    for (const char* option : {"--data", "--plugins", "--job", "--recording", "--frame-rate", "--once", "--no-scan",
-                               "--set", "--modbus-port", "--verbose", "--version", "--help"}) {
+    for (const char* option :
+         {"--data", "--plugins", "--job", "--recording", "--frame-rate", "--once", "--no-scan", "--trigger", "--align",
+          "--align-time", "--set", "--modbus-port", "--verbose", "--version", "--help"}) {
         EXPECT_NE(help.find(option), std::string::npos) << option;
     }
     for (const char* text : {"$XDG_DATA_HOME/vorsensor", "default: 10", "demo-values", "generated part", "(default:"}) {

@@ -4,6 +4,7 @@
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/RecordingParser.h"
 #include "Sensor/ServiceHost.h"
+#include "Sensor/VirtualSensor.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/MainLoop.h"
 #include "VorCommon/ArchiveFile.h"
@@ -36,17 +37,20 @@ protected:
                 .decorateStore = [this](VorCommon::IPersistStore& store,
                                         VorCommon::PersistDomain) -> std::unique_ptr<VorCommon::IPersistStore> {
                     return std::make_unique<Jobs::OverlayStore>(store, overlay);
-                }}) {}
+                }},
+               sensor) {}
 
     Tests::TempFolder folder;
     Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
     Jobs::Overlay overlay;
+    const Scan::Recording recording = Input();
+    VirtualSensor sensor{recording, {}};
     ServiceHost host;
 };
 
 TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
     const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
-    Jobs::JobTemplate::Write(GetParam(), Input(), file);
+    Jobs::JobTemplate::Write(GetParam(), recording, file);
     const nlohmann::json made = StoredConfig(file);
     host.LoadPlugins(VOR_BINARY_DIR "/plugins");
     host.CreateServices();

@@ -1,4 +1,6 @@
 #include "Sensor/ServiceHost.h"
+#include "Sensor/Scan/PartGenerator.h"
+#include "Sensor/VirtualSensor.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/TestService.h"
 #include "Vor/Exception.h"
@@ -17,7 +19,18 @@ namespace {
 class ServiceHostTest : public ::testing::Test {
 protected:
     ServiceHostTest()
-        : host({.dataFolder = folder.Path(), .job = "test", .decorateStore = {}}) {}
+        : host({.dataFolder = folder.Path(),
+                .job = "test",
+                .jobLoaded = [this](const std::string& fileName) { loaded = fileName; }},
+               sensor) {}
+
+    /// A job in which the service "a" is enabled.
+    void MakeJob(const std::string& name) const {
+        const std::string config = R"({"version":"1","vor:control":{"enabled":true}})";
+        VorCommon::ArchiveStore job(folder.File("jobs/" + name + ".vrjob"));
+        job.Write("/controls/a/config.json", config.data(), config.size());
+        job.Commit();
+    }
 
     std::string ErrorOfUserLog() const {
         for (const Vor::LogRecord& record : log.Records()) {
@@ -33,6 +46,10 @@ protected:
     Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
     std::weak_ptr<Tests::TestService> service;
     std::weak_ptr<Tests::TestService> other;
+    std::string loaded;
+    VorControl::IControlHost* controlHost = nullptr;
+    const Scan::Recording recording = Scan::GeneratePart();
+    VirtualSensor sensor{recording, {.scan = {.trigger = Scan::TriggerMode::Software}}};
     ServiceHost host;
 };
 
@@ -81,20 +98,59 @@ TEST_F(ServiceHostTest, TellsEnabledServicesOfTheScan) {
     host.CreateServices();
     host.Services().GetInstance("a").Enable(true);
     service.lock()->calls.clear();
-    host.BeforeScan();
-    host.AfterScan();
+    sensor.Core().Start(true, false);
+    sensor.Core().Stop(false, false);
     EXPECT_EQ(service.lock()->calls, (std::vector<std::string>{"scan started", "scan stopped"}));
     EXPECT_TRUE(other.lock()->calls.empty());
 }
 
-TEST_F(ServiceHostTest, SurvivesAServiceThatFailsAtTheScan) {
+TEST_F(ServiceHostTest, AServiceThatFailsAtTheScanDoesntKeepTheSensorFromIt) {
     Tests::TestPlugin().Add("a", service).Publish(host.Plugins());
     host.CreateServices();
     host.Services().GetInstance("a").Enable(true);
-    service.lock()->onScanState = [] { throw std::runtime_error("no"); };
-    EXPECT_NO_THROW(host.BeforeScan());
-    service.lock()->onScanState = [] { throw 1; };
-    EXPECT_NO_THROW(host.AfterScan());
+    service.lock()->onScanState = [] { Vor::Throw(yERROR); };
+    EXPECT_NO_THROW(sensor.Core().Start(true, false));
+    EXPECT_EQ(sensor.Core().GetRunState(), 1);
+    EXPECT_NO_THROW(sensor.Core().Stop(false, false));
+    EXPECT_EQ(sensor.Core().GetRunState(), 0);
+}
+
+TEST_F(ServiceHostTest, TellsEveryServiceOfAFactoryRestore) {
+    Tests::TestPlugin().Add("a", service).Add("b", other).Publish(host.Plugins());
+    host.CreateServices();
+    service.lock()->calls.clear();
+    other.lock()->calls.clear();
+    service.lock()->onFactoryRestore = [] { throw std::runtime_error("no"); };
+    EXPECT_NO_THROW(sensor.Core().FactoryRestore());
+    EXPECT_EQ(service.lock()->calls, std::vector<std::string>{"OnFactoryRestore"});
+}
+
+TEST_F(ServiceHostTest, AServicesHostReachesTheSensorAndItsJobs) {
+    MakeJob("second");
+    VorControl::IControlSystemInterface::ControlDataSourceProperties source;
+    Tests::TestPlugin()
+        .Add(Tests::TestPlugin::Info("a"),
+             [&](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+                 controlHost = environ.controlHost;
+                 return std::make_shared<Tests::TestService>(environ);
+             })
+        .Publish(host.Plugins());
+    host.CreateServices();
+    host.LoadDomains();
+    ASSERT_NE(controlHost, nullptr);
+
+    controlHost->StartScan("a");
+    loop.RunReady();
+    EXPECT_EQ(sensor.Core().GetRunState(), 1);
+    controlHost->LoadJob("a", "second");
+    loop.RunReady();
+    EXPECT_EQ(loaded, "second.vrjob");
+    EXPECT_TRUE(host.Services().GetInstance("a").IsEnabled());
+    EXPECT_EQ(controlHost->SystemStats(0).loadedJob, "second.vrjob");
+    EXPECT_EQ(controlHost->SystemStats(0).runState, 1);
+    controlHost->DataSourceProperties("profile/max", source, 0);
+    EXPECT_EQ(source.displayName, "Profile / Maximum Height");
+    EXPECT_EQ(controlHost->ScannerInfo("", 0).id, "scanner-0");
 }
 
 TEST_F(ServiceHostTest, StopsWhatIsEnabled) {
@@ -121,10 +177,7 @@ TEST_F(ServiceHostTest, AServiceThatFailsToStopDoesntKeepTheOthers) {
 }
 
 TEST_F(ServiceHostTest, AStartThatThrowsNoExceptionIsSurvived) {
-    const std::string config = R"({"version":"1","vor:control":{"enabled":true}})";
-    VorCommon::ArchiveStore job(folder.File("jobs/test.vrjob"));
-    job.Write("/controls/a/config.json", config.data(), config.size());
-    job.Commit();
+    MakeJob("test");
     bool started = false;
     Tests::TestPlugin()
         .Add("a", service,

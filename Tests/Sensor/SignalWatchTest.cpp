@@ -19,6 +19,13 @@ TEST(SignalWatch, TellsOfEachSignalThatEndsAProgram) {
     }
 }
 
+TEST(SignalWatch, CanBeTriggeredByTheProgramItself) {
+    Tests::Signal stopped;
+    SignalWatch watch([&] { stopped.Set(); }, Long, [] { ADD_FAILURE() << "overdue"; });
+    watch.Trigger();
+    EXPECT_TRUE(stopped.Wait());
+}
+
 TEST(SignalWatch, EndsWithoutASignal) {
     const SignalWatch watch([] { ADD_FAILURE() << "stop"; }, Long, [] { ADD_FAILURE() << "overdue"; });
 }

@@ -2,6 +2,7 @@
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/RecordingParser.h"
 #include "Sensor/StartError.h"
+#include "Tests/Support/MemoryStore.h"
 #include "Tests/Support/TempFolder.h"
 #include "VorCommon/ArchiveFile.h"
 
@@ -28,11 +29,21 @@ json Blocks(const json& config) {
     return config.at("vor:control").at("registerAssemblyList").at(0).at("blocks");
 }
 
+/// The blocks by which a client drives the sensor, which end each map.
+const std::vector<std::string> ControlBlocks = {"ControlInput 1000-65", "ControlOutput 1100-3", "System 1200-40",
+                                                "Scanner 1300-10"};
+
+std::vector<std::string> WithControlBlocks(std::vector<std::string> layout) {
+    layout.insert(layout.end(), ControlBlocks.begin(), ControlBlocks.end());
+    return layout;
+}
+
 /// "TYPE SOURCE FIRST-COUNT" of each block.
 std::vector<std::string> Layout(const json& config) {
     std::vector<std::string> layout;
     for (const json& block : Blocks(config)) {
-        layout.push_back(block.at("type").get<std::string>() + " " + block.at("dataSource").get<std::string>() + " " +
+        const std::string source = block.contains("dataSource") ? block["dataSource"].get<std::string>() + " " : "";
+        layout.push_back(block.at("type").get<std::string>() + " " + source +
                          std::to_string(block.at("outputId").get<int>()) + "-" +
                          std::to_string(block.at("registerCount").get<int>()));
     }
@@ -51,24 +62,22 @@ std::string OutputOf(const std::string& command, int& status) {
 }
 
 TEST(JobTemplate, TheDemoMapHasItsBlocksAtTheirAddresses) {
-    EXPECT_EQ(Layout(JobTemplate::ModbusConfig("demo", Scan::GeneratePart())),
-              (std::vector<std::string>{"Measurement profile/max 0-3", "Measurement profile/min 3-3",
-                                        "Measurement profile/mean 6-3", "Measurement profile/width 9-3",
-                                        "Measurement profile/points 12-3", "Stamp profile/stamp 16-18",
-                                        "String profile/text 40-16"}));
+    EXPECT_EQ(
+        Layout(JobTemplate::ModbusConfig("demo", Scan::GeneratePart())),
+        WithControlBlocks({"Measurement profile/max 0-3", "Measurement profile/min 3-3", "Measurement profile/mean 6-3",
+                           "Measurement profile/width 9-3", "Measurement profile/points 12-3",
+                           "Stamp profile/stamp 16-18", "String profile/text 40-16"}));
 }
 
 TEST(JobTemplate, TheValuesMapFollowsTheRecording) {
-    EXPECT_EQ(
-        Layout(JobTemplate::ModbusConfig("demo-values", Values("ba"))),
-        (std::vector<std::string>{"Measurement values/b 0-3", "Measurement values/a 3-3", "Stamp values/stamp 16-18"}));
+    EXPECT_EQ(Layout(JobTemplate::ModbusConfig("demo-values", Values("ba"))),
+              WithControlBlocks({"Measurement values/b 0-3", "Measurement values/a 3-3", "Stamp values/stamp 16-18"}));
 }
 
 TEST(JobTemplate, TheValuesMapHoldsTheFirstFiveNames) {
     EXPECT_EQ(Layout(JobTemplate::ModbusConfig("demo-values", Values("zyxwvut"))),
-              (std::vector<std::string>{"Measurement values/z 0-3", "Measurement values/y 3-3",
-                                        "Measurement values/x 6-3", "Measurement values/w 9-3",
-                                        "Measurement values/v 12-3", "Stamp values/stamp 16-18"}));
+              WithControlBlocks({"Measurement values/z 0-3", "Measurement values/y 3-3", "Measurement values/x 6-3",
+                                 "Measurement values/w 9-3", "Measurement values/v 12-3", "Stamp values/stamp 16-18"}));
 }
 
 TEST(JobTemplate, AConfigurationIsAsTheServiceSavesIt) {
@@ -79,7 +88,8 @@ TEST(JobTemplate, AConfigurationIsAsTheServiceSavesIt) {
     EXPECT_EQ(section.at("parametersVersion"), "1");
     EXPECT_EQ(section.at("parameters"),
               json::parse(R"({"address":"127.0.0.1","byteOrder":0,"idleTimeout":60,"maxConnections":32,)"
-                          R"("port":1502,"unitId":0})"));
+                          R"("port":1502,"readNetworks":["0.0.0.0/0","::/0"],"unitId":0,)"
+                          R"("writeNetworks":["127.0.0.0/8","::1/128"]})"));
     ASSERT_EQ(section.at("registerAssemblyList").size(), 1U);
     const json& assembly = section.at("registerAssemblyList").at(0);
     EXPECT_EQ(assembly.at("attributes"), json::parse(R"({"isGlobalAddressSpaceUsed":true,"outputIdMax":65534,)"
@@ -89,6 +99,8 @@ TEST(JobTemplate, AConfigurationIsAsTheServiceSavesIt) {
     EXPECT_EQ(Blocks(config).at(0),
               json::parse(R"({"dataSource":"profile/max","displayName":"Maximum Height","outputId":0,)"
                           R"("registerCount":3,"type":"Measurement","version":"1.2"})"));
+    EXPECT_EQ(Blocks(config).at(7), json::parse(R"({"displayName":"Command Input","outputId":1000,)"
+                                                R"("registerCount":65,"type":"ControlInput","version":"1.2"})"));
 }
 
 TEST(JobTemplate, TheRecordingChoosesTheJob) {
@@ -109,6 +121,16 @@ TEST(JobTemplate, TheValuesJobNeedsARecordingOfNamedValues) {
     const std::string file = folder.File("demo-values.vrjob");
     EXPECT_THROW(JobTemplate::Write("demo-values", Scan::GeneratePart(), file), StartError);
     EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(JobTemplate, FillsAStoreWithTheServicesFile) {
+    Tests::MemoryStore store;
+    const Scan::Recording part = Scan::GeneratePart();
+    JobTemplate::Fill("demo", part, store);
+    const VorCommon::PersistBuffer buffer = store.Read("/controls/modbus/config.json");
+    EXPECT_EQ(json::parse(buffer.pointer + buffer.offset, buffer.pointer + buffer.offset + buffer.size),
+              JobTemplate::ModbusConfig("demo", part));
+    EXPECT_THROW(JobTemplate::Fill("demo-values", part, store), StartError);
 }
 
 TEST(JobTemplate, WritesAnArchiveWithTheServicesFile) {

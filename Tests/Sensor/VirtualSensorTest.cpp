@@ -1,0 +1,115 @@
+#include "Sensor/VirtualSensor.h"
+#include "Sensor/Scan/PartGenerator.h"
+#include "Sensor/Scan/VirtualScanEngine.h"
+#include "Tests/Support/Failure.h"
+#include "Tests/Support/TempFolder.h"
+#include "Vor/Logging.h"
+#include "Vor/MainLoop.h"
+#include "VorApi/Params/PropertyValue.h"
+#include "VorCore/CoreMetrics/CoreMetricsGroup.h"
+#include "VorScan/Internal/ScanEngineInstance.h"
+#include "VorScan/Internal/ScannerInstance.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace Sensor {
+namespace {
+
+/// A sensor in triggered mode, so that nothing comes by itself.
+class VirtualSensorTest : public ::testing::Test {
+protected:
+    VirtualSensorTest() {
+        sensor.PreStartScanEvent().Add([this] { events.push_back("pre-start"); });
+        sensor.PostStopScanEvent().Add([this] { events.push_back("post-stop"); });
+        sensor.FactoryRestoreEvent().Add([this] { events.push_back("factory restore"); });
+    }
+
+    VorScan::IScanner& Scanner() {
+        return sensor.ScanEngines()
+            .GetInstance(Scan::VirtualScanEngine::Id)
+            .FindScanner(Scan::VirtualScanEngine::ScannerId)
+            .Scanner();
+    }
+
+    void BlinkLed(bool blinks, bool on) {
+        VorCommon::IActionTarget& target = *Scanner().ActionTarget();
+        const auto params = target.ActionParameters("blinkLed");
+        dynamic_cast<Vor::Properties::Value<bool>&>(*params->Find("ledBlinkEnabled")).Set(blinks);
+        dynamic_cast<Vor::Properties::Value<bool>&>(*params->Find("ledLightOn")).Set(on);
+        target.ExecuteAction("blinkLed", params);
+    }
+
+    Tests::TempFolder folder;
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    std::vector<std::string> events;
+    const Scan::Recording recording = Scan::GeneratePart();
+    VirtualSensor sensor{recording,
+                         {.scan = {.trigger = Scan::TriggerMode::Software},
+                          .storageFolders = {folder.Path().string()},
+                          .tell = [this](const std::string& line) { events.push_back(line); },
+                          .factoryRestore = [this] { events.push_back("restored"); },
+                          .restart = [this] { events.push_back("restarted"); }}};
+};
+
+TEST_F(VirtualSensorTest, TheScanIsStartedAndStoppedBetweenItsEvents) {
+    EXPECT_EQ(sensor.Core().GetRunState(), 0);
+    sensor.Core().Start(true, false);
+    EXPECT_EQ(sensor.Core().GetRunState(), 1);
+    Scanner().ActionTarget()->ExecuteAction("trigger", nullptr);
+    sensor.Core().Stop(false, false);
+    EXPECT_EQ(sensor.Core().GetRunState(), 0);
+    EXPECT_EQ(events, (std::vector<std::string>{"pre-start", "post-stop"}));
+    EXPECT_THROW(Scanner().ActionTarget()->ExecuteAction("trigger", nullptr), Vor::Exception);
+}
+
+TEST_F(VirtualSensorTest, KnowsItsDataSourcesFromTheBeginning) {
+    EXPECT_EQ(sensor.Pipe().List(),
+              (std::vector<std::string>{"profile/max", "profile/mean", "profile/min", "profile/points", "profile/stamp",
+                                        "profile/text", "profile/width"}));
+    EXPECT_EQ(sensor.Pipe().Output("profile/max").displayName, "Maximum Height");
+}
+
+TEST_F(VirtualSensorTest, HasOneEngineWithOneScanner) {
+    EXPECT_EQ(sensor.ScanEngines().List(), std::vector<std::string>{Scan::VirtualScanEngine::Id});
+    EXPECT_NE(Scanner().CommandTarget(), nullptr);
+}
+
+TEST_F(VirtualSensorTest, TellsTheUserOfItsLeds) {
+    sensor.Core().BlinkLed();
+    BlinkLed(true, false);
+    BlinkLed(false, true);
+    BlinkLed(false, false);
+    EXPECT_EQ(events, (std::vector<std::string>{"System LED blinks.", "LED blinks.", "LED on.", "LED off."}));
+}
+
+TEST_F(VirtualSensorTest, AFactoryRestoreRaisesItsEventFirst) {
+    sensor.Core().FactoryRestore();
+    EXPECT_EQ(events, (std::vector<std::string>{"factory restore", "restored"}));
+}
+
+TEST_F(VirtualSensorTest, AFactoryRestoreGoesOnWhenAServiceFailsAtItsEvent) {
+    const Vor::LogCapture log;
+    auto failing = sensor.FactoryRestoreEvent().Add([] { throw std::runtime_error("no"); });
+    sensor.Core().FactoryRestore();
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "A service failed at the factory restore."));
+    sensor.FactoryRestoreEvent().Remove(failing);
+    sensor.FactoryRestoreEvent().Add([] { throw 1; });
+    sensor.Core().FactoryRestore();
+    EXPECT_EQ(std::count(events.begin(), events.end(), "restored"), 2);
+}
+
+TEST_F(VirtualSensorTest, ARestartIsTheApplications) {
+    sensor.Core().Restart();
+    EXPECT_EQ(events, std::vector<std::string>{"restarted"});
+}
+
+TEST_F(VirtualSensorTest, MeasuresTheStorageOfItsFolders) {
+    const auto& metrics =
+        dynamic_cast<const VorCore::CoreMetrics::CoreMetricsGroup&>(sensor.Core().GetMetricsReporter());
+    EXPECT_EQ(metrics.storageVolumes.Count(), 1U);
+}
+
+} // namespace
+} // namespace Sensor
