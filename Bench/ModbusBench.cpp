@@ -3,6 +3,7 @@
 
 #include "Bench/Measure.h"
 
+#include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/ModbusServer.h"
 #include "Services/Modbus/RegisterImage.h"
@@ -204,16 +205,28 @@ private:
     std::thread thread;
 };
 
-class OwnServer {
+class ImageMap : public IRegisterMap {
 public:
-    OwnServer() {
-        image.Replace({{0, Registers}}, std::vector<unsigned char>(2u * Registers, 7));
-        server = std::make_unique<ModbusServer>(image, ServerSettings{.idleTimeOut = std::chrono::hours(1)});
+    ImageMap() { image.Replace({{0, Registers}}, std::vector<unsigned char>(2u * Registers, 7)); }
+
+    bool Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const override {
+        return image.Read(address, count, destination);
     }
-    std::uint16_t Port() const { return server->Port(); }
+    unsigned char Write(const RegisterWrite&) override { return IllegalDataAddress; }
 
 private:
     RegisterImage image;
+};
+
+class OwnServer {
+public:
+    OwnServer()
+        : server(std::make_unique<ModbusServer>(map, counters, ServerSettings{.idleTimeOut = std::chrono::hours(1)})) {}
+    std::uint16_t Port() const { return server->Port(); }
+
+private:
+    ImageMap map;
+    ServerCounters counters;
     std::unique_ptr<ModbusServer> server;
 };
 

@@ -1,6 +1,10 @@
 #include "Services/Modbus/BlockTypes.h"
 
+#include "Services/Modbus/ControlInputBlock.h"
+#include "Services/Modbus/ControlOutputBlock.h"
+#include "Services/Modbus/ScannerBlock.h"
 #include "Services/Modbus/StampRegisterBlock.h"
+#include "Services/Modbus/SystemBlock.h"
 #include "Services/Modbus/Translate.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
@@ -32,6 +36,22 @@ void AddType(IProtocolRegisterAssembly& assembly, const char* type, const char* 
     assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
 }
 
+// A block without data source, of which a map may have one and none has to have any.
+template <class Block>
+BlockType MakeControlType(const char* type, const char* displayName, RegisterBlockCategory category,
+                          unsigned short inputSize = 0) {
+    RegisterBlockInfoParams params;
+    params.type = type;
+    params.displayName = Translate(displayName);
+    params.category = category;
+    params.deserializedInputSize = inputSize;
+    params.defaultRegisterCount = Block::Registers;
+    params.bytesPerRegister = 2;
+    params.maxInstanceCount = 1;
+    params.factory = std::make_shared<ProtocolRegisterBlockFactory<Block>>();
+    return std::make_unique<ProtocolRegisterBlockInfo>(params);
+}
+
 } // namespace
 
 void AddScanBlockTypes(IProtocolRegisterAssembly& assembly) {
@@ -42,6 +62,30 @@ void AddScanBlockTypes(IProtocolRegisterAssembly& assembly) {
     AddType<DefaultMeasurementDecisionRegisterBlock>(assembly, "MeasurementDecision", "Decision", Measurement, 1);
     AddType<StampRegisterBlock>(assembly, "Stamp", "Stamp", Stamp, 18);
     assembly.AddSupportedBlockType(std::make_unique<DefaultStringRegisterBlockInfo>(2));
+}
+
+void AddControlBlockTypes(IProtocolRegisterAssembly& assembly) {
+    assembly.AddSupportedBlockType(MakeControlInputType());
+    assembly.AddSupportedBlockType(MakeControlOutputType());
+    assembly.AddSupportedBlockType(MakeSystemType());
+    assembly.AddSupportedBlockType(MakeScannerType());
+}
+
+BlockType MakeControlInputType() {
+    return MakeControlType<ControlInputBlock>("ControlInput", "Command Input", RegisterBlockCategory::ControlInput,
+                                              ControlInputBlock::InputSize);
+}
+
+BlockType MakeControlOutputType() {
+    return MakeControlType<ControlOutputBlock>("ControlOutput", "Command Output", RegisterBlockCategory::ControlOutput);
+}
+
+BlockType MakeSystemType() {
+    return MakeControlType<SystemBlock>("System", "System State", RegisterBlockCategory::System);
+}
+
+BlockType MakeScannerType() {
+    return MakeControlType<ScannerBlock>("Scanner", "Sensor Group State", RegisterBlockCategory::Scanner);
 }
 
 } // namespace Services::Modbus

@@ -23,6 +23,8 @@ ModbusParams::ModbusParams()
     Register("byteOrder", byteOrder, Translate("Byte Order"), 100);
     Register("maxConnections", maxConnections, Translate("Maximum Connections"), 100);
     Register("idleTimeout", idleTimeout, Translate("Idle Time-out"), 100);
+    Register("readNetworks", readNetworks, Translate("Networks That May Read"), 100);
+    Register("writeNetworks", writeNetworks, Translate("Networks That May Write"), 100);
 
     address.EnableDescription(true);
     Describe(address, "IPv4 or IPv6 address to listen on. 127.0.0.1 is reached from this device only, 0.0.0.0 and :: "
@@ -48,6 +50,13 @@ ModbusParams::ModbusParams()
     idleTimeout.SetUnits("s");
     idleTimeout.EnableMaximum(true);
     idleTimeout.SetMaximum(86400);
+    readNetworks.EnableDescription(true);
+    Describe(readNetworks,
+             "Networks such as 192.168.1.0/24 or fd00::/8, or single addresses, whose clients are served. "
+             "A client from elsewhere is closed at once.");
+    writeNetworks.EnableDescription(true);
+    Describe(writeNetworks, "Networks or single addresses whose clients may write, too: run commands. To other clients "
+                            "the writing functions are unknown (exception 1).");
     Reset();
 }
 
@@ -58,6 +67,8 @@ void ModbusParams::Reset() {
     byteOrder = ByteOrder::Big;
     maxConnections = 32;
     idleTimeout = 60;
+    readNetworks = {"0.0.0.0/0", "::/0"};
+    writeNetworks = {"127.0.0.0/8", "::1/128"};
 }
 
 ServerSettings ModbusParams::Settings() {
@@ -70,7 +81,9 @@ ServerSettings ModbusParams::Settings() {
             .port = port.Get(),
             .unit = static_cast<unsigned char>(unitId.Get()),
             .maxConnections = maxConnections.Get(),
-            .idleTimeOut = std::chrono::seconds(idleTimeout.Get())};
+            .idleTimeOut = std::chrono::seconds(idleTimeout.Get()),
+            .readers = ParseNetworks(readNetworks.Get()),
+            .writers = ParseNetworks(writeNetworks.Get())};
 }
 
 } // namespace Services::Modbus

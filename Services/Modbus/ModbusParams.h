@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Services/Modbus/ModbusServer.h"
 #include "VorApi/Params/Enum.h"
@@ -20,7 +21,8 @@ public:
     // Puts every value back to its default.
     void Reset();
 
-    // The values for the server. Throws yERROR_PARAMETER with the text of the first value that is outside its limits.
+    // The values for the server. Throws yERROR_PARAMETER with the text of the first value that is outside its limits
+    // or no network.
     ServerSettings Settings();
 
     bool IsBigEndian() const { return byteOrder.Get() == ByteOrder::Big; }
@@ -31,6 +33,9 @@ public:
     Vor::Params::Enum<ByteOrder> byteOrder;
     Vor::Params::Value<unsigned int> maxConnections;
     Vor::Params::Value<unsigned int> idleTimeout;
+    // Lists of networks, see Network::Parse.
+    Vor::Params::Value<std::vector<std::string>> readNetworks;
+    Vor::Params::Value<std::vector<std::string>> writeNetworks;
 };
 
 } // namespace Services::Modbus

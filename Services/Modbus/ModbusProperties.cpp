@@ -11,6 +11,14 @@ ModbusProperties::ModbusProperties() {
         text->EnableReadOnly();
         text->SetReadOnly(true);
     }
+    Register("connected", connected, Translate("Connected Clients"), 100);
+    Register("refused", refused, Translate("Refused Clients"), 100);
+    Register("requests", requests, Translate("Requests"), 100);
+    Register("exceptions", exceptions, Translate("Exceptions"), 100);
+    for (Vor::Params::Value<unsigned long long>* counter : {&connected, &refused, &requests, &exceptions}) {
+        counter->EnableReadOnly();
+        counter->SetReadOnly(true);
+    }
 }
 
 } // namespace Services::Modbus

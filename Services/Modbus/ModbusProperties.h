@@ -7,7 +7,7 @@
 
 namespace Services::Modbus {
 
-// What the service shows of itself: its status, where clients find it, and why it can't serve them.
+// What the service shows of itself: its status, where clients find it, why it can't serve them, and what they do.
 class ModbusProperties : public VorControl::ControlProtocol::NonPersistentProperties {
 public:
     ModbusProperties();
@@ -16,6 +16,11 @@ public:
     Vor::Params::Value<std::string> address;
     // Empty, or why the service couldn't listen as its parameters say.
     Vor::Params::Value<std::string> failure;
+    // As ServerCounters, since the service was started.
+    Vor::Params::Value<unsigned long long> connected;
+    Vor::Params::Value<unsigned long long> refused;
+    Vor::Params::Value<unsigned long long> requests;
+    Vor::Params::Value<unsigned long long> exceptions;
 };
 
 } // namespace Services::Modbus

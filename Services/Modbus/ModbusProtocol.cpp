@@ -1,18 +1,29 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
 #include "Services/Modbus/BlockTypes.h"
+#include "Services/Modbus/StateRecords.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "yApi/yArrayList.h"
 
 namespace Services::Modbus {
 
+using VorControl::IControlHost;
 using namespace VorControl::ControlProtocol;
 
 namespace {
 
 constexpr unsigned short FirstRegister = 0;
 constexpr unsigned short LastRegister = 65534;
+
+template <class Work>
+void Attempt(const Work& work) {
+    try {
+        work();
+    } catch (const Vor::Exception&) {
+        return;
+    }
+}
 
 class PropertiesLock {
 public:
@@ -41,6 +52,7 @@ std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
         true, FirstRegister, LastRegister, "registerAssembly-0",
         IProtocolRegisterAssembly::DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
     AddScanBlockTypes(*assembly);
+    AddControlBlockTypes(*assembly);
     return assembly;
 }
 
@@ -49,12 +61,22 @@ std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
 ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
     : ProtocolBase(environ)
     , assembly(MakeAssembly())
-    , registers(assembly, image) {
+    , control(image, *this)
+    , registers(assembly, image, control) {
     assemblies.Add(assembly);
     Init({.nonPersistentProperties = &properties, .params = &params, .registerAssemblyGroup = &assemblies});
 }
 
-ModbusProtocol::~ModbusProtocol() = default;
+ModbusProtocol::~ModbusProtocol() {
+    server.reset();
+    try {
+        StopOperationEndEvents();
+    } catch (const std::exception& e) {
+        Vor::LogError("Exception thrown in destructor");
+        Vor::Exception::LogException(e);
+        Vor::Exception::LogBackTrace(e);
+    }
+}
 
 void ModbusProtocol::Start() {
     UpdateProtocolStatus(ProtocolStatus::Starting);
@@ -83,7 +105,8 @@ void ModbusProtocol::Open() {
     const ServerSettings settings = params.Settings();
     assembly->ChangeBigEndianSupportedBlocks(params.IsBigEndian());
     registers.Rebuild();
-    server = std::make_unique<ModbusServer>(image, settings);
+    counters.Reset();
+    server = std::make_unique<ModbusServer>(control, counters, settings, [this] { Poll(); });
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
     GetControlHost().SetScanResultsFiltering(Id(), true);
     SetForwardScanResultsToProtocol(true);
@@ -141,6 +164,40 @@ void ModbusProtocol::ConfigureDefaultRegisterAssembly() {
 
 void ModbusProtocol::RegisterAssemblyUpdate(const char*) {
     registers.Rebuild();
+}
+
+void ModbusProtocol::NonPersistentPropertiesBeginLock() {
+    ProtocolBase::NonPersistentPropertiesBeginLock();
+    properties.connected = counters.connected.load(std::memory_order_relaxed);
+    properties.refused = counters.refused.load(std::memory_order_relaxed);
+    properties.requests = counters.requests.load(std::memory_order_relaxed);
+    properties.exceptions = counters.exceptions.load(std::memory_order_relaxed);
+}
+
+// A command that can't be read, a load of a job without a name for instance, has failed.
+void ModbusProtocol::Run(const CommandInput& input) {
+    ControlRegisterCommandData command;
+    try {
+        command = commandReader.Read(input);
+    } catch (const Vor::Exception& e) {
+        OperationCompleted(e.Status());
+        return;
+    }
+    ProcessReceivedCommonCommands(command);
+}
+
+void ModbusProtocol::OperationEndEventImpl(int) {
+    control.EndCommand(GetCommandStatus());
+}
+
+// A state that can't be had leaves the last one.
+void ModbusProtocol::Poll() {
+    if (!control.HasStates()) {
+        return;
+    }
+    IControlHost& host = GetControlHost();
+    Attempt([&] { control.SetSystemState(SystemState(host.SystemStats(0))); });
+    Attempt([&] { control.SetScannerState(ScannerState(host.ScannerInfo("", 0))); });
 }
 
 void ModbusProtocol::ProcessResultSets(void* resultSets) {

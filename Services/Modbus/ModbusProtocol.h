@@ -3,19 +3,23 @@
 #include <memory>
 #include <string>
 
+#include "Services/Modbus/CommandReader.h"
+#include "Services/Modbus/ControlRegisters.h"
 #include "Services/Modbus/ModbusParams.h"
 #include "Services/Modbus/ModbusProperties.h"
 #include "Services/Modbus/ModbusServer.h"
 #include "Services/Modbus/RegisterImage.h"
 #include "Services/Modbus/ScanRegisters.h"
+#include "Services/Modbus/ServerCounters.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
 
 namespace Services::Modbus {
 
-// The Modbus TCP service: one register assembly, "registerAssembly-0", whose registers clients read.
-class ModbusProtocol : public VorControl::ControlProtocol::ProtocolBase {
+// The Modbus TCP service: one register assembly, "registerAssembly-0", whose registers clients read, and through which
+// they give commands.
+class ModbusProtocol : public VorControl::ControlProtocol::ProtocolBase, private ICommandRunner {
 public:
     explicit ModbusProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
     ~ModbusProtocol() override;
@@ -32,7 +36,18 @@ public:
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     void ProcessResultSets(void* resultSets) override;
 
+    // Brings the counters up to date.
+    void NonPersistentPropertiesBeginLock() override;
+
+protected:
+    void OperationEndEventImpl(int status) override;
+
 private:
+    bool IsBusy() const override { return OperationInProgress(); }
+    void Run(const CommandInput& input) override;
+    // On the network thread.
+    void Poll();
+
     void Open();
     void Close();
     void Show(const std::string& address, const std::string& failure);
@@ -42,7 +57,10 @@ private:
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase> assembly;
     VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
     RegisterImage image;
+    ControlRegisters control;
     ScanRegisters registers;
+    CommandReader commandReader;
+    ServerCounters counters;
     std::unique_ptr<ModbusServer> server;
 };
 

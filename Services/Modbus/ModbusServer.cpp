@@ -3,6 +3,7 @@
 // Asio of Boost 1.74 uses std::exchange without including its header.
 #include <utility>
 
+#include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ip/v6_only.hpp>
@@ -10,6 +11,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <future>
 #include <list>
+#include <optional>
 #include <type_traits>
 
 #include "Services/Modbus/Session.h"
@@ -54,19 +56,27 @@ tcp::endpoint ParseEndpoint(const ServerSettings& settings) {
     Vor::Throw(yERROR, "can't listen on port %u of %s: %s", port, settings.address, error.message());
 }
 
+// None when the client has gone already.
+std::optional<NetworkAddress> PeerOf(const tcp::socket& socket) {
+    error_code error;
+    const asio::ip::address address = socket.remote_endpoint(error).address();
+    if (error) {
+        return std::nullopt;
+    }
+    return address.is_v4() ? asio::ip::make_address_v6(asio::ip::v4_mapped, address.to_v4()).to_bytes()
+                           : address.to_v6().to_bytes();
+}
+
 } // namespace
 
 class ModbusServer::Impl {
 public:
-    Impl(const IRegisterReader& registers, const ServerSettings& settings);
+    Impl(IRegisterMap& registers, ServerCounters& counters, const ServerSettings& settings, std::function<void()> poll);
     ~Impl();
 
     void Update(const ServerSettings& next);
     bool IsListening() {
         return OnThread([this] { return acceptor.is_open(); });
-    }
-    std::size_t ConnectionCount() {
-        return OnThread([this] { return connections.size(); });
     }
     tcp::endpoint Endpoint() {
         return OnThread([this] {
@@ -90,17 +100,23 @@ private:
     void Move(const ServerSettings& next);
     void StartAccept();
     void Accepted(const error_code& error, tcp::socket socket);
+    void ApplyNetworks();
     void ArmIdleTimer();
     void CloseIdle();
+    void Remove(ConnectionList::iterator position);
+    void Poll();
 
     asio::io_context io{1};
     // The rest belongs to the network thread while that runs.
     ServerSettings settings;
+    ServerCounters& counters;
     RequestHandler handler;
+    const std::function<void()> poll;
     tcp::acceptor acceptor;
     unsigned listenGeneration = 0; // an accept of a former acceptor is ignored
     asio::steady_timer acceptRetryTimer{io};
     asio::steady_timer idleTimer{io};
+    asio::steady_timer pollTimer{io};
     ConnectionList connections; // the one idle for longest first
     yThread thread = nullptr;
 };
@@ -108,10 +124,11 @@ private:
 // One client. It lives as long as the server's list or an operation under way refers to it.
 class ModbusServer::Impl::Connection : public std::enable_shared_from_this<Connection> {
 public:
-    Connection(Impl& server, tcp::socket accepted)
+    Connection(Impl& server, tcp::socket accepted, const NetworkAddress& peer)
         : server(server)
         , socket(std::move(accepted))
-        , session(server.handler)
+        , peer(peer)
+        , session(server.handler, Contain(server.settings.writers, peer))
         , lastRequest(Clock::now()) {}
 
     void Start(ConnectionList::iterator place) {
@@ -126,6 +143,14 @@ public:
 
     Clock::time_point LastRequest() const { return lastRequest; }
 
+    // Follows changed networks.
+    void ApplyNetworks() {
+        session.SetMayWrite(Contain(server.settings.writers, peer));
+        if (!Contain(server.settings.readers, peer)) {
+            Close();
+        }
+    }
+
     void Close() {
         if (!socket.is_open()) {
             return;
@@ -133,7 +158,7 @@ public:
         error_code ignored;
         socket.shutdown(tcp::socket::shutdown_both, ignored);
         socket.close(ignored);
-        server.connections.erase(position);
+        server.Remove(position);
     }
 
 private:
@@ -202,16 +227,24 @@ private:
 
     Impl& server;
     tcp::socket socket;
+    const NetworkAddress peer;
     Session session;
     Clock::time_point lastRequest;
     ConnectionList::iterator position;
 };
 
-ModbusServer::Impl::Impl(const IRegisterReader& registers, const ServerSettings& wanted)
+ModbusServer::Impl::Impl(IRegisterMap& registers, ServerCounters& counters, const ServerSettings& wanted,
+                         std::function<void()> polled)
     : settings(wanted)
-    , handler(registers, wanted.unit)
+    , counters(counters)
+    , handler(registers, counters, wanted.unit)
+    , poll(std::move(polled))
     , acceptor(Listen(wanted)) {
     StartAccept();
+    if (poll) {
+        pollTimer.expires_at(Clock::now());
+        Poll();
+    }
     Vor::ThrowIfFailed(yThread_Construct(
         &thread, [this] { return Run(io); }, nullptr));
     yStatus status = yThread_SetName(thread, "ModbusNet");
@@ -229,6 +262,7 @@ ModbusServer::Impl::~Impl() {
     yStatus exitStatus = yOK;
     yThread_Join(thread, yINFINITE, &exitStatus);
     yThread_Destroy(thread);
+    counters.connected.store(0, std::memory_order_relaxed);
 }
 
 yStatus ModbusServer::Impl::Run(asio::io_context& io) {
@@ -282,6 +316,7 @@ void ModbusServer::Impl::Update(const ServerSettings& next) {
         }
         settings = next;
         handler.SetUnit(next.unit);
+        ApplyNetworks();
         ArmIdleTimer();
     });
 }
@@ -335,14 +370,44 @@ void ModbusServer::Impl::Accepted(const error_code& error, tcp::socket socket) {
         return;
     }
     StartAccept();
-    if (connections.size() >= settings.maxConnections) {
+    const auto peer = PeerOf(socket);
+    if (!peer) {
+        return;
+    }
+    if (connections.size() >= settings.maxConnections || !Contain(settings.readers, *peer)) {
+        counters.refused.fetch_add(1, std::memory_order_relaxed);
         return; // `socket` closes itself
     }
-    connections.push_back(std::make_shared<Connection>(*this, std::move(socket)));
+    connections.push_back(std::make_shared<Connection>(*this, std::move(socket), *peer));
+    counters.connected.store(connections.size(), std::memory_order_relaxed);
     connections.back()->Start(std::prev(connections.end()));
     if (connections.size() == 1) {
         ArmIdleTimer();
     }
+}
+
+void ModbusServer::Impl::ApplyNetworks() {
+    for (auto next = connections.begin(); next != connections.end();) {
+        const auto connection = *next++;
+        connection->ApplyNetworks();
+    }
+}
+
+void ModbusServer::Impl::Remove(ConnectionList::iterator position) {
+    connections.erase(position);
+    counters.connected.store(connections.size(), std::memory_order_relaxed);
+}
+
+// Waits for the time that was set; a poll that comes late doesn't move those after it.
+void ModbusServer::Impl::Poll() {
+    pollTimer.async_wait([this](const error_code& cancelled) {
+        if (cancelled) {
+            return;
+        }
+        pollTimer.expires_at(std::max(pollTimer.expiry() + PollPeriod, Clock::now()));
+        Poll();
+        poll();
+    });
 }
 
 // The timer waits for the one connection that is idle for longest; a request moves no timer, only its connection.
@@ -367,8 +432,9 @@ void ModbusServer::Impl::CloseIdle() {
     ArmIdleTimer();
 }
 
-ModbusServer::ModbusServer(const IRegisterReader& registers, const ServerSettings& settings)
-    : impl(std::make_unique<Impl>(registers, settings)) {}
+ModbusServer::ModbusServer(IRegisterMap& registers, ServerCounters& counters, const ServerSettings& settings,
+                           std::function<void()> poll)
+    : impl(std::make_unique<Impl>(registers, counters, settings, std::move(poll))) {}
 
 ModbusServer::~ModbusServer() = default;
 
@@ -389,10 +455,6 @@ std::string ModbusServer::Url() const {
     const std::string address = endpoint.address().to_string();
     return "tcp://" + (endpoint.address().is_v6() ? "[" + address + "]" : address) + ":" +
            std::to_string(endpoint.port());
-}
-
-std::size_t ModbusServer::ConnectionCount() const {
-    return impl->ConnectionCount();
 }
 
 } // namespace Services::Modbus

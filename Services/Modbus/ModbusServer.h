@@ -3,10 +3,14 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "Services/Modbus/IRegisterReader.h"
+#include "Services/Modbus/IRegisterMap.h"
+#include "Services/Modbus/Network.h"
+#include "Services/Modbus/ServerCounters.h"
 
 namespace Services::Modbus {
 
@@ -17,6 +21,10 @@ struct ServerSettings {
     unsigned maxConnections = 32;      // one more is closed as soon as it is made
     // A connection with no whole request in this time is closed; 0 leaves it open.
     std::chrono::milliseconds idleTimeOut{60000};
+    // Who is served at all; another client is closed as soon as it connects.
+    std::vector<Network> readers = ParseNetworks({"0.0.0.0/0", "::/0"});
+    // Which of them may write; to another one the writing functions are unknown.
+    std::vector<Network> writers = ParseNetworks({"127.0.0.0/8", "::1/128"});
 };
 
 // Serves Modbus TCP on one thread of its own, "ModbusNet". All clients share that thread, and none can hold it: sockets
@@ -24,24 +32,27 @@ struct ServerSettings {
 // The operations are for one thread at a time; each waits for the network thread, which takes microseconds.
 class ModbusServer {
 public:
-    // Listens when it returns. Throws Vor::Exception with a text for the user when it can't. `registers` must outlive
-    // the server and is read by the network thread.
-    ModbusServer(const IRegisterReader& registers, const ServerSettings& settings);
+    static constexpr std::chrono::milliseconds PollPeriod{100};
+
+    // Listens when it returns. Throws Vor::Exception with a text for the user when it can't. `registers` and `counters`
+    // must outlive the server and are used by the network thread, which calls `poll`, if there is one, at once and then
+    // after each PollPeriod: it must not wait for anything.
+    ModbusServer(IRegisterMap& registers, ServerCounters& counters, const ServerSettings& settings,
+                 std::function<void()> poll = {});
     // Closes all connections and ends the thread.
     ~ModbusServer();
     ModbusServer(const ModbusServer&) = delete;
     ModbusServer& operator=(const ModbusServer&) = delete;
 
-    // Takes new settings. Another address or port moves the server there and closes its connections; should that fail,
-    // it throws as the constructor does and everything stays as it was (IsListening() tells, should even that fail).
+    // Takes new settings, for the connections that are there too. Another address or port moves the server there and
+    // closes its connections; should that fail, it throws as the constructor does and everything stays as it was
+    // (IsListening() tells, should even that fail).
     void Update(const ServerSettings& settings);
 
     bool IsListening() const;
     // The port really taken, and where clients find it, such as "tcp://127.0.0.1:502".
     std::uint16_t Port() const;
     std::string Url() const;
-    // Connections that are open now.
-    std::size_t ConnectionCount() const;
 
 private:
     class Impl;

@@ -25,9 +25,11 @@ void RegisterImage::Replace(std::vector<RegisterRange> newRanges, std::vector<un
     bytes.swap(newBytes);
 }
 
-void RegisterImage::Write(std::size_t offset, std::span<const unsigned char> source) {
+void RegisterImage::Write(std::span<const Part> parts) {
     const std::lock_guard lock(mutex);
-    std::ranges::copy(source, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+    for (const Part& part : parts) {
+        std::ranges::copy(part.bytes, bytes.begin() + static_cast<std::ptrdiff_t>(part.offset));
+    }
 }
 
 } // namespace Services::Modbus

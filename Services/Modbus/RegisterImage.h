@@ -1,10 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <span>
 #include <vector>
-
-#include "Services/Modbus/IRegisterReader.h"
 
 namespace Services::Modbus {
 
@@ -16,15 +16,22 @@ struct RegisterRange {
 
 // The registers as clients read them. What is written in one call becomes visible whole: no read sees a part of it.
 // All operations may be called on any thread and allocate nothing but for Replace.
-class RegisterImage : public IRegisterReader {
+class RegisterImage {
 public:
-    bool Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const override;
+    // Bytes of the map from byte `offset` on.
+    struct Part {
+        std::size_t offset = 0;
+        std::span<const unsigned char> bytes = {};
+    };
+
+    // As IRegisterMap::Read.
+    bool Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const;
 
     // Takes a new map. `ranges` ascend, without overlap. `bytes` are the registers from address 0 on, high byte first.
     void Replace(std::vector<RegisterRange> newRanges, std::vector<unsigned char> newBytes);
 
-    // Overwrites `source.size()` bytes from byte `offset` on; both are within the map.
-    void Write(std::size_t offset, std::span<const unsigned char> source);
+    // Overwrites parts of the registers, all within the map.
+    void Write(std::span<const Part> parts);
 
 private:
     // Guards the members below. A leaf: it is held for a copy only.

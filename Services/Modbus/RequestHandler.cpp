@@ -1,12 +1,20 @@
 #include "Services/Modbus/RequestHandler.h"
 
+#include <algorithm>
+
 namespace Services::Modbus {
 
 namespace {
 
 constexpr unsigned char ReadHoldingRegisters = 3;
 constexpr unsigned char ReadInputRegisters = 4;
+constexpr unsigned char WriteSingleRegister = 6;
+constexpr unsigned char WriteMultipleRegisters = 16;
+constexpr unsigned char MaskWriteRegister = 22;
+constexpr unsigned char ReadWriteMultipleRegisters = 23;
 constexpr unsigned MaxReadQuantity = 125;
+constexpr unsigned MaxWriteQuantity = 123;
+constexpr unsigned MaxReadWriteQuantity = 121; // of the registers written
 constexpr unsigned AddressCount = 65536;
 
 std::size_t PutException(unsigned char* pdu, unsigned char function, unsigned char code) {
@@ -15,15 +23,34 @@ std::size_t PutException(unsigned char* pdu, unsigned char function, unsigned ch
     return 2;
 }
 
+// The reply of a write: the first `size` bytes of its request, or the exception.
+std::size_t PutEcho(unsigned char* pdu, std::span<const unsigned char> request, std::size_t size, unsigned char code) {
+    if (code != NoException) {
+        return PutException(pdu, request[0], code);
+    }
+    std::ranges::copy(request.first(size), pdu);
+    return size;
+}
+
+bool IsIn(unsigned quantity, unsigned max) {
+    return quantity >= 1 && quantity <= max;
+}
+
 } // namespace
 
-std::size_t RequestHandler::Answer(const Frame& request, unsigned char* reply) const {
-    const std::size_t pduSize = AnswerPdu(request, reply + HeaderSize);
+std::size_t RequestHandler::Answer(const Frame& request, bool mayWrite, unsigned char* reply) {
+    unsigned char* const pdu = reply + HeaderSize;
+    const std::size_t pduSize = AnswerPdu(request, mayWrite, pdu);
     EncodeHeader(reply, request.transaction, request.unit, pduSize);
+    counters.requests.fetch_add(1, std::memory_order_relaxed);
+    if (pdu[0] & 0x80) {
+        counters.exceptions.fetch_add(1, std::memory_order_relaxed);
+    }
     return HeaderSize + pduSize;
 }
 
-std::size_t RequestHandler::AnswerPdu(const Frame& request, unsigned char* pdu) const {
+// The order of the checks is that of MODBUS Application Protocol V1.1b3, 6: the function, the quantity, the address.
+std::size_t RequestHandler::AnswerPdu(const Frame& request, bool mayWrite, unsigned char* pdu) {
     const unsigned char function = request.pdu[0];
     if (unit != 0 && request.unit != unit) {
         return PutException(pdu, function, GatewayTargetFailedToRespond);
@@ -31,18 +58,31 @@ std::size_t RequestHandler::AnswerPdu(const Frame& request, unsigned char* pdu) 
     if (function == ReadHoldingRegisters || function == ReadInputRegisters) {
         return AnswerRead(request.pdu, pdu);
     }
+    if (mayWrite) {
+        switch (function) {
+        case WriteSingleRegister:
+            return AnswerWriteOne(request.pdu, pdu);
+        case WriteMultipleRegisters:
+            return AnswerWriteMany(request.pdu, pdu);
+        case MaskWriteRegister:
+            return AnswerMaskWrite(request.pdu, pdu);
+        case ReadWriteMultipleRegisters:
+            return AnswerReadWrite(request.pdu, pdu);
+        default:
+            break;
+        }
+    }
     return PutException(pdu, function, IllegalFunction);
 }
 
-// MODBUS Application Protocol V1.1b3, 6.3 and 6.4: the quantity is checked before the address.
-std::size_t RequestHandler::AnswerRead(std::span<const unsigned char> request, unsigned char* pdu) const {
+std::size_t RequestHandler::AnswerRead(Bytes request, unsigned char* pdu) const {
     const unsigned char function = request[0];
     if (request.size() != 5) {
         return PutException(pdu, function, IllegalDataValue);
     }
     const std::uint16_t address = Word(&request[1]);
     const std::uint16_t quantity = Word(&request[3]);
-    if (quantity < 1 || quantity > MaxReadQuantity) {
+    if (!IsIn(quantity, MaxReadQuantity)) {
         return PutException(pdu, function, IllegalDataValue);
     }
     if (address + quantity > AddressCount || !registers.Read(address, quantity, pdu + 2)) {
@@ -51,6 +91,67 @@ std::size_t RequestHandler::AnswerRead(std::span<const unsigned char> request, u
     pdu[0] = function;
     pdu[1] = static_cast<unsigned char>(2 * quantity);
     return 2 + 2u * quantity;
+}
+
+std::size_t RequestHandler::AnswerWriteOne(Bytes request, unsigned char* pdu) {
+    if (request.size() != 5) {
+        return PutException(pdu, request[0], IllegalDataValue);
+    }
+    const RegisterWrite write{.address = Word(&request[1]), .values = request.subspan(3)};
+    return PutEcho(pdu, request, 5, registers.Write(write));
+}
+
+std::size_t RequestHandler::AnswerWriteMany(Bytes request, unsigned char* pdu) {
+    if (request.size() < 6) {
+        return PutException(pdu, request[0], IllegalDataValue);
+    }
+    const std::uint16_t address = Word(&request[1]);
+    const std::uint16_t quantity = Word(&request[3]);
+    const Bytes values = request.subspan(6);
+    if (!IsIn(quantity, MaxWriteQuantity) || request[5] != 2 * quantity || values.size() != 2u * quantity) {
+        return PutException(pdu, request[0], IllegalDataValue);
+    }
+    if (address + quantity > AddressCount) {
+        return PutException(pdu, request[0], IllegalDataAddress);
+    }
+    return PutEcho(pdu, request, 5, registers.Write({.address = address, .values = values}));
+}
+
+// Result = (register AND andMask) OR (orMask AND (NOT andMask)): MODBUS Application Protocol V1.1b3, 6.16.
+std::size_t RequestHandler::AnswerMaskWrite(Bytes request, unsigned char* pdu) {
+    if (request.size() != 7) {
+        return PutException(pdu, request[0], IllegalDataValue);
+    }
+    const RegisterWrite write{.address = Word(&request[1]), .values = request.subspan(5), .keep = Word(&request[3])};
+    return PutEcho(pdu, request, 7, registers.Write(write));
+}
+
+std::size_t RequestHandler::AnswerReadWrite(Bytes request, unsigned char* pdu) {
+    const unsigned char function = request[0];
+    if (request.size() < 10) {
+        return PutException(pdu, function, IllegalDataValue);
+    }
+    const std::uint16_t readAddress = Word(&request[1]);
+    const std::uint16_t readQuantity = Word(&request[3]);
+    const std::uint16_t address = Word(&request[5]);
+    const std::uint16_t quantity = Word(&request[7]);
+    const Bytes values = request.subspan(10);
+    if (!IsIn(readQuantity, MaxReadQuantity) || !IsIn(quantity, MaxReadWriteQuantity) || request[9] != 2 * quantity ||
+        values.size() != 2u * quantity) {
+        return PutException(pdu, function, IllegalDataValue);
+    }
+    if (readAddress + readQuantity > AddressCount || address + quantity > AddressCount) {
+        return PutException(pdu, function, IllegalDataAddress);
+    }
+    const std::size_t readSize = 2u * readQuantity;
+    const unsigned char code = registers.Write(
+        {.address = address, .values = values, .readAddress = readAddress, .read = std::span(pdu + 2, readSize)});
+    if (code != NoException) {
+        return PutException(pdu, function, code);
+    }
+    pdu[0] = function;
+    pdu[1] = static_cast<unsigned char>(readSize);
+    return 2 + readSize;
 }
 
 } // namespace Services::Modbus

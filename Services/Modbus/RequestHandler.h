@@ -2,35 +2,41 @@
 
 #include <cstddef>
 
+#include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
-#include "Services/Modbus/IRegisterReader.h"
+#include "Services/Modbus/IRegisterMap.h"
+#include "Services/Modbus/ServerCounters.h"
 
 namespace Services::Modbus {
-
-// Exception codes: MODBUS Application Protocol V1.1b3, 7.
-inline constexpr unsigned char IllegalFunction = 1;
-inline constexpr unsigned char IllegalDataAddress = 2;
-inline constexpr unsigned char IllegalDataValue = 3;
-inline constexpr unsigned char GatewayTargetFailedToRespond = 11;
 
 // Answers one request at a time from the registers; keeps nothing between two of them. Not thread-safe.
 class RequestHandler {
 public:
-    // `registers` must outlive the handler. `unit` is the one unit identifier that is served, 0 serves all.
-    RequestHandler(const IRegisterReader& registers, unsigned char unit)
+    // `registers` and `counters` must outlive the handler. `unit` is the one unit identifier that is served, 0 serves
+    // all.
+    RequestHandler(IRegisterMap& registers, ServerCounters& counters, unsigned char unit)
         : registers(registers)
+        , counters(counters)
         , unit(unit) {}
 
     void SetUnit(unsigned char value) { unit = value; }
 
-    // Writes the reply frame, at most MaxFrameSize bytes, and returns its size. Every request has a reply.
-    std::size_t Answer(const Frame& request, unsigned char* reply) const;
+    // Writes the reply frame, at most MaxFrameSize bytes, and returns its size. Every request has a reply. Without
+    // `mayWrite` the writing functions are unknown to the client.
+    std::size_t Answer(const Frame& request, bool mayWrite, unsigned char* reply);
 
 private:
-    std::size_t AnswerPdu(const Frame& request, unsigned char* pdu) const;
-    std::size_t AnswerRead(std::span<const unsigned char> request, unsigned char* pdu) const;
+    using Bytes = std::span<const unsigned char>;
 
-    const IRegisterReader& registers;
+    std::size_t AnswerPdu(const Frame& request, bool mayWrite, unsigned char* pdu);
+    std::size_t AnswerRead(Bytes request, unsigned char* pdu) const;
+    std::size_t AnswerWriteOne(Bytes request, unsigned char* pdu);
+    std::size_t AnswerWriteMany(Bytes request, unsigned char* pdu);
+    std::size_t AnswerMaskWrite(Bytes request, unsigned char* pdu);
+    std::size_t AnswerReadWrite(Bytes request, unsigned char* pdu);
+
+    IRegisterMap& registers;
+    ServerCounters& counters;
     unsigned char unit;
 };
 

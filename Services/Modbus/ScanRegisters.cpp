@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Services/Modbus/SwapRegisters.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
@@ -57,17 +58,41 @@ Vor::Object MissingItem() {
     return item;
 }
 
+void AddPlace(ControlPlaces& places, const ProtocolRegisterBlock& block) {
+    switch (block.Category()) {
+    case RegisterBlockCategory::ControlInput:
+        places.controlInput = block.OutputId();
+        break;
+    case RegisterBlockCategory::ControlOutput:
+        places.controlOutput = block.OutputId();
+        break;
+    case RegisterBlockCategory::System:
+        places.system = block.OutputId();
+        break;
+    case RegisterBlockCategory::Scanner:
+        places.scanner = block.OutputId();
+        break;
+    default:
+        break;
+    }
+    places.isBigEndian = block.IsProtocolBigEndian();
+}
+
 } // namespace
 
-ScanRegisters::ScanRegisters(std::shared_ptr<IProtocolRegisterAssembly> assembly, RegisterImage& image)
+ScanRegisters::ScanRegisters(std::shared_ptr<IProtocolRegisterAssembly> assembly, RegisterImage& image,
+                             ControlRegisters& control)
     : assembly(std::move(assembly))
     , image(image)
+    , control(control)
     , missing(MissingItem()) {}
 
 void ScanRegisters::Rebuild() {
     const AssemblyLock lock(*assembly);
     Sources next;
     std::vector<RegisterRange> ranges;
+    std::vector<RegisterRange> others;
+    ControlPlaces places;
     bytes.clear();
     for (const auto& block : assembly->AddedRegisterBlocks()) {
         const RegisterRange range{block->OutputId(), static_cast<unsigned>(block->OutputId()) + block->RegisterCount()};
@@ -82,6 +107,9 @@ void ScanRegisters::Rebuild() {
         bytes.resize(std::max<std::size_t>(bytes.size(), std::size_t{2} * range.end), 0);
         if (block->HasDataSource()) {
             AddSlot(next, block);
+        } else {
+            AddPlace(places, *block);
+            others.push_back(range);
         }
     }
     for (auto& [id, source] : next) {
@@ -93,7 +121,25 @@ void ScanRegisters::Rebuild() {
         }
     }
     sources = std::move(next);
-    image.Replace(std::move(ranges), bytes);
+    LeaveOut(others);
+    control.Replace(places, std::move(ranges), bytes);
+}
+
+// `others` ascend. What is left of the bytes goes to `own`.
+void ScanRegisters::LeaveOut(const std::vector<RegisterRange>& others) {
+    own.clear();
+    std::size_t begin = 0;
+    const auto add = [&](std::size_t end) {
+        if (begin < end) {
+            own.push_back({begin, std::span(bytes).subspan(begin, end - begin)});
+        }
+    };
+    for (const RegisterRange& range : others) {
+        add(std::size_t{2} * range.begin);
+        begin = std::max(begin, std::size_t{2} * range.end);
+    }
+    add(bytes.size());
+    written.reserve(own.size());
 }
 
 void ScanRegisters::AddSlot(Sources& next, const std::shared_ptr<ProtocolRegisterBlock>& block) {
@@ -132,8 +178,20 @@ void ScanRegisters::Process(ResultSet set) {
             }
         }
     }
-    if (begin < end) {
-        image.Write(begin, std::span(bytes).subspan(begin, end - begin));
+    Publish(begin, end);
+}
+
+void ScanRegisters::Publish(std::size_t begin, std::size_t end) {
+    written.clear();
+    for (const RegisterImage::Part& part : own) {
+        const std::size_t from = std::max(begin, part.offset);
+        const std::size_t to = std::min(end, part.offset + part.bytes.size());
+        if (from < to) {
+            written.push_back({from, part.bytes.subspan(from - part.offset, to - from)});
+        }
+    }
+    if (!written.empty()) {
+        image.Write(written);
     }
 }
 
@@ -165,16 +223,13 @@ void ScanRegisters::SerializeMissing(Slot& slot) {
     }
 }
 
-// A register is written low byte first by its block and goes over the wire high byte first; text stands in reading
-// order in both.
+// Text stands in reading order on the wire, as its block writes it.
 void ScanRegisters::WriteInto(Slot& slot, ResultItem item) {
     const ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData data{.item = item};
     unsigned char* const place = &bytes[slot.offset];
     slot.block->Serialize(place, slot.size, &data, sizeof data);
     if (!slot.isText) {
-        for (std::size_t i = 0; i + 1 < slot.size; i += 2) {
-            std::swap(place[i], place[i + 1]);
-        }
+        SwapRegisters(std::span(place, slot.size));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Services/Modbus/ControlRegisters.h"
 #include "Services/Modbus/RegisterImage.h"
 #include "VorApi/Object.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
@@ -16,12 +17,12 @@ namespace Services::Modbus {
 // thread: each works under the assembly's lock, which guards the members too and ranks before the image's mutex.
 class ScanRegisters {
 public:
-    // The image must outlive this object.
+    // `image` and `control`, which writes to the same image, must outlive this object.
     ScanRegisters(std::shared_ptr<VorControl::ControlProtocol::IProtocolRegisterAssembly> assembly,
-                  RegisterImage& image);
+                  RegisterImage& image, ControlRegisters& control);
 
     // Follows the blocks of the assembly as they are now. A block gets the last value of its data source, or what
-    // stands for a missing value when there was none.
+    // stands for a missing value when there was none; the blocks without data source are left to `control`.
     void Rebuild();
 
     // Forgets the last values; the next Rebuild starts without any.
@@ -49,15 +50,21 @@ private:
     using Sources = std::unordered_map<unsigned long, Source>; // by numeric id
 
     void AddSlot(Sources& next, const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock>& block);
+    void LeaveOut(const std::vector<RegisterRange>& others);
+    void Publish(std::size_t begin, std::size_t end);
     void Serialize(Slot& slot, ResultItem item);
     void SerializeMissing(Slot& slot);
     void WriteInto(Slot& slot, ResultItem item);
 
     const std::shared_ptr<VorControl::ControlProtocol::IProtocolRegisterAssembly> assembly;
     RegisterImage& image;
+    ControlRegisters& control;
     Sources sources;
     std::vector<unsigned char> bytes; // the image that is being made, in the order of the wire
-    Vor::Object missing;              // an item without a value
+    // What lies between the blocks of `control`, in ascending order.
+    std::vector<RegisterImage::Part> own;
+    std::vector<RegisterImage::Part> written; // for Publish; has room for `own`
+    Vor::Object missing;                      // an item without a value
 };
 
 } // namespace Services::Modbus

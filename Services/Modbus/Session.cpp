@@ -17,7 +17,7 @@ std::size_t Session::Process() {
             broken = true;
             break;
         }
-        outputEnd += handler.Answer(request, &output[outputEnd]);
+        outputEnd += handler.Answer(request, mayWrite, &output[outputEnd]);
         begin += request.Size();
         ++answered;
     }

@@ -15,8 +15,12 @@ namespace Services::Modbus {
 class Session {
 public:
     // `handler` must outlive the session.
-    explicit Session(const RequestHandler& handler)
-        : handler(handler) {}
+    Session(RequestHandler& handler, bool mayWrite)
+        : handler(handler)
+        , mayWrite(mayWrite) {}
+
+    // Whether the writing functions are served; holds from the next request on.
+    void SetMayWrite(bool value) { mayWrite = value; }
 
     // The room for received bytes. Never empty while no replies wait.
     std::span<unsigned char> ReceiveSpace() { return std::span(input).subspan(inputEnd); }
@@ -38,7 +42,8 @@ private:
     static constexpr std::size_t InputCapacity = 2048;
     static constexpr std::size_t OutputCapacity = std::size_t{16} * 1024;
 
-    const RequestHandler& handler;
+    RequestHandler& handler;
+    bool mayWrite;
     std::size_t inputEnd = 0;
     std::size_t outputBegin = 0;
     std::size_t outputEnd = 0;

@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
-#include "Services/Modbus/IRegisterReader.h"
+#include "Services/Modbus/IRegisterMap.h"
 
 namespace Services::Modbus {
 
@@ -29,8 +30,9 @@ inline Bytes ReadRequest(unsigned transaction, unsigned address, unsigned quanti
     return bytes;
 }
 
-// Registers that hold their own address, all from `first` to `last`.
-class AddressRegisters : public IRegisterReader {
+// Registers that hold their own address, all from `first` to `last`. Those from `firstInput` to `lastInput` may be
+// written, which is recorded and changes nothing.
+class AddressRegisters : public IRegisterMap {
 public:
     explicit AddressRegisters(unsigned first = 0, unsigned last = 65535)
         : first(first)
@@ -46,6 +48,34 @@ public:
         }
         return true;
     }
+
+    unsigned char Write(const RegisterWrite& write) override {
+        if (refusal != NoException) {
+            return refusal;
+        }
+        if (write.address < firstInput || write.address + write.values.size() / 2 > lastInput + 1) {
+            return IllegalDataAddress;
+        }
+        if (!write.read.empty() &&
+            !Read(write.readAddress, static_cast<std::uint16_t>(write.read.size() / 2), write.read.data())) {
+            return IllegalDataAddress;
+        }
+        writes.push_back({write.address, Bytes(write.values.begin(), write.values.end()), write.keep});
+        return NoException;
+    }
+
+    struct Written {
+        std::uint16_t address;
+        Bytes values;
+        std::uint16_t keep;
+
+        bool operator==(const Written&) const = default;
+    };
+
+    unsigned firstInput = 1;
+    unsigned lastInput = 0;
+    unsigned char refusal = NoException;
+    std::vector<Written> writes;
 
 private:
     unsigned first;

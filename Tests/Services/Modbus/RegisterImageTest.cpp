@@ -68,11 +68,20 @@ TEST(RegisterImage, ReadsTheLastRegister) {
     EXPECT_EQ(Read(image, 65534, 1), Bytes());
 }
 
-TEST(RegisterImage, WritesBytesInPlace) {
+// All of them in one write.
+void Write(RegisterImage& image, std::initializer_list<std::pair<std::size_t, Bytes>> written) {
+    std::vector<RegisterImage::Part> parts;
+    for (const auto& [offset, bytes] : written) {
+        parts.push_back({offset, bytes});
+    }
+    image.Write(parts);
+}
+
+TEST(RegisterImage, WritesPartsInPlace) {
     RegisterImage image;
-    image.Replace({{0, 4}}, Bytes(8, 0));
-    image.Write(3, Bytes{7, 8, 9});
-    EXPECT_EQ(Read(image, 0, 4), (Bytes{0, 0, 0, 7, 8, 9, 0, 0}));
+    image.Replace({{0, 6}}, Bytes(12, 0));
+    Write(image, {{3, {7, 8, 9}}, {0, {}}, {9, {5}}});
+    EXPECT_EQ(Read(image, 0, 6), (Bytes{0, 0, 0, 7, 8, 9, 0, 0, 0, 5, 0, 0}));
 }
 
 TEST(RegisterImage, ShowsOneWriteWholeToEveryRead) {
@@ -84,7 +93,8 @@ TEST(RegisterImage, ShowsOneWriteWholeToEveryRead) {
             if (i % 64 == 0) {
                 image.Replace({{0, 125}}, Bytes(250, static_cast<unsigned char>(i)));
             } else {
-                image.Write(0, Bytes(250, static_cast<unsigned char>(i)));
+                const Bytes half(125, static_cast<unsigned char>(i));
+                Write(image, {{0, half}, {125, half}});
             }
         }
     });

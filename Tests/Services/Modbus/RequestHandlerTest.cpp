@@ -7,17 +7,24 @@
 namespace Services::Modbus {
 namespace {
 
-Bytes Answer(const Bytes& request, unsigned char unit = 0, const IRegisterReader& registers = AddressRegisters()) {
+Bytes Ask(AddressRegisters& registers, const Bytes& request, unsigned char unit = 0, bool mayWrite = true) {
     Frame frame;
     EXPECT_EQ(DecodeFrame(request, frame), FrameStatus::Complete);
     Bytes reply(MaxFrameSize + 8, 0xEE);
-    const std::size_t size = RequestHandler(registers, unit).Answer(frame, reply.data());
+    ServerCounters counters;
+    const std::size_t size = RequestHandler(registers, counters, unit).Answer(frame, mayWrite, reply.data());
     EXPECT_LE(size, MaxFrameSize);
     for (std::size_t i = size; i < reply.size() && size <= MaxFrameSize; ++i) {
         EXPECT_TRUE(reply[i] == 0xEE || i < MaxFrameSize) << "written behind the reply at " << i;
     }
     reply.resize(size);
+    EXPECT_EQ(counters.requests, 1u);
+    EXPECT_EQ(counters.exceptions, (reply.at(7) & 0x80) ? 1u : 0u);
     return reply;
+}
+
+Bytes Answer(const Bytes& request, unsigned char unit = 0, AddressRegisters registers = AddressRegisters()) {
+    return Ask(registers, request, unit);
 }
 
 Bytes Exception(unsigned char function, unsigned char code, unsigned char unit = 1) {
@@ -48,7 +55,7 @@ TEST(RequestHandler, RefusesAReadBeyondTheLastRegisterWithException2) {
 }
 
 TEST(RequestHandler, RefusesARangeWithoutAnyBlockWithException2) {
-    const AddressRegisters registers(10, 19);
+    AddressRegisters registers(10, 19);
     EXPECT_EQ(Answer(ReadRequest(9, 0, 10), 0, registers), Exception(3, 2));
     EXPECT_EQ(Answer(ReadRequest(9, 20, 10), 0, registers), Exception(3, 2));
     EXPECT_EQ(Answer(ReadRequest(9, 19, 2), 0, registers), (Bytes{0, 9, 0, 0, 0, 7, 1, 3, 4, 0, 19, 0, 0}));
@@ -62,7 +69,7 @@ TEST(RequestHandler, RefusesAReadOfAnotherLengthWithException3) {
 
 TEST(RequestHandler, RefusesEveryOtherFunctionWithException1) {
     for (unsigned function = 0; function < 256; ++function) {
-        if (function == 3 || function == 4) {
+        if (function == 3 || function == 4 || function == 6 || function == 16 || function == 22 || function == 23) {
             continue;
         }
         const auto code = static_cast<unsigned char>(function);
@@ -81,6 +88,155 @@ TEST(RequestHandler, AnswersForAnotherUnitWithException11) {
     for (const unsigned char unit : {0, 4, 6, 255}) {
         EXPECT_EQ(Answer(ReadRequest(9, 0, 1, unit), 5), Exception(3, 11, unit));
     }
+}
+
+// Requests from a client, with the frames as they go over the wire: transaction 9, unit 1.
+class RequestHandlerWriting : public testing::Test {
+protected:
+    RequestHandlerWriting() {
+        registers.firstInput = 1000;
+        registers.lastInput = 1199;
+    }
+
+    Bytes Answer(const Bytes& request) { return Ask(registers, request); }
+
+    void ExpectWritten(std::uint16_t address, const Bytes& values, std::uint16_t keep = 0) {
+        ASSERT_EQ(registers.writes.size(), 1u);
+        EXPECT_EQ(registers.writes[0], (AddressRegisters::Written{address, values, keep}));
+        registers.writes.clear();
+    }
+
+    // Each of them changes nothing.
+    void ExpectException(const Bytes& request, unsigned char code) {
+        EXPECT_EQ(Answer(request), Exception(request.at(7), code));
+        EXPECT_TRUE(registers.writes.empty());
+    }
+
+    AddressRegisters registers;
+};
+
+Bytes WithHeader(const Bytes& pdu) {
+    Bytes header(7);
+    EncodeHeader(header.data(), 9, 1, pdu.size());
+    return header + pdu;
+}
+
+// Function 16 for registers from address 1000 on, all of them 0x5A5A.
+Bytes WriteMany(unsigned quantity, std::size_t byteCount, std::size_t bytes) {
+    return WithHeader(Bytes{16, 0x03, 0xE8, static_cast<unsigned char>(quantity >> 8),
+                            static_cast<unsigned char>(quantity), static_cast<unsigned char>(byteCount)} +
+                      Bytes(bytes, 0x5A));
+}
+
+// Function 23: reads registers from address 0 on and writes some from address 1000 on.
+Bytes ReadWrite(unsigned readQuantity, unsigned quantity, std::size_t byteCount, std::size_t bytes) {
+    return WithHeader(Bytes{23, 0, 0, static_cast<unsigned char>(readQuantity >> 8),
+                            static_cast<unsigned char>(readQuantity), 0x03, 0xE8,
+                            static_cast<unsigned char>(quantity >> 8), static_cast<unsigned char>(quantity),
+                            static_cast<unsigned char>(byteCount)} +
+                      Bytes(bytes, 0x5A));
+}
+
+TEST_F(RequestHandlerWriting, WritesOneRegisterWithFunction6) {
+    const Bytes request = {0, 9, 0, 0, 0, 6, 1, 6, 0x03, 0xE8, 0x12, 0x34};
+    EXPECT_EQ(Answer(request), request);
+    ExpectWritten(1000, {0x12, 0x34});
+}
+
+TEST_F(RequestHandlerWriting, WritesManyRegistersWithFunction16) {
+    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 11, 1, 16, 0x03, 0xE9, 0, 2, 4, 0x12, 0x34, 0x56, 0x78}),
+              (Bytes{0, 9, 0, 0, 0, 6, 1, 16, 0x03, 0xE9, 0, 2}));
+    ExpectWritten(1001, {0x12, 0x34, 0x56, 0x78});
+    EXPECT_EQ(Answer(WriteMany(123, 246, 246)), (Bytes{0, 9, 0, 0, 0, 6, 1, 16, 0x03, 0xE8, 0, 123}));
+    ExpectWritten(1000, Bytes(246, 0x5A));
+}
+
+TEST_F(RequestHandlerWriting, WritesBitsOfARegisterWithFunction22) {
+    const Bytes request = {0, 9, 0, 0, 0, 8, 1, 22, 0x03, 0xE8, 0x00, 0xF2, 0x00, 0x25};
+    EXPECT_EQ(Answer(request), request);
+    ExpectWritten(1000, {0x00, 0x25}, 0x00F2);
+}
+
+TEST_F(RequestHandlerWriting, WritesAndReadsWithFunction23) {
+    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 15, 1, 23, 0x01, 0x02, 0, 2, 0x03, 0xE8, 0, 2, 4, 1, 2, 3, 4}),
+              (Bytes{0, 9, 0, 0, 0, 7, 1, 23, 4, 0x01, 0x02, 0x01, 0x03}));
+    ExpectWritten(1000, {1, 2, 3, 4});
+    EXPECT_EQ(Answer(ReadWrite(125, 1, 2, 2)).size(), 259u);
+    ExpectWritten(1000, {0x5A, 0x5A});
+    EXPECT_EQ(Answer(ReadWrite(1, 121, 242, 242)), (Bytes{0, 9, 0, 0, 0, 5, 1, 23, 2, 0, 0}));
+    ExpectWritten(1000, Bytes(242, 0x5A));
+}
+
+TEST_F(RequestHandlerWriting, RefusesAWriteOutsideOfInputBlocksWithException2) {
+    ExpectException({0, 9, 0, 0, 0, 6, 1, 6, 0x03, 0xE7, 0, 1}, 2);
+    ExpectException({0, 9, 0, 0, 0, 11, 1, 16, 0x04, 0xAF, 0, 2, 4, 1, 2, 3, 4}, 2);
+    ExpectException({0, 9, 0, 0, 0, 8, 1, 22, 0x04, 0xB0, 0, 0, 0, 0}, 2);
+    ExpectException({0, 9, 0, 0, 0, 13, 1, 23, 0, 0, 0, 1, 0x03, 0xE7, 0, 1, 2, 3, 4}, 2);
+}
+
+TEST_F(RequestHandlerWriting, RefusesRangesBeyondTheLastRegisterWithException2) {
+    registers.lastInput = 65535;
+    ExpectException({0, 9, 0, 0, 0, 11, 1, 16, 0xFF, 0xFF, 0, 2, 4, 1, 2, 3, 4}, 2);
+    ExpectException({0, 9, 0, 0, 0, 15, 1, 23, 0, 0, 0, 1, 0xFF, 0xFF, 0, 2, 4, 1, 2, 3, 4}, 2);
+    ExpectException({0, 9, 0, 0, 0, 13, 1, 23, 0xFF, 0xFF, 0, 2, 0x03, 0xE8, 0, 1, 2, 3, 4}, 2);
+    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 6, 1, 6, 0xFF, 0xFF, 0, 1}).size(), 12u);
+}
+
+TEST_F(RequestHandlerWriting, RefusesQuantitiesAndByteCountsWithException3) {
+    ExpectException(WriteMany(0, 0, 0), 3);
+    ExpectException(WriteMany(124, 248 - 2, 246), 3);
+    ExpectException(WriteMany(123, 245, 246), 3);
+    ExpectException(WriteMany(2, 2, 4), 3);
+    ExpectException(WriteMany(2, 4, 2), 3);
+    ExpectException(WriteMany(2, 4, 6), 3);
+    ExpectException(WriteMany(258, 4, 4), 3);
+    ExpectException(WriteMany(65535, 254, 246), 3);
+    ExpectException(ReadWrite(0, 1, 2, 2), 3);
+    ExpectException(ReadWrite(126, 1, 2, 2), 3);
+    ExpectException(ReadWrite(1, 0, 0, 0), 3);
+    ExpectException(ReadWrite(1, 122, 244, 243), 3);
+    ExpectException(ReadWrite(1, 2, 2, 4), 3);
+    ExpectException(ReadWrite(1, 2, 4, 2), 3);
+    ExpectException(ReadWrite(1, 2, 4, 6), 3);
+}
+
+TEST_F(RequestHandlerWriting, RefusesOtherLengthsWithException3) {
+    const Bytes one = {6, 0x03, 0xE8, 0, 1};
+    const Bytes mask = {22, 0x03, 0xE8, 0, 1, 0, 2};
+    const Bytes many = {16, 0x03, 0xE8, 0, 1, 2, 0, 1};
+    const Bytes both = {23, 0, 0, 0, 1, 0x03, 0xE8, 0, 1, 2, 0, 1};
+    for (const Bytes& whole : {one, mask, many, both}) {
+        for (std::size_t size = 1; size < whole.size(); ++size) {
+            ExpectException(WithHeader(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))), 3);
+        }
+        ExpectException(WithHeader(whole + Bytes{0}), 3);
+        EXPECT_LT(Answer(WithHeader(whole)).at(7), 0x80);
+        registers.writes.clear();
+    }
+}
+
+TEST_F(RequestHandlerWriting, PassesTheRefusalOfTheRegistersOn) {
+    registers.refusal = ServerDeviceBusy;
+    for (const Bytes& request : {WithHeader({6, 0x03, 0xE8, 0, 1}), WriteMany(1, 2, 2),
+                                 WithHeader({22, 0x03, 0xE8, 0, 1, 0, 2}), ReadWrite(1, 1, 2, 2)}) {
+        ExpectException(request, 6);
+    }
+}
+
+TEST_F(RequestHandlerWriting, RefusesWritingFunctionsWithException1WhereTheClientMayNotWrite) {
+    for (const unsigned char function : {6, 16, 22, 23}) {
+        for (const Bytes& arguments : {Bytes{0x03, 0xE8, 0, 1}, Bytes{}}) {
+            EXPECT_EQ(Ask(registers, WithHeader(Bytes{function} + arguments), 0, false), Exception(function, 1));
+        }
+    }
+    EXPECT_TRUE(registers.writes.empty());
+    EXPECT_EQ(Ask(registers, ReadRequest(9, 1, 1), 0, false), (Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0, 1}));
+}
+
+TEST_F(RequestHandlerWriting, AnswersForAnotherUnitWithException11) {
+    EXPECT_EQ(Ask(registers, WithHeader({6, 0x03, 0xE8, 0, 1}), 5), Exception(6, 11));
+    EXPECT_EQ(Ask(registers, WithHeader({6, 0x03, 0xE8, 0, 1}), 5, false), Exception(6, 11));
+    EXPECT_TRUE(registers.writes.empty());
 }
 
 } // namespace

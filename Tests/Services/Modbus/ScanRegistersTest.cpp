@@ -12,9 +12,18 @@ namespace {
 
 using VorControl::ControlProtocol::ProtocolRegisterAssemblyBase;
 
+class NoCommands : public ICommandRunner {
+public:
+    bool IsBusy() const override { return false; }
+    void Run(const CommandInput&) override {}
+};
+
 class ScanRegistersTest : public testing::Test {
 protected:
-    ScanRegistersTest() { AddScanBlockTypes(*assembly); }
+    ScanRegistersTest() {
+        AddScanBlockTypes(*assembly);
+        AddControlBlockTypes(*assembly);
+    }
 
     void Map(const std::vector<BlockToAdd>& blocks) {
         AddBlocks(*assembly, blocks);
@@ -34,7 +43,9 @@ protected:
     std::shared_ptr<ProtocolRegisterAssemblyBase> assembly =
         std::make_shared<ProtocolRegisterAssemblyBase>(true, 0, 65534, "registerAssembly-0", "Map");
     RegisterImage image;
-    ScanRegisters registers{assembly, image};
+    NoCommands commands;
+    ControlRegisters control{image, commands};
+    ScanRegisters registers{assembly, image, control};
 };
 
 TEST_F(ScanRegistersTest, ShowsAMissingValueUntilTheFirstFrame) {
@@ -198,6 +209,45 @@ TEST_F(ScanRegistersTest, BearsATextThatReachesBeyondTheLastAddress) {
     EXPECT_EQ(Read(65500, 1), (Bytes{'x', 0}));
 }
 
+TEST_F(ScanRegistersTest, LeavesTheRegistersThatNoScanFeedsAlone) {
+    Map({{"MeasurementValue", "a", 0},
+         {"ControlInput", "", 2},
+         {"ControlOutput", "", 67},
+         {"MeasurementValue", "b", 70},
+         {"Scanner", "", 80},
+         {"MeasurementValue", "c", 95}});
+    const Bytes request = Words({7, 0xABCD});
+    EXPECT_EQ(control.Write({.address = 2, .values = request}), NoException);
+    control.SetScannerState({.firstScannerByte = 2, .signedScannerValue = -1});
+    for (int turn = 1; turn <= 2; ++turn) {
+        Process(Results().Measurement("a", 0.001 * turn).Measurement("b", 0.002).Measurement("c", 0.003));
+        const auto value = static_cast<unsigned>(turn);
+        EXPECT_EQ(Read(0, 4), Words({0, value, 7, 0xABCD}));
+        EXPECT_EQ(Read(67, 5), Words({7, 1, 0, 0, 2}));
+        EXPECT_EQ(Read(80, 4), Words({0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF}));
+        EXPECT_EQ(Read(88, 2), Words({2, 0}));
+        EXPECT_EQ(Read(95, 2), Words({0, 3}));
+    }
+    Process(Results().Measurement("b", 0.004));
+    EXPECT_EQ(Read(67, 5), Words({7, 1, 0, 0, 4}));
+}
+
+TEST_F(ScanRegistersTest, TakesTheRegistersThatNoScanFeedsToTheirNewPlaces) {
+    Map({{"ControlInput", "", 0}, {"MeasurementValue", "a", 65}});
+    const Bytes request = Words({7, 0xABCD});
+    EXPECT_EQ(control.Write({.address = 0, .values = request}), NoException);
+    control.SetScannerState({.secondScannerByte = 1, .unsignedScannerValue = 0x0102030405060708});
+    assembly->ResetRegisterAssembly();
+    assembly->ChangeBigEndianSupportedBlocks(false);
+    Map({{"Scanner", "", 10}, {"ControlOutput", "", 30}, {"ControlInput", "", 200}});
+    EXPECT_EQ(Read(0, 10), Bytes());
+    EXPECT_EQ(Read(14, 6), Words({0x0708, 0x0506, 0x0304, 0x0102, 0, 1}));
+    EXPECT_EQ(Read(30, 3), Words({7, 1, 0}));
+    EXPECT_EQ(Read(200, 3), Words({7, 0xABCD, 0}));
+    EXPECT_EQ(Read(264, 2), Words({0, 0}));
+    EXPECT_EQ(Read(265, 1), Bytes());
+}
+
 TEST_F(ScanRegistersTest, GivesBackEveryResultWhenItGoes) {
     const auto before = yObject_LiveCount();
     {
@@ -205,7 +255,8 @@ TEST_F(ScanRegistersTest, GivesBackEveryResultWhenItGoes) {
         AddScanBlockTypes(*own);
         AddBlocks(*own, {{"MeasurementValue", "a", 0}});
         RegisterImage ownImage;
-        ScanRegisters ownRegisters(own, ownImage);
+        ControlRegisters ownControl(ownImage, commands);
+        ScanRegisters ownRegisters(own, ownImage, ownControl);
         ownRegisters.Rebuild();
         ownRegisters.Process(Results().Measurement("a", 1).Get());
         ownRegisters.Process(Results().Measurement("a", 2).Get());

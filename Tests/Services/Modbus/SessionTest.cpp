@@ -7,12 +7,13 @@
 namespace Services::Modbus {
 namespace {
 
-const AddressRegisters Registers;
-const RequestHandler Handler(Registers, 0);
+AddressRegisters Registers;
+ServerCounters Counters;
+RequestHandler Handler(Registers, Counters, 0);
 
 // What a session replies to the stream when it comes in pieces of `step` bytes and each reply is taken at once.
 Bytes Replies(const Bytes& stream, std::size_t step) {
-    Session session(Handler);
+    Session session(Handler, true);
     Bytes replies;
     std::size_t at = 0;
     while (at < stream.size() && !session.Broken()) {
@@ -58,7 +59,7 @@ TEST(Session, AnswersWhatCameBeforeSomethingThatIsNoFrame) {
 }
 
 TEST(Session, StopsAnsweringAndReceivingUntilItsRepliesAreTaken) {
-    Session session(Handler);
+    Session session(Handler, true);
     std::size_t requests = 0;
     for (;;) {
         const auto space = session.ReceiveSpace();
@@ -84,6 +85,24 @@ TEST(Session, StopsAnsweringAndReceivingUntilItsRepliesAreTaken) {
     }
     EXPECT_EQ(answered, requests);
     EXPECT_TRUE(session.Replies().empty());
+}
+
+TEST(Session, KnowsTheWritingFunctionsOnlyWhereItMayWrite) {
+    const Bytes write = {0, 9, 0, 0, 0, 6, 1, 6, 0, 7, 0, 1};
+    Session session(Handler, false);
+    const auto ask = [&] {
+        std::copy(write.begin(), write.end(), session.ReceiveSpace().begin());
+        session.Received(write.size());
+        session.Process();
+        const Bytes reply(session.Replies().begin(), session.Replies().end());
+        session.Sent(reply.size());
+        return reply;
+    };
+    EXPECT_EQ(ask(), (Bytes{0, 9, 0, 0, 0, 3, 1, 0x86, 1}));
+    session.SetMayWrite(true);
+    EXPECT_EQ(ask(), (Bytes{0, 9, 0, 0, 0, 3, 1, 0x86, 2}));
+    session.SetMayWrite(false);
+    EXPECT_EQ(ask(), (Bytes{0, 9, 0, 0, 0, 3, 1, 0x86, 1}));
 }
 
 } // namespace

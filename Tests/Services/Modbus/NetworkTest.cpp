@@ -1,0 +1,122 @@
+#include "Services/Modbus/Network.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+
+#include "Vor/Exception.h"
+
+namespace Services::Modbus {
+namespace {
+
+NetworkAddress AddressOf(std::string text) {
+    if (text.find(':') == std::string::npos) {
+        text = "::ffff:" + text;
+    }
+    NetworkAddress address;
+    EXPECT_EQ(inet_pton(AF_INET6, text.c_str(), address.data()), 1) << text;
+    return address;
+}
+
+bool Contains(const std::string& network, const std::string& address) {
+    const auto parsed = Network::Parse(network);
+    EXPECT_TRUE(parsed) << network;
+    return parsed && parsed->Contains(AddressOf(address));
+}
+
+TEST(Network, ContainsTheAddressesWithItsFirstBits) {
+    EXPECT_TRUE(Contains("192.168.1.0/24", "192.168.1.0"));
+    EXPECT_TRUE(Contains("192.168.1.0/24", "192.168.1.255"));
+    EXPECT_FALSE(Contains("192.168.1.0/24", "192.168.2.0"));
+    EXPECT_FALSE(Contains("192.168.1.0/24", "192.168.0.255"));
+    EXPECT_TRUE(Contains("10.20.48.0/21", "10.20.55.255"));
+    EXPECT_FALSE(Contains("10.20.48.0/21", "10.20.56.0"));
+    EXPECT_TRUE(Contains("fd00:1::/32", "fd00:1:ffff::1"));
+    EXPECT_FALSE(Contains("fd00:1::/32", "fd00:2::1"));
+    EXPECT_TRUE(Contains("fe80::/10", "febf::1"));
+    EXPECT_FALSE(Contains("fe80::/10", "fec0::1"));
+}
+
+TEST(Network, MayBeOneAddress) {
+    for (const char* network : {"10.0.0.7", "10.0.0.7/32"}) {
+        EXPECT_TRUE(Contains(network, "10.0.0.7"));
+        EXPECT_FALSE(Contains(network, "10.0.0.6"));
+        EXPECT_FALSE(Contains(network, "10.0.0.8"));
+    }
+    for (const char* network : {"::1", "::1/128"}) {
+        EXPECT_TRUE(Contains(network, "::1"));
+        EXPECT_FALSE(Contains(network, "::2"));
+        EXPECT_FALSE(Contains(network, "0.0.0.1"));
+    }
+}
+
+TEST(Network, TakesNoNoticeOfBitsBehindItsLength) {
+    EXPECT_TRUE(Contains("192.168.1.77/24", "192.168.1.3"));
+    EXPECT_TRUE(Contains("fd00::1/8", "fdff::"));
+}
+
+TEST(Network, KeepsIpV4AndIpV6Apart) {
+    EXPECT_TRUE(Contains("0.0.0.0/0", "255.255.255.255"));
+    EXPECT_FALSE(Contains("0.0.0.0/0", "::1"));
+    EXPECT_FALSE(Contains("0.0.0.0/0", "2001:db8::1"));
+    EXPECT_TRUE(Contains("::/0", "2001:db8::1"));
+    EXPECT_FALSE(Contains("::/0", "127.0.0.1"));
+    EXPECT_FALSE(Contains("::/80", "127.0.0.1"));
+}
+
+TEST(Network, CountsAMappedAddressAsIpV4) {
+    EXPECT_TRUE(Contains("127.0.0.0/8", "::ffff:127.0.0.1"));
+    EXPECT_TRUE(Contains("::ffff:10.0.0.0/104", "10.9.8.7"));
+    EXPECT_FALSE(Contains("::ffff:10.0.0.0/104", "11.0.0.0"));
+}
+
+TEST(Network, RefusesAnyOtherText) {
+    for (const char* text : {"",
+                             "/",
+                             "/8",
+                             "10.0.0.0/",
+                             "10.0.0.0/33",
+                             "10.0.0.0/-1",
+                             "10.0.0.0/+8",
+                             "10.0.0.0/8 ",
+                             " 10.0.0.0/8",
+                             "10.0.0.0 /8",
+                             "10.0.0.0/8/8",
+                             "10.0.0/8",
+                             "10.0.0.256",
+                             "10.0.0.0/a",
+                             "10.0.0.0/4294967304",
+                             "::/129",
+                             "::1/",
+                             ":::/8",
+                             "fe80::1%lo/64",
+                             "[::1]",
+                             "localhost",
+                             "10.0.0.0/255.0.0.0",
+                             "10.0.0.1:502",
+                             "0x7f.0.0.1"}) {
+        EXPECT_FALSE(Network::Parse(text)) << text;
+    }
+    EXPECT_FALSE(Network::Parse(std::string("10.0.0.1\0", 9)));
+    EXPECT_FALSE(Network::Parse(std::string("10.0.0.0\0/8", 11)));
+}
+
+TEST(Network, NamesTheEntryThatIsNone) {
+    try {
+        ParseNetworks({"10.0.0.0/8", "the office", "::1"});
+        FAIL();
+    } catch (const Vor::Exception& e) {
+        EXPECT_EQ(e.Status(), yERROR_PARAMETER);
+        EXPECT_STREQ(e.what(), "\"the office\" is not a network such as 192.168.1.0/24 or fd00::/8, nor an IP address");
+    }
+}
+
+TEST(Network, OfAListContainsWhatOneOfThemDoes) {
+    const auto networks = ParseNetworks({"10.0.0.0/8", "::1"});
+    EXPECT_TRUE(Contain(networks, AddressOf("10.1.2.3")));
+    EXPECT_TRUE(Contain(networks, AddressOf("::1")));
+    EXPECT_FALSE(Contain(networks, AddressOf("11.1.2.3")));
+    EXPECT_FALSE(Contain({}, AddressOf("10.1.2.3")));
+}
+
+} // namespace
+} // namespace Services::Modbus
