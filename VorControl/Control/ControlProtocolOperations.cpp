@@ -94,6 +94,7 @@ ControlProtocolOperations::~ControlProtocolOperations() {
     asyncRunner.reset();
     dispatcherRunning.store(false, std::memory_order_relaxed);
     try {
+        dispatcherQueue.Add(nullptr); // ends the queue wait
         Vor::ThrowIfFailed(yThread_Join(dispatcherThread.Get(), yINFINITE, nullptr));
         dispatcherQueue.Clear();
     } catch (const std::exception& e) {
@@ -357,7 +358,9 @@ void ControlProtocolOperations::DispatchNext() {
     std::unique_ptr<EndOfOpResult> result;
     const yStatus status = dispatcherQueue.Remove(result, queueWait);
     if (status == yOK) {
-        EndOperation(*result);
+        if (result) {
+            EndOperation(*result);
+        }
     } else if (status != yERROR_TIMEOUT) {
         Vor::LogError("Dispatcher queue wait failed with error %d", status);
     }

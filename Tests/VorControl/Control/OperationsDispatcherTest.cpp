@@ -1,0 +1,180 @@
+#include "VorControl/Control/ControlProtocolOperations.h"
+
+#include "Tests/Support/MainLoopThread.h"
+#include "Tests/VorControl/Control/OperationsFixture.h"
+
+#include "VorScan/AlignCompletionStatus.h"
+#include "yApi/yObject.h"
+
+#include <atomic>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+
+using Tests::Texts;
+using VorControl::ControlProtocolOperations;
+
+namespace {
+
+class OperationsDispatcherTest : public Tests::OperationsFixture {};
+
+TEST_F(OperationsDispatcherTest, AFailingQueueWaitIsLoggedAndTheThreadGoesOn) {
+    faults.Set("yMsgQueue_Remove", -31, 0, 2);
+    ASSERT_TRUE(Tests::WaitUntil([] { return yFault_HitCount() == 2; }));
+    operations->StartScan("a");
+    EXPECT_EQ(RunToEnd(), Texts{"a 1"});
+    EXPECT_EQ(log.Count(Vor::LevelError, "Dispatcher queue wait failed with error -31"), 2U);
+}
+
+TEST_F(OperationsDispatcherTest, ATimeOutOfTheQueueWaitIsSilent) {
+    faults.Set("yMsgQueue_Remove", yERROR_TIMEOUT, 0, 3);
+    ASSERT_TRUE(Tests::WaitUntil([] { return yFault_HitCount() == 3; }));
+    operations->StartScan("a");
+    EXPECT_EQ(RunToEnd(), Texts{"a 1"});
+    EXPECT_TRUE(log.Records().empty());
+}
+
+TEST_F(OperationsDispatcherTest, AThrowingHandlerIsLoggedAndTheNextOperationEnds) {
+    operations->AddOpEndEventHandler("b", [](int) { Vor::Throw(yERROR_FULL, "no room"); });
+    operations->AddOpEndEventHandler("b", ends.Handler("behind it"));
+    operations->StartScan("b");
+    loop.RunReady();
+    ASSERT_TRUE(log.WaitFor("Caught exception with status -977: no room"));
+    EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
+    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_EQ(ends.Count(), 0U);
+}
+
+TEST_F(OperationsDispatcherTest, WhateverAHandlerThrowsTheThreadGoesOn) {
+    std::atomic<int> calls = 0;
+    operations->AddOpEndEventHandler("b", [&](int) {
+        if (++calls == 1) {
+            throw std::runtime_error("broken");
+        }
+        throw 7;
+    });
+    operations->StartScan("b");
+    loop.RunReady();
+    ASSERT_TRUE(log.WaitFor("Caught std::runtime_error: broken"));
+    operations->StartScan("b");
+    loop.RunReady();
+    ASSERT_TRUE(Tests::WaitUntil([&] { return log.Count(Vor::LevelError, "EXCEPTION THROWN: ") == 2; }));
+    EXPECT_FALSE(SlotIsTaken());
+}
+
+TEST_F(OperationsDispatcherTest, AnEndWithTheSlotFreeIsHandledAndThenLoggedAsAWrongState) {
+    scanEngine.OnCall([&](const std::string& call) {
+        if (call == "Alignment s1") {
+            scanEngine.completed.Raise(VorScan::AlignCompletionStatus::Succeeded);
+            ASSERT_TRUE(Tests::WaitUntil([&] { return ends.Count() == 1; }));
+            Vor::Throw(yERROR_STATE, "ended and failed");
+        }
+    });
+    operations->Alignment("a", "s1");
+    EXPECT_EQ(RunToEnd(2), (Texts{"a 1", "a 0"}));
+    ASSERT_TRUE(log.WaitFor("Caught exception with status -1000: (no text)"));
+    EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
+    EXPECT_FALSE(SlotIsTaken());
+}
+
+TEST_F(OperationsDispatcherTest, HasOneNamedThreadFromItsConstructionToItsEnd) {
+    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::DispatcherName) == 1; }));
+    operations.reset();
+    EXPECT_EQ(Tests::CountThreads(Tests::DispatcherName), 0U);
+}
+
+TEST_F(OperationsDispatcherTest, AConstructorThatFailsThrowsTheStatusAndLeavesNothing) {
+    operations.reset();
+    const auto liveBefore = yObject_LiveCount();
+    for (const char* step : {"yMsgQueue_Construct", "yMsgQueue_SetDropHandler", "yLock_Construct", "yThread_Construct",
+                             "yThread_SetName", "yThread_Start"}) {
+        SCOPED_TRACE(step);
+        faults.SetHere(step, -31);
+        EXPECT_TEXTLESS_FAILURE(Make(), -31);
+        EXPECT_EQ(Tests::CountThreads(Tests::DispatcherName), 0U);
+        EXPECT_EQ(yObject_LiveCount(), liveBefore);
+    }
+    Make();
+    operations->StartScan("a");
+    EXPECT_EQ(RunToEnd(), Texts{"a 1"});
+}
+
+TEST_F(OperationsDispatcherTest, AnActionThatHasNotBegunNeverDoes) {
+    operations->StartScan("a");
+    operations.reset();
+    loop.RunReady();
+    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_EQ(ends.Count(), 0U);
+}
+
+TEST_F(OperationsDispatcherTest, ADestructorThatFailsLogsAndLosesTheEndsThatWait) {
+    const auto liveBefore = yObject_LiveCount();
+    Tests::Signal entered;
+    Tests::Signal leave;
+    operations->AddOpEndEventHandler("b", [&](int) {
+        entered.Set();
+        leave.Wait();
+    });
+    operations->StartScan("b");
+    loop.RunReady();
+    ASSERT_TRUE(entered.Wait());
+    operations->StartScan("a");
+    loop.RunReady();
+    faults.Set("yThread_Join", -31);
+    std::thread destroyer([this] { operations.reset(); });
+    EXPECT_TRUE(log.WaitFor("Caught exception with status -31: (no text)"));
+    leave.Set();
+    destroyer.join();
+    EXPECT_EQ(log.Count(Vor::LevelError, "Exception thrown in destructor"), 1U);
+    EXPECT_EQ(ends.Count(), 0U);
+    EXPECT_EQ(yObject_LiveCount(), liveBefore);
+}
+
+TEST(OperationsUnderLoadTest, ManyProtocolsRaceForTheSlotAndEachThatGetsItIsToldOneEnd) {
+    constexpr int protocols = 4;
+    constexpr int attempts = 300;
+    Tests::MainLoopThread loop;
+    Tests::FakeSystemInterface system;
+    Tests::FakeScanEngineInterface scanEngine;
+    VorCommon::RuntimeCache runtimeCache;
+    std::atomic<int> acting = 0;
+    std::atomic<bool> overlapped = false;
+    system.OnCall([&](const std::string&) {
+        overlapped = overlapped || ++acting != 1;
+        --acting;
+    });
+    Tests::Signal released;
+    std::atomic<int> started = 0;
+    std::atomic<int> ended = 0;
+    std::optional<ControlProtocolOperations> operations;
+    operations.emplace(system, scanEngine, runtimeCache);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < protocols; ++i) {
+        threads.emplace_back([&, id = "p" + std::to_string(i)] {
+            released.Wait();
+            // Its handler comes while others are told their ends.
+            auto callback = operations->AddOpEndEventHandler(id, [&](int status) { ended += status; });
+            int own = 0;
+            for (int attempt = 0; attempt < attempts; ++attempt) {
+                if (!Tests::FailureOf([&] { operations->StartScan(id); })) {
+                    ++own;
+                    const int expected = ++started;
+                    ASSERT_TRUE(Tests::WaitUntil([&] { return ended >= expected; }));
+                }
+            }
+            EXPECT_GE(own, 0);
+            operations->RemoveOpEndEventHandler(id, callback);
+        });
+    }
+    released.Set();
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    EXPECT_GT(started, 0);
+    EXPECT_EQ(ended, started);
+    EXPECT_FALSE(overlapped);
+    operations.reset();
+    EXPECT_EQ(system.TakeCalls().size(), static_cast<std::size_t>(started));
+}
+
+} // namespace

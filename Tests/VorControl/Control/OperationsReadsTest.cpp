@@ -1,0 +1,246 @@
+#include "VorControl/Control/ControlProtocolOperations.h"
+
+#include "Tests/VorControl/Control/OperationsFixture.h"
+
+#include "VorApi/Object.h"
+#include "VorMsg/VvNullMsg.h"
+
+#include <optional>
+#include <thread>
+
+using Tests::Texts;
+using VorControl::ControlProtocolOperations;
+using System = VorControl::IControlSystemInterface;
+using Block = VorCommon::RuntimeCache::MainLoopBlock;
+
+namespace {
+
+constexpr unsigned long long timeout = 1000000;
+
+class OperationsReadsTest : public Tests::OperationsFixture {
+protected:
+    OperationsReadsTest() {
+        system.dateTime = 1234567890123456;
+        system.ntpHost = "time.host";
+        system.syncTime = true;
+        EXPECT_EQ(VvNullMsg_Construct(system.liveJob.Out()), yOK);
+        source.type = VorPipe::PipeDataType::Measurement;
+        source.arrayed = true;
+        source.name = "profile/max";
+        source.displayName = "Max";
+        system.dataSources["profile/max"] = source;
+        handlers.created = [this](const std::string& name) { events.push_back("created " + name); };
+        handlers.deleted = [this](const std::string& name) { events.push_back("deleted " + name); };
+        handlers.updated = [this](const std::string& name) { events.push_back("updated " + name); };
+    }
+
+    void TearDown() override { EXPECT_EQ(yObject_ShareCount(system.liveJob.Get()), 1); }
+
+    static void ExpectEqual(const System::ControlDataSourceProperties& one,
+                            const System::ControlDataSourceProperties& other) {
+        EXPECT_EQ(one.type, other.type);
+        EXPECT_EQ(one.arrayed, other.arrayed);
+        EXPECT_EQ(one.name, other.name);
+        EXPECT_EQ(one.displayName, other.displayName);
+    }
+
+    /// Each read gives what the system tells.
+    void ReadAll() {
+        EXPECT_EQ(operations->LocalNodeDateTime(timeout), 1234567890123456);
+        EXPECT_EQ(operations->LocalNodeNtpHost(timeout), "time.host");
+        EXPECT_TRUE(operations->LocalNodeSyncTime("other", timeout));
+        System::ControlDataSourceProperties out;
+        out.name = "former";
+        operations->DataSourceProperties("profile/max", out, timeout);
+        ExpectEqual(out, source);
+        const Vor::Object job = Vor::Object::Take(operations->LiveJob(timeout));
+        EXPECT_EQ(job.Get(), system.liveJob.Get());
+        EXPECT_EQ(yObject_ShareCount(job.Get()), 2);
+        EXPECT_EQ(system.TakeCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other",
+                                             "DataSourceProperties profile/max", "LiveJob"}));
+    }
+
+    /// Each read gives what stands for no answer.
+    void ExpectNoAnswers() {
+        EXPECT_EQ(operations->LocalNodeDateTime(timeout), 0);
+        EXPECT_EQ(operations->LocalNodeNtpHost(timeout), "");
+        EXPECT_FALSE(operations->LocalNodeSyncTime("other", timeout));
+        System::ControlDataSourceProperties out = source;
+        operations->DataSourceProperties("profile/max", out, timeout);
+        ExpectEqual(out, {});
+        EXPECT_EQ(operations->LiveJob(timeout), nullptr);
+        operations->AddDataSourceEventHandler(handlers, ids, timeout);
+        EXPECT_FALSE(ids.created.IsSet() || ids.deleted.IsSet() || ids.updated.IsSet());
+        ids.created = other;
+        operations->RemoveDataSourceEventHandler(ids, timeout);
+        EXPECT_TRUE(ids.created.IsSet());
+    }
+
+    /// Runs the call on a thread of its own while this one is the main loop's and `serve` is called again and again.
+    template <class Call, class Serve>
+    void OnOtherThread(const Call& call, const Serve& serve) {
+        Tests::Signal done;
+        std::thread caller([&] {
+            call();
+            done.Set();
+        });
+        while (!done.IsSet()) {
+            serve();
+        }
+        caller.join();
+    }
+
+    template <class Call>
+    void OnOtherThread(const Call& call) {
+        OnOtherThread(call, [this] {
+            loop.RunReady();
+            std::this_thread::yield();
+        });
+    }
+
+    System::ControlDataSourceProperties source;
+    System::DataSourceEventHandlerContainer handlers;
+    System::DataSourceEventCallbackIdContainer ids;
+    Vor::Event<std::string> otherEvent;
+    Vor::Event<std::string>::CallbackId other = otherEvent.Add([](const std::string&) {});
+    Texts events;
+};
+
+TEST_F(OperationsReadsTest, OnTheMainLoopAReadRunsInPlaceAndDoesNotWait) {
+    ReadAll();
+    EXPECT_EQ(loop.RunReady(), 0U);
+}
+
+TEST_F(OperationsReadsTest, WhileTheMainLoopIsBlockedAReadRunsInPlaceOnTheCallersThread) {
+    const Block block(runtimeCache);
+    std::vector<std::thread::id> where;
+    system.OnCall([&](const std::string&) { where.push_back(std::this_thread::get_id()); });
+    std::thread::id caller;
+    std::thread([&] {
+        caller = std::this_thread::get_id();
+        ReadAll();
+        operations->RemoveDataSourceEventHandler(ids, timeout);
+    }).join();
+    EXPECT_EQ(where, std::vector<std::thread::id>(6, caller));
+    EXPECT_EQ(loop.RunReady(), 0U);
+}
+
+TEST_F(OperationsReadsTest, FromAnotherThreadAReadRunsOnTheMainLoop) {
+    std::vector<std::thread::id> where;
+    system.OnCall([&](const std::string&) { where.push_back(std::this_thread::get_id()); });
+    OnOtherThread([&] { ReadAll(); });
+    EXPECT_EQ(where, std::vector<std::thread::id>(5, std::this_thread::get_id()));
+}
+
+TEST_F(OperationsReadsTest, ASubscriptionIsMadeAndEndedOnTheMainLoopFromAnyThread) {
+    const auto subscribe = [&] { operations->AddDataSourceEventHandler(handlers, ids, timeout); };
+    const auto unsubscribe = [&] { operations->RemoveDataSourceEventHandler(ids, timeout); };
+    for (const bool onMainLoop : {true, false}) {
+        SCOPED_TRACE(onMainLoop);
+        onMainLoop ? subscribe() : OnOtherThread(subscribe);
+        EXPECT_TRUE(ids.created.IsSet() && ids.deleted.IsSet() && ids.updated.IsSet());
+        system.created.Raise("a");
+        system.deleted.Raise("b");
+        system.updated.Raise("c");
+        EXPECT_EQ(std::exchange(events, {}), (Texts{"created a", "deleted b", "updated c"}));
+        onMainLoop ? unsubscribe() : OnOtherThread(unsubscribe);
+        EXPECT_FALSE(ids.created.IsSet() || ids.deleted.IsSet() || ids.updated.IsSet());
+        EXPECT_EQ(system.created.Count() + system.deleted.Count() + system.updated.Count(), 0U);
+    }
+}
+
+TEST_F(OperationsReadsTest, WhileTheMainLoopIsBlockedNoSubscriptionIsMade) {
+    const Block block(runtimeCache);
+    operations->AddDataSourceEventHandler(handlers, ids, timeout);
+    std::thread([&] { operations->AddDataSourceEventHandler(handlers, ids, timeout); }).join();
+    EXPECT_FALSE(ids.created.IsSet() || ids.deleted.IsSet() || ids.updated.IsSet());
+    EXPECT_EQ(loop.RunReady(), 0U);
+    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(log.Records().empty());
+}
+
+TEST_F(OperationsReadsTest, WithoutAnAnswerInTimeAReadGivesItsDefaultAndNeverRuns) {
+    OnOtherThread([&] { ExpectNoAnswers(); },
+                  [&] {
+                      // The loop is busy for longer than any of them waits.
+                      loop.Elapse(std::chrono::microseconds(timeout));
+                      std::this_thread::yield();
+                  });
+    loop.RunReady();
+    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(log.Records().empty());
+}
+
+TEST_F(OperationsReadsTest, ATimeOutOfZeroDoesNotWait) {
+    std::thread([&] {
+        EXPECT_EQ(operations->LocalNodeDateTime(0), 0);
+        EXPECT_EQ(operations->LiveJob(0), nullptr);
+    }).join();
+    loop.RunReady();
+    EXPECT_TRUE(system.TakeCalls().empty());
+}
+
+TEST_F(OperationsReadsTest, ATimeOutDoesNotEndBeforeItsTime) {
+    Tests::Signal done;
+    std::thread caller([&] {
+        EXPECT_EQ(operations->LocalNodeDateTime(timeout), 1234567890123456);
+        done.Set();
+    });
+    ASSERT_TRUE(loop.WaitReady());
+    loop.Elapse(std::chrono::microseconds(timeout - 1));
+    EXPECT_FALSE(done.IsSet());
+    loop.RunReady();
+    caller.join();
+}
+
+TEST_F(OperationsReadsTest, WhatARunningReadFindsTooLateIsNotLost) {
+    // The time passes while the read runs, so whether its caller still sees it is open; what it holds isn't.
+    system.OnCall([&](const std::string&) {
+        loop.Elapse(std::chrono::microseconds(timeout));
+        std::this_thread::yield();
+    });
+    OnOtherThread([&] {
+        Vor::Object::Take(operations->LiveJob(timeout));
+        EXPECT_EQ(yObject_ShareCount(system.liveJob.Get()), 1);
+    });
+    OnOtherThread([&] { operations->AddDataSourceEventHandler(handlers, ids, timeout); });
+    EXPECT_TRUE(ids.created.IsSet());
+    EXPECT_EQ(system.created.Count(), 1U);
+    OnOtherThread([&] { operations->RemoveDataSourceEventHandler(ids, timeout); });
+    EXPECT_FALSE(ids.created.IsSet());
+    EXPECT_EQ(system.created.Count(), 0U);
+}
+
+TEST_F(OperationsReadsTest, WhatAReadThrowsIsThrown) {
+    System::ControlDataSourceProperties out = source;
+    EXPECT_FAILURE(operations->DataSourceProperties("unknown", out, timeout), yERROR_NOT_FOUND,
+                   "no data source unknown");
+    ExpectEqual(out, {});
+    OnOtherThread([&] {
+        out = source;
+        EXPECT_FAILURE(operations->DataSourceProperties("unknown", out, timeout), yERROR_NOT_FOUND,
+                       "no data source unknown");
+        ExpectEqual(out, {});
+    });
+}
+
+TEST_F(OperationsReadsTest, AWaitThatFailsOtherwiseThanByItsTimeIsThrown) {
+    faults.Set("AsyncRunner_RunAndWait", -31);
+    std::thread([&] { EXPECT_TEXTLESS_FAILURE(operations->LocalNodeDateTime(timeout), -31); }).join();
+    EXPECT_TRUE(system.TakeCalls().empty());
+}
+
+TEST_F(OperationsReadsTest, TheNameMayBeThatOfTheRecordToBeFilled) {
+    System::ControlDataSourceProperties out;
+    out.name = "profile/max";
+    operations->DataSourceProperties(out.name, out, timeout);
+    ExpectEqual(out, source);
+}
+
+TEST_F(OperationsReadsTest, AReadNeedsNoFreeSlot) {
+    RunAction(203);
+    loop.RunReady();
+    ReadAll();
+}
+
+} // namespace
