@@ -1,5 +1,11 @@
 #include "Tests/Support/Translations.h"
 #include "Tests/VorControl/ControlProtocol/TestBlocks.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputLargeRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputLargeRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlOutputRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultImageRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultImageRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
@@ -8,6 +14,8 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultProfilePointCloudRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultProfilePointCloudRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultSpotsRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultSpotsRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlock.h"
@@ -16,12 +24,18 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultSurfacePointCloudRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultSurfacePointCloudRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUniformProfileRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUniformProfileRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUniformSurfaceRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUniformSurfaceRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUserDataInputRegisterBlock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUserDataInputRegisterBlockInfo.h"
 
 #include <gtest/gtest.h>
+
+#include <typeinfo>
 
 using namespace Tests;
 
@@ -51,7 +65,49 @@ void ExpectRow(ProtocolRegisterBlockInfo&& info, const char* type, const char* d
     EXPECT_EQ(block->RegisterCount(), registers);
 }
 
+template <class Block>
+void ExpectControlRow(ProtocolRegisterBlockInfo&& info, const char* type, const char* displayName, int category,
+                      unsigned short inputSize, unsigned short registers, unsigned short minInstances = 1) {
+    SCOPED_TRACE(type);
+    EXPECT_EQ(info.Type(), type);
+    EXPECT_EQ(info.DisplayName(), displayName);
+    EXPECT_EQ(static_cast<int>(info.Category()), category);
+    EXPECT_EQ(info.DeserializedInputSize(), inputSize);
+    EXPECT_EQ(info.DefaultRegisterCount(), registers);
+    EXPECT_EQ(info.BytesPerRegister(), 1);
+    EXPECT_EQ(info.MinInstanceCount(), minInstances);
+    EXPECT_EQ(info.MaxInstanceCount(), 1);
+    EXPECT_FALSE(info.HasDataSource());
+    EXPECT_TRUE(info.IsProtocolBigEndian());
+    EXPECT_FALSE(info.IsRegisterCountConfigurable());
+
+    const auto block = info.ConstructBlock(RegisterBlockParams());
+    EXPECT_EQ(typeid(*block), typeid(Block));
+    EXPECT_EQ(block->RegisterCount(), registers);
+    EXPECT_EQ(block->DeserializedInputSize(), inputSize);
+}
+
 } // namespace
+
+TEST(DefaultRegisterBlockInfo, RowsOfTheCommandAndStateTypes) {
+    ExpectControlRow<DefaultControlInputRegisterBlock>(DefaultControlInputRegisterBlockInfo(), "ControlInput",
+                                                       "Command Input", 1, 67, 67);
+    ExpectControlRow<DefaultControlInputLargeRegisterBlock>(DefaultControlInputLargeRegisterBlockInfo(),
+                                                            "ControlInputLarge", "Command Input Large", 1, 496, 496);
+    ExpectControlRow<DefaultControlOutputRegisterBlock>(DefaultControlOutputRegisterBlockInfo(), "ControlOutput",
+                                                        "Command Output", 2, 0, 3);
+    ExpectControlRow<DefaultUserDataInputRegisterBlock>(DefaultUserDataInputRegisterBlockInfo(), "UserDataInput",
+                                                        "User Data Input", 14, 468, 468);
+    ExpectControlRow<DefaultSystemStateRegisterBlock>(DefaultSystemStateRegisterBlockInfo(), "System", "System State",
+                                                      3, 0, 76);
+    ExpectControlRow<DefaultScannerStateRegisterBlock>(DefaultScannerStateRegisterBlockInfo(false), "Scanner",
+                                                       "Sensor Group State", 4, 0, 18);
+}
+
+TEST(DefaultRegisterBlockInfo, AServiceMayDoWithoutAScanner) {
+    ExpectControlRow<DefaultScannerStateRegisterBlock>(DefaultScannerStateRegisterBlockInfo(true), "Scanner",
+                                                       "Sensor Group State", 4, 0, 18, 0);
+}
 
 TEST(DefaultRegisterBlockInfo, RowsOfTheScanDataTypes) {
     ExpectRow<DefaultStampRegisterBlock>(DefaultStampRegisterBlockInfo(), "Stamp", "Stamp", 5, 36);
