@@ -1,0 +1,18 @@
+#include "VorControl/ControlProtocol/StandardProtocolOutputMap.h"
+
+namespace VorControl::ControlProtocol {
+
+StandardProtocolOutputMap::StandardProtocolOutputMap(unsigned short maxCount, unsigned short outputIdMin,
+                                                     unsigned short outputIdMax)
+    : NumericIdProtocolOutputBase(maxCount) {
+    if (outputIdMin > outputIdMax || outputIdMax > 65534) {
+        Vor::Throw(
+            yERROR_PARAMETER,
+            Translate("beApp.ctrl", "Minimum output id value %1$u and/or maximum output id value %2$u are invalid."),
+            outputIdMin, outputIdMax);
+    }
+    outputs.attributes.outputIdMin = outputIdMin;
+    outputs.attributes.outputIdMax = outputIdMax;
+}
+
+} // namespace VorControl::ControlProtocol
