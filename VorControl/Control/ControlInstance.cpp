@@ -6,7 +6,8 @@
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlScanResults.h"
 #include "VorControl/Control/LogThrown.h"
-#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
+#include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
 
 #include <exception>
@@ -15,7 +16,10 @@
 namespace VorControl {
 
 using ControlProtocol::IProtocol;
+using ControlProtocol::IProtocolRegisterAssembly;
+using ControlProtocol::IProtocolRegisterAssemblyGroup;
 using ControlProtocol::ProtocolStatus;
+using VorCommon::PersistDomain;
 
 namespace {
 
@@ -202,18 +206,30 @@ void ControlInstance::ProtocolPersistenceDomainChangeHandler(VorCommon::PersistD
     persistenceDomainChange.Raise(domain);
 }
 
-std::shared_ptr<Vor::Params::Group> ControlInstance::BeginUpdateParameters() {
+template <class Operation>
+auto ControlInstance::BeginUpdate(const Operation& operation) {
     updateGate.Enter(updateFlag);
     try {
-        return Params();
+        return operation();
     } catch (...) {
         const GateLeaver leaver(updateGate);
         throw;
     }
 }
 
+std::shared_ptr<Vor::Params::Group> ControlInstance::BeginUpdateParameters() {
+    return BeginUpdate([&] {
+        const char* const version = protocol->ParamsVersion(PersistDomain::Job);
+        auto domainParams = version != nullptr ? protocol->BeginUpdateParams(PersistDomain::Job, version) : nullptr;
+        return domainParams != nullptr ? domainParams : Params();
+    });
+}
+
 void ControlInstance::EndUpdateParameters() {
     const GateLeaver leaver(updateGate);
+    if (const char* const version = protocol->ParamsVersion(PersistDomain::Job)) {
+        protocol->EndUpdateParams(PersistDomain::Job, version);
+    }
     paramsUpdated.Raise(id, true);
 }
 
@@ -221,8 +237,19 @@ void ControlInstance::BeginUpdateRegisterAssembly() {
     updateGate.Enter(updateFlag);
 }
 
+std::shared_ptr<IProtocolRegisterAssembly> ControlInstance::BeginUpdateRegisterAssembly(const char* assemblyId) {
+    return BeginUpdate([&] {
+        const char* const version = protocol->RegisterAssemblyVersion(PersistDomain::Job, assemblyId);
+        return version != nullptr ? protocol->BeginUpdateRegisterAssembly(PersistDomain::Job, assemblyId, version)
+                                  : nullptr;
+    });
+}
+
 void ControlInstance::EndUpdateRegisterAssembly(const char* assemblyId) {
     const GateLeaver leaver(updateGate);
+    if (const char* const version = protocol->RegisterAssemblyVersion(PersistDomain::Job, assemblyId)) {
+        protocol->EndUpdateRegisterAssembly(PersistDomain::Job, assemblyId, version);
+    }
     registerAssemblyUpdated.Raise(id, assemblyId);
 }
 
@@ -239,7 +266,8 @@ void ControlInstance::NonPersistentPropertiesEndLock() {
 }
 
 std::shared_ptr<Vor::Params::Group> ControlInstance::Params() const {
-    return {protocol, &protocol->Params()};
+    auto domainParams = protocol->Params(PersistDomain::Job);
+    return domainParams != nullptr ? domainParams : std::shared_ptr<Vor::Params::Group>(protocol, &protocol->Params());
 }
 
 const char* ControlInstance::ParamsVersion() const {
@@ -250,12 +278,17 @@ void ControlInstance::ParamsUpdate() {
     protocol->ParamsUpdate();
 }
 
+std::shared_ptr<IProtocolRegisterAssemblyGroup> ControlInstance::DomainGroup() const {
+    return protocol->RegisterAssemblyGroup(PersistDomain::Job);
+}
+
 bool ControlInstance::HasRegisterAssemblyGroup() const {
-    return protocol->HasRegisterAssemblyGroup();
+    return DomainGroup() != nullptr || protocol->HasRegisterAssemblyGroup();
 }
 
 bool ControlInstance::HasRegisterAssembly(const char* assemblyId) const {
-    return protocol->HasRegisterAssembly(assemblyId);
+    const auto group = DomainGroup();
+    return group != nullptr ? group->HasRegisterAssembly(assemblyId) : protocol->HasRegisterAssembly(assemblyId);
 }
 
 void ControlInstance::RequireRegisterAssemblyGroup() const {
@@ -264,15 +297,16 @@ void ControlInstance::RequireRegisterAssemblyGroup() const {
     }
 }
 
-std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
-ControlInstance::RegisterAssembly(const char* assemblyId) const {
+std::shared_ptr<IProtocolRegisterAssembly> ControlInstance::RegisterAssembly(const char* assemblyId) const {
     RequireRegisterAssemblyGroup();
-    return protocol->RegisterAssembly(assemblyId);
+    const auto group = DomainGroup();
+    return group != nullptr ? group->RegisterAssembly(assemblyId) : protocol->RegisterAssembly(assemblyId);
 }
 
 std::vector<std::string> ControlInstance::RegisterAssemblyList() const {
     RequireRegisterAssemblyGroup();
-    return protocol->RegisterAssemblyList();
+    const auto group = DomainGroup();
+    return group != nullptr ? group->List() : protocol->RegisterAssemblyList();
 }
 
 void ControlInstance::RegisterAssemblyBeginLock(const char* assemblyId) {
@@ -330,6 +364,10 @@ nlohmann::json& ControlInstance::WorkspacePersistData() {
 bool ControlInstance::HasPersistOption(VorCommon::PersistDomain domain,
                                        ControlProtocol::ProtocolPersistOptions option) const {
     return protocol->HasPersistOption(domain, option);
+}
+
+std::shared_ptr<Providers::IControlPersistenceProvider> ControlInstance::PersistenceProvider() const {
+    return protocol->PersistenceProvider();
 }
 
 void ControlInstance::ResetProtocolToDefaultEnabledState() {

@@ -42,6 +42,8 @@ public:
     std::shared_ptr<Vor::Params::Group> BeginUpdateParameters() override;
     void EndUpdateParameters() override;
     void BeginUpdateRegisterAssembly() override;
+    std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
+    BeginUpdateRegisterAssembly(const char* assemblyId) override;
     void EndUpdateRegisterAssembly(const char* assemblyId) override;
 
     Vor::Params::Group& Properties() const override;
@@ -69,6 +71,7 @@ public:
     nlohmann::json& WorkspacePersistData() override;
     bool HasPersistOption(VorCommon::PersistDomain domain,
                           ControlProtocol::ProtocolPersistOptions option) const override;
+    std::shared_ptr<Providers::IControlPersistenceProvider> PersistenceProvider() const override;
     void ResetProtocolToDefaultEnabledState() override;
     bool ProtocolAutoEnableSetting() const override;
 
@@ -85,6 +88,11 @@ private:
     void ProtocolParamsInternalUpdateHandler(bool persist);
     void ProtocolOutputsInternalUpdateHandler(bool persist);
     void ProtocolPersistenceDomainChangeHandler(VorCommon::PersistDomain domain);
+    /// Enters the gate and calls the operation; when that fails the gate is left.
+    template <class Operation>
+    auto BeginUpdate(const Operation& operation);
+    /// The job domain's group, or empty.
+    std::shared_ptr<ControlProtocol::IProtocolRegisterAssemblyGroup> DomainGroup() const;
     void RequireRegisterAssemblyGroup() const;
 
     const ControlInfo& info;

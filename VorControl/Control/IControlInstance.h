@@ -21,10 +21,16 @@ class ControlInfo;
 namespace ControlProtocol {
 class IProtocolRegisterAssembly;
 }
+namespace Providers {
+class IControlPersistenceProvider;
+}
 
 /// A service as the rest of the system sees it: enabling, configuration and its events. It has no lock of its own; a
 /// caller between a Begin and its End has the update gate. Each Begin pairs with one End on every path, but a Begin
 /// that throws has left the gate itself. Handlers are added and removed at start-up and teardown.
+///
+/// A service keeps its configuration in one of two styles. What it answers for the job domain counts; where it has no
+/// answer, its operations without a domain do.
 class IControlInstance {
 public:
     /// Arguments: instance id, whether the change is to be persisted.
@@ -74,6 +80,9 @@ public:
     /// Raises parameters updated and leaves the gate, also when nothing was changed.
     virtual void EndUpdateParameters() = 0;
     virtual void BeginUpdateRegisterAssembly() = 0;
+    /// Gives the assembly to change; empty when the service keeps none of that id in the job domain.
+    virtual std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
+    BeginUpdateRegisterAssembly(const char* assemblyId) = 0;
     virtual void EndUpdateRegisterAssembly(const char* assemblyId) = 0;
 
     /// Only between the two lock operations; fails with yERROR_STATE otherwise.
@@ -92,7 +101,8 @@ public:
     virtual std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     RegisterAssembly(const char* assemblyId) const = 0;
     virtual std::vector<std::string> RegisterAssemblyList() const = 0;
-    /// These two do nothing for a service without register assemblies.
+    /// These two do nothing for a service without register assemblies. They lock what the service calls its assembly of
+    /// that id without a domain.
     virtual void RegisterAssemblyBeginLock(const char* assemblyId) = 0;
     virtual void RegisterAssemblyEndLock(const char* assemblyId) = 0;
     /// Tells the service of the change and sets the filter of its scan results anew.
@@ -107,6 +117,8 @@ public:
     virtual nlohmann::json& WorkspacePersistData() = 0;
     virtual bool HasPersistOption(VorCommon::PersistDomain domain,
                                   ControlProtocol::ProtocolPersistOptions option) const = 0;
+    /// Empty for a service whose configuration the framework keeps.
+    virtual std::shared_ptr<Providers::IControlPersistenceProvider> PersistenceProvider() const = 0;
     virtual void ResetProtocolToDefaultEnabledState() = 0;
     virtual bool ProtocolAutoEnableSetting() const = 0;
 };

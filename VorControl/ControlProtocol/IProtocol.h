@@ -20,9 +20,14 @@ namespace VorControl {
 class IControlHost;
 }
 
+namespace VorControl::Providers {
+class IControlPersistenceProvider;
+}
+
 namespace VorControl::ControlProtocol {
 
 class IProtocolRegisterAssembly;
+class IProtocolRegisterAssemblyGroup;
 
 /// The contract between the framework and a control service. Services derive from ProtocolBase, which gives each
 /// operation but Start and Stop a default. "Not implemented" is a Vor::Exception with yERROR_UNIMPLEMENTED, "not found"
@@ -115,6 +120,40 @@ public:
     virtual nlohmann::json& WorkspacePersistData() = 0;
     virtual ProtocolPersistOptions PersistOptions(VorCommon::PersistDomain domain) const = 0;
 
+    // What a service answers for each domain that a persistence provider keeps for it. Where an object isn't there, it
+    // is an empty pointer. A version is never null but where that is said; the empty one is of a file that tells none.
+    // What ends an update or resets a part of the job domain sets the filter of the scan results anew.
+
+    /// As DataSourceList(), from the objects of the domain.
+    virtual std::vector<std::string> DataSourceList(VorCommon::PersistDomain domain) = 0;
+    virtual std::shared_ptr<Vor::Params::Group> Params(VorCommon::PersistDomain domain) const = 0;
+    /// Null when the service doesn't keep parameters in the domain.
+    virtual const char* ParamsVersion(VorCommon::PersistDomain domain) const = 0;
+    /// Whether parameters of this other version can be brought to the present one.
+    virtual bool SupportedParamsVersion(VorCommon::PersistDomain domain, const char* version) const = 0;
+    virtual void ParamsReset(VorCommon::PersistDomain domain) = 0;
+    /// Whether the values have changed the set of parameters itself, so that the document must be applied again.
+    virtual bool UpdateDynamicParams(VorCommon::PersistDomain domain) = 0;
+    /// The parameters to change, in the form that this version had. Pairs with EndUpdateParams unless it is empty.
+    virtual std::shared_ptr<Vor::Params::Group> BeginUpdateParams(VorCommon::PersistDomain domain,
+                                                                  const char* version) = 0;
+    virtual void EndUpdateParams(VorCommon::PersistDomain domain, const char* version) = 0;
+
+    virtual std::shared_ptr<IProtocolRegisterAssemblyGroup> RegisterAssemblyGroup(VorCommon::PersistDomain domain) = 0;
+    virtual void RegisterAssemblyGroupReset(VorCommon::PersistDomain domain) = 0;
+    /// Null when the service doesn't keep the assembly in the domain.
+    virtual const char* RegisterAssemblyVersion(VorCommon::PersistDomain domain, const char* assemblyId) = 0;
+    /// Whether the assembly of this other version can be brought to the present one.
+    virtual bool SupportedRegisterAssemblyVersion(VorCommon::PersistDomain domain, const char* assemblyId,
+                                                  const char* version) = 0;
+    /// The assembly to change. Pairs with EndUpdateRegisterAssembly unless it is empty.
+    virtual std::shared_ptr<IProtocolRegisterAssembly>
+    BeginUpdateRegisterAssembly(VorCommon::PersistDomain domain, const char* assemblyId, const char* version) = 0;
+    virtual void EndUpdateRegisterAssembly(VorCommon::PersistDomain domain, const char* assemblyId,
+                                           const char* version) = 0;
+    /// Empty: the framework keeps what the operations without a domain give.
+    virtual std::shared_ptr<Providers::IControlPersistenceProvider> PersistenceProvider() = 0;
+
     virtual IControlHost& GetControlHost() = 0;
     virtual const IControlHost& GetControlHost() const = 0;
 
@@ -125,6 +164,18 @@ protected:
     /// already. Called on the operations thread, or on the one that handed over the command: must not wait for either,
     /// and must not destroy the service. The next operation may be started here.
     virtual void OperationEndEventImpl(int status) = 0;
+
+    // The work behind the operations of the same names.
+    virtual void ParamsResetImpl(VorCommon::PersistDomain domain) = 0;
+    virtual void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) = 0;
+    virtual bool UpdateDynamicParamsImpl(VorCommon::PersistDomain domain) = 0;
+    virtual std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(VorCommon::PersistDomain domain,
+                                                                      const char* version) = 0;
+    virtual std::shared_ptr<IProtocolRegisterAssembly>
+    BeginUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId, const char* version) = 0;
+    virtual void EndUpdateParamsImpl(VorCommon::PersistDomain domain, const char* version) = 0;
+    virtual void EndUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
+                                               const char* version) = 0;
 };
 
 } // namespace VorControl::ControlProtocol

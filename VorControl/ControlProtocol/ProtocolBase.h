@@ -86,6 +86,27 @@ public:
     nlohmann::json& WorkspacePersistData() override;
     ProtocolPersistOptions PersistOptions(VorCommon::PersistDomain domain) const override;
 
+    /// Of the domain's group, empty or not; without one there are no data sources.
+    std::vector<std::string> DataSourceList(VorCommon::PersistDomain domain) override;
+    std::shared_ptr<Vor::Params::Group> Params(VorCommon::PersistDomain domain) const override;
+    const char* ParamsVersion(VorCommon::PersistDomain domain) const override;
+    bool SupportedParamsVersion(VorCommon::PersistDomain domain, const char* version) const override;
+    void ParamsReset(VorCommon::PersistDomain domain) override;
+    bool UpdateDynamicParams(VorCommon::PersistDomain domain) override;
+    std::shared_ptr<Vor::Params::Group> BeginUpdateParams(VorCommon::PersistDomain domain,
+                                                          const char* version) override;
+    void EndUpdateParams(VorCommon::PersistDomain domain, const char* version) override;
+    std::shared_ptr<IProtocolRegisterAssemblyGroup> RegisterAssemblyGroup(VorCommon::PersistDomain domain) override;
+    void RegisterAssemblyGroupReset(VorCommon::PersistDomain domain) override;
+    const char* RegisterAssemblyVersion(VorCommon::PersistDomain domain, const char* assemblyId) override;
+    bool SupportedRegisterAssemblyVersion(VorCommon::PersistDomain domain, const char* assemblyId,
+                                          const char* version) override;
+    std::shared_ptr<IProtocolRegisterAssembly>
+    BeginUpdateRegisterAssembly(VorCommon::PersistDomain domain, const char* assemblyId, const char* version) override;
+    void EndUpdateRegisterAssembly(VorCommon::PersistDomain domain, const char* assemblyId,
+                                   const char* version) override;
+    std::shared_ptr<Providers::IControlPersistenceProvider> PersistenceProvider() override;
+
     IControlHost& GetControlHost() override;
     const IControlHost& GetControlHost() const override;
     /// The bound metrics, else an empty structure.
@@ -94,6 +115,18 @@ public:
 protected:
     void ScanStateChangeImpl(bool started) override;
     void OperationEndEventImpl(int status) override;
+    // What a service that has a persistence provider overrides. They do nothing, and give nothing.
+    void ParamsResetImpl(VorCommon::PersistDomain domain) override;
+    void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) override;
+    bool UpdateDynamicParamsImpl(VorCommon::PersistDomain domain) override;
+    std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(VorCommon::PersistDomain domain,
+                                                              const char* version) override;
+    std::shared_ptr<IProtocolRegisterAssembly> BeginUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain,
+                                                                               const char* assemblyId,
+                                                                               const char* version) override;
+    void EndUpdateParamsImpl(VorCommon::PersistDomain domain, const char* version) override;
+    void EndUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
+                                       const char* version) override;
 
     /// Takes the pointers, null ones too, but for the properties.
     void Init(const ProtocolInitParams& initParams);
@@ -140,6 +173,8 @@ protected:
 
 private:
     const IProtocolRegisterAssemblyGroup& Group() const;
+    /// Sets the filter of the scan results to what the domain needs, if it is the job domain.
+    void RefreshScanResults(VorCommon::PersistDomain domain);
     std::uint64_t DropCount() const;
     void RunCommand(const ControlRegisterCommandData& data);
     void WriteUserData(const ControlRegisterCommandData& data);

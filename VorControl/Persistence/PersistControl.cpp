@@ -6,8 +6,10 @@
 #include "Vor/Logging.h"
 #include "VorCommon/IPersistStore.h"
 #include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Persistence/PersistFields.h"
 #include "VorControl/Persistence/PersistInstanceProperties.h"
 #include "VorControl/Persistence/PersistLog.h"
+#include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
 #include "yApi/yString.h"
 #include "yApi/yThread.h"
@@ -25,6 +27,9 @@ using ControlProtocol::ProtocolStatus;
 using nlohmann::json;
 using Persistence::LogForUser;
 using Persistence::LogThrown;
+using Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS;
+using Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION;
+using Persistence::PERSISTENCE_FIELD_NAME_VERSION;
 using Persistence::PersistLoadResult;
 using VorCommon::IPersistStore;
 using VorCommon::PersistDomain;
@@ -32,10 +37,7 @@ using VorCommon::PersistDomain;
 namespace {
 
 constexpr const char* controlKey = "vor:control";
-constexpr const char* versionKey = "version";
 constexpr const char* enabledKey = "enabled";
-constexpr const char* parametersKey = "parameters";
-constexpr const char* parametersVersionKey = "parametersVersion";
 
 constexpr const char* hmiId = "hmi";
 constexpr std::uint64_t hmiPollPeriod = 100000; // microseconds
@@ -62,7 +64,12 @@ bool HasOption(const IControlInstance& instance, ProtocolPersistOptions option) 
 } // namespace
 
 void PersistControl::Init(IControlInstance& instance, PersistDomain domain, IPersistStore& store) {
-    if (domain == PersistDomain::Job) {
+    if (const auto provider = instance.PersistenceProvider()) {
+        if (domain == PersistDomain::Job) {
+            instance.ResetProtocolToDefaultEnabledState();
+        }
+        provider->Init(domain);
+    } else if (domain == PersistDomain::Job) {
         instance.ResetInstance(false, IControlInstance::DataToReset::All);
     } else if (domain == PersistDomain::Workspace && HasOption(instance, ProtocolPersistOptions::WorkspaceData)) {
         const json& data = instance.WorkspacePersistData();
@@ -75,7 +82,9 @@ void PersistControl::Init(IControlInstance& instance, PersistDomain domain, IPer
 void PersistControl::Load(IControlInstance& instance, PersistDomain domain, const IPersistStore& store) {
     lastLoadResult = PersistLoadResult::None;
     const std::string path = ConfigPath(instance);
-    if (domain == PersistDomain::Job) {
+    if (instance.PersistenceProvider() != nullptr) {
+        LoadFileWithPersistenceProvider(instance, domain, store);
+    } else if (domain == PersistDomain::Job) {
         if (!store.Exists(path)) {
             return;
         }
@@ -96,7 +105,13 @@ void PersistControl::Load(IControlInstance& instance, PersistDomain domain, cons
 }
 
 void PersistControl::Save(IControlInstance& instance, PersistDomain domain, IPersistStore& store) {
-    if (domain == PersistDomain::Job) {
+    if (instance.PersistenceProvider() != nullptr) {
+        json doc;
+        SaveWithPersistenceProvider(instance, domain, doc);
+        if (!doc.empty()) {
+            WriteDocument(store, ConfigPath(instance), doc);
+        }
+    } else if (domain == PersistDomain::Job) {
         WriteDocument(store, ConfigPath(instance), SaveControlInstance(instance));
     } else if (domain == PersistDomain::Workspace && HasOption(instance, ProtocolPersistOptions::WorkspaceData)) {
         const json& data = instance.WorkspacePersistData();
@@ -106,6 +121,57 @@ void PersistControl::Save(IControlInstance& instance, PersistDomain domain, IPer
     }
 }
 
+void PersistControl::LoadFileWithPersistenceProvider(IControlInstance& instance, PersistDomain domain,
+                                                     const IPersistStore& store) {
+    const std::string path = ConfigPath(instance);
+    if (!store.Exists(path)) {
+        return;
+    }
+    const json doc = ReadDocument(store, path);
+    if (doc.empty()) {
+        return;
+    }
+    ValidateConfigFile(instance, doc);
+    const json& section = doc.at(controlKey);
+    LoadWithPersistenceProvider(instance, domain, section);
+    if (domain == PersistDomain::Job) {
+        ApplyEnableSetting(instance, ProtocolEnableSettingFromConfig(instance, section));
+    }
+}
+
+/// A service that the job disables has its defaults, whatever else the file holds.
+void PersistControl::LoadWithPersistenceProvider(IControlInstance& instance, PersistDomain domain,
+                                                 const json& section) {
+    const auto provider = instance.PersistenceProvider();
+    if (domain == PersistDomain::Job && !ProtocolEnableSettingFromConfig(instance, section)) {
+        provider->Init(domain);
+        return;
+    }
+    lastLoadResult = provider->Load(domain, section);
+}
+
+bool PersistControl::ProtocolEnableSettingFromConfig(const IControlInstance& instance, const json& section) const {
+    if (section.is_object() && section.contains(enabledKey)) {
+        return section.at(enabledKey).get<bool>();
+    }
+    Vor::LogWarning("Missing enable/disable setting in configuration file for service '%s'. Using default setting.",
+                    instance.DisplayName());
+    return instance.ProtocolAutoEnableSetting();
+}
+
+void PersistControl::SaveWithPersistenceProvider(IControlInstance& instance, PersistDomain domain, json& doc) const {
+    json& section = doc[controlKey];
+    instance.PersistenceProvider()->Save(domain, section);
+    if (domain == PersistDomain::Job) {
+        section[enabledKey] = instance.IsEnabled();
+    }
+    if (section.empty()) {
+        doc.erase(controlKey);
+        return;
+    }
+    doc[PERSISTENCE_FIELD_NAME_VERSION] = Version();
+}
+
 void PersistControl::ValidateConfigFile(const IControlInstance& instance, const json& doc) const {
     const std::string& name = instance.DisplayName();
     if (!doc.is_object() || !doc.contains(controlKey)) {
@@ -113,14 +179,14 @@ void PersistControl::ValidateConfigFile(const IControlInstance& instance, const 
                    "No saved information found in service '%s' configuration file. No changes made to service.", name);
         Vor::Throw(yERROR_FORMAT, "No saved information found in service '%s' configuration file.", name);
     }
-    if (!doc.contains(versionKey)) {
+    if (!doc.contains(PERSISTENCE_FIELD_NAME_VERSION)) {
         LogForUser(Vor::UserWarning,
                    "Unsupported configuration file format for service '%s'. Manual configuration for service may be "
                    "needed.",
                    name);
         Vor::Throw(yERROR_FORMAT, "Unsupported configuration file format for service '%s'.", name);
     }
-    const std::string version = doc.at(versionKey).get<std::string>();
+    const std::string version = doc.at(PERSISTENCE_FIELD_NAME_VERSION).get<std::string>();
     if (!yStrEquals(version.c_str(), Version())) {
         LogForUser(Vor::UserWarning,
                    "Unsupported configuration file version for service '%s'. Manual configuration for service may be "
@@ -215,14 +281,14 @@ void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, jso
 }
 
 void PersistControl::LoadControlInstanceParams(IControlInstance& instance, const json& section) {
-    if (!section.contains(parametersKey)) {
+    if (!section.contains(PERSISTENCE_FIELD_NAME_PARAMETERS)) {
         return;
     }
     try {
         if (!ParametersVersionSupported(instance, section)) {
             Vor::Throw(yERROR_VERSION);
         }
-        UpdateControlInstanceParams(instance, section.at(parametersKey));
+        UpdateControlInstanceParams(instance, section.at(PERSISTENCE_FIELD_NAME_PARAMETERS));
     } catch (const std::exception& e) {
         LogForUser(Vor::UserError,
                    "Error loading parameters for service '%s'. Parameters may require manual configuration.",
@@ -234,13 +300,13 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, const
 
 bool PersistControl::ParametersVersionSupported(const IControlInstance& instance, const json& section) const {
     const std::string& name = instance.DisplayName();
-    if (!section.contains(parametersVersionKey)) {
+    if (!section.contains(PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION)) {
         LogForUser(Vor::UserWarning,
                    "Missing parameters version for service '%s'. Parameters may require manual configuration.", name);
         Vor::LogWarning("Missing parameters version for service '%s'", name);
         return false;
     }
-    const std::string version = section.at(parametersVersionKey).get<std::string>();
+    const std::string version = section.at(PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION).get<std::string>();
     if (!yStrEquals(version.c_str(), instance.ParamsVersion())) {
         LogForUser(Vor::UserWarning,
                    "Unsupported parameters version for service '%s'. Parameters may require manual configuration.",
@@ -275,7 +341,7 @@ json PersistControl::SaveControlInstance(IControlInstance& instance) const {
     PersistInstanceProperties properties;
     properties.enabled = instance.IsEnabled();
     json doc;
-    doc[versionKey] = Version();
+    doc[PERSISTENCE_FIELD_NAME_VERSION] = Version();
     json& section = doc[controlKey];
     section = Vor::Properties::JsonSerializer::Serialize(properties);
     SaveControlInstanceSettings(instance, section);
@@ -293,8 +359,8 @@ void PersistControl::SaveControlInstanceSettings(IControlInstance& instance, jso
 
 void PersistControl::SaveControlInstanceParams(const IControlInstance& instance, json& section) const {
     try {
-        section[parametersKey] = Vor::Properties::JsonSerializer::Serialize(*instance.Params());
-        section[parametersVersionKey] = instance.ParamsVersion();
+        section[PERSISTENCE_FIELD_NAME_PARAMETERS] = Vor::Properties::JsonSerializer::Serialize(*instance.Params());
+        section[PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION] = instance.ParamsVersion();
     } catch (const std::exception& e) {
         LogForUser(Vor::UserError, "Error saving parameters for service '%s'. Please check the parameter settings.",
                    instance.DisplayName());

@@ -17,7 +17,8 @@ class IControlInstance;
 
 /// Moves a service's configuration between the service and its file "/controls/TYPE/config.json" of a domain's store.
 /// The file is untrusted. Runs on the persistence thread; has no lock. Updates go through the update gate of the
-/// service, and what is saved is read under the locks of the objects.
+/// service, and what is saved is read under the locks of the objects. Of a service with a persistence provider the
+/// provider keeps the section of the service, and this class the file and whether the service runs.
 class PersistControl {
 public:
     /// For a domain that has no file yet.
@@ -39,6 +40,13 @@ public:
     const char* Version() const { return "1"; }
 
 private:
+    void LoadFileWithPersistenceProvider(IControlInstance& instance, VorCommon::PersistDomain domain,
+                                         const VorCommon::IPersistStore& store);
+    void LoadWithPersistenceProvider(IControlInstance& instance, VorCommon::PersistDomain domain,
+                                     const nlohmann::json& section);
+    bool ProtocolEnableSettingFromConfig(const IControlInstance& instance, const nlohmann::json& section) const;
+    void SaveWithPersistenceProvider(IControlInstance& instance, VorCommon::PersistDomain domain,
+                                     nlohmann::json& doc) const;
     void ValidateConfigFile(const IControlInstance& instance, const nlohmann::json& doc) const;
     void LoadControlInstance(bool keepEnabled, IControlInstance& instance, nlohmann::json& doc);
     void ResetControlInstance(bool keepEnabled, IControlInstance& instance);

@@ -5,7 +5,9 @@
 #include "VorControl/ControlProtocol/AddBlockParams.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/Persistence/PersistControl.h"
+#include "VorControl/Persistence/PersistFields.h"
 #include "VorControl/Persistence/PersistLog.h"
+#include "VorControl/Persistence/RegisterAssemblyDocument.h"
 #include "yApi/yStatus.h"
 
 #include <string>
@@ -19,16 +21,15 @@ using ControlProtocol::AddBlockParams;
 using nlohmann::json;
 using Persistence::LogForUser;
 using Persistence::LogThrown;
+using Persistence::PERSISTENCE_FIELD_NAME_ATTRIBUTES;
+using Persistence::PERSISTENCE_FIELD_NAME_BLOCKS;
+using Persistence::PERSISTENCE_FIELD_NAME_ID;
+using Persistence::PERSISTENCE_FIELD_NAME_PROPERTIES;
+using Persistence::PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST;
 using Persistence::PersistLoadResult;
 using Vor::Properties::JsonSerializer;
 
 namespace {
-
-constexpr const char* listKey = "registerAssemblyList";
-constexpr const char* attributesKey = "attributes";
-constexpr const char* propertiesKey = "properties";
-constexpr const char* blocksKey = "blocks";
-constexpr const char* idKey = "id";
 
 constexpr const char* ethernetAsciiName = "e-ascii";
 
@@ -43,13 +44,13 @@ bool HasText(const json& entry, const char* group, const char* key) {
 
 /// Moves the id from the attributes, where the first release had it, to the properties.
 void ConvertRegisterAssemblyToPost1_0Format(json& entry) {
-    json& attributes = entry.at(attributesKey);
-    json& properties = entry[propertiesKey];
+    json& attributes = entry.at(PERSISTENCE_FIELD_NAME_ATTRIBUTES);
+    json& properties = entry[PERSISTENCE_FIELD_NAME_PROPERTIES];
     if (!properties.is_object()) {
         properties = json::object();
     }
-    properties[idKey] = std::move(attributes.at(idKey));
-    attributes.erase(idKey);
+    properties[PERSISTENCE_FIELD_NAME_ID] = std::move(attributes.at(PERSISTENCE_FIELD_NAME_ID));
+    attributes.erase(PERSISTENCE_FIELD_NAME_ID);
 }
 
 /// Empty when the entry has none.
@@ -57,13 +58,13 @@ std::string RegisterAssemblyIdFromCfg(json& entry) {
     if (!entry.is_object()) {
         return "";
     }
-    if (!HasText(entry, propertiesKey, idKey)) {
-        if (!HasText(entry, attributesKey, idKey)) {
+    if (!HasText(entry, PERSISTENCE_FIELD_NAME_PROPERTIES, PERSISTENCE_FIELD_NAME_ID)) {
+        if (!HasText(entry, PERSISTENCE_FIELD_NAME_ATTRIBUTES, PERSISTENCE_FIELD_NAME_ID)) {
             return "";
         }
         ConvertRegisterAssemblyToPost1_0Format(entry);
     }
-    return entry.at(propertiesKey).at(idKey).get<std::string>();
+    return entry.at(PERSISTENCE_FIELD_NAME_PROPERTIES).at(PERSISTENCE_FIELD_NAME_ID).get<std::string>();
 }
 
 /// That service no longer has the block, of which a job of it held one.
@@ -76,22 +77,10 @@ void RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(AddBl
     }
 }
 
-json SerializeRegisterAssembly(const IControlInstance& instance, const std::string& id) {
-    const auto assembly = instance.RegisterAssembly(id.c_str());
-    json entry;
-    entry[attributesKey] = JsonSerializer::Serialize(assembly->Attributes());
-    entry[propertiesKey] = JsonSerializer::Serialize(assembly->Properties());
-    json& blocks = entry[blocksKey] = json::array();
-    for (const auto& block : assembly->AddedRegisterBlocks()) {
-        blocks.push_back(JsonSerializer::Serialize(*block));
-    }
-    return entry;
-}
-
 } // namespace
 
 void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, json& section) {
-    const auto list = section.find(listKey);
+    const auto list = section.find(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
     if (list == section.end() || !list->is_array() || !instance.HasRegisterAssemblyGroup()) {
         return;
     }
@@ -103,7 +92,7 @@ void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& insta
 void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, json& entry) {
     const std::string& name = instance.DisplayName();
     const std::string id = RegisterAssemblyIdFromCfg(entry);
-    if (id.empty() || !entry.contains(blocksKey)) {
+    if (id.empty() || !entry.contains(PERSISTENCE_FIELD_NAME_BLOCKS)) {
         Vor::LogWarning("Missing connection map identifier for service '%s'", name);
         LogForUser(Vor::UserWarning,
                    "Missing connection map identifier for service '%s'. Connection map may require manual "
@@ -189,7 +178,8 @@ void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& insta
             instance.RegisterAssemblyBeginLock(id.c_str());
             readingEntry = true;
             try {
-                section[listKey].push_back(SerializeRegisterAssembly(instance, id));
+                section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST].push_back(
+                    Persistence::SerializeRegisterAssembly(*instance.RegisterAssembly(id.c_str())));
             } catch (...) {
                 instance.RegisterAssemblyEndLock(id.c_str());
                 throw;

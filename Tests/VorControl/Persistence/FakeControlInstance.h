@@ -3,6 +3,7 @@
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
 
 #include "Vor/Exception.h"
@@ -89,6 +90,11 @@ public:
         Note("BeginUpdateRegisterAssembly");
         ++gateDepth;
     }
+    std::shared_ptr<Assembly> BeginUpdateRegisterAssembly(const char* assemblyId) override {
+        Note(std::string("BeginUpdateRegisterAssembly ") + assemblyId);
+        ++gateDepth;
+        return assemblies.at(assemblyId);
+    }
     void EndUpdateRegisterAssembly(const char* assemblyId) override {
         --gateDepth;
         Note(std::string("EndUpdateRegisterAssembly ") + assemblyId);
@@ -152,8 +158,11 @@ public:
         }
         return (options & option) != Options::None;
     }
+    std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> PersistenceProvider() const override {
+        return provider;
+    }
     void ResetProtocolToDefaultEnabledState() override { Note("ResetProtocolToDefaultEnabledState"); }
-    bool ProtocolAutoEnableSetting() const override { return false; }
+    bool ProtocolAutoEnableSetting() const override { return autoEnable; }
 
     std::string typeName = "fake";
     std::string id = "fake";
@@ -166,6 +175,8 @@ public:
     bool hasGroup = true;
     std::map<std::string, std::shared_ptr<Assembly>> assemblies;
     nlohmann::json workspaceData;
+    std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> provider;
+    bool autoEnable = false;
     int gateDepth = 0;
 
     std::function<void()> onStatus;

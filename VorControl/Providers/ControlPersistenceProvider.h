@@ -1,0 +1,108 @@
+#pragma once
+
+#include "VorApi/Handle.h"
+#include "VorApi/Params/Group.h"
+#include "VorControl/Providers/IControlPersistenceProvider.h"
+#include "yApi/yLock.h"
+
+#include <array>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace VorControl::ControlProtocol {
+class IProtocol;
+class IProtocolRegisterAssembly;
+} // namespace VorControl::ControlProtocol
+
+namespace VorControl::Providers {
+
+/// What a service makes in its constructor and returns from PersistenceProvider(). It asks the service for the objects
+/// of the domain, and brackets each change of them with the service's own begin and end of an update. All that runs
+/// under the provider's lock, so the service must not wait in there for another thread that uses the provider.
+class ControlPersistenceProvider : public IControlPersistenceProvider {
+public:
+    /// What is registered for a domain, by PersistenceDataCategory.
+    using PersistenceDataTable = std::array<bool, 3>;
+
+    /// The service must outlive the provider. Throws the status of a lock that can't be made.
+    explicit ControlPersistenceProvider(ControlProtocol::IProtocol& protocol);
+    ControlPersistenceProvider(const ControlPersistenceProvider&) = delete;
+    ControlPersistenceProvider& operator=(const ControlPersistenceProvider&) = delete;
+
+    void Init(VorCommon::PersistDomain domain) override;
+    Persistence::PersistLoadResult Load(VorCommon::PersistDomain domain, const nlohmann::json& section) override;
+    void Save(VorCommon::PersistDomain domain, nlohmann::json& section) override;
+
+    void RegisterParams(VorCommon::PersistDomain domain) override;
+    void RegisterRegisterAssemblyGroup(VorCommon::PersistDomain domain) override;
+
+    /// False for a domain for which nothing was registered.
+    bool HasParamsRegistration(VorCommon::PersistDomain domain) const;
+    bool HasRegisterAssemblyGroupRegistration(VorCommon::PersistDomain domain) const;
+    /// Throws yERROR_NOT_FOUND for a domain for which nothing was registered.
+    PersistenceDataTable GetPersistenceDataTable(VorCommon::PersistDomain domain) const;
+
+protected:
+    // One category each, called under the lock; override what a service keeps in another way. A failure to reset or
+    // to save is thrown on, a failure to load gives Failed.
+    virtual void InitParameters(VorCommon::PersistDomain domain);
+    virtual void InitRegisterAssemblyGroup(VorCommon::PersistDomain domain);
+    virtual void SaveParameters(VorCommon::PersistDomain domain, nlohmann::json& section);
+    virtual void SaveRegisterAssemblyGroup(VorCommon::PersistDomain domain, nlohmann::json& section);
+    virtual Persistence::PersistLoadResult LoadParameters(VorCommon::PersistDomain domain,
+                                                          const nlohmann::json& section);
+    virtual Persistence::PersistLoadResult LoadRegisterAssemblyGroup(VorCommon::PersistDomain domain,
+                                                                     const nlohmann::json& section);
+
+private:
+    using PersistDomain = VorCommon::PersistDomain;
+    using PersistLoadResult = Persistence::PersistLoadResult;
+
+    /// How an assembly is called in the framework, and what the user sees. Either may be empty.
+    struct RegisterAssemblyIntExtIds {
+        std::string id;
+        std::string displayName;
+    };
+    /// A version of the file, which may have none.
+    using StoredVersion = std::optional<std::string>;
+
+    void Register(PersistDomain domain, PersistenceDataCategory category);
+    PersistenceDataTable& AddPersistenceDataTable(PersistDomain domain);
+    bool HasRegistration(PersistDomain domain, PersistenceDataCategory category) const;
+    /// Keeps the first result that isn't None.
+    static void UpdateLoadResult(PersistLoadResult& result, PersistLoadResult value);
+    const std::string& Name() const;
+
+    bool UpdateParameters(PersistDomain domain, Vor::Params::Group& params, const nlohmann::json& parameters);
+    PersistLoadResult LoadParamsVersionCheck(PersistDomain domain, const char* current, const char* stored);
+
+    void SaveRegisterAssembly(PersistDomain domain, const std::string& id, nlohmann::json& section);
+    bool IsLoadableRegisterAssemblyGroupConfig(PersistDomain domain, const nlohmann::json& section,
+                                               PersistLoadResult& result);
+    bool HasWellFormedRegisterAssemblyLists(PersistDomain domain, const nlohmann::json& section);
+    static RegisterAssemblyIntExtIds RegisterAssemblyIdFromCfg(const nlohmann::json& entry);
+    PersistLoadResult LoadRegisterAssemblyEntry(PersistDomain domain, const nlohmann::json& entry,
+                                                const nlohmann::json& versionRecord);
+    PersistLoadResult LoadRegisterAssembly(PersistDomain domain, const RegisterAssemblyIntExtIds& ids,
+                                           const nlohmann::json& entry, const nlohmann::json& versionRecord);
+    PersistLoadResult LoadRegisterAssemblyBlocks(PersistDomain domain, const RegisterAssemblyIntExtIds& ids,
+                                                 const nlohmann::json& entry, const char* version);
+    PersistLoadResult FillRegisterAssembly(ControlProtocol::IProtocolRegisterAssembly& assembly, const std::string& id,
+                                           const nlohmann::json& entry);
+    PersistLoadResult LoadRegisterAssemblyVersionCheck(PersistDomain domain, const RegisterAssemblyIntExtIds& ids,
+                                                       const char* current, const char* stored);
+    PersistLoadResult CheckForMissingRegisterAssemblyConfig(PersistDomain domain);
+    void TellUserThatUnsupported(const RegisterAssemblyIntExtIds& ids) const;
+
+    ControlProtocol::IProtocol& protocol;
+    /// Reentrant; guards the two below and serialises the operations. Ranks before the locks of what is kept, and is
+    /// held while the service is asked and changed.
+    Vor::Handle<yLock, yLock_Destroy> lock;
+    std::map<PersistDomain, PersistenceDataTable> persistenceDataTable;
+    /// Those met since the current load of register assemblies began.
+    std::vector<std::string> loadedAssemblyIds;
+};
+
+} // namespace VorControl::Providers
