@@ -1,6 +1,8 @@
 #include "Sensor/Scan/Scanner.h"
 #include "Sensor/Scan/RecordingParser.h"
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/Signal.h"
+#include "Tests/Support/Threads.h"
 #include "Vor/Exception.h"
 #include "VorCore/ResultHub.h"
 #include "VorMsg/ResultSet.h"
@@ -143,6 +145,119 @@ TEST(Scanner, KeepsTheRateOverManyFrames) {
         }
     }
     EXPECT_LT(leastLag, 20000U);
+}
+
+TEST(Scanner, ASecondScanCountsFramesAndTimeFromItsStart) {
+    const Recording recording = TwoFrames();
+    VorCore::ResultHub hub;
+    StampLog log(hub);
+    Scanner scanner(recording, hub, {.frameRate = 1000, .once = true});
+    for (int round = 0; round < 2; ++round) {
+        const auto before = std::chrono::steady_clock::now();
+        scanner.Start();
+        ASSERT_TRUE(log.WaitForCount(static_cast<std::size_t>(round) * 2 + 2));
+        scanner.Stop();
+        const auto passed =
+            std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - before).count();
+        const auto stamps = log.Stamps();
+        for (std::size_t index = 0; index < 2; ++index) {
+            const yStamp& stamp = stamps[static_cast<std::size_t>(round) * 2 + index];
+            EXPECT_EQ(stamp.frameIndex, index);
+            EXPECT_LE(stamp.time, static_cast<std::uint64_t>(passed));
+        }
+    }
+}
+
+TEST(Scanner, TellsTheStateOfItsScan) {
+    const Recording recording = TwoFrames();
+    VorCore::ResultHub hub;
+    StampLog log(hub);
+    Scanner scanner(recording, hub, {.frameRate = 1000, .once = true});
+    EXPECT_FALSE(scanner.State().scanning);
+    EXPECT_EQ(scanner.State().encoder, 0);
+    EXPECT_EQ(scanner.State().time, 0U);
+    scanner.Start();
+    ASSERT_TRUE(log.WaitForCount(2));
+    const ScannerState running = scanner.State();
+    EXPECT_TRUE(running.scanning);
+    EXPECT_EQ(running.encoder, 1000);
+    EXPECT_GE(running.time, 1000U);
+    scanner.Stop();
+    const ScannerState standing = scanner.State();
+    EXPECT_FALSE(standing.scanning);
+    EXPECT_EQ(standing.encoder, 1000);
+    EXPECT_GE(standing.time, running.time);
+    EXPECT_EQ(scanner.State().time, standing.time);
+}
+
+TEST(Scanner, NoFrameComesByTimeInTriggeredMode) {
+    const Recording recording = TwoFrames();
+    VorCore::ResultHub hub;
+    StampLog log(hub);
+    Scanner scanner(recording, hub, {.frameRate = 100000, .trigger = TriggerMode::Software});
+    scanner.Start();
+    EXPECT_EQ(Tests::CountThreads("Scanner"), 0U);
+    scanner.Stop();
+    ASSERT_TRUE(hub.Drain(20000000));
+    EXPECT_TRUE(log.Stamps().empty());
+}
+
+TEST(Scanner, EachTriggerMakesTheNextFrameOfTheRecording) {
+    const Recording recording = TwoFrames();
+    VorCore::ResultHub hub;
+    StampLog log(hub);
+    Scanner scanner(recording, hub, {.trigger = TriggerMode::Software});
+    scanner.Start();
+    for (std::size_t count = 1; count <= 3; ++count) {
+        scanner.Trigger();
+        ASSERT_TRUE(hub.Drain(20000000));
+        ASSERT_EQ(log.Stamps().size(), count);
+        EXPECT_EQ(log.Stamps().back().frameIndex, count - 1);
+        EXPECT_EQ(scanner.State().encoder, static_cast<std::int64_t>(count - 1) * 1000);
+    }
+    const auto stamps = log.Stamps();
+    EXPECT_LE(stamps[0].time, stamps[1].time);
+    EXPECT_LE(stamps[1].time, stamps[2].time);
+    EXPECT_LE(stamps[2].time, scanner.State().time);
+}
+
+TEST(Scanner, ATriggeredScanStandsStillBehindTheLastFrameUntilItIsStartedAgain) {
+    const Recording recording = TwoFrames();
+    VorCore::ResultHub hub;
+    StampLog log(hub);
+    int ended = 0;
+    Scanner scanner(recording, hub, {.once = true, .ended = [&] { ++ended; }, .trigger = TriggerMode::Software});
+    for (int round = 1; round <= 2; ++round) {
+        scanner.Start();
+        scanner.Trigger();
+        EXPECT_EQ(ended, round - 1);
+        scanner.Trigger();
+        EXPECT_EQ(ended, round);
+        EXPECT_FAILURE(scanner.Trigger(), yERROR_STATE,
+                       "The scan stands still behind the last frame of the recording.");
+        scanner.Stop();
+    }
+    ASSERT_TRUE(hub.Drain(20000000));
+    const auto stamps = log.Stamps();
+    ASSERT_EQ(stamps.size(), 4U);
+    EXPECT_EQ(stamps[2].frameIndex, 0U);
+    EXPECT_EQ(stamps[3].frameIndex, 1U);
+    EXPECT_EQ(ended, 2);
+}
+
+TEST(Scanner, RefusesATriggerWithoutAScanOrWhenFramesComeByTime) {
+    const Recording recording = TwoFrames();
+    VorCore::ResultHub hub;
+    StampLog log(hub);
+    Scanner triggered(recording, hub, {.trigger = TriggerMode::Software});
+    EXPECT_FAILURE(triggered.Trigger(), yERROR_STATE, "The sensor isn't scanning.");
+    triggered.Start();
+    triggered.Stop();
+    EXPECT_FAILURE(triggered.Trigger(), yERROR_STATE, "The sensor isn't scanning.");
+    Scanner timed(recording, hub, {.frameRate = 0.001});
+    EXPECT_FAILURE(timed.Trigger(), yERROR_STATE, "The sensor isn't in triggered mode, its frames come by time.");
+    ASSERT_TRUE(hub.Drain(20000000));
+    EXPECT_TRUE(log.Stamps().empty());
 }
 
 TEST(Scanner, RefusesARateThatIsntAboveZero) {

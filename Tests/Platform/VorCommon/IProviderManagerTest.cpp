@@ -1,0 +1,40 @@
+#include "VorCommon/IProviderManager.h"
+#include "VorCommon/IDigitalOutputProvider.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+#include <string>
+#include <typeinfo>
+
+namespace VorCommon {
+namespace {
+
+using OutputProviders = IProviderManager<IDigitalOutputProvider>;
+
+class NoProviders : public OutputProviders {
+public:
+    std::map<std::string, std::weak_ptr<IDigitalOutputProvider>> Providers() const override { return {}; }
+};
+
+TEST(IProviderManager, HasTheSameTypeInformationInAModuleThatIsLoadedWithLocalSymbols) {
+    const std::unique_ptr<void, int (*)(void*)> module(
+        dlopen(VOR_BINARY_DIR "/test-plugins/ProviderManagerType.so", RTLD_NOW | RTLD_LOCAL), dlclose);
+    ASSERT_NE(module, nullptr) << dlerror();
+    auto* const typeInModule =
+        reinterpret_cast<const std::type_info* (*)()>(dlsym(module.get(), "ProviderManagerType"));
+    ASSERT_NE(typeInModule, nullptr) << dlerror();
+    EXPECT_EQ(typeInModule(), &typeid(OutputProviders));
+}
+
+TEST(IProviderManager, ARegistryEntryComesBackAsTheInterfaceThatItWasMadeFrom) {
+    const std::shared_ptr<OutputProviders> made = std::make_shared<NoProviders>();
+    const std::map<const std::type_info*, std::weak_ptr<void>> registry{{&typeid(OutputProviders), made}};
+    const auto found = std::static_pointer_cast<OutputProviders>(registry.at(&typeid(OutputProviders)).lock());
+    EXPECT_EQ(found, made);
+    EXPECT_TRUE(found->Providers().empty());
+}
+
+} // namespace
+} // namespace VorCommon
