@@ -48,7 +48,7 @@ ControlHost::ControlHost(IControlScanResults& scanResults, ControlProtocolOperat
 ControlHost::~ControlHost() {
     try {
         const Vor::Locker locker(lock.Get());
-        if (!serviceMap.empty()) {
+        if (!serviceMap.empty() || dataSourceCallbackIds.created.IsSet()) {
             protocolOperations.RemoveDataSourceEventHandler(dataSourceCallbackIds, ownTimeout);
         }
     } catch (const std::exception& e) {
@@ -140,7 +140,8 @@ void ControlHost::AddDataSourceEventHandler(const std::string& serviceId, const 
     if (!serviceMap.emplace(serviceId, function).second) {
         Vor::Throw(yERROR, "Unable to insert data source event callback function for service %s", serviceId);
     }
-    if (first) {
+    // A removal that never reached the main loop has left the subscription.
+    if (first && !dataSourceCallbackIds.created.IsSet()) {
         Subscribe(serviceId, timeout);
     }
 }

@@ -1,0 +1,122 @@
+#include "VorControl/Control/ControlProtocolOperations.h"
+
+#include "Vor/AsyncLoop.h"
+#include "Vor/Exception.h"
+#include "VorApi/Object.h"
+#include "VorCommon/IRuntimeCache.h"
+
+#include <utility>
+
+namespace VorControl {
+
+namespace {
+
+/// Runs the call on the main loop; false when the time passed first. On return the call neither runs nor will run, yet
+/// it may have run when the answer came too late.
+bool RunBounded(std::function<void()> call, unsigned long long timeout) {
+    try {
+        Vor::AsyncRunner runner;
+        runner.RunAndWait(std::move(call), timeout);
+        return true;
+    } catch (const Vor::Exception& e) {
+        if (e.Status() != yERROR_TIMEOUT) {
+            throw;
+        }
+        return false;
+    }
+}
+
+/// A closure that comes late writes into the answer that it shares, and its caller is given a fresh one.
+template <class Answer>
+Answer ReadBounded(std::function<void(Answer&)> read, unsigned long long timeout) {
+    const auto answer = std::make_shared<Answer>();
+    if (RunBounded([answer, read = std::move(read)] { read(*answer); }, timeout)) {
+        return std::move(*answer);
+    }
+    return Answer{};
+}
+
+} // namespace
+
+bool ControlProtocolOperations::MainLoopAvailable() const {
+    return !runtimeCache.IsMainLoopBlocked();
+}
+
+bool ControlProtocolOperations::CanReadInPlace() const {
+    return Vor::AsyncLoop::OnMainLoop() || !MainLoopAvailable();
+}
+
+long long ControlProtocolOperations::LocalNodeDateTime(unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LocalNodeDateTime();
+    }
+    return ReadBounded<long long>([this](long long& answer) { answer = systemInterface.LocalNodeDateTime(); }, timeout);
+}
+
+std::string ControlProtocolOperations::LocalNodeNtpHost(unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LocalNodeNtpHost();
+    }
+    return ReadBounded<std::string>([this](std::string& answer) { answer = systemInterface.LocalNodeNtpHost(); },
+                                    timeout);
+}
+
+bool ControlProtocolOperations::LocalNodeSyncTime(const std::string& host, unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LocalNodeSyncTime(host);
+    }
+    return ReadBounded<bool>([this, host](bool& answer) { answer = systemInterface.LocalNodeSyncTime(host); }, timeout);
+}
+
+void ControlProtocolOperations::AddDataSourceEventHandler(
+    const IControlSystemInterface::DataSourceEventHandlerContainer& handlers,
+    IControlSystemInterface::DataSourceEventCallbackIdContainer& ids, unsigned long long timeout) {
+    if (runtimeCache.IsMainLoopBlocked()) {
+        return;
+    }
+    if (Vor::AsyncLoop::OnMainLoop()) {
+        systemInterface.AddDataSourceEventHandler(handlers, ids);
+        return;
+    }
+    const auto made = std::make_shared<IControlSystemInterface::DataSourceEventCallbackIdContainer>(ids);
+    RunBounded([this, handlers, made] { systemInterface.AddDataSourceEventHandler(handlers, *made); }, timeout);
+    // Also those of a subscription that was made too late: whoever holds the ids can end it.
+    ids = *made;
+}
+
+void ControlProtocolOperations::RemoveDataSourceEventHandler(
+    IControlSystemInterface::DataSourceEventCallbackIdContainer& ids, unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        systemInterface.RemoveDataSourceEventHandler(ids);
+        return;
+    }
+    const auto left = std::make_shared<IControlSystemInterface::DataSourceEventCallbackIdContainer>(ids);
+    RunBounded([this, left] { systemInterface.RemoveDataSourceEventHandler(*left); }, timeout);
+    ids = *left;
+}
+
+void ControlProtocolOperations::DataSourceProperties(const std::string& name,
+                                                     IControlSystemInterface::ControlDataSourceProperties& out,
+                                                     unsigned long long timeout) {
+    using Properties = IControlSystemInterface::ControlDataSourceProperties;
+    // The name may be one of the record's own.
+    const std::string asked = name;
+    out = Properties{};
+    if (CanReadInPlace()) {
+        systemInterface.DataSourceProperties(asked, out);
+        return;
+    }
+    out = ReadBounded<Properties>(
+        [this, asked](Properties& answer) { systemInterface.DataSourceProperties(asked, answer); }, timeout);
+}
+
+void* ControlProtocolOperations::LiveJob(unsigned long long timeout) {
+    if (CanReadInPlace()) {
+        return systemInterface.LiveJob();
+    }
+    return ReadBounded<Vor::Object>(
+               [this](Vor::Object& answer) { answer = Vor::Object::Take(systemInterface.LiveJob()); }, timeout)
+        .Release();
+}
+
+} // namespace VorControl
