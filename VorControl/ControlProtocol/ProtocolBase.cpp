@@ -5,6 +5,7 @@
 #include "VorApi/Params/PropertyValue.h"
 #include "VorCommon/IPlatformAttributes.h"
 #include "VorControl/Control/LogThrown.h"
+#include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "yApi/yStatus.h"
 
@@ -37,16 +38,17 @@ ProtocolBase::ProtocolBase(const ControlProtocolEnviron& environ)
 }
 
 ProtocolBase::~ProtocolBase() {
-    try {
-        StopOperationEndEvents();
-    } catch (const Vor::Exception& e) {
-        LogThrown(e, "EXCEPTION THROWN: ");
-    }
+    StopOperationEndEvents();
 }
 
 void ProtocolBase::StopOperationEndEvents() {
-    if (operationEndCallback.IsSet()) {
+    if (!operationEndCallback.IsSet()) {
+        return;
+    }
+    try {
         host->RemoveOpEndEventHandler(id, operationEndCallback);
+    } catch (const Vor::Exception& e) {
+        LogThrown(e, "EXCEPTION THROWN: ");
     }
 }
 
@@ -55,6 +57,8 @@ void ProtocolBase::Init(const ProtocolInitParams& initParams) {
         properties = initParams.nonPersistentProperties;
     }
     params = initParams.params;
+    outputs = initParams.outputs;
+    outputsCommandTarget = initParams.outputsCommandTarget;
     metrics = initParams.metrics;
     registerAssemblyGroup = initParams.registerAssemblyGroup;
 }
@@ -195,6 +199,32 @@ void ProtocolBase::RemoveControlScanResultsHandler() {
     }
 }
 
+void ProtocolBase::OutputsUpdate() {
+    Vor::Throw(yERROR_UNIMPLEMENTED);
+}
+
+bool ProtocolBase::HasProtocolOutput() const {
+    return outputs != nullptr;
+}
+
+IProtocolOutput& ProtocolBase::Outputs() const {
+    if (outputs == nullptr) {
+        Vor::Throw(yERROR_NOT_FOUND);
+    }
+    return *outputs;
+}
+
+bool ProtocolBase::HasOutputsCommandTarget() const {
+    return outputsCommandTarget != nullptr;
+}
+
+VorCommon::ICommandTarget& ProtocolBase::OutputsCommandTarget() const {
+    if (outputsCommandTarget == nullptr) {
+        Vor::Throw(yERROR_NOT_FOUND);
+    }
+    return *outputsCommandTarget;
+}
+
 void ProtocolBase::SetForwardScanResultsToProtocol(bool enable) {
     host->SetForwardScanResultsToService(id, enable);
 }
@@ -231,7 +261,10 @@ void ProtocolBase::ConfigureDefaultRegisterAssembly() {
 }
 
 std::vector<std::string> ProtocolBase::DataSourceList() const {
-    return registerAssemblyGroup != nullptr ? registerAssemblyGroup->DataSourceList() : std::vector<std::string>();
+    if (registerAssemblyGroup != nullptr) {
+        return registerAssemblyGroup->DataSourceList();
+    }
+    return HasProtocolOutput() ? Outputs().DataSourceList() : std::vector<std::string>();
 }
 
 void ProtocolBase::OnPreStartScan() {

@@ -65,6 +65,12 @@ public:
     void AddControlScanResultsHandler() override;
     void RemoveControlScanResultsHandler() override;
 
+    void OutputsUpdate() override;
+    bool HasProtocolOutput() const override;
+    IProtocolOutput& Outputs() const override;
+    bool HasOutputsCommandTarget() const override;
+    VorCommon::ICommandTarget& OutputsCommandTarget() const override;
+
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     bool HasRegisterAssemblyGroup() const override;
     bool HasRegisterAssembly(const char* assemblyId) const override;
@@ -72,7 +78,7 @@ public:
     std::vector<std::string> RegisterAssemblyList() const override;
     void ConfigureDefaultRegisterAssembly() override;
 
-    /// Of the bound group, empty or not; without one there are no data sources.
+    /// Of the bound group, empty or not; without one those of the bound output map.
     std::vector<std::string> DataSourceList() const override;
 
     void OnPreStartScan() override;
@@ -86,7 +92,7 @@ public:
     nlohmann::json& WorkspacePersistData() override;
     ProtocolPersistOptions PersistOptions(VorCommon::PersistDomain domain) const override;
 
-    /// Of the domain's group, empty or not; without one there are no data sources.
+    /// Of the domain's group, empty or not; without one those of its output map.
     std::vector<std::string> DataSourceList(VorCommon::PersistDomain domain) override;
     std::shared_ptr<Vor::Params::Group> Params(VorCommon::PersistDomain domain) const override;
     const char* ParamsVersion(VorCommon::PersistDomain domain) const override;
@@ -96,6 +102,11 @@ public:
     std::shared_ptr<Vor::Params::Group> BeginUpdateParams(VorCommon::PersistDomain domain,
                                                           const char* version) override;
     void EndUpdateParams(VorCommon::PersistDomain domain, const char* version) override;
+    std::shared_ptr<IProtocolOutput> Outputs(VorCommon::PersistDomain domain) override;
+    void OutputsMapReset(VorCommon::PersistDomain domain) override;
+    std::shared_ptr<IProtocolOutput> BeginUpdateOutputsMap(VorCommon::PersistDomain domain,
+                                                           const char* version) override;
+    void EndUpdateOutputsMap(VorCommon::PersistDomain domain, const char* version) override;
     std::shared_ptr<IProtocolRegisterAssemblyGroup> RegisterAssemblyGroup(VorCommon::PersistDomain domain) override;
     void RegisterAssemblyGroupReset(VorCommon::PersistDomain domain) override;
     const char* RegisterAssemblyVersion(VorCommon::PersistDomain domain, const char* assemblyId) override;
@@ -117,14 +128,18 @@ protected:
     void OperationEndEventImpl(int status) override;
     // What a service that has a persistence provider overrides. They do nothing, and give nothing.
     void ParamsResetImpl(VorCommon::PersistDomain domain) override;
+    void OutputsMapResetImpl(VorCommon::PersistDomain domain) override;
     void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) override;
     bool UpdateDynamicParamsImpl(VorCommon::PersistDomain domain) override;
     std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(VorCommon::PersistDomain domain,
                                                               const char* version) override;
+    std::shared_ptr<IProtocolOutput> BeginUpdateOutputsMapImpl(VorCommon::PersistDomain domain,
+                                                               const char* version) override;
     std::shared_ptr<IProtocolRegisterAssembly> BeginUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain,
                                                                                const char* assemblyId,
                                                                                const char* version) override;
     void EndUpdateParamsImpl(VorCommon::PersistDomain domain, const char* version) override;
+    void EndUpdateOutputsMapImpl(VorCommon::PersistDomain domain, const char* version) override;
     void EndUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
                                        const char* version) override;
 
@@ -153,7 +168,7 @@ protected:
     void OperationCompleted(int status);
     void OpEndEventHandler(int status);
     /// No end of an operation comes to this service any more; waits for one that is being told. Not from
-    /// OperationEndEventImpl.
+    /// OperationEndEventImpl. A failure is logged.
     void StopOperationEndEvents();
 
     /// Shows a problem to the user when messages were dropped since the start of the scan, and withdraws it when none
@@ -191,6 +206,8 @@ private:
     Vor::Handle<yLock, yLock_Destroy> propertiesLock;
     std::atomic<bool> lockHeld = false;
     Vor::Params::Group* params = nullptr;
+    IProtocolOutput* outputs = nullptr;
+    VorCommon::ICommandTarget* outputsCommandTarget = nullptr;
     Vor::Properties::Structure* metrics = nullptr;
     IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
     Vor::Event<void*>::CallbackId scanResultsCallback;

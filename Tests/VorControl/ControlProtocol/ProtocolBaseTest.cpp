@@ -149,6 +149,20 @@ TEST_F(ProtocolBaseTest, ALockThatCantBeMadeIsThrown) {
     EXPECT_EQ(TextlessStatus([&] { PlainService{environ}; }), -31);
 }
 
+TEST_F(ProtocolBaseTest, OperationEndsThatCantBeStoppedAreLoggedAndGoNoFurther) {
+    {
+        const PlainService going(environ);
+        log.Clear();
+        yFault_SetHere("yLock_Enter", -34);
+    }
+    const auto records = log.Records();
+    ASSERT_EQ(records.size(), 3U);
+    EXPECT_EQ(records[0].level, Vor::LevelError);
+    EXPECT_EQ(records[0].text, "EXCEPTION THROWN: ");
+    EXPECT_NE(records[1].text.find("-34"), std::string::npos);
+    EXPECT_NE(records[2].text.find("Back trace"), std::string::npos);
+}
+
 TEST_F(ProtocolBaseTest, AScannerIsOptionalOnFourKindsOfPlatform) {
     using VorCommon::PlatformKind;
     const std::pair<PlatformKind, bool> expected[] = {
@@ -165,6 +179,7 @@ TEST_F(ProtocolBaseTest, AScannerIsOptionalOnFourKindsOfPlatform) {
 
 TEST_F(ProtocolBaseTest, StartsStoppedWithoutAnything) {
     EXPECT_EQ(service.GetProtocolStatus(), ProtocolStatus::Stopped);
+    EXPECT_EQ(service.CompletedOperationStatus(), 0);
     EXPECT_FALSE(service.IsRunning());
     EXPECT_TRUE(service.ScanningStopped());
     EXPECT_STREQ(service.ParamsVersion(), "1");
