@@ -101,7 +101,9 @@ void ScannerActions::BlinkLed(const Vor::Properties::Structure* params) const {
     if (params == nullptr) {
         Vor::Throw(yERROR_PARAMETER, "The action '%s' needs its parameters.", BlinkLedId);
     }
-    environ.blinkLed(ReadBool(*params, BlinkEnabledKey), ReadBool(*params, LightOnKey));
+    const bool ledBlinkEnabled = ReadBool(*params, BlinkEnabledKey);
+    const bool ledLightOn = ReadBool(*params, LightOnKey);
+    environ.blinkLed(ledBlinkEnabled, ledLightOn);
 }
 
 } // namespace Sensor::Scan
