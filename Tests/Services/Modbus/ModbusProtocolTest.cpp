@@ -26,7 +26,11 @@ constexpr const char* ConfigPath = "/controls/modbus/config.json";
 constexpr const char* AssemblyId = "registerAssembly-0";
 
 json Block(const char* type, const char* source, unsigned address) {
-    return {{"type", type}, {"dataSource", source}, {"outputId", address}};
+    json block = {{"type", type}, {"outputId", address}};
+    if (*source != '\0') {
+        block["dataSource"] = source;
+    }
+    return block;
 }
 
 json Config(const json& parameters, const json& blocks, bool enabled = true) {
@@ -232,6 +236,32 @@ TEST_F(ModbusProtocolTest, StaysRunningAcrossALoadOfTheSameJob) {
     EXPECT_EQ(Status(), 0);
     EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1, 7)).size(), 11u) << "the connection is the same";
     EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1, 1)), (Bytes{0, 1, 0, 0, 0, 3, 1, 0x83, 11}));
+}
+
+TEST_F(ModbusProtocolTest, KeepsClientsAndTheirCommandAcrossALoadOfAnotherMap) {
+    Load(Config({{"port", 0}}, {Block("ControlInput", "", 1000), Block("ControlOutput", "", 1100),
+                                Block("System", "", 1200), Block("Scanner", "", 1300)}));
+    RawClient client(Port());
+    const Bytes command = {0, 1, 0, 0, 0, 13, 1, 16, 0x03, 0xE8, 0, 3, 6, 0, 9, 0, 7, 0xAB, 0xCD};
+    EXPECT_EQ(client.Ask(command), (Bytes{0, 1, 0, 0, 0, 6, 1, 16, 0x03, 0xE8, 0, 3}));
+    EXPECT_EQ(Read(1100, 3), Words({9, 3, 0})) << "7 is no command";
+
+    const json moved = {Block("MeasurementValue", "profile/max", 0), Block("ControlInput", "", 10),
+                        Block("ControlOutput", "", 80)};
+    Load(Config({{"port", 0}}, moved));
+    EXPECT_EQ(client.Ask(ReadRequest(1, 10, 3)), Bytes({0, 1, 0, 0, 0, 9, 1, 3, 6}) + Words({9, 7, 0xABCD}))
+        << "the connection is the same, and so is what the client wrote";
+    EXPECT_EQ(Read(80, 3), Words({9, 3, 0}));
+    EXPECT_EQ(Read(1000, 65), (Bytes{0x83, 2}));
+    EXPECT_EQ(client.Ask({0, 1, 0, 0, 0, 6, 1, 6, 0, 10, 0, 9}).size(), 12u);
+    EXPECT_EQ(Read(80, 3), Words({9, 3, 0})) << "the same request word runs nothing";
+
+    Load(Config({{"port", 0}}, TwoBlocks));
+    EXPECT_EQ(client.Ask({0, 1, 0, 0, 0, 6, 1, 6, 0, 10, 0, 9}), (Bytes{0, 1, 0, 0, 0, 3, 1, 0x86, 2}))
+        << "a map without a command block takes no commands";
+    EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1)).size(), 11u);
+    Load(Config({{"port", 0}}, moved));
+    EXPECT_EQ(client.Ask(ReadRequest(1, 10, 3)), Bytes({0, 1, 0, 0, 0, 9, 1, 3, 6}) + Words({9, 7, 0xABCD}));
 }
 
 TEST_F(ModbusProtocolTest, MovesToAnotherPortAndKeepsItsValues) {

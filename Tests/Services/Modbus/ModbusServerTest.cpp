@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 #include "Tests/Services/Modbus/Bytes.h"
@@ -26,6 +28,22 @@ std::string FailureOf(const ServerSettings& settings) {
     }
     return "no failure";
 }
+
+// Waits until a counter has this value.
+bool Becomes(const std::atomic<std::uint64_t>& counter, std::uint64_t value) {
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (counter != value) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+const Bytes WriteOne = {0, 9, 0, 0, 0, 6, 1, 6, 0, 7, 0, 1};
+const Bytes MayNotWrite = {0, 9, 0, 0, 0, 3, 1, 0x86, 1};
+const Bytes NothingToWrite = {0, 9, 0, 0, 0, 3, 1, 0x86, 2};
 
 class ModbusServerTest : public testing::Test {
 protected:
@@ -163,7 +181,7 @@ TEST_F(ModbusServerTest, ClosesASilentConnection) {
     const auto talked = Client();
     EXPECT_TRUE(silent.WaitForClose());
     EXPECT_TRUE(talked->WaitForClose());
-    EXPECT_EQ(counters.connected, 0u);
+    EXPECT_TRUE(Becomes(counters.connected, 0));
 }
 
 TEST_F(ModbusServerTest, ClosesAConnectionThatNeverEndsItsRequest) {
@@ -262,6 +280,102 @@ TEST_F(ModbusServerTest, EndsWithConnectionsOpenAndFreesItsPort) {
     EXPECT_FALSE(RawClient(port).Connected());
     Open({.port = port});
     EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+}
+
+TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
+    Open({.maxConnections = 2});
+    const auto first = Client();
+    auto second = Client();
+    EXPECT_EQ(counters.connected, 2u);
+    EXPECT_TRUE(RawClient(port).WaitForClose());
+    EXPECT_TRUE(Becomes(counters.refused, 1));
+    EXPECT_EQ(counters.requests, 2u);
+    EXPECT_EQ(counters.exceptions, 0u);
+    EXPECT_EQ(first->Ask({0, 9, 0, 0, 0, 2, 1, 43}), (Bytes{0, 9, 0, 0, 0, 3, 1, 0xAB, 1}));
+    EXPECT_EQ(counters.requests, 3u);
+    EXPECT_EQ(counters.exceptions, 1u);
+    second.reset();
+    EXPECT_TRUE(Becomes(counters.connected, 1));
+    server.reset();
+    EXPECT_EQ(counters.connected, 0u);
+    EXPECT_EQ(counters.requests, 3u);
+}
+
+TEST_F(ModbusServerTest, LetsLoopbackWriteAndNobodyElseByDefault) {
+    const ServerSettings settings;
+    Open();
+    EXPECT_EQ(Client()->Ask(WriteOne), NothingToWrite);
+    for (const auto& [text, may] : {std::pair{"::ffff:127.0.0.1", true},
+                                    {"::ffff:127.255.0.9", true},
+                                    {"::1", true},
+                                    {"::ffff:10.0.0.1", false},
+                                    {"::2", false},
+                                    {"fe80::1", false}}) {
+        NetworkAddress address;
+        ASSERT_EQ(inet_pton(AF_INET6, text, address.data()), 1);
+        EXPECT_EQ(Contain(settings.writers, address), may) << text;
+        EXPECT_TRUE(Contain(settings.readers, address)) << text;
+    }
+}
+
+TEST_F(ModbusServerTest, LetsAClientThatMayNotWriteRead) {
+    Open({.writers = ParseNetworks({"10.0.0.0/8"})});
+    const auto client = Client();
+    EXPECT_EQ(client->Ask(WriteOne), MayNotWrite);
+    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
+}
+
+TEST_F(ModbusServerTest, ClosesAClientThatMayNotReadAtOnce) {
+    Open({.readers = ParseNetworks({"127.0.0.2", "10.0.0.0/8", "::/0"})});
+    EXPECT_TRUE(RawClient(port).WaitForClose());
+    EXPECT_TRUE(Becomes(counters.refused, 1));
+    EXPECT_EQ(counters.connected, 0u);
+    server->Update({.port = port, .readers = ParseNetworks({"127.0.0.1"})});
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(counters.refused, 1u);
+}
+
+TEST_F(ModbusServerTest, CountsAMappedClientAsIpV4) {
+    try {
+        Open({.address = "::", .readers = ParseNetworks({"127.0.0.1"}), .writers = ParseNetworks({"127.0.0.1"})});
+    } catch (const Vor::Exception& e) {
+        GTEST_SKIP() << "no IPv6 here: " << e.what();
+    }
+    EXPECT_EQ(Client()->Ask(WriteOne), NothingToWrite);
+}
+
+TEST_F(ModbusServerTest, AppliesOtherNetworksToTheConnectionsThatAreThere) {
+    Open();
+    const auto client = Client();
+    const auto other = Client();
+    EXPECT_EQ(client->Ask(WriteOne), NothingToWrite);
+    server->Update({.port = port, .writers = {}});
+    EXPECT_EQ(client->Ask(WriteOne), MayNotWrite);
+    server->Update({.port = port, .writers = ParseNetworks({"127.0.0.1"})});
+    EXPECT_EQ(client->Ask(WriteOne), NothingToWrite);
+    server->Update({.port = port, .readers = {}});
+    EXPECT_TRUE(client->WaitForClose());
+    EXPECT_TRUE(other->WaitForClose());
+    EXPECT_TRUE(Becomes(counters.connected, 0));
+    EXPECT_EQ(counters.refused, 0u) << "they were not refused when they connected";
+}
+
+TEST_F(ModbusServerTest, PollsOnItsThreadAgainAndAgain) {
+    std::atomic<std::uint64_t> polls = 0;
+    std::atomic<bool> throws = true;
+    server = std::make_unique<ModbusServer>(registers, counters, ServerSettings{}, [&] {
+        ++polls;
+        if (throws.exchange(false)) {
+            throw std::runtime_error("a poll that fails");
+        }
+    });
+    port = server->Port();
+    EXPECT_TRUE(Becomes(polls, 3)) << "also after one that failed";
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    server.reset();
+    const auto last = polls.load();
+    std::this_thread::yield();
+    EXPECT_EQ(polls, last);
 }
 
 } // namespace

@@ -1,0 +1,231 @@
+#include "Services/Modbus/ControlRegisters.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "Tests/Services/Modbus/Bytes.h"
+#include "Tests/Services/Modbus/Results.h"
+
+namespace Services::Modbus {
+namespace {
+
+class Runner : public ICommandRunner {
+public:
+    bool IsBusy() const override { return busy; }
+    void Run(const CommandInput& input) override {
+        runs.push_back(Word(input.data()));
+        if (onRun) {
+            onRun();
+        }
+    }
+
+    bool busy = false;
+    std::vector<unsigned> runs; // request words
+    std::function<void()> onRun;
+};
+
+// The command's registers at 10 to 74, the answer at 80 to 82, the states at 100 and 150.
+class ControlRegistersTest : public testing::Test {
+protected:
+    ControlRegistersTest() {
+        control.Replace({.controlInput = 10, .controlOutput = 80, .system = 100, .scanner = 150},
+                        {{10, 75}, {80, 83}, {100, 140}, {150, 160}}, Bytes(320, 0));
+    }
+
+    Bytes Read(unsigned address, unsigned count) {
+        Bytes bytes(2 * count);
+        return control.Read(static_cast<std::uint16_t>(address), static_cast<std::uint16_t>(count), bytes.data())
+                   ? bytes
+                   : Bytes();
+    }
+
+    unsigned char Write(unsigned address, const std::vector<unsigned>& words) {
+        const Bytes values = Words(words);
+        return control.Write({.address = static_cast<std::uint16_t>(address), .values = values});
+    }
+
+    Bytes Answer() { return Read(80, 3); }
+    // Whether the system's state shows that a command is under way.
+    unsigned Busy() { return Word(Read(138, 1).data()); }
+
+    RegisterImage image;
+    Runner runner;
+    ControlRegisters control{image, runner};
+};
+
+TEST_F(ControlRegistersTest, StartsWithZeros) {
+    EXPECT_EQ(Read(10, 65), Bytes(130, 0));
+    EXPECT_EQ(Answer(), Words({0, 0, 0}));
+    EXPECT_EQ(Read(100, 40), Bytes(80, 0));
+    EXPECT_EQ(Read(150, 10), Bytes(20, 0));
+}
+
+TEST_F(ControlRegistersTest, TakesACommandWhenAWriteChangesTheRequestWord) {
+    std::vector<Bytes> seen;
+    runner.onRun = [&] { seen.push_back(Answer()); };
+    EXPECT_EQ(Write(10, {1, 7}), NoException);
+    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1}));
+    EXPECT_EQ(seen, (std::vector<Bytes>{Words({1, 1, 0})})) << "the echo is there before the command runs";
+    EXPECT_EQ(Read(10, 3), Words({1, 7, 0}));
+    EXPECT_EQ(Busy(), 1u);
+    control.EndCommand(2);
+    EXPECT_EQ(Answer(), Words({1, 2, 0}));
+    EXPECT_EQ(Busy(), 0u);
+    EXPECT_EQ(Write(10, {2}), NoException);
+    control.EndCommand(3);
+    EXPECT_EQ(Answer(), Words({2, 3, 0}));
+    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1, 2}));
+}
+
+TEST_F(ControlRegistersTest, BearsACommandThatEndsBeforeItsRunReturns) {
+    runner.onRun = [&] { control.EndCommand(2); };
+    EXPECT_EQ(Write(10, {0xFFFF, 1}), NoException);
+    EXPECT_EQ(Answer(), Words({0xFFFF, 2, 0}));
+    EXPECT_EQ(Write(10, {1}), NoException);
+    EXPECT_EQ(Answer(), Words({1, 2, 0}));
+}
+
+TEST_F(ControlRegistersTest, RunsNothingWithoutAChangeOfTheRequestWord) {
+    EXPECT_EQ(Write(10, {0, 1}), NoException) << "0 is what stands there at first";
+    EXPECT_EQ(Write(11, {2, 'a', 'b'}), NoException);
+    EXPECT_EQ(runner.runs, std::vector<unsigned>());
+    EXPECT_EQ(Read(10, 4), Words({0, 2, 'a', 'b'}));
+    EXPECT_EQ(Answer(), Words({0, 0, 0}));
+    EXPECT_EQ(Write(10, {5}), NoException);
+    control.EndCommand(2);
+    EXPECT_EQ(Write(10, {5, 1}), NoException);
+    EXPECT_EQ(runner.runs, (std::vector<unsigned>{5}));
+    EXPECT_EQ(Answer(), Words({5, 2, 0}));
+}
+
+TEST_F(ControlRegistersTest, RefusesAnotherRequestWordWhileACommandIsUnderWay) {
+    EXPECT_EQ(Write(10, {1, 1}), NoException);
+    EXPECT_EQ(Write(10, {2, 2, 3}), ServerDeviceBusy);
+    EXPECT_EQ(Read(10, 3), Words({1, 1, 0})) << "nothing is changed";
+    EXPECT_EQ(Write(11, {9}), NoException) << "arguments may be written";
+    EXPECT_EQ(Write(10, {1, 8}), NoException) << "with the same request word, too";
+    EXPECT_EQ(Read(10, 3), Words({1, 8, 0}));
+    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1}));
+    control.EndCommand(2);
+    EXPECT_EQ(Write(10, {2, 2, 3}), NoException);
+    EXPECT_EQ(Answer(), Words({2, 1, 0}));
+}
+
+TEST_F(ControlRegistersTest, RefusesACommandWhileTheRunnerIsBusy) {
+    runner.busy = true;
+    EXPECT_EQ(Write(10, {1, 1}), ServerDeviceBusy);
+    EXPECT_EQ(Read(10, 2), Words({0, 0}));
+    EXPECT_EQ(Answer(), Words({0, 0, 0}));
+    EXPECT_EQ(Write(11, {1}), NoException);
+    EXPECT_EQ(runner.runs, std::vector<unsigned>());
+}
+
+TEST_F(ControlRegistersTest, TakesTheFirstEndOfACommandOnly) {
+    control.EndCommand(3);
+    EXPECT_EQ(Answer(), Words({0, 0, 0})) << "of no command at all";
+    EXPECT_EQ(Write(10, {1}), NoException);
+    control.EndCommand(2);
+    control.EndCommand(3);
+    EXPECT_EQ(Answer(), Words({1, 2, 0}));
+}
+
+TEST_F(ControlRegistersTest, WritesWithinTheCommandsRegistersOnly) {
+    const Bytes all = Read(10, 150);
+    for (const auto& [address, count] : {std::pair{9u, 1u},
+                                         {9u, 2u},
+                                         {74u, 2u},
+                                         {75u, 1u},
+                                         {80u, 1u},
+                                         {100u, 1u},
+                                         {150u, 1u},
+                                         {0u, 1u},
+                                         {65535u, 1u},
+                                         {9u, 67u}}) {
+        EXPECT_EQ(Write(address, std::vector<unsigned>(count, 0x5A5A)), IllegalDataAddress) << address;
+    }
+    EXPECT_EQ(Read(10, 150), all);
+    EXPECT_EQ(Write(11, std::vector<unsigned>(64, 0x5A5A)), NoException);
+    EXPECT_EQ(Read(10, 65), Bytes(2, 0) + Bytes(128, 0x5A));
+    EXPECT_EQ(Read(75, 75), Bytes(all.begin() + 130, all.begin() + 280));
+}
+
+TEST_F(ControlRegistersTest, KeepsTheBitsThatAMaskNames) {
+    EXPECT_EQ(Write(11, {0x0012}), NoException);
+    const Bytes value = Words({0x0025});
+    EXPECT_EQ(control.Write({.address = 11, .values = value, .keep = 0x00F2}), NoException);
+    EXPECT_EQ(Read(11, 1), Words({0x0017})) << "the example of MODBUS Application Protocol V1.1b3, 6.16";
+    const Bytes bit = Words({0x0100});
+    EXPECT_EQ(control.Write({.address = 10, .values = bit, .keep = 0xFEFF}), NoException);
+    EXPECT_EQ(runner.runs, (std::vector<unsigned>{0x0100})) << "a mask may change the request word";
+    const Bytes other = Words({0x0001});
+    EXPECT_EQ(control.Write({.address = 10, .values = other, .keep = 0xFFFE}), ServerDeviceBusy);
+    EXPECT_EQ(control.Write({.address = 10, .values = bit, .keep = 0xFEFF}), NoException);
+}
+
+TEST_F(ControlRegistersTest, ReadsWhatItHasJustWritten) {
+    Bytes read(142, 0xEE);
+    const Bytes values = Words({1, 2});
+    EXPECT_EQ(control.Write({.address = 10, .values = values, .readAddress = 10, .read = read}), NoException);
+    EXPECT_EQ(Bytes(read.begin(), read.begin() + 6), Words({1, 2, 0}));
+    EXPECT_EQ(Bytes(read.begin() + 140, read.end()), Words({1})) << "and the echo";
+}
+
+TEST_F(ControlRegistersTest, WritesNothingWhenItCannotRead) {
+    Bytes read(2);
+    const Bytes values = Words({1, 2});
+    EXPECT_EQ(control.Write({.address = 10, .values = values, .readAddress = 0, .read = read}), IllegalDataAddress);
+    EXPECT_EQ(control.Write({.address = 9, .values = values, .readAddress = 10, .read = read}), IllegalDataAddress);
+    EXPECT_EQ(Read(10, 2), Words({0, 0}));
+    EXPECT_EQ(runner.runs, std::vector<unsigned>());
+}
+
+TEST_F(ControlRegistersTest, ShowsTheStates) {
+    VorControl::ControlProtocol::DefaultSystemStateData system{
+        .firstStateByte = 1, .jobFileNameLength = 3, .secondStateByte = 1, .thirdStateByte = 42, .stateValue = 70000};
+    system.jobFileName = {'a', 'b', 'c'};
+    control.SetSystemState(system);
+    EXPECT_EQ(Read(100, 8), Words({0, 0, 1, 4464, 1, 3, 0x6162, 0x6300}));
+    EXPECT_EQ(Read(108, 32), Words(std::vector<unsigned>(31, 0)) + Words({42}))
+        << "the second byte tells of this object's command";
+    control.SetScannerState({.firstScannerByte = 2, .secondScannerByte = 1, .signedScannerValue = -70000});
+    EXPECT_EQ(Read(150, 10), Words({0xFFFF, 0xFFFF, 0xFFFE, 0xEE90, 0, 0, 0, 0, 2, 1}));
+}
+
+TEST_F(ControlRegistersTest, KeepsItsContentInANewMap) {
+    EXPECT_EQ(Write(10, {1, 5, 'a'}), NoException);
+    control.SetScannerState({.signedScannerValue = 7});
+    control.Replace({}, {}, {});
+    EXPECT_FALSE(control.HasStates());
+    EXPECT_EQ(Write(10, {1}), IllegalDataAddress);
+    control.EndCommand(2);
+    EXPECT_EQ(Write(0, {1}), IllegalDataAddress);
+    EXPECT_EQ(Read(0, 1), Bytes());
+    ControlPlaces places;
+    places.controlInput = 0;
+    places.controlOutput = 65;
+    places.scanner = 70;
+    places.isBigEndian = false;
+    control.Replace(places, {{0, 80}}, Bytes(160, 0));
+    EXPECT_TRUE(control.HasStates());
+    EXPECT_EQ(Read(0, 3), Words({1, 5, 'a'}));
+    EXPECT_EQ(Read(65, 3), Words({1, 2, 0}));
+    EXPECT_EQ(Read(70, 4), Words({7, 0, 0, 0}));
+    EXPECT_EQ(Write(0, {1}), NoException);
+    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1})) << "the same request word is no change there either";
+}
+
+TEST_F(ControlRegistersTest, RunsCommandsInAMapWithoutAnAnswer) {
+    ControlPlaces places;
+    places.controlInput = 0;
+    control.Replace(places, {{0, 65}}, Bytes(130, 0));
+    EXPECT_EQ(Write(0, {1}), NoException);
+    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1}));
+    EXPECT_EQ(Write(0, {2}), ServerDeviceBusy);
+    control.EndCommand(2);
+    EXPECT_EQ(Write(0, {2}), NoException);
+    EXPECT_EQ(Read(0, 1), Words({2}));
+}
+
+} // namespace
+} // namespace Services::Modbus
