@@ -6,6 +6,7 @@
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlScanResults.h"
 #include "VorControl/Control/LogThrown.h"
+#include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
@@ -16,6 +17,7 @@
 namespace VorControl {
 
 using ControlProtocol::IProtocol;
+using ControlProtocol::IProtocolOutput;
 using ControlProtocol::IProtocolRegisterAssembly;
 using ControlProtocol::IProtocolRegisterAssemblyGroup;
 using ControlProtocol::ProtocolStatus;
@@ -233,6 +235,16 @@ void ControlInstance::EndUpdateParameters() {
     paramsUpdated.Raise(id, true);
 }
 
+std::shared_ptr<IProtocolOutput> ControlInstance::BeginUpdateOutputsMap() {
+    return BeginUpdate([&] { return protocol->BeginUpdateOutputsMap(PersistDomain::Job, ""); });
+}
+
+void ControlInstance::EndUpdateOutputsMap() {
+    const GateLeaver leaver(updateGate);
+    protocol->EndUpdateOutputsMap(PersistDomain::Job, "");
+    outputsUpdated.Raise(id, true);
+}
+
 void ControlInstance::BeginUpdateRegisterAssembly() {
     updateGate.Enter(updateFlag);
 }
@@ -276,6 +288,54 @@ const char* ControlInstance::ParamsVersion() const {
 
 void ControlInstance::ParamsUpdate() {
     protocol->ParamsUpdate();
+}
+
+bool ControlInstance::HasProtocolOutput() const {
+    return protocol->Outputs(PersistDomain::Job) != nullptr;
+}
+
+IProtocolOutput& ControlInstance::Outputs() const {
+    const auto outputs = protocol->Outputs(PersistDomain::Job);
+    if (outputs == nullptr) {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+    return *outputs;
+}
+
+void ControlInstance::OutputsMapBeginLock() {
+    if (const auto outputs = protocol->Outputs(PersistDomain::Job)) {
+        outputs->BeginLock();
+    }
+}
+
+void ControlInstance::OutputsMapEndLock() {
+    if (const auto outputs = protocol->Outputs(PersistDomain::Job)) {
+        outputs->EndLock();
+    }
+}
+
+Vor::Params::Group& ControlInstance::OutputsMap() const {
+    return Outputs().OutputMap();
+}
+
+bool ControlInstance::HasOutputsCommandTarget() const {
+    return HasProtocolOutput();
+}
+
+VorCommon::ICommandTarget& ControlInstance::OutputsCommandTarget() const {
+    return Outputs().CommandTarget();
+}
+
+void ControlInstance::OutputsUpdate() {
+    protocol->OutputsUpdate();
+    UpdateScanResult();
+}
+
+void ControlInstance::UpdateScanResult() {
+    if (!HasProtocolOutput()) {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+    scanResults.UpdateOutputMap(id, protocol->DataSourceList());
 }
 
 std::shared_ptr<IProtocolRegisterAssemblyGroup> ControlInstance::DomainGroup() const {

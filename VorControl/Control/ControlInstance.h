@@ -41,6 +41,8 @@ public:
 
     std::shared_ptr<Vor::Params::Group> BeginUpdateParameters() override;
     void EndUpdateParameters() override;
+    std::shared_ptr<ControlProtocol::IProtocolOutput> BeginUpdateOutputsMap() override;
+    void EndUpdateOutputsMap() override;
     void BeginUpdateRegisterAssembly() override;
     std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     BeginUpdateRegisterAssembly(const char* assemblyId) override;
@@ -53,6 +55,14 @@ public:
     std::shared_ptr<Vor::Params::Group> Params() const override;
     const char* ParamsVersion() const override;
     void ParamsUpdate() override;
+
+    bool HasProtocolOutput() const override;
+    void OutputsMapBeginLock() override;
+    void OutputsMapEndLock() override;
+    Vor::Params::Group& OutputsMap() const override;
+    bool HasOutputsCommandTarget() const override;
+    VorCommon::ICommandTarget& OutputsCommandTarget() const override;
+    void OutputsUpdate() override;
 
     bool HasRegisterAssemblyGroup() const override;
     bool HasRegisterAssembly(const char* assemblyId) const override;
@@ -94,6 +104,9 @@ private:
     /// The job domain's group, or empty.
     std::shared_ptr<ControlProtocol::IProtocolRegisterAssemblyGroup> DomainGroup() const;
     void RequireRegisterAssemblyGroup() const;
+    /// The job domain's output map. Fails with yERROR_UNIMPLEMENTED without one.
+    ControlProtocol::IProtocolOutput& Outputs() const;
+    void UpdateScanResult();
 
     const ControlInfo& info;
     bool autoEnable = false;

@@ -14,13 +14,18 @@
 #include "VorControl/ControlProtocol/ProtocolPersistOptions.h"
 #include "VorControl/ControlProtocol/ProtocolStatus.h"
 
+namespace VorCommon {
+class ICommandTarget;
+}
+
 namespace VorControl {
 
 class ControlInfo;
 
 namespace ControlProtocol {
+class IProtocolOutput;
 class IProtocolRegisterAssembly;
-}
+} // namespace ControlProtocol
 namespace Providers {
 class IControlPersistenceProvider;
 }
@@ -79,6 +84,9 @@ public:
     virtual std::shared_ptr<Vor::Params::Group> BeginUpdateParameters() = 0;
     /// Raises parameters updated and leaves the gate, also when nothing was changed.
     virtual void EndUpdateParameters() = 0;
+    /// Gives the output map to change; empty when the service keeps none in the job domain.
+    virtual std::shared_ptr<ControlProtocol::IProtocolOutput> BeginUpdateOutputsMap() = 0;
+    virtual void EndUpdateOutputsMap() = 0;
     virtual void BeginUpdateRegisterAssembly() = 0;
     /// Gives the assembly to change; empty when the service keeps none of that id in the job domain.
     virtual std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
@@ -94,6 +102,20 @@ public:
     virtual std::shared_ptr<Vor::Params::Group> Params() const = 0;
     virtual const char* ParamsVersion() const = 0;
     virtual void ParamsUpdate() = 0;
+
+    /// Whether the service keeps an output map in the job domain. One that it keeps elsewhere isn't seen here.
+    virtual bool HasProtocolOutput() const = 0;
+    /// These two do nothing for a service without output map.
+    virtual void OutputsMapBeginLock() = 0;
+    virtual void OutputsMapEndLock() = 0;
+    /// Only between the two lock operations; good until the end. This and the command target fail with
+    /// yERROR_UNIMPLEMENTED for a service without output map.
+    virtual Vor::Params::Group& OutputsMap() const = 0;
+    virtual bool HasOutputsCommandTarget() const = 0;
+    virtual VorCommon::ICommandTarget& OutputsCommandTarget() const = 0;
+    /// Tells the service of the change and sets the filter of its scan results anew. Fails with yERROR_UNIMPLEMENTED
+    /// for a service without output map, after it was told.
+    virtual void OutputsUpdate() = 0;
 
     virtual bool HasRegisterAssemblyGroup() const = 0;
     virtual bool HasRegisterAssembly(const char* assemblyId) const = 0;

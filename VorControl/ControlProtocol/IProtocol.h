@@ -20,12 +20,17 @@ namespace VorControl {
 class IControlHost;
 }
 
+namespace VorCommon {
+class ICommandTarget;
+}
+
 namespace VorControl::Providers {
 class IControlPersistenceProvider;
 }
 
 namespace VorControl::ControlProtocol {
 
+class IProtocolOutput;
 class IProtocolRegisterAssembly;
 class IProtocolRegisterAssemblyGroup;
 
@@ -85,6 +90,13 @@ public:
     /// A service can't report the job domain as changed: that one is logged and raises nothing.
     virtual void NotifyPersistenceDomainChangeEventHandler(VorCommon::PersistDomain domain) = 0;
 
+    /// Called after the output map was changed from outside. Not implemented by default.
+    virtual void OutputsUpdate() = 0;
+    virtual bool HasProtocolOutput() const = 0;
+    virtual IProtocolOutput& Outputs() const = 0;
+    virtual bool HasOutputsCommandTarget() const = 0;
+    virtual VorCommon::ICommandTarget& OutputsCommandTarget() const = 0;
+
     /// Called on the service's own dispatcher thread with a yArrayList of ResultSet handles, at least one, in order of
     /// arrival. The list and its sets are valid only during the call; take a share of what is to be kept. Must not
     /// add or remove scan result handlers, nor set the forwarding or the filtering of scan results.
@@ -139,6 +151,13 @@ public:
                                                                   const char* version) = 0;
     virtual void EndUpdateParams(VorCommon::PersistDomain domain, const char* version) = 0;
 
+    virtual std::shared_ptr<IProtocolOutput> Outputs(VorCommon::PersistDomain domain) = 0;
+    virtual void OutputsMapReset(VorCommon::PersistDomain domain) = 0;
+    /// The map to change. Pairs with EndUpdateOutputsMap unless it is empty.
+    virtual std::shared_ptr<IProtocolOutput> BeginUpdateOutputsMap(VorCommon::PersistDomain domain,
+                                                                   const char* version) = 0;
+    virtual void EndUpdateOutputsMap(VorCommon::PersistDomain domain, const char* version) = 0;
+
     virtual std::shared_ptr<IProtocolRegisterAssemblyGroup> RegisterAssemblyGroup(VorCommon::PersistDomain domain) = 0;
     virtual void RegisterAssemblyGroupReset(VorCommon::PersistDomain domain) = 0;
     /// Null when the service doesn't keep the assembly in the domain.
@@ -167,13 +186,17 @@ protected:
 
     // The work behind the operations of the same names.
     virtual void ParamsResetImpl(VorCommon::PersistDomain domain) = 0;
+    virtual void OutputsMapResetImpl(VorCommon::PersistDomain domain) = 0;
     virtual void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) = 0;
     virtual bool UpdateDynamicParamsImpl(VorCommon::PersistDomain domain) = 0;
     virtual std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(VorCommon::PersistDomain domain,
                                                                       const char* version) = 0;
+    virtual std::shared_ptr<IProtocolOutput> BeginUpdateOutputsMapImpl(VorCommon::PersistDomain domain,
+                                                                       const char* version) = 0;
     virtual std::shared_ptr<IProtocolRegisterAssembly>
     BeginUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId, const char* version) = 0;
     virtual void EndUpdateParamsImpl(VorCommon::PersistDomain domain, const char* version) = 0;
+    virtual void EndUpdateOutputsMapImpl(VorCommon::PersistDomain domain, const char* version) = 0;
     virtual void EndUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
                                                const char* version) = 0;
 };

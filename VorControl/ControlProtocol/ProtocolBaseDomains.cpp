@@ -1,3 +1,4 @@
+#include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
@@ -7,8 +8,11 @@ namespace VorControl::ControlProtocol {
 using VorCommon::PersistDomain;
 
 std::vector<std::string> ProtocolBase::DataSourceList(PersistDomain domain) {
-    const auto group = RegisterAssemblyGroup(domain);
-    return group != nullptr ? group->DataSourceList() : std::vector<std::string>();
+    if (const auto group = RegisterAssemblyGroup(domain)) {
+        return group->DataSourceList();
+    }
+    const auto map = Outputs(domain);
+    return map != nullptr ? map->DataSourceList() : std::vector<std::string>();
 }
 
 void ProtocolBase::RefreshScanResults(PersistDomain domain) {
@@ -45,6 +49,24 @@ void ProtocolBase::EndUpdateParams(PersistDomain domain, const char* version) {
     EndUpdateParamsImpl(domain, version);
 }
 
+std::shared_ptr<IProtocolOutput> ProtocolBase::Outputs(PersistDomain /*domain*/) {
+    return nullptr;
+}
+
+void ProtocolBase::OutputsMapReset(PersistDomain domain) {
+    OutputsMapResetImpl(domain);
+    RefreshScanResults(domain);
+}
+
+std::shared_ptr<IProtocolOutput> ProtocolBase::BeginUpdateOutputsMap(PersistDomain domain, const char* version) {
+    return BeginUpdateOutputsMapImpl(domain, version);
+}
+
+void ProtocolBase::EndUpdateOutputsMap(PersistDomain domain, const char* version) {
+    EndUpdateOutputsMapImpl(domain, version);
+    RefreshScanResults(domain);
+}
+
 std::shared_ptr<IProtocolRegisterAssemblyGroup> ProtocolBase::RegisterAssemblyGroup(PersistDomain /*domain*/) {
     return nullptr;
 }
@@ -79,6 +101,8 @@ std::shared_ptr<Providers::IControlPersistenceProvider> ProtocolBase::Persistenc
 
 void ProtocolBase::ParamsResetImpl(PersistDomain /*domain*/) {}
 
+void ProtocolBase::OutputsMapResetImpl(PersistDomain /*domain*/) {}
+
 void ProtocolBase::RegisterAssemblyGroupResetImpl(PersistDomain /*domain*/) {}
 
 bool ProtocolBase::UpdateDynamicParamsImpl(PersistDomain /*domain*/) {
@@ -90,6 +114,11 @@ std::shared_ptr<Vor::Params::Group> ProtocolBase::BeginUpdateParamsImpl(PersistD
     return nullptr;
 }
 
+std::shared_ptr<IProtocolOutput> ProtocolBase::BeginUpdateOutputsMapImpl(PersistDomain /*domain*/,
+                                                                         const char* /*version*/) {
+    return nullptr;
+}
+
 std::shared_ptr<IProtocolRegisterAssembly> ProtocolBase::BeginUpdateRegisterAssemblyImpl(PersistDomain /*domain*/,
                                                                                          const char* /*assemblyId*/,
                                                                                          const char* /*version*/) {
@@ -97,6 +126,8 @@ std::shared_ptr<IProtocolRegisterAssembly> ProtocolBase::BeginUpdateRegisterAsse
 }
 
 void ProtocolBase::EndUpdateParamsImpl(PersistDomain /*domain*/, const char* /*version*/) {}
+
+void ProtocolBase::EndUpdateOutputsMapImpl(PersistDomain /*domain*/, const char* /*version*/) {}
 
 void ProtocolBase::EndUpdateRegisterAssemblyImpl(PersistDomain /*domain*/, const char* /*assemblyId*/,
                                                  const char* /*version*/) {}

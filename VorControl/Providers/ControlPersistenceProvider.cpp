@@ -60,6 +60,10 @@ void ControlPersistenceProvider::RegisterParams(PersistDomain domain) {
     Register(domain, PersistenceDataCategory::Params);
 }
 
+void ControlPersistenceProvider::RegisterOutputsMap(PersistDomain domain) {
+    Register(domain, PersistenceDataCategory::OutputsMap);
+}
+
 void ControlPersistenceProvider::RegisterRegisterAssemblyGroup(PersistDomain domain) {
     Register(domain, PersistenceDataCategory::RegisterAssemblyGroup);
 }
@@ -89,6 +93,10 @@ bool ControlPersistenceProvider::HasParamsRegistration(PersistDomain domain) con
     return HasRegistration(domain, PersistenceDataCategory::Params);
 }
 
+bool ControlPersistenceProvider::HasOutputsMapRegistration(PersistDomain domain) const {
+    return HasRegistration(domain, PersistenceDataCategory::OutputsMap);
+}
+
 bool ControlPersistenceProvider::HasRegisterAssemblyGroupRegistration(PersistDomain domain) const {
     return HasRegistration(domain, PersistenceDataCategory::RegisterAssemblyGroup);
 }
@@ -115,6 +123,9 @@ void ControlPersistenceProvider::Init(PersistDomain domain) {
     if (HasParamsRegistration(domain)) {
         InitParameters(domain);
     }
+    if (HasOutputsMapRegistration(domain)) {
+        InitOutputsMap(domain);
+    }
     if (HasRegisterAssemblyGroupRegistration(domain)) {
         InitRegisterAssemblyGroup(domain);
     }
@@ -124,6 +135,9 @@ void ControlPersistenceProvider::Save(PersistDomain domain, json& section) {
     const Vor::Locker locker(lock.Get());
     if (HasParamsRegistration(domain)) {
         SaveParameters(domain, section);
+    }
+    if (HasOutputsMapRegistration(domain)) {
+        SaveOutputsMap(domain, section);
     }
     if (HasRegisterAssemblyGroupRegistration(domain)) {
         SaveRegisterAssemblyGroup(domain, section);
@@ -135,6 +149,9 @@ PersistLoadResult ControlPersistenceProvider::Load(PersistDomain domain, const j
     PersistLoadResult result = PersistLoadResult::None;
     if (HasParamsRegistration(domain)) {
         UpdateLoadResult(result, LoadCategory([&] { return LoadParameters(domain, section); }));
+    }
+    if (HasOutputsMapRegistration(domain)) {
+        UpdateLoadResult(result, LoadCategory([&] { return LoadOutputsMap(domain, section); }));
     }
     if (HasRegisterAssemblyGroupRegistration(domain)) {
         UpdateLoadResult(result, LoadCategory([&] { return LoadRegisterAssemblyGroup(domain, section); }));
@@ -198,10 +215,7 @@ PersistLoadResult ControlPersistenceProvider::LoadParameters(PersistDomain domai
         return updated ? result : PersistLoadResult::Failed;
     } catch (const std::exception& e) {
         LogThrown(e, "%s encountered an error while loading parameters for domain %s", Name(), domainName);
-        LoadCategory([&] {
-            InitParameters(domain);
-            return PersistLoadResult::None;
-        });
+        ResetAfterFailure([&] { InitParameters(domain); });
         return PersistLoadResult::Failed;
     }
 }

@@ -13,6 +13,7 @@
 
 namespace VorControl::ControlProtocol {
 class IProtocol;
+class IProtocolOutput;
 class IProtocolRegisterAssembly;
 } // namespace VorControl::ControlProtocol
 
@@ -36,10 +37,12 @@ public:
     void Save(VorCommon::PersistDomain domain, nlohmann::json& section) override;
 
     void RegisterParams(VorCommon::PersistDomain domain) override;
+    void RegisterOutputsMap(VorCommon::PersistDomain domain) override;
     void RegisterRegisterAssemblyGroup(VorCommon::PersistDomain domain) override;
 
     /// False for a domain for which nothing was registered.
     bool HasParamsRegistration(VorCommon::PersistDomain domain) const;
+    bool HasOutputsMapRegistration(VorCommon::PersistDomain domain) const;
     bool HasRegisterAssemblyGroupRegistration(VorCommon::PersistDomain domain) const;
     /// Throws yERROR_NOT_FOUND for a domain for which nothing was registered.
     PersistenceDataTable GetPersistenceDataTable(VorCommon::PersistDomain domain) const;
@@ -48,10 +51,14 @@ protected:
     // One category each, called under the lock; override what a service keeps in another way. A failure to reset or
     // to save is thrown on, a failure to load gives Failed.
     virtual void InitParameters(VorCommon::PersistDomain domain);
+    virtual void InitOutputsMap(VorCommon::PersistDomain domain);
     virtual void InitRegisterAssemblyGroup(VorCommon::PersistDomain domain);
     virtual void SaveParameters(VorCommon::PersistDomain domain, nlohmann::json& section);
+    virtual void SaveOutputsMap(VorCommon::PersistDomain domain, nlohmann::json& section);
     virtual void SaveRegisterAssemblyGroup(VorCommon::PersistDomain domain, nlohmann::json& section);
     virtual Persistence::PersistLoadResult LoadParameters(VorCommon::PersistDomain domain,
+                                                          const nlohmann::json& section);
+    virtual Persistence::PersistLoadResult LoadOutputsMap(VorCommon::PersistDomain domain,
                                                           const nlohmann::json& section);
     virtual Persistence::PersistLoadResult LoadRegisterAssemblyGroup(VorCommon::PersistDomain domain,
                                                                      const nlohmann::json& section);
@@ -77,6 +84,9 @@ private:
 
     bool UpdateParameters(PersistDomain domain, Vor::Params::Group& params, const nlohmann::json& parameters);
     PersistLoadResult LoadParamsVersionCheck(PersistDomain domain, const char* current, const char* stored);
+
+    PersistLoadResult UpdateOutputsMap(PersistDomain domain, ControlProtocol::IProtocolOutput& outputs,
+                                       const nlohmann::json& document);
 
     void SaveRegisterAssembly(PersistDomain domain, const std::string& id, nlohmann::json& section);
     bool IsLoadableRegisterAssemblyGroupConfig(PersistDomain domain, const nlohmann::json& section,

@@ -38,6 +38,7 @@ public:
 
     /// What the service keeps in the domain; called by its constructor.
     virtual void RegisterParams(VorCommon::PersistDomain domain) = 0;
+    virtual void RegisterOutputsMap(VorCommon::PersistDomain domain) = 0;
     virtual void RegisterRegisterAssemblyGroup(VorCommon::PersistDomain domain) = 0;
 };
 

@@ -86,6 +86,15 @@ public:
         --gateDepth;
         Note("EndUpdateParameters");
     }
+    std::shared_ptr<VorControl::ControlProtocol::IProtocolOutput> BeginUpdateOutputsMap() override {
+        Note("BeginUpdateOutputsMap");
+        ++gateDepth;
+        return nullptr;
+    }
+    void EndUpdateOutputsMap() override {
+        --gateDepth;
+        Note("EndUpdateOutputsMap");
+    }
     void BeginUpdateRegisterAssembly() override {
         Note("BeginUpdateRegisterAssembly");
         ++gateDepth;
@@ -110,6 +119,14 @@ public:
     }
     const char* ParamsVersion() const override { return "1"; }
     void ParamsUpdate() override { Note("ParamsUpdate"); }
+
+    bool HasProtocolOutput() const override { return false; }
+    void OutputsMapBeginLock() override { Note("OutputsMapBeginLock"); }
+    void OutputsMapEndLock() override { Note("OutputsMapEndLock"); }
+    Group& OutputsMap() const override { Vor::Throw(yERROR_UNIMPLEMENTED); }
+    bool HasOutputsCommandTarget() const override { return false; }
+    VorCommon::ICommandTarget& OutputsCommandTarget() const override { Vor::Throw(yERROR_UNIMPLEMENTED); }
+    void OutputsUpdate() override { Note("OutputsUpdate"); }
 
     bool HasRegisterAssemblyGroup() const override { return hasGroup; }
     bool HasRegisterAssembly(const char* assemblyId) const override { return assemblies.count(assemblyId) != 0; }
