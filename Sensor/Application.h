@@ -34,6 +34,9 @@ public:
     /// for a restart, with RestartStatus. Throws a StartError for what the user asked for and can't have.
     int Run();
 
+    /// Once Run has created them. For the main loop's thread.
+    VorControl::IControlManager& Services() { return host.Services(); }
+
 private:
     VirtualSensor::Settings SensorSettings();
     ServiceHost::Settings HostSettings();

@@ -140,6 +140,14 @@ void RequireValue(const CLI::App& app, const char* name, const std::string& valu
     }
 }
 
+void RequireDataAlone(const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->count() > 0 && !option->check_lname("data")) {
+            throw StartError(option->get_name() + ": is for the sensor, not for its jobs.");
+        }
+    }
+}
+
 CommandLine Take(const CLI::App& app, const Options& options) {
     RequireValue(app, "--data", options.data);
     RequireValue(app, "--plugins", options.plugins);
@@ -179,6 +187,8 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
                  "vorsensor");
     Options options;
     Define(app, options);
+    Jobs::JobCommand jobCommand;
+    const CLI::App& jobs = Jobs::JobCommand::Define(app, jobCommand);
     CommandLine result;
     try {
         app.parse(argc, argv);
@@ -191,7 +201,12 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         throw StartError(std::string(error.what()) + "; --help tells the options.");
     }
-    return Take(app, options);
+    result = Take(app, options);
+    if (jobs.parsed()) {
+        RequireDataAlone(app);
+        result.jobCommand = jobCommand;
+    }
+    return result;
 }
 
 } // namespace Sensor

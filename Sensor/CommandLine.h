@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sensor/Jobs/JobCommand.h"
 #include "Sensor/Jobs/ServiceSetting.h"
 #include "Sensor/Scan/ScannerAlignment.h"
 #include "Sensor/Scan/TriggerMode.h"
@@ -29,6 +30,8 @@ struct CommandLine {
     bool verbose = false;
     /// In the order in which they hold: a later one wins.
     std::vector<Jobs::ServiceSetting> settings;
+    /// To be run instead of the sensor.
+    std::optional<Jobs::JobCommand> jobCommand;
     /// Text to print instead of running: the help or the version.
     std::string answer;
 

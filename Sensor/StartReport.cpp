@@ -1,5 +1,6 @@
 #include "Sensor/StartReport.h"
 
+#include "Sensor/PrintableText.h"
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "VorControl/Control/IControlInstance.h"
@@ -78,31 +79,13 @@ std::string TextAt(const nlohmann::json& properties, const char* name) {
     return found != properties.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-bool IsControlCharacter(char character) {
-    const auto byte = static_cast<unsigned char>(character);
-    return byte < 0x20 || byte == 0x7F;
-}
-
-/// Characters of a text in UTF-8.
-std::size_t Width(const std::string& text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
-}
-
-std::string Padded(const std::string& text, std::size_t width) {
-    const std::size_t own = Width(text);
-    return own < width ? text + std::string(width - own, ' ') : text;
-}
-
 } // namespace
 
 StartReport::StartReport(std::ostream& out)
     : out(out) {}
 
 void StartReport::Line(const std::string& text) {
-    std::string line = text;
-    std::replace_if(line.begin(), line.end(), IsControlCharacter, '?');
-    out << line << std::endl;
+    out << PrintableText(text) << std::endl;
 }
 
 void StartReport::Input(const std::string& name, const Scan::Recording& recording,
@@ -205,17 +188,17 @@ void StartReport::Table(VorControl::IControlInstance& instance, const std::strin
     }
     Line("Map of " + instance.Id() + ", " + assembly + ":");
     const Row titles{"Address", "Type", "Data source", "Name"};
-    std::size_t addresses = Width(titles.addresses);
-    std::size_t types = Width(titles.type);
-    std::size_t sources = Width(titles.dataSource);
+    std::size_t addresses = TextWidth(titles.addresses);
+    std::size_t types = TextWidth(titles.type);
+    std::size_t sources = TextWidth(titles.dataSource);
     for (const Row& row : rows) {
-        addresses = std::max(addresses, Width(row.addresses));
-        types = std::max(types, Width(row.type));
-        sources = std::max(sources, Width(row.dataSource));
+        addresses = std::max(addresses, TextWidth(row.addresses));
+        types = std::max(types, TextWidth(row.type));
+        sources = std::max(sources, TextWidth(row.dataSource));
     }
     const auto print = [&](const Row& row) {
-        Line("  " + Padded(row.addresses, addresses) + "  " + Padded(row.type, types) + "  " +
-             Padded(row.dataSource, sources) + "  " + row.displayName);
+        Line("  " + PaddedText(row.addresses, addresses) + "  " + PaddedText(row.type, types) + "  " +
+             PaddedText(row.dataSource, sources) + "  " + row.displayName);
     };
     print(titles);
     std::for_each(rows.begin(), rows.end(), print);

@@ -1,5 +1,6 @@
 #include "Sensor/Application.h"
 #include "Sensor/CommandLine.h"
+#include "Sensor/Jobs/JobTool.h"
 #include "Sensor/StartError.h"
 
 #include <csignal>
@@ -19,6 +20,10 @@ int main(int argc, char** argv) {
         const Sensor::CommandLine commandLine = Sensor::CommandLine::Parse(argc, argv);
         if (!commandLine.answer.empty()) {
             std::cout << commandLine.answer << std::flush;
+            return 0;
+        }
+        if (commandLine.jobCommand) {
+            Sensor::Jobs::JobTool(commandLine.dataFolder, std::cout).Run(*commandLine.jobCommand);
             return 0;
         }
         return Sensor::Application(commandLine, std::cout).Run();

@@ -229,16 +229,39 @@ void CheckSystemCall(int result, const std::string& path, const char* what) {
     }
 }
 
-/// A file's name is safe only when its folder is.
-void SyncFolderOf(const std::string& path) {
-    const std::string folder = std::filesystem::path(path).parent_path().string();
-    const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    CheckSystemCall(descriptor < 0 ? -1 : 0, path, "can't open its folder");
+/// Returns when the file or the folder is on the disk. `path` is what errors speak of.
+void Sync(const std::string& name, int flags, const std::string& path) {
+    const int descriptor = open(name.c_str(), O_RDONLY | O_CLOEXEC | flags);
+    CheckSystemCall(descriptor < 0 ? -1 : 0, path, "can't be opened to be synchronised");
     const int result = fsync(descriptor);
     const int error = errno;
     close(descriptor);
     errno = error;
-    CheckSystemCall(result, path, "can't synchronise its folder");
+    CheckSystemCall(result, path, "can't be synchronised");
+}
+
+/// A file's name is safe only when its folder is.
+void SyncFolderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    Sync(folder.empty() ? "." : folder, O_DIRECTORY, path);
+}
+
+void CreateFolderOf(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::create_directories(folder, error) && error) {
+        Refuse(path, yERROR, "can't create its folder: " + error.message());
+    }
+}
+
+void RequireFile(const ArchiveFile& file) {
+    if (!file.Exists()) {
+        Refuse(file.Path(), yERROR_NOT_FOUND, "there is no such file");
+    }
+}
+
+[[noreturn]] void RefuseExisting(const std::string& path) {
+    Refuse(path, yERROR_ALREADY_EXISTS, "it exists already");
 }
 
 void CheckFault(const char* name, const std::string& path) {
@@ -247,6 +270,76 @@ void CheckFault(const char* name, const std::string& path) {
         Refuse(path, status, "the disk failed");
     }
 }
+
+/// A file that is made beside its place and appears there whole. Its name begins with a dot, so it is no job.
+class NewFile {
+public:
+    explicit NewFile(const std::string& place)
+        : place(place)
+        , made((std::filesystem::path(place).parent_path() /
+                ("." + std::filesystem::path(place).filename().string() + ".new"))
+                   .string()) {
+        RemoveMade();
+    }
+
+    /// What isn't in its place goes.
+    ~NewFile() { RemoveMade(); }
+
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    const std::string& Path() const { return made; }
+
+    void Sync() const { VorCommon::Sync(made, 0, place); }
+
+    void PutInPlace(ArchiveFile::Existing existing) const {
+        const bool replace = existing == ArchiveFile::Existing::Replace;
+        if (!replace && ArchiveFile(place).Exists()) {
+            RefuseExisting(place);
+        }
+        TakeBackInterruptedSave();
+        // The journal of a file that is gone would be taken for the new file's.
+        Remove(place + "-journal");
+        if (Rename(replace ? 0 : RENAME_NOREPLACE) != 0) {
+            if (errno == EEXIST) {
+                RefuseExisting(place);
+            }
+            CheckSystemCall(-1, place, "can't be put in its place");
+        }
+        SyncFolderOf(place);
+    }
+
+private:
+    static void Remove(const std::string& path) {
+        std::error_code error;
+        std::filesystem::remove(path, error);
+    }
+
+    void RemoveMade() const {
+        Remove(made);
+        Remove(made + "-journal");
+    }
+
+    int Rename(unsigned flags) const {
+        const int result = renameat2(AT_FDCWD, made.c_str(), AT_FDCWD, place.c_str(), flags);
+        // Not every file system knows flags.
+        return result != 0 && errno == EINVAL ? std::rename(made.c_str(), place.c_str()) : result;
+    }
+
+    /// So that a file keeps its old content should it not be replaced after all.
+    void TakeBackInterruptedSave() const {
+        try {
+            if (ArchiveFile(place).Exists()) {
+                Database(place, SQLITE_OPEN_READWRITE).Execute("SELECT 1 FROM sqlite_schema");
+            }
+        } catch (const Vor::Exception&) {
+            return; // there is nothing to keep
+        }
+    }
+
+    const std::string place;
+    const std::string made;
+};
 
 } // namespace
 
@@ -261,9 +354,7 @@ bool ArchiveFile::Exists() const {
 
 ArchiveFile::Entries ArchiveFile::Read() const {
     CheckFault("ArchiveFile_Read", path);
-    if (!Exists()) {
-        Refuse(path, yERROR_NOT_FOUND, "there is no such file");
-    }
+    RequireFile(*this);
     // Not read-only: only a writer can take an interrupted save back. SQLite itself falls back to reading where it
     // mayn't write.
     const Database database(path, SQLITE_OPEN_READWRITE);
@@ -296,7 +387,7 @@ ArchiveFile::Entries ArchiveFile::Read() const {
 void ArchiveFile::Write(const Entries& entries) {
     CheckFault("ArchiveFile_Write", path);
     if (!Exists()) {
-        Create(entries);
+        Make(entries, Existing::Replace);
         return;
     }
     {
@@ -323,23 +414,11 @@ void ArchiveFile::Remove() {
     SyncFolderOf(path);
 }
 
-/// The file is made beside its place and appears there whole. Its name begins with a dot, so it is no job.
-void ArchiveFile::Create(const Entries& entries) {
-    const std::filesystem::path place(path);
-    const std::string made = (place.parent_path() / ("." + place.filename().string() + ".new")).string();
-    std::error_code error;
-    if (place.has_parent_path()) {
-        std::filesystem::create_directories(place.parent_path(), error);
-        if (error) {
-            Refuse(path, yERROR, "can't create its folder: " + error.message());
-        }
-    }
-    // The journal of a file that is gone would be taken for the new file's.
-    for (const std::string& leftover : {made, made + "-journal", path + "-journal"}) {
-        std::filesystem::remove(leftover, error);
-    }
+void ArchiveFile::Make(const Entries& entries, Existing existing) {
+    CreateFolderOf(path);
+    NewFile made(path);
     {
-        const Database database(made, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+        const Database database(made.Path(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
         MakeCrashSafe(database);
         database.Execute("BEGIN IMMEDIATE");
         database.Execute("CREATE TABLE sqlar(name TEXT PRIMARY KEY, mode INT, mtime INT, sz INT, data BLOB)");
@@ -347,8 +426,26 @@ void ArchiveFile::Create(const Entries& entries) {
         CheckFault("ArchiveFile_Commit", path);
         database.Execute("COMMIT");
     }
-    CheckSystemCall(std::rename(made.c_str(), path.c_str()), path, "can't be put in its place");
-    SyncFolderOf(path);
+    made.PutInPlace(existing);
+}
+
+void ArchiveFile::CopyTo(const std::string& copy, Existing existing) const {
+    CheckFault("ArchiveFile_Read", path);
+    RequireFile(*this);
+    if (existing == Existing::Refuse && ArchiveFile(copy).Exists()) {
+        RefuseExisting(copy);
+    }
+    NewFile made(copy);
+    {
+        const Database database(path, SQLITE_OPEN_READWRITE);
+        RequireArchiveTable(database);
+        RequireWholePages(database);
+        Statement vacuum(database, "VACUUM INTO ?1");
+        vacuum.BindText(1, made.Path());
+        vacuum.Step();
+    }
+    made.Sync();
+    made.PutInPlace(existing);
 }
 
 } // namespace VorCommon

@@ -40,13 +40,23 @@ public:
     /// @throws Vor::Exception as Read().
     void Write(const Entries& entries);
 
+    /// Whether a file that is made takes the place of one that is there.
+    enum class Existing { Refuse, Replace };
+
+    /// Makes the file, with its folder, of exactly these entries. It appears whole, or not at all.
+    /// @throws Vor::Exception as Write(), yERROR_ALREADY_EXISTS for a file that mustn't be replaced.
+    void Make(const Entries& entries, Existing existing);
+
+    /// Makes a copy of the file, which may be in use, in a folder that is there. It appears whole, or not at all. The
+    /// file must be a whole archive; its entries aren't looked at.
+    /// @throws Vor::Exception as Read(), yERROR_ALREADY_EXISTS for a file that mustn't be replaced.
+    void CopyTo(const std::string& copy, Existing existing) const;
+
     /// Removes the file, with what an interrupted save has left beside it. Nothing happens without one.
     /// @throws Vor::Exception when it can't be removed; it then stays.
     void Remove();
 
 private:
-    void Create(const Entries& entries);
-
     std::string path;
 };
 

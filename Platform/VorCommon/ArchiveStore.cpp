@@ -74,7 +74,7 @@ bool ArchiveStore::Exists(const std::string& path) const {
 }
 
 void ArchiveStore::Commit() {
-    ArchiveFile::Entries merged = Merge(committed, written);
+    ArchiveFile::Entries merged = Files();
     ArchiveFile::Entries changes = std::exchange(written, {});
     const bool exists = file.Exists();
     if (exists ? changes.empty() : merged.empty()) {
@@ -84,8 +84,18 @@ void ArchiveStore::Commit() {
     committed = std::move(merged);
 }
 
+void ArchiveStore::OpenJob() {
+    committed = file.Read();
+    written.clear();
+    RequireJson();
+}
+
+ArchiveFile::Entries ArchiveStore::Files() const {
+    return Merge(committed, written);
+}
+
 void ArchiveStore::RequireJson() const {
-    for (const auto& [name, content] : Merge(committed, written)) {
+    for (const auto& [name, content] : Files()) {
         if (!name.ends_with(jsonExtension)) {
             continue;
         }
@@ -98,7 +108,7 @@ void ArchiveStore::RequireJson() const {
 }
 
 void ArchiveStore::WriteAll(const ArchiveStore& other) {
-    for (const auto& [name, content] : Merge(other.committed, other.written)) {
+    for (const auto& [name, content] : other.Files()) {
         RequireRoom(name, content->size());
         written[name] = content;
     }
@@ -122,7 +132,7 @@ const ArchiveFile::Content* ArchiveStore::Find(const std::string& name) const {
 void ArchiveStore::RequireRoom(const std::string& name, std::size_t size) const {
     std::size_t count = 1;
     std::size_t total = size;
-    for (const auto& [other, content] : Merge(committed, written)) {
+    for (const auto& [other, content] : Files()) {
         if (other != name) {
             count += 1;
             total += content->size();

@@ -28,8 +28,14 @@ public:
     /// archive isn't touched, and without content none is made.
     /// @throws Vor::Exception as ArchiveFile::Write(); what was written is then forgotten.
     void Commit();
-    /// Throws yERROR_FORMAT, naming file, entry and reason, when an entry whose name ends with ".json" is no JSON.
+    /// Reads the archive of a job, which must be there.
+    /// @throws Vor::Exception as ArchiveFile::Read() and RequireJson().
+    void OpenJob();
+    /// @throws Vor::Exception yERROR_FORMAT, naming file, entry and reason, when an entry whose name ends with ".json"
+    ///         is no JSON.
     void RequireJson() const;
+    /// All that it holds, by the name in the archive.
+    ArchiveFile::Entries Files() const;
     /// Writes all that the other store holds.
     void WriteAll(const ArchiveStore& other);
     /// Forgets what was written since the last commit.

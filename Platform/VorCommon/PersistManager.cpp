@@ -273,10 +273,7 @@ void PersistManager::LoadDomains() {
 
 void PersistManager::LoadJobDomain(const std::string& fileName) {
     auto store = std::make_unique<ArchiveStore>(JobPath(fileName));
-    if (!store->Open()) {
-        Vor::Throw(yERROR_NOT_FOUND, "Archive '%s': there is no such file.", JobPath(fileName));
-    }
-    store->RequireJson();
+    store->OpenJob();
     LoadedDomain loaded = Decorated(PersistDomain::Job, true, std::move(store));
     SetLoadedJob(fileName);
     TakeTurns(std::move(loaded));

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Sensor::Jobs {
+
+/// What a job's file holds.
+struct JobContent {
+    struct Entry {
+        std::string name;
+        std::size_t size; ///< bytes
+    };
+
+    /// A service's configuration, as far as its file tells.
+    struct Service {
+        std::string id;
+        std::optional<bool> enabled;
+        nlohmann::json parameters; ///< null: none are stored
+        std::size_t blocks = 0;    ///< of all its register assemblies
+    };
+
+    std::string name; ///< without its extension
+    std::string path;
+    std::size_t size = 0; ///< bytes of the file
+    std::string modified; ///< local time
+    std::vector<Entry> entries;
+    std::vector<Service> services;
+
+    /// Reads a job's file as the sensor does that loads it. Throws a Vor::Exception that names file, entry and reason.
+    static JobContent Read(const std::string& path);
+
+    nlohmann::json ToJson() const;
+};
+
+/// The name of a job by that of its file.
+std::string JobNameOf(const std::string& fileName);
+/// When the file was changed, in local time, as "2026-01-31 23:59:59"; empty when it can't be told.
+std::string ModificationTime(const std::string& path);
+
+} // namespace Sensor::Jobs

@@ -1,0 +1,159 @@
+#include "Sensor/Jobs/JobTool.h"
+
+#include "Sensor/PrintableText.h"
+#include "Sensor/StartError.h"
+#include "Vor/Exception.h"
+#include "VorCommon/ArchiveFile.h"
+#include "VorCommon/ArchiveStore.h"
+#include "VorCommon/PersistManager.h"
+
+#include <algorithm>
+#include <system_error>
+#include <vector>
+
+namespace Sensor::Jobs {
+
+namespace {
+
+using VorCommon::ArchiveFile;
+
+ArchiveFile::Existing ExistingOf(const JobCommand& command) {
+    return command.force ? ArchiveFile::Existing::Replace : ArchiveFile::Existing::Refuse;
+}
+
+/// What the user may do about it.
+std::string AdviceOn(yStatus status) {
+    switch (status) {
+    case yERROR_NOT_FOUND:
+        return " Expected a job; jobs list tells which there are.";
+    case yERROR_ALREADY_EXISTS:
+        return " Expected a new name, or --force to replace it.";
+    case yERROR_FORMAT:
+        return " Expected a whole job of the sensor.";
+    default:
+        return "";
+    }
+}
+
+std::string Spaced(const std::string& text, std::size_t width) {
+    return PaddedText(PrintableText(text), width) + "  ";
+}
+
+} // namespace
+
+JobTool::JobTool(const std::filesystem::path& dataFolder, std::ostream& out)
+    : folder(dataFolder / "jobs")
+    , out(out) {}
+
+void JobTool::Run(const JobCommand& command) {
+    try {
+        switch (command.action) {
+        case JobCommand::Action::List:
+            return List();
+        case JobCommand::Action::Show:
+            return Show(command);
+        case JobCommand::Action::Copy:
+            return Copy(command);
+        case JobCommand::Action::Export:
+            return Export(command);
+        case JobCommand::Action::Import:
+            return Import(command);
+        }
+    } catch (const Vor::Exception& e) {
+        throw StartError(PrintableText(command.Text() + ": " + e.what() + AdviceOn(e.Status())));
+    }
+}
+
+void JobTool::List() {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string fileName = entry->path().filename().string();
+        if (!fileName.starts_with('.') && JobNameOf(fileName) != fileName) {
+            names.push_back(JobNameOf(fileName));
+        }
+    }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        throw StartError("jobs list: " + folder.string() + ": " + error.message() + ".");
+    }
+    if (names.empty()) {
+        Line("No jobs in " + folder.string());
+        return;
+    }
+    std::sort(names.begin(), names.end());
+    std::size_t width = TextWidth("Name");
+    for (const std::string& name : names) {
+        width = std::max(width, TextWidth(PrintableText(name)));
+    }
+    Line(Spaced("Name", width) + Spaced("Modified", 19) + "Size");
+    for (const std::string& name : names) {
+        const std::string path = PathOf(name);
+        const auto size = std::filesystem::file_size(path, error);
+        Line(Spaced(name, width) + Spaced(ModificationTime(path), 19) + (error ? "?" : std::to_string(size)));
+    }
+}
+
+void JobTool::Show(const JobCommand& command) {
+    const JobContent content = JobContent::Read(PathOf(command.name));
+    if (command.json) {
+        out << content.ToJson().dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
+    } else {
+        PrintText(content);
+    }
+}
+
+void JobTool::PrintText(const JobContent& content) {
+    Line("Job " + content.name + ": " + content.path + ", " + std::to_string(content.size) + " bytes, modified " +
+         content.modified);
+    Line("Entries:");
+    std::size_t width = 0;
+    for (const JobContent::Entry& entry : content.entries) {
+        width = std::max(width, TextWidth(PrintableText(entry.name)));
+    }
+    for (const JobContent::Entry& entry : content.entries) {
+        Line("  " + Spaced(entry.name, width) + std::to_string(entry.size) + " bytes");
+    }
+    for (const JobContent::Service& service : content.services) {
+        const char* const state = !service.enabled   ? "not said whether enabled"
+                                  : *service.enabled ? "enabled"
+                                                     : "disabled";
+        Line("Service " + service.id + ": " + state + ", " + std::to_string(service.blocks) +
+             (service.blocks == 1 ? " block" : " blocks"));
+        for (const auto& [name, value] : service.parameters.items()) {
+            Line("  " + name + " = " + value.dump());
+        }
+    }
+}
+
+void JobTool::Copy(const JobCommand& command) {
+    const std::string from = PathOf(command.name);
+    const std::string to = PathOf(command.copyName);
+    ArchiveFile(from).CopyTo(to, ExistingOf(command));
+    Line("Copied to " + to);
+}
+
+void JobTool::Export(const JobCommand& command) {
+    ArchiveFile(PathOf(command.name)).CopyTo(command.file, ExistingOf(command));
+    Line("Exported to " + command.file);
+}
+
+void JobTool::Import(const JobCommand& command) {
+    const std::string name =
+        command.name.empty() ? std::filesystem::path(command.file).filename().string() : command.name;
+    const std::string path = PathOf(name);
+    VorCommon::ArchiveStore imported(command.file);
+    imported.OpenJob();
+    ArchiveFile(path).Make(imported.Files(), ExistingOf(command));
+    Line("Imported to " + path);
+}
+
+std::string JobTool::PathOf(const std::string& name) const {
+    return (folder / VorCommon::PersistManager::JobFileName(name)).string();
+}
+
+void JobTool::Line(const std::string& text) {
+    out << PrintableText(text) << std::endl;
+}
+
+} // namespace Sensor::Jobs

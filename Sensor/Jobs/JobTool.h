@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Sensor/Jobs/JobCommand.h"
+#include "Sensor/Jobs/JobContent.h"
+
+#include <filesystem>
+#include <ostream>
+
+namespace Sensor::Jobs {
+
+/// Works on the jobs of a data folder, whether a sensor uses it or not. A job is made whole, or not at all.
+class JobTool {
+public:
+    /// `out` gets what the user is told and must outlive this.
+    JobTool(const std::filesystem::path& dataFolder, std::ostream& out);
+
+    /// Throws a StartError that names the command, the file and the reason.
+    void Run(const JobCommand& command);
+
+private:
+    void List();
+    void Show(const JobCommand& command);
+    void Copy(const JobCommand& command);
+    void Export(const JobCommand& command);
+    void Import(const JobCommand& command);
+
+    /// Where the job is or would be.
+    std::string PathOf(const std::string& name) const;
+    void PrintText(const JobContent& content);
+    void Line(const std::string& text);
+
+    const std::filesystem::path folder;
+    std::ostream& out;
+};
+
+} // namespace Sensor::Jobs
