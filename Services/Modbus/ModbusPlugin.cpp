@@ -28,7 +28,8 @@ std::shared_ptr<VorControl::ControlPlugin> MakePlugin() {
     VorControl::ControlInfo info;
     info.SetTypeName("modbus")
         .SetDisplayName(Translate("Modbus TCP"))
-        .SetDescription(Translate("Lets Modbus TCP clients, such as PLCs, read the measured values from registers."))
+        .SetDescription(
+            Translate("Lets Modbus TCP clients, such as PLCs, read measured values and states and command the sensor."))
         .AddCategory("Industrial Protocols");
     auto plugin = VorControl::ControlPlugin::Create();
     plugin->Add(info, std::make_shared<ModbusFactory>());
