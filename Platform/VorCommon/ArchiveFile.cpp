@@ -254,6 +254,14 @@ void CreateFolderOf(const std::string& path) {
     }
 }
 
+void RequireFolderOf(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
+        Refuse(path, yERROR, "its folder doesn't exist");
+    }
+}
+
 void RequireFile(const ArchiveFile& file) {
     if (!file.Exists()) {
         Refuse(file.Path(), yERROR_NOT_FOUND, "there is no such file");
@@ -435,6 +443,7 @@ void ArchiveFile::CopyTo(const std::string& copy, Existing existing) const {
     if (existing == Existing::Refuse && ArchiveFile(copy).Exists()) {
         RefuseExisting(copy);
     }
+    RequireFolderOf(copy);
     NewFile made(copy);
     {
         const Database database(path, SQLITE_OPEN_READWRITE);

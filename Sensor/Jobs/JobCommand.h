@@ -14,10 +14,10 @@ struct JobCommand {
 
     Action action = Action::List;
     /// Of the job that is shown, copied, exported or made. Empty for an import: that of the file.
-    std::string name;
-    std::string copyName;
+    std::string name = {};
+    std::string copyName = {};
     /// Where to or from a job is exported or imported.
-    std::string file;
+    std::string file = {};
     bool force = false;
     bool json = false;
 

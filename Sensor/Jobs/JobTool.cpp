@@ -22,10 +22,11 @@ ArchiveFile::Existing ExistingOf(const JobCommand& command) {
 }
 
 /// What the user may do about it.
-std::string AdviceOn(yStatus status) {
+std::string AdviceOn(yStatus status, JobCommand::Action action) {
     switch (status) {
     case yERROR_NOT_FOUND:
-        return " Expected a job; jobs list tells which there are.";
+        return action == JobCommand::Action::Import ? " Expected the file of a job."
+                                                    : " Expected a job; jobs list tells which there are.";
     case yERROR_ALREADY_EXISTS:
         return " Expected a new name, or --force to replace it.";
     case yERROR_FORMAT:
@@ -60,7 +61,7 @@ void JobTool::Run(const JobCommand& command) {
             return Import(command);
         }
     } catch (const Vor::Exception& e) {
-        throw StartError(PrintableText(command.Text() + ": " + e.what() + AdviceOn(e.Status())));
+        throw StartError(PrintableText(command.Text() + ": " + e.what() + AdviceOn(e.Status(), command.action)));
     }
 }
 

@@ -174,6 +174,53 @@ TEST(CommandLine, HelpTellsEachOptionWithItsDefault) {
     }
 }
 
+TEST(CommandLine, TakesWhatShallBeDoneWithJobs) {
+    EXPECT_FALSE(Parse({}).jobCommand);
+    const CommandLine list = Parse({"jobs", "list", "--data", "d"});
+    EXPECT_EQ(list.jobCommand->action, Jobs::JobCommand::Action::List);
+    EXPECT_EQ(list.dataFolder, "d");
+    const CommandLine show = Parse({"--data", "d", "jobs", "show", "part", "--json"});
+    EXPECT_EQ(show.jobCommand->action, Jobs::JobCommand::Action::Show);
+    EXPECT_EQ(show.jobCommand->name, "part");
+    EXPECT_TRUE(show.jobCommand->json);
+    EXPECT_EQ(show.dataFolder, "d");
+    const CommandLine copy = Parse({"jobs", "copy", "part", "other", "--force"});
+    EXPECT_EQ(copy.jobCommand->action, Jobs::JobCommand::Action::Copy);
+    EXPECT_EQ(copy.jobCommand->copyName, "other");
+    EXPECT_TRUE(copy.jobCommand->force);
+    const CommandLine exported = Parse({"jobs", "export", "part", "file"});
+    EXPECT_EQ(exported.jobCommand->action, Jobs::JobCommand::Action::Export);
+    EXPECT_EQ(exported.jobCommand->name, "part");
+    EXPECT_EQ(exported.jobCommand->file, "file");
+    EXPECT_FALSE(exported.jobCommand->force);
+    const CommandLine imported = Parse({"jobs", "import", "file", "part"});
+    EXPECT_EQ(imported.jobCommand->action, Jobs::JobCommand::Action::Import);
+    EXPECT_EQ(imported.jobCommand->name, "part");
+    EXPECT_EQ(Parse({"jobs", "import", "file"}).jobCommand->name, "");
+}
+
+TEST(CommandLine, RefusesWhatIsNothingForJobs) {
+    EXPECT_NE(Refusal({"jobs"}), "");
+    EXPECT_NE(Refusal({"jobs", "burn"}), "");
+    EXPECT_NE(Refusal({"jobs", "list", "extra"}), "");
+    EXPECT_NE(Refusal({"jobs", "list", "--force"}).find("--force"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "show"}).find("NAME"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "copy", "part"}).find("TO"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "export", "part"}).find("FILE"), std::string::npos);
+    EXPECT_EQ(Refusal({"jobs", "list", "--frame-rate", "5"}), "--frame-rate: is for the sensor, not for its jobs.");
+    EXPECT_EQ(Refusal({"--once", "jobs", "list"}), "--once: is for the sensor, not for its jobs.");
+    EXPECT_EQ(Refusal({"jobs", "list", "--data", ""}), "--data: the value is empty.");
+}
+
+TEST(CommandLine, HelpTellsOfTheJobsCommands) {
+    EXPECT_NE(Parse({"--help"}).answer.find("jobs"), std::string::npos);
+    const std::string help = Parse({"jobs", "--help"}).answer;
+    for (const char* command : {"list", "show", "copy", "export", "import"}) {
+        EXPECT_NE(help.find(command), std::string::npos) << command;
+    }
+    EXPECT_NE(Parse({"jobs", "copy", "--help"}).answer.find("--force"), std::string::npos);
+}
+
 TEST(CommandLine, VersionIsTold) {
     EXPECT_EQ(Parse({"--version"}).answer, "vorsensor " VOR_VERSION "\n");
 }

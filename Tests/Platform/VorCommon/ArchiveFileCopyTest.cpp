@@ -84,7 +84,9 @@ TEST_F(ArchiveFileCopyTest, WhatCannotBeCopiedLeavesNothingBehind) {
                    "Archive '" + source + "': file is not a database.");
     std::filesystem::remove(source);
     ArchiveFile(source).Write({{"a", Bytes(std::string(100000, 'x'))}});
-    EXPECT_THROW(ArchiveFile(source).CopyTo(folder.File("nowhere/copy.vrjob"), Existing::Refuse), Vor::Exception);
+    const std::string nowhere = folder.File("nowhere/copy.vrjob");
+    EXPECT_FAILURE(ArchiveFile(source).CopyTo(nowhere, Existing::Refuse), yERROR,
+                   "Archive '" + nowhere + "': its folder doesn't exist.");
     std::filesystem::resize_file(source, std::filesystem::file_size(source) - 1);
     EXPECT_EQ(Tests::FailureOf([&] { ArchiveFile(source).CopyTo(copy, Existing::Refuse); })->status, yERROR_FORMAT);
     std::filesystem::create_directory(copy);
