@@ -139,9 +139,7 @@ TEST_F(ServiceHostTest, AServicesHostReachesTheSensorAndItsJobs) {
     host.LoadDomains();
     ASSERT_NE(controlHost, nullptr);
 
-    controlHost->StartScan("a");
-    loop.RunReady();
-    EXPECT_EQ(sensor.Core().GetRunState(), 1);
+    sensor.Core().Start(true, false);
     controlHost->LoadJob("a", "second");
     loop.RunReady();
     EXPECT_EQ(loaded, "second.vrjob");
