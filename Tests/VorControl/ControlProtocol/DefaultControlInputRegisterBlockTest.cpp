@@ -217,6 +217,29 @@ TEST(DefaultControlInputRegisterBlock, TheSourceIsMeasuredInBytesWhateverTheWidt
     EXPECT_FAILURE(Read(info, Command({0, 0, 0, 1}, "", 66)), yERROR_SIZE, sourceText);
 }
 
+TEST(DefaultControlInputRegisterBlock, AJobNameInWideRegistersEndsWithTheSource) {
+    auto info = Type(2, true, 67);
+    const std::string name(62, 'n');
+    for (std::size_t size = 67; size < 130; ++size) {
+        auto source = Command({0, 0, 0, 5}, name, 130, 2);
+        source.resize(size);
+        source.shrink_to_fit();
+        EXPECT_EQ(Text(Read(info, source)), name.substr(0, std::min<std::size_t>(62, (size - 4) / 2)));
+    }
+}
+
+TEST(DefaultControlInputRegisterBlock, ATypeThatAsksForLessThanItsBlockReadsDoesntReadBeyondTheSource) {
+    auto info = Type(1, true, 0);
+    for (std::size_t size = 0; size < 4; ++size) {
+        EXPECT_FAILURE(Read(info, Bytes(size, 1)), yERROR_SIZE, sourceText);
+    }
+    EXPECT_EQ(Read(info, Bytes{0, 0, 1, 0}).commandId, 1);
+    EXPECT_FAILURE(Read(info, Command({0, 0, 9, 0}, "", 66)), yERROR_SIZE, sourceText);
+    EXPECT_EQ(Read(info, Command({0, 0, 9, 0}, "", 67)).commandArgsSize, 63U);
+    EXPECT_EQ(Text(Read(info, Bytes{0, 0, 5, 0, 'a', 'b'})), "ab");
+    EXPECT_TEXTLESS_FAILURE(Read(info, Bytes{0, 0, 5, 0}), yERROR_PARAMETER);
+}
+
 TEST(DefaultControlInputRegisterBlock, ADestinationOfAnotherSizeIsRefusedAndUntouched) {
     DefaultControlInputRegisterBlockInfo info;
     const auto block = info.ConstructBlock(RegisterBlockParams());

@@ -51,6 +51,17 @@ TEST(DefaultUserDataInputRegisterBlock, ASmallerInputSizeLeavesTheRestZero) {
     EXPECT_EQ(destination, expected);
 }
 
+TEST(DefaultUserDataInputRegisterBlock, AGreaterInputSizeStaysWithinTheRecord) {
+    auto params = TypeParams<DefaultUserDataInputRegisterBlock>("great", 500);
+    params.deserializedInputSize = 500;
+    ProtocolRegisterBlockInfo info(std::move(params));
+    auto destination = Canary(470);
+    Read(info, destination, 468, Counting(500));
+    auto expected = Counting(468);
+    expected.insert(expected.end(), 2, 0xA5);
+    EXPECT_EQ(destination, expected);
+}
+
 TEST(DefaultUserDataInputRegisterBlock, ASourceThatIsCutIsRefusedAtEveryLength) {
     DefaultUserDataInputRegisterBlockInfo info;
     auto destination = Canary(468);

@@ -272,7 +272,7 @@ TEST_F(ProtocolBaseTest, InitWithoutPropertiesKeepsThemAndTakesTheNullsOfTheRest
     Vor::Params::Group params;
     ProtocolRegisterAssemblyGroup assemblies;
     Metrics metrics;
-    service.Init({nullptr, &params, &metrics, &assemblies});
+    service.Init({.params = &params, .metrics = &metrics, .registerAssemblyGroup = &assemblies});
     EXPECT_EQ(&service.Params(), &params);
     EXPECT_EQ(&service.GetMetrics(), &metrics);
     EXPECT_TRUE(service.RegisterAssemblyList().empty());
@@ -290,7 +290,7 @@ TEST_F(ProtocolBaseTest, WithoutBoundMetricsTheyAreEmptyAndNeedNoUpdate) {
 
 TEST_F(ProtocolBaseTest, BoundMetricsDemandAnUpdateOfTheServicesOwn) {
     Metrics metrics;
-    service.Init({nullptr, nullptr, &metrics, nullptr});
+    service.Init({.metrics = &metrics});
     try {
         service.UpdateMetrics();
         FAIL();
@@ -306,7 +306,7 @@ TEST_F(ProtocolBaseTest, TheStartOfAScanTakesTheDropCountAsTheNewBase) {
     metrics.dropCount = 41;
     service.OnPreStartScan();
     EXPECT_EQ(service.LastDropCount(), 0U);
-    service.Init({nullptr, nullptr, &metrics, nullptr});
+    service.Init({.metrics = &metrics});
     service.OnPreStartScan();
     EXPECT_EQ(service.LastDropCount(), 41U);
     metrics.dropCount = 50;
@@ -326,7 +326,7 @@ TEST_F(ProtocolBaseTest, ScanStateIsSetBeforeTheHook) {
 
 TEST_F(ProtocolBaseTest, ABoundButEmptyGroupCountsAsNoneButIsAsked) {
     ProtocolRegisterAssemblyGroup assemblies;
-    service.Init({nullptr, nullptr, nullptr, &assemblies});
+    service.Init({.registerAssemblyGroup = &assemblies});
     EXPECT_FALSE(service.HasRegisterAssemblyGroup());
     EXPECT_TRUE(service.RegisterAssemblyList().empty());
     EXPECT_TRUE(service.DataSourceList().empty());
@@ -342,7 +342,7 @@ TEST_F(ProtocolBaseTest, GivesTheAssembliesOfItsGroup) {
     ProtocolRegisterAssemblyGroup assemblies;
     const auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(true, 0, 9, "a", "A");
     assemblies.Add(assembly);
-    service.Init({nullptr, nullptr, nullptr, &assemblies});
+    service.Init({.registerAssemblyGroup = &assemblies});
     EXPECT_TRUE(service.HasRegisterAssemblyGroup());
     EXPECT_TRUE(service.HasRegisterAssembly("a"));
     EXPECT_FALSE(service.HasRegisterAssembly("b"));
@@ -357,7 +357,7 @@ TEST_F(ProtocolBaseTest, TheDataSourcesAreThoseOfItsGroup) {
         std::vector<std::string> DataSourceList() const override { return {"profile/max", "profile/min"}; }
     };
     Group assemblies;
-    service.Init({nullptr, nullptr, nullptr, &assemblies});
+    service.Init({.registerAssemblyGroup = &assemblies});
     EXPECT_EQ(service.DataSourceList(), (std::vector<std::string>{"profile/max", "profile/min"}));
 }
 

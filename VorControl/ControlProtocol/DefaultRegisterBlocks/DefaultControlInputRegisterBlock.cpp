@@ -5,11 +5,19 @@
 #include "VorControl/ControlProtocol/Translate.h"
 #include "yApi/yMemory.h"
 
+#include <algorithm>
+
 namespace VorControl::ControlProtocol {
 
 namespace {
 
 constexpr unsigned long long jobNameSize = 63; ///< with its terminator
+
+void RequireSourceSize(unsigned long long sourceSize, unsigned long long needed) {
+    if (sourceSize < needed) {
+        Vor::Throw(yERROR_SIZE, "Insufficient source buffer size available for data deserialization.");
+    }
+}
 
 } // namespace
 
@@ -25,19 +33,19 @@ DefaultControlInputRegisterBlock::DefaultControlInputRegisterBlock(const Registe
 
 void DefaultControlInputRegisterBlock::Deserialize(void* destination, unsigned long long destinationSize,
                                                    const void* source, unsigned long long sourceSize) {
-    if (sourceSize < DeserializedInputSize()) {
-        Vor::Throw(yERROR_SIZE, "Insufficient source buffer size available for data deserialization.");
-    }
+    RequireSourceSize(sourceSize, DeserializedInputSize());
     if (destinationSize != sizeof(ControlRegisterCommandData)) {
         Vor::Throw(yERROR_SIZE, "Insufficient destination buffer available for data deserialization output.");
     }
     Vor::ThrowIfFailed(yMemSet(destination, 0, sizeof(ControlRegisterCommandData)));
     DeserializeControlRegisterCommandData(static_cast<ControlRegisterCommandData*>(destination),
-                                          static_cast<const unsigned char*>(source));
+                                          static_cast<const unsigned char*>(source), sourceSize);
 }
 
 void DefaultControlInputRegisterBlock::DeserializeControlRegisterCommandData(ControlRegisterCommandData* data,
-                                                                             const unsigned char* source) const {
+                                                                             const unsigned char* source,
+                                                                             unsigned long long sourceSize) const {
+    RequireSourceSize(sourceSize, commandArgsOffset);
     Deserialize16(data->requestWord, source, requestWordOffset);
     if (BytesPerRegister() == 2) {
         unsigned short commandId = 0;
@@ -47,7 +55,7 @@ void DefaultControlInputRegisterBlock::DeserializeControlRegisterCommandData(Con
         data->commandId = source[commandIdOffset];
     }
     if (data->commandId == ControlRegisterCommandData::LoadJob) {
-        DeserializeJobName(data, source);
+        DeserializeJobName(data, source, sourceSize);
         if (data->commandArgs[0] == '\0') {
             Vor::LogUser(Vor::UserError, "Jobs",
                          Translate("beApp.ctrl", "Unable to load job file because no job file name was given."));
@@ -55,16 +63,18 @@ void DefaultControlInputRegisterBlock::DeserializeControlRegisterCommandData(Con
         }
     }
     if (data->commandId == ControlRegisterCommandData::SetUserData) {
-        DeserializeUserDataInputBuffer(data, source);
+        DeserializeUserDataInputBuffer(data, source, sourceSize);
     }
 }
 
-void DefaultControlInputRegisterBlock::DeserializeJobName(ControlRegisterCommandData* data,
-                                                          const unsigned char* source) const {
-    for (unsigned long long i = 0; i < jobNameSize; ++i) {
+void DefaultControlInputRegisterBlock::DeserializeJobName(ControlRegisterCommandData* data, const unsigned char* source,
+                                                          unsigned long long sourceSize) const {
+    const unsigned long long width = BytesPerRegister() == 2 ? 2 : 1;
+    const unsigned long long size = std::min(jobNameSize, (sourceSize - commandArgsOffset) / width);
+    for (unsigned long long i = 0; i < size; ++i) {
         unsigned short character = 0;
-        if (BytesPerRegister() == 2) {
-            Deserialize16(character, source, commandArgsOffset + 2 * i);
+        if (width == 2) {
+            Deserialize16(character, source, commandArgsOffset + width * i);
         } else {
             character = source[commandArgsOffset + i];
         }
@@ -77,10 +87,12 @@ void DefaultControlInputRegisterBlock::DeserializeJobName(ControlRegisterCommand
 }
 
 void DefaultControlInputRegisterBlock::DeserializeUserDataInputBuffer(ControlRegisterCommandData* data,
-                                                                      const unsigned char* source) const {
+                                                                      const unsigned char* source,
+                                                                      unsigned long long sourceSize) const {
     if (BytesPerRegister() != 1) {
         Vor::Throw(yERROR_CONFLICT, "This block only supports 1 byte per register.");
     }
+    RequireSourceSize(sourceSize, commandArgsOffset + userDataSize);
     data->SetCommandArgsSize(userDataSize);
     Vor::ThrowIfFailed(yMemCopy(data->commandArgs.data(), source + commandArgsOffset, userDataSize));
 }

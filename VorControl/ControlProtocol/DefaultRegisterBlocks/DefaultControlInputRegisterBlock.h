@@ -21,10 +21,14 @@ protected:
     DefaultControlInputRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info,
                                      unsigned long long userDataSize);
 
-    /// These fill a record that is clear, and don't check the size of the source.
-    void DeserializeControlRegisterCommandData(ControlRegisterCommandData* data, const unsigned char* source) const;
-    void DeserializeJobName(ControlRegisterCommandData* data, const unsigned char* source) const;
-    void DeserializeUserDataInputBuffer(ControlRegisterCommandData* data, const unsigned char* source) const;
+    // These fill a record that is clear. A job name ends with the source; a source that is too short for the command
+    // or for the user data throws yERROR_SIZE.
+    void DeserializeControlRegisterCommandData(ControlRegisterCommandData* data, const unsigned char* source,
+                                               unsigned long long sourceSize) const;
+    void DeserializeJobName(ControlRegisterCommandData* data, const unsigned char* source,
+                            unsigned long long sourceSize) const;
+    void DeserializeUserDataInputBuffer(ControlRegisterCommandData* data, const unsigned char* source,
+                                        unsigned long long sourceSize) const;
 
     // Bytes of the source.
     const unsigned long long requestWordOffset = 0;

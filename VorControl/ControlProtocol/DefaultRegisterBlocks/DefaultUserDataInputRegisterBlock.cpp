@@ -3,6 +3,8 @@
 #include "Vor/Exception.h"
 #include "yApi/yMemory.h"
 
+#include <algorithm>
+
 namespace VorControl::ControlProtocol {
 
 void DefaultUserDataInputRegisterBlock::Deserialize(void* destination, unsigned long long destinationSize,
@@ -23,7 +25,7 @@ void DefaultUserDataInputRegisterBlock::DeserializeUserDataInputData(DefaultUser
     if (BytesPerRegister() != 1) {
         Vor::Throw(yERROR_CONFLICT, "This block only supports 1 byte per register.");
     }
-    Vor::ThrowIfFailed(yMemCopy(data->data(), source, DeserializedInputSize()));
+    Vor::ThrowIfFailed(yMemCopy(data->data(), source, std::min<std::size_t>(DeserializedInputSize(), data->size())));
 }
 
 } // namespace VorControl::ControlProtocol
