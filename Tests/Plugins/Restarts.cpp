@@ -1,0 +1,24 @@
+#include "FixtureService.h"
+
+#include "VorControl/Control/IControlHost.h"
+
+namespace {
+
+/// Asks for a restart of the sensor as soon as it starts.
+class RestartingService : public Fixture::Service {
+public:
+    using Service::Service;
+
+    void Start() override {
+        Service::Start();
+        GetControlHost().Restart(Id());
+    }
+};
+
+} // namespace
+
+void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
+    AddType(plugin, "restarts", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+        return std::make_shared<RestartingService>(environ, [] {});
+    });
+}

@@ -1,0 +1,24 @@
+#include "FixtureService.h"
+
+#include "VorControl/Control/IControlHost.h"
+
+namespace {
+
+/// Asks for a factory restore as soon as it starts.
+class RestoringService : public Fixture::Service {
+public:
+    using Service::Service;
+
+    void Start() override {
+        Service::Start();
+        GetControlHost().FactoryRestore(Id());
+    }
+};
+
+} // namespace
+
+void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
+    AddType(plugin, "restoresFactory", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+        return std::make_shared<RestoringService>(environ, [] {});
+    });
+}
