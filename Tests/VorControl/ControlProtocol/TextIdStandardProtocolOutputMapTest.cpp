@@ -1,0 +1,216 @@
+#include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
+
+#include "Tests/Support/Failure.h"
+#include "Tests/VorControl/ControlProtocol/TestOutputs.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace Tests;
+using namespace VorControl::ControlProtocol;
+
+namespace {
+
+using Entries = TextOutputs::Entries;
+using Texts = std::vector<std::string>;
+
+constexpr const char* notAllAdded =
+    "One or more sources could not be added to the connection map. Logs may have additional information.";
+
+/// A map of these entries.
+struct Filled : TextOutputs {
+    explicit Filled(const Entries& entries, unsigned short maxCount = 100)
+        : TextOutputs(maxCount) {
+        AddEach(entries);
+    }
+};
+
+std::optional<Failure> AddEntries(TextOutputs& map, const Entries& entries) {
+    TextIdStandardOutputsArgs args;
+    TextOutputs::Fill(args, entries);
+    return FailureOf([&] { map.AddAll(args); });
+}
+
+/// Texts of the entries that begin a failure.
+Texts ErrorsOfAdding(const Vor::LogCapture& log) {
+    Texts texts;
+    for (const auto& line : Lines(log)) {
+        if (line.starts_with("error: Error adding")) {
+            texts.push_back(line);
+        }
+    }
+    return texts;
+}
+
+} // namespace
+
+TEST(TextIdStandardProtocolOutputMap, IdsAreInByteOrder) {
+    const Filled map({{"b", "1"}, {"B", "2"}, {"ba", "3"}, {"\xC3\xA4", "4"}, {"10", "5"}, {"9", "6"}});
+    EXPECT_EQ(map.List(), (Entries{{"10", "5"}, {"9", "6"}, {"B", "2"}, {"b", "1"}, {"ba", "3"}, {"\xC3\xA4", "4"}}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, TakenIdIsRefusedWhateverTheRequestSaysOfShifting) {
+    Filled map({{"x", "a"}, {"y", "b"}});
+    for (const bool autoShift : {false, true}) {
+        const Vor::LogCapture log;
+        EXPECT_FAILURE(map.AddOne("x", "new", autoShift), yERROR_UNIMPLEMENTED, "Overlap of output id not supported");
+        EXPECT_EQ(Lines(log), Texts());
+    }
+    EXPECT_EQ(map.List(), (Entries{{"x", "a"}, {"y", "b"}}));
+    EXPECT_FALSE(map.IsDataShiftSupported());
+}
+
+TEST(TextIdStandardProtocolOutputMap, SameIdAndSourceExistAlready) {
+    Filled map(Entries{{"x", "a"}});
+    const Vor::LogCapture log;
+    EXPECT_TEXTLESS_FAILURE(map.AddOne("x", "a"), yERROR_ALREADY_EXISTS);
+    EXPECT_EQ(Lines(log),
+              (Texts{"user warning VorControl: Output id already exists", "warning: Output id already exists"}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, EmptyIdIsNone) {
+    Filled map({});
+    EXPECT_TEXTLESS_FAILURE(map.AddOne("", "a"), yERROR_PARAMETER);
+    EXPECT_TEXTLESS_FAILURE(map.RemoveOne(""), yERROR_PARAMETER);
+    EXPECT_FAILURE(map.Update("", "x"), yERROR_PARAMETER, "Output id is invalid.");
+    EXPECT_FAILURE(map.Update("x", ""), yERROR_PARAMETER, "Output id is invalid.");
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllNamesSourcesByThemselves) {
+    TextOutputs map(10);
+    TextIdStandardOutputsArgs args;
+    TextOutputs::Fill(args, {{"", "b"}, {"", "a"}});
+    map.AddAll(args);
+    EXPECT_EQ(map.List(), (Entries{{"a", "a"}, {"b", "b"}}));
+    EXPECT_EQ(args.map.At(0).outputId.Get(), "b");
+    EXPECT_EQ(args.map.At(1).outputId.Get(), "a");
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllKeepsIdsThatAreGiven) {
+    TextOutputs map(10);
+    EXPECT_FALSE(AddEntries(map, {{"z", "a"}, {"", "c"}, {"b", "d"}}).has_value());
+    EXPECT_EQ(map.List(), (Entries{{"b", "d"}, {"c", "c"}, {"z", "a"}}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllOfNothingDoesNothing) {
+    TextOutputs map(0);
+    EXPECT_FALSE(AddEntries(map, {}).has_value());
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllWantsItsRequest) {
+    TextOutputs map(10);
+    TextIdStandardOutputs other;
+    EXPECT_THROW(map.AddAll(other), std::bad_cast);
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllThrowsTheFirstFailureAndAddsTheRest) {
+    Filled map(Entries{{"x", "a"}});
+    const Vor::LogCapture log;
+    const auto failure = AddEntries(map, {{"x", "b"}, {"y", "a"}, {"", ""}, {"w", "c"}});
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->status, yERROR_UNIMPLEMENTED);
+    EXPECT_EQ(failure->text, notAllAdded);
+    EXPECT_EQ(map.List(), (Entries{{"w", "c"}, {"x", "a"}}));
+    EXPECT_EQ(ErrorsOfAdding(log), (Texts{"error: Error adding data source <b>", "error: Error adding data source <a>",
+                                          "error: Error adding data source <>"}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllLogsWhyAndTheBackTrace) {
+    Filled map(Entries{{"x", "a"}});
+    const Vor::LogCapture log;
+    AddEntries(map, {{"x", "b"}});
+    const auto lines = Lines(log);
+    ASSERT_GE(lines.size(), 3U);
+    EXPECT_EQ(lines[0], "error: Error adding data source <b>");
+    EXPECT_NE(lines[1].find("Overlap of output id not supported"), std::string::npos) << lines[1];
+    EXPECT_EQ(log.CountLevel(Vor::LevelError), lines.size());
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllFindsASourceTwiceInItsRequest) {
+    TextOutputs map(10);
+    const auto failure = AddEntries(map, {{"1", "a"}, {"2", "a"}, {"3", "b"}});
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->status, yERROR_ALREADY_EXISTS);
+    EXPECT_EQ(map.List(), (Entries{{"1", "a"}, {"3", "b"}}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllTellsAnEntryThatIsThereByItsIdFirst) {
+    Filled map(Entries{{"1", "a"}});
+    const Vor::LogCapture log;
+    AddEntries(map, {{"1", "a"}, {"2", "a"}});
+    EXPECT_EQ(log.Count(Vor::LevelWarning, "Output id already exists"), 1U);
+    EXPECT_EQ(log.Count(Vor::LevelWarning, "Data source a already exists"), 1U);
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllOverfillingFailsEntryByEntry) {
+    TextOutputs map(2);
+    const Vor::LogCapture log;
+    const auto failure = AddEntries(map, {{"", "c"}, {"", "b"}, {"", "a"}, {"", "d"}});
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->status, yERROR_FULL);
+    EXPECT_EQ(map.List(), (Entries{{"b", "b"}, {"c", "c"}}));
+    EXPECT_EQ(ErrorsOfAdding(log),
+              (Texts{"error: Error adding data source <a>", "error: Error adding data source <d>"}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, AddAllTakesAnotherExceptionForABadParameter) {
+    TextOutputs map(10);
+    map.BeginLock();
+    map.OutputMap().map.AddItemAddedHandler([](auto&, auto&) { throw std::runtime_error("not today"); });
+    map.EndLock();
+    const Vor::LogCapture log;
+    const auto failure = AddEntries(map, {{"x", "a"}});
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->status, yERROR_PARAMETER);
+    EXPECT_EQ(failure->text, notAllAdded);
+    EXPECT_EQ(ErrorsOfAdding(log), (Texts{"error: Error adding data source <a>"}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, UpdateMovesAnEntryToItsPlace) {
+    Filled map({{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    TextIdStandardOutputsArgs args;
+    TextOutputs::Fill(args, {{"a", ""}, {"bb", ""}});
+    map.UpdateId(args);
+    EXPECT_EQ(map.List(), (Entries{{"b", "2"}, {"bb", "1"}, {"c", "3"}}));
+    EXPECT_EQ(args.map.At(1).source.Get(), "1");
+}
+
+TEST(TextIdStandardProtocolOutputMap, UpdateToATakenIdChangesNothing) {
+    Filled map({{"x", "a"}, {"y", "b"}});
+    const Vor::LogCapture log;
+    EXPECT_TEXTLESS_FAILURE(map.Update("x", "y"), yERROR_CONFLICT);
+    EXPECT_TEXTLESS_FAILURE(map.Update("unknown", "y"), yERROR_CONFLICT);
+    EXPECT_TEXTLESS_FAILURE(map.Update("unknown", "z"), yERROR_NOT_FOUND);
+    EXPECT_EQ(Lines(log), Texts());
+    EXPECT_EQ(map.List(), (Entries{{"x", "a"}, {"y", "b"}}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, UpdateOfEqualIdsDoesNothing) {
+    Filled map(Entries{{"x", "a"}});
+    EXPECT_NO_THROW(map.Update("unknown", "unknown"));
+    EXPECT_NO_THROW(map.Update("x", "x"));
+    EXPECT_EQ(map.List(), (Entries{{"x", "a"}}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, CompactIdLeavesTheMapAsItIs) {
+    Filled map({{"x", "a"}, {"z", "b"}});
+    map.CompactId();
+    EXPECT_EQ(map.List(), (Entries{{"x", "a"}, {"z", "b"}}));
+}
+
+TEST(TextIdStandardProtocolOutputMap, ItemTypeStaysAtItsPlaceWhenEntriesMakeRoom) {
+    Filled map(Entries{{"m", "a"}});
+    map.BeginLock();
+    map.OutputMap().map.At(0).itemType = "first";
+    map.EndLock();
+    map.AddOne("b", "b");
+    EXPECT_EQ(map.At(0).itemType.Get(), "first");
+    EXPECT_EQ(map.At(1).itemType.Get(), "");
+}
+
+TEST(TextIdStandardProtocolOutputMap, RemovesByListOfTexts) {
+    Filled map({{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    map.RemoveMany({"c", "a"});
+    EXPECT_EQ(map.List(), (Entries{{"b", "2"}}));
+}
