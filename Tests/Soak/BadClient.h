@@ -1,0 +1,13 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace Soak {
+
+enum class Manner { HalfRequests, Resets, Silence, Floods, Garbage };
+
+/// A client that misbehaves in one manner, over and over, until `ending`. One thread a client.
+void Misbehave(Manner manner, std::uint16_t port, const std::atomic<bool>& ending);
+
+} // namespace Soak

@@ -1,0 +1,267 @@
+#include "Tests/Soak/ControlSoak.h"
+
+#include "Sensor/Application.h"
+#include "Tests/Soak/BadClient.h"
+#include "Tests/Soak/GoodClient.h"
+#include "Vor/AsyncRunner.h"
+#include "Vor/Exception.h"
+#include "VorCommon/ArchiveStore.h"
+#include "VorControl/Control/IControlInstance.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+namespace Soak {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr double GrowthLimitKilobytes = 1024;
+constexpr int ReadingsPerMinute = 12;
+constexpr int GoodClients = 5;
+constexpr unsigned long long Minute = 60'000'000; // microseconds
+
+/// A folder with the plug-ins of the run and its jobs; goes with its content.
+class Workplace {
+public:
+    Workplace() {
+        std::string name = (std::filesystem::temp_directory_path() / "soak-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("no temporary folder");
+        }
+        path = name;
+        std::filesystem::create_directory(path / "plugins");
+        const std::filesystem::path binaries(VOR_BINARY_DIR);
+        std::filesystem::create_symlink(binaries / "plugins" / "modbus.so", path / "plugins" / "modbus.so");
+        std::filesystem::create_symlink(binaries / "examples" / "sample.so", path / "plugins" / "sample.so");
+    }
+    ~Workplace() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    Workplace(const Workplace&) = delete;
+    Workplace& operator=(const Workplace&) = delete;
+
+    /// A job like the demo, with its measurements moved by `distance` and the sample service as told.
+    void WriteJob(const std::string& name, int distance, bool sampleEnabled) const {
+        const std::string entry = "/controls/modbus/config.json";
+        VorCommon::ArchiveStore demo(JobFile("demo"));
+        demo.Open();
+        const VorCommon::PersistBuffer buffer = demo.Read(entry);
+        const unsigned char* begin = buffer.pointer + buffer.offset;
+        auto config = nlohmann::json::parse(begin, begin + buffer.size);
+        for (auto& block : config["vor:control"]["registerAssemblyList"][0]["blocks"]) {
+            if (block["outputId"] < 1000) {
+                block["outputId"] = block["outputId"].get<int>() + distance;
+            }
+        }
+        const nlohmann::json sample = {{"version", "1"}, {"vor:control", {{"enabled", sampleEnabled}}}};
+        VorCommon::ArchiveStore job(JobFile(name));
+        Write(job, entry, config);
+        Write(job, "/controls/sample/config.json", sample);
+        job.Commit();
+    }
+
+    std::filesystem::path path;
+
+private:
+    std::string JobFile(const std::string& name) const { return (path / "jobs" / (name + ".vrjob")).string(); }
+
+    static void Write(VorCommon::ArchiveStore& job, const std::string& entry, const nlohmann::json& document) {
+        const std::string text = document.dump();
+        job.Write(entry, text.data(), text.size());
+    }
+};
+
+std::uint16_t FreePort() {
+    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    bind(fd, reinterpret_cast<const sockaddr*>(&address), size);
+    getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
+    close(fd);
+    return ntohs(address.sin_port);
+}
+
+Sensor::CommandLine SensorCommand(const Workplace& place, std::uint16_t port) {
+    const std::string text = std::to_string(port);
+    Sensor::CommandLine command;
+    command.dataFolder = place.path;
+    command.pluginFolder = place.path / "plugins";
+    command.pluginFolderGiven = true;
+    command.frameRate = 1000;
+    command.alignment.time = std::chrono::milliseconds(20);
+    command.settings.push_back({"port", "modbus", "port", text});
+    return command;
+}
+
+long ResidentKilobytes() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmRSS:")) {
+            return std::atol(line.c_str() + 6);
+        }
+    }
+    return 0;
+}
+
+double Median(std::vector<long> values) {
+    std::sort(values.begin(), values.end());
+    return static_cast<double>(values[(values.size() - 1) / 2] + values[values.size() / 2]) / 2;
+}
+
+/// Drives one run from a thread of its own while the main loop runs the sensor.
+class Conductor {
+public:
+    Conductor(Sensor::Application& application, std::uint16_t port, int minutes)
+        : application(application)
+        , port(port)
+        , minutes(minutes) {}
+
+    void Run() {
+        std::vector<std::thread> threads;
+        for (int number = 1; number <= GoodClients; ++number) {
+            threads.emplace_back([this, number] { GoodClient(number, port, totals, ending).Run(); });
+        }
+        for (const Manner manner :
+             {Manner::HalfRequests, Manner::Resets, Manner::Silence, Manner::Floods, Manner::Garbage}) {
+            threads.emplace_back([this, manner] { Misbehave(manner, port, ending); });
+        }
+        threads.emplace_back([this] { WatchMainLoop(); });
+        threads.emplace_back([this] { SwitchServices(); });
+        TakeReadings();
+        ending = true;
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        goesOn = GoodClient(GoodClients + 1, port, totals, ending).StartsTheScan();
+    }
+
+    int Tell() const {
+        const auto second = readings.begin() + ReadingsPerMinute;
+        const double growth =
+            Median({readings.end() - ReadingsPerMinute, readings.end()}) - Median({second, second + ReadingsPerMinute});
+        std::printf("%ld reads, %ld commands taken, %ld refused as busy, %ld cut off by a disabled service\n",
+                    totals.reads.load(), totals.commands.load(), totals.busy.load(), totals.interrupted.load());
+        std::printf("longest stall of the main loop %.1f ms, 99 %% of %zu probes below %.1f ms\n",
+                    Milliseconds(stalls.empty() ? 0 : *std::max_element(stalls.begin(), stalls.end())), stalls.size(),
+                    Milliseconds(Percentile99()));
+        std::printf("services switched %ld times\n", switches);
+        bool kept = true;
+        const auto require = [&kept](const char* what, bool held, double value) {
+            std::printf("%-48s %10.0f  %s\n", what, value, held ? "ok" : "MISSED");
+            kept = kept && held;
+        };
+        const auto none = [&](const char* what, long count) { require(what, count == 0, static_cast<double>(count)); };
+        none("commands that ended with a wrong status", totals.wrongStatus);
+        none("commands that didn't end", totals.withoutEnd);
+        none("requests without a reply", totals.withoutReply);
+        none("replies of two scans", totals.mixedScans);
+        require("commands taken, at least 100", totals.commands >= 100, static_cast<double>(totals.commands));
+        require("growth of resident memory in KB, at most 1024", growth <= GrowthLimitKilobytes, growth);
+        require("a command is taken and done at the end", goesOn, goesOn ? 1 : 0);
+        return kept ? 0 : 1;
+    }
+
+private:
+    static double Milliseconds(long microseconds) { return static_cast<double>(microseconds) / 1000; }
+
+    long Percentile99() const {
+        std::vector<long> sorted = stalls;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted.empty() ? 0 : sorted[sorted.size() * 99 / 100];
+    }
+
+    void TakeReadings() {
+        const auto begin = Clock::now();
+        for (int i = 1; i <= minutes * ReadingsPerMinute; ++i) {
+            std::this_thread::sleep_until(begin + i * std::chrono::seconds(5));
+            readings.push_back(ResidentKilobytes());
+            std::printf("%5d s  resident %7ld KB  %7ld reads  %6ld commands\n", i * 5, readings.back(),
+                        totals.reads.load(), totals.commands.load());
+            std::fflush(stdout);
+        }
+    }
+
+    /// How long a closure waits for its turn.
+    void WatchMainLoop() {
+        Vor::AsyncRunner runner;
+        stalls.reserve(1'000'000);
+        while (!ending) {
+            const auto begin = Clock::now();
+            runner.RunAndWait([] {}, Minute);
+            stalls.push_back(
+                static_cast<long>(std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin).count()));
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+    void SwitchServices() {
+        std::mt19937 random(99);
+        while (!ending) {
+            const std::string service = random() % 4 == 0 ? "modbus" : "sample";
+            Enable(service, false);
+            std::this_thread::sleep_for(std::chrono::milliseconds(random() % 300));
+            Enable(service, true);
+            ++switches;
+            for (int i = 0; i < 20 && !ending; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            }
+        }
+    }
+
+    void Enable(const std::string& service, bool on) {
+        Vor::AsyncRunner runner;
+        runner.RunAndWait([this, service, on] { application.Services().GetInstance(service).Enable(on); }, Minute);
+    }
+
+    Sensor::Application& application;
+    const std::uint16_t port;
+    const int minutes;
+    std::atomic<bool> ending{false};
+    GoodClient::Totals totals;
+    std::vector<long> readings;
+    std::vector<long> stalls; // microseconds
+    long switches = 0;
+    bool goesOn = false;
+};
+
+} // namespace
+
+int ControlSoak(int minutes) {
+    const Workplace place;
+    const std::uint16_t port = FreePort();
+    std::ostringstream told;
+    Sensor::Application application(SensorCommand(place, port), told);
+    Conductor conductor(application, port, minutes);
+    std::exception_ptr failure;
+    std::thread thread([&] {
+        try {
+            Vor::AsyncRunner().RunAndWait([] {}, Minute); // until the sensor runs
+            place.WriteJob("second", 300, true);
+            place.WriteJob("third", 0, false);
+            conductor.Run();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        kill(getpid(), SIGTERM);
+    });
+    application.Run();
+    thread.join();
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    return conductor.Tell();
+}
+
+} // namespace Soak
