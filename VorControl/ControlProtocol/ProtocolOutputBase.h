@@ -100,8 +100,9 @@ private:
     bool HasSource(const std::string& source, const Sources* sources) const;
     void RemoveOne(const Id& id);
     void RemoveList(const std::vector<Id>& ids);
+    std::vector<Id> AllIds() const;
     /// Whether each id is above the one before it.
-    bool IsInOrder() const;
+    static bool IsInOrder(const std::vector<Id>& ids);
     void KeepOnly(const std::vector<unsigned long>& places);
 };
 
@@ -165,18 +166,20 @@ void ProtocolOutputBase<Outputs, Item, OutputsArgs, ItemArgs, RemoveArgs>::Remov
 
 template <class Outputs, class Item, class OutputsArgs, class ItemArgs, class RemoveArgs>
 void ProtocolOutputBase<Outputs, Item, OutputsArgs, ItemArgs, RemoveArgs>::RemoveList(const std::vector<Id>& ids) {
+    const std::vector<Id> present = AllIds();
     // A handler sees the map as it is after the removals before, and a search depends on them in a map without order.
-    if (outputs.map.HasItemRemovedHandlers() || !IsInOrder()) {
+    if (outputs.map.HasItemRemovedHandlers() || !IsInOrder(present)) {
         for (const Id& id : ids) {
             RemoveOne(id);
         }
         return;
     }
-    std::vector<bool> marks(Count());
+    std::vector<bool> marks(present.size());
     bool allFound = true;
     for (const Id& id : ids) {
-        const unsigned long index = BSearchForInsert(id);
-        if (!HasId(index, id) || marks[index]) {
+        const auto found = std::lower_bound(present.begin(), present.end(), id);
+        const auto index = static_cast<std::size_t>(found - present.begin());
+        if (found == present.end() || *found != id || marks[index]) {
             allFound = false;
             break;
         }
@@ -253,7 +256,7 @@ void ProtocolOutputBase<Outputs, Item, OutputsArgs, ItemArgs, RemoveArgs>::Check
             places.push_back(i);
         }
     }
-    if (places.size() != Count() || !IsInOrder()) {
+    if (places.size() != Count() || !IsInOrder(AllIds())) {
         KeepOnly(places);
     }
     if (repeated != 0) {
@@ -476,13 +479,18 @@ bool ProtocolOutputBase<Outputs, Item, OutputsArgs, ItemArgs, RemoveArgs>::HasSo
 }
 
 template <class Outputs, class Item, class OutputsArgs, class ItemArgs, class RemoveArgs>
-bool ProtocolOutputBase<Outputs, Item, OutputsArgs, ItemArgs, RemoveArgs>::IsInOrder() const {
-    for (unsigned long i = 1; i < outputs.map.Count(); ++i) {
-        if (!(outputs.map.At(i - 1).outputId.Get() < outputs.map.At(i).outputId.Get())) {
-            return false;
-        }
+std::vector<typename Item::Id> ProtocolOutputBase<Outputs, Item, OutputsArgs, ItemArgs, RemoveArgs>::AllIds() const {
+    std::vector<Id> ids;
+    ids.reserve(outputs.map.Count());
+    for (unsigned long i = 0; i < outputs.map.Count(); ++i) {
+        ids.push_back(outputs.map.At(i).outputId.Get());
     }
-    return true;
+    return ids;
+}
+
+template <class Outputs, class Item, class OutputsArgs, class ItemArgs, class RemoveArgs>
+bool ProtocolOutputBase<Outputs, Item, OutputsArgs, ItemArgs, RemoveArgs>::IsInOrder(const std::vector<Id>& ids) {
+    return std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()) == ids.end();
 }
 
 } // namespace VorControl::ControlProtocol
