@@ -24,7 +24,8 @@ class ProtocolBase : public IProtocol {
 public:
     using NonPersistentProperties = ControlProtocol::NonPersistentProperties;
 
-    /// Fails with a bad cast unless the host is a ControlHost.
+    /// Fails with a bad cast unless the host is a ControlHost. No operation may be under way for a service of the same
+    /// id: its end would come to this one before the derived constructor has run.
     explicit ProtocolBase(const ControlProtocolEnviron& environ);
     ~ProtocolBase() override;
 
