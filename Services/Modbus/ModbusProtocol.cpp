@@ -104,7 +104,7 @@ void ModbusProtocol::Stop() {
 void ModbusProtocol::Open() {
     const ServerSettings settings = params.Settings();
     assembly->ChangeBigEndianSupportedBlocks(params.IsBigEndian());
-    registers.Rebuild();
+    ShowMap();
     counters.Reset();
     server = std::make_unique<ModbusServer>(control, counters, settings, [this] { Poll(); });
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
@@ -153,16 +153,32 @@ void ModbusProtocol::ParamsUpdate() {
     }
     Show(server->Url(), "");
     assembly->ChangeBigEndianSupportedBlocks(params.IsBigEndian());
-    registers.Rebuild();
+    if (!mapChanging) {
+        ShowMap();
+    }
 }
 
 void ModbusProtocol::ConfigureDefaultRegisterAssembly() {
     assembly->InitDefaultRegisterBlocksForRegisterAssembly();
-    registers.Rebuild();
+    if (IsRunning()) {
+        mapChanging = true;
+        mainLoop.Run([this] {
+            if (mapChanging) {
+                ShowMap();
+            }
+        });
+    } else {
+        ShowMap();
+    }
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
 }
 
 void ModbusProtocol::RegisterAssemblyUpdate(const char*) {
+    ShowMap();
+}
+
+void ModbusProtocol::ShowMap() {
+    mapChanging = false;
     registers.Rebuild();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -11,6 +12,7 @@
 #include "Services/Modbus/RegisterImage.h"
 #include "Services/Modbus/ScanRegisters.h"
 #include "Services/Modbus/ServerCounters.h"
+#include "Vor/AsyncRunner.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
@@ -51,6 +53,7 @@ private:
     void Open();
     void Close();
     void Show(const std::string& address, const std::string& failure);
+    void ShowMap();
 
     ModbusProperties properties;
     ModbusParams params;
@@ -62,6 +65,10 @@ private:
     CommandReader commandReader;
     ServerCounters counters;
     std::unique_ptr<ModbusServer> server;
+    // The map went back to its defaults while clients look at it. That is mostly the begin of a job's load, so they go
+    // on with the former one until the job's map is there or, when it brings none, the main loop runs again.
+    std::atomic<bool> mapChanging{false};
+    Vor::AsyncRunner mainLoop;
 };
 
 } // namespace Services::Modbus
