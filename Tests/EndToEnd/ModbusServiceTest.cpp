@@ -97,6 +97,8 @@ TEST(ModbusService, AnswersRequestsThatItCannotServeWithExceptions) {
     EXPECT_EQ(reader.Read(14, 3).size(), 3u) << "a gap between blocks reads as 0";
     EXPECT_EQ(reader.Read(15, 2).at(0), 0u);
     EXPECT_EQ(modbus_write_register(reader.Context(), 0, 1), -1);
+    EXPECT_EQ(errno, EMBXILADD) << "a measurement can't be written";
+    EXPECT_EQ(modbus_write_bit(reader.Context(), 0, 1), -1);
     EXPECT_EQ(errno, EMBXILFUN);
     unsigned char bit = 0;
     EXPECT_EQ(modbus_read_bits(reader.Context(), 0, 1, &bit), -1);
@@ -147,13 +149,15 @@ TEST(ModbusService, HasItsMapInTheJobWhichAnyToolCanList) {
     EXPECT_EQ(assembly["properties"]["id"], "registerAssembly-0");
     std::vector<std::string> map;
     for (const auto& block : assembly["blocks"]) {
-        map.push_back(std::to_string(block["outputId"].get<int>()) + " " + block["type"].get<std::string>() + " " +
-                      block["dataSource"].get<std::string>());
+        const auto dataSource = block.value("dataSource", "");
+        map.push_back(std::to_string(block["outputId"].get<int>()) + " " + block["type"].get<std::string>() +
+                      (dataSource.empty() ? "" : " " + dataSource));
     }
     EXPECT_EQ(map, (std::vector<std::string>{"0 Measurement profile/max", "3 Measurement profile/min",
                                              "6 Measurement profile/mean", "9 Measurement profile/width",
                                              "12 Measurement profile/points", "16 Stamp profile/stamp",
-                                             "40 String profile/text"}));
+                                             "40 String profile/text", "1000 ControlInput", "1100 ControlOutput",
+                                             "1200 System", "1300 Scanner"}));
     EndWell(sensor);
 }
 

@@ -14,7 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
+#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -120,6 +120,32 @@ double Median(std::vector<long> values) {
     return static_cast<double>(values[(values.size() - 1) / 2] + values[values.size() / 2]) / 2;
 }
 
+/// Times from 0 to 10 s in steps of 0.1 ms, longer ones in the last. Its memory is all there from the beginning.
+class StallHistogram {
+public:
+    void Add(std::chrono::microseconds time) {
+        longest = std::max(longest, time);
+        ++counts[std::min(static_cast<std::size_t>(time.count()) / 100, counts.size() - 1)];
+        ++total;
+    }
+    double LongestMilliseconds() const { return static_cast<double>(longest.count()) / 1000; }
+    /// The upper end of the step up to which 99 % of the times lie.
+    double Percentile99Milliseconds() const {
+        unsigned long seen = 0;
+        std::size_t step = 0;
+        while (step < counts.size() && (seen += counts[step]) * 100 < total * 99) {
+            ++step;
+        }
+        return static_cast<double>(step + 1) / 10;
+    }
+    unsigned long Total() const { return total; }
+
+private:
+    std::vector<unsigned long> counts = std::vector<unsigned long>(100'000, 0);
+    std::chrono::microseconds longest{0};
+    unsigned long total = 0;
+};
+
 /// Drives one run from a thread of its own while the main loop runs the sensor.
 class Conductor {
 public:
@@ -153,9 +179,8 @@ public:
             Median({readings.end() - ReadingsPerMinute, readings.end()}) - Median({second, second + ReadingsPerMinute});
         std::printf("%ld reads, %ld commands taken, %ld refused as busy, %ld cut off by a disabled service\n",
                     totals.reads.load(), totals.commands.load(), totals.busy.load(), totals.interrupted.load());
-        std::printf("longest stall of the main loop %.1f ms, 99 %% of %zu probes below %.1f ms\n",
-                    Milliseconds(stalls.empty() ? 0 : *std::max_element(stalls.begin(), stalls.end())), stalls.size(),
-                    Milliseconds(Percentile99()));
+        std::printf("longest stall of the main loop %.1f ms, 99 %% of %lu probes below %.1f ms\n",
+                    stalls.LongestMilliseconds(), stalls.Total(), stalls.Percentile99Milliseconds());
         std::printf("services switched %ld times\n", switches);
         bool kept = true;
         const auto require = [&kept](const char* what, bool held, double value) {
@@ -174,14 +199,6 @@ public:
     }
 
 private:
-    static double Milliseconds(long microseconds) { return static_cast<double>(microseconds) / 1000; }
-
-    long Percentile99() const {
-        std::vector<long> sorted = stalls;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted.empty() ? 0 : sorted[sorted.size() * 99 / 100];
-    }
-
     void TakeReadings() {
         const auto begin = Clock::now();
         for (int i = 1; i <= minutes * ReadingsPerMinute; ++i) {
@@ -196,12 +213,10 @@ private:
     /// How long a closure waits for its turn.
     void WatchMainLoop() {
         Vor::AsyncRunner runner;
-        stalls.reserve(1'000'000);
         while (!ending) {
             const auto begin = Clock::now();
             runner.RunAndWait([] {}, Minute);
-            stalls.push_back(
-                static_cast<long>(std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin).count()));
+            stalls.Add(std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin));
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
@@ -231,7 +246,7 @@ private:
     std::atomic<bool> ending{false};
     GoodClient::Totals totals;
     std::vector<long> readings;
-    std::vector<long> stalls; // microseconds
+    StallHistogram stalls;
     long switches = 0;
     bool goesOn = false;
 };
@@ -241,7 +256,7 @@ private:
 int ControlSoak(int minutes) {
     const Workplace place;
     const std::uint16_t port = FreePort();
-    std::ostringstream told;
+    std::ostream told(nullptr); // keeps nothing
     Sensor::Application application(SensorCommand(place, port), told);
     Conductor conductor(application, port, minutes);
     std::exception_ptr failure;
