@@ -24,7 +24,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr double GrowthLimitKilobytes = 1024;
+constexpr double GrowthLimitKilobytes = 256;
 constexpr int ReadingsPerMinute = 12;
 constexpr int GoodClients = 5;
 constexpr unsigned long long Minute = 60'000'000; // microseconds
@@ -193,7 +193,7 @@ public:
         none("requests without a reply", totals.withoutReply);
         none("replies of two scans", totals.mixedScans);
         require("commands taken, at least 100", totals.commands >= 100, static_cast<double>(totals.commands));
-        require("growth of resident memory in KB, at most 1024", growth <= GrowthLimitKilobytes, growth);
+        require("growth of resident memory in KB, at most 256", growth <= GrowthLimitKilobytes, growth);
         require("a command is taken and done at the end", goesOn, goesOn ? 1 : 0);
         return kept ? 0 : 1;
     }
