@@ -7,6 +7,7 @@
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/ModbusProtocol.h"
 #include "Vor/AsyncRunner.h"
+#include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
@@ -287,6 +288,7 @@ int main(int argc, char** argv) {
         report.Skip("command to the start of the scan", "needs two cores");
         return report.Finish();
     }
+    Vor::Logging::SetMinimumLevel(Vor::LevelWarning); // as in a sensor that isn't told to be verbose
     PinTo(ServerCore);
     Vor::MainLoop loop;
     OwnServer own;
