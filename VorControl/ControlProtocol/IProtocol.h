@@ -108,6 +108,8 @@ public:
 
     /// Called after the assembly of that id was changed from outside. Not implemented by default.
     virtual void RegisterAssemblyUpdate(const char* assemblyId) = 0;
+    virtual bool HasRegisterAssemblyCommandTarget() const = 0;
+    virtual VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const = 0;
     /// Whether a group is bound that isn't empty.
     virtual bool HasRegisterAssemblyGroup() const = 0;
     virtual bool HasRegisterAssembly(const char* assemblyId) const = 0;

@@ -21,6 +21,8 @@ public:
     virtual bool HasRegisterAssembly(const char* id) const = 0;
     /// Throws yERROR_PARAMETER without an id, yERROR_NOT_FOUND when there is no such assembly.
     virtual std::shared_ptr<IProtocolRegisterAssembly> RegisterAssembly(const char* id) const = 0;
+    /// Of that assembly, as RegisterAssembly finds it; good as long as the group.
+    virtual VorCommon::ICommandTarget& CommandTarget(const char* id) const = 0;
     /// The data sources of all assemblies, each once, at the place of its first use.
     virtual std::vector<std::string> DataSourceList() const = 0;
     /// Owned by the assembly; an empty text for an unknown id. The id must not be null.

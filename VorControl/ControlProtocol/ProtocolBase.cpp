@@ -240,6 +240,17 @@ void ProtocolBase::RegisterAssemblyUpdate(const char* /*assemblyId*/) {
     Vor::Throw(yERROR_UNIMPLEMENTED);
 }
 
+bool ProtocolBase::HasRegisterAssemblyCommandTarget() const {
+    return HasRegisterAssemblyGroup();
+}
+
+VorCommon::ICommandTarget& ProtocolBase::RegisterAssemblyCommandTarget(const char* assemblyId) const {
+    if (!HasRegisterAssemblyGroup()) {
+        Vor::Throw(yERROR_NOT_FOUND);
+    }
+    return registerAssemblyGroup->CommandTarget(assemblyId);
+}
+
 bool ProtocolBase::HasRegisterAssemblyGroup() const {
     return registerAssemblyGroup != nullptr && !registerAssemblyGroup->Empty();
 }

@@ -73,6 +73,8 @@ public:
     VorCommon::ICommandTarget& OutputsCommandTarget() const override;
 
     void RegisterAssemblyUpdate(const char* assemblyId) override;
+    bool HasRegisterAssemblyCommandTarget() const override;
+    VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const override;
     bool HasRegisterAssemblyGroup() const override;
     bool HasRegisterAssembly(const char* assemblyId) const override;
     std::shared_ptr<IProtocolRegisterAssembly> RegisterAssembly(const char* assemblyId) const override;

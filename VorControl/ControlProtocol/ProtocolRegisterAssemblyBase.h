@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterAssemblyCommandTarget.h"
 #include "VorControl/ControlProtocol/RegisterBlockIndex.h"
 #include "yApi/yLock.h"
 
@@ -9,6 +10,8 @@
 #include <utility>
 
 namespace VorControl::ControlProtocol {
+
+class UpdateBlockParams;
 
 class ProtocolRegisterAssemblyBase : public IProtocolRegisterAssembly {
 public:
@@ -25,6 +28,10 @@ public:
     void EndLock() const override;
     void AddSupportedBlockType(std::unique_ptr<ProtocolRegisterBlockInfo> info) override;
     std::uint32_t Add(Vor::Params::Group& group) override;
+    std::uint32_t Remove(const Vor::Params::Group& group) override;
+    void RemoveAll() override;
+    std::uint32_t Compact(const Vor::Params::Group& group) override;
+    std::uint32_t Update(const Vor::Params::Group& group) override;
     void ResetRegisterAssembly() override;
     void InitDefaultRegisterBlocksForRegisterAssembly() override;
     const std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>>& SupportedRegisterBlockTypes() override;
@@ -40,6 +47,7 @@ public:
     std::vector<std::string> DataSourceList() const override;
     const char* Id() const override;
     const char* DisplayName() const override;
+    VorCommon::ICommandTarget& CommandTarget() override { return commandTarget; }
     void CopySupportedRegisterBlocks(const IProtocolRegisterAssembly& other) override;
 
     /// The byte order of all supported types, and so of all blocks, at once.
@@ -56,7 +64,8 @@ private:
         void Note(std::uint32_t code) { result = result == 0 ? code : result; }
     };
 
-    // All of these expect the caller to hold the lock, but for AddBlock, which takes it.
+    // All of these expect the caller to hold the lock, but for AddBlock, RemoveBlock and FirstCompactedId, which take
+    // it.
     void AddBlock(RegisterBlockParams& params, bool autoShift, AddProgress& progress);
     ProtocolRegisterBlockInfo* FindSupportedType(const std::string& type) const;
     std::uint32_t FormatBlockParams(const ProtocolRegisterBlockInfo& info, RegisterBlockParams& params,
@@ -78,6 +87,15 @@ private:
     /// Registers of all blocks from the given one on, in 16 bits.
     unsigned short UsedRegistersCount(Blocks::const_iterator from) const;
 
+    std::uint32_t UpdateBlockProperties(Blocks::iterator position, const UpdateBlockParams& params);
+    /// Gives a block its place. True when others were shifted to make room.
+    bool PlaceBlock(Blocks::iterator position, unsigned short id, unsigned short count, bool autoShift);
+    void RemoveBlock(unsigned short id);
+    /// Out of the list and of the count of its type; gives the next one.
+    Blocks::iterator TakeOut(Blocks::iterator position);
+    /// Throws unless all blocks have room from there on, one behind the other.
+    unsigned short FirstCompactedId(unsigned short start) const;
+
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes;
     Blocks addedBlocks;
     RegisterBlockIndex blockIndex{addedBlocks};
@@ -87,6 +105,7 @@ private:
     std::unique_ptr<std::remove_pointer_t<yLock>, yStatus (*)(yLock)> lock{nullptr, yLock_Destroy};
     RegisterAssemblyAttributes attributes;
     RegisterAssemblyProperties properties;
+    ProtocolRegisterAssemblyCommandTarget commandTarget{*this};
 };
 
 } // namespace VorControl::ControlProtocol

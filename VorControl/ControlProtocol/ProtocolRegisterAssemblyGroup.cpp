@@ -64,6 +64,10 @@ std::shared_ptr<IProtocolRegisterAssembly> ProtocolRegisterAssemblyGroup::Regist
     return FindRegisterAssembly(id);
 }
 
+VorCommon::ICommandTarget& ProtocolRegisterAssemblyGroup::CommandTarget(const char* id) const {
+    return FindRegisterAssembly(id)->CommandTarget();
+}
+
 std::vector<std::string> ProtocolRegisterAssemblyGroup::DataSourceList() const {
     std::vector<std::string> sources;
     if (Empty()) {

@@ -24,6 +24,7 @@ public:
     std::vector<std::string> List() const override;
     bool HasRegisterAssembly(const char* id) const override;
     std::shared_ptr<IProtocolRegisterAssembly> RegisterAssembly(const char* id) const override;
+    VorCommon::ICommandTarget& CommandTarget(const char* id) const override;
     std::vector<std::string> DataSourceList() const override;
     const char* DisplayName(const char* id) const override;
 

@@ -2,6 +2,7 @@
 
 #include "VorControl/ControlProtocol/ProtocolRegisterBlock.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace VorControl::ControlProtocol {
@@ -24,6 +25,14 @@ RegisterBlockIndex::Blocks::iterator RegisterBlockIndex::WalkStart(unsigned shor
     return next == byOutputId.end() ? blocks.end() : next->second;
 }
 
+RegisterBlockIndex::Blocks::iterator RegisterBlockIndex::Find(unsigned short outputId) {
+    if (IsSearchable()) {
+        const auto found = byOutputId.find(outputId);
+        return found == byOutputId.end() ? blocks.end() : found->second;
+    }
+    return std::find_if(blocks.begin(), blocks.end(), [&](const auto& block) { return block->OutputId() == outputId; });
+}
+
 void RegisterBlockIndex::Watch(ProtocolRegisterBlock& block) {
     block.AddPlacementHandler(
         [flag = changed](Vor::Properties::Node&) { flag->store(true, std::memory_order_relaxed); });
@@ -42,6 +51,16 @@ void RegisterBlockIndex::Added(Blocks::iterator position) {
         byOutputId.clear();
     }
     stale = false;
+}
+
+void RegisterBlockIndex::Removing(Blocks::iterator position) {
+    const auto found = byOutputId.find((*position)->OutputId());
+    if (found != byOutputId.end() && found->second == position) {
+        byOutputId.erase(found);
+    } else {
+        stale = true;
+        byOutputId.clear();
+    }
 }
 
 void RegisterBlockIndex::Cleared() {

@@ -24,10 +24,15 @@ public:
     /// front of the list while it can't be searched. No block before it has to do with the range.
     Blocks::iterator WalkStart(unsigned short start, unsigned short end);
 
+    /// The first block with this output id, or the end of the list; in logarithmic time while the list can be searched.
+    Blocks::iterator Find(unsigned short outputId);
+
     /// For a block before it goes into the list: notices each later change of where it lies.
     void Watch(ProtocolRegisterBlock& block);
     /// For a block that is watched and has gone into the list.
     void Added(Blocks::iterator position);
+    /// For a block that is about to leave the list.
+    void Removing(Blocks::iterator position);
     /// The list has been emptied.
     void Cleared();
 
