@@ -4,6 +4,8 @@
 #include "VorApi/Params/Value.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
+#include "VorControl/ControlProtocol/StandardOutputItemArgs.h"
+#include "VorControl/ControlProtocol/StandardProtocolOutputMap.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 
 #include <functional>
@@ -38,6 +40,7 @@ public:
     using Domain = VorCommon::PersistDomain;
     using Group = Vor::Params::Group;
     using Assembly = VorControl::ControlProtocol::IProtocolRegisterAssembly;
+    using Map = VorControl::ControlProtocol::IProtocolOutput;
     using AssemblyGroup = VorControl::ControlProtocol::IProtocolRegisterAssemblyGroup;
 
     explicit DomainService(const VorControl::ControlProtocol::ControlProtocolEnviron& environ)
@@ -54,14 +57,16 @@ public:
     void RegisterAssemblyUpdate(const char* assemblyId) override { Note("RegisterAssemblyUpdate", assemblyId); }
 
     using ProtocolBase::Params;
-    std::shared_ptr<Group> Params(Domain domain) const override {
-        return domains.contains(domain) ? params : nullptr;
-    }
+    std::shared_ptr<Group> Params(Domain domain) const override { return domains.contains(domain) ? params : nullptr; }
     using ProtocolBase::ParamsVersion;
     const char* ParamsVersion(Domain domain) const override {
         return domains.contains(domain) ? paramsVersion : nullptr;
     }
     bool SupportedParamsVersion(Domain, const char* version) const override { return supported.contains(version); }
+
+    using ProtocolBase::Outputs;
+    std::shared_ptr<Map> Outputs(Domain domain) override { return domains.contains(domain) ? outputs : nullptr; }
+    void OutputsUpdate() override { Note("OutputsUpdate"); }
 
     std::shared_ptr<AssemblyGroup> RegisterAssemblyGroup(Domain domain) override {
         Note("RegisterAssemblyGroup");
@@ -87,6 +92,13 @@ public:
 
     TestAssembly& AssemblyOf(const char* id) { return dynamic_cast<TestAssembly&>(*group->RegisterAssembly(id)); }
 
+    void AddOutput(unsigned short id, const std::string& source) {
+        VorControl::ControlProtocol::StandardOutputItemArgs args;
+        args.outputId = id;
+        args.source = source;
+        outputs->Add(args);
+    }
+
     /// The calls but those that only ask.
     std::vector<std::string> Changes() const {
         std::vector<std::string> changes;
@@ -107,6 +119,7 @@ public:
     /// Begin gives no object to change.
     bool refusesUpdates = false;
     int dynamicPasses = 0;
+    std::shared_ptr<Map> outputs = std::make_shared<VorControl::ControlProtocol::StandardProtocolOutputMap>(4, 0, 100);
     std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup> group =
         std::make_shared<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup>();
     std::shared_ptr<VorControl::Providers::ControlPersistenceProvider> provider =
@@ -130,6 +143,17 @@ protected:
     }
     void EndUpdateParamsImpl(Domain domain, const char* version) override {
         Note("EndUpdateParams", Name(domain), version);
+    }
+    void OutputsMapResetImpl(Domain domain) override {
+        Note("OutputsReset", Name(domain));
+        outputs->Clear();
+    }
+    std::shared_ptr<Map> BeginUpdateOutputsMapImpl(Domain domain, const char* version) override {
+        Note("BeginUpdateOutputsMap", Name(domain), version);
+        return refusesUpdates ? nullptr : outputs;
+    }
+    void EndUpdateOutputsMapImpl(Domain domain, const char* version) override {
+        Note("EndUpdateOutputsMap", Name(domain), version);
     }
     void RegisterAssemblyGroupResetImpl(Domain domain) override {
         Note("AssembliesReset", Name(domain));
