@@ -22,6 +22,7 @@ public:
 
     std::vector<std::string> actions;
     std::vector<std::string> commands;
+    bool givesCommandParams = true;
     std::function<Parameters()> onParameters;
     std::function<Result(Vor::Properties::Structure& parameters)> onExecute;
     std::vector<std::string> calls;
@@ -58,7 +59,7 @@ public:
 
     Result GetCommandParams(const std::string& id) const override {
         const_cast<FakeTarget*>(this)->calls.push_back("GetCommandParams " + id);
-        return std::make_shared<Vor::Params::Group>();
+        return givesCommandParams ? std::make_shared<Vor::Params::Group>() : nullptr;
     }
 
     Result InvokeCommand(const std::string& id, Vor::Params::Group& params) override {

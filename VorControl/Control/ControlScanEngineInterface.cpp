@@ -71,6 +71,9 @@ void ControlScanEngineInterface::AlignmentCommandHelper(const std::string& scann
             Vor::Throw(yERROR_COMMAND, "No support for %s by scanner %s", label, scanner.Id());
         }
         const auto parameters = target.GetCommandParams(actionName);
+        if (!parameters) {
+            Vor::Throw(yERROR_PARAMETER);
+        }
         target.InvokeCommand(actionName, *parameters);
     } catch (const Vor::Exception& e) {
         LogThrown(e, "Failed %s for scanner %s", label, scannerId);
@@ -115,6 +118,9 @@ void ControlScanEngineInterface::ScannerInfo(const std::string& scannerId, Scann
         return;
     }
     const auto result = target.ExecuteAction(actionScannerInfo, ExistingActionParameters(target, actionScannerInfo));
+    if (!result) {
+        Vor::Throw(yERROR_FORMAT);
+    }
     out.id = scanner.Id();
     out.alignmentState = MapScannerAlignState(scanner.Scanner().AlignmentState().Get());
     ParseScannerInfo(*result, out);

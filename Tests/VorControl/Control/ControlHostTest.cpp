@@ -3,15 +3,19 @@
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/Faults.h"
+#include "Tests/Support/MainLoopThread.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/Signal.h"
+#include "Vor/AsyncRunner.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 #include "VorMsg/VvNullMsg.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -345,6 +349,61 @@ TEST_F(ControlHostTest, ASubscriptionThatFailsLeavesTheServiceOut) {
     system.OnCall({});
     host.AddDataSourceEventHandler("a", Noting("a"), timeout);
     EXPECT_EQ(Subscriptions(), 1U);
+}
+
+TEST(ControlHostThreadsTest, ServicesMayComeAndGoWhileDataSourcesDo) {
+    constexpr int rounds = 50;
+    constexpr unsigned long long shortTimeout = 2000;
+    constexpr unsigned long long longTimeout = 20 * timeout;
+    Tests::FakeSystemInterface system;
+    system.dataSources["profile/max"] = {};
+    Tests::FakeScanEngineInterface scanEngine;
+    Tests::FakeDataCache dataCache;
+    Tests::RecordingScanResults scanResults;
+    VorCommon::PlatformAttributes platform;
+    VorCommon::RuntimeCache cache;
+    const Tests::MainLoopThread mainLoop;
+    VorControl::ControlProtocolOperations operations(system, scanEngine, cache);
+    ControlHost host(scanResults, operations, dataCache, platform, cache, nullptr, scanEngine, 0, 0, 0, nullptr);
+    std::atomic<int> heard = 0;
+    const auto add = [&](const std::string& id, unsigned long long wait) {
+        host.AddDataSourceEventHandler(
+            id, [&](EventType, const Properties&) { ++heard; }, wait);
+    };
+    Vor::AsyncRunner pipe;
+    std::atomic<bool> stop = false;
+    Tests::Signal stopped;
+    // An event waits for the lock that a service holds while it waits for the main loop.
+    const std::function<void()> raise = [&] {
+        system.created.Raise("profile/max");
+        system.deleted.Raise("gone");
+        if (stop) {
+            stopped.Set();
+        } else {
+            pipe.Run(raise);
+        }
+    };
+    pipe.Run(raise);
+    std::vector<std::thread> services;
+    for (int i = 0; i < 3; ++i) {
+        services.emplace_back([&, id = "s" + std::to_string(i)] {
+            for (int round = 0; round < rounds; ++round) {
+                add(id, shortTimeout);
+                host.RemoveDataSourceEventHandler(id, shortTimeout);
+            }
+        });
+    }
+    for (auto& service : services) {
+        service.join();
+    }
+    stop = true;
+    ASSERT_TRUE(stopped.Wait());
+    const int before = heard;
+    add("last", longTimeout);
+    pipe.RunAndWait([&] { system.created.Raise("profile/max"); }, longTimeout);
+    EXPECT_EQ(heard, before + 1);
+    host.RemoveDataSourceEventHandler("last", longTimeout);
+    EXPECT_EQ(system.created.Count(), 0U);
 }
 
 TEST_F(ControlHostTest, TheHostEndsASubscriptionThatIsLeft) {

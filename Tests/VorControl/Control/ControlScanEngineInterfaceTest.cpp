@@ -202,6 +202,14 @@ TEST_F(ControlScanEngineInterfaceTest, AScannerThatTakesNoCommandsCantAlign) {
     EXPECT_TRUE(log.Contains(Vor::LevelError, "Failed alignment for scanner "));
 }
 
+TEST_F(ControlScanEngineInterfaceTest, AnAlignmentWithoutParametersIsRefused) {
+    scanner.target.commands = {"align"};
+    scanner.target.givesCommandParams = false;
+    EXPECT_TEXTLESS_FAILURE(subject.Alignment("S1"), yERROR_PARAMETER);
+    EXPECT_THAT(scanner.target.calls, ElementsAre("GetCommandParams align"));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Failed alignment for scanner S1"));
+}
+
 TEST_F(ControlScanEngineInterfaceTest, AFailedAlignmentIsLoggedWithTheIdThatWasAskedFor) {
     scanner.target.commands = {"align"};
     scanner.target.onExecute = [](Vor::Properties::Structure&) -> Tests::FakeTarget::Result {
@@ -343,6 +351,14 @@ TEST_F(ControlScanEngineInterfaceTest, TheStateOfAScannerWithoutParametersOrTarg
     EXPECT_FAILURE(subject.ScannerInfo("", info), yERROR_PARAMETER, "Action parameters returned a nullptr.");
     scanner.takesActions = false;
     EXPECT_FAILURE(subject.ScannerInfo("", info), yERROR_UNIMPLEMENTED, "No actions supported by scanner S1");
+    EXPECT_EQ(info.id, "");
+}
+
+TEST_F(ControlScanEngineInterfaceTest, AMissingResultFailsAsAFormatErrorAndLeavesTheRecord) {
+    scanner.target.actions = {"scannerInfo"};
+    scanner.target.onExecute = [](Vor::Properties::Structure&) { return nullptr; };
+    Info info;
+    EXPECT_TEXTLESS_FAILURE(subject.ScannerInfo("", info), yERROR_FORMAT);
     EXPECT_EQ(info.id, "");
 }
 
