@@ -213,7 +213,13 @@ void ModbusProtocol::Poll() {
     }
     IControlHost& host = GetControlHost();
     Attempt([&] { control.SetSystemState(SystemState(host.SystemStats(0))); });
-    Attempt([&] { control.SetScannerState(ScannerState(host.ScannerInfo("", 0))); });
+    Attempt([&] {
+        const auto info = host.ScannerInfo("", 0);
+        // A record without an id is of no scanner.
+        if (!info.id.empty()) {
+            control.SetScannerState(ScannerState(info));
+        }
+    });
 }
 
 void ModbusProtocol::ProcessResultSets(void* resultSets) {
