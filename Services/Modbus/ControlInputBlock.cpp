@@ -11,7 +11,6 @@ using VorControl::ControlProtocol::ControlRegisterCommandData;
 
 namespace {
 
-constexpr unsigned char SetUserData = 9;
 constexpr std::size_t CommandOffset = 2;
 constexpr std::size_t ArgumentsOffset = 4;
 constexpr std::size_t ArgumentsSize = ControlInputBlock::InputSize - ArgumentsOffset;
@@ -25,8 +24,12 @@ void ControlInputBlock::Deserialize(void* destination, unsigned long long destin
     if (sourceSize >= InputSize) {
         Deserialize16(command, bytes, CommandOffset);
     }
-    if ((command & 0xFF) != SetUserData) {
+    if ((command & 0xFF) != ControlRegisterCommandData::SetUserData) {
         DefaultControlInputRegisterBlock::Deserialize(destination, destinationSize, source, sourceSize);
+        auto& data = *static_cast<ControlRegisterCommandData*>(destination);
+        if (data.commandId == ControlRegisterCommandData::LoadJob) {
+            FormatFullJobFileName(data.commandArgs.data(), data.commandArgs.size());
+        }
         return;
     }
     std::array<unsigned char, InputSize> withoutCommand{};
@@ -34,7 +37,7 @@ void ControlInputBlock::Deserialize(void* destination, unsigned long long destin
     DefaultControlInputRegisterBlock::Deserialize(destination, destinationSize, withoutCommand.data(),
                                                   withoutCommand.size());
     auto& data = *static_cast<ControlRegisterCommandData*>(destination);
-    data.commandId = SetUserData;
+    data.commandId = ControlRegisterCommandData::SetUserData;
     data.SetCommandArgsSize(ArgumentsSize);
     for (std::size_t i = 0; i < ArgumentsSize; ++i) {
         const std::size_t place = IsProtocolBigEndian() ? i : i ^ 1;

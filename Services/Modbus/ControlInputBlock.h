@@ -5,7 +5,8 @@
 namespace Services::Modbus {
 
 // A client's command in 65 registers of 16 bits: request word, command, and 63 registers of arguments. A job name
-// stands in the low bytes of its registers; user data are all 126 bytes of them, high byte first in both byte orders.
+// stands in the low bytes of its registers and becomes a whole file name; user data are all 126 bytes of them, high
+// byte first in both byte orders.
 class ControlInputBlock : public VorControl::ControlProtocol::DefaultControlInputRegisterBlock {
 public:
     static constexpr unsigned short Registers = 65;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 
 #include "Services/Modbus/CommandReader.h"
 #include "Services/Modbus/ControlOutputBlock.h"
@@ -156,12 +157,23 @@ TEST_P(ControlBlocks, ControlInputReadsAJobNameFromLowBytes) {
     std::copy(begin.begin(), begin.end(), wire.begin());
     const auto command = Deserialize(wire);
     EXPECT_EQ(command.commandId, 5);
-    EXPECT_STREQ(command.commandArgs.data(), "job");
+    EXPECT_STREQ(command.commandArgs.data(), "job.vrjob");
     EXPECT_EQ(command.commandArgsSize, 0u);
 
     Bytes longest(130, 'n');
     longest[3] = 5;
-    EXPECT_EQ(std::strlen(Deserialize(longest).commandArgs.data()), 62u);
+    EXPECT_EQ(Deserialize(longest).commandArgs.data(), std::string(62, 'n') + ".vrjob");
+}
+
+TEST_P(ControlBlocks, ControlInputLeavesAWholeJobFileNameAsItIs) {
+    Make(MakeControlInputType());
+    Bytes wire = {0, 1, 0, 5};
+    for (const char character : std::string("job.vrjob")) {
+        wire.push_back(0);
+        wire.push_back(static_cast<unsigned char>(character));
+    }
+    wire.resize(130, 0);
+    EXPECT_STREQ(Deserialize(wire).commandArgs.data(), "job.vrjob");
 }
 
 TEST_P(ControlBlocks, ControlInputRefusesALoadWithoutAJobName) {
@@ -206,7 +218,7 @@ TEST(CommandReader, ReadsTheRegistersOfTheWire) {
     const auto command = reader.Read(input);
     EXPECT_EQ(command.requestWord, 0x1234);
     EXPECT_EQ(command.commandId, 5);
-    EXPECT_STREQ(command.commandArgs.data(), "ab");
+    EXPECT_STREQ(command.commandArgs.data(), "ab.vrjob");
 }
 
 } // namespace

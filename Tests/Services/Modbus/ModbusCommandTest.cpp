@@ -169,7 +169,7 @@ TEST_F(ModbusCommandTest, RunsEachCommand) {
     EXPECT_EQ(environ.scanEngine.TakeCalls(), (std::vector<std::string>{"ClearAlignment "}));
     EXPECT_EQ(Write(Command, Characters(2, 5, "part 7")), 0u);
     EXPECT_TRUE(Reads(Answer, Words({2, 2, 0})));
-    EXPECT_EQ(Calls(), (std::vector<std::string>{"LoadJob part 7"}));
+    EXPECT_EQ(Calls(), (std::vector<std::string>{"LoadJob part 7.vrjob"}));
     EXPECT_EQ(Write(Command, {3, 6}), 0u);
     EXPECT_TRUE(Reads(Answer, Words({3, 2, 0})));
     EXPECT_EQ(environ.scanEngine.TakeCalls(), (std::vector<std::string>{"SoftwareTrigger "}));
@@ -358,6 +358,7 @@ TEST_F(ModbusCommandTest, ShowsTheStates) {
     stats.loadedJob = "demo.vrjob";
     environ.dataCache.SetStats(stats);
     VorControl::IControlScanEngineInterface::ScannerStateInfo info;
+    info.id = "scanner-0";
     info.currentEncoderValue = -1000;
     info.currentSyncTime = 0x0A0B0C0D;
     info.alignmentState = 1;
@@ -375,6 +376,30 @@ TEST_F(ModbusCommandTest, ShowsTheStates) {
     Start({{"byteOrder", 1}});
     EXPECT_TRUE(Reads(Scanner, Words({0xFC18, 0xFFFF, 0xFFFF, 0xFFFF, 0x0C0D, 0x0A0B, 0, 0, 1, 1})));
     EXPECT_TRUE(Reads(System, Words({0x0708, 0x0506, 0x0304, 0x0102, 1, 10}) + Bytes{'d', 'e', 'm', 'o'}));
+}
+
+TEST_F(ModbusCommandTest, ShowsZerosUntilTheScannerHasAnsweredAndThenItsLastState) {
+    VorControl::IControlSystemInterface::SystemStats stats;
+    stats.coreMetric0 = 1;
+    environ.dataCache.SetStats(stats);
+    EXPECT_TRUE(Reads(System, Words({0, 0, 0, 1})));
+    stats.coreMetric0 = 2;
+    environ.dataCache.SetStats(stats);
+    EXPECT_TRUE(Reads(System, Words({0, 0, 0, 2}))) << "so the scanner has been asked, too";
+    EXPECT_EQ(Read(Scanner, 10), Bytes(20, 0)) << "also the laser, which a fresh record says to be on";
+    VorControl::IControlScanEngineInterface::ScannerStateInfo info;
+    info.id = "scanner-0";
+    info.currentSyncTime = 7;
+    environ.dataCache.SetInfo(info);
+    const Bytes known = Words({0, 0, 0, 0, 0, 0, 0, 7, 0, 1});
+    EXPECT_TRUE(Reads(Scanner, known));
+    environ.dataCache.SetInfo({});
+    for (unsigned time = 3; time < 5; ++time) {
+        stats.coreMetric0 = time;
+        environ.dataCache.SetStats(stats);
+        EXPECT_TRUE(Reads(System, Words({0, 0, 0, time})));
+    }
+    EXPECT_EQ(Read(Scanner, 10), known);
 }
 
 TEST_F(ModbusCommandTest, AsksForNoStateThatItsMapDoesNotShow) {
