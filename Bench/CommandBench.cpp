@@ -2,6 +2,7 @@
 // service and the main loop on the other. The reference is the plainest server that does the same: a thread that
 // receives the request, posts a closure and replies.
 
+#include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
 
 #include "Services/Modbus/FrameCodec.h"
@@ -43,6 +44,8 @@
 namespace {
 
 using namespace Services::Modbus;
+using Bench::Fail;
+using Bench::LoopbackSocket;
 using Clock = std::chrono::steady_clock;
 
 constexpr int Commands = 5000;
@@ -50,11 +53,6 @@ constexpr int ServerCore = 0;
 constexpr int ClientCore = 1;
 constexpr std::uint16_t CommandAddress = 1000;
 constexpr std::uint16_t AnswerAddress = 1100;
-
-[[noreturn]] void Fail(const char* what) {
-    std::perror(what);
-    std::exit(1);
-}
 
 // Threads that are started from here on run there too.
 void PinTo(int core) {
@@ -110,20 +108,7 @@ constexpr std::size_t ReplySize = HeaderSize + 5;
 class Client {
 public:
     explicit Client(std::uint16_t port)
-        : fd(socket(AF_INET, SOCK_STREAM, 0)) {
-        const int one = 1;
-        setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-            Fail("connect");
-        }
-    }
-    ~Client() { close(fd); }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
+        : socket(port) {}
 
     /// Microseconds from each write to the start that it causes. `done` is waited for between two commands.
     std::vector<double> Run(const std::function<void()>& done) {
@@ -131,12 +116,12 @@ public:
         for (int i = 0; i < Commands; ++i) {
             const Request request = MakeRequest(++word, 1);
             const auto begin = Clock::now().time_since_epoch().count();
-            if (send(fd, request.data(), request.size(), 0) != static_cast<ssize_t>(request.size())) {
+            if (send(socket.fd, request.data(), request.size(), 0) != static_cast<ssize_t>(request.size())) {
                 Fail("send");
             }
             const Clock::rep end = WaitForStart();
             std::array<unsigned char, ReplySize> reply{};
-            ReceiveAll(fd, reply.data(), reply.size());
+            ReceiveAll(socket.fd, reply.data(), reply.size());
             if (reply[7] != 16) {
                 std::fprintf(stderr, "command %d is refused with exception %d\n", i, reply[8]);
                 std::exit(1);
@@ -156,13 +141,13 @@ public:
         PutWord(&request[10], 2);
         std::array<unsigned char, HeaderSize + 6> reply{};
         do {
-            send(fd, request.data(), request.size(), 0);
-            ReceiveAll(fd, reply.data(), reply.size());
+            send(socket.fd, request.data(), request.size(), 0);
+            ReceiveAll(socket.fd, reply.data(), reply.size());
         } while (Word(&reply[9]) != word || Word(&reply[11]) != 2);
     }
 
 private:
-    int fd;
+    const LoopbackSocket socket;
     std::uint16_t word = 0;
 };
 

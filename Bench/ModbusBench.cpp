@@ -1,6 +1,7 @@
 // The Modbus server against a bare one: round trips of 100 registers with 1 and 8 clients, and what well-behaved
 // clients feel of misbehaving ones. Servers run on core 0, clients on core 1.
 
+#include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
 
 #include "Services/Modbus/ExceptionCodes.h"
@@ -33,6 +34,8 @@
 namespace {
 
 using namespace Services::Modbus;
+using Bench::Fail;
+using Bench::LoopbackSocket;
 using Clock = std::chrono::steady_clock;
 
 constexpr int ServerCore = 0;
@@ -48,32 +51,6 @@ void PinTo(int core) {
     sched_setaffinity(0, sizeof cores, &cores);
 }
 
-[[noreturn]] void Fail(const char* what) {
-    std::perror(what);
-    std::exit(1);
-}
-
-class Socket {
-public:
-    explicit Socket(std::uint16_t port)
-        : fd(socket(AF_INET, SOCK_STREAM, 0)) {
-        const int one = 1;
-        setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-            Fail("connect");
-        }
-    }
-    ~Socket() { close(fd); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-
-    const int fd;
-};
-
 void MakeRequest(unsigned char (&request)[12]) {
     EncodeHeader(request, 1, 1, 5);
     request[7] = 3;
@@ -87,7 +64,7 @@ struct Figures {
 };
 
 void RoundTrips(std::uint16_t port, Clock::time_point end, std::vector<float>& times) {
-    const Socket socket(port);
+    const LoopbackSocket socket(port);
     unsigned char request[12];
     unsigned char reply[ReplySize];
     MakeRequest(request);
@@ -262,9 +239,9 @@ private:
         }
     }
 
-    const Socket half;
-    const Socket drip;
-    const Socket deaf;
+    const LoopbackSocket half;
+    const LoopbackSocket drip;
+    const LoopbackSocket deaf;
     std::atomic<bool> stop = false;
     std::thread thread;
 };

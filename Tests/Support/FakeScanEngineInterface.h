@@ -1,22 +1,21 @@
 #pragma once
 
+#include "Tests/Support/CallLog.h"
 #include "Vor/Exception.h"
 #include "VorApi/Event.h"
 #include "VorControl/Control/IControlScanEngineInterface.h"
 #include "yApi/yStatus.h"
 
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Tests {
 
 /// Scan engines with one scanner, whatever its id, that note what is asked of them, on any thread, and answer what a
 /// test says. A test ends an alignment with `completed.Raise`.
-class FakeScanEngineInterface : public VorControl::IControlScanEngineInterface {
+class FakeScanEngineInterface : public VorControl::IControlScanEngineInterface, public CallLog {
 public:
     void SoftwareTrigger(const std::string& scannerId) override { Note("SoftwareTrigger " + scannerId); }
     void Alignment(const std::string& scannerId) override { Note("Alignment " + scannerId); }
@@ -60,41 +59,11 @@ public:
     }
     bool IsScanEngineManagerValid() override { return true; }
 
-    /// Called with each call, after it was noted and outside all locks; it may throw.
-    void OnCall(std::function<void(const std::string&)> hook) {
-        const std::lock_guard guard(mutex);
-        onCall = std::move(hook);
-    }
-
-    std::vector<std::string> TakeCalls() {
-        const std::lock_guard guard(mutex);
-        return std::exchange(calls, {});
-    }
-
     Vor::Event<VorScan::AlignCompletionStatus> completed;
     Vor::Event<> stateUpdated;
     Vor::Params::Value<VorScan::AlignState> alignState;
     /// Set it before the calls that answer with it.
     ScannerStateInfo info;
-
-private:
-    static const char* Text(bool value) { return value ? "true" : "false"; }
-
-    void Note(const std::string& call) {
-        std::function<void(const std::string&)> hook;
-        {
-            const std::lock_guard guard(mutex);
-            calls.push_back(call);
-            hook = onCall;
-        }
-        if (hook) {
-            hook(call);
-        }
-    }
-
-    std::mutex mutex; ///< guards the calls and the hook
-    std::vector<std::string> calls;
-    std::function<void(const std::string&)> onCall;
 };
 
 } // namespace Tests

@@ -1,22 +1,21 @@
 #pragma once
 
+#include "Tests/Support/CallLog.h"
 #include "Vor/Exception.h"
 #include "VorApi/Event.h"
 #include "VorApi/Object.h"
 #include "VorControl/Control/IControlSystemInterface.h"
 #include "yApi/yStatus.h"
 
-#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Tests {
 
 /// A system that notes what is asked of it, on any thread, and answers what a test says.
-class FakeSystemInterface : public VorControl::IControlSystemInterface {
+class FakeSystemInterface : public VorControl::IControlSystemInterface, public CallLog {
 public:
     void Start() override { Note("Start"); }
     void Stop() override { Note("Stop"); }
@@ -74,17 +73,6 @@ public:
         return syncTime;
     }
 
-    /// Called with each call, after it was noted and outside all locks; it may throw.
-    void OnCall(std::function<void(const std::string&)> hook) {
-        const std::lock_guard guard(mutex);
-        onCall = std::move(hook);
-    }
-
-    std::vector<std::string> TakeCalls() {
-        const std::lock_guard guard(mutex);
-        return std::exchange(calls, {});
-    }
-
     // Set these before the calls that answer with them.
     SystemStats stats;
     std::map<std::string, ControlDataSourceProperties> dataSources;
@@ -96,25 +84,6 @@ public:
     Vor::Event<std::string> created;
     Vor::Event<std::string> deleted;
     Vor::Event<std::string> updated;
-
-private:
-    static const char* Text(bool value) { return value ? "true" : "false"; }
-
-    void Note(const std::string& call) {
-        std::function<void(const std::string&)> hook;
-        {
-            const std::lock_guard guard(mutex);
-            calls.push_back(call);
-            hook = onCall;
-        }
-        if (hook) {
-            hook(call);
-        }
-    }
-
-    std::mutex mutex; ///< guards the calls and the hook
-    std::vector<std::string> calls;
-    std::function<void(const std::string&)> onCall;
 };
 
 } // namespace Tests

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Tests {
+
+/// What was asked of a fake, on any thread.
+class CallLog {
+public:
+    /// Called with each call, after it was noted and outside all locks; it may throw.
+    void OnCall(std::function<void(const std::string&)> hook) {
+        const std::lock_guard guard(mutex);
+        onCall = std::move(hook);
+    }
+
+    std::vector<std::string> TakeCalls() {
+        const std::lock_guard guard(mutex);
+        return std::exchange(calls, {});
+    }
+
+protected:
+    void Note(const std::string& call) {
+        std::function<void(const std::string&)> hook;
+        {
+            const std::lock_guard guard(mutex);
+            calls.push_back(call);
+            hook = onCall;
+        }
+        if (hook) {
+            hook(call);
+        }
+    }
+
+    static const char* Text(bool value) { return value ? "true" : "false"; }
+
+private:
+    std::mutex mutex; ///< guards the calls and the hook
+    std::vector<std::string> calls;
+    std::function<void(const std::string&)> onCall;
+};
+
+} // namespace Tests
