@@ -32,15 +32,20 @@ vor_header_folder(Services Services Headers_VorControl)
 # Services that show how one is written. They are kept out of the plug-in folder, so that no sensor loads them unasked.
 set(VOR_EXAMPLE_SERVICES Sample CACHE STRING "Folders of Services/ whose modules go into bin/examples")
 
+# What several services share, linked into the module of each.
+file(GLOB common_sources CONFIGURE_DEPENDS Services/Common/*.cpp)
+add_library(ServicesCommon STATIC ${common_sources})
+target_link_libraries(ServicesCommon PUBLIC Headers_Services VorCnLib VorPlatform)
+
 # A service: an object library, which its tests link too, and the loadable module made of it.
 function(vor_service folder)
   get_filename_component(name ${folder} NAME)
   file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
-  if(NOT sources)
+  if(NOT sources OR name STREQUAL "Common")
     return()
   endif()
   add_library(${name}Objects OBJECT ${sources})
-  target_link_libraries(${name}Objects PUBLIC Headers_Services VorCnLib VorPlatform)
+  target_link_libraries(${name}Objects PUBLIC ServicesCommon)
   string(TOLOWER ${name} module)
   set(output plugins)
   if(name IN_LIST VOR_EXAMPLE_SERVICES)

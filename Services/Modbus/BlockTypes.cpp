@@ -5,7 +5,7 @@
 #include "Services/Modbus/ScannerBlock.h"
 #include "Services/Modbus/StampRegisterBlock.h"
 #include "Services/Modbus/SystemBlock.h"
-#include "Services/Modbus/Translate.h"
+#include "Services/Common/Translate.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"
@@ -14,6 +14,8 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 
 namespace Services::Modbus {
+
+using Common::Translate;
 
 namespace {
 

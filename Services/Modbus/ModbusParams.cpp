@@ -2,10 +2,12 @@
 
 #include <vector>
 
-#include "Services/Modbus/Translate.h"
+#include "Services/Common/Translate.h"
 #include "Vor/Exception.h"
 
 namespace Services::Modbus {
+
+using Common::Translate;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <memory>
 
 #include "Services/Modbus/ModbusProtocol.h"
-#include "Services/Modbus/Translate.h"
+#include "Services/Common/Translate.h"
 #include "Vor/Exception.h"
 #include "VorControl/Control/ControlPlugin.h"
 #include "VorControl/Control/IControlFactory.h"
@@ -11,6 +11,8 @@
 #include "yApi/yVersion.h"
 
 namespace Services::Modbus {
+
+using Common::Translate;
 
 namespace {
 

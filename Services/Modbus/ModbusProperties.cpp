@@ -1,8 +1,10 @@
 #include "Services/Modbus/ModbusProperties.h"
 
-#include "Services/Modbus/Translate.h"
+#include "Services/Common/Translate.h"
 
 namespace Services::Modbus {
+
+using Common::Translate;
 
 ModbusProperties::ModbusProperties() {
     Register("address", address, Translate("Address"), 100);

@@ -1,5 +1,6 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
+#include "Services/Common/PropertiesLock.h"
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/StateRecords.h"
 #include "Vor/Exception.h"
@@ -24,28 +25,6 @@ void Attempt(const Work& work) {
         return;
     }
 }
-
-class PropertiesLock {
-public:
-    explicit PropertiesLock(ProtocolBase& protocol)
-        : protocol(protocol) {
-        protocol.NonPersistentPropertiesBeginLock();
-    }
-    ~PropertiesLock() {
-        try {
-            protocol.NonPersistentPropertiesEndLock();
-        } catch (const std::exception& e) {
-            Vor::LogError("Exception thrown in destructor");
-            Vor::Exception::LogException(e);
-            Vor::Exception::LogBackTrace(e);
-        }
-    }
-    PropertiesLock(const PropertiesLock&) = delete;
-    PropertiesLock& operator=(const PropertiesLock&) = delete;
-
-private:
-    ProtocolBase& protocol;
-};
 
 std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
     auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
@@ -126,7 +105,7 @@ void ModbusProtocol::Close() {
 }
 
 void ModbusProtocol::Show(const std::string& address, const std::string& failure) {
-    const PropertiesLock lock(*this);
+    const Common::PropertiesLock lock(*this);
     properties.address = address;
     properties.failure = failure;
 }

@@ -3,12 +3,12 @@
 #include <atomic>
 #include <cstdint>
 
+#include "Services/Common/TcpCounters.h"
+
 namespace Services::Modbus {
 
 // What a server counts: written by its network thread, read by any.
-struct ServerCounters {
-    std::atomic<std::uint64_t> connected = 0;  // connections that are open now
-    std::atomic<std::uint64_t> refused = 0;    // connections that were closed as soon as they were made
+struct ServerCounters : Common::TcpCounters {
     std::atomic<std::uint64_t> requests = 0;   // whole requests, each of which was answered
     std::atomic<std::uint64_t> exceptions = 0; // those that were answered with an exception
 

@@ -4,39 +4,39 @@
 #include <cstddef>
 #include <span>
 
+#include "Services/Common/ITcpSession.h"
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/RequestHandler.h"
 
 namespace Services::Modbus {
 
-// The protocol of one connection without its socket: received bytes go in, reply bytes come out, in the order of the
-// requests. Both sides are bounded: while replies fill their buffer no further request is answered, and while requests
-// wait there is no room to receive. How the stream is cut into pieces changes nothing in the replies. Not thread-safe.
-class Session {
+// The frames of one connection: replies come in the order of the requests. Both sides are bounded: while replies fill
+// their buffer no further request is answered, and while requests wait there is no room to receive. How the stream is
+// cut into pieces changes nothing in the replies. Not thread-safe.
+class Session : public Common::ITcpSession {
 public:
     // `handler` must outlive the session.
     Session(RequestHandler& handler, bool mayWrite)
         : handler(handler)
         , mayWrite(mayWrite) {}
 
-    // Whether the writing functions are served; holds from the next request on.
-    void SetMayWrite(bool value) { mayWrite = value; }
+    // Whether the writing functions are served.
+    void SetMayWrite(bool value) override { mayWrite = value; }
 
-    // The room for received bytes. Never empty while no replies wait.
-    std::span<unsigned char> ReceiveSpace() { return std::span(input).subspan(inputEnd); }
-    // Tells how many bytes were put there.
-    void Received(std::size_t count) { inputEnd += count; }
+    // Never empty while no replies wait.
+    std::span<unsigned char> ReceiveSpace() override { return std::span(input).subspan(inputEnd); }
+    void Received(std::size_t count) override { inputEnd += count; }
 
-    // Answers the whole requests that were received, as far as their replies have room. Returns how many.
-    std::size_t Process();
+    std::size_t Process() override;
 
-    // The replies that wait to be sent, and how many bytes of them were.
-    std::span<const unsigned char> Replies() const { return std::span(output).first(outputEnd).subspan(outputBegin); }
-    void Sent(std::size_t count);
+    std::span<const unsigned char> Replies() const override {
+        return std::span(output).first(outputEnd).subspan(outputBegin);
+    }
+    void Sent(std::size_t count) override;
 
     // Something that is no frame was received: the stream can't be followed any further. Replies to the requests before
     // it are still there.
-    bool Broken() const { return broken; }
+    bool Broken() const override { return broken; }
 
 private:
     static constexpr std::size_t InputCapacity = 2048;

@@ -1,4 +1,4 @@
-#include "Services/Modbus/Network.h"
+#include "Services/Common/Network.h"
 
 #include <arpa/inet.h>
 
@@ -8,7 +8,7 @@
 
 #include "Vor/Exception.h"
 
-namespace Services::Modbus {
+namespace Services::Common {
 
 namespace {
 
@@ -89,4 +89,4 @@ bool Contain(const std::vector<Network>& networks, const NetworkAddress& address
     return std::ranges::any_of(networks, [&](const Network& network) { return network.Contains(address); });
 }
 
-} // namespace Services::Modbus
+} // namespace Services::Common

@@ -1,11 +1,11 @@
-#include "Services/Modbus/Network.h"
+#include "Services/Common/Network.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
 #include "Vor/Exception.h"
 
-namespace Services::Modbus {
+namespace Services::Common {
 namespace {
 
 NetworkAddress AddressOf(std::string text) {
@@ -119,4 +119,4 @@ TEST(Network, OfAListContainsWhatOneOfThemDoes) {
 }
 
 } // namespace
-} // namespace Services::Modbus
+} // namespace Services::Common

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace Services::Modbus {
+namespace Services::Common {
 
 // An address as IPv6 has it; an IPv4 address is the one that is mapped to it, ::ffff:A.B.C.D.
 using NetworkAddress = std::array<unsigned char, 16>;
@@ -28,4 +28,4 @@ std::vector<Network> ParseNetworks(const std::vector<std::string>& texts);
 
 bool Contain(const std::vector<Network>& networks, const NetworkAddress& address);
 
-} // namespace Services::Modbus
+} // namespace Services::Common

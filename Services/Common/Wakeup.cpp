@@ -1,0 +1,32 @@
+#include "Services/Common/Wakeup.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include "Vor/Exception.h"
+
+namespace Services::Common {
+
+Wakeup::Wakeup()
+    : descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (descriptor < 0) {
+        Vor::Throw(yERROR, "there are too many open files");
+    }
+}
+
+Wakeup::~Wakeup() {
+    close(descriptor);
+}
+
+// An error says that the counter is full, so it is set.
+void Wakeup::Set() {
+    eventfd_write(descriptor, 1);
+}
+
+// An error says that the counter is empty.
+void Wakeup::Clear() {
+    eventfd_t count = 0;
+    eventfd_read(descriptor, &count);
+}
+
+} // namespace Services::Common
