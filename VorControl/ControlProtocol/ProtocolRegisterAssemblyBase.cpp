@@ -374,23 +374,15 @@ void ProtocolRegisterAssemblyBase::ShiftRegisterAddresses(Blocks::iterator from,
         if (previousEnd < block.OutputId()) {
             return;
         }
-        block.SetOutputId(static_cast<unsigned short>(previousEnd + 1));
+        blockIndex.Change(position, [&] { block.SetOutputId(static_cast<unsigned short>(previousEnd + 1)); });
         previousEnd = block.EndAddress();
     }
 }
 
-bool ProtocolRegisterAssemblyBase::hasGap(Blocks::const_iterator from, unsigned short start, unsigned short end) const {
+bool ProtocolRegisterAssemblyBase::hasGap(Blocks::const_iterator from, unsigned short start, unsigned short end) {
     const int needed = ((end + 1 - start) & 0xFFFF) + UsedRegistersCount(from);
     const int available = (attributes.outputIdMax.Get() + 1 - start) & 0xFFFF;
     return needed <= available;
-}
-
-unsigned short ProtocolRegisterAssemblyBase::UsedRegistersCount(Blocks::const_iterator from) const {
-    unsigned short used = 0;
-    for (; from != addedBlocks.end(); ++from) {
-        used = static_cast<unsigned short>(used + (*from)->RegisterCount());
-    }
-    return used;
 }
 
 } // namespace VorControl::ControlProtocol

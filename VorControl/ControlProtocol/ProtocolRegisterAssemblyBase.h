@@ -83,9 +83,9 @@ private:
     void ShiftRegisterAddresses(Blocks::iterator from, unsigned short start, unsigned short end,
                                 unsigned short ignoreOutputId);
     /// Whether the range and all blocks from the given one on fit into the address space when packed.
-    bool hasGap(Blocks::const_iterator from, unsigned short start, unsigned short end) const;
+    bool hasGap(Blocks::const_iterator from, unsigned short start, unsigned short end);
     /// Registers of all blocks from the given one on, in 16 bits.
-    unsigned short UsedRegistersCount(Blocks::const_iterator from) const;
+    unsigned short UsedRegistersCount(Blocks::const_iterator from) { return blockIndex.RegistersFrom(from); }
 
     std::uint32_t UpdateBlockProperties(Blocks::iterator position, const UpdateBlockParams& params);
     /// Gives a block its place. True when others were shifted to make room.
@@ -94,7 +94,7 @@ private:
     /// Out of the list and of the count of its type; gives the next one.
     Blocks::iterator TakeOut(Blocks::iterator position);
     /// Throws unless all blocks have room from there on, one behind the other.
-    unsigned short FirstCompactedId(unsigned short start) const;
+    unsigned short FirstCompactedId(unsigned short start);
 
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes;
     Blocks addedBlocks;

@@ -100,11 +100,13 @@ bool ProtocolRegisterAssemblyBase::PlaceBlock(Blocks::iterator position, unsigne
         end = static_cast<unsigned short>(last);
     }
     const auto [next, shifted] = GetInsertPosition(id, end, autoShift, block.OutputId());
-    block.SetOutputId(id);
-    block.SetRegisterCount(count);
-    if (next != position && next != std::next(position)) {
-        addedBlocks.splice(next, addedBlocks, position);
-    }
+    blockIndex.Change(position, [&, before = next] {
+        block.SetOutputId(id);
+        block.SetRegisterCount(count);
+        if (before != position && before != std::next(position)) {
+            addedBlocks.splice(before, addedBlocks, position);
+        }
+    });
     return shifted;
 }
 
@@ -177,7 +179,7 @@ std::uint32_t ProtocolRegisterAssemblyBase::Compact(const Vor::Params::Group& gr
     return 0;
 }
 
-unsigned short ProtocolRegisterAssemblyBase::FirstCompactedId(unsigned short start) const {
+unsigned short ProtocolRegisterAssemblyBase::FirstCompactedId(unsigned short start) {
     const unsigned short min = attributes.outputIdMin.Get();
     const unsigned short max = attributes.outputIdMax.Get();
     if (start == noneGiven) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace VorControl::ControlProtocol {
 
@@ -12,7 +13,7 @@ RegisterBlockIndex::RegisterBlockIndex(Blocks& blocks)
     , changed(std::make_shared<std::atomic<bool>>(false)) {}
 
 RegisterBlockIndex::Blocks::iterator RegisterBlockIndex::WalkStart(unsigned short start, unsigned short end) {
-    if (end < start || !IsSearchable()) {
+    if (!IsSearchable() || end < start) {
         return blocks.begin();
     }
     const auto next = byOutputId.upper_bound(start);
@@ -26,11 +27,30 @@ RegisterBlockIndex::Blocks::iterator RegisterBlockIndex::WalkStart(unsigned shor
 }
 
 RegisterBlockIndex::Blocks::iterator RegisterBlockIndex::Find(unsigned short outputId) {
-    if (IsSearchable()) {
-        const auto found = byOutputId.find(outputId);
-        return found == byOutputId.end() ? blocks.end() : found->second;
+    if (!IsSearchable()) {
+        return std::find_if(blocks.begin(), blocks.end(),
+                            [&](const auto& block) { return block->OutputId() == outputId; });
     }
-    return std::find_if(blocks.begin(), blocks.end(), [&](const auto& block) { return block->OutputId() == outputId; });
+    const auto found = byOutputId.find(outputId);
+    return found == byOutputId.end() ? blocks.end() : found->second;
+}
+
+unsigned short RegisterBlockIndex::RegistersFrom(Blocks::const_iterator from) {
+    // The first time, one walk costs less than the sums of all blocks.
+    if (from != blocks.end() && std::exchange(sumAsked, true) && IsSearchable()) {
+        if (!sums.has_value()) {
+            sums.emplace();
+            for (const auto& block : blocks) {
+                sums->Add(block->OutputId(), block->RegisterCount());
+            }
+        }
+        return sums->From((*from)->OutputId());
+    }
+    unsigned short used = 0;
+    for (; from != blocks.end(); ++from) {
+        used = static_cast<unsigned short>(used + (*from)->RegisterCount());
+    }
+    return used;
 }
 
 void RegisterBlockIndex::Watch(ProtocolRegisterBlock& block) {
@@ -39,52 +59,57 @@ void RegisterBlockIndex::Watch(ProtocolRegisterBlock& block) {
 }
 
 void RegisterBlockIndex::Added(Blocks::iterator position) {
-    if (stale || !fits || changed->load(std::memory_order_relaxed)) {
-        return;
+    if (IsUpToDate()) {
+        unsettled.push_back(position);
     }
-    stale = true;
-    const auto next = std::next(position);
-    fits = Fits(position) && (next == blocks.end() || Fits(next));
-    if (fits) {
-        byOutputId.emplace((*position)->OutputId(), position);
-    } else {
-        byOutputId.clear();
-    }
-    stale = false;
 }
 
 void RegisterBlockIndex::Removing(Blocks::iterator position) {
-    const auto found = byOutputId.find((*position)->OutputId());
-    if (found != byOutputId.end() && found->second == position) {
-        byOutputId.erase(found);
+    if (IsUpToDate()) {
+        Settle();
+    }
+    if (IsUpToDate()) {
+        Erase(position);
     } else {
-        stale = true;
-        byOutputId.clear();
+        Invalidate();
     }
 }
 
 void RegisterBlockIndex::Cleared() {
-    byOutputId.clear();
+    Invalidate();
     changed = std::make_shared<std::atomic<bool>>(false);
     stale = false;
     fits = true;
 }
 
+bool RegisterBlockIndex::IsUpToDate() const {
+    return fits && !stale && !changed->load(std::memory_order_relaxed);
+}
+
 bool RegisterBlockIndex::IsSearchable() {
     if (changed->exchange(false, std::memory_order_relaxed)) {
         // One walk costs less than sorting the blocks anew, so that waits for the next one.
-        stale = true;
-        byOutputId.clear();
+        Invalidate();
         return false;
     }
     if (stale) {
         Rebuild();
+    } else if (!unsettled.empty()) {
+        Settle();
     }
     return fits;
 }
 
-void RegisterBlockIndex::Rebuild() {
+void RegisterBlockIndex::Invalidate() {
+    stale = true;
     byOutputId.clear();
+    unsettled.clear();
+    sumAsked = false;
+    sums.reset();
+}
+
+void RegisterBlockIndex::Rebuild() {
+    Invalidate();
     fits = true;
     for (auto position = blocks.begin(); fits && position != blocks.end(); ++position) {
         fits = Fits(position);
@@ -95,6 +120,51 @@ void RegisterBlockIndex::Rebuild() {
         }
     }
     stale = false;
+}
+
+void RegisterBlockIndex::Settle() {
+    stale = true;
+    const auto fitsWithNext = [this](Blocks::iterator position) {
+        const auto next = std::next(position);
+        return Fits(position) && (next == blocks.end() || Fits(next));
+    };
+    fits = std::all_of(unsettled.begin(), unsettled.end(), fitsWithNext);
+    if (!fits) {
+        Invalidate();
+    }
+    for (const auto& position : unsettled) {
+        byOutputId.emplace((*position)->OutputId(), position);
+        if (sums.has_value()) {
+            sums->Add((*position)->OutputId(), (*position)->RegisterCount());
+        }
+    }
+    unsettled.clear();
+    stale = false;
+}
+
+bool RegisterBlockIndex::Forget(Blocks::iterator position) {
+    constexpr std::size_t fewest = 8;
+    if (!IsUpToDate() || unsettled.size() > fewest + byOutputId.size() / 8) {
+        // When many blocks move, sorting all of them anew costs less.
+        Invalidate();
+        return false;
+    }
+    stale = true;
+    Erase(position);
+    unsettled.push_back(position);
+    return true;
+}
+
+void RegisterBlockIndex::Follow() {
+    changed->store(false, std::memory_order_relaxed);
+    stale = false;
+}
+
+void RegisterBlockIndex::Erase(Blocks::iterator position) {
+    byOutputId.erase((*position)->OutputId());
+    if (sums.has_value()) {
+        sums->Subtract((*position)->OutputId(), (*position)->RegisterCount());
+    }
 }
 
 bool RegisterBlockIndex::Fits(Blocks::iterator position) const {

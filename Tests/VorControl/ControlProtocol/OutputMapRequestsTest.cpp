@@ -2,14 +2,13 @@
 
 #include "Tests/Support/Failure.h"
 #include "Tests/VorControl/ControlProtocol/OutputMapModel.h"
+#include "Tests/VorControl/ControlProtocol/RandomRequests.h"
 #include "Tests/VorControl/ControlProtocol/TestOutputs.h"
-#include "Vor/LogOutput.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
-#include <cstdlib>
 #include <ostream>
 
 using namespace Tests;
@@ -75,9 +74,7 @@ rc::Gen<std::vector<Request>> RequestsGen(bool atTheEnd) {
         rc::gen::set(&Request::action, action), rc::gen::set(&Request::id, IdGen(atTheEnd)),
         rc::gen::set(&Request::newId, IdGen(atTheEnd)), rc::gen::set(&Request::source, SourceGen()),
         rc::gen::set(&Request::autoShift), rc::gen::set(&Request::ids, ids), rc::gen::set(&Request::sources, sources));
-    // A hundred lists of requests, whose mean length is half of this one: more than 10,000 steps, or 100,000.
-    const int longest = std::getenv("VOR_LONG_TESTS") == nullptr ? 240 : 2400;
-    return rc::gen::resize(longest, rc::gen::container<std::vector<Request>>(request));
+    return RequestListGen(request);
 }
 
 /// A map and its model, which do the same.
@@ -197,17 +194,6 @@ private:
 
     Outputs& map;
     Model model;
-};
-
-/// The many refused entries are the user's log, not this test's output.
-class SilentLog {
-public:
-    SilentLog() {
-        Vor::LogOutput::Set([](const Vor::LogRecord&) {});
-    }
-    ~SilentLog() { Vor::LogOutput::Set({}); }
-    SilentLog(const SilentLog&) = delete;
-    SilentLog& operator=(const SilentLog&) = delete;
 };
 
 template <class Model>

@@ -210,7 +210,9 @@ TEST_F(ProtocolBaseTest, WhatIsntBoundIsNotFound) {
     EXPECT_EQ(TextlessStatus([&] { service.Params(); }), yERROR_NOT_FOUND);
     EXPECT_EQ(TextlessStatus([&] { service.RegisterAssembly("a"); }), yERROR_NOT_FOUND);
     EXPECT_EQ(TextlessStatus([&] { service.RegisterAssemblyList(); }), yERROR_NOT_FOUND);
+    EXPECT_EQ(TextlessStatus([&] { service.RegisterAssemblyCommandTarget("a"); }), yERROR_NOT_FOUND);
     EXPECT_FALSE(service.HasRegisterAssemblyGroup());
+    EXPECT_FALSE(service.HasRegisterAssemblyCommandTarget());
     EXPECT_FALSE(service.HasRegisterAssembly("a"));
     EXPECT_TRUE(service.DataSourceList().empty());
 }
@@ -328,6 +330,8 @@ TEST_F(ProtocolBaseTest, ABoundButEmptyGroupCountsAsNoneButIsAsked) {
     ProtocolRegisterAssemblyGroup assemblies;
     service.Init({.registerAssemblyGroup = &assemblies});
     EXPECT_FALSE(service.HasRegisterAssemblyGroup());
+    EXPECT_FALSE(service.HasRegisterAssemblyCommandTarget());
+    EXPECT_EQ(TextlessStatus([&] { service.RegisterAssemblyCommandTarget("a"); }), yERROR_NOT_FOUND);
     EXPECT_TRUE(service.RegisterAssemblyList().empty());
     EXPECT_TRUE(service.DataSourceList().empty());
     try {
@@ -348,6 +352,8 @@ TEST_F(ProtocolBaseTest, GivesTheAssembliesOfItsGroup) {
     EXPECT_FALSE(service.HasRegisterAssembly("b"));
     EXPECT_FALSE(service.HasRegisterAssembly(nullptr));
     EXPECT_EQ(service.RegisterAssembly("a"), assembly);
+    EXPECT_TRUE(service.HasRegisterAssemblyCommandTarget());
+    EXPECT_EQ(&service.RegisterAssemblyCommandTarget("a"), &assembly->CommandTarget());
     EXPECT_EQ(service.RegisterAssemblyList(), std::vector<std::string>{"a"});
 }
 

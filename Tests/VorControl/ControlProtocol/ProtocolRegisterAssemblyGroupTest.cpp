@@ -63,15 +63,28 @@ TEST(RegisterAssemblyGroup, FailedLookupsTellWhy) {
     ProtocolRegisterAssemblyGroup group;
     VorGetText::GetInstance().ForgetCalls();
     EXPECT_FAILURE(group.RegisterAssembly(nullptr), yERROR_PARAMETER, "No register assembly identifier provided");
+    EXPECT_FAILURE(group.CommandTarget(nullptr), yERROR_PARAMETER, "No register assembly identifier provided");
     EXPECT_FAILURE(group.RegisterAssembly("a"), yERROR_NOT_FOUND,
+                   "No register assembly has been added to the register assembly group");
+    EXPECT_FAILURE(group.CommandTarget("a"), yERROR_NOT_FOUND,
                    "No register assembly has been added to the register assembly group");
     group.Add(Assembly("a"));
     EXPECT_FAILURE(group.RegisterAssembly("b"), yERROR_NOT_FOUND, "No register assembly with identifier b was found");
+    EXPECT_FAILURE(group.CommandTarget("b"), yERROR_NOT_FOUND, "No register assembly with identifier b was found");
     for (const char* text : {"No register assembly identifier provided",
                              "No register assembly has been added to the register assembly group",
                              "No register assembly with identifier %1$s was found"}) {
         EXPECT_TRUE(WasTranslated("com.vorlab.ctrl", text)) << text;
     }
+}
+
+TEST(RegisterAssemblyGroup, CommandTargetIsThatOfTheAssembly) {
+    ProtocolRegisterAssemblyGroup group;
+    group.Add(Assembly("a"));
+    const auto assembly = Assembly("b");
+    group.Add(assembly);
+    EXPECT_EQ(&group.CommandTarget("b"), &assembly->CommandTarget());
+    EXPECT_NE(&group.CommandTarget("a"), &assembly->CommandTarget());
 }
 
 TEST(RegisterAssemblyGroup, DisplayNameOfAnUnknownIdIsEmpty) {

@@ -1,8 +1,11 @@
 #include "Tests/Support/Translations.h"
 #include "Vor/JsonSerializer.h"
 #include "VorControl/ControlProtocol/AddBlockParams.h"
+#include "VorControl/ControlProtocol/CompactBlocksParams.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyAttributes.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyProperties.h"
+#include "VorControl/ControlProtocol/RemoveBlockParams.h"
+#include "VorControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -62,6 +65,64 @@ TEST(RegisterAssemblyDocuments, AddRequest) {
     EXPECT_EQ(params.blocks.At(0).type.Get(), "a");
     EXPECT_EQ(params.blocks.At(0).outputId.Get(), 3);
     EXPECT_EQ(params.blocks.At(0).registerCount.Get(), 65535);
+}
+
+TEST(RegisterAssemblyDocuments, RemoveRequest) {
+    VorGetText::GetInstance().ForgetCalls();
+    const RegisterBlockIdParams block;
+    EXPECT_EQ(JsonSerializer::Serialize(block), (json{{"outputId", 65535}}));
+    ExpectFields(block, {{"outputId", "Output Id"}}, json());
+    RemoveBlockParams params;
+    EXPECT_EQ(JsonSerializer::Serialize(params), (json{{"outputIdList", json::array()}}));
+    ExpectFields(params, {{"outputIdList", "Output Id List"}}, json());
+    JsonSerializer::Deserialize(params, json::parse(R"({"outputIdList":[{"outputId":3},{}]})"));
+    ASSERT_EQ(params.outputIdList.Count(), 2U);
+    EXPECT_EQ(params.outputIdList.At(0).outputId.Get(), 3);
+    EXPECT_EQ(params.outputIdList.At(1).outputId.Get(), 65535);
+}
+
+TEST(RegisterAssemblyDocuments, NewValuesOfAnUpdate) {
+    VorGetText::GetInstance().ForgetCalls();
+    const json unchanged = {{"dataSource", ""}, {"displayName", ""}, {"outputId", 65535}, {"registerCount", 65535}};
+    UpdateBlockNewParams params;
+    EXPECT_EQ(JsonSerializer::Serialize(params), unchanged);
+    ExpectFields(params,
+                 {{"dataSource", "Data Source"},
+                  {"displayName", "Display Name"},
+                  {"outputId", "Output Id"},
+                  {"registerCount", "Register Count"}},
+                 json());
+    JsonSerializer::Deserialize(params,
+                                json::parse(R"({"dataSource":"a","displayName":"b","outputId":1,"registerCount":2})"));
+    EXPECT_NE(JsonSerializer::Serialize(params), unchanged);
+    params.Reset();
+    EXPECT_EQ(JsonSerializer::Serialize(params), unchanged);
+}
+
+TEST(RegisterAssemblyDocuments, UpdateRequest) {
+    VorGetText::GetInstance().ForgetCalls();
+    UpdateBlockParams params;
+    EXPECT_EQ(JsonSerializer::Serialize(params),
+              (json{{"outputId", 65535},
+                    {"autoShift", false},
+                    {"newParams",
+                     {{"dataSource", ""}, {"displayName", ""}, {"outputId", 65535}, {"registerCount", 65535}}}}));
+    ExpectFields(params,
+                 {{"outputId", "Output Id"},
+                  {"autoShift", "Auto Shift Blocks On Output id Overlap"},
+                  {"newParams", "New Parameters For Output Id"}},
+                 json());
+    JsonSerializer::Deserialize(params, json::parse(R"({"outputId":3,"newParams":{"outputId":4}})"));
+    EXPECT_EQ(params.outputId.Get(), 3);
+    EXPECT_EQ(params.newParams.outputId.Get(), 4);
+    EXPECT_EQ(params.newParams.registerCount.Get(), 65535);
+}
+
+TEST(RegisterAssemblyDocuments, CompactRequest) {
+    VorGetText::GetInstance().ForgetCalls();
+    const CompactBlocksParams params;
+    EXPECT_EQ(JsonSerializer::Serialize(params), (json{{"startingOutputId", 65535}}));
+    ExpectFields(params, {{"startingOutputId", "Starting Output Id"}}, json());
 }
 
 TEST(RegisterAssemblyDocuments, Attributes) {

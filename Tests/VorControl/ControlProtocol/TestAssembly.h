@@ -2,7 +2,10 @@
 
 #include "Tests/VorControl/ControlProtocol/TestBlocks.h"
 #include "VorControl/ControlProtocol/AddBlockParams.h"
+#include "VorControl/ControlProtocol/CompactBlocksParams.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "VorControl/ControlProtocol/RemoveBlockParams.h"
+#include "VorControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <optional>
 #include <utility>
@@ -12,6 +15,14 @@ namespace Tests {
 /// One entry of an add request; what isn't given stays as the document has it.
 struct Entry {
     std::string type;
+    std::optional<unsigned short> outputId = std::nullopt;
+    std::optional<unsigned short> registerCount = std::nullopt;
+    std::string dataSource = std::string();
+    std::string displayName = std::string();
+};
+
+/// What an update request changes; what isn't given stays as the document has it.
+struct Change {
     std::optional<unsigned short> outputId = std::nullopt;
     std::optional<unsigned short> registerCount = std::nullopt;
     std::string dataSource = std::string();
@@ -65,6 +76,31 @@ public:
             params.registerCount = entry.registerCount.value_or(65535);
         }
         return Add(request);
+    }
+
+    std::uint32_t UpdateOne(unsigned short outputId, const Change& change, bool autoShift = false) {
+        UpdateBlockParams request;
+        request.outputId = outputId;
+        request.autoShift = autoShift;
+        request.newParams.outputId = change.outputId.value_or(65535);
+        request.newParams.registerCount = change.registerCount.value_or(65535);
+        request.newParams.dataSource = change.dataSource;
+        request.newParams.displayName = change.displayName;
+        return Update(request);
+    }
+
+    std::uint32_t RemoveIds(const std::vector<unsigned short>& outputIds) {
+        RemoveBlockParams request;
+        for (const unsigned short id : outputIds) {
+            request.outputIdList.Emplace().outputId = id;
+        }
+        return Remove(request);
+    }
+
+    std::uint32_t CompactFrom(unsigned short startingOutputId) {
+        CompactBlocksParams request;
+        request.startingOutputId = startingOutputId;
+        return Compact(request);
     }
 
     std::vector<Placed> Places() const {

@@ -1,0 +1,298 @@
+#pragma once
+
+#include "yApi/yStatus.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Tests {
+
+struct ModelType {
+    std::string name;
+    int registers = 1;
+    bool isSizable = false;
+    bool hasSource = false;
+    int least = 0;
+    int most = 65534;
+};
+
+struct ModelBlock {
+    std::string type;
+    int id = 0;
+    int count = 0;
+    std::string source;
+    std::string name;
+    bool operator==(const ModelBlock&) const = default;
+};
+
+/// What an assembly is told to do: lists that are walked from the front, each time. An operation gives the status that
+/// the assembly's one throws, or yOK, and its result code. 65535 is "none given".
+class RegisterAssemblyModel {
+public:
+    using Blocks = std::vector<ModelBlock>;
+    using Outcome = std::pair<yStatus, int>;
+    static constexpr int none = 65535;
+
+    RegisterAssemblyModel(bool isGlobal, int least, int most, std::vector<ModelType> types)
+        : isGlobal(isGlobal)
+        , least(least)
+        , most(most)
+        , types(std::move(types)) {}
+
+    Blocks blocks;
+    bool hasNoChoiceOfId = false;
+
+    int End(const ModelBlock& block) const { return isGlobal ? (block.id + block.count - 1) & 0xFFFF : block.id; }
+
+    int Instances(const std::string& type) const {
+        return static_cast<int>(
+            std::count_if(blocks.begin(), blocks.end(), [&](const auto& block) { return block.type == type; }));
+    }
+
+    /// Fills in what the entries leave open.
+    Outcome Add(Blocks& entries, bool autoShift) {
+        std::size_t added = 0;
+        int code = 0;
+        for (auto& entry : entries) {
+            added += AddOne(entry, autoShift, code) ? 1U : 0U;
+        }
+        return {added == entries.size() ? yOK : yERROR, code};
+    }
+
+    Outcome Update(int id, const ModelBlock& change, bool autoShift) {
+        const std::size_t at = id == none ? blocks.size() : Find(id);
+        if (at == blocks.size()) {
+            return {id == none ? yERROR_PARAMETER : yERROR_NOT_FOUND, 0};
+        }
+        ModelBlock changed = blocks[at];
+        const auto& type = *TypeOf(changed.type);
+        int code = 0;
+        if (change.count != none && change.count != changed.count) {
+            if (isGlobal && !type.isSizable) {
+                return {yERROR_PARAMETER, 0};
+            }
+            code = isGlobal ? 0 : 2;
+            changed.count = isGlobal ? change.count : changed.count;
+        }
+        changed.id = change.id == none ? changed.id : change.id;
+        if (changed.id != blocks[at].id || changed.count != blocks[at].count) {
+            if (isGlobal && !IsInRange(changed.id, changed.count)) {
+                return {yERROR_PARAMETER, 0};
+            }
+            std::size_t before = 0;
+            bool shifted = false;
+            if (const auto status = MakeRoom(changed.id, End(changed), autoShift, id, before, shifted); status != yOK) {
+                return {status, 0};
+            }
+            code = code == 0 && shifted ? 1 : code;
+            blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(at));
+            at < before ? --before : before;
+            blocks.insert(blocks.begin() + static_cast<std::ptrdiff_t>(before), changed);
+            return {yOK, Rename(blocks[before], change, code)};
+        }
+        return {yOK, Rename(blocks[at], change, code)};
+    }
+
+    Outcome Remove(const std::vector<int>& ids) {
+        std::size_t removed = 0;
+        for (const int id : ids) {
+            const std::size_t at = id == none ? blocks.size() : Find(id);
+            if (at != blocks.size() && !IsDemanded(blocks[at])) {
+                blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(at));
+                ++removed;
+            }
+        }
+        return {removed == 0 && !ids.empty() ? yERROR_NOT_FOUND : yOK, 0};
+    }
+
+    void RemoveAll() {
+        for (std::size_t i = 0; i < blocks.size();) {
+            if (IsDemanded(blocks[i])) {
+                ++i;
+            } else {
+                blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(i));
+            }
+        }
+    }
+
+    Outcome Compact(int start) {
+        int next = isGlobal ? least : 0;
+        if (start != none) {
+            const int room = isGlobal ? most - start + 1 : 65535 - start;
+            if (isGlobal && !IsInRange(start, 1)) {
+                return {yERROR_PARAMETER, 0};
+            }
+            if ((isGlobal ? Registers(0) : static_cast<int>(blocks.size())) > room) {
+                return {yERROR_FULL, 0};
+            }
+            next = start;
+        }
+        for (auto& block : blocks) {
+            block.id = next;
+            next = (End(block) + 1) & 0xFFFF;
+        }
+        return {yOK, 0};
+    }
+
+    yStatus Copy(const RegisterAssemblyModel& other) {
+        const Blocks all = &other == this ? Blocks() : other.blocks;
+        blocks.clear();
+        for (const auto& block : all) {
+            if (TypeOf(block.type) != nullptr) {
+                Blocks entries{{block.type, none, none, block.source, block.name}};
+                if (Add(entries, true).first != yOK) {
+                    return yERROR;
+                }
+            }
+        }
+        return yOK;
+    }
+
+    std::vector<std::string> Sources() const {
+        std::vector<std::string> sources;
+        for (const auto& block : blocks) {
+            if (TypeOf(block.type)->hasSource) {
+                sources.push_back(block.source);
+            }
+        }
+        return sources;
+    }
+
+    /// The place in the list of the first block of each source.
+    std::map<std::string, std::size_t> PlacesOfSources() const {
+        std::map<std::string, std::size_t> places;
+        for (std::size_t i = blocks.size(); i-- > 0;) {
+            if (TypeOf(blocks[i].type)->hasSource) {
+                places[blocks[i].source] = i;
+            }
+        }
+        return places;
+    }
+
+    /// Whether each block begins behind the end of the one before it, and the range holds all.
+    bool IsInOrder() const {
+        int previousEnd = isGlobal ? least - 1 : -1;
+        for (const auto& block : blocks) {
+            if (block.id <= previousEnd || End(block) < block.id) {
+                return false;
+            }
+            previousEnd = End(block);
+        }
+        return previousEnd <= (isGlobal ? most : none - 1);
+    }
+
+private:
+    const ModelType* TypeOf(const std::string& name) const {
+        const auto found =
+            std::find_if(types.begin(), types.end(), [&](const auto& type) { return type.name == name; });
+        return found == types.end() ? nullptr : &*found;
+    }
+
+    std::size_t Find(int id) const {
+        std::size_t at = 0;
+        while (at < blocks.size() && blocks[at].id != id) {
+            ++at;
+        }
+        return at;
+    }
+
+    bool IsDemanded(const ModelBlock& block) const { return Instances(block.type) <= TypeOf(block.type)->least; }
+
+    bool IsInRange(int id, int count) const { return id <= most && id + count - 1 <= most && id >= least; }
+
+    int Registers(std::size_t from) const {
+        int used = 0;
+        for (std::size_t i = from; i < blocks.size(); ++i) {
+            used = (used + blocks[i].count) & 0xFFFF;
+        }
+        return used;
+    }
+
+    bool AddOne(ModelBlock& entry, bool autoShift, int& code) {
+        const auto* const type = TypeOf(entry.type);
+        if (type == nullptr || Instances(entry.type) >= type->most || (type->hasSource && entry.source.empty())) {
+            return false;
+        }
+        entry.name = entry.name.empty() ? entry.type + " name" : entry.name;
+        if (entry.count == none) {
+            entry.count = type->registers;
+        } else if (!type->isSizable && entry.count != type->registers) {
+            entry.count = type->registers;
+            code = code == 0 ? 2 : code;
+        }
+        if (entry.id == none) {
+            entry.id = !blocks.empty() ? (End(blocks.back()) + 1) & 0xFFFF : isGlobal ? least : 0;
+        }
+        std::size_t before = 0;
+        bool shifted = false;
+        if ((isGlobal && !IsInRange(entry.id, type->registers)) ||
+            MakeRoom(entry.id, End(entry), autoShift, none, before, shifted) != yOK) {
+            return false;
+        }
+        code = code == 0 && shifted ? 1 : code;
+        ModelBlock block = entry;
+        block.source = type->hasSource ? block.source : "";
+        blocks.insert(blocks.begin() + static_cast<std::ptrdiff_t>(before), block);
+        hasNoChoiceOfId =
+            hasNoChoiceOfId || (isGlobal ? most - least + 1 == entry.count : types.size() == 1 && type->most == 1);
+        return true;
+    }
+
+    bool Overlaps(int start, int end, const ModelBlock& block) const {
+        const int last = End(block);
+        return (block.id <= start && start <= last) || (block.id <= end && end <= last) ||
+               (start <= block.id && end >= last);
+    }
+
+    yStatus MakeRoom(int start, int end, bool autoShift, int ignoredId, std::size_t& before, bool& shifted) {
+        for (before = 0; before < blocks.size(); ++before) {
+            const auto& block = blocks[before];
+            if (block.id == ignoredId) {
+                continue;
+            }
+            if (Overlaps(start, end, block)) {
+                shifted = true;
+                return autoShift ? Shift(before, start, end, ignoredId) : yERROR_CONFLICT;
+            }
+            if (end < block.id) {
+                break;
+            }
+        }
+        return yOK;
+    }
+
+    yStatus Shift(std::size_t from, int start, int end, int ignoredId) {
+        if (isGlobal && ((end + 1 - start) & 0xFFFF) + Registers(from) > ((most + 1 - start) & 0xFFFF)) {
+            return yERROR_FULL;
+        }
+        int previousEnd = end;
+        for (std::size_t i = from; i < blocks.size(); ++i) {
+            if (blocks[i].id == ignoredId) {
+                continue;
+            }
+            if (previousEnd < blocks[i].id) {
+                break;
+            }
+            blocks[i].id = (previousEnd + 1) & 0xFFFF;
+            previousEnd = End(blocks[i]);
+        }
+        return yOK;
+    }
+
+    int Rename(ModelBlock& block, const ModelBlock& change, int code) const {
+        block.name = change.name.empty() ? block.name : change.name;
+        block.source = change.source.empty() || !TypeOf(block.type)->hasSource ? block.source : change.source;
+        return code;
+    }
+
+    bool isGlobal;
+    int least;
+    int most;
+    std::vector<ModelType> types;
+};
+
+} // namespace Tests
