@@ -2,6 +2,7 @@
 
 #include "Sensor/VirtualSensor.h"
 #include "Vor/Exception.h"
+#include "Vor/Format.h"
 #include "Vor/Logging.h"
 #include "VorControl/Control/ControlCreateException.h"
 #include "VorControl/Control/ControlPlugin.h"
@@ -107,8 +108,8 @@ std::vector<std::string> ServiceHost::TakenTypeNames() const {
         for (const std::string& name : TypeNames(plugins.At(index))) {
             const auto [owner, added] = owners.emplace(name, path);
             if (!added) {
-                sentences.push_back("Service " + name + " of " + path + " is left out: the type name is taken by " +
-                                    owner->second);
+                sentences.push_back(Vor::Format("Service %s of %s is left out: the type name is taken by %s", name,
+                                                path, owner->second));
             }
         }
     }

@@ -6,15 +6,14 @@
 
 namespace VorPipe {
 
-void PipeManager::Add(PipeOutput output) {
-    const std::string name = output.name;
+void PipeManager::Add(const PipeOutput& output) {
     {
         const std::lock_guard guard(mutex);
-        if (!outputs.try_emplace(name, std::move(output)).second) {
-            Vor::Throw(yERROR_ALREADY_EXISTS, "There is a data source '%s' already.", name);
+        if (!outputs.try_emplace(output.name, output).second) {
+            Vor::Throw(yERROR_ALREADY_EXISTS, "There is a data source '%s' already.", output.name);
         }
     }
-    created.Raise(name);
+    created.Raise(output.name);
 }
 
 void PipeManager::Update(PipeOutput output) {
@@ -28,18 +27,17 @@ void PipeManager::Update(PipeOutput output) {
 }
 
 void PipeManager::Remove(const std::string& name) {
-    const std::string removed = name;
     {
         const std::lock_guard guard(mutex);
-        Find(removed);
+        Find(name);
     }
     try {
-        deleted.Raise(removed);
+        deleted.Raise(name);
     } catch (...) {
-        Forget(removed);
+        Forget(name);
         throw;
     }
-    Forget(removed);
+    Forget(name);
 }
 
 void PipeManager::Forget(const std::string& name) {

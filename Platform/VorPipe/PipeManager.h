@@ -16,7 +16,7 @@ namespace VorPipe {
 class PipeManager {
 public:
     /// Raises the created event. Throws yERROR_ALREADY_EXISTS.
-    void Add(PipeOutput output);
+    void Add(const PipeOutput& output);
     /// Raises the updated event. Throws yERROR_NOT_FOUND.
     void Update(PipeOutput output);
     /// Raises the deleted event while the output is still known, then forgets it. Throws yERROR_NOT_FOUND.

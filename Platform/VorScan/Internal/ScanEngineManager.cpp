@@ -16,6 +16,7 @@ void ScanEngineManager::Add(std::unique_ptr<ScanEngineInstance> engine) {
 
 std::vector<std::string> ScanEngineManager::List() const {
     std::vector<std::string> ids;
+    ids.reserve(engines.size());
     for (const auto& engine : engines) {
         ids.push_back(engine->Id());
     }
