@@ -1,12 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <vector>
 
+#include "Services/Common/TcpServerParams.h"
 #include "Services/Modbus/ModbusServer.h"
 #include "VorApi/Params/Enum.h"
-#include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
 
 namespace Services::Modbus {
@@ -14,7 +12,7 @@ namespace Services::Modbus {
 // Of values of more than one register: which of their registers comes first.
 enum class ByteOrder : std::int32_t { Big = 0, Little = 1 };
 
-class ModbusParams : public Vor::Params::Group {
+class ModbusParams : public Common::TcpServerParams {
 public:
     ModbusParams();
 
@@ -27,15 +25,8 @@ public:
 
     bool IsBigEndian() const { return byteOrder.Get() == ByteOrder::Big; }
 
-    Vor::Params::Value<std::string> address;
-    Vor::Params::Value<unsigned short> port;
     Vor::Params::Value<unsigned short> unitId;
     Vor::Params::Enum<ByteOrder> byteOrder;
-    Vor::Params::Value<unsigned int> maxConnections;
-    Vor::Params::Value<unsigned int> idleTimeout;
-    // Lists of networks, see Network::Parse.
-    Vor::Params::Value<std::vector<std::string>> readNetworks;
-    Vor::Params::Value<std::vector<std::string>> writeNetworks;
 };
 
 } // namespace Services::Modbus

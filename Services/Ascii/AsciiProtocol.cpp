@@ -1,0 +1,313 @@
+#include "Services/Ascii/AsciiProtocol.h"
+
+#include <set>
+
+#include "Services/Common/PropertiesLock.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/AssemblyLock.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
+#include "yApi/yArrayList.h"
+
+namespace Services::Ascii {
+
+using VorControl::IControlHost;
+using namespace VorControl::ControlProtocol;
+
+namespace {
+
+constexpr unsigned short FirstNumber = 0;
+constexpr unsigned short LastNumber = 65534;
+constexpr unsigned short MaxNames = 65535;
+
+std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
+    auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
+        false, FirstNumber, LastNumber, "registerAssembly-0",
+        IProtocolRegisterAssembly::DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
+    assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementValueAndDecisionRegisterBlockInfo>());
+    assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementValueRegisterBlockInfo>());
+    assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementDecisionRegisterBlockInfo>());
+    assembly->AddSupportedBlockType(std::make_unique<DefaultStampRegisterBlockInfo>());
+    assembly->AddSupportedBlockType(std::make_unique<DefaultStringRegisterBlockInfo>(1));
+    return assembly;
+}
+
+ValueKind KindOf(const std::string& type) {
+    if (type == "Measurement") {
+        return ValueKind::Measurement;
+    }
+    if (type == "MeasurementValue") {
+        return ValueKind::Value;
+    }
+    if (type == "MeasurementDecision") {
+        return ValueKind::Decision;
+    }
+    return type == "Stamp" ? ValueKind::Stamp : ValueKind::Text;
+}
+
+// The lock of an output map for a scope.
+class MapLock {
+public:
+    explicit MapLock(IProtocolOutput& map)
+        : map(map) {
+        map.BeginLock();
+    }
+    ~MapLock() {
+        try {
+            map.EndLock();
+        } catch (const std::exception& e) {
+            Vor::LogError("Exception thrown in destructor");
+            Vor::Exception::LogException(e);
+            Vor::Exception::LogBackTrace(e);
+        }
+    }
+    MapLock(const MapLock&) = delete;
+    MapLock& operator=(const MapLock&) = delete;
+
+private:
+    IProtocolOutput& map;
+};
+
+} // namespace
+
+AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
+    : ProtocolBase(environ)
+    , params(std::make_shared<AsciiParams>())
+    , assembly(MakeAssembly())
+    , assemblies(std::make_shared<ProtocolRegisterAssemblyGroup>())
+    , map(std::make_shared<TextIdStandardProtocolOutputMap>(MaxNames))
+    , provider(std::make_shared<VorControl::Providers::ControlPersistenceProvider>(*this)) {
+    assemblies->Add(assembly);
+    Init({.nonPersistentProperties = &properties,
+          .params = params.get(),
+          .outputs = map.get(),
+          .outputsCommandTarget = &map->CommandTarget(),
+          .registerAssemblyGroup = assemblies.get()});
+    provider->RegisterParams(PersistDomain::Job);
+    provider->RegisterOutputsMap(PersistDomain::Job);
+    provider->RegisterRegisterAssemblyGroup(PersistDomain::Job);
+}
+
+AsciiProtocol::~AsciiProtocol() {
+    server.reset();
+    try {
+        StopOperationEndEvents();
+    } catch (const std::exception& e) {
+        Vor::LogError("Exception thrown in destructor");
+        Vor::Exception::LogException(e);
+        Vor::Exception::LogBackTrace(e);
+    }
+}
+
+void AsciiProtocol::Start() {
+    UpdateProtocolStatus(ProtocolStatus::Starting);
+    try {
+        Close();
+        Open();
+    } catch (const std::exception& e) {
+        server.reset();
+        Show("", e.what());
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Running);
+}
+
+void AsciiProtocol::Stop() {
+    UpdateProtocolStatus(ProtocolStatus::Stopping);
+    try {
+        Close();
+    } catch (const std::exception& e) {
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStop);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Stopped);
+}
+
+void AsciiProtocol::Open() {
+    const AsciiSettings settings = params->Settings();
+    outputs.SetFormat(settings.format);
+    ShowOutputs();
+    counters.Reset();
+    ISensor& sensor = *this;
+    server = std::make_unique<AsciiServer>(outputs, sensor, counters, wakeup, settings);
+    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+    GetControlHost().SetScanResultsFiltering(Id(), true);
+    SetForwardScanResultsToProtocol(true);
+    Show(server->Url(), "");
+    SetIsRunning(true);
+}
+
+void AsciiProtocol::Close() {
+    if (!IsRunning()) {
+        return;
+    }
+    SetIsRunning(false);
+    server.reset();
+    outputs.Reset();
+    Show("", "");
+    SetForwardScanResultsToProtocol(false);
+}
+
+void AsciiProtocol::Show(const std::string& address, const std::string& failure) {
+    const Common::PropertiesLock lock(*this);
+    properties.address = address;
+    properties.failure = failure;
+}
+
+void AsciiProtocol::ParamsReset() {
+    params->Reset();
+}
+
+void AsciiProtocol::ParamsUpdate() {
+    if (!IsRunning()) {
+        return;
+    }
+    const AsciiSettings settings = params->Settings();
+    try {
+        server->Update(settings);
+    } catch (const std::exception& e) {
+        if (server->IsListening()) {
+            Show(server->Url(), e.what());
+            throw;
+        }
+        Close();
+        Show("", e.what());
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
+    }
+    outputs.SetFormat(settings.format);
+    Show(server->Url(), "");
+}
+
+void AsciiProtocol::OutputsUpdate() {
+    ShowOutputs();
+    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+}
+
+void AsciiProtocol::ConfigureDefaultRegisterAssembly() {
+    assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+    ShowOutputsSoon();
+    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+}
+
+void AsciiProtocol::RegisterAssemblyUpdate(const char*) {
+    ShowOutputs();
+}
+
+void AsciiProtocol::ShowOutputs() {
+    outputsChanging = false;
+    outputs.Replace(Definitions());
+}
+
+void AsciiProtocol::ShowOutputsSoon() {
+    if (!IsRunning()) {
+        ShowOutputs();
+        return;
+    }
+    outputsChanging = true;
+    mainLoop.Run([this] {
+        if (outputsChanging) {
+            ShowOutputs();
+        }
+    });
+}
+
+std::vector<OutputDefinition> AsciiProtocol::Definitions() const {
+    std::vector<OutputDefinition> definitions;
+    {
+        const AssemblyLock lock(*assembly);
+        for (const auto& block : assembly->AddedRegisterBlocks()) {
+            definitions.push_back({.id = std::to_string(block->OutputId()),
+                                   .isBlock = true,
+                                   .kind = KindOf(block->Type()),
+                                   .dataSource = block->DataSource()});
+        }
+    }
+    const MapLock lock(*map);
+    const auto& entries = map->OutputMap().map;
+    for (unsigned long i = 0; i < entries.Count(); ++i) {
+        definitions.push_back({.id = entries.At(i).outputId.Get(), .dataSource = entries.At(i).source.Get()});
+    }
+    return definitions;
+}
+
+std::vector<std::string> AsciiProtocol::DataSourceList() const {
+    std::vector<std::string> sources = assemblies->DataSourceList();
+    const std::set<std::string> known(sources.begin(), sources.end());
+    for (std::string& source : map->DataSourceList()) {
+        if (!known.contains(source)) {
+            sources.push_back(std::move(source));
+        }
+    }
+    return sources;
+}
+
+std::vector<std::string> AsciiProtocol::DataSourceList(PersistDomain domain) {
+    return domain == PersistDomain::Job ? DataSourceList() : std::vector<std::string>();
+}
+
+void AsciiProtocol::NonPersistentPropertiesBeginLock() {
+    ProtocolBase::NonPersistentPropertiesBeginLock();
+    properties.connected = counters.connected.load(std::memory_order_relaxed);
+    properties.refused = counters.refused.load(std::memory_order_relaxed);
+    properties.requests = counters.requests.load(std::memory_order_relaxed);
+    properties.errors = counters.errors.load(std::memory_order_relaxed);
+    properties.dropped = outputs.Dropped();
+}
+
+bool AsciiProtocol::Run(const ControlRegisterCommandData& command, const std::shared_ptr<PendingAnswer>& answer) {
+    {
+        const std::lock_guard lock(commandMutex);
+        if (running != nullptr || OperationInProgress()) {
+            return false;
+        }
+        running = answer;
+    }
+    ProcessReceivedCommonCommands(command);
+    return true;
+}
+
+void AsciiProtocol::OperationEndEventImpl(int status) {
+    std::shared_ptr<PendingAnswer> ended;
+    {
+        const std::lock_guard lock(commandMutex);
+        ended.swap(running);
+    }
+    if (ended != nullptr) {
+        ended->End(status);
+        wakeup.Set();
+    }
+}
+
+void AsciiProtocol::ReadState(const std::shared_ptr<PendingAnswer>& answer) {
+    mainLoop.Run([this, answer] {
+        yStatus status = yOK;
+        try {
+            const auto stats = GetControlHost().SystemStats(0);
+            answer->isScanning = stats.runState != 0;
+            answer->job = stats.loadedJob;
+            answer->isBusy = OperationInProgress();
+            answer->alignment = GetControlHost().ScannerInfo("", 0).alignmentState;
+        } catch (const Vor::Exception& e) {
+            status = e.Status();
+        }
+        answer->End(status);
+        wakeup.Set();
+    });
+}
+
+void AsciiProtocol::ProcessResultSets(void* resultSets) {
+    const auto sets = static_cast<yArrayList>(resultSets);
+    const std::size_t count = yArrayList_Count(sets);
+    bool told = false;
+    for (std::size_t i = 0; i < count; ++i) {
+        told = outputs.Process(yArrayList_At(sets, i)) || told;
+    }
+    if (told) {
+        wakeup.Set();
+    }
+}
+
+} // namespace Services::Ascii

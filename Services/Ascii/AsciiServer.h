@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+#include "Services/Ascii/AsciiParams.h"
+#include "Services/Ascii/RequestHandler.h"
+#include "Services/Common/TcpServer.h"
+
+namespace Services::Ascii {
+
+// Serves lines of text over TCP on one thread of its own, "AsciiNet". The operations are for one thread at a time; each
+// waits for the network thread, which takes microseconds.
+class AsciiServer {
+public:
+    // Listens when it returns. Throws Vor::Exception with a text for the user when it can't. All but the settings must
+    // outlive the server.
+    AsciiServer(Outputs& outputs, ISensor& sensor, ServerCounters& counters, Common::Wakeup& wakeup,
+                const AsciiSettings& settings);
+
+    // As TcpServer::Update.
+    void Update(const AsciiSettings& settings);
+
+    bool IsListening() const { return server.IsListening(); }
+    std::uint16_t Port() const { return server.Port(); }
+    std::string Url() const { return server.Url(); }
+
+private:
+    RequestHandler handler; // belongs to the network thread
+    Common::TcpServer server;
+};
+
+} // namespace Services::Ascii

@@ -1,0 +1,219 @@
+#include "Services/Ascii/Outputs.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "Vor/Exception.h"
+#include "VorMsg/ResultInfo.h"
+#include "VorMsg/ResultItem.h"
+
+namespace Services::Ascii {
+
+namespace {
+
+void CheckSize(const std::string& line) {
+    if (line.size() > Outputs::MaxLineSize) {
+        Vor::Throw(yERROR_SIZE, "the line would be longer than %u bytes; name fewer outputs",
+                   static_cast<unsigned>(Outputs::MaxLineSize));
+    }
+}
+
+bool IsStamp(ResultItem item) {
+    return item != nullptr && ResultInfo_Type(ResultItem_ResultInfo(item)) == ResultInfo_TypeStamp;
+}
+
+} // namespace
+
+void Outputs::Replace(const std::vector<OutputDefinition>& definitions) {
+    const std::lock_guard lock(mutex);
+    std::unordered_map<unsigned long, std::size_t> nextById;
+    std::vector<Source> next;
+    columns.clear();
+    blocks.clear();
+    names.clear();
+    ++version;
+    for (const OutputDefinition& definition : definitions) {
+        const unsigned long id = ResultInfo_IdOfText(definition.dataSource);
+        const auto [place, isNew] = nextById.try_emplace(id, next.size());
+        if (isNew) {
+            const auto former = sourcesById.find(id);
+            next.push_back(
+                {former == sourcesById.end() ? Vor::Object() : std::move(sources[former->second].lastItem), version});
+        }
+        (definition.isBlock ? blocks : names).try_emplace(definition.id, columns.size());
+        columns.push_back({definition, place->second, {}, 0});
+    }
+    sources = std::move(next);
+    sourcesById = std::move(nextById);
+    for (Subscription& subscription : subscriptions) {
+        subscription.columns = Resolve(subscription.ids);
+    }
+}
+
+void Outputs::SetFormat(const LineFormat& next) {
+    const std::lock_guard lock(mutex);
+    format = next;
+    for (Column& column : columns) {
+        column.version = 0;
+    }
+}
+
+void Outputs::Reset() {
+    const std::lock_guard lock(mutex);
+    ++version;
+    for (Source& source : sources) {
+        source = {Vor::Object(), version};
+    }
+    frames = 0;
+    dropped = 0;
+}
+
+bool Outputs::Process(ResultSet set) {
+    const std::lock_guard lock(mutex);
+    ++frames;
+    ++version;
+    const std::size_t count = ResultSet_Count(set);
+    for (std::size_t i = 0; i < count; ++i) {
+        const ResultItem item = ResultSet_At(set, i);
+        const auto found = sourcesById.find(ResultInfo_NumericId(ResultItem_ResultInfo(item)));
+        if (found != sourcesById.end()) {
+            sources[found->second] = {Vor::Object::Share(item), version};
+        }
+    }
+    return Tell();
+}
+
+bool Outputs::Tell() {
+    bool told = false;
+    for (std::size_t i = 0; i < subscriptions.size();) {
+        const auto queue = subscriptions[i].queue.lock();
+        if (queue == nullptr) {
+            subscriptions.erase(subscriptions.begin() + static_cast<std::ptrdiff_t>(i));
+            continue;
+        }
+        line = "DATA";
+        line += format.delimiter;
+        std::array<char, 24> digits;
+        line.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), frames).ptr);
+        AppendColumns(line, subscriptions[i].columns);
+        line += format.terminator;
+        if (line.size() <= MaxLineSize && queue->Add(line)) {
+            told = true;
+        } else {
+            ++dropped;
+        }
+        ++i;
+    }
+    return told;
+}
+
+void Outputs::AppendValues(std::string& answer, const std::vector<Argument>& ids) {
+    const std::lock_guard lock(mutex);
+    const auto chosen = Resolve(ids);
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        if (!chosen[i]) {
+            Vor::Throw(yERROR_NOT_FOUND, "there is no output %s", ids[i].text);
+        }
+    }
+    AppendColumns(answer, chosen);
+    CheckSize(answer);
+}
+
+void Outputs::AppendStamp(std::string& answer) {
+    const std::lock_guard lock(mutex);
+    Column* stamp = nullptr;
+    for (Column& column : columns) {
+        if (column.definition.kind == ValueKind::Stamp ||
+            (column.definition.kind == ValueKind::Any && IsStamp(sources[column.source].lastItem.Get()))) {
+            stamp = &column;
+            break;
+        }
+    }
+    if (stamp == nullptr) {
+        Vor::Throw(yERROR_NOT_FOUND, "no output is a stamp");
+    }
+    answer += format.delimiter;
+    answer += TextOf(*stamp);
+}
+
+void Outputs::AppendList(std::string& answer) const {
+    const std::lock_guard lock(mutex);
+    for (const Column& column : columns) {
+        answer += format.delimiter;
+        if (column.definition.isBlock) {
+            answer += column.definition.id;
+        } else {
+            AppendQuoted(answer, column.definition.id);
+        }
+        answer += format.delimiter;
+        AppendQuoted(answer, column.definition.dataSource);
+        CheckSize(answer);
+    }
+}
+
+void Outputs::Subscribe(const std::shared_ptr<PushQueue>& queue, const std::vector<Argument>& ids) {
+    std::string probe;
+    AppendValues(probe, ids);
+    const std::lock_guard lock(mutex);
+    subscriptions.push_back({queue, ids, Resolve(ids)});
+}
+
+void Outputs::Unsubscribe(const PushQueue* queue) {
+    const std::lock_guard lock(mutex);
+    std::erase_if(subscriptions, [&](const Subscription& each) { return each.queue.lock().get() == queue; });
+}
+
+std::uint64_t Outputs::Dropped() const {
+    const std::lock_guard lock(mutex);
+    return dropped;
+}
+
+// A number without quotation marks is a block's; any other word, and such a number that no block has, is a name.
+std::optional<std::size_t> Outputs::Find(const Argument& id) const {
+    if (!id.isQuoted) {
+        const auto block = blocks.find(id.text);
+        if (block != blocks.end()) {
+            return block->second;
+        }
+    }
+    const auto name = names.find(id.text);
+    return name == names.end() ? std::nullopt : std::optional(name->second);
+}
+
+std::vector<std::optional<std::size_t>> Outputs::Resolve(const std::vector<Argument>& ids) const {
+    std::vector<std::optional<std::size_t>> chosen;
+    if (ids.empty()) {
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            chosen.emplace_back(i);
+        }
+        return chosen;
+    }
+    for (const Argument& id : ids) {
+        chosen.push_back(Find(id));
+    }
+    return chosen;
+}
+
+const std::string& Outputs::TextOf(Column& column) {
+    const Source& source = sources[column.source];
+    if (column.version != source.version) {
+        column.text.clear();
+        AppendValue(column.text, format, column.definition.kind, source.lastItem.Get());
+        column.version = source.version;
+    }
+    return column.text;
+}
+
+// Stops behind MaxLineSize, however many outputs follow.
+void Outputs::AppendColumns(std::string& answer, const std::vector<std::optional<std::size_t>>& chosen) {
+    for (const auto& place : chosen) {
+        if (answer.size() > MaxLineSize) {
+            return;
+        }
+        answer += format.delimiter;
+        answer += place ? TextOf(columns[*place]) : format.invalidText;
+    }
+}
+
+} // namespace Services::Ascii

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "yApi/yStatus.h"
+
+namespace Services::Ascii {
+
+// A request whose answer isn't there yet. Whoever works on it fills the members in and sets `hasEnded` last; then they
+// belong to the session that asked.
+struct PendingAnswer {
+    enum class Kind { Command, State, Job };
+
+    explicit PendingAnswer(Kind kind)
+        : kind(kind) {}
+
+    void End(yStatus endStatus) {
+        status = endStatus;
+        hasEnded.store(true, std::memory_order_release);
+    }
+    bool HasEnded() const { return hasEnded.load(std::memory_order_acquire); }
+
+    const Kind kind;
+    yStatus status = yERROR;
+
+    // Of a state and of a job.
+    bool isScanning = false;
+    std::uint8_t alignment = 0; // 0 not aligned, 1 aligned, 2 aligning
+    bool isBusy = false;
+    std::string job;
+
+private:
+    std::atomic<bool> hasEnded{false};
+};
+
+} // namespace Services::Ascii

@@ -1,0 +1,95 @@
+#include "Services/Ascii/Request.h"
+
+#include <cstddef>
+
+namespace Services::Ascii {
+
+namespace {
+
+bool IsBlank(char character) {
+    return character == ' ' || character == '\t';
+}
+
+// How many bytes at the begin of `text` separate words; 0 for none.
+std::size_t SeparatorSize(std::string_view text, std::string_view delimiter) {
+    if (!delimiter.empty() && text.starts_with(delimiter)) {
+        return delimiter.size();
+    }
+    return !text.empty() && IsBlank(text.front()) ? 1 : 0;
+}
+
+void SkipSeparators(std::string_view& text, std::string_view delimiter) {
+    for (std::size_t size = SeparatorSize(text, delimiter); size > 0; size = SeparatorSize(text, delimiter)) {
+        text.remove_prefix(size);
+    }
+}
+
+// Takes the characters up to the next separator.
+std::string_view TakeWord(std::string_view& text, std::string_view delimiter) {
+    std::size_t size = 0;
+    while (size < text.size() && SeparatorSize(text.substr(size), delimiter) == 0) {
+        ++size;
+    }
+    const std::string_view word = text.substr(0, size);
+    text.remove_prefix(size);
+    return word;
+}
+
+// Takes a text from the mark that opens it to the one that closes it.
+std::optional<std::string> TakeQuoted(std::string_view& text) {
+    std::string word;
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if (text[i] != '"') {
+            word += text[i];
+        } else if (i + 1 < text.size() && text[i + 1] == '"') {
+            word += '"';
+            ++i;
+        } else {
+            text.remove_prefix(i + 1);
+            return word;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+Request Request::Parse(std::string_view line, std::string_view delimiter) {
+    Request request;
+    request.command = TakeWord(line, delimiter);
+    SkipSeparators(line, delimiter);
+    request.rest = line;
+    return request;
+}
+
+std::optional<std::vector<Argument>> Arguments(std::string_view rest, std::string_view delimiter) {
+    std::vector<Argument> words;
+    SkipSeparators(rest, delimiter);
+    while (!rest.empty()) {
+        if (rest.front() == '"') {
+            auto word = TakeQuoted(rest);
+            if (!word || (!rest.empty() && SeparatorSize(rest, delimiter) == 0)) {
+                return std::nullopt;
+            }
+            words.push_back({std::move(*word), true});
+        } else {
+            const std::string_view word = TakeWord(rest, delimiter);
+            if (word.find('"') != std::string_view::npos) {
+                return std::nullopt;
+            }
+            words.push_back({std::string(word), false});
+        }
+        SkipSeparators(rest, delimiter);
+    }
+    return words;
+}
+
+std::optional<std::string> WholeText(std::string_view rest) {
+    if (!rest.starts_with('"')) {
+        return std::string(rest);
+    }
+    auto text = TakeQuoted(rest);
+    return rest.empty() ? text : std::nullopt;
+}
+
+} // namespace Services::Ascii

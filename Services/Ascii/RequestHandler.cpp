@@ -1,0 +1,330 @@
+#include "Services/Ascii/RequestHandler.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "Services/Ascii/ServiceVersion.h"
+#include "Vor/Exception.h"
+
+namespace Services::Ascii {
+
+using VorControl::ControlProtocol::ControlRegisterCommandData;
+
+namespace {
+
+constexpr std::size_t NoArguments = 0;
+constexpr std::size_t ManyArguments = SIZE_MAX;
+
+bool IsWord(std::string_view text, std::string_view word) {
+    return std::ranges::equal(
+        text, word, [](char left, char right) { return std::toupper(static_cast<unsigned char>(left)) == right; });
+}
+
+// Why a command has failed, where the sensor gives nothing but a status.
+const char* TextOf(yStatus status) {
+    switch (status) {
+    case yERROR:
+        return "the sensor refused or failed; another operation may be in progress";
+    case yERROR_STATE:
+        return "the sensor's state doesn't allow this";
+    case yERROR_NOT_FOUND:
+        return "not found";
+    case yERROR_COMMAND:
+        return "the sensor doesn't know this command";
+    case yERROR_PARAMETER:
+        return "bad argument";
+    case yERROR_UNIMPLEMENTED:
+        return "the sensor can't do this";
+    case yERROR_TIMEOUT:
+        return "the sensor didn't answer in time";
+    case yERROR_FORMAT:
+        return "bad format";
+    case yERROR_VERSION:
+        return "unsupported version";
+    case yERROR_BUSY:
+        return "another operation is in progress";
+    default:
+        return "failed";
+    }
+}
+
+const char* TextOfAlignment(std::uint8_t alignment) {
+    return alignment == 1 ? "ALIGNED" : alignment == 2 ? "ALIGNING" : "UNALIGNED";
+}
+
+} // namespace
+
+const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
+    using Self = RequestHandler;
+    static const std::vector<Command> commands = {
+        {"START", &Self::Start, "START", "Starts the scan."},
+        {"STOP", &Self::Stop, "STOP", "Stops the scan."},
+        {"TRIGGER", &Self::Trigger, "TRIGGER [SCANNER]", "Makes one frame; the sensor has to be in triggered mode."},
+        {"ALIGN", &Self::Align, "ALIGN [SCANNER]", "Aligns the sensor."},
+        {"CLEARALIGN", &Self::ClearAlign, "CLEARALIGN [SCANNER]", "Clears the alignment."},
+        {"LOADJOB", &Self::LoadJob, "LOADJOB NAME", "Loads a job."},
+        {"USERDATA", &Self::UserData, "USERDATA TEXT", "Hands a text to the sensor's tools."},
+        {"RESULT", &Self::Result, "RESULT [OUTPUT]...", "Tells the values of the last frame."},
+        {"STAMP", &Self::Stamp, "STAMP", "Tells the stamp of the last frame: frame, time, encoder, index, inputs."},
+        {"OUTPUTS", &Self::List, "OUTPUTS", "Tells each output, and its data source."},
+        {"PUSH", &Self::Push, "PUSH [ON [OUTPUT]...|OFF]", "Sends a line a frame, or tells whether it does."},
+        {"STATE", &Self::State, "STATE", "Tells whether the sensor scans, is aligned and is busy, and its job."},
+        {"STATUS", &Self::State, "STATUS", "The same as STATE."},
+        {"JOB", &Self::Job, "JOB", "Tells the loaded job."},
+        {"VERSION", &Self::Version, "VERSION", "Tells the versions of service and sensor."},
+        {"HELP", &Self::Help, "HELP [COMMAND]", "Lists the commands, or explains one."},
+        {"QUIT", &Self::Quit, "QUIT", "Closes the connection."}};
+    return commands;
+}
+
+const RequestHandler::Command* RequestHandler::Find(std::string_view name) {
+    const auto found = std::ranges::find_if(Commands(), [&](const Command& each) { return IsWord(name, each.name); });
+    return found == Commands().end() ? nullptr : &*found;
+}
+
+void RequestHandler::Answer(LineReader::Status status, std::string_view line, ClientState& client,
+                            std::string& answer) {
+    counters.requests.fetch_add(1, std::memory_order_relaxed);
+    const std::size_t begin = answer.size();
+    try {
+        if (status == LineReader::Status::TooLong) {
+            Vor::Throw(yERROR_SIZE, "the line is longer than %u bytes", static_cast<unsigned>(LineReader::MaxLineSize));
+        }
+        if (status == LineReader::Status::Invalid) {
+            Vor::Throw(yERROR_FORMAT, "the line has characters that aren't text");
+        }
+        Handle(line, client, answer);
+    } catch (const Vor::Exception& e) {
+        answer.resize(begin);
+        AnswerError(answer, e.Status(), e.HasText() ? e.what() : TextOf(e.Status()));
+    }
+    if (client.pending == nullptr) {
+        answer += format.terminator;
+    } else {
+        answer.resize(begin);
+    }
+}
+
+void RequestHandler::Handle(std::string_view line, ClientState& client, std::string& answer) {
+    const Request request = Request::Parse(line, format.delimiter);
+    const Command* const command = Find(request.command);
+    if (command == nullptr) {
+        Vor::Throw(yERROR_COMMAND, "unknown command; HELP lists the commands");
+    }
+    answer += "OK";
+    (this->*command->run)({request.rest, client, answer});
+}
+
+void RequestHandler::AnswerPending(ClientState& client, std::string& answer) {
+    const std::shared_ptr<PendingAnswer> pending = std::move(client.pending);
+    client.pending = nullptr;
+    if (pending->status != yOK) {
+        AnswerError(answer, pending->status, TextOf(pending->status));
+    } else {
+        answer += "OK";
+        if (pending->kind == PendingAnswer::Kind::State) {
+            for (const char* word : {pending->isScanning ? "SCANNING" : "READY", TextOfAlignment(pending->alignment),
+                                     pending->isBusy ? "BUSY" : "IDLE"}) {
+                answer += format.delimiter;
+                answer += word;
+            }
+        }
+        if (pending->kind != PendingAnswer::Kind::Command) {
+            AddText(answer, pending->job);
+        }
+    }
+    answer += format.terminator;
+}
+
+void RequestHandler::Forget(ClientState& client) {
+    if (client.push != nullptr) {
+        outputs.Unsubscribe(client.push.get());
+        client.push = nullptr;
+    }
+}
+
+void RequestHandler::AnswerError(std::string& answer, int status, std::string_view text) {
+    counters.errors.fetch_add(1, std::memory_order_relaxed);
+    answer += "ERROR";
+    answer += format.delimiter;
+    answer += std::to_string(status);
+    AddText(answer, text);
+}
+
+void RequestHandler::AddText(std::string& answer, std::string_view text) const {
+    answer += format.delimiter;
+    AppendQuoted(answer, text);
+}
+
+std::vector<Argument> RequestHandler::ArgumentsOf(const Call& call, std::size_t max) const {
+    auto words = Arguments(call.rest, format.delimiter);
+    if (!words) {
+        Vor::Throw(yERROR_FORMAT, "a quotation mark is missing, or stands within a word");
+    }
+    if (words->size() > max) {
+        Vor::Throw(yERROR_PARAMETER, "too many arguments");
+    }
+    return std::move(*words);
+}
+
+void RequestHandler::Run(const Call& call, ControlRegisterCommandData& command) {
+    if (!call.client.mayWrite) {
+        Vor::Throw(yERROR_READ_ONLY, "clients of your network may not command the sensor");
+    }
+    call.client.pending = std::make_shared<PendingAnswer>(PendingAnswer::Kind::Command);
+    if (!sensor.Run(command, call.client.pending)) {
+        call.client.pending = nullptr;
+        Vor::Throw(yERROR_BUSY, "busy: another command is in progress");
+    }
+}
+
+void RequestHandler::RunOnScanner(const Call& call, std::uint8_t id) {
+    const auto arguments = ArgumentsOf(call, 1);
+    ControlRegisterCommandData command;
+    command.commandId = id;
+    if (!arguments.empty()) {
+        const std::string& scanner = arguments.front().text;
+        if (scanner.size() >= command.commandArgs.size()) {
+            Vor::Throw(yERROR_PARAMETER, "the name is too long");
+        }
+        std::ranges::copy(scanner, command.commandArgs.begin());
+    }
+    Run(call, command);
+}
+
+void RequestHandler::Ask(const Call& call, PendingAnswer::Kind kind) {
+    ArgumentsOf(call, NoArguments);
+    call.client.pending = std::make_shared<PendingAnswer>(kind);
+    sensor.ReadState(call.client.pending);
+}
+
+void RequestHandler::Start(const Call& call) {
+    ArgumentsOf(call, NoArguments);
+    ControlRegisterCommandData command;
+    command.commandId = ControlRegisterCommandData::Start;
+    Run(call, command);
+}
+
+void RequestHandler::Stop(const Call& call) {
+    ArgumentsOf(call, NoArguments);
+    ControlRegisterCommandData command;
+    command.commandId = ControlRegisterCommandData::Stop;
+    Run(call, command);
+}
+
+void RequestHandler::Trigger(const Call& call) {
+    RunOnScanner(call, ControlRegisterCommandData::SoftwareTrigger);
+}
+
+void RequestHandler::Align(const Call& call) {
+    RunOnScanner(call, ControlRegisterCommandData::Align);
+}
+
+void RequestHandler::ClearAlign(const Call& call) {
+    RunOnScanner(call, ControlRegisterCommandData::ClearAlign);
+}
+
+void RequestHandler::LoadJob(const Call& call) {
+    const auto name = WholeText(call.rest);
+    ControlRegisterCommandData command;
+    if (!name || name->empty()) {
+        Vor::Throw(yERROR_PARAMETER, "the name of the job is missing: LOADJOB NAME");
+    }
+    if (name->size() >= command.commandArgs.size()) {
+        Vor::Throw(yERROR_PARAMETER, "the name is too long");
+    }
+    command.commandId = ControlRegisterCommandData::LoadJob;
+    std::ranges::copy(*name, command.commandArgs.begin());
+    Run(call, command);
+}
+
+void RequestHandler::UserData(const Call& call) {
+    const auto text = WholeText(call.rest);
+    ControlRegisterCommandData command;
+    if (!text || text->empty()) {
+        Vor::Throw(yERROR_PARAMETER, "the text is missing: USERDATA TEXT");
+    }
+    if (text->size() > MaxUserDataSize) {
+        Vor::Throw(yERROR_PARAMETER, "the text is longer than %u bytes", static_cast<unsigned>(MaxUserDataSize));
+    }
+    command.commandId = ControlRegisterCommandData::SetUserData;
+    std::ranges::copy(*text, command.commandArgs.begin());
+    command.SetCommandArgsSize(text->size());
+    Run(call, command);
+}
+
+void RequestHandler::Result(const Call& call) {
+    outputs.AppendValues(call.answer, ArgumentsOf(call, ManyArguments));
+}
+
+void RequestHandler::Stamp(const Call& call) {
+    ArgumentsOf(call, NoArguments);
+    outputs.AppendStamp(call.answer);
+}
+
+void RequestHandler::List(const Call& call) {
+    ArgumentsOf(call, NoArguments);
+    outputs.AppendList(call.answer);
+}
+
+void RequestHandler::Push(const Call& call) {
+    auto words = ArgumentsOf(call, ManyArguments);
+    if (words.empty()) {
+        call.answer += format.delimiter;
+        call.answer += call.client.push == nullptr ? "OFF" : "ON";
+        call.answer += format.delimiter;
+        call.answer += std::to_string(call.client.push == nullptr ? 0 : call.client.push->Dropped());
+        return;
+    }
+    if (IsWord(words.front().text, "ON")) {
+        words.erase(words.begin());
+        const auto queue = std::make_shared<PushQueue>(PushCapacity);
+        outputs.Subscribe(queue, words);
+        Forget(call.client);
+        call.client.push = queue;
+    } else if (IsWord(words.front().text, "OFF") && words.size() == 1) {
+        Forget(call.client);
+    } else {
+        Vor::Throw(yERROR_PARAMETER, "PUSH takes ON, with outputs if you like, or OFF");
+    }
+}
+
+void RequestHandler::State(const Call& call) {
+    Ask(call, PendingAnswer::Kind::State);
+}
+
+void RequestHandler::Job(const Call& call) {
+    Ask(call, PendingAnswer::Kind::Job);
+}
+
+void RequestHandler::Version(const Call& call) {
+    ArgumentsOf(call, NoArguments);
+    AddText(call.answer, ServiceVersion);
+    AddText(call.answer, VOR_VERSION);
+}
+
+void RequestHandler::Help(const Call& call) {
+    const auto words = ArgumentsOf(call, 1);
+    if (words.empty()) {
+        for (const Command& each : Commands()) {
+            call.answer += format.delimiter;
+            call.answer += each.name;
+        }
+        return;
+    }
+    const Command* const command = Find(words.front().text);
+    if (command == nullptr) {
+        Vor::Throw(yERROR_COMMAND, "unknown command; HELP lists the commands");
+    }
+    AddText(call.answer, command->usage);
+    AddText(call.answer, command->help);
+}
+
+void RequestHandler::Quit(const Call& call) {
+    ArgumentsOf(call, NoArguments);
+    Forget(call.client);
+    call.client.hasQuit = true;
+}
+
+} // namespace Services::Ascii
