@@ -15,6 +15,15 @@
 
 using namespace Tests;
 
+namespace Tests {
+
+void showValue(const ModelBlock& block, std::ostream& out) {
+    out << "{" << block.type << " id " << block.id << " count " << block.count << " '" << block.source << "' '"
+        << block.name << "'}";
+}
+
+} // namespace Tests
+
 namespace {
 
 constexpr int none = RegisterAssemblyModel::none;
@@ -42,17 +51,12 @@ struct Request {
     std::vector<int> ids;
 };
 
-void Show(const ModelBlock& block, std::ostream& out) {
-    out << " {" << block.type << " id " << block.id << " count " << block.count << " '" << block.source << "' '"
-        << block.name << "'}";
-}
-
 void showValue(const Request& request, std::ostream& out) {
     out << actionNames[static_cast<int>(request.action)] << "(" << (request.onSecond ? "second" : "first");
     switch (request.action) {
     case Action::Add:
         for (const auto& entry : request.entries) {
-            Show(entry, out);
+            showValue(entry, out << " ");
         }
         break;
     case Action::Remove:
@@ -61,8 +65,7 @@ void showValue(const Request& request, std::ostream& out) {
         }
         break;
     case Action::Update:
-        out << " " << request.id;
-        Show(request.change, out);
+        showValue(request.change, out << " " << request.id << " ");
         break;
     case Action::Compact:
         out << " " << request.id;
@@ -70,8 +73,7 @@ void showValue(const Request& request, std::ostream& out) {
     case Action::SetId:
     case Action::SetIdByDocument:
     case Action::SetCount:
-        out << " block " << request.id;
-        Show(request.change, out);
+        showValue(request.change, out << " block " << request.id << " ");
         break;
     default:
         break;
@@ -108,29 +110,35 @@ rc::Gen<ModelBlock> BlockGen(const Kind& kind, const rc::Gen<int>& count) {
                                       rc::gen::set(&ModelBlock::name, text("n")));
 }
 
+template <class... Fields>
+rc::Gen<Request> RequestGen(Action action, const Fields&... fields) {
+    return rc::gen::build<Request>(rc::gen::set(&Request::action, rc::gen::just(action)),
+                                   rc::gen::set(&Request::onSecond, rc::gen::element(false, false, false, true)),
+                                   fields...);
+}
+
 rc::Gen<std::vector<Request>> RequestsGen(const Kind& kind) {
-    const std::size_t outside = kind.isChangedOutside ? 3 : 0;
-    const auto action = rc::gen::weightedElement<Action>({{30, Action::Add},
-                                                          {30, Action::Update},
-                                                          {12, Action::Remove},
-                                                          {1, Action::RemoveAll},
-                                                          {3, Action::Compact},
-                                                          {1, Action::Copy},
-                                                          {1, Action::Default},
-                                                          {outside, Action::SetId},
-                                                          {outside, Action::SetIdByDocument},
-                                                          {outside, Action::SetCount}});
     // An add request is held to the default of the one type that can have another count, which is 3.
     const int lowest = kind.isWithinRange ? 1 : 0;
     const auto added = rc::gen::oneOf(rc::gen::just(none), rc::gen::inRange(lowest, kind.isWithinRange ? 4 : 12));
     const auto updated = rc::gen::oneOf(rc::gen::just(none), rc::gen::inRange(lowest, 12));
-    const auto entries = rc::gen::resize(3, rc::gen::container<std::vector<ModelBlock>>(BlockGen(kind, added)));
-    const auto ids = rc::gen::resize(5, rc::gen::container<std::vector<int>>(IdGen(kind)));
-    return RequestListGen(rc::gen::build<Request>(
-        rc::gen::set(&Request::action, action),
-        rc::gen::set(&Request::onSecond, rc::gen::weightedElement<bool>({{4, false}, {1, true}})),
-        rc::gen::set(&Request::id, IdGen(kind)), rc::gen::set(&Request::change, BlockGen(kind, updated)),
-        rc::gen::set(&Request::autoShift), rc::gen::set(&Request::entries, entries), rc::gen::set(&Request::ids, ids)));
+    const auto id = rc::gen::set(&Request::id, IdGen(kind));
+    const auto autoShift = rc::gen::set(&Request::autoShift);
+    const auto change = rc::gen::set(&Request::change, BlockGen(kind, updated));
+    const auto entries = rc::gen::set(
+        &Request::entries, rc::gen::resize(3, rc::gen::container<std::vector<ModelBlock>>(BlockGen(kind, added))));
+    const auto ids = rc::gen::set(&Request::ids, rc::gen::resize(5, rc::gen::container<std::vector<int>>(IdGen(kind))));
+    const std::size_t outside = kind.isChangedOutside ? 3 : 0;
+    return RequestListGen(rc::gen::weightedOneOf<Request>({{30, RequestGen(Action::Add, entries, autoShift)},
+                                                           {30, RequestGen(Action::Update, id, change, autoShift)},
+                                                           {12, RequestGen(Action::Remove, ids)},
+                                                           {1, RequestGen(Action::RemoveAll)},
+                                                           {3, RequestGen(Action::Compact, id)},
+                                                           {1, RequestGen(Action::Copy, autoShift)},
+                                                           {1, RequestGen(Action::Default)},
+                                                           {outside, RequestGen(Action::SetId, id, change)},
+                                                           {outside, RequestGen(Action::SetIdByDocument, id, change)},
+                                                           {outside, RequestGen(Action::SetCount, id, change)}}));
 }
 
 /// An assembly and its model, which do the same.
