@@ -1,10 +1,12 @@
 #include "Services/Ascii/AsciiProtocol.h"
 
 #include <set>
+#include <thread>
 
 #include "Services/Common/PropertiesLock.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/AddBlockParams.h"
 #include "VorControl/ControlProtocol/AssemblyLock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlockInfo.h"
@@ -72,6 +74,28 @@ private:
     IProtocolOutput& map;
 };
 
+// What the virtual sensor measures of its part.
+struct DefaultBlock {
+    const char* type;
+    const char* displayName;
+    const char* dataSource;
+};
+constexpr DefaultBlock DefaultBlocks[] = {{"Measurement", "Maximum Height", "profile/max"},
+                                          {"Measurement", "Minimum Height", "profile/min"},
+                                          {"Measurement", "Mean Height", "profile/mean"},
+                                          {"Measurement", "Width", "profile/width"},
+                                          {"Measurement", "Number of Points", "profile/points"},
+                                          {"Stamp", "Stamp", "profile/stamp"},
+                                          {"String", "Text", "profile/text"}};
+
+struct DefaultName {
+    const char* id;
+    const char* dataSource;
+};
+constexpr DefaultName DefaultNames[] = {
+    {"height", "profile/max"},    {"lowest", "profile/min"},  {"mean", "profile/mean"}, {"width", "profile/width"},
+    {"points", "profile/points"}, {"stamp", "profile/stamp"}, {"text", "profile/text"}};
+
 } // namespace
 
 AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
@@ -87,6 +111,8 @@ AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
           .outputs = map.get(),
           .outputsCommandTarget = &map->CommandTarget(),
           .registerAssemblyGroup = assemblies.get()});
+    ResetAssembly();
+    ResetMap();
     provider->RegisterParams(PersistDomain::Job);
     provider->RegisterOutputsMap(PersistDomain::Job);
     provider->RegisterRegisterAssemblyGroup(PersistDomain::Job);
@@ -187,13 +213,37 @@ void AsciiProtocol::OutputsUpdate() {
 }
 
 void AsciiProtocol::ConfigureDefaultRegisterAssembly() {
-    assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+    ResetAssembly();
     ShowOutputsSoon();
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
 }
 
 void AsciiProtocol::RegisterAssemblyUpdate(const char*) {
     ShowOutputs();
+}
+
+void AsciiProtocol::ResetAssembly() {
+    assembly->ResetRegisterAssembly();
+    AddBlockParams request;
+    request.blocks.Resize(std::size(DefaultBlocks));
+    for (std::size_t i = 0; i < std::size(DefaultBlocks); ++i) {
+        RegisterBlockParams& block = request.blocks.At(i);
+        block.type = DefaultBlocks[i].type;
+        block.displayName = DefaultBlocks[i].displayName;
+        block.dataSource = DefaultBlocks[i].dataSource;
+        block.outputId = static_cast<unsigned short>(i);
+    }
+    assembly->Add(request);
+}
+
+void AsciiProtocol::ResetMap() {
+    map->Clear();
+    for (const DefaultName& name : DefaultNames) {
+        TextIdStandardOutputItemArgs item;
+        item.outputId = name.id;
+        item.source = name.dataSource;
+        map->Add(item);
+    }
 }
 
 void AsciiProtocol::ShowOutputs() {
@@ -264,19 +314,25 @@ bool AsciiProtocol::Run(const ControlRegisterCommandData& command, const std::sh
             return false;
         }
         running = answer;
+        runner = std::this_thread::get_id();
     }
     ProcessReceivedCommonCommands(command);
+    const std::lock_guard lock(commandMutex);
+    runner = {};
     return true;
 }
 
 void AsciiProtocol::OperationEndEventImpl(int status) {
     std::shared_ptr<PendingAnswer> ended;
+    bool hasBegun = true;
     {
         const std::lock_guard lock(commandMutex);
         ended.swap(running);
+        hasBegun = runner != std::this_thread::get_id();
     }
     if (ended != nullptr) {
-        ended->End(status);
+        // A command that fails before it has begun was refused because of another service's.
+        ended->End(status == yERROR && !hasBegun ? yERROR_BUSY : status);
         wakeup.Set();
     }
 }

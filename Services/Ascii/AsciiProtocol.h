@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Services/Ascii/AsciiParams.h"
@@ -88,6 +89,9 @@ private:
     void Open();
     void Close();
     void Show(const std::string& address, const std::string& failure);
+    // Gives the service the outputs that it has by default.
+    void ResetAssembly();
+    void ResetMap();
     // Lets clients see the outputs as they are now.
     void ShowOutputs();
     // The same, when the changes that are under way have come to their end.
@@ -103,13 +107,15 @@ private:
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup> assemblies;
     const std::shared_ptr<VorControl::ControlProtocol::TextIdStandardProtocolOutputMap> map;
     const std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> provider;
+    bool mapUpdating = false; // between begin and end of an update, which the framework serialises
     Ascii::Outputs outputs;
     ServerCounters counters;
     Common::Wakeup wakeup;
     std::unique_ptr<AsciiServer> server;
-    // Guards `running`. A leaf.
+    // Guards the next two. A leaf.
     std::mutex commandMutex;
     std::shared_ptr<PendingAnswer> running; // the command that is under way
+    std::thread::id runner;                 // the thread that is handing it over
     // The outputs change while clients look at them, when a job is loaded for instance. So they go on with the former
     // ones until the main loop runs again.
     std::atomic<bool> outputsChanging{false};

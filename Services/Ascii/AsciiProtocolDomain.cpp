@@ -41,14 +41,18 @@ void AsciiProtocol::ParamsResetImpl(PersistDomain domain) {
 
 void AsciiProtocol::OutputsMapResetImpl(PersistDomain domain) {
     if (domain == PersistDomain::Job) {
-        map->Clear();
+        if (mapUpdating) { // what is loaded doesn't mix with the default entries
+            map->Clear();
+        } else {
+            ResetMap();
+        }
         ShowOutputsSoon();
     }
 }
 
 void AsciiProtocol::RegisterAssemblyGroupResetImpl(PersistDomain domain) {
     if (domain == PersistDomain::Job) {
-        assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+        ResetAssembly();
         ShowOutputsSoon();
     }
 }
@@ -60,7 +64,11 @@ std::shared_ptr<Vor::Params::Group> AsciiProtocol::BeginUpdateParamsImpl(Persist
 
 std::shared_ptr<IProtocolOutput> AsciiProtocol::BeginUpdateOutputsMapImpl(PersistDomain domain,
                                                                           const char* /*version*/) {
-    return domain == PersistDomain::Job ? map : nullptr;
+    if (domain != PersistDomain::Job) {
+        return nullptr;
+    }
+    mapUpdating = true;
+    return map;
 }
 
 std::shared_ptr<IProtocolRegisterAssembly>
@@ -84,6 +92,7 @@ void AsciiProtocol::EndUpdateParamsImpl(PersistDomain domain, const char* /*vers
 
 void AsciiProtocol::EndUpdateOutputsMapImpl(PersistDomain domain, const char* /*version*/) {
     if (domain == PersistDomain::Job) {
+        mapUpdating = false;
         ShowOutputsSoon();
     }
 }

@@ -185,7 +185,9 @@ std::vector<std::optional<std::size_t>> Outputs::Resolve(const std::vector<Argum
     std::vector<std::optional<std::size_t>> chosen;
     if (ids.empty()) {
         for (std::size_t i = 0; i < columns.size(); ++i) {
-            chosen.emplace_back(i);
+            if (columns[i].definition.isBlock || blocks.empty()) {
+                chosen.emplace_back(i);
+            }
         }
         return chosen;
     }

@@ -44,8 +44,9 @@ public:
     // Allocates nothing, once the lines have reached their size.
     bool Process(ResultSet set);
 
-    // Appends the fields of outputs, each behind a delimiter; all outputs when none is named. Throws yERROR_NOT_FOUND
-    // for an output that there isn't, and yERROR_SIZE when the line would be longer than MaxLineSize.
+    // Appends the fields of outputs, each behind a delimiter. Without any id it takes all blocks or, if there are none,
+    // all entries of the map. Throws yERROR_NOT_FOUND for an output that there isn't, and yERROR_SIZE when the line
+    // would be longer than MaxLineSize.
     void AppendValues(std::string& line, const std::vector<Argument>& ids);
     // Appends the last stamp among the outputs. Throws yERROR_NOT_FOUND when no output is a stamp.
     void AppendStamp(std::string& line);

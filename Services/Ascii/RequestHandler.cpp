@@ -25,7 +25,7 @@ bool IsWord(std::string_view text, std::string_view word) {
 const char* TextOf(yStatus status) {
     switch (status) {
     case yERROR:
-        return "the sensor refused or failed; another operation may be in progress";
+        return "the sensor couldn't do it; its log says why";
     case yERROR_STATE:
         return "the sensor's state doesn't allow this";
     case yERROR_NOT_FOUND:
@@ -43,7 +43,7 @@ const char* TextOf(yStatus status) {
     case yERROR_VERSION:
         return "unsupported version";
     case yERROR_BUSY:
-        return "another operation is in progress";
+        return "busy: another operation of the sensor is in progress";
     default:
         return "failed";
     }
@@ -65,7 +65,8 @@ const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
         {"CLEARALIGN", &Self::ClearAlign, "CLEARALIGN [SCANNER]", "Clears the alignment."},
         {"LOADJOB", &Self::LoadJob, "LOADJOB NAME", "Loads a job."},
         {"USERDATA", &Self::UserData, "USERDATA TEXT", "Hands a text to the sensor's tools."},
-        {"RESULT", &Self::Result, "RESULT [OUTPUT]...", "Tells the values of the last frame."},
+        {"RESULT", &Self::Result, "RESULT [OUTPUT]...",
+         "Tells values of the last frame: of these outputs, or of all numbers."},
         {"STAMP", &Self::Stamp, "STAMP", "Tells the stamp of the last frame: frame, time, encoder, index, inputs."},
         {"OUTPUTS", &Self::List, "OUTPUTS", "Tells each output, and its data source."},
         {"PUSH", &Self::Push, "PUSH [ON [OUTPUT]...|OFF]", "Sends a line a frame, or tells whether it does."},

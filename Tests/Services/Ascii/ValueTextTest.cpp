@@ -1,0 +1,145 @@
+#include "Services/Ascii/ValueText.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+#include "Tests/Support/ResultItems.h"
+
+namespace Services::Ascii {
+namespace {
+
+using Tests::ArrayOf;
+using Tests::Item;
+using Tests::Measure;
+using Tests::MeasureItem;
+
+std::string Shown(ValueKind kind, const Vor::Object& item, const LineFormat& format = {}) {
+    std::string line;
+    AppendValue(line, format, kind, item.Get());
+    return line;
+}
+
+std::string Number(double value, const LineFormat& format = {}) {
+    std::string line;
+    AppendNumber(line, format, value);
+    return line;
+}
+
+std::string Quoted(const std::string& text) {
+    std::string line;
+    AppendQuoted(line, text);
+    return line;
+}
+
+Vor::Object TextItem(const std::string& text) {
+    return Item(ResultInfo_TypeString, Tests::Text(text));
+}
+
+TEST(ValueText, WritesNumbersWithFixedDecimals) {
+    EXPECT_EQ(Number(10.0014), "10.001");
+    EXPECT_EQ(Number(-10.0016), "-10.002");
+    EXPECT_EQ(Number(0), "0.000");
+    EXPECT_EQ(Number(12345678), "12345678.000");
+    EXPECT_EQ(Number(2.5, {.decimals = 0}), "2");
+    EXPECT_EQ(Number(0.1234567891, {.decimals = 9}), "0.123456789");
+    EXPECT_EQ(Number(std::numeric_limits<double>::max(), {.decimals = 9}).size(), 319u);
+}
+
+TEST(ValueText, WritesNoSignBeforeNothing) {
+    EXPECT_EQ(Number(-0.0001), "0.000");
+    EXPECT_EQ(Number(-0.0), "0.000");
+    EXPECT_EQ(Number(-0.0, {.notation = Notation::Scientific}), "0.000e+00");
+    EXPECT_EQ(Number(-0.0, {.notation = Notation::Shortest}), "0");
+    EXPECT_EQ(Number(-0.0005001), "-0.001");
+    EXPECT_EQ(Number(-1e-30, {.notation = Notation::Scientific}), "-1.000e-30");
+}
+
+TEST(ValueText, WritesNumbersInTheOtherNotations) {
+    EXPECT_EQ(Number(1234.5678, {.notation = Notation::Scientific}), "1.235e+03");
+    EXPECT_EQ(Number(1234.5678, {.notation = Notation::Shortest}), "1234.5678");
+    EXPECT_EQ(Number(10, {.notation = Notation::Shortest}), "10");
+}
+
+TEST(ValueText, WritesTheDecimalSeparatorThatIsSet) {
+    EXPECT_EQ(Number(1.5, {.decimalSeparator = ','}), "1,500");
+    EXPECT_EQ(Number(1.5e9, {.decimalSeparator = ',', .notation = Notation::Scientific}), "1,500e+09");
+    std::string line = "a.b;";
+    AppendNumber(line, {.decimalSeparator = ','}, 2.5);
+    EXPECT_EQ(line, "a.b;2,500") << "what stands before it stays";
+}
+
+TEST(ValueText, WritesMeasurements) {
+    EXPECT_EQ(Shown(ValueKind::Measurement, MeasureItem(1.5, 1)), "1.500,1");
+    EXPECT_EQ(Shown(ValueKind::Measurement, MeasureItem(1.5, 0), {.delimiter = "; "}), "1.500; 0");
+    EXPECT_EQ(Shown(ValueKind::Value, MeasureItem(1.5, 1)), "1.500");
+    EXPECT_EQ(Shown(ValueKind::Decision, MeasureItem(1.5, 0)), "0");
+    EXPECT_EQ(Shown(ValueKind::Any, MeasureItem(1.5, 0)), "1.500");
+    EXPECT_EQ(Shown(ValueKind::Value, Item(ResultInfo_TypeMeasurement, ArrayOf(Measure(2.5, 1), Measure(3.5, 1)))),
+              "2.500")
+        << "the first of an array";
+}
+
+TEST(ValueText, WritesTheInvalidTextInEachFieldWithoutValue) {
+    const LineFormat format{.invalidText = "n/a"};
+    const Vor::Object none;
+    const Vor::Object null = Item(ResultInfo_TypeMeasurement, Tests::Null());
+    const Vor::Object empty = Item(ResultInfo_TypeMeasurement, ArrayOf());
+    const Vor::Object nan = MeasureItem(std::numeric_limits<double>::quiet_NaN(), 1);
+    const Vor::Object infinite = MeasureItem(-std::numeric_limits<double>::infinity(), 1);
+    for (const Vor::Object* item : {&none, &null, &empty, &nan, &infinite}) {
+        EXPECT_EQ(Shown(ValueKind::Measurement, *item, format), "n/a,n/a");
+        EXPECT_EQ(Shown(ValueKind::Value, *item, format), "n/a");
+        EXPECT_EQ(Shown(ValueKind::Decision, *item, format), "n/a");
+        EXPECT_EQ(Shown(ValueKind::Any, *item, format), "n/a");
+    }
+    EXPECT_EQ(Shown(ValueKind::Stamp, none, format), "n/a,n/a,n/a,n/a,n/a");
+    EXPECT_EQ(Shown(ValueKind::Text, none, format), "n/a");
+    EXPECT_EQ(Shown(ValueKind::Any, null, {.invalidText = ""}), "");
+}
+
+TEST(ValueText, WritesTheInvalidTextForAResultOfAnotherKind) {
+    EXPECT_EQ(Shown(ValueKind::Measurement, TextItem("x")), "INVALID,INVALID");
+    EXPECT_EQ(Shown(ValueKind::Text, MeasureItem(1, 1)), "INVALID");
+    EXPECT_EQ(Shown(ValueKind::Stamp, MeasureItem(1, 1)), "INVALID,INVALID,INVALID,INVALID,INVALID")
+        << "a measurement without a stamp";
+}
+
+TEST(ValueText, WritesStamps) {
+    yStamp stamp;
+    stamp.frameIndex = 7;
+    stamp.time = 18446744073709551615u;
+    stamp.encoder = -3;
+    stamp.encoderAtZ = -4;
+    stamp.inputs = 0x20;
+    EXPECT_EQ(Shown(ValueKind::Stamp, Item(ResultInfo_TypeStamp, Tests::Stamp(stamp))),
+              "7,18446744073709551615,-3,-4,2");
+    EXPECT_EQ(Shown(ValueKind::Any, Item(ResultInfo_TypeStamp, Tests::Stamp(stamp)), {.delimiter = ";"}),
+              "7;18446744073709551615;-3;-4;2");
+}
+
+TEST(ValueText, WritesTextsInQuotationMarks) {
+    EXPECT_EQ(Shown(ValueKind::Text, TextItem("frame 1: max 2.5 mm")), "\"frame 1: max 2.5 mm\"");
+    EXPECT_EQ(Shown(ValueKind::Any, TextItem("a,b")), "\"a,b\"");
+    EXPECT_EQ(Quoted("say \"hi\""), "\"say \"\"hi\"\"\"");
+    EXPECT_EQ(Quoted(""), "\"\"");
+    EXPECT_EQ(Quoted(std::string("a\r\n\0\x1B\x7F"
+                                 "b",
+                                 7)),
+              "\"a     b\"")
+        << "nothing in a text ends a line";
+    EXPECT_EQ(Quoted("Höhe"), "\"Höhe\"");
+    EXPECT_EQ(Quoted("H\xFFhe"), "\"H?he\"");
+}
+
+TEST(ValueText, CutsALongTextAtACharacter) {
+    const std::string most(MaxTextSize - 1, 'x');
+    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "y")), "\"" + most + "y\"");
+    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "yz")), "\"" + most + "y\"");
+    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "ö")), "\"" + most + "\"");
+    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "\xF0\x9F\x98\x80")), "\"" + most + "\"");
+}
+
+} // namespace
+} // namespace Services::Ascii
