@@ -357,6 +357,16 @@ void ControlInstance::RequireRegisterAssemblyGroup() const {
     }
 }
 
+bool ControlInstance::HasRegisterAssemblyCommandTarget() const {
+    return HasRegisterAssemblyGroup();
+}
+
+VorCommon::ICommandTarget& ControlInstance::RegisterAssemblyCommandTarget(const char* assemblyId) const {
+    RequireRegisterAssemblyGroup();
+    const auto group = DomainGroup();
+    return group != nullptr ? group->CommandTarget(assemblyId) : protocol->RegisterAssemblyCommandTarget(assemblyId);
+}
+
 std::shared_ptr<IProtocolRegisterAssembly> ControlInstance::RegisterAssembly(const char* assemblyId) const {
     RequireRegisterAssemblyGroup();
     const auto group = DomainGroup();

@@ -64,6 +64,8 @@ public:
     VorCommon::ICommandTarget& OutputsCommandTarget() const override;
     void OutputsUpdate() override;
 
+    bool HasRegisterAssemblyCommandTarget() const override;
+    VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const override;
     bool HasRegisterAssemblyGroup() const override;
     bool HasRegisterAssembly(const char* assemblyId) const override;
     std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly> RegisterAssembly(const char* assemblyId) const override;

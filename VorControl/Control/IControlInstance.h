@@ -117,6 +117,10 @@ public:
     /// for a service without output map, after it was told.
     virtual void OutputsUpdate() = 0;
 
+    /// As HasRegisterAssemblyGroup.
+    virtual bool HasRegisterAssemblyCommandTarget() const = 0;
+    /// Of that assembly, which owns it. Fails as RegisterAssembly does.
+    virtual VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const = 0;
     virtual bool HasRegisterAssemblyGroup() const = 0;
     virtual bool HasRegisterAssembly(const char* assemblyId) const = 0;
     /// This and the list fail with yERROR_UNIMPLEMENTED for a service without register assemblies.

@@ -81,7 +81,8 @@ void RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(AddBl
 
 void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, json& section) {
     const auto list = section.find(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
-    if (list == section.end() || !list->is_array() || !instance.HasRegisterAssemblyGroup()) {
+    if (list == section.end() || !list->is_array() || !instance.HasRegisterAssemblyGroup() ||
+        !instance.HasRegisterAssemblyCommandTarget()) {
         return;
     }
     for (json& entry : *list) {

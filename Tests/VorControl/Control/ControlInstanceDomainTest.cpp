@@ -69,6 +69,10 @@ TEST_F(ControlInstanceDomainTest, AnswersForTheAssembliesOfTheJobDomain) {
     EXPECT_FALSE(instance->HasRegisterAssembly("c"));
     EXPECT_EQ(instance->RegisterAssemblyList(), (Calls{"a", "b"}));
     EXPECT_EQ(instance->RegisterAssembly("a"), service->group->RegisterAssembly("a"));
+    EXPECT_TRUE(instance->HasRegisterAssemblyCommandTarget());
+    EXPECT_EQ(&instance->RegisterAssemblyCommandTarget("a"), &service->group->CommandTarget("a"));
+    EXPECT_FAILURE(instance->RegisterAssemblyCommandTarget("c"), yERROR_NOT_FOUND,
+                   "No register assembly with identifier c was found");
 }
 
 TEST_F(ControlInstanceDomainTest, AGroupOfTheJobDomainCountsEvenWhenItIsEmpty) {
@@ -93,6 +97,7 @@ TEST_F(ControlInstanceDomainTest, AGroupOfTheJobDomainCountsEvenWhenItIsEmpty) {
     EXPECT_TRUE(other->HasRegisterAssembly("assembly"));
     EXPECT_EQ(other->RegisterAssemblyList(), Calls{"assembly"});
     EXPECT_EQ(other->RegisterAssembly("assembly"), bound.RegisterAssembly("assembly"));
+    EXPECT_EQ(&other->RegisterAssemblyCommandTarget("assembly"), &bound.CommandTarget("assembly"));
 }
 
 TEST_F(ControlInstanceDomainTest, LocksTheAssemblyThatTheServiceHasWithoutADomain) {

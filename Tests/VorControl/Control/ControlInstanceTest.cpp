@@ -378,6 +378,8 @@ TEST_F(ControlInstanceTest, AServiceWithoutAssembliesHasNoneToGive) {
     EXPECT_FALSE(instance->HasRegisterAssembly("a"));
     ExpectUnimplemented([&] { instance->RegisterAssembly("a"); });
     ExpectUnimplemented([&] { instance->RegisterAssemblyList(); });
+    EXPECT_FALSE(instance->HasRegisterAssemblyCommandTarget());
+    ExpectUnimplemented([&] { instance->RegisterAssemblyCommandTarget("a"); });
     EXPECT_NO_THROW(instance->RegisterAssemblyBeginLock("a"));
     EXPECT_NO_THROW(instance->RegisterAssemblyEndLock("a"));
     instance->RegisterAssemblyUpdate("a");
@@ -394,6 +396,8 @@ TEST_F(ControlInstanceTest, GivesTheServicesAssembliesAndLocksThem) {
     EXPECT_EQ(instance->RegisterAssemblyList(), (Calls{"a", "b"}));
     const auto assembly = instance->RegisterAssembly("a");
     EXPECT_EQ(assembly, service->assemblies.RegisterAssembly("a"));
+    EXPECT_TRUE(instance->HasRegisterAssemblyCommandTarget());
+    EXPECT_EQ(&instance->RegisterAssemblyCommandTarget("a"), &assembly->CommandTarget());
     EXPECT_THROW(assembly->AddedRegisterBlocks(), Vor::Exception);
     instance->RegisterAssemblyBeginLock("a");
     EXPECT_TRUE(assembly->AddedRegisterBlocks().empty());

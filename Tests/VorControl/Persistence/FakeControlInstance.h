@@ -128,6 +128,10 @@ public:
     VorCommon::ICommandTarget& OutputsCommandTarget() const override { Vor::Throw(yERROR_UNIMPLEMENTED); }
     void OutputsUpdate() override { Note("OutputsUpdate"); }
 
+    bool HasRegisterAssemblyCommandTarget() const override { return hasGroup; }
+    VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const override {
+        return assemblies.at(assemblyId)->CommandTarget();
+    }
     bool HasRegisterAssemblyGroup() const override { return hasGroup; }
     bool HasRegisterAssembly(const char* assemblyId) const override { return assemblies.count(assemblyId) != 0; }
     std::shared_ptr<Assembly> RegisterAssembly(const char* assemblyId) const override {
