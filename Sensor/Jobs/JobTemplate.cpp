@@ -84,18 +84,20 @@ json Parameters() {
 }
 
 json Config(json blocks) {
+    constexpr const char* assemblyId = "registerAssembly-0";
     AppendControlBlocks(blocks);
     json assembly = {
         {"attributes",
          {{"isGlobalAddressSpaceUsed", true}, {"outputIdMin", 0}, {"outputIdMax", 65534}, {"outputIdReadOnly", false}}},
-        {"properties", {{"version", "1.2"}, {"displayName", "Register Assembly 0"}, {"id", "registerAssembly-0"}}},
+        {"properties", {{"version", "1.2"}, {"displayName", "Register Assembly 0"}, {"id", assemblyId}}},
         {"blocks", std::move(blocks)}};
     return {{"version", "1"},
             {"vor:control",
              {{"enabled", true},
               {"parameters", Parameters()},
               {"parametersVersion", "1"},
-              {"registerAssemblyList", json::array({std::move(assembly)})}}}};
+              {"registerAssemblyList", json::array({std::move(assembly)})},
+              {"registerAssemblyVersionList", json::array({{{"id", assemblyId}, {"version", "1"}}})}}}};
 }
 
 } // namespace

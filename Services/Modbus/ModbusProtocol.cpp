@@ -1,6 +1,7 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
 #include "Services/Common/PropertiesLock.h"
+#include "Services/Common/Translate.h"
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/StateRecords.h"
 #include "Vor/Exception.h"
@@ -9,6 +10,7 @@
 
 namespace Services::Modbus {
 
+using VorCommon::PersistDomain;
 using VorControl::IControlHost;
 using namespace VorControl::ControlProtocol;
 
@@ -16,6 +18,7 @@ namespace {
 
 constexpr unsigned short FirstRegister = 0;
 constexpr unsigned short LastRegister = 65534;
+constexpr const char* AssemblyVersion = "1";
 
 template <class Work>
 void Attempt(const Work& work) {
@@ -42,8 +45,10 @@ ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
     , assembly(MakeAssembly())
     , control(image, *this)
     , registers(assembly, image, control) {
-    assemblies.Add(assembly);
-    Init({.nonPersistentProperties = &properties, .params = &params, .registerAssemblyGroup = &assemblies});
+    assemblies->Add(assembly);
+    Init({.nonPersistentProperties = &properties, .params = params.get(), .registerAssemblyGroup = assemblies.get()});
+    provider->RegisterParams(PersistDomain::Job);
+    provider->RegisterRegisterAssemblyGroup(PersistDomain::Job);
 }
 
 ModbusProtocol::~ModbusProtocol() {
@@ -81,9 +86,9 @@ void ModbusProtocol::Stop() {
 }
 
 void ModbusProtocol::Open() {
-    const ServerSettings settings = params.Settings();
-    assembly->ChangeBigEndianSupportedBlocks(params.IsBigEndian());
-    ShowMap();
+    const ServerSettings settings = params->Settings();
+    assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
+    registers.Rebuild();
     counters.Reset();
     server = std::make_unique<ModbusServer>(control, counters, settings, [this] { Poll(); });
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
@@ -110,15 +115,57 @@ void ModbusProtocol::Show(const std::string& address, const std::string& failure
     properties.failure = failure;
 }
 
+std::shared_ptr<Vor::Params::Group> ModbusProtocol::Params(PersistDomain domain) const {
+    return domain == PersistDomain::Job ? params : nullptr;
+}
+
+const char* ModbusProtocol::ParamsVersion(PersistDomain domain) const {
+    return domain == PersistDomain::Job ? ParamsVersion() : nullptr;
+}
+
+std::shared_ptr<IProtocolRegisterAssemblyGroup> ModbusProtocol::RegisterAssemblyGroup(PersistDomain domain) {
+    return domain == PersistDomain::Job ? assemblies : nullptr;
+}
+
+const char* ModbusProtocol::RegisterAssemblyVersion(PersistDomain domain, const char* assemblyId) {
+    return domain == PersistDomain::Job && HasRegisterAssembly(assemblyId) ? AssemblyVersion : nullptr;
+}
+
+std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> ModbusProtocol::PersistenceProvider() {
+    return provider;
+}
+
 void ModbusProtocol::ParamsReset() {
-    params.Reset();
+    params->Reset();
+}
+
+void ModbusProtocol::ParamsResetImpl(PersistDomain) {
+    ParamsReset();
+}
+
+std::shared_ptr<Vor::Params::Group> ModbusProtocol::BeginUpdateParamsImpl(PersistDomain domain, const char*) {
+    paramsTried = false;
+    return Params(domain);
+}
+
+void ModbusProtocol::EndUpdateParamsImpl(PersistDomain, const char*) {
+    if (paramsTried) {
+        return;
+    }
+    try {
+        ParamsUpdate();
+    } catch (const std::exception& e) {
+        Vor::LogUser(Vor::UserError, "VorControl", Common::Translate("%1$s can't take its parameters: %2$s."),
+                     DisplayName(), e.what());
+    }
 }
 
 void ModbusProtocol::ParamsUpdate() {
+    paramsTried = true;
     if (!IsRunning()) {
         return;
     }
-    const ServerSettings settings = params.Settings();
+    const ServerSettings settings = params->Settings();
     try {
         server->Update(settings);
     } catch (const std::exception& e) {
@@ -131,33 +178,30 @@ void ModbusProtocol::ParamsUpdate() {
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
     Show(server->Url(), "");
-    assembly->ChangeBigEndianSupportedBlocks(params.IsBigEndian());
-    if (!mapChanging) {
-        ShowMap();
-    }
+    assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
+    registers.Rebuild();
 }
 
 void ModbusProtocol::ConfigureDefaultRegisterAssembly() {
+    RegisterAssemblyGroupReset(PersistDomain::Job);
+}
+
+void ModbusProtocol::RegisterAssemblyGroupResetImpl(PersistDomain) {
     assembly->InitDefaultRegisterBlocksForRegisterAssembly();
-    if (IsRunning()) {
-        mapChanging = true;
-        mainLoop.Run([this] {
-            if (mapChanging) {
-                ShowMap();
-            }
-        });
-    } else {
-        ShowMap();
-    }
-    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+    registers.Rebuild();
+}
+
+std::shared_ptr<IProtocolRegisterAssembly>
+ModbusProtocol::BeginUpdateRegisterAssemblyImpl(PersistDomain domain, const char* assemblyId, const char*) {
+    return domain == PersistDomain::Job && HasRegisterAssembly(assemblyId) ? assembly : nullptr;
+}
+
+// Until here clients see the former map.
+void ModbusProtocol::EndUpdateRegisterAssemblyImpl(PersistDomain, const char*, const char*) {
+    registers.Rebuild();
 }
 
 void ModbusProtocol::RegisterAssemblyUpdate(const char*) {
-    ShowMap();
-}
-
-void ModbusProtocol::ShowMap() {
-    mapChanging = false;
     registers.Rebuild();
 }
 

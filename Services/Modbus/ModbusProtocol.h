@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <string>
 
@@ -12,15 +11,15 @@
 #include "Services/Modbus/RegisterImage.h"
 #include "Services/Modbus/ScanRegisters.h"
 #include "Services/Modbus/ServerCounters.h"
-#include "Vor/AsyncRunner.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
+#include "VorControl/Providers/ControlPersistenceProvider.h"
 
 namespace Services::Modbus {
 
 // The Modbus TCP service: one register assembly, "registerAssembly-0", whose registers clients read, and through which
-// they give commands.
+// they give commands. The job keeps it and the parameters, each with a version.
 class ModbusProtocol : public VorControl::ControlProtocol::ProtocolBase, private ICommandRunner {
 public:
     explicit ModbusProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
@@ -29,6 +28,16 @@ public:
     void Start() override;
     void Stop() override;
 
+    using ProtocolBase::Params;
+    std::shared_ptr<Vor::Params::Group> Params(VorCommon::PersistDomain domain) const override;
+    using ProtocolBase::ParamsVersion;
+    const char* ParamsVersion(VorCommon::PersistDomain domain) const override;
+    std::shared_ptr<VorControl::ControlProtocol::IProtocolRegisterAssemblyGroup>
+    RegisterAssemblyGroup(VorCommon::PersistDomain domain) override;
+    const char* RegisterAssemblyVersion(VorCommon::PersistDomain domain, const char* assemblyId) override;
+    std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> PersistenceProvider() override;
+
+    using ProtocolBase::ParamsReset;
     void ParamsReset() override;
     // Takes the changed parameters while the service runs. If it can't listen at a new address or port, it goes on
     // where it was, says why in the property `failure`, and throws.
@@ -44,6 +53,18 @@ public:
 protected:
     void OperationEndEventImpl(int status) override;
 
+    void ParamsResetImpl(VorCommon::PersistDomain domain) override;
+    std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(VorCommon::PersistDomain domain,
+                                                              const char* version) override;
+    // Takes the parameters where ParamsUpdate hasn't. Parameters that can't be used stay, and the user is told.
+    void EndUpdateParamsImpl(VorCommon::PersistDomain domain, const char* version) override;
+    void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) override;
+    std::shared_ptr<VorControl::ControlProtocol::IProtocolRegisterAssembly>
+    BeginUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
+                                    const char* version) override;
+    void EndUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
+                                       const char* version) override;
+
 private:
     bool IsBusy() const override { return OperationInProgress(); }
     void Run(const CommandInput& input) override;
@@ -53,22 +74,22 @@ private:
     void Open();
     void Close();
     void Show(const std::string& address, const std::string& failure);
-    void ShowMap();
 
     ModbusProperties properties;
-    ModbusParams params;
+    const std::shared_ptr<ModbusParams> params = std::make_shared<ModbusParams>();
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase> assembly;
-    VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
+    const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup> assemblies =
+        std::make_shared<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup>();
+    const std::shared_ptr<VorControl::Providers::ControlPersistenceProvider> provider =
+        std::make_shared<VorControl::Providers::ControlPersistenceProvider>(*this);
+    // Whether ParamsUpdate has tried the parameters of the present update. Guarded by the update gate.
+    bool paramsTried = false;
     RegisterImage image;
     ControlRegisters control;
     ScanRegisters registers;
     CommandReader commandReader;
     ServerCounters counters;
     std::unique_ptr<ModbusServer> server;
-    // The map went back to its defaults while clients look at it. That is mostly the begin of a job's load, so they go
-    // on with the former one until the job's map is there or, when it brings none, the main loop runs again.
-    std::atomic<bool> mapChanging{false};
-    Vor::AsyncRunner mainLoop;
 };
 
 } // namespace Services::Modbus

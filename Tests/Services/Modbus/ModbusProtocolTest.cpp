@@ -39,7 +39,8 @@ json Config(const json& parameters, const json& blocks, bool enabled = true) {
              {{"enabled", enabled},
               {"parameters", parameters},
               {"parametersVersion", "1"},
-              {"registerAssemblyList", {{{"properties", {{"id", AssemblyId}}}, {"blocks", blocks}}}}}}};
+              {"registerAssemblyList", {{{"properties", {{"id", AssemblyId}}}, {"blocks", blocks}}}},
+              {"registerAssemblyVersionList", {{{"id", AssemblyId}, {"version", "1"}}}}}}};
 }
 
 const json TwoBlocks = {Block("Measurement", "profile/max", 0), Block("MeasurementValue", "profile/min", 3)};
@@ -321,6 +322,7 @@ TEST_F(ModbusProtocolTest, SavesItsParametersAndItsMapInTheJob) {
                                            {"idleTimeout", 60},
                                            {"readNetworks", {"0.0.0.0/0", "::/0"}},
                                            {"writeNetworks", {"127.0.0.0/8", "::1/128"}}}));
+    EXPECT_EQ(section["registerAssemblyVersionList"], (json{{{"id", AssemblyId}, {"version", "1"}}}));
     const json& assembly = section["registerAssemblyList"].at(0);
     EXPECT_EQ(assembly["properties"]["id"], AssemblyId);
     ASSERT_EQ(assembly["blocks"].size(), 3u);
@@ -333,6 +335,74 @@ TEST_F(ModbusProtocolTest, SavesItsParametersAndItsMapInTheJob) {
     EXPECT_EQ(Read(0, 3), (Bytes{0x83, 2}));
     Load({{"version", "1"}, {"vor:control", section}});
     EXPECT_EQ(Read(20, 8), Bytes(16, 0));
+}
+
+TEST_F(ModbusProtocolTest, ItsMapIsEditedByCommands) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    RawClient client(Port());
+    auto& commands = Instance().RegisterAssemblyCommandTarget(AssemblyId);
+    EXPECT_NE(Instance().BeginUpdateRegisterAssembly(AssemblyId), nullptr);
+    const auto params = commands.GetCommandParams("update");
+    Vor::Properties::JsonSerializer::Deserialize(*params, {{"outputId", 0}, {"newParams", {{"outputId", 50}}}});
+    commands.InvokeCommand("update", *params);
+    Instance().EndUpdateRegisterAssembly(AssemblyId);
+    EXPECT_EQ(client.Ask(ReadRequest(1, 50, 3)), Bytes({0, 1, 0, 0, 0, 9, 1, 3, 6}) + Words({0x8000, 0, 2}))
+        << "the connection is the same";
+    EXPECT_EQ(Read(0, 3), (Bytes{0x83, 2}));
+    Publish(Results().Measurement("profile/max", 2));
+    EXPECT_TRUE(Reads(50, Words({0, 2000, 1})));
+}
+
+TEST_F(ModbusProtocolTest, KeepsItsSettingsWhenAJobHoldsNoneOfIt) {
+    Load(Config({{"port", 0}, {"unitId", 7}}, TwoBlocks));
+    const std::uint16_t port = Port();
+    store.files.clear();
+    module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+    EXPECT_EQ(Port(), port);
+    EXPECT_EQ(Vor::Properties::JsonSerializer::Serialize(*Instance().Params())["unitId"], 7);
+    EXPECT_EQ(RawClient(port).Ask(ReadRequest(1, 0, 3, 7)).size(), 15u);
+}
+
+TEST_F(ModbusProtocolTest, AJobThatDisablesItLeavesItWithItsDefaults) {
+    Load(Config({{"port", 0}, {"unitId", 7}}, TwoBlocks));
+    Load(Config({{"port", 0}, {"unitId", 7}}, TwoBlocks, false));
+    EXPECT_EQ(Status(), 1);
+    EXPECT_EQ(Address(), "");
+    EXPECT_EQ(Vor::Properties::JsonSerializer::Serialize(*Instance().Params())["unitId"], 0);
+    EXPECT_EQ(Instance().RegisterAssembly(AssemblyId)->AddedRegisterBlocksCount(), 0u);
+}
+
+TEST_F(ModbusProtocolTest, AJobWhoseParametersItCannotUseLeavesItWhereItIsAndTellsTheUser) {
+    Load(Config({{"port", 0}}, TwoBlocks));
+    const std::uint16_t former = Port();
+    AddressRegisters none;
+    ServerCounters counters;
+    const ModbusServer other(none, counters, ServerSettings{});
+    const std::string failure = "port " + std::to_string(other.Port()) + " on 127.0.0.1 is in use";
+    Vor::LogCapture log;
+    Load(Config({{"port", other.Port()}}, json::array({Block("MeasurementValue", "profile/min", 10)})));
+    EXPECT_EQ(Port(), former);
+    EXPECT_EQ(Status(), 0);
+    EXPECT_EQ(Failure(), failure);
+    EXPECT_EQ(log.Count(Vor::UserError, "modbus service can't take its parameters: " + failure + "."), 1u);
+    EXPECT_EQ(Vor::Properties::JsonSerializer::Serialize(*Instance().Params())["port"], other.Port())
+        << "they are the job's all the same";
+    EXPECT_EQ(Read(10, 2), Words({0x8000, 0})) << "and so is the map";
+}
+
+TEST_F(ModbusProtocolTest, KeepsNothingInOtherDomains) {
+    const auto own = service.lock();
+    EXPECT_EQ(own->Params(PersistDomain::Workspace), nullptr);
+    EXPECT_EQ(own->ParamsVersion(PersistDomain::Workspace), nullptr);
+    EXPECT_EQ(own->RegisterAssemblyGroup(PersistDomain::Workspace), nullptr);
+    EXPECT_EQ(own->RegisterAssemblyVersion(PersistDomain::Workspace, AssemblyId), nullptr);
+    EXPECT_EQ(own->RegisterAssemblyVersion(PersistDomain::Job, "another"), nullptr);
+    EXPECT_EQ(own->BeginUpdateRegisterAssembly(PersistDomain::Job, "another", "1"), nullptr);
+    EXPECT_EQ(own->BeginUpdateRegisterAssembly(PersistDomain::Workspace, AssemblyId, "1"), nullptr);
+    EXPECT_EQ(own->BeginUpdateParams(PersistDomain::Workspace, "1"), nullptr);
+    json section;
+    own->PersistenceProvider()->Save(PersistDomain::Workspace, section);
+    EXPECT_TRUE(section.is_null());
 }
 
 TEST_F(ModbusProtocolTest, OffersItsBlockTypesInRegistersOf16Bits) {
