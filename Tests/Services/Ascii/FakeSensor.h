@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Services/Ascii/ISensor.h"
+
+namespace Services::Ascii {
+
+// A sensor that notes its commands, and ends them when a test says so.
+class FakeSensor : public ISensor {
+public:
+    bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,
+             const std::shared_ptr<PendingAnswer>& answer) override {
+        if (running != nullptr) {
+            return false;
+        }
+        commands.push_back(command);
+        running = answer;
+        if (endsAtOnce) {
+            End(yOK);
+        }
+        return true;
+    }
+    void ReadState(const std::shared_ptr<PendingAnswer>& answer) override {
+        answer->isScanning = true;
+        answer->alignment = 1;
+        answer->isBusy = running != nullptr;
+        answer->job = "demo \"1\".vrjob";
+        answer->End(stateStatus);
+    }
+
+    void End(yStatus status) { std::exchange(running, nullptr)->End(status); }
+
+    // "ID TEXT" of each command since the last call.
+    std::vector<std::string> TakeCommands() {
+        std::vector<std::string> texts;
+        for (const auto& command : std::exchange(commands, {})) {
+            texts.push_back(std::to_string(command.commandId) + " " + command.commandArgs.data());
+        }
+        return texts;
+    }
+
+    bool endsAtOnce = true;
+    yStatus stateStatus = yOK;
+    std::shared_ptr<PendingAnswer> running;
+    std::vector<VorControl::ControlProtocol::ControlRegisterCommandData> commands;
+};
+
+} // namespace Services::Ascii
