@@ -24,6 +24,7 @@ struct PendingAnswer {
 
     const Kind kind;
     yStatus status = yERROR;
+    const char* failure = nullptr; // what a command's failure without a status of its own means
 
     // Of a state and of a job.
     bool isScanning = false;

@@ -25,7 +25,7 @@ bool IsWord(std::string_view text, std::string_view word) {
 const char* TextOf(yStatus status) {
     switch (status) {
     case yERROR:
-        return "the sensor couldn't do it; its log says why";
+        return "failed; the sensor's log says why";
     case yERROR_STATE:
         return "the sensor's state doesn't allow this";
     case yERROR_NOT_FOUND:
@@ -121,7 +121,8 @@ void RequestHandler::AnswerPending(ClientState& client, std::string& answer) {
     const std::shared_ptr<PendingAnswer> pending = std::move(client.pending);
     client.pending = nullptr;
     if (pending->status != yOK) {
-        AnswerError(answer, pending->status, TextOf(pending->status));
+        const bool isPlain = pending->status == yERROR && pending->failure != nullptr;
+        AnswerError(answer, pending->status, isPlain ? pending->failure : TextOf(pending->status));
     } else {
         answer += "OK";
         if (pending->kind == PendingAnswer::Kind::State) {
@@ -169,18 +170,19 @@ std::vector<Argument> RequestHandler::ArgumentsOf(const Call& call, std::size_t 
     return std::move(*words);
 }
 
-void RequestHandler::Run(const Call& call, ControlRegisterCommandData& command) {
+void RequestHandler::Run(const Call& call, const ControlRegisterCommandData& command, const char* failure) {
     if (!call.client.mayWrite) {
         Vor::Throw(yERROR_READ_ONLY, "clients of your network may not command the sensor");
     }
     call.client.pending = std::make_shared<PendingAnswer>(PendingAnswer::Kind::Command);
+    call.client.pending->failure = failure;
     if (!sensor.Run(command, call.client.pending)) {
         call.client.pending = nullptr;
         Vor::Throw(yERROR_BUSY, "busy: another command is in progress");
     }
 }
 
-void RequestHandler::RunOnScanner(const Call& call, std::uint8_t id) {
+void RequestHandler::RunOnScanner(const Call& call, std::uint8_t id, const char* failure) {
     const auto arguments = ArgumentsOf(call, 1);
     ControlRegisterCommandData command;
     command.commandId = id;
@@ -191,7 +193,7 @@ void RequestHandler::RunOnScanner(const Call& call, std::uint8_t id) {
         }
         std::ranges::copy(scanner, command.commandArgs.begin());
     }
-    Run(call, command);
+    Run(call, command, failure);
 }
 
 void RequestHandler::Ask(const Call& call, PendingAnswer::Kind kind) {
@@ -204,26 +206,27 @@ void RequestHandler::Start(const Call& call) {
     ArgumentsOf(call, NoArguments);
     ControlRegisterCommandData command;
     command.commandId = ControlRegisterCommandData::Start;
-    Run(call, command);
+    Run(call, command, "the sensor couldn't start to scan");
 }
 
 void RequestHandler::Stop(const Call& call) {
     ArgumentsOf(call, NoArguments);
     ControlRegisterCommandData command;
     command.commandId = ControlRegisterCommandData::Stop;
-    Run(call, command);
+    Run(call, command, "the sensor couldn't stop");
 }
 
 void RequestHandler::Trigger(const Call& call) {
-    RunOnScanner(call, ControlRegisterCommandData::SoftwareTrigger);
+    RunOnScanner(call, ControlRegisterCommandData::SoftwareTrigger,
+                 "the trigger wasn't taken; the sensor has to scan in triggered mode");
 }
 
 void RequestHandler::Align(const Call& call) {
-    RunOnScanner(call, ControlRegisterCommandData::Align);
+    RunOnScanner(call, ControlRegisterCommandData::Align, "the sensor couldn't be aligned");
 }
 
 void RequestHandler::ClearAlign(const Call& call) {
-    RunOnScanner(call, ControlRegisterCommandData::ClearAlign);
+    RunOnScanner(call, ControlRegisterCommandData::ClearAlign, "the alignment couldn't be cleared");
 }
 
 void RequestHandler::LoadJob(const Call& call) {
@@ -237,7 +240,7 @@ void RequestHandler::LoadJob(const Call& call) {
     }
     command.commandId = ControlRegisterCommandData::LoadJob;
     std::ranges::copy(*name, command.commandArgs.begin());
-    Run(call, command);
+    Run(call, command, "the job couldn't be loaded; the former one goes on");
 }
 
 void RequestHandler::UserData(const Call& call) {
@@ -252,7 +255,7 @@ void RequestHandler::UserData(const Call& call) {
     command.commandId = ControlRegisterCommandData::SetUserData;
     std::ranges::copy(*text, command.commandArgs.begin());
     command.SetCommandArgsSize(text->size());
-    Run(call, command);
+    Run(call, command, "the text couldn't be handed over");
 }
 
 void RequestHandler::Result(const Call& call) {

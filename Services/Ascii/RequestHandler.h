@@ -69,9 +69,11 @@ private:
     void AnswerError(std::string& answer, int status, std::string_view text);
     void AddText(std::string& answer, std::string_view text) const;
     std::vector<Argument> ArgumentsOf(const Call& call, std::size_t max) const;
-    void Run(const Call& call, VorControl::ControlProtocol::ControlRegisterCommandData& command);
+    // `failure` is the text for a command that the sensor refuses or can't do.
+    void Run(const Call& call, const VorControl::ControlProtocol::ControlRegisterCommandData& command,
+             const char* failure);
     // Runs a command whose argument may be a scanner.
-    void RunOnScanner(const Call& call, std::uint8_t command);
+    void RunOnScanner(const Call& call, std::uint8_t command, const char* failure);
     void Ask(const Call& call, PendingAnswer::Kind kind);
 
     void Start(const Call& call);

@@ -115,7 +115,7 @@ TEST_F(AsciiSessionTest, AnswersACommandWhenItEnds) {
 
 TEST_F(AsciiSessionTest, SaysWhyACommandFailed) {
     const std::vector<std::pair<yStatus, std::string>> failures = {
-        {yERROR, "ERROR,0,\"the sensor couldn't do it; its log says why\""},
+        {yERROR, "ERROR,0,\"the sensor couldn't start to scan\""},
         {yERROR_STATE, "ERROR,-1000,\"the sensor's state doesn't allow this\""},
         {yERROR_NOT_FOUND, "ERROR,-999,\"not found\""},
         {yERROR_COMMAND, "ERROR,-998,\"the sensor doesn't know this command\""},
@@ -134,6 +134,25 @@ TEST_F(AsciiSessionTest, SaysWhyACommandFailed) {
         EXPECT_EQ(Sent(session), answer + "\r\n");
     }
     EXPECT_EQ(counters.errors, failures.size());
+}
+
+TEST_F(AsciiSessionTest, SaysWhatACommandThatJustFailedWasAbout) {
+    const std::vector<std::pair<std::string, std::string>> failures = {
+        {"STOP", "the sensor couldn't stop"},
+        {"TRIGGER", "the trigger wasn't taken; the sensor has to scan in triggered mode"},
+        {"ALIGN", "the sensor couldn't be aligned"},
+        {"CLEARALIGN", "the alignment couldn't be cleared"},
+        {"LOADJOB x", "the job couldn't be loaded; the former one goes on"},
+        {"USERDATA x", "the text couldn't be handed over"}};
+    sensor.endsAtOnce = false;
+    for (const auto& [request, text] : failures) {
+        Receive(session, request + "\n");
+        sensor.End(yERROR);
+        session.Process();
+        EXPECT_EQ(Sent(session), "ERROR,0,\"" + text + "\"\r\n");
+    }
+    sensor.stateStatus = yERROR;
+    EXPECT_EQ(Ask("STATE"), "ERROR,0,\"failed; the sensor's log says why\"");
 }
 
 TEST_F(AsciiSessionTest, LetsTheLinesBehindACommandWaitForItsEnd) {

@@ -1,0 +1,389 @@
+// Clients of the running service; the operations on the sensor are real, what they act on is fake.
+
+#include "Services/Ascii/AsciiProtocol.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Tests/Services/Ascii/TextClient.h"
+#include "Tests/Support/ControlEnviron.h"
+#include "Tests/Support/MainLoopThread.h"
+#include "Tests/Support/Results.h"
+#include "Tests/Support/Signal.h"
+#include "Vor/JsonSerializer.h"
+#include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/TextIdStandardOutputItemArgs.h"
+
+namespace Services::Ascii {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+using Tests::Results;
+using VorCommon::PersistDomain;
+using VorControl::ControlProtocol::ProtocolStatus;
+using Texts = std::vector<std::string>;
+
+class AsciiProtocolTest : public testing::Test {
+protected:
+    AsciiProtocolTest() {
+        service->AddControlScanResultsHandler();
+        Start();
+    }
+    ~AsciiProtocolTest() override {
+        release.Set();
+        service->RemoveControlScanResultsHandler();
+    }
+
+    void Start(json values = json::object()) {
+        values["port"] = 0;
+        Vor::Properties::JsonSerializer::Deserialize(service->Params(), values);
+        service->Start();
+        const std::string address = Properties()["address"];
+        port = static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
+        client = std::make_unique<TextClient>(port);
+    }
+
+    json Properties() {
+        service->NonPersistentPropertiesBeginLock();
+        json document = Vor::Properties::JsonSerializer::Serialize(service->Properties());
+        service->NonPersistentPropertiesEndLock();
+        return document;
+    }
+
+    // Waits until a property has this value.
+    bool Becomes(const char* property, std::uint64_t value) {
+        const auto deadline = std::chrono::steady_clock::now() + 10s;
+        while (Properties()[property] != value) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                return false;
+            }
+            std::this_thread::yield();
+        }
+        return true;
+    }
+
+    // Waits until a request is answered so.
+    bool Answers(const std::string& request, const std::string& expected) {
+        const auto deadline = std::chrono::steady_clock::now() + 10s;
+        while (client->Ask(request) != expected) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void Publish(const Results& results) { environ.application.hub.Publish(results.Get()); }
+
+    // From now on the main loop stands still in each call of the sensor, until `release` is set.
+    void Hold() {
+        environ.system.OnCall([this](const std::string&) {
+            held.Set();
+            release.Wait();
+        });
+    }
+
+    Tests::MainLoopThread mainLoop;
+    Tests::Signal held;
+    Tests::Signal release;
+    Tests::HostEnviron environ;
+    std::unique_ptr<AsciiProtocol> service = std::make_unique<AsciiProtocol>(environ.Record("ascii", "e-ascii"));
+    std::uint16_t port = 0;
+    std::unique_ptr<TextClient> client;
+};
+
+TEST_F(AsciiProtocolTest, RunsCommandsAndAnswersAtTheirEnd) {
+    EXPECT_EQ(service->GetProtocolStatus(), ProtocolStatus::Running);
+    EXPECT_EQ(client->Ask("START"), "OK");
+    EXPECT_EQ(client->Ask("STOP"), "OK");
+    EXPECT_EQ(client->Ask("LOADJOB part 7"), "OK");
+    EXPECT_EQ(environ.system.TakeCalls(), (Texts{"Start", "Stop", "LoadJob part 7"}));
+    EXPECT_EQ(client->Ask("TRIGGER"), "OK");
+    EXPECT_EQ(client->Ask("CLEARALIGN"), "OK");
+    EXPECT_EQ(environ.scanEngine.TakeCalls(), (Texts{"SoftwareTrigger ", "ClearAlignment "}));
+    EXPECT_EQ(Properties()["requests"], 5);
+    EXPECT_EQ(Properties()["errors"], 0);
+    EXPECT_EQ(Properties()["connected"], 1);
+}
+
+TEST_F(AsciiProtocolTest, TellsHowAnAlignmentEnds) {
+    environ.scanEngine.OnCall([&](const std::string& call) {
+        if (call == "Alignment ") {
+            environ.scanEngine.completed.Raise(VorScan::AlignCompletionStatus::Succeeded);
+        }
+    });
+    EXPECT_EQ(client->Ask("ALIGN"), "OK");
+    environ.scanEngine.OnCall([&](const std::string& call) {
+        if (call == "Alignment ") {
+            environ.scanEngine.completed.Raise(VorScan::AlignCompletionStatus::Failed);
+        }
+    });
+    EXPECT_EQ(client->Ask("ALIGN").substr(0, 6), "ERROR,");
+}
+
+TEST_F(AsciiProtocolTest, SaysWhyACommandFailed) {
+    environ.system.OnCall([](const std::string&) { Vor::Throw(yERROR_NOT_FOUND, "there is no such job"); });
+    EXPECT_EQ(client->Ask("LOADJOB nowhere"), "ERROR,0,\"the job couldn't be loaded; the former one goes on\"");
+    EXPECT_EQ(Properties()["errors"], 1);
+}
+
+TEST_F(AsciiProtocolTest, AnswersBusyWhileACommandRunsAndServesTheOthers) {
+    Hold();
+    EXPECT_TRUE(client->Send("START\r\n"));
+    ASSERT_TRUE(held.Wait());
+    TextClient other(port);
+    EXPECT_EQ(other.Ask("STOP"), "ERROR,-976,\"busy: another command is in progress\"");
+    EXPECT_EQ(other.Ask("RESULT 0"), "OK,INVALID,INVALID");
+    EXPECT_EQ(other.Ask("VERSION").substr(0, 3), "OK,");
+    release.Set();
+    EXPECT_EQ(client->Line(), "OK");
+    EXPECT_EQ(other.Ask("STOP"), "OK");
+}
+
+TEST_F(AsciiProtocolTest, AnswersBusyWhileAnOperationOfAnotherServiceRuns) {
+    Tests::Signal ended;
+    const auto id = environ.host.AddOpEndEventHandler("other", [&](int) { ended.Set(); });
+    Hold();
+    environ.host.StartScan("other");
+    ASSERT_TRUE(held.Wait());
+    {
+        const Vor::LogCapture log;
+        EXPECT_EQ(client->Ask("STOP"), "ERROR,-976,\"busy: another operation of the sensor is in progress\"");
+    }
+    release.Set();
+    EXPECT_TRUE(ended.Wait());
+    EXPECT_TRUE(Answers("STOP", "OK"));
+    auto handler = id;
+    environ.host.RemoveOpEndEventHandler("other", handler);
+}
+
+TEST_F(AsciiProtocolTest, AnswersAClientThatHasClosedItsSide) {
+    Hold();
+    client->Send("START\r\nVERSION\r\n");
+    ASSERT_TRUE(held.Wait());
+    client->HalfClose();
+    TextClient other(port);
+    EXPECT_EQ(other.Ask("RESULT 0"), "OK,INVALID,INVALID") << "the end of the client's side is there by now";
+    release.Set();
+    EXPECT_EQ(client->Line(), "OK");
+    EXPECT_EQ(client->Line().substr(0, 3), "OK,");
+    EXPECT_EQ(client->Line(), "(closed)");
+}
+
+TEST_F(AsciiProtocolTest, TellsTheStateAsItIsNow) {
+    VorControl::IControlSystemInterface::SystemStats stats;
+    stats.runState = 1;
+    stats.loadedJob = "demo.vrjob";
+    environ.dataCache.SetStats(stats);
+    VorControl::IControlScanEngineInterface::ScannerStateInfo info;
+    info.alignmentState = 2;
+    environ.dataCache.SetInfo(info);
+    EXPECT_EQ(client->Ask("STATE"), "OK,SCANNING,ALIGNING,IDLE,\"demo.vrjob\"");
+    stats.runState = 0;
+    environ.dataCache.SetStats(stats);
+    EXPECT_EQ(client->Ask("STATE"), "OK,READY,ALIGNING,IDLE,\"demo.vrjob\"");
+    EXPECT_EQ(client->Ask("JOB"), "OK,\"demo.vrjob\"");
+    EXPECT_EQ(environ.dataCache.TakeCalls().front(), "SystemStats 0") << "it waits for nothing";
+}
+
+TEST_F(AsciiProtocolTest, HasOutputsToBeginWith) {
+    EXPECT_EQ(client->Ask("OUTPUTS"),
+              "OK,0,\"profile/max\",1,\"profile/min\",2,\"profile/mean\",3,\"profile/width\",4,\"profile/points\",5,"
+              "\"profile/stamp\",6,\"profile/text\",\"height\",\"profile/max\",\"lowest\",\"profile/min\",\"mean\","
+              "\"profile/mean\",\"points\",\"profile/points\",\"stamp\",\"profile/stamp\",\"text\",\"profile/text\","
+              "\"width\",\"profile/width\"");
+    Publish(Results().Measurement("profile/max", 10.0014).Text("profile/text", "frame 1: max 10.001 mm"));
+    EXPECT_TRUE(Answers("RESULT height", "OK,10.001"));
+    EXPECT_EQ(client->Ask("RESULT 0 6"), "OK,10.001,1,\"frame 1: max 10.001 mm\"");
+    EXPECT_EQ(client->Ask("RESULT width text"), "OK,INVALID,\"frame 1: max 10.001 mm\"");
+}
+
+TEST_F(AsciiProtocolTest, TakesResultsOfTheAssemblyAndOfTheMap) {
+    EXPECT_EQ(service->DataSourceList(), (Texts{"profile/max", "profile/min", "profile/mean", "profile/width",
+                                                "profile/points", "profile/stamp", "profile/text"}));
+    VorControl::ControlProtocol::TextIdStandardOutputItemArgs item;
+    item.outputId = "extra";
+    item.source = "values/extra";
+    service->Outputs().Add(item);
+    service->OutputsUpdate();
+    EXPECT_EQ(service->DataSourceList().back(), "values/extra") << "what only the map has comes behind";
+    EXPECT_EQ(service->DataSourceList(PersistDomain::Job), service->DataSourceList());
+    EXPECT_EQ(service->DataSourceList(PersistDomain::Workspace), Texts());
+    Publish(Results().Measurement("values/extra", 4));
+    EXPECT_TRUE(Answers("RESULT extra", "OK,4.000")) << "its results pass the filter";
+}
+
+TEST_F(AsciiProtocolTest, FollowsAnEditedAssembly) {
+    Publish(Results().Measurement("profile/max", 3));
+    EXPECT_TRUE(Answers("RESULT 0", "OK,3.000,1"));
+    service->RegisterAssembly("registerAssembly-0")->ResetRegisterAssembly();
+    service->RegisterAssemblyUpdate("registerAssembly-0");
+    EXPECT_EQ(client->Ask("RESULT 0"), "ERROR,-999,\"there is no output 0\"");
+    EXPECT_EQ(client->Ask("RESULT height"), "OK,3.000");
+}
+
+TEST_F(AsciiProtocolTest, SendsALineAFrame) {
+    EXPECT_EQ(client->Ask("PUSH ON height"), "OK");
+    for (int frame = 1; frame <= 100; ++frame) {
+        Publish(Results().Measurement("profile/max", frame));
+    }
+    for (int frame = 1; frame <= 100; ++frame) {
+        ASSERT_EQ(client->Line(), "DATA," + std::to_string(frame) + "," + std::to_string(frame) + ".000");
+    }
+    EXPECT_EQ(client->Ask("PUSH OFF"), "OK");
+    Publish(Results().Measurement("profile/max", 0));
+    EXPECT_TRUE(Answers("RESULT height", "OK,0.000"));
+}
+
+TEST_F(AsciiProtocolTest, LetsASlowReaderOfFramesCostOnlyItself) {
+    TextClient slow(port, 1024);
+    TextClient quick(port);
+    EXPECT_EQ(slow.Ask("PUSH ON"), "OK");
+    EXPECT_EQ(quick.Ask("PUSH ON height"), "OK");
+    int frames = 0;
+    const std::string text(900, 'x');
+    while (Properties()["dropped"] == 0 && frames < 20000) {
+        ++frames;
+        Publish(Results().Measurement("profile/max", frames).Text("profile/text", text));
+        ASSERT_EQ(quick.Line(), "DATA," + std::to_string(frames) + "," + std::to_string(frames) + ".000");
+    }
+    EXPECT_LT(frames, 20000) << "the slow one loses frames";
+    EXPECT_EQ(client->Ask("RESULT height"), "OK," + std::to_string(frames) + ".000") << "others are served";
+    std::string last;
+    int received = 0;
+    int number = 0;
+    while (number < frames && received < frames) {
+        last = slow.Line();
+        ASSERT_EQ(last.substr(0, 5), "DATA,");
+        number = std::stoi(last.substr(5));
+        ++received;
+        if (received == 50) { // it takes lines again, and its gaps show in the numbers
+            Publish(Results().Measurement("profile/max", frames));
+            quick.Line();
+            ++frames;
+        }
+    }
+    EXPECT_LT(received, frames) << "a line was dropped";
+    EXPECT_EQ(quick.Ask("PUSH"), "OK,ON,0");
+}
+
+TEST_F(AsciiProtocolTest, ClosesAReaderOfFramesThatTakesNothingForTheIdleTime) {
+    service->Stop();
+    Start({{"idleTimeout", 1}});
+    TextClient slow(port, 1024);
+    TextClient quiet(port);
+    EXPECT_EQ(slow.Ask("PUSH ON"), "OK");
+    EXPECT_EQ(quiet.Ask("PUSH ON height"), "OK");
+    const std::string text(900, 'x');
+    for (int frame = 0; frame < 500; ++frame) {
+        Publish(Results().Measurement("profile/max", frame).Text("profile/text", text));
+        ASSERT_NE(quiet.Line(), "(closed)");
+    }
+    EXPECT_TRUE(client->WaitForClose()) << "silent without frames";
+    EXPECT_TRUE(Becomes("connected", 1)) << "the slow one is closed, too";
+    EXPECT_EQ(quiet.Ask("PUSH"), "OK,ON,0") << "one that takes its lines stays, though there are none now";
+}
+
+TEST_F(AsciiProtocolTest, ServesNoMoreClientsThanItMay) {
+    service->Stop();
+    Start({{"maxConnections", 2}});
+    EXPECT_EQ(client->Ask("VERSION").substr(0, 3), "OK,");
+    TextClient second(port);
+    EXPECT_EQ(second.Ask("VERSION").substr(0, 3), "OK,");
+    TextClient third(port);
+    EXPECT_TRUE(third.WaitForClose());
+    EXPECT_EQ(Properties()["refused"], 1);
+    EXPECT_EQ(second.Ask("QUIT"), "OK");
+    EXPECT_TRUE(second.WaitForClose());
+    TextClient fourth(port);
+    EXPECT_EQ(fourth.Ask("VERSION").substr(0, 3), "OK,");
+}
+
+TEST_F(AsciiProtocolTest, FollowsItsNetworks) {
+    const auto change = [&](const json& values) {
+        Vor::Properties::JsonSerializer::Deserialize(service->Params(), values);
+        service->ParamsUpdate();
+    };
+    change({{"writeNetworks", {"10.0.0.0/8"}}});
+    EXPECT_EQ(client->Ask("START"), "ERROR,-983,\"clients of your network may not command the sensor\"");
+    change({{"writeNetworks", {"127.0.0.1"}}});
+    EXPECT_EQ(client->Ask("START"), "OK");
+    change({{"readNetworks", {"10.0.0.0/8"}}});
+    EXPECT_TRUE(client->WaitForClose());
+    TextClient stranger(port);
+    EXPECT_TRUE(stranger.WaitForClose());
+}
+
+TEST_F(AsciiProtocolTest, TakesAnotherFormatWhileItRuns) {
+    Publish(Results().Measurement("profile/max", 1.5));
+    EXPECT_TRUE(Answers("RESULT 0", "OK,1.500,1"));
+    EXPECT_EQ(client->Ask("PUSH ON 0 width"), "OK");
+    Vor::Properties::JsonSerializer::Deserialize(
+        service->Params(), {{"delimiter", ";"}, {"decimalSeparator", 1}, {"terminator", "\x03"}, {"invalidText", "-"}});
+    service->ParamsUpdate();
+    client->Send("RESULT;0\x03");
+    EXPECT_EQ(client->Line("\x03"), "OK;1,500;1");
+    Publish(Results().Measurement("profile/max", 2.5));
+    EXPECT_EQ(client->Line("\x03"), "DATA;2;2,500;1;-");
+}
+
+TEST_F(AsciiProtocolTest, GoesOnAsItWasWithParametersThatDoNotGoTogether) {
+    Vor::Properties::JsonSerializer::Deserialize(service->Params(), {{"decimalSeparator", 1}});
+    EXPECT_THROW(service->ParamsUpdate(), Vor::Exception);
+    EXPECT_EQ(client->Ask("RESULT 0"), "OK,INVALID,INVALID");
+    service->Stop();
+    const Vor::LogCapture log;
+    EXPECT_THROW(service->Start(), Vor::Exception);
+    EXPECT_EQ(service->GetProtocolStatus(), ProtocolStatus::FailedToStart);
+    EXPECT_EQ(Properties()["failure"], "the delimiter \",\" has the decimal separator in it");
+}
+
+TEST_F(AsciiProtocolTest, StopsAtOnceWhateverItsClientsDo) {
+    Hold();
+    TextClient half(port);
+    half.Send("RESU");
+    client->Send("START\r\n");
+    ASSERT_TRUE(held.Wait());
+    const auto begin = std::chrono::steady_clock::now();
+    service->Stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 200ms);
+    EXPECT_EQ(service->GetProtocolStatus(), ProtocolStatus::Stopped);
+    EXPECT_EQ(Properties()["address"], "");
+    EXPECT_EQ(Properties()["connected"], 0);
+    EXPECT_TRUE(client->WaitForClose());
+    Start();
+    EXPECT_EQ(client->Ask("STOP"), "ERROR,-976,\"busy: another command is in progress\"")
+        << "the former one still runs";
+    release.Set();
+    EXPECT_TRUE(Answers("STOP", "OK"));
+}
+
+TEST_F(AsciiProtocolTest, EndsWhileACommandRuns) {
+    Hold();
+    client->Send("START\r\n");
+    ASSERT_TRUE(held.Wait());
+    service->RemoveControlScanResultsHandler();
+    release.Set();
+    service.reset();
+    EXPECT_TRUE(client->WaitForClose());
+    service = std::make_unique<AsciiProtocol>(environ.Record("ascii", "e-ascii"));
+}
+
+TEST_F(AsciiProtocolTest, ForgetsValuesAndCountsWhenItStartsAnew) {
+    Publish(Results().Measurement("profile/max", 1.5));
+    EXPECT_TRUE(Answers("RESULT 0", "OK,1.500,1"));
+    service->Stop();
+    Start();
+    EXPECT_EQ(client->Ask("RESULT 0"), "OK,INVALID,INVALID");
+    EXPECT_EQ(Properties()["requests"], 1);
+}
+
+} // namespace
+} // namespace Services::Ascii
