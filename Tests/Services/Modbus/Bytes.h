@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
@@ -39,6 +41,7 @@ public:
         , last(last) {}
 
     bool Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const override {
+        EXPECT_LE(address + count, 65536) << "no such range is asked for";
         if (address > last || address + count <= first) {
             return false;
         }
@@ -50,6 +53,8 @@ public:
     }
 
     unsigned char Write(const RegisterWrite& write) override {
+        EXPECT_LE(write.address + write.values.size() / 2, 65536U) << "no such range is asked for";
+        EXPECT_LE(write.readAddress + write.read.size() / 2, 65536U) << "no such range is asked for";
         if (refusal != NoException) {
             return refusal;
         }
