@@ -1,5 +1,6 @@
 #include "Sensor/CommandLine.h"
 
+#include "Sensor/Jobs/JobMapTool.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "Vor/Utf8.h"
@@ -140,9 +141,12 @@ void RequireValue(const CLI::App& app, const char* name, const std::string& valu
     }
 }
 
-void RequireDataAlone(const CLI::App& app) {
+/// Jobs need no option of the sensor but the folder of data, and those that need its services that of plug-ins.
+void RequireFoldersAlone(const CLI::App& app, const Jobs::JobCommand& command) {
     for (const CLI::Option* option : app.get_options()) {
-        if (option->count() > 0 && !option->check_lname("data")) {
+        const bool isPlugins = option->check_lname("plugins") || option->check_lname("verbose");
+        const bool isForJobs = option->check_lname("data") || (isPlugins && Jobs::JobMapTool::IsFor(command));
+        if (option->count() > 0 && !isForJobs) {
             throw StartError(option->get_name() + ": is for the sensor, not for its jobs.");
         }
     }
@@ -203,7 +207,7 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
     }
     result = Take(app, options);
     if (jobs.parsed()) {
-        RequireDataAlone(app);
+        RequireFoldersAlone(app, jobCommand);
         result.jobCommand = jobCommand;
     }
     return result;

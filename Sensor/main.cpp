@@ -1,7 +1,9 @@
 #include "Sensor/Application.h"
 #include "Sensor/CommandLine.h"
+#include "Sensor/Jobs/JobMapTool.h"
 #include "Sensor/Jobs/JobTool.h"
 #include "Sensor/StartError.h"
+#include "Sensor/UserLog.h"
 
 #include <csignal>
 #include <exception>
@@ -10,6 +12,17 @@
 namespace {
 
 constexpr int StatusOfRefusal = 2;
+
+void RunJobCommand(const Sensor::CommandLine& commandLine) {
+    const Sensor::Jobs::JobCommand& command = *commandLine.jobCommand;
+    if (Sensor::Jobs::JobMapTool::IsFor(command)) {
+        const Sensor::UserLog log(commandLine.verbose);
+        const Sensor::UserLog::Silence silence(log);
+        Sensor::Jobs::JobMapTool(commandLine.dataFolder, commandLine.pluginFolder, std::cout, std::cerr).Run(command);
+    } else {
+        Sensor::Jobs::JobTool(commandLine.dataFolder, std::cout).Run(command);
+    }
+}
 
 } // namespace
 
@@ -23,7 +36,7 @@ int main(int argc, char** argv) {
             return 0;
         }
         if (commandLine.jobCommand) {
-            Sensor::Jobs::JobTool(commandLine.dataFolder, std::cout).Run(*commandLine.jobCommand);
+            RunJobCommand(commandLine);
             return 0;
         }
         return Sensor::Application(commandLine, std::cout).Run();

@@ -18,6 +18,36 @@ void AddForce(CLI::App& app, JobCommand& command) {
     app.add_flag("--force", command.force, "Replace what exists already (default: refuse)");
 }
 
+/// What map and edit have in common.
+void AddMap(CLI::App& app, JobCommand& command) {
+    app.add_option("NAME", command.name, "The job")->required()->type_name("");
+    app.add_option("SERVICE", command.service, "The service, such as modbus")->required()->type_name("");
+    CLI::Option* assembly =
+        app.add_option("--assembly", command.assembly, "Which assembly of a service that has several")->type_name("ID");
+    app.add_flag("--outputs", command.outputs, "The service's output map instead of its assemblies")
+        ->excludes(assembly);
+}
+
+void DefineMap(CLI::App& jobs, JobCommand& command) {
+    CLI::App& map = Add(jobs, "map", "What a service's clients read where", command, JobCommand::Action::Map);
+    AddMap(map, command);
+    map.add_option("--format", command.format, "table, csv or json (default: table)")
+        ->check(CLI::IsMember({"table", "csv", "json"}))
+        ->type_name("FORMAT");
+
+    CLI::App& edit = Add(jobs, "edit", "Edit a service's map in a job's file", command, JobCommand::Action::Edit);
+    AddMap(edit, command);
+    edit.add_option("COMMAND", command.edit,
+                    "add, remove, removeAll, compact or update; of an output map add, addAll, remove, removeAll, "
+                    "compactId or updateId")
+        ->required()
+        ->type_name("");
+    edit.add_option("JSON", command.document,
+                    "What the command is given, such as '{\"blocks\":[{\"type\":\"Measurement\",\"dataSource\":"
+                    "\"profile/max\"}]}' (default: {})")
+        ->type_name("");
+}
+
 } // namespace
 
 CLI::App& JobCommand::Define(CLI::App& app, JobCommand& command) {
@@ -44,6 +74,7 @@ CLI::App& JobCommand::Define(CLI::App& app, JobCommand& command) {
     imported.add_option("FILE", command.file, "The file")->required()->type_name("");
     imported.add_option("NAME", command.name, "The name of the job (default: that of the file)")->type_name("");
     AddForce(imported, command);
+    DefineMap(jobs, command);
     return jobs;
 }
 
@@ -57,6 +88,10 @@ std::string JobCommand::Text() const {
         return "jobs copy " + name + " " + copyName;
     case Action::Export:
         return "jobs export " + name + " " + file;
+    case Action::Map:
+        return "jobs map " + name + " " + service;
+    case Action::Edit:
+        return "jobs edit " + name + " " + service + " " + edit;
     case Action::Import:
         break;
     }

@@ -59,6 +59,9 @@ void JobTool::Run(const JobCommand& command) {
             return Export(command);
         case JobCommand::Action::Import:
             return Import(command);
+        case JobCommand::Action::Map:
+        case JobCommand::Action::Edit:
+            Vor::Throw(yERROR_COMMAND, "it needs the services.");
         }
     } catch (const Vor::Exception& e) {
         throw StartError(PrintableText(command.Text() + ": " + e.what() + AdviceOn(e.Status(), command.action)));

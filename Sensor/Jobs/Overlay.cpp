@@ -1,5 +1,6 @@
 #include "Sensor/Jobs/Overlay.h"
 
+#include "Sensor/Jobs/ListedNames.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
@@ -18,14 +19,6 @@ namespace {
 
 std::string PathOf(const std::string& service) {
     return "/controls/" + service + "/config.json";
-}
-
-std::string Listed(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text.empty() ? "none" : text;
 }
 
 [[noreturn]] void Refuse(const ServiceSetting& setting, const std::string& reason) {

@@ -197,6 +197,20 @@ TEST(CommandLine, TakesWhatShallBeDoneWithJobs) {
     EXPECT_EQ(imported.jobCommand->action, Jobs::JobCommand::Action::Import);
     EXPECT_EQ(imported.jobCommand->name, "part");
     EXPECT_EQ(Parse({"jobs", "import", "file"}).jobCommand->name, "");
+    const CommandLine map = Parse({"--plugins", "p", "jobs", "map", "part", "modbus", "--format", "csv", "--outputs"});
+    EXPECT_EQ(map.jobCommand->action, Jobs::JobCommand::Action::Map);
+    EXPECT_EQ(map.jobCommand->name, "part");
+    EXPECT_EQ(map.jobCommand->service, "modbus");
+    EXPECT_EQ(map.jobCommand->format, "csv");
+    EXPECT_TRUE(map.jobCommand->outputs);
+    EXPECT_EQ(map.pluginFolder, "p");
+    const CommandLine edit = Parse({"jobs", "edit", "part", "modbus", "add", R"({"a":[1]})", "--assembly", "a"});
+    EXPECT_EQ(edit.jobCommand->action, Jobs::JobCommand::Action::Edit);
+    EXPECT_EQ(edit.jobCommand->edit, "add");
+    EXPECT_EQ(edit.jobCommand->document, R"({"a":[1]})");
+    EXPECT_EQ(edit.jobCommand->assembly, "a");
+    EXPECT_EQ(Parse({"jobs", "edit", "part", "modbus", "removeAll"}).jobCommand->document, "{}");
+    EXPECT_EQ(Parse({"jobs", "map", "part", "modbus"}).jobCommand->format, "table");
 }
 
 TEST(CommandLine, RefusesWhatIsNothingForJobs) {
@@ -207,6 +221,12 @@ TEST(CommandLine, RefusesWhatIsNothingForJobs) {
     EXPECT_NE(Refusal({"jobs", "show"}).find("NAME"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "copy", "part"}).find("TO"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "export", "part"}).find("FILE"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "map", "part"}).find("SERVICE"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "edit", "part", "modbus"}).find("COMMAND"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "map", "part", "modbus", "--format", "xml"}).find("--format"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "map", "part", "modbus", "--assembly", "a", "--outputs"}).find("--outputs"),
+              std::string::npos);
+    EXPECT_EQ(Refusal({"jobs", "list", "--plugins", "p"}), "--plugins: is for the sensor, not for its jobs.");
     EXPECT_EQ(Refusal({"jobs", "list", "--frame-rate", "5"}), "--frame-rate: is for the sensor, not for its jobs.");
     EXPECT_EQ(Refusal({"--once", "jobs", "list"}), "--once: is for the sensor, not for its jobs.");
     EXPECT_EQ(Refusal({"jobs", "list", "--data", ""}), "--data: the value is empty.");
@@ -215,7 +235,7 @@ TEST(CommandLine, RefusesWhatIsNothingForJobs) {
 TEST(CommandLine, HelpTellsOfTheJobsCommands) {
     EXPECT_NE(Parse({"--help"}).answer.find("jobs"), std::string::npos);
     const std::string help = Parse({"jobs", "--help"}).answer;
-    for (const char* command : {"list", "show", "copy", "export", "import"}) {
+    for (const char* command : {"list", "show", "copy", "export", "import", "map", "edit"}) {
         EXPECT_NE(help.find(command), std::string::npos) << command;
     }
     EXPECT_NE(Parse({"jobs", "copy", "--help"}).answer.find("--force"), std::string::npos);

@@ -64,6 +64,25 @@ TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
     EXPECT_EQ(StoredConfig(file), made);
 }
 
+TEST_P(JobRoundTrip, IsTheSameBytesWhenItIsLoadedAndSavedAgain) {
+    const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
+    Jobs::JobTemplate::Write(GetParam(), recording, file);
+    host.LoadPlugins(VOR_BINARY_DIR "/plugins");
+    host.CreateServices();
+    overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0"), host.Services());
+    host.Persistence().Load();
+    host.Persistence().Save(VorCommon::PersistDomain::Job).get().ThrowIfFailed();
+    const auto saved = VorCommon::ArchiveFile(file).Read();
+    EXPECT_FALSE(saved.empty());
+    host.Persistence().LoadJob(GetParam());
+    host.Persistence().Save(VorCommon::PersistDomain::Job).get().ThrowIfFailed();
+    const auto again = VorCommon::ArchiveFile(file).Read();
+    ASSERT_EQ(again.size(), saved.size());
+    for (const auto& [name, bytes] : saved) {
+        EXPECT_EQ(*again.at(name), *bytes) << name;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(OwnJobs, JobRoundTrip,
                          ::testing::Values(Jobs::JobTemplate::Demo, Jobs::JobTemplate::DemoValues),
                          [](const auto& job) { return job.param == Jobs::JobTemplate::Demo ? "Demo" : "DemoValues"; });

@@ -96,8 +96,7 @@ TEST(JobTemplate, AConfigurationIsAsTheServiceSavesIt) {
                                                      R"("outputIdMin":0,"outputIdReadOnly":false})"));
     EXPECT_EQ(assembly.at("properties"),
               json::parse(R"({"displayName":"Register Assembly 0","id":"registerAssembly-0","version":"1.2"})"));
-    EXPECT_EQ(section.at("registerAssemblyVersionList"),
-              json::parse(R"([{"id":"registerAssembly-0","version":"1"}])"));
+    EXPECT_EQ(section.at("registerAssemblyVersionList"), json::parse(R"([{"id":"registerAssembly-0","version":"1"}])"));
     EXPECT_EQ(Blocks(config).at(0),
               json::parse(R"({"dataSource":"profile/max","displayName":"Maximum Height","outputId":0,)"
                           R"("registerCount":3,"type":"Measurement","version":"1.2"})"));

@@ -1,0 +1,210 @@
+#include "Sensor/Jobs/JobService.h"
+
+#include "Sensor/Jobs/KnownKeys.h"
+#include "Sensor/Jobs/ListedNames.h"
+#include "Sensor/Jobs/OfflineServices.h"
+#include "Vor/Exception.h"
+#include "Vor/JsonSerializer.h"
+#include "Vor/JsonText.h"
+#include "Vor/LogOutput.h"
+#include "Vor/Logging.h"
+#include "VorCommon/ICommandTarget.h"
+#include "VorControl/ControlProtocol/IProtocolOutput.h"
+#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/Persistence/PersistFields.h"
+#include "VorControl/Providers/IControlPersistenceProvider.h"
+#include "yApi/yStatus.h"
+
+#include <algorithm>
+
+namespace Sensor::Jobs {
+
+namespace {
+
+using nlohmann::json;
+using VorCommon::PersistDomain;
+using VorControl::Persistence::PersistLoadResult;
+using namespace VorControl::Persistence;
+
+constexpr const char* SectionKey = "vor:control";
+constexpr const char* EnabledKey = "enabled";
+constexpr const char* FileVersion = "1";
+
+/// What users and developers were told that isn't good news, each text once.
+std::vector<std::string> ToldIn(const Vor::LogCapture& log) {
+    std::vector<std::string> texts;
+    for (const Vor::LogRecord& record : log.Records()) {
+        const bool isForUser = (record.level & Vor::LevelUserFlag) != 0;
+        const bool isError = record.level == Vor::LevelError && record.format != Vor::LogOutput::BackTraceFormat;
+        if ((isForUser || isError) && std::find(texts.begin(), texts.end(), record.text) == texts.end()) {
+            texts.push_back(record.text);
+        }
+    }
+    return texts;
+}
+
+std::string Joined(const std::vector<std::string>& texts) {
+    std::string all;
+    for (const std::string& text : texts) {
+        all += " " + text + (text.ends_with('.') ? "" : ".");
+    }
+    return all;
+}
+
+/// Ends an update of a map, whatever becomes of it.
+template <class Update, class End>
+void Bracketed(const Update& update, const End& end) {
+    try {
+        update();
+    } catch (...) {
+        end();
+        throw;
+    }
+    end();
+}
+
+} // namespace
+
+JobService::JobService(OfflineServices& services, const std::string& jobPath, const std::string& service)
+    : instance(services.Get(service))
+    , path("/controls/" + service + "/config.json")
+    , store(jobPath) {
+    store.OpenJob();
+    if (!store.Exists(path)) {
+        Vor::Throw(yERROR_PARAMETER, "the job holds nothing of service '%s'. Expected one that jobs show names.",
+                   service);
+    }
+    if (instance.PersistenceProvider() == nullptr) {
+        Vor::Throw(yERROR_PARAMETER, "service '%s' keeps its settings in a way of its own.", service);
+    }
+    const VorCommon::PersistBuffer buffer = store.Read(path);
+    settings = Vor::ParseJson(reinterpret_cast<const char*>(buffer.pointer + buffer.offset), buffer.size);
+    Load();
+}
+
+void JobService::Load() {
+    if (!settings.is_object() || !settings.contains(SectionKey) || !settings.at(SectionKey).is_object() ||
+        settings.value(PERSISTENCE_FIELD_NAME_VERSION, json()) != FileVersion) {
+        Vor::Throw(yERROR_FORMAT, "entry '%s' holds no settings of version %s.", path, FileVersion);
+    }
+    json section = settings.at(SectionKey);
+    AddMissingVersions(section);
+    const Vor::LogCapture log;
+    const PersistLoadResult result = instance.PersistenceProvider()->Load(PersistDomain::Job, section);
+    notes = ToldIn(log);
+    if (result == PersistLoadResult::Failed) {
+        Vor::Throw(yERROR_PARAMETER, "entry '%s' can't be applied.%s", path, Joined(notes));
+    }
+}
+
+/// Settings from before there were versions are taken for those of the service.
+void JobService::AddMissingVersions(json& section) const {
+    const auto list = section.find(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
+    if (list == section.end() || !list->is_array() ||
+        section.contains(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST)) {
+        return;
+    }
+    json present;
+    instance.PersistenceProvider()->Save(PersistDomain::Job, present);
+    const json versions = present.value(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST, json::array());
+    json matching = json::array();
+    for (const json& entry : *list) {
+        const json properties = entry.is_object() ? entry.value(PERSISTENCE_FIELD_NAME_PROPERTIES, json()) : json();
+        const json id = properties.is_object() ? properties.value(PERSISTENCE_FIELD_NAME_ID, json()) : json();
+        const auto found = std::find_if(versions.begin(), versions.end(), [&](const json& version) {
+            return version.at(PERSISTENCE_FIELD_NAME_ID) == id;
+        });
+        if (found == versions.end()) {
+            return;
+        }
+        matching.push_back(*found);
+    }
+    if (!matching.empty()) {
+        section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST] = std::move(matching);
+    }
+}
+
+std::vector<std::string> JobService::Assemblies(const Selection& selection) const {
+    std::vector<std::string> all =
+        instance.HasRegisterAssemblyGroup() ? instance.RegisterAssemblyList() : std::vector<std::string>();
+    if (selection.assembly.empty()) {
+        return all;
+    }
+    if (std::find(all.begin(), all.end(), selection.assembly) == all.end()) {
+        Vor::Throw(yERROR_PARAMETER, "service '%s' has no assembly '%s'. Expected one of: %s.", instance.Id(),
+                   selection.assembly, Listed(all));
+    }
+    return {selection.assembly};
+}
+
+bool JobService::IsOutputs(const Selection& selection) const {
+    if (selection.outputs && !instance.HasProtocolOutput()) {
+        Vor::Throw(yERROR_PARAMETER, "service '%s' has no output map.", instance.Id());
+    }
+    return selection.outputs || (instance.HasProtocolOutput() && Assemblies(selection).empty());
+}
+
+std::string JobService::RequireAssembly(const Selection& selection) const {
+    const std::vector<std::string> ids = Assemblies(selection);
+    if (ids.empty()) {
+        Vor::Throw(yERROR_PARAMETER, "service '%s' has no map.", instance.Id());
+    }
+    if (ids.size() > 1) {
+        Vor::Throw(yERROR_PARAMETER, "service '%s' has several assemblies. Expected --assembly with one of: %s.",
+                   instance.Id(), Listed(ids));
+    }
+    return ids.front();
+}
+
+void JobService::Edit(const Selection& selection, const std::string& command, const json& document) {
+    const Vor::LogCapture log;
+    try {
+        if (IsOutputs(selection)) {
+            instance.BeginUpdateOutputsMap();
+            Bracketed([&] { Run(instance.OutputsCommandTarget(), command, document); },
+                      [&] { instance.EndUpdateOutputsMap(); });
+        } else {
+            const std::string id = RequireAssembly(selection);
+            instance.BeginUpdateRegisterAssembly(id.c_str());
+            Bracketed([&] { Run(instance.RegisterAssemblyCommandTarget(id.c_str()), command, document); },
+                      [&] { instance.EndUpdateRegisterAssembly(id.c_str()); });
+        }
+    } catch (const Vor::Exception& e) {
+        std::vector<std::string> texts = ToldIn(log);
+        std::erase_if(texts, [&](const std::string& text) { return text.find(e.what()) != std::string::npos; });
+        Vor::ThrowNested(e.Status(), "%s%s", e.what(), Joined(texts));
+    }
+}
+
+void JobService::Run(VorCommon::ICommandTarget& target, const std::string& command, const json& document) {
+    if (!target.IsCommandSupported(command)) {
+        std::vector<std::string> known;
+        for (const VorCommon::CommandInfo& info : target.ListCommands()) {
+            known.push_back(info.Id());
+        }
+        Vor::Throw(yERROR_PARAMETER, "there is no command '%s'. Expected one of: %s.", command, Listed(known));
+    }
+    const auto params = target.GetCommandParams(command);
+    if (!document.is_object()) {
+        Vor::Throw(yERROR_PARAMETER, "expected a JSON object but got %s.", document.type_name());
+    }
+    Vor::Properties::JsonSerializer::Validate(*params, document);
+    Vor::Properties::JsonSerializer::Deserialize(*params, document);
+    RequireKnownKeys(document, Vor::Properties::JsonSerializer::Serialize(*params));
+    target.InvokeCommand(command, *params);
+}
+
+void JobService::Save() {
+    json section;
+    instance.PersistenceProvider()->Save(PersistDomain::Job, section);
+    json& former = settings.at(SectionKey);
+    if (former.contains(EnabledKey)) {
+        section[EnabledKey] = former.at(EnabledKey);
+    }
+    former = std::move(section);
+    const std::string text = settings.dump(-1, ' ');
+    store.Write(path, text.data(), text.size());
+    store.Commit();
+}
+
+} // namespace Sensor::Jobs

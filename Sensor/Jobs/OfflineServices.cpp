@@ -1,0 +1,47 @@
+#include "Sensor/Jobs/OfflineServices.h"
+
+#include "Sensor/Jobs/ListedNames.h"
+#include "Vor/Exception.h"
+#include "VorControl/Control/IControlManager.h"
+#include "VorControl/Control/VorCnLib.h"
+#include "VorPlugin/PluginManager.h"
+#include "yApi/yStatus.h"
+
+#include <algorithm>
+
+namespace Sensor::Jobs {
+
+OfflineServices::OfflineServices(VorPlugin::PluginManager& plugins) {
+    Vor::ThrowIfFailed(VorCnLib_Construct(&assembly));
+    try {
+        module = std::make_unique<VorControl::ControlModule>(plugins, ModuleEnviron());
+    } catch (...) {
+        xyAssembly_VRelease(assembly);
+        throw;
+    }
+}
+
+OfflineServices::~OfflineServices() {
+    module.reset();
+    xyAssembly_VRelease(assembly);
+}
+
+VorControl::ControlModuleEnviron OfflineServices::ModuleEnviron() {
+    VorControl::ControlModuleEnviron environ;
+    environ.platformAttributes = &attributes;
+    environ.runtimeCache = &runtimeCache;
+    environ.problemsManager = &problems;
+    environ.updateGate = &updateGate;
+    return environ;
+}
+
+VorControl::IControlInstance& OfflineServices::Get(const std::string& id) {
+    VorControl::IControlManager& services = module->Manager();
+    const std::vector<std::string> known = services.List();
+    if (std::find(known.begin(), known.end(), id) == known.end()) {
+        Vor::Throw(yERROR_PARAMETER, "there is no service '%s'. Expected one of: %s.", id, Listed(known));
+    }
+    return services.GetInstance(id);
+}
+
+} // namespace Sensor::Jobs

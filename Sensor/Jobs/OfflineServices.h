@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Vor/MainLoop.h"
+#include "VorCommon/PlatformAttributes.h"
+#include "VorCommon/ProblemsManager.h"
+#include "VorCommon/RuntimeCache.h"
+#include "VorCommon/UpdateGate.h"
+#include "VorControl/Control/ControlModule.h"
+#include "yApi/yAssembly.h"
+
+#include <memory>
+#include <string>
+
+namespace VorPlugin {
+class PluginManager;
+}
+
+namespace Sensor::Jobs {
+
+/// The services of the plug-ins without a sensor: none is started, there are no scan results, and nobody persists them.
+/// The calling thread becomes the main loop's.
+class OfflineServices {
+public:
+    /// The plug-ins are borrowed. Throws a Vor::Exception when a service can't be created.
+    explicit OfflineServices(VorPlugin::PluginManager& plugins);
+    ~OfflineServices();
+    OfflineServices(const OfflineServices&) = delete;
+    OfflineServices& operator=(const OfflineServices&) = delete;
+
+    /// Throws a Vor::Exception that names the services there are when there is no such one.
+    VorControl::IControlInstance& Get(const std::string& id);
+
+private:
+    VorControl::ControlModuleEnviron ModuleEnviron();
+
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    VorCommon::PlatformAttributes attributes{VorCommon::PlatformKind::VirtualSensor};
+    VorCommon::RuntimeCache runtimeCache;
+    VorCommon::UpdateGate updateGate;
+    VorCommon::ProblemsManager problems;
+    yAssembly assembly = nullptr;
+    std::unique_ptr<VorControl::ControlModule> module;
+};
+
+} // namespace Sensor::Jobs
