@@ -330,10 +330,18 @@ void AsciiProtocol::OperationEndEventImpl(int status) {
         ended.swap(running);
         hasBegun = runner != std::this_thread::get_id();
     }
-    if (ended != nullptr) {
+    if (ended == nullptr) {
+        return;
+    }
+    const auto tell = [this, ended, hasBegun, status] {
         // A command that fails before it has begun was refused because of another service's.
         ended->End(status == yERROR && !hasBegun ? yERROR_BUSY : status);
         wakeup.Set();
+    };
+    if (outputsChanging) { // the client that has loaded a job finds the job's outputs
+        mainLoop.Run(tell);
+    } else {
+        tell();
     }
 }
 

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Tests/EndToEnd/Program.h"
+#include "Tests/EndToEnd/VirtualSensor.h"
+#include "Tests/Support/TempFolder.h"
+#include "VorCommon/ArchiveStore.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Tests {
+
+/// A block of the service's assembly, without number: it gets the next one.
+struct AsciiBlock {
+    const char* type;
+    const char* dataSource;
+};
+
+/// The virtual sensor with a job "line" that enables the ASCII service, on a free port.
+class AsciiSensor {
+public:
+    using Names = std::vector<std::pair<std::string, std::string>>; ///< id and data source
+
+    /// The service with what it has by default.
+    explicit AsciiSensor(const nlohmann::json& parameters = nlohmann::json::object(),
+                         std::vector<std::string> arguments = {}) {
+        WriteJob("line", Config(parameters));
+        arguments.insert(arguments.begin(), {VirtualSensor::File, "--data", data.Path().string(), "--job", "line"});
+        program.emplace(arguments);
+    }
+
+    static nlohmann::json Config(nlohmann::json parameters) {
+        parameters.emplace("port", 0);
+        return {
+            {"version", "1"},
+            {"vor:control", {{"enabled", true}, {"parameters", std::move(parameters)}, {"parametersVersion", "1"}}}};
+    }
+
+    /// With outputs of its own.
+    static nlohmann::json Config(const nlohmann::json& parameters, const std::vector<AsciiBlock>& blocks,
+                                 const Names& names) {
+        nlohmann::json config = Config(parameters);
+        nlohmann::json& section = config["vor:control"];
+        nlohmann::json list = nlohmann::json::array();
+        for (const AsciiBlock& block : blocks) {
+            list.push_back({{"type", block.type}, {"dataSource", block.dataSource}, {"outputId", list.size()}});
+        }
+        section["registerAssemblyList"] = {{{"properties", {{"id", "registerAssembly-0"}}}, {"blocks", list}}};
+        section["registerAssemblyVersionList"] = {{{"id", "registerAssembly-0"}, {"version", "1"}}};
+        nlohmann::json map = nlohmann::json::array();
+        for (const auto& [id, source] : names) {
+            map.push_back({{"outputId", id}, {"source", source}});
+        }
+        section["outputs"] = {{"map", map}};
+        return config;
+    }
+
+    void WriteJob(const std::string& name, const nlohmann::json& config) const {
+        std::filesystem::create_directories(data.Path() / "jobs");
+        VorCommon::ArchiveStore store(data.File("jobs/" + name + ".vrjob"));
+        const std::string text = config.dump();
+        store.Write("/controls/ascii/config.json", text.data(), text.size());
+        store.Commit();
+    }
+
+    std::string ServiceLine() { return program->WaitForLine("Service ascii (e-ascii):").value_or("none"); }
+
+    /// Waits until the service runs; its port, 0 when it doesn't run.
+    std::uint16_t WaitForPort() {
+        const std::string line = ServiceLine();
+        const std::string running = "Running at tcp://127.0.0.1:";
+        const auto at = line.find(running);
+        EXPECT_NE(at, std::string::npos) << line << program->Errors();
+        return at == std::string::npos ? std::uint16_t{0}
+                                       : static_cast<std::uint16_t>(std::stoi(line.substr(at + running.size())));
+    }
+
+    Program& Process() { return *program; }
+
+private:
+    TempFolder data;
+    std::optional<Program> program;
+};
+
+} // namespace Tests
