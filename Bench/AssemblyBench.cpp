@@ -1,9 +1,14 @@
-// What it costs to add many blocks of one register to an assembly in one request, and what a block weighs.
+// What it costs to edit an assembly of many blocks of one register, and what a block weighs.
 
 #include "Bench/Measure.h"
+#include "Vor/Exception.h"
+#include "Vor/LogOutput.h"
 #include "VorControl/ControlProtocol/AddBlockParams.h"
+#include "VorControl/ControlProtocol/CompactBlocksParams.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "VorControl/ControlProtocol/RemoveBlockParams.h"
+#include "VorControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <malloc.h>
 
@@ -14,6 +19,7 @@
 #include <numeric>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace VorControl::ControlProtocol;
@@ -22,6 +28,8 @@ namespace {
 
 constexpr double gigabyte = 1024.0 * 1024 * 1024;
 constexpr double neededMemory = 4 * gigabyte;
+// Six times the blocks, and the logarithm's share on top.
+constexpr double sixfold = 9.0;
 
 double FreeMemory() {
     std::ifstream file("/proc/meminfo");
@@ -54,31 +62,194 @@ struct Cost {
     double bytesPerBlock;
 };
 
-std::unique_ptr<ProtocolRegisterAssemblyBase> NewAssembly() {
-    auto assembly = std::make_unique<ProtocolRegisterAssemblyBase>(true, 0, 65534, "assembly", "assembly");
+using Assembly = ProtocolRegisterAssemblyBase;
+
+std::unique_ptr<Assembly> NewAssembly(unsigned short most = 65534) {
+    auto assembly = std::make_unique<Assembly>(true, 0, most, "assembly", "assembly");
     assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementDecisionRegisterBlockInfo>());
     return assembly;
 }
 
-Cost AddAll(const std::vector<unsigned short>& ids, bool autoShift) {
-    AddBlockParams request;
-    request.autoShift = autoShift;
-    request.blocks.Resize(ids.size());
+std::unique_ptr<AddBlockParams> AddRequest(const std::vector<unsigned short>& ids, bool autoShift) {
+    auto request = std::make_unique<AddBlockParams>();
+    request->autoShift = autoShift;
+    request->blocks.Resize(ids.size());
     for (std::size_t i = 0; i < ids.size(); ++i) {
-        auto& params = request.blocks.At(i);
+        auto& params = request->blocks.At(i);
         params.type = "MeasurementDecision";
-        params.dataSource = "source";
+        params.dataSource = "profile/" + std::to_string(ids[i]);
         params.displayName = "block";
         params.outputId = ids[i];
     }
+    return request;
+}
+
+template <class Call>
+double Seconds(const Call& call) {
+    const double start = Bench::ProcessCpuSeconds();
+    call();
+    return Bench::ProcessCpuSeconds() - start;
+}
+
+Cost AddAll(const std::vector<unsigned short>& ids, bool autoShift) {
+    const auto request = AddRequest(ids, autoShift);
     const auto assembly = NewAssembly();
     // What earlier runs have left goes back to the system: it would do for few blocks and not for many.
     malloc_trim(0);
     const double memory = UsedMemory();
-    const double start = Bench::ProcessCpuSeconds();
-    assembly->Add(request);
-    const double seconds = Bench::ProcessCpuSeconds() - start;
+    const double seconds = Seconds([&] { assembly->Add(*request); });
     return {seconds, (UsedMemory() - memory) / static_cast<double>(ids.size())};
+}
+
+std::unique_ptr<Assembly> Filled(std::size_t count, unsigned short most = 65534) {
+    auto assembly = NewAssembly(most);
+    assembly->Add(*AddRequest(Ids(count, false), false));
+    return assembly;
+}
+
+void FillRemoveRequest(RemoveBlockParams& request, const std::vector<unsigned short>& ids) {
+    request.outputIdList.Resize(ids.size());
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        request.outputIdList.At(i).outputId = ids[i];
+    }
+}
+
+double RemoveByList(std::size_t count) {
+    const auto assembly = Filled(count);
+    RemoveBlockParams request;
+    FillRemoveRequest(request, Ids(count, true));
+    return Seconds([&] { assembly->Remove(request); });
+}
+
+double RemoveAll(std::size_t count) {
+    const auto assembly = Filled(count);
+    return Seconds([&] { assembly->RemoveAll(); });
+}
+
+double Compact(std::size_t count) {
+    const auto assembly = Filled(count);
+    CompactBlocksParams request;
+    request.startingOutputId = 3;
+    return Seconds([&] { assembly->Compact(request); });
+}
+
+double Copy(std::size_t count) {
+    const auto source = Filled(count);
+    const auto assembly = NewAssembly();
+    return Seconds([&] { assembly->CopySupportedRegisterBlocks(*source); });
+}
+
+/// The last block goes to the front, and all others one up.
+double UpdateThatShiftsAll(std::size_t count) {
+    const auto assembly = Filled(count);
+    UpdateBlockParams request;
+    request.outputId = static_cast<unsigned short>(count - 1);
+    request.autoShift = true;
+    request.newParams.outputId = 0;
+    return Seconds([&] { assembly->Update(request); });
+}
+
+/// Half as many blocks as asked, with gaps of one register, each of which takes up a block that is in the way.
+double AddShiftingOne(std::size_t count) {
+    auto ids = Ids(count / 2, true);
+    for (auto& id : ids) {
+        id = static_cast<unsigned short>(2 * id);
+    }
+    const auto assembly = NewAssembly();
+    assembly->Add(*AddRequest(ids, false));
+    const auto request = AddRequest(ids, true);
+    return Seconds([&] { assembly->Add(*request); });
+}
+
+/// A full range, in which no entry of the request finds room.
+double AddWithoutRoom(std::size_t count) {
+    const auto assembly = Filled(count, static_cast<unsigned short>(count - 1));
+    const auto request = AddRequest(Ids(count, true), true);
+    return Seconds([&] {
+        try {
+            assembly->Add(*request);
+        } catch (const Vor::Exception&) {
+            Bench::Keep(assembly);
+        }
+    });
+}
+
+double SortByDataSource(std::size_t count) {
+    const auto assembly = Filled(count);
+    return Seconds([&] { Bench::Keep(assembly->FindAddedScanOutputBlocksSortedByDataSource().size()); });
+}
+
+double FindOfType(std::size_t count) {
+    const auto assembly = Filled(count);
+    return Seconds([&] { Bench::Keep(assembly->FindAddedBlocksOfTypes({"MeasurementDecision"}).size()); });
+}
+
+void CompareRequests(Bench::Report& report, int runs) {
+    const std::pair<const char*, double (*)(std::size_t)> requests[] = {
+        {"remove all by list, shuffled", RemoveByList},
+        {"remove all", RemoveAll},
+        {"compact", Compact},
+        {"copy", Copy},
+        {"update that shifts all", UpdateThatShiftsAll},
+        {"add, each shifting one", AddShiftingOne},
+        {"add, each without room", AddWithoutRoom},
+        {"blocks by data source", SortByDataSource},
+        {"blocks of a type", FindOfType},
+    };
+    for (const auto& [label, measure] : requests) {
+        const auto comparison = Bench::Compare(
+            runs, [&] { return measure(60000); }, [&] { return measure(10000); });
+        report.Note(std::string(label) + ", 1,000", measure(1000) * 1e3, "ms");
+        report.Add(std::string(label) + ", 60,000 against 10,000", comparison, "ms", sixfold, 1e3);
+    }
+}
+
+/// Single requests on an assembly that has `count` blocks.
+void EditOne(Bench::Report& report, std::size_t count) {
+    const auto assembly = Filled(count);
+    const auto asked = Ids(count, true);
+    const std::size_t requests = 200;
+    const auto note = [&](const char* request, const auto& call) {
+        const double seconds = Seconds([&] {
+            for (std::size_t i = 0; i < requests; ++i) {
+                call(i);
+            }
+        });
+        report.Note(std::string(request) + " among " + std::to_string(count),
+                    seconds * 1e6 / static_cast<double>(requests), "us");
+    };
+
+    UpdateBlockParams rename;
+    rename.newParams.displayName = "found";
+    note("find and rename", [&](std::size_t i) {
+        rename.outputId = asked[i];
+        assembly->Update(rename);
+    });
+    RemoveBlockParams remove;
+    remove.outputIdList.Resize(1);
+    note("remove", [&](std::size_t i) {
+        remove.outputIdList.At(0).outputId = asked[i];
+        assembly->Remove(remove);
+    });
+    const auto add = AddRequest({0}, false);
+    note("add", [&](std::size_t i) {
+        add->blocks.At(0).outputId = asked[i];
+        assembly->Add(*add);
+    });
+    UpdateBlockParams update;
+    note("update to another place", [&](std::size_t i) {
+        update.outputId = asked[i];
+        update.newParams.outputId = static_cast<unsigned short>(count + i);
+        assembly->Update(update);
+    });
+    // The blocks up to the next gap make room.
+    UpdateBlockParams shift;
+    shift.autoShift = true;
+    note("update that shifts some", [&](std::size_t i) {
+        shift.outputId = static_cast<unsigned short>(count + i);
+        shift.newParams.outputId = static_cast<unsigned short>(asked[i] + 1);
+        assembly->Update(shift);
+    });
 }
 
 void Compare(Bench::Report& report, const std::string& order, bool shuffled, int runs) {
@@ -94,7 +265,7 @@ void Compare(Bench::Report& report, const std::string& order, bool shuffled, int
         },
         [&] { return AddAll(few, false).seconds; });
     report.Note("1,000 blocks, " + order, AddAll(Ids(1000, shuffled), false).seconds * 1e3, "ms");
-    report.Add("60,000 blocks against 10,000, " + order, comparison, "ms", 9.0, 1e3);
+    report.Add("60,000 blocks against 10,000, " + order, comparison, "ms", sixfold, 1e3);
     report.Note("memory of a block, " + order, bytesPerBlock, "bytes", 16.0 * 1024);
 }
 
@@ -107,7 +278,8 @@ void AddShifting(Bench::Report& report, std::size_t count) {
 } // namespace
 
 int main(int argc, char** argv) {
-    Bench::Report report("Adding blocks to an assembly", argc, argv);
+    Vor::LogOutput::Set([](const Vor::LogRecord&) {});
+    Bench::Report report("Editing assemblies", argc, argv);
     if (const double memory = FreeMemory(); memory < neededMemory) {
         char reason[96];
         std::snprintf(reason, sizeof(reason), "%.1f GB of memory are free, 4 are needed", memory / gigabyte);
@@ -122,6 +294,10 @@ int main(int argc, char** argv) {
     AddShifting(report, 1000);
     if (!report.Has("--quick")) {
         AddShifting(report, 10000);
+    }
+    CompareRequests(report, runs);
+    for (const std::size_t count : {1000, 10000, 60000}) {
+        EditOne(report, count);
     }
     return report.Finish();
 }
