@@ -139,8 +139,10 @@ void ModbusProtocol::ParamsReset() {
     params->Reset();
 }
 
-void ModbusProtocol::ParamsResetImpl(PersistDomain) {
-    ParamsReset();
+void ModbusProtocol::ParamsResetImpl(PersistDomain domain) {
+    if (domain == PersistDomain::Job) {
+        ParamsReset();
+    }
 }
 
 std::shared_ptr<Vor::Params::Group> ModbusProtocol::BeginUpdateParamsImpl(PersistDomain domain, const char*) {
@@ -186,9 +188,11 @@ void ModbusProtocol::ConfigureDefaultRegisterAssembly() {
     RegisterAssemblyGroupReset(PersistDomain::Job);
 }
 
-void ModbusProtocol::RegisterAssemblyGroupResetImpl(PersistDomain) {
-    assembly->InitDefaultRegisterBlocksForRegisterAssembly();
-    registers.Rebuild();
+void ModbusProtocol::RegisterAssemblyGroupResetImpl(PersistDomain domain) {
+    if (domain == PersistDomain::Job) {
+        assembly->InitDefaultRegisterBlocksForRegisterAssembly();
+        registers.Rebuild();
+    }
 }
 
 std::shared_ptr<IProtocolRegisterAssembly>

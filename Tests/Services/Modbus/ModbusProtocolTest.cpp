@@ -400,6 +400,11 @@ TEST_F(ModbusProtocolTest, KeepsNothingInOtherDomains) {
     EXPECT_EQ(own->BeginUpdateRegisterAssembly(PersistDomain::Job, "another", "1"), nullptr);
     EXPECT_EQ(own->BeginUpdateRegisterAssembly(PersistDomain::Workspace, AssemblyId, "1"), nullptr);
     EXPECT_EQ(own->BeginUpdateParams(PersistDomain::Workspace, "1"), nullptr);
+    Load(Config({{"port", 0}, {"unitId", 7}}, TwoBlocks));
+    own->ParamsReset(PersistDomain::Workspace);
+    own->RegisterAssemblyGroupReset(PersistDomain::Workspace);
+    EXPECT_EQ(Vor::Properties::JsonSerializer::Serialize(*Instance().Params())["unitId"], 7);
+    EXPECT_EQ(Instance().RegisterAssembly(AssemblyId)->AddedRegisterBlocksCount(), 2u);
     json section;
     own->PersistenceProvider()->Save(PersistDomain::Workspace, section);
     EXPECT_TRUE(section.is_null());
