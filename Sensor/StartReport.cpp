@@ -153,7 +153,7 @@ void StartReport::ForEachMap(VorControl::IControlManager& manager, const RowsFun
     for (const std::string& id : manager.List()) {
         IControlInstance& instance = manager.GetInstance(id);
         try {
-            if (!instance.HasRegisterAssemblyGroup()) {
+            if (!instance.IsEnabled() || !instance.HasRegisterAssemblyGroup()) {
                 continue;
             }
             for (const std::string& assembly : instance.RegisterAssemblyList()) {

@@ -31,7 +31,8 @@ public:
     /// `startFailures`, which holds reasons by id.
     void Services(VorControl::IControlManager& manager, const std::map<std::string, std::string>& startFailures);
 
-    /// A table for each register assembly, then a line for each of its data sources that isn't among `dataSources`.
+    /// A table for each register assembly of an enabled service, then a line for each of its data sources that isn't
+    /// among `dataSources`.
     void Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
     /// As Maps, without the tables.
     void MissingSources(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
