@@ -15,7 +15,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -371,24 +370,18 @@ TEST(ControlHostThreadsTest, ServicesMayComeAndGoWhileDataSourcesDo) {
             id, [&](EventType, const Properties&) { ++heard; }, wait);
     };
     Vor::AsyncRunner pipe;
-    std::atomic<bool> stop = false;
-    Tests::Signal stopped;
     // An event waits for the lock that a service holds while it waits for the main loop.
-    const std::function<void()> raise = [&] {
+    const auto raise = [&] {
         system.created.Raise("profile/max");
         system.deleted.Raise("gone");
-        if (stop) {
-            stopped.Set();
-        } else {
-            pipe.Run(raise);
-        }
     };
-    pipe.Run(raise);
     std::vector<std::thread> services;
     for (int i = 0; i < 3; ++i) {
         services.emplace_back([&, id = "s" + std::to_string(i)] {
             for (int round = 0; round < rounds; ++round) {
+                pipe.Run(raise);
                 add(id, shortTimeout);
+                pipe.Run(raise);
                 host.RemoveDataSourceEventHandler(id, shortTimeout);
             }
         });
@@ -396,8 +389,7 @@ TEST(ControlHostThreadsTest, ServicesMayComeAndGoWhileDataSourcesDo) {
     for (auto& service : services) {
         service.join();
     }
-    stop = true;
-    ASSERT_TRUE(stopped.Wait());
+    pipe.RunAndWait([] {}, longTimeout);
     const int before = heard;
     add("last", longTimeout);
     pipe.RunAndWait([&] { system.created.Raise("profile/max"); }, longTimeout);

@@ -144,7 +144,7 @@ TEST(OperationsOfARunningLoopTest, TheObjectGoesAfterAnActionThatIsRunning) {
         acting.Set();
         EXPECT_TRUE(going.Wait());
         // The object goes meanwhile, yet what takes the action's end is still there.
-        for (int i = 0; i < 1000; ++i) {
+        for (int i = 0; i < 50; ++i) {
             std::this_thread::yield();
         }
         dispatchers = Tests::CountThreads(Tests::DispatcherName);

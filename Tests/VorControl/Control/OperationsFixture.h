@@ -66,7 +66,10 @@ class OperationsFixture : public testing::Test {
 protected:
     using ActionId = VorControl::ControlProtocolOperations::ActionId;
 
-    OperationsFixture() { Make(); }
+    OperationsFixture() {
+        loop.RunReady(); // what an earlier test left there
+        Make();
+    }
     ~OperationsFixture() override {
         operations.reset();
         EXPECT_EQ(CountThreads(DispatcherName), 0U);
