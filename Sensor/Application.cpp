@@ -9,7 +9,9 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorCommon/ArchiveFile.h"
+#include "VorControl/Control/IControlInstance.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
@@ -76,6 +78,7 @@ int Application::Run() {
     TakeSettings();
     PrepareJob();
     LoadJob();
+    EnableServices();
     Report();
     StartScan();
     loop.Run();
@@ -107,6 +110,12 @@ void Application::TakeSettings() {
     for (const Jobs::ServiceSetting& setting : commandLine.settings) {
         overlay.Add(setting, host.Services());
     }
+    const std::vector<std::string> known = host.Services().List();
+    for (const std::string& id : commandLine.enable) {
+        if (std::find(known.begin(), known.end(), id) == known.end()) {
+            throw StartError("--enable " + id + ": unknown service.");
+        }
+    }
 }
 
 void Application::PrepareJob() {
@@ -125,6 +134,17 @@ void Application::LoadJob() {
         host.LoadDomains();
     } catch (const Vor::Exception& e) {
         throw StartError(e.what());
+    }
+}
+
+void Application::EnableServices() {
+    for (const std::string& id : commandLine.enable) {
+        VorControl::IControlInstance& instance = host.Services().GetInstance(id);
+        if (instance.IsEnabled()) {
+            continue;
+        }
+        overlay.Apply(instance);
+        instance.Enable(true);
     }
 }
 

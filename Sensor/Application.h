@@ -44,6 +44,8 @@ private:
     void TakeSettings();
     void PrepareJob();
     void LoadJob();
+    /// Those that the user asked for, with the settings that the user gave.
+    void EnableServices();
     void Report();
     void StartScan();
     void StopScan();

@@ -90,6 +90,7 @@ struct Options {
     unsigned alignTime = 200;
     bool verbose = false;
     std::vector<std::string> settings;
+    std::vector<std::string> enable;
     int modbusPort = -1;
 };
 
@@ -126,6 +127,13 @@ void Define(CLI::App& app, Options& options) {
                    "Let a parameter of a service have a value in this run, without changing the job; may be repeated "
                    "(default: what the job says)")
         ->type_name("SERVICE.PARAMETER=VALUE")
+        ->expected(1)
+        ->take_all();
+    app.add_option(
+           "--enable", options.enable,
+           "Start a service that the job leaves disabled, such as ascii; may be repeated (default: what the job "
+           "says)")
+        ->type_name("SERVICE")
         ->expected(1)
         ->take_all();
     app.add_option("--modbus-port", options.modbusPort,
@@ -173,6 +181,7 @@ CommandLine Take(const CLI::App& app, const Options& options) {
     result.trigger = options.trigger == "software" ? Scan::TriggerMode::Software : Scan::TriggerMode::Time;
     result.alignment = {.time = std::chrono::milliseconds(options.alignTime), .outcome = OutcomeOf(options.align)};
     result.verbose = options.verbose;
+    result.enable = options.enable;
     for (const std::string& setting : options.settings) {
         result.settings.push_back(Jobs::ServiceSetting::Parse(setting));
     }

@@ -30,6 +30,8 @@ struct CommandLine {
     bool verbose = false;
     /// In the order in which they hold: a later one wins.
     std::vector<Jobs::ServiceSetting> settings;
+    /// Services to start at first although the job leaves them disabled.
+    std::vector<std::string> enable;
     /// To be run instead of the sensor.
     std::optional<Jobs::JobCommand> jobCommand;
     /// Text to print instead of running: the help or the version.

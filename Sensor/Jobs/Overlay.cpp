@@ -84,6 +84,21 @@ void Overlay::Add(const ServiceSetting& setting, VorControl::IControlManager& ma
     service.values[setting.parameter] = std::move(value);
 }
 
+void Overlay::Apply(VorControl::IControlInstance& instance) const {
+    const Service* const service = Find(PathOf(instance.TypeName()));
+    if (service == nullptr) {
+        return;
+    }
+    const auto params = instance.BeginUpdateParameters();
+    try {
+        Vor::Properties::JsonSerializer::Deserialize(*params, nlohmann::json(service->values));
+    } catch (...) {
+        instance.EndUpdateParameters();
+        throw;
+    }
+    instance.EndUpdateParameters();
+}
+
 const Overlay::Service* Overlay::Find(const std::string& path) const {
     const auto found = services.find(path);
     return found == services.end() ? nullptr : &found->second;

@@ -7,6 +7,7 @@
 #include <string>
 
 namespace VorControl {
+class IControlInstance;
 class IControlManager;
 }
 
@@ -26,6 +27,9 @@ public:
     /// number, true or false, a text, or any JSON for the rest. Throws a StartError that names the option for an
     /// unknown service or parameter and for a value that the parameter doesn't take.
     void Add(const ServiceSetting& setting, VorControl::IControlManager& manager);
+
+    /// Gives a service that isn't started its overlaid values, since its job has no file of it.
+    void Apply(VorControl::IControlInstance& instance) const;
 
     /// Null for a service of which nothing is overlaid. `path` is that of the service's file in its store.
     const Service* Find(const std::string& path) const;

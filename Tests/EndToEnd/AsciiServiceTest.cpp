@@ -183,6 +183,18 @@ TEST(AsciiService, FollowsTheMapOfAJobThatItsClientLoads) {
     EndWell(sensor);
 }
 
+TEST(AsciiService, IsStartedByItsUserAlthoughTheJobLeavesItDisabled) {
+    VirtualSensor sensor({"--enable", "ascii", "--set", "ascii.port=0", "--set", "ascii.invalidText=-"});
+    const std::string line = sensor.Process().WaitForLine("Service ascii").value_or("none");
+    const std::string running = "Service ascii (e-ascii): Running at tcp://127.0.0.1:";
+    ASSERT_EQ(line.substr(0, running.size()), running);
+    TextClient client(static_cast<std::uint16_t>(std::stoi(line.substr(running.size()))));
+    EXPECT_EQ(Field(Other(client, "RESULT height", "OK,-"), 0), "OK");
+    const Answer unknown = RunToEnd({VirtualSensor::File, "--data", TempFolder().Path().string(), "--enable", "telex"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_NE(unknown.errors.find("--enable telex: unknown service."), std::string::npos) << unknown.errors;
+}
+
 TEST(AsciiService, IsLeftAloneByTheDemoJob) {
     VirtualSensor sensor;
     EXPECT_EQ(sensor.Process().WaitForLine("Service ascii"), "Service ascii (e-ascii): Stopped");

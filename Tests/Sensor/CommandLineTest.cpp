@@ -128,6 +128,11 @@ TEST(CommandLine, ModbusPortIsASetting) {
     EXPECT_EQ(line.settings[1].option, "--modbus-port 0");
 }
 
+TEST(CommandLine, NamesTheServicesToStart) {
+    EXPECT_EQ(Parse({}).enable, std::vector<std::string>());
+    EXPECT_EQ(Parse({"--enable", "ascii", "--enable", "modbus"}).enable, (std::vector<std::string>{"ascii", "modbus"}));
+}
+
 TEST(CommandLine, AnErrorNamesTheOption) {
     for (const std::vector<const char*>& arguments :
          {std::vector<const char*>{"--modbus-port", "65536"}, {"--modbus-port", "-1"}, {"--modbus-port", "x"}}) {
@@ -166,7 +171,7 @@ TEST(CommandLine, HelpTellsEachOptionWithItsDefault) {
     const std::string help = Parse({"--help"}).answer;
     for (const char* option :
          {"--data", "--plugins", "--job", "--recording", "--frame-rate", "--once", "--no-scan", "--trigger", "--align",
-          "--align-time", "--set", "--modbus-port", "--verbose", "--version", "--help"}) {
+          "--align-time", "--set", "--enable", "--modbus-port", "--verbose", "--version", "--help"}) {
         EXPECT_NE(help.find(option), std::string::npos) << option;
     }
     for (const char* text : {"$XDG_DATA_HOME/vorsensor", "default: 10", "demo-values", "generated part", "(default:"}) {
