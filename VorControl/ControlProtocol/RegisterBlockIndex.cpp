@@ -144,7 +144,10 @@ void RegisterBlockIndex::Settle() {
 
 bool RegisterBlockIndex::Forget(Blocks::iterator position) {
     constexpr std::size_t fewest = 8;
-    if (!IsUpToDate() || unsettled.size() > fewest + byOutputId.size() / 8) {
+    if (!IsUpToDate()) {
+        return false;
+    }
+    if (unsettled.size() > fewest + byOutputId.size() / 8) {
         // When many blocks move, sorting all of them anew costs less.
         Invalidate();
         return false;
