@@ -3,6 +3,7 @@
 #include "Tests/EndToEnd/AsciiSensor.h"
 #include "Tests/Services/Ascii/TextClient.h"
 
+#include <algorithm>
 #include <chrono>
 #include <sstream>
 
@@ -128,6 +129,20 @@ TEST(AsciiService, TakesTheHabitsOfTelnet) {
     client.Send("\nQUIT\r\n");
     EXPECT_EQ(client.Line(), "OK") << "the line feed behind the carriage return is no line of its own";
     EXPECT_EQ(client.Line(), "(closed)");
+    EndWell(sensor);
+}
+
+TEST(AsciiService, IsDrivenByTheProgramOfItsPage) {
+    if (RunToEnd({"python3", "--version"}).status != 0) {
+        GTEST_SKIP() << "there is no python3";
+    }
+    AsciiSensor sensor({}, {"--no-scan", "--frame-rate", "100"});
+    const Answer answer =
+        RunToEnd({"python3", VOR_SOURCE_DIR "/Docs/examples/ascii-measure.py", std::to_string(sensor.WaitForPort())});
+    EXPECT_EQ(answer.status, 0) << answer.errors;
+    EXPECT_EQ(std::ranges::count(answer.output, '\n'), 11) << answer.output;
+    EXPECT_NE(answer.output.find(" mm high, 26.000 mm wide\n"), std::string::npos) << answer.output;
+    EXPECT_NE(answer.output.find("\nstopped at frame "), std::string::npos) << answer.output;
     EndWell(sensor);
 }
 
