@@ -249,7 +249,8 @@ TEST_F(ControlProtocolOperationsTest, AHandlerMayStartTheNextOperation) {
         }
     });
     operations->StartScan("b");
-    EXPECT_EQ(RunToEnd(), Texts{"first 1"});
+    EXPECT_TRUE(loop.Step());
+    EXPECT_EQ(ends.Take(), Texts{"first 1"});
     ASSERT_TRUE(rejected.Wait());
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
     EXPECT_EQ(system.TakeCalls(), (Texts{"Start", "Stop"}));
