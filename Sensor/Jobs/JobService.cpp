@@ -87,7 +87,7 @@ void JobService::Load() {
         settings.value(PERSISTENCE_FIELD_NAME_VERSION, json()) != FileVersion) {
         Vor::Throw(yERROR_FORMAT, "entry '%s' holds no settings of version %s.", path, FileVersion);
     }
-    json section = settings.at(SectionKey);
+    json& section = settings.at(SectionKey);
     AddMissingVersions(section);
     const Vor::LogCapture log;
     const PersistLoadResult result = instance.PersistenceProvider()->Load(PersistDomain::Job, section);
