@@ -49,7 +49,7 @@ TEST_F(PreparedSensor, RefusesInOneSentence) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> refusals = {
         {{"--recording", bad}, bad + ", line 3: z \"two\" isn't a number."},
         {{"--recording", "/no/such"}, "/no/such: the recording can't be opened (No such file or directory)."},
-        {{"--set", "nope.x=1"}, "--set nope.x=1: unknown service \"nope\", known: modbus."},
+        {{"--set", "nope.x=1"}, "--set nope.x=1: unknown service \"nope\", known: ascii, modbus."},
         {{"--set", "modbus.port=abc"},
          "--set modbus.port=abc: \"abc\" is no value of parameter \"port\", which is a number."},
         {{"--set", "modbus.unitId=256"},
