@@ -2,6 +2,7 @@
 
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/Translations.h"
+#include "Tests/VorControl/ControlProtocol/RandomRequests.h"
 #include "Tests/VorControl/ControlProtocol/TestAssembly.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
@@ -257,6 +258,39 @@ TEST(RegisterAssemblyCopy, OfItselfIsEmpty) {
     assembly.WithTypes().AddEntries({{"four"}});
     assembly.CopySupportedRegisterBlocks(assembly);
     EXPECT_EQ(assembly.AddedRegisterBlocksCount(), 0U);
+}
+
+TEST(RegisterAssembly, RequestsOfAllKindsOnSeveralThreadsLeaveTheBlocksInOrder) {
+    const SilentLog silentLog;
+    TestAssembly assembly(true);
+    assembly.WithTypes();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&assembly, t] {
+            for (int i = 0; i < 40; ++i) {
+                // Another thread's request may leave it nothing to do.
+                const auto id = static_cast<unsigned short>((7 * i + t) % 50);
+                FailureOf([&] { assembly.AddEntries({{"flexible", id}, {"one", id}}, true); });
+                FailureOf([&] { assembly.UpdateOne(id, {.outputId = 60, .displayName = "moved"}, true); });
+                FailureOf([&] { assembly.RemoveIds({60, id}); });
+                FailureOf([&] { assembly.CompactFrom(static_cast<unsigned short>(i % 5)); });
+                if (i % 20 == t) {
+                    assembly.RemoveAll();
+                }
+                int previousEnd = -1;
+                for (const auto& [first, last, name] : assembly.Places()) {
+                    EXPECT_LT(previousEnd, first);
+                    previousEnd = last;
+                }
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(assembly.CompactFrom(0), 0U);
+    const auto places = assembly.Places();
+    EXPECT_TRUE(places.empty() || places.front().first == 0);
 }
 
 TEST(RegisterAssembly, EditsAndReadsOnSeveralThreadsDontMeet) {

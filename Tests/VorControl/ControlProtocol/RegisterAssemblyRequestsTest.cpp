@@ -304,9 +304,10 @@ void CheckRequests(const Kind& kind, const Kind& secondKind) {
     types.push_back({"seven", 7, false, false, 0, 65534});
     types.erase(types.begin());
     Twins first(kind, least, most, types);
+    // Copies go one way: two assemblies must not copy each other.
     for (const auto& request : requests) {
         if (request.onSecond) {
-            second.Do(request, request.autoShift ? first : second);
+            second.Do(request, second);
         } else {
             first.Do(request, request.autoShift ? first : second);
         }
