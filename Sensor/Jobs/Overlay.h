@@ -9,7 +9,7 @@
 namespace VorControl {
 class IControlInstance;
 class IControlManager;
-}
+} // namespace VorControl
 
 namespace Sensor::Jobs {
 
