@@ -17,7 +17,6 @@
 
 namespace Services::Ascii {
 
-using VorControl::IControlHost;
 using namespace VorControl::ControlProtocol;
 
 namespace {

@@ -7,7 +7,6 @@
 namespace Services::Ascii {
 
 using namespace VorControl::ControlProtocol;
-using VorCommon::PersistDomain;
 
 std::shared_ptr<Vor::Params::Group> AsciiProtocol::Params(PersistDomain domain) const {
     return domain == PersistDomain::Job ? params : nullptr;
