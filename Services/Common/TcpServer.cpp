@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/ip/v6_only.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -16,6 +15,7 @@
 #include <type_traits>
 #include <unistd.h>
 
+#include "Services/Common/TcpListen.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "yApi/yStatus.h"
@@ -33,29 +33,6 @@ using Clock = std::chrono::steady_clock;
 // Bounds what the kernel keeps of the replies to a client that doesn't take them.
 constexpr int SendBufferSize = 64 * 1024;
 constexpr std::chrono::milliseconds AcceptRetryPeriod{100};
-
-tcp::endpoint ParseEndpoint(const TcpServerSettings& settings) {
-    error_code error;
-    const auto address = asio::ip::make_address(settings.address, error);
-    if (error) {
-        Vor::Throw(yERROR_PARAMETER, "\"%s\" is not an IP address", settings.address);
-    }
-    return tcp::endpoint(address, settings.port);
-}
-
-[[noreturn]] void ThrowListenFailure(const TcpServerSettings& settings, const error_code& error) {
-    const unsigned port = settings.port;
-    if (error == asio::error::address_in_use) {
-        Vor::Throw(yERROR_CONFLICT, "port %u on %s is in use", port, settings.address);
-    }
-    if (error == asio::error::access_denied) {
-        Vor::Throw(yERROR, "port %u on %s needs rights that this program doesn't have", port, settings.address);
-    }
-    if (error == boost::system::errc::address_not_available) {
-        Vor::Throw(yERROR_PARAMETER, "%s is not an address of this device", settings.address);
-    }
-    Vor::Throw(yERROR, "can't listen on port %u of %s: %s", port, settings.address, error.message());
-}
 
 // None when the client has gone already.
 std::optional<NetworkAddress> PeerOf(const tcp::socket& socket) {
@@ -96,7 +73,6 @@ private:
     auto OnThread(Work work) -> decltype(work());
     void StopThread();
 
-    tcp::acceptor Listen(const TcpServerSettings& wanted);
     bool IsAt(const TcpServerSettings& wanted) const;
     void Move(const TcpServerSettings& next);
     void StartAccept();
@@ -281,7 +257,7 @@ TcpServer::Impl::Impl(const char* threadName, TcpCounters& counters, const TcpSe
     , counters(counters)
     , hooks(std::move(called))
     , wakeup(wakeup)
-    , acceptor(Listen(wanted)) {
+    , acceptor(Listen(io, wanted)) {
     StartAccept();
     if (wakeup != nullptr) {
         wakeupDescriptor.assign(dup(wakeup->Descriptor()));
@@ -333,28 +309,6 @@ auto TcpServer::Impl::OnThread(Work work) -> decltype(work()) {
     return result.get();
 }
 
-tcp::acceptor TcpServer::Impl::Listen(const TcpServerSettings& wanted) {
-    const tcp::endpoint endpoint = ParseEndpoint(wanted);
-    tcp::acceptor listening(io);
-    error_code error;
-    error_code ignored;
-    listening.open(endpoint.protocol(), error);
-    if (!error) {
-        listening.set_option(asio::socket_base::reuse_address(true), ignored);
-        if (endpoint.protocol() == tcp::v6()) {
-            listening.set_option(asio::ip::v6_only(false), ignored);
-        }
-        listening.bind(endpoint, error);
-    }
-    if (!error) {
-        listening.listen(asio::socket_base::max_listen_connections, error);
-    }
-    if (error) {
-        ThrowListenFailure(wanted, error);
-    }
-    return listening;
-}
-
 void TcpServer::Impl::Update(const TcpServerSettings& next, const std::function<void()>& applied) {
     OnThread([this, &next, &applied] {
         if (!IsAt(next)) {
@@ -383,10 +337,10 @@ void TcpServer::Impl::Move(const TcpServerSettings& next) {
     ++listenGeneration;
     acceptor.close(ignored);
     try {
-        acceptor = Listen(next);
+        acceptor = Listen(io, next);
     } catch (const std::exception&) {
         if (wasListening) {
-            acceptor = Listen(former);
+            acceptor = Listen(io, former);
             StartAccept();
         }
         throw;
