@@ -4,6 +4,7 @@
 #include "Sensor/Jobs/ListedNames.h"
 #include "Sensor/Jobs/OfflineServices.h"
 #include "Vor/Exception.h"
+#include "Vor/Format.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/JsonText.h"
 #include "Vor/LogOutput.h"
@@ -49,6 +50,16 @@ std::string Joined(const std::vector<std::string>& texts) {
         all += " " + text + (text.ends_with('.') ? "" : ".");
     }
     return all;
+}
+
+/// What a failure says, and what was told on the way to it.
+std::string Reason(const Vor::Exception& failure, std::vector<std::string> told) {
+    if (!failure.HasText()) {
+        return told.empty() ? Vor::Format("it failed with status %d.", failure.Status()) : Joined(told).substr(1);
+    }
+    const std::string text = failure.what();
+    std::erase_if(told, [&](const std::string& line) { return line.find(text) != std::string::npos; });
+    return text + Joined(told);
 }
 
 /// Ends an update of a map, whatever becomes of it.
@@ -170,9 +181,7 @@ void JobService::Edit(const Selection& selection, const std::string& command, co
                       [&] { instance.EndUpdateRegisterAssembly(id.c_str()); });
         }
     } catch (const Vor::Exception& e) {
-        std::vector<std::string> texts = ToldIn(log);
-        std::erase_if(texts, [&](const std::string& text) { return text.find(e.what()) != std::string::npos; });
-        Vor::ThrowNested(e.Status(), "%s%s", e.what(), Joined(texts));
+        Vor::ThrowNested(e.Status(), "%s", Reason(e, ToldIn(log)));
     }
 }
 

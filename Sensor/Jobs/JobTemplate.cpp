@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace Sensor::Jobs {
 
@@ -21,6 +23,8 @@ constexpr unsigned StampAddress = 16;
 constexpr unsigned TextRegisters = 16;
 constexpr unsigned TextAddress = 40;
 constexpr std::size_t MaxValues = 5;
+constexpr unsigned AsciiPort = 8190;
+constexpr const char* OutputMapVersion = "1.2";
 
 /// One block of the demo maps.
 json Block(const char* type, const std::string& displayName, unsigned registerCount, unsigned address,
@@ -55,6 +59,15 @@ json DemoBlocks() {
                         Block("String", "Text", TextRegisters, TextAddress, "profile/text")});
 }
 
+/// Pairs of an id and a data source, by id.
+using Names = std::vector<std::pair<std::string, std::string>>;
+
+Names DemoNames() {
+    return {{"height", "profile/max"},    {"lowest", "profile/min"},  {"mean", "profile/mean"},
+            {"points", "profile/points"}, {"stamp", "profile/stamp"}, {"text", "profile/text"},
+            {"width", "profile/width"}};
+}
+
 json DemoValuesBlocks(const Scan::Recording& recording) {
     json blocks = json::array();
     const std::size_t count = std::min(recording.names.size(), MaxValues);
@@ -71,8 +84,25 @@ std::string BareName(const std::string& job) {
     return job.ends_with(Extension) ? job.substr(0, job.size() - Extension.size()) : job;
 }
 
+/// A service that runs with one assembly, of registers at addresses or of numbered blocks.
+json Section(json parameters, json blocks, bool isGlobalAddressSpaceUsed) {
+    constexpr const char* assemblyId = "registerAssembly-0";
+    json assembly = {{"attributes",
+                      {{"isGlobalAddressSpaceUsed", isGlobalAddressSpaceUsed},
+                       {"outputIdMin", 0},
+                       {"outputIdMax", 65534},
+                       {"outputIdReadOnly", false}}},
+                     {"properties", {{"version", "1.2"}, {"displayName", "Register Assembly 0"}, {"id", assemblyId}}},
+                     {"blocks", std::move(blocks)}};
+    return {{"enabled", true},
+            {"parameters", std::move(parameters)},
+            {"parametersVersion", "1"},
+            {"registerAssemblyList", json::array({std::move(assembly)})},
+            {"registerAssemblyVersionList", json::array({{{"id", assemblyId}, {"version", "1"}}})}};
+}
+
 /// The port is one that needs no privilege; values of several registers have their high word first.
-json Parameters() {
+json ModbusParameters() {
     return {{"address", "127.0.0.1"},
             {"port", 1502},
             {"unitId", 0},
@@ -83,21 +113,46 @@ json Parameters() {
             {"writeNetworks", json::array({"127.0.0.0/8", "::1/128"})}};
 }
 
-json Config(json blocks) {
-    constexpr const char* assemblyId = "registerAssembly-0";
+json ModbusSection(json blocks) {
     AppendControlBlocks(blocks);
-    json assembly = {
-        {"attributes",
-         {{"isGlobalAddressSpaceUsed", true}, {"outputIdMin", 0}, {"outputIdMax", 65534}, {"outputIdReadOnly", false}}},
-        {"properties", {{"version", "1.2"}, {"displayName", "Register Assembly 0"}, {"id", assemblyId}}},
-        {"blocks", std::move(blocks)}};
-    return {{"version", "1"},
-            {"vor:control",
-             {{"enabled", true},
-              {"parameters", Parameters()},
-              {"parametersVersion", "1"},
-              {"registerAssemblyList", json::array({std::move(assembly)})},
-              {"registerAssemblyVersionList", json::array({{{"id", assemblyId}, {"version", "1"}}})}}}};
+    return Section(ModbusParameters(), std::move(blocks), true);
+}
+
+/// Numbers the blocks from 0 on; each has the size of its type.
+json AsciiSection(json blocks, const Names& names) {
+    std::size_t number = 0;
+    for (json& block : blocks) {
+        block["outputId"] = number++;
+        block.erase("registerCount");
+    }
+    json section = Section({{"address", "127.0.0.1"}, {"port", AsciiPort}}, std::move(blocks), false);
+    json map = json::array();
+    for (const auto& [id, source] : names) {
+        map.push_back({{"outputId", id}, {"source", source}});
+    }
+    section["outputs"] = {{"version", OutputMapVersion}, {"map", std::move(map)}};
+    return section;
+}
+
+json Config(json section) {
+    return {{"version", "1"}, {"vor:control", std::move(section)}};
+}
+
+json BlocksOf(const std::string& job, const Scan::Recording& recording) {
+    if (BareName(job) == JobTemplate::Demo) {
+        return DemoBlocks();
+    }
+    if (recording.kind != Scan::RecordingKind::Values) {
+        throw StartError(
+            "--job " + job +
+            ": doesn't exist yet and is made from a recording of named values; give one with --recording FILE.");
+    }
+    return DemoValuesBlocks(recording);
+}
+
+void Put(VorCommon::IPersistStore& store, const char* path, const json& config) {
+    const std::string text = config.dump(-1, ' ');
+    store.Write(path, text.data(), text.size());
 }
 
 } // namespace
@@ -111,20 +166,17 @@ std::string JobTemplate::JobFor(const Scan::Recording& recording) {
 }
 
 nlohmann::json JobTemplate::ModbusConfig(const std::string& job, const Scan::Recording& recording) {
-    if (BareName(job) == Demo) {
-        return Config(DemoBlocks());
-    }
-    if (recording.kind != Scan::RecordingKind::Values) {
-        throw StartError(
-            "--job " + job +
-            ": doesn't exist yet and is made from a recording of named values; give one with --recording FILE.");
-    }
-    return Config(DemoValuesBlocks(recording));
+    return Config(ModbusSection(BlocksOf(job, recording)));
+}
+
+nlohmann::json JobTemplate::AsciiConfig(const std::string& job, const Scan::Recording& recording) {
+    const bool isDemo = BareName(job) == Demo;
+    return Config(AsciiSection(BlocksOf(job, recording), isDemo ? DemoNames() : Names()));
 }
 
 void JobTemplate::Fill(const std::string& job, const Scan::Recording& recording, VorCommon::IPersistStore& store) {
-    const std::string text = ModbusConfig(job, recording).dump(-1, ' ');
-    store.Write("/controls/modbus/config.json", text.data(), text.size());
+    Put(store, "/controls/modbus/config.json", ModbusConfig(job, recording));
+    Put(store, "/controls/ascii/config.json", AsciiConfig(job, recording));
 }
 
 void JobTemplate::Write(const std::string& job, const Scan::Recording& recording, const std::string& filePath) {

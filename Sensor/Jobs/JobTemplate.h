@@ -33,6 +33,8 @@ public:
 
     /// The content of "/controls/modbus/config.json" of a job. Throws as Fill does.
     static nlohmann::json ModbusConfig(const std::string& job, const Scan::Recording& recording);
+    /// The same of "/controls/ascii/config.json".
+    static nlohmann::json AsciiConfig(const std::string& job, const Scan::Recording& recording);
 };
 
 } // namespace Sensor::Jobs

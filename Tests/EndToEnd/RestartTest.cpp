@@ -67,7 +67,8 @@ TEST_F(RestartTest, AFactoryRestoreLoadsAFreshDemoJobAndKeepsTheOthers) {
     ASSERT_TRUE(program.WaitForLine("Loaded job: demo.vrjob")) << program.Errors();
     program.Signal(SIGTERM);
     EXPECT_EQ(program.WaitForExit(2s), 0) << program.Errors();
-    EXPECT_EQ(Entries(JobFile("demo")), std::vector<std::string>{"controls/modbus/config.json"});
+    EXPECT_EQ(Entries(JobFile("demo")),
+              (std::vector<std::string>{"controls/ascii/config.json", "controls/modbus/config.json"}));
     EXPECT_EQ(Entries(JobFile("test")), std::vector<std::string>{"controls/restoresFactory/config.json"});
     EXPECT_FALSE(std::filesystem::exists(data.File("workspace.vrdata")));
 }

@@ -2,6 +2,7 @@
 
 #include "Tests/EndToEnd/Program.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -20,12 +21,24 @@ public:
     explicit VirtualSensor(std::vector<std::string> arguments = {}, const std::string& port = "0")
         : program(Command(std::move(arguments), port, data.Path().string())) {}
 
-    /// Waits for the line that tells the service's state, and gives it.
+    /// Waits for the line that tells the state of the Modbus service, and gives it.
     std::string ServiceLine() { return program.WaitForLine("Service modbus (Modbus TCP):").value_or("none"); }
 
-    /// Waits until the service runs; its port, 0 when it doesn't run.
-    std::uint16_t WaitForPort() {
-        const std::string line = ServiceLine();
+    /// Waits until the Modbus service runs; its port, 0 when it doesn't run.
+    std::uint16_t WaitForPort() { return PortOf(ServiceLine()); }
+    /// The same of the ASCII service, whose line comes before.
+    std::uint16_t WaitForAsciiPort() {
+        return PortOf(program.WaitForLine("Service ascii (e-ascii):").value_or("none"));
+    }
+
+    bool WaitForLastFrame() { return program.WaitForLine("stands still behind the last frame").has_value(); }
+
+    Program& Process() { return program; }
+    std::string DataFolder() const { return data.Path().string(); }
+    std::string JobFile(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
+
+private:
+    std::uint16_t PortOf(const std::string& line) const {
         const std::string running = "Running at tcp://127.0.0.1:";
         const auto at = line.find(running);
         EXPECT_NE(at, std::string::npos) << line << program.Errors();
@@ -33,15 +46,13 @@ public:
                                        : static_cast<std::uint16_t>(std::stoi(line.substr(at + running.size())));
     }
 
-    bool WaitForLastFrame() { return program.WaitForLine("stands still behind the last frame").has_value(); }
-
-    Program& Process() { return program; }
-    std::string JobFile(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
-
-private:
     static std::vector<std::string> Command(std::vector<std::string> arguments, const std::string& port,
                                             const std::string& folder) {
+        const bool ownPlugins = std::ranges::find(arguments, "--plugins") != arguments.end();
         arguments.insert(arguments.begin(), {File, "--data", folder, "--modbus-port", port});
+        if (!ownPlugins) {
+            arguments.insert(arguments.end(), {"--set", "ascii.port=0"});
+        }
         return arguments;
     }
 

@@ -124,26 +124,55 @@ TEST(JobTemplate, TheValuesJobNeedsARecordingOfNamedValues) {
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
-TEST(JobTemplate, FillsAStoreWithTheServicesFile) {
+TEST(JobTemplate, TheAsciiServiceHasTheSameMeasurementsByNumberAndByName) {
+    const json demo = JobTemplate::AsciiConfig("demo", Scan::GeneratePart()).at("vor:control");
+    EXPECT_EQ(demo.at("enabled"), true);
+    EXPECT_EQ(demo.at("parameters").at("port"), 8190);
+    std::vector<std::string> blocks;
+    for (const json& block : demo.at("registerAssemblyList").at(0).at("blocks")) {
+        blocks.push_back(block.at("outputId").dump() + " " + block.at("dataSource").get<std::string>());
+    }
+    EXPECT_EQ(blocks, (std::vector<std::string>{"0 profile/max", "1 profile/min", "2 profile/mean", "3 profile/width",
+                                                "4 profile/points", "5 profile/stamp", "6 profile/text"}));
+    std::vector<std::string> names;
+    for (const json& entry : demo.at("outputs").at("map")) {
+        names.push_back(entry.at("outputId").get<std::string>() + " " + entry.at("source").get<std::string>());
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"height profile/max", "lowest profile/min", "mean profile/mean",
+                                               "points profile/points", "stamp profile/stamp", "text profile/text",
+                                               "width profile/width"}));
+
+    const json values = JobTemplate::AsciiConfig("demo-values", Values("ba")).at("vor:control");
+    EXPECT_EQ(values.at("registerAssemblyList").at(0).at("blocks").at(2).at("dataSource"), "values/stamp");
+    EXPECT_EQ(values.at("outputs").at("map"), json::array());
+}
+
+TEST(JobTemplate, FillsAStoreWithTheServicesFiles) {
     Tests::MemoryStore store;
     const Scan::Recording part = Scan::GeneratePart();
     JobTemplate::Fill("demo", part, store);
-    const VorCommon::PersistBuffer buffer = store.Read("/controls/modbus/config.json");
-    EXPECT_EQ(json::parse(buffer.pointer + buffer.offset, buffer.pointer + buffer.offset + buffer.size),
-              JobTemplate::ModbusConfig("demo", part));
+    const auto read = [&](const char* path) {
+        const VorCommon::PersistBuffer buffer = store.Read(path);
+        return json::parse(buffer.pointer + buffer.offset, buffer.pointer + buffer.offset + buffer.size);
+    };
+    EXPECT_EQ(read("/controls/modbus/config.json"), JobTemplate::ModbusConfig("demo", part));
+    EXPECT_EQ(read("/controls/ascii/config.json"), JobTemplate::AsciiConfig("demo", part));
     EXPECT_THROW(JobTemplate::Fill("demo-values", part, store), StartError);
 }
 
-TEST(JobTemplate, WritesAnArchiveWithTheServicesFile) {
+TEST(JobTemplate, WritesAnArchiveWithTheServicesFiles) {
     const Tests::TempFolder folder;
     const std::string file = folder.File("jobs/demo.vrjob");
     const Scan::Recording part = Scan::GeneratePart();
     JobTemplate::Write("demo", part, file);
     const auto entries = VorCommon::ArchiveFile(file).Read();
-    ASSERT_EQ(entries.size(), 1U);
-    EXPECT_EQ(entries.begin()->first, "controls/modbus/config.json");
-    const auto& bytes = *entries.begin()->second;
-    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), JobTemplate::ModbusConfig("demo", part).dump(-1, ' '));
+    const auto text = [&](const std::string& entry) {
+        const auto& bytes = *entries.at(entry);
+        return std::string(bytes.begin(), bytes.end());
+    };
+    EXPECT_EQ(entries.size(), 2U);
+    EXPECT_EQ(text("controls/modbus/config.json"), JobTemplate::ModbusConfig("demo", part).dump(-1, ' '));
+    EXPECT_EQ(text("controls/ascii/config.json"), JobTemplate::AsciiConfig("demo", part).dump(-1, ' '));
 }
 
 TEST(JobTemplate, TheArchiveIsListedByItsCommonTool) {

@@ -98,15 +98,20 @@ TEST_F(JobToolTest, AControlCharacterInANameIsNotPrinted) {
 }
 
 TEST_F(JobToolTest, ShowsEntriesAndServices) {
-    const std::string size =
-        std::to_string(JobTemplate::ModbusConfig("demo", Scan::GeneratePart()).dump(-1, ' ').size());
+    const auto size = [](const json& config) { return std::to_string(config.dump(-1, ' ').size()); };
     EXPECT_EQ(Run({.action = Action::Show, .name = "demo"}),
               "Job demo: " + PathOf("demo") + ", " + std::to_string(std::filesystem::file_size(PathOf("demo"))) +
                   " bytes, modified " + ModificationTime(PathOf("demo")) +
                   "\nEntries:\n"
-                  "  controls/modbus/config.json  " +
-                  size +
+                  "  controls/ascii/config.json   " +
+                  size(JobTemplate::AsciiConfig("demo", Scan::GeneratePart())) +
                   " bytes\n"
+                  "  controls/modbus/config.json  " +
+                  size(JobTemplate::ModbusConfig("demo", Scan::GeneratePart())) +
+                  " bytes\n"
+                  "Service ascii: enabled, 7 blocks\n"
+                  "  address = \"127.0.0.1\"\n"
+                  "  port = 8190\n"
                   "Service modbus: enabled, 11 blocks\n"
                   "  address = \"127.0.0.1\"\n"
                   "  byteOrder = 0\n"
@@ -120,16 +125,21 @@ TEST_F(JobToolTest, ShowsEntriesAndServices) {
 
 TEST_F(JobToolTest, ShowsJson) {
     const json shown = json::parse(Run({.action = Action::Show, .name = "demo.vrjob", .json = true}));
-    const json config = JobTemplate::ModbusConfig("demo", Scan::GeneratePart());
-    EXPECT_EQ(shown,
-              (json{{"name", "demo"},
-                    {"file", PathOf("demo")},
-                    {"size", std::filesystem::file_size(PathOf("demo"))},
-                    {"modified", ModificationTime(PathOf("demo"))},
-                    {"entries", {{{"name", "controls/modbus/config.json"}, {"size", config.dump(-1, ' ').size()}}}},
-                    {"services",
-                     {{"modbus",
-                       {{"enabled", true}, {"blocks", 11}, {"parameters", config["vor:control"]["parameters"]}}}}}}));
+    const json ascii = JobTemplate::AsciiConfig("demo", Scan::GeneratePart());
+    const json modbus = JobTemplate::ModbusConfig("demo", Scan::GeneratePart());
+    const auto entry = [](const char* name, const json& config) {
+        return json{{"name", name}, {"size", config.dump(-1, ' ').size()}};
+    };
+    const auto service = [](std::size_t blocks, const json& config) {
+        return json{{"enabled", true}, {"blocks", blocks}, {"parameters", config["vor:control"]["parameters"]}};
+    };
+    EXPECT_EQ(shown, (json{{"name", "demo"},
+                           {"file", PathOf("demo")},
+                           {"size", std::filesystem::file_size(PathOf("demo"))},
+                           {"modified", ModificationTime(PathOf("demo"))},
+                           {"entries", json::array({entry("controls/ascii/config.json", ascii),
+                                                    entry("controls/modbus/config.json", modbus)})},
+                           {"services", {{"ascii", service(7, ascii)}, {"modbus", service(11, modbus)}}}}));
 }
 
 TEST_F(JobToolTest, ShowsWhatAForeignJobHoldsAsFarAsItCan) {
