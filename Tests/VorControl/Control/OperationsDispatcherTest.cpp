@@ -151,6 +151,7 @@ TEST(OperationsOfARunningLoopTest, TheObjectGoesAfterAnActionThatIsRunning) {
         acted = true;
     });
     auto operations = std::make_unique<ControlProtocolOperations>(system, scanEngine, runtimeCache);
+    ASSERT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::DispatcherName) == 1; })) << "it has its name";
     operations->StartScan("a");
     ASSERT_TRUE(acting.Wait());
     going.Set();
