@@ -1,11 +1,11 @@
 #include "Services/Modbus/BlockTypes.h"
 
+#include "Services/Common/Translate.h"
 #include "Services/Modbus/ControlInputBlock.h"
 #include "Services/Modbus/ControlOutputBlock.h"
 #include "Services/Modbus/ScannerBlock.h"
 #include "Services/Modbus/StampRegisterBlock.h"
 #include "Services/Modbus/SystemBlock.h"
-#include "Services/Common/Translate.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlock.h"

@@ -1,7 +1,7 @@
 #include <memory>
 
-#include "Services/Modbus/ModbusProtocol.h"
 #include "Services/Common/Translate.h"
+#include "Services/Modbus/ModbusProtocol.h"
 #include "Vor/Exception.h"
 #include "VorControl/Control/ControlPlugin.h"
 #include "VorControl/Control/IControlFactory.h"

@@ -20,8 +20,8 @@ namespace VorControl::ControlProtocol {
 /// What a protocol client reads and writes: a list of register blocks, sorted by output id and never overlapping.
 ///
 /// Every operation may be called on any thread. It takes the assembly's reentrant lock for its own work, but for
-/// Id(), DisplayName(), Attributes(), Properties() and CommandTarget(). Failures are Vor::Exception; a lock that fails throws its
-/// status.
+/// Id(), DisplayName(), Attributes(), Properties() and CommandTarget(). Failures are Vor::Exception; a lock that fails
+/// throws its status.
 class IProtocolRegisterAssembly {
 public:
     inline static const char* const DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME =
