@@ -108,7 +108,7 @@ std::size_t RequestHandler::AnswerWriteMany(Bytes request, unsigned char* pdu) {
     const std::uint16_t address = Word(&request[1]);
     const std::uint16_t quantity = Word(&request[3]);
     const Bytes values = request.subspan(6);
-    if (!IsIn(quantity, MaxWriteQuantity) || request[5] != 2 * quantity || values.size() != 2u * quantity) {
+    if (!IsIn(quantity, MaxWriteQuantity) || request[5] != 2 * quantity || values.size() != std::size_t{2} * quantity) {
         return PutException(pdu, request[0], IllegalDataValue);
     }
     if (address + quantity > AddressCount) {
@@ -137,13 +137,13 @@ std::size_t RequestHandler::AnswerReadWrite(Bytes request, unsigned char* pdu) {
     const std::uint16_t quantity = Word(&request[7]);
     const Bytes values = request.subspan(10);
     if (!IsIn(readQuantity, MaxReadQuantity) || !IsIn(quantity, MaxReadWriteQuantity) || request[9] != 2 * quantity ||
-        values.size() != 2u * quantity) {
+        values.size() != std::size_t{2} * quantity) {
         return PutException(pdu, function, IllegalDataValue);
     }
     if (readAddress + readQuantity > AddressCount || address + quantity > AddressCount) {
         return PutException(pdu, function, IllegalDataAddress);
     }
-    const std::size_t readSize = 2u * readQuantity;
+    const std::size_t readSize = std::size_t{2} * readQuantity;
     const unsigned char code = registers.Write(
         {.address = address, .values = values, .readAddress = readAddress, .read = std::span(pdu + 2, readSize)});
     if (code != NoException) {

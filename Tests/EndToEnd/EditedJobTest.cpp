@@ -3,22 +3,12 @@
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
 #include "Tests/Services/Ascii/TextClient.h"
+#include "Tests/Support/Threads.h"
 
 namespace Tests {
 namespace {
 
 using Services::Ascii::TextClient;
-
-/// What is read, as soon as it is the text, or (`is` false) as soon as it is another one.
-template <class Read>
-std::string Eventually(const std::string& text, const Read& read, bool is = true) {
-    const auto end = std::chrono::steady_clock::now() + Program::Deadline;
-    std::string latest = read();
-    while ((latest == text) != is && std::chrono::steady_clock::now() < end) {
-        latest = read();
-    }
-    return latest;
-}
 
 /// The answer of the ASCII service that tells a measurement, and its value once more.
 std::string AsResult(const std::vector<std::uint16_t>& registers) {
@@ -64,14 +54,11 @@ TEST_F(EditedJobTest, IsReadByClientsAtItsNewAddressesAndIds) {
     ASSERT_EQ(text.Ask("STOP"), "OK");
     ASSERT_EQ(text.Ask("START"), "OK") << "frames come by the new map";
     const std::string none = "OK,INVALID,INVALID,INVALID";
-    EXPECT_NE(Eventually(
-                  none, [&] { return text.Ask("RESULT 9 peak"); }, false),
-              none);
+    ASSERT_TRUE(WaitUntil([&] { return text.Ask("RESULT 9 peak") != none; }));
     ASSERT_EQ(text.Ask("STOP"), "OK");
 
-    const std::string result = text.Ask("RESULT 9 peak");
-    EXPECT_EQ(Eventually(result, [&] { return AsResult(registers.Read(500, 3)); }), result)
-        << "both services tell of one frame";
+    const auto agree = [&] { return text.Ask("RESULT 9 peak") == AsResult(registers.Read(500, 3)); };
+    EXPECT_TRUE(WaitUntil(agree)) << "both services tell of the last frame";
     const auto points = registers.Read(600, 2);
     ASSERT_EQ(points.size(), 2u) << modbus_strerror(errno);
     EXPECT_GT(Signed32(points, 0), 0);

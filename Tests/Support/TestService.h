@@ -31,7 +31,10 @@ public:
         Init(init);
     }
 
-    ~TestService() override { Note("destroy", onDestroy); }
+    ~TestService() override {
+        StopOperationEndEvents();
+        Note("destroy", onDestroy);
+    }
 
     void Start() override { Note("Start", onStart); }
     void Stop() override { Note("Stop", onStop); }

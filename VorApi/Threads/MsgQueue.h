@@ -44,7 +44,7 @@ public:
             yObject_Release(item);
         }
         ThrowIfFailed(status);
-        object.release();
+        static_cast<void>(object.release());
     }
 
     /// Waits for an object and moves it to `object`. `yERROR_TIMEOUT` when none came; 0 doesn't wait.

@@ -32,7 +32,7 @@ void TakeResult(Vor::MsgQueue<Record>& queue, unsigned long long timeout, yLock 
 
 /// Takes a result that nobody fetched out of the queue and renews it.
 template <class Record>
-std::unique_ptr<Record> RenewResult(Vor::MsgQueue<Record>& queue, Record&& latest,
+std::unique_ptr<Record> RenewResult(Vor::MsgQueue<Record>& queue, Record latest,
                                     const Vor::LocatedFormat& failureText) {
     std::unique_ptr<Record> result;
     const yStatus status = queue.Remove(result, 0);

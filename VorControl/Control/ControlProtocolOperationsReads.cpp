@@ -100,7 +100,7 @@ void ControlProtocolOperations::DataSourceProperties(const std::string& name,
                                                      unsigned long long timeout) {
     using Properties = IControlSystemInterface::ControlDataSourceProperties;
     // The name may be one of the record's own.
-    const std::string asked = name;
+    const std::string asked = name; // NOLINT(performance-unnecessary-copy-initialization): see above
     out = Properties{};
     if (CanReadInPlace()) {
         systemInterface.DataSourceProperties(asked, out);
