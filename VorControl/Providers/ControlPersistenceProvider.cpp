@@ -26,7 +26,6 @@ using Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION;
 using Persistence::PersistLoadResult;
 using Persistence::StoredText;
 using Vor::Properties::JsonSerializer;
-using VorCommon::PersistDomain;
 using VorCommon::PersistDomain_Name;
 
 namespace {

@@ -20,7 +20,6 @@ using Persistence::LogThrown;
 using Persistence::PERSISTENCE_FIELD_NAME_OUTPUTS;
 using Persistence::PersistLoadResult;
 using Vor::Properties::JsonSerializer;
-using VorCommon::PersistDomain;
 using VorCommon::PersistDomain_Name;
 
 namespace {

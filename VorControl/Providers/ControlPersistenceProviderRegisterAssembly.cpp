@@ -35,7 +35,6 @@ using Persistence::PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST;
 using Persistence::PERSISTENCE_FIELD_NAME_VERSION;
 using Persistence::PersistLoadResult;
 using Persistence::StoredText;
-using VorCommon::PersistDomain;
 using VorCommon::PersistDomain_Name;
 
 namespace {
