@@ -1,25 +1,15 @@
 #pragma once
 
-#include <string>
-
-#include "VorApi/Params/Value.h"
-#include "VorControl/ControlProtocol/NonPersistentProperties.h"
+#include "Services/Common/TcpServerProperties.h"
 
 namespace Services::Modbus {
 
-// What the service shows of itself: its status, where clients find it, why it can't serve them, and what they do.
-class ModbusProperties : public VorControl::ControlProtocol::NonPersistentProperties {
+// What the service shows of itself.
+class ModbusProperties : public Common::TcpServerProperties {
 public:
     ModbusProperties();
 
-    // Such as "tcp://127.0.0.1:502", with the port that was really taken; empty while the service doesn't listen.
-    Vor::Params::Value<std::string> address;
-    // Empty, or why the service couldn't listen as its parameters say.
-    Vor::Params::Value<std::string> failure;
-    // As ServerCounters, since the service was started.
-    Vor::Params::Value<unsigned long long> connected;
-    Vor::Params::Value<unsigned long long> refused;
-    Vor::Params::Value<unsigned long long> requests;
+    // Requests that were answered with an exception, since the service was started.
     Vor::Params::Value<unsigned long long> exceptions;
 };
 
