@@ -1,56 +1,23 @@
 #pragma once
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
-#include <thread>
 
 #include "Tests/Services/Modbus/Bytes.h"
+#include "Tests/Support/TcpClient.h"
 
 namespace Services::Modbus {
 
-// A plain TCP socket to a port of 127.0.0.1. Whatever it waits for has a deadline.
-class RawClient {
+class RawClient : public Tests::TcpClient {
 public:
-    static constexpr int DeadlineMilliseconds = 10000;
-
-    explicit RawClient(std::uint16_t port, int receiveBuffer = 0)
-        : fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        const int one = 1;
-        setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-        if (receiveBuffer > 0) {
-            setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
-        }
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        connected = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    }
-    ~RawClient() { close(fd); }
-    RawClient(const RawClient&) = delete;
-    RawClient& operator=(const RawClient&) = delete;
-
-    bool Connected() const { return connected; }
+    using TcpClient::TcpClient;
 
     void Send(const Bytes& bytes) {
         ASSERT_EQ(send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
     }
 
-    // Sends as much as the connection takes without waiting; how many bytes that was.
-    std::size_t SendSome(const Bytes& bytes) {
-        const ssize_t sent = send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-        return sent < 0 ? 0 : static_cast<std::size_t>(sent);
-    }
-
-    void HalfClose() { shutdown(fd, SHUT_WR); }
+    std::size_t SendSome(const Bytes& bytes) { return SendSomeOf(bytes.data(), bytes.size()); }
 
     // Exactly `count` bytes, fewer at the end of the connection or the deadline.
     Bytes Receive(std::size_t count) {
@@ -89,15 +56,6 @@ public:
         }
         return false;
     }
-
-private:
-    bool Readable() {
-        pollfd wait{fd, POLLIN, 0};
-        return poll(&wait, 1, DeadlineMilliseconds) == 1;
-    }
-
-    int fd;
-    bool connected = false;
 };
 
 } // namespace Services::Modbus
