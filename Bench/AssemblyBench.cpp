@@ -10,11 +10,10 @@
 #include "VorControl/ControlProtocol/RemoveBlockParams.h"
 #include "VorControl/ControlProtocol/UpdateBlockParams.h"
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <malloc.h>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -26,10 +25,10 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-constexpr double gigabyte = 1024.0 * 1024 * 1024;
-constexpr double neededMemory = 4 * gigabyte;
-// Six times the blocks, and the logarithm's share on top.
-constexpr double sixfold = 9.0;
+constexpr double Gigabyte = 1024.0 * 1024 * 1024;
+constexpr double NeededMemory = 4 * Gigabyte;
+/// Six times the blocks, and the logarithm's share on top.
+constexpr double Sixfold = 9.0;
 
 double FreeMemory() {
     std::ifstream file("/proc/meminfo");
@@ -200,7 +199,7 @@ void CompareRequests(Bench::Report& report, int runs) {
         const auto comparison = Bench::Compare(
             runs, [&] { return measure(60000); }, [&] { return measure(10000); });
         report.Note(std::string(label) + ", 1,000", measure(1000) * 1e3, "ms");
-        report.Add(std::string(label) + ", 60,000 against 10,000", comparison, "ms", sixfold, 1e3);
+        report.Add(std::string(label) + ", 60,000 against 10,000", comparison, "ms", Sixfold, 1e3);
     }
 }
 
@@ -265,7 +264,7 @@ void Compare(Bench::Report& report, const std::string& order, bool shuffled, int
         },
         [&] { return AddAll(few, false).seconds; });
     report.Note("1,000 blocks, " + order, AddAll(Ids(1000, shuffled), false).seconds * 1e3, "ms");
-    report.Add("60,000 blocks against 10,000, " + order, comparison, "ms", sixfold, 1e3);
+    report.Add("60,000 blocks against 10,000, " + order, comparison, "ms", Sixfold, 1e3);
     report.Note("memory of a block, " + order, bytesPerBlock, "bytes", 16.0 * 1024);
 }
 
@@ -280,9 +279,9 @@ void AddShifting(Bench::Report& report, std::size_t count) {
 int main(int argc, char** argv) {
     Vor::LogOutput::Set([](const Vor::LogRecord&) {});
     Bench::Report report("Editing assemblies", argc, argv);
-    if (const double memory = FreeMemory(); memory < neededMemory) {
+    if (const double memory = FreeMemory(); memory < NeededMemory) {
         char reason[96];
-        std::snprintf(reason, sizeof(reason), "%.1f GB of memory are free, 4 are needed", memory / gigabyte);
+        std::snprintf(reason, sizeof(reason), "%.1f GB of memory are free, 4 are needed", memory / Gigabyte);
         report.Skip("60,000 blocks against 10,000", reason);
         return report.Finish();
     }

@@ -4,7 +4,6 @@
 
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
-
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/ModbusProtocol.h"
 #include "Vor/AsyncRunner.h"
@@ -54,7 +53,7 @@ constexpr int ClientCore = 1;
 constexpr std::uint16_t CommandAddress = 1000;
 constexpr std::uint16_t AnswerAddress = 1100;
 
-// Threads that are started from here on run there too.
+/// Threads that are started from here on run there too.
 void PinTo(int core) {
     cpu_set_t cores;
     CPU_ZERO(&cores);

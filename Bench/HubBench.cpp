@@ -22,10 +22,10 @@
 
 namespace {
 
-constexpr std::size_t rounds = 4;
-constexpr std::size_t passesPerRound = 16;
-constexpr std::size_t setCount = 16; // distinct sets, each published once a pass
-constexpr std::size_t setsPerRound = passesPerRound * setCount;
+constexpr std::size_t Rounds = 4;
+constexpr std::size_t PassesPerRound = 16;
+constexpr std::size_t SetCount = 16; ///< distinct sets, each published once a pass
+constexpr std::size_t SetsPerRound = PassesPerRound * SetCount;
 
 std::string SourceName(std::size_t i) {
     return "tool/" + std::to_string(i);
@@ -46,7 +46,7 @@ void Check(yStatus status) {
 }
 
 std::vector<Vor::Object> MakeSets(std::size_t items) {
-    std::vector<Vor::Object> sets(setCount);
+    std::vector<Vor::Object> sets(SetCount);
     for (auto& set : sets) {
         Check(ResultSet_Construct(set.Out()));
         for (std::size_t i = 0; i < items; ++i) {
@@ -62,7 +62,7 @@ std::vector<Vor::Object> MakeSets(std::size_t items) {
     return sets;
 }
 
-// Counts down what the services got; the publisher waits for the end without using CPU time.
+/// Counts down what the services got; the publisher waits for the end without using CPU time.
 class Countdown {
 public:
     void Expect(std::size_t count) { left.store(count); }
@@ -85,7 +85,7 @@ private:
     std::condition_variable done;
 };
 
-// The library: each service filters by a map of all the sources, so that every item passes.
+/// The library: each service filters by a map of all the sources, so that every item passes.
 class Library {
 public:
     Library(std::size_t services, std::size_t items)
@@ -102,8 +102,8 @@ public:
     }
 
     void Round() {
-        countdown.Expect(services * setsPerRound);
-        for (std::size_t pass = 0; pass < passesPerRound; ++pass) {
+        countdown.Expect(services * SetsPerRound);
+        for (std::size_t pass = 0; pass < PassesPerRound; ++pass) {
             for (const auto& set : sets) {
                 results.ProcessResultSet(set.Get());
             }
@@ -113,18 +113,18 @@ public:
 
     double Rate() {
         const double begin = Bench::ProcessCpuSeconds();
-        for (std::size_t i = 0; i < rounds; ++i) {
+        for (std::size_t i = 0; i < Rounds; ++i) {
             Round();
         }
-        const double passed = static_cast<double>(rounds * setsPerRound * services * items);
+        const double passed = static_cast<double>(Rounds * SetsPerRound * services * items);
         return passed / (Bench::ProcessCpuSeconds() - begin);
     }
 
-    // Of a filtered set, by the mean of a round.
+    /// Of a filtered set, by the mean of a round.
     double Allocations() {
         const auto begin = Bench::Allocations();
         Round();
-        return static_cast<double>(Bench::Allocations() - begin) / static_cast<double>(setsPerRound * services);
+        return static_cast<double>(Bench::Allocations() - begin) / static_cast<double>(SetsPerRound * services);
     }
 
 private:
@@ -151,7 +151,7 @@ struct Item {
 };
 
 std::vector<std::vector<Item>> MakePlainSets(std::size_t items) {
-    std::vector<std::vector<Item>> sets(setCount);
+    std::vector<std::vector<Item>> sets(SetCount);
     for (auto& set : sets) {
         for (std::size_t i = 0; i < items; ++i) {
             set.push_back({std::make_shared<Message>(Message{static_cast<double>(i), 1}),
@@ -161,7 +161,7 @@ std::vector<std::vector<Item>> MakePlainSets(std::size_t items) {
     return sets;
 }
 
-// A loop by hand over plain sets. `Service` tells what a service filters by and what it keeps of an item.
+/// A loop by hand over plain sets. `Service` tells what a service filters by and what it keeps of an item.
 template <class Service>
 class Loop {
 public:
@@ -178,10 +178,10 @@ public:
 
     double Rate() {
         const double begin = Bench::ProcessCpuSeconds();
-        for (std::size_t i = 0; i < rounds; ++i) {
+        for (std::size_t i = 0; i < Rounds; ++i) {
             Round();
         }
-        const double passed = static_cast<double>(rounds * setsPerRound * services.size() * items);
+        const double passed = static_cast<double>(Rounds * SetsPerRound * services.size() * items);
         return passed / (Bench::ProcessCpuSeconds() - begin);
     }
 
@@ -191,7 +191,7 @@ private:
     std::vector<std::vector<Item>> sets;
 
     void Round() {
-        for (std::size_t pass = 0; pass < passesPerRound; ++pass) {
+        for (std::size_t pass = 0; pass < PassesPerRound; ++pass) {
             for (const auto& set : sets) {
                 for (auto& service : services) {
                     service.Filter(set);
@@ -204,8 +204,8 @@ private:
     }
 };
 
-// For each item one lookup in a map and one share of message and of information; then one append of the filtered items
-// under a mutex. The service takes the list and gives the shares back.
+/// For each item one lookup in a map and one share of message and of information; then one append of the filtered items
+/// under a mutex. The service takes the list and gives the shares back.
 class MapAndShares {
 public:
     void Pass(const std::string& source) { passing.emplace(ResultInfo_IdOfText(source), source); }
@@ -237,7 +237,7 @@ private:
     std::vector<std::vector<Item>> taken;
 };
 
-// The least that one can do: a hash set instead of the map, plain pointers instead of shares.
+/// The least that one can do: a hash set instead of the map, plain pointers instead of shares.
 class HashAndPointers {
 public:
     void Pass(const std::string& source) { passing.insert(ResultInfo_IdOfText(source)); }

@@ -10,10 +10,11 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 using nlohmann::json;
 
@@ -157,7 +158,7 @@ int main(int argc, char** argv) {
     const int runs = report.Has("--quick") ? 1 : 5;
     const Folder folder;
     VorPlugin::PluginManager plugins;
-    plugins.LoadFolder(VOR_BINARY_DIR "/plugins");
+    plugins.LoadFolder(std::filesystem::canonical("/proc/self/exe").parent_path() / "plugins");
     Sensor::Jobs::OfflineServices services(plugins);
     const Job small(folder.Path(), 1000);
     const Job middle(folder.Path(), 10000);

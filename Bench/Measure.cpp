@@ -1,15 +1,14 @@
 #include "Bench/Measure.h"
 
-#include <nlohmann/json.hpp>
-
-#include <ctime>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <new>
+
+#include <nlohmann/json.hpp>
 
 namespace {
 

@@ -3,7 +3,6 @@
 
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
-
 #include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/ModbusServer.h"
@@ -19,7 +18,6 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
-#include <modbus/modbus.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -30,6 +28,8 @@
 #include <thread>
 #include <unistd.h>
 #include <vector>
+
+#include <modbus/modbus.h>
 
 namespace {
 
@@ -43,7 +43,7 @@ constexpr int ClientCore = 1;
 constexpr unsigned Registers = 100;
 constexpr std::size_t ReplySize = HeaderSize + 2 + 2 * Registers;
 
-// Threads that are started from here on run there too.
+/// Threads that are started from here on run there too.
 void PinTo(int core) {
     cpu_set_t cores;
     CPU_ZERO(&cores);
@@ -59,8 +59,8 @@ void MakeRequest(unsigned char (&request)[12]) {
 }
 
 struct Figures {
-    double rate; // round trips a second, of all clients
-    double p99;  // seconds
+    double rate; ///< round trips a second, of all clients
+    double p99;  ///< seconds
 };
 
 void RoundTrips(std::uint16_t port, Clock::time_point end, std::vector<float>& times) {
@@ -102,7 +102,7 @@ Figures Run(std::uint16_t port, int clients, std::chrono::milliseconds duration)
     return {static_cast<double>(all.size()) / seconds, *place};
 }
 
-// The loop that everybody writes around the C library: one thread, select, receive, reply.
+/// The loop that everybody writes around the C library: one thread, select, receive, reply.
 class BareServer {
 public:
     BareServer()
@@ -207,7 +207,7 @@ private:
     std::unique_ptr<ModbusServer> server;
 };
 
-// One client that stops in the middle of a request, one whose requests come byte by byte, one that never reads.
+/// One client that stops in the middle of a request, one whose requests come byte by byte, one that never reads.
 class Misbehaving {
 public:
     explicit Misbehaving(std::uint16_t port)

@@ -13,11 +13,10 @@
 #include "VorControl/Control/ControlScanEngineInterface.h"
 #include "VorControl/Control/ControlSystemInterface.h"
 
-#include <ctime>
-
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <future>
 #include <string>
@@ -26,10 +25,10 @@
 
 namespace {
 
-constexpr int callsPerRound = 1000;
-constexpr int pairs = 11;
-constexpr double limit = 3;
-const std::string service = "modbus";
+constexpr int CallsPerRound = 1000;
+constexpr int Pairs = 11;
+constexpr double Limit = 3;
+const std::string Service = "modbus";
 
 /// A system whose scan starts at once.
 class System : public VorControl::ControlSystemInterface {
@@ -53,8 +52,8 @@ double ThreadCpuSeconds() {
 /// The median cost of a call in seconds; `drain` runs after each and isn't measured.
 double Cost(Clock now, const std::function<void()>& call, const std::function<void()>& drain) {
     std::vector<double> costs;
-    costs.reserve(callsPerRound);
-    for (int i = 0; i < callsPerRound; ++i) {
+    costs.reserve(CallsPerRound);
+    for (int i = 0; i < CallsPerRound; ++i) {
         const double begin = now();
         call();
         costs.push_back(now() - begin);
@@ -70,13 +69,13 @@ void Measure(Bench::Report& report, const std::string& label, Clock now, const s
     VorCommon::RuntimeCache runtimeCache;
     VorControl::ControlProtocolOperations operations(system, scanEngine, runtimeCache);
     std::atomic<int> ends = 0;
-    operations.AddOpEndEventHandler(service, [&](int) { ++ends; });
+    operations.AddOpEndEventHandler(Service, [&](int) { ++ends; });
     Vor::AsyncRunner runner;
 
     int started = 0;
     const auto subject = [&] {
         return Cost(
-            now, [&] { operations.StartScan(service); },
+            now, [&] { operations.StartScan(Service); },
             [&] {
                 ++started;
                 settle();
@@ -94,7 +93,7 @@ void Measure(Bench::Report& report, const std::string& label, Clock now, const s
                 settle();
             });
     };
-    report.Add(label, Bench::Compare(pairs, subject, reference), "us", limit, 1e6);
+    report.Add(label, Bench::Compare(Pairs, subject, reference), "us", Limit, 1e6);
 }
 
 void MeasureOnTheMainLoop(Bench::Report& report) {

@@ -15,17 +15,17 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-constexpr std::size_t few = 10000;
-constexpr std::size_t many = 60000;
-// Six times the entries, and the logarithm's share on top.
-constexpr double sixfold = 9.0;
+constexpr std::size_t Few = 10000;
+constexpr std::size_t Many = 60000;
+/// Six times the entries, and the logarithm's share on top.
+constexpr double Sixfold = 9.0;
 
 struct Numeric {
     using Map = StandardProtocolOutputMap;
     using ItemArgs = StandardOutputItemArgs;
     using Args = StandardOutputsArgs;
     using RemoveArgs = StandardOutputRemoveArgs;
-    static constexpr const char* name = "numeric";
+    static constexpr const char* Name = "numeric";
     static Map New() { return Map(65534, 0, 65534); }
     static unsigned short Id(std::size_t number) { return static_cast<unsigned short>(number); }
 };
@@ -35,7 +35,7 @@ struct Text {
     using ItemArgs = TextIdStandardOutputItemArgs;
     using Args = TextIdStandardOutputsArgs;
     using RemoveArgs = TextIdStandardOutputRemoveArgs;
-    static constexpr const char* name = "text";
+    static constexpr const char* Name = "text";
     static Map New() { return Map(65534); }
     static std::string Id(std::size_t number) {
         char text[24];
@@ -95,8 +95,8 @@ double RemoveAllByList(std::size_t count, bool shuffled) {
 template <class Kind, class Measure>
 void Compare(Bench::Report& report, const std::string& label, int runs, const Measure& measure) {
     const auto comparison = Bench::Compare(
-        runs, [&] { return measure(many); }, [&] { return measure(few); });
-    report.Add(std::string(Kind::name) + ", " + label + ", 60,000 against 10,000", comparison, "ms", sixfold, 1e3);
+        runs, [&] { return measure(Many); }, [&] { return measure(Few); });
+    report.Add(std::string(Kind::Name) + ", " + label + ", 60,000 against 10,000", comparison, "ms", Sixfold, 1e3);
 }
 
 /// Single requests on a map that has `count` entries.
@@ -107,7 +107,7 @@ void EditOne(Bench::Report& report, std::size_t count) {
     const auto asked = Numbers(count, true);
     const std::size_t requests = 200;
     const auto label = [&](const char* request) {
-        return std::string(Kind::name) + ", " + request + " among " + std::to_string(count);
+        return std::string(Kind::Name) + ", " + request + " among " + std::to_string(count);
     };
     const auto note = [&](const char* request, double seconds) {
         report.Note(label(request), seconds * 1e6 / static_cast<double>(requests), "us");
@@ -151,7 +151,7 @@ void EditOne(Bench::Report& report, std::size_t count) {
 
 template <class Kind>
 void EditOne(Bench::Report& report) {
-    for (const std::size_t count : {std::size_t{1000}, few, many}) {
+    for (const std::size_t count : {std::size_t{1000}, Few, Many}) {
         EditOne<Kind>(report, count);
     }
 }
@@ -171,7 +171,7 @@ int main(int argc, char** argv) {
     // Each entry goes to its place by moving all behind it, value by value: the square of the number.
     report.Note("text, add all, shuffled, 1,000", AddAll<Text>(1000, true) * 1e3, "ms");
     if (!report.Has("--quick")) {
-        report.Note("text, add all, shuffled, 10,000", AddAll<Text>(few, true) * 1e3, "ms");
+        report.Note("text, add all, shuffled, 10,000", AddAll<Text>(Few, true) * 1e3, "ms");
     }
     EditOne<Numeric>(report);
     EditOne<Text>(report);

@@ -2,14 +2,11 @@
 // for the same; and what a parameter costs in memory.
 
 #include "Bench/Measure.h"
-
 #include "Vor/JsonSerializer.h"
 #include "Vor/JsonText.h"
 #include "VorApi/Params/Enum.h"
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdint>
 #include <limits>
@@ -19,11 +16,13 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t kinds = 6;
+constexpr std::size_t Kinds = 6;
 
 enum class Mode { First, Second, Third };
 
@@ -31,7 +30,7 @@ std::string NameOf(std::size_t i) {
     return "parameter" + std::to_string(i);
 }
 
-// Member i is of kind i modulo the number of kinds. Round r holds other values than round r - 1.
+/// Member i is of kind i modulo the number of kinds. Round r holds other values than round r - 1.
 struct PlainDocument {
     explicit PlainDocument(std::size_t count)
         : booleans(count)
@@ -59,7 +58,7 @@ struct PlainDocument {
     json Write() const {
         json out = json::object();
         for (std::size_t i = 0; i < names.size(); ++i) {
-            switch (i % kinds) {
+            switch (i % Kinds) {
             case 0:
                 out[names[i]] = static_cast<bool>(booleans[i]);
                 break;
@@ -88,7 +87,7 @@ struct PlainDocument {
             if (found == in.end()) {
                 continue;
             }
-            switch (i % kinds) {
+            switch (i % Kinds) {
             case 0:
                 booleans[i] = found->get<bool>();
                 break;
@@ -133,7 +132,7 @@ class ParamsDocument : public Vor::Params::Group {
 public:
     explicit ParamsDocument(std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) {
-            switch (i % kinds) {
+            switch (i % Kinds) {
             case 0:
                 Add<Vor::Params::Value<bool>>(i);
                 break;
@@ -161,7 +160,7 @@ public:
 
     void Fill(const PlainDocument& values) {
         for (std::size_t i = 0; i < members.size(); ++i) {
-            switch (i % kinds) {
+            switch (i % Kinds) {
             case 0:
                 As<Vor::Params::Value<bool>>(i) = values.booleans[i];
                 break;
@@ -200,7 +199,7 @@ private:
     std::vector<std::unique_ptr<Vor::Properties::Node>> members;
 };
 
-// Six values with titles and read-only marks, as a register block has them.
+/// Six values with titles and read-only marks, as a register block has them.
 struct BlockDocument : Vor::Params::Group {
     BlockDocument() {
         Add("version", version, "Version");
@@ -226,7 +225,7 @@ struct BlockDocument : Vor::Params::Group {
     Vor::Params::Value<std::string> dataSource;
 };
 
-// The five values of the request that made it.
+/// The five values of the request that made it.
 struct BlockRequest : Vor::Params::Group {
     BlockRequest() {
         Register("type", type);

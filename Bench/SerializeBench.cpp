@@ -26,10 +26,10 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-constexpr std::size_t itemCount = 64;
-constexpr int rounds = 4000;
-constexpr int pairs = 15;
-constexpr double calls = static_cast<double>(itemCount) * rounds;
+constexpr std::size_t ItemCount = 64;
+constexpr int Rounds = 4000;
+constexpr int Pairs = 15;
+constexpr double Calls = static_cast<double>(ItemCount) * Rounds;
 
 using Items = std::vector<Vor::Object>;
 using Buffer = std::array<unsigned char, 64>;
@@ -50,7 +50,7 @@ Vor::Object Item(unsigned short type, Vor::Object msg) {
 template <class Make>
 Items MakeItems(unsigned short type, Make&& make) {
     Items items;
-    for (std::size_t i = 0; i < itemCount; ++i) {
+    for (std::size_t i = 0; i < ItemCount; ++i) {
         Vor::Object msg;
         Vor::ThrowIfFailed(make(msg.Out(), i));
         items.push_back(Item(type, std::move(msg)));
@@ -135,7 +135,7 @@ bool Thousandths(void* msg, int& result) {
 template <class Write>
 double Seconds(const Items& items, Write&& write) {
     const double start = Bench::ProcessCpuSeconds();
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < Rounds; ++round) {
         for (const auto& item : items) {
             write(item.Get());
         }
@@ -178,8 +178,8 @@ public:
         report.Note(label + ": allocations", static_cast<double>(Bench::Allocations() - before), "", 0);
         report.Add(label,
                    Bench::Compare(
-                       pairs, [&] { return Seconds(items, serialize); }, [&] { return Seconds(items, write); }),
-                   "ns", limit, 1e9 / calls);
+                       Pairs, [&] { return Seconds(items, serialize); }, [&] { return Seconds(items, write); }),
+                   "ns", limit, 1e9 / Calls);
     }
 
     void StoreAlone(const Items& items) {
@@ -187,7 +187,7 @@ public:
         const Buffer bytes{};
         const double seconds = Bench::Median([&] {
             std::vector<double> costs;
-            for (int pair = 0; pair < pairs; ++pair) {
+            for (int pair = 0; pair < Pairs; ++pair) {
                 costs.push_back(Seconds(items, [&](void*) {
                     StoreOnly(buffer.data(), bytes.data());
                     Bench::Keep(buffer);
@@ -195,7 +195,7 @@ public:
             }
             return costs;
         }());
-        report.Note("Measurement: the bare store of its bytes", seconds * 1e9 / calls, "ns");
+        report.Note("Measurement: the bare store of its bytes", seconds * 1e9 / Calls, "ns");
     }
 
 private:

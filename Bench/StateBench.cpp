@@ -28,12 +28,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int pollers = 8;
-constexpr int pollsPerRun = 4000; // of all pollers
-constexpr auto pause = std::chrono::milliseconds(10);
-constexpr auto closureTime = std::chrono::milliseconds(4);
-constexpr unsigned long long patience = 2000; // of the pollers that wait, in microseconds
-constexpr double allowed = 1000;              // microseconds beyond a time-out of 0
+constexpr int Pollers = 8;
+constexpr int PollsPerRun = 4000; ///< of all pollers
+constexpr auto Pause = std::chrono::milliseconds(10);
+constexpr auto ClosureTime = std::chrono::milliseconds(4);
+constexpr unsigned long long Patience = 2000; ///< of the pollers that wait, in microseconds
+constexpr double Allowed = 1000;              ///< microseconds beyond a time-out of 0
 
 /// State of a usual size.
 class System : public VorControl::ControlSystemInterface {
@@ -82,7 +82,7 @@ private:
 
     void Work() {
         loop->Post([this] {
-            const auto end = Clock::now() + closureTime;
+            const auto end = Clock::now() + ClosureTime;
             while (Clock::now() < end) {
                 Bench::Keep(end);
             }
@@ -93,20 +93,20 @@ private:
 
 /// Microseconds that each call took, in ascending order.
 std::vector<double> Poll(const std::function<void()>& call) {
-    std::vector<std::vector<double>> times(pollers);
+    std::vector<std::vector<double>> times(Pollers);
     std::vector<std::thread> threads;
     for (auto& own : times) {
         threads.emplace_back([&own, &call] {
-            for (int i = 0; i < pollsPerRun / pollers; ++i) {
+            for (int i = 0; i < PollsPerRun / Pollers; ++i) {
                 const auto begin = Clock::now();
                 call();
                 own.push_back(std::chrono::duration<double, std::micro>(Clock::now() - begin).count());
-                std::this_thread::sleep_for(pause);
+                std::this_thread::sleep_for(Pause);
             }
         });
     }
     std::vector<double> all;
-    for (int i = 0; i < pollers; ++i) {
+    for (int i = 0; i < Pollers; ++i) {
         threads[static_cast<std::size_t>(i)].join();
         all.insert(all.end(), times[static_cast<std::size_t>(i)].begin(), times[static_cast<std::size_t>(i)].end());
     }
@@ -130,13 +130,13 @@ int main(int argc, char** argv) {
     VorControl::ControlScanEngineInterface engines(nullptr);
     const BusyMainLoop loop;
     VorControl::ControlDataCache cache(system, engines);
-    Measure(report, "SystemStats, time-out 0", allowed, [&] { Bench::Keep(cache.SystemStats(0)); });
-    report.Note("queries per call", static_cast<double>(system.queries) / pollsPerRun, "");
-    Measure(report, "SystemStats, time-out 2 ms", std::nullopt, [&] { Bench::Keep(cache.SystemStats(patience)); });
+    Measure(report, "SystemStats, time-out 0", Allowed, [&] { Bench::Keep(cache.SystemStats(0)); });
+    report.Note("queries per call", static_cast<double>(system.queries) / PollsPerRun, "");
+    Measure(report, "SystemStats, time-out 2 ms", std::nullopt, [&] { Bench::Keep(cache.SystemStats(Patience)); });
     Vor::MsgQueue<int> empty;
     Measure(report, "empty queue, time-out 2 ms", std::nullopt, [&] {
         std::unique_ptr<int> none;
-        Bench::Keep(empty.Remove(none, patience));
+        Bench::Keep(empty.Remove(none, Patience));
     });
     return report.Finish();
 }

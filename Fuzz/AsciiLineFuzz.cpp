@@ -16,7 +16,7 @@ namespace {
 
 using namespace Services::Ascii;
 
-// Each command ends at once, as its first argument says.
+/// Each command ends at once, as its first argument says.
 class Sensor : public ISensor {
 public:
     bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,

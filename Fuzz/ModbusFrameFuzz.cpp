@@ -13,8 +13,8 @@ namespace {
 
 using namespace Services::Modbus;
 
-// Registers that hold their own address, but for a block of 130 at 1000 that may be written. Every second hundred has
-// no block. A write that makes the first register of the block odd is refused.
+/// Registers that hold their own address, but for a block of 130 at 1000 that may be written. Every second hundred has
+/// no block. A write that makes the first register of the block odd is refused.
 class Registers : public IRegisterMap {
 public:
     Registers() {

@@ -12,13 +12,13 @@
 #include "VorApi/Params/Value.h"
 #include "VorApi/VorDataTree.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace {
 

@@ -21,13 +21,13 @@
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 namespace {
 

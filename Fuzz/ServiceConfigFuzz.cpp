@@ -30,7 +30,7 @@ namespace {
 using VorCommon::PersistDomain;
 using namespace VorControl::ControlProtocol;
 
-constexpr const char* path = "/controls/fuzzed/config.json";
+constexpr const char* Path = "/controls/fuzzed/config.json";
 
 class Client : public Vor::Params::Group {
 public:
@@ -147,7 +147,7 @@ private:
 };
 
 std::string Content(const VorCommon::IPersistStore& store) {
-    const VorCommon::PersistBuffer buffer = store.Read(path);
+    const VorCommon::PersistBuffer buffer = store.Read(Path);
     return {reinterpret_cast<const char*>(buffer.pointer) + buffer.offset, buffer.size};
 }
 
@@ -157,7 +157,7 @@ std::string Content(const VorCommon::IPersistStore& store) {
 /// then is loaded as it is.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     VorCommon::ArchiveStore store("never-committed.vrjob");
-    store.Write(path, data, size);
+    store.Write(Path, data, size);
     Bench first;
     const bool loaded = first.Load(store);
     VorCommon::ArchiveStore saved("never-committed.vrjob");

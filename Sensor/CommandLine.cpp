@@ -6,11 +6,12 @@
 #include "Vor/Utf8.h"
 #include "VorCommon/PersistManager.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <pwd.h>
 #include <system_error>
 #include <unistd.h>
+
+#include <CLI/CLI.hpp>
 
 namespace Sensor {
 

@@ -36,6 +36,7 @@ set(VOR_EXAMPLE_SERVICES Sample CACHE STRING "Folders of Services/ whose modules
 file(GLOB common_sources CONFIGURE_DEPENDS Services/Common/*.cpp)
 add_library(ServicesCommon STATIC ${common_sources})
 target_link_libraries(ServicesCommon PUBLIC Headers_Services VorCnLib VorPlatform)
+vor_unity(ServicesCommon)
 
 # A service: an object library, which its tests link too, and the loadable module made of it.
 function(vor_service folder)
@@ -46,6 +47,7 @@ function(vor_service folder)
   endif()
   add_library(${name}Objects OBJECT ${sources})
   target_link_libraries(${name}Objects PUBLIC ServicesCommon)
+  vor_unity(${name}Objects)
   string(TOLOWER ${name} module)
   set(output plugins)
   if(name IN_LIST VOR_EXAMPLE_SERVICES)

@@ -15,7 +15,7 @@ namespace Vor {
 
 struct AsyncRunner::State {
     CallGate gate;
-    // Guards the queue; nothing else is locked under it but the loop's own mutexes.
+    /// Guards the queue; nothing else is locked under it but the loop's own mutexes.
     std::mutex mutex;
     std::deque<std::function<void()>> queue;
 
@@ -47,7 +47,7 @@ struct AsyncRunner::State {
 
 namespace {
 
-// What a waiting caller and its closure share. Guarded by the wait's mutex of the loop.
+/// What a waiting caller and its closure share. Guarded by the wait's mutex of the loop.
 struct Waiter {
     bool done = false;
     bool abandoned = false;

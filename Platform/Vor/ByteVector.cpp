@@ -7,25 +7,25 @@ namespace Vor::Properties {
 
 namespace {
 
-constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr unsigned char noDigit = 255;
+constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr unsigned char NoDigit = 255;
 
 constexpr std::array<unsigned char, 256> Digits() {
     std::array<unsigned char, 256> digits{};
-    digits.fill(noDigit);
-    for (std::size_t i = 0; i < alphabet.size(); ++i) {
-        digits[static_cast<unsigned char>(alphabet[i])] = static_cast<unsigned char>(i);
+    digits.fill(NoDigit);
+    for (std::size_t i = 0; i < Alphabet.size(); ++i) {
+        digits[static_cast<unsigned char>(Alphabet[i])] = static_cast<unsigned char>(i);
     }
     return digits;
 }
 
-// Reads four digits, of which the last `padding` are '='. False if they aren't what the encoder writes.
+/// Reads four digits, of which the last `padding` are '='. False if they aren't what the encoder writes.
 bool DecodeQuad(const char* quad, std::size_t padding, std::vector<unsigned char>& out) {
     static constexpr std::array<unsigned char, 256> digits = Digits();
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i < 4; ++i) {
         const unsigned char digit = i < 4 - padding ? digits[static_cast<unsigned char>(quad[i])] : 0;
-        if (digit == noDigit) {
+        if (digit == NoDigit) {
             return false;
         }
         bits = bits << 6 | digit;
@@ -49,10 +49,10 @@ std::string ByteVector::ToBase64() const {
         const std::uint32_t bits = static_cast<std::uint32_t>(bytes[i]) << 16 |
                                    (rest > 1 ? static_cast<std::uint32_t>(bytes[i + 1]) << 8 : 0U) |
                                    (rest > 2 ? static_cast<std::uint32_t>(bytes[i + 2]) : 0U);
-        text += alphabet[bits >> 18 & 63];
-        text += alphabet[bits >> 12 & 63];
-        text += rest > 1 ? alphabet[bits >> 6 & 63] : '=';
-        text += rest > 2 ? alphabet[bits & 63] : '=';
+        text += Alphabet[bits >> 18 & 63];
+        text += Alphabet[bits >> 12 & 63];
+        text += rest > 1 ? Alphabet[bits >> 6 & 63] : '=';
+        text += rest > 2 ? Alphabet[bits & 63] : '=';
     }
     return text;
 }

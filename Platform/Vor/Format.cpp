@@ -9,17 +9,17 @@ namespace Vor {
 
 namespace {
 
-constexpr int maxWidth = 4096;
+constexpr int MaxWidth = 4096;
 
-// One conversion as it stands in the text, without its per cent sign.
+/// One conversion as it stands in the text, without its per cent sign.
 struct Conversion {
-    std::size_t position = 0; // from "n$", counted from 1; 0 is the next argument
+    std::size_t position = 0; ///< from "n$", counted from 1; 0 is the next argument
     std::string flags;
     std::optional<int> width;
     bool widthFromArgument = false;
     std::optional<int> precision;
     bool precisionFromArgument = false;
-    int cutToBytes = 0; // from "h" and "hh"
+    int cutToBytes = 0; ///< from "h" and "hh"
     char type = 0;
 };
 
@@ -28,7 +28,7 @@ public:
     explicit Scanner(const char* text)
         : text(text) {}
 
-    // Reads a conversion; `text` stands behind it afterwards. False when it isn't one.
+    /// Reads a conversion; `text` stands behind it afterwards. False when it isn't one.
     bool Read(Conversion& out) {
         if (const char* mark = text; const auto number = Number()) {
             if (*text == '$' && *number > 0) {
@@ -71,7 +71,7 @@ private:
         }
         int value = 0;
         while (*text >= '0' && *text <= '9') {
-            value = value > maxWidth ? value : value * 10 + (*text - '0');
+            value = value > MaxWidth ? value : value * 10 + (*text - '0');
             ++text;
         }
         return value;
@@ -84,7 +84,7 @@ private:
             return true;
         }
         size = Number();
-        return !size || *size <= maxWidth;
+        return !size || *size <= MaxWidth;
     }
 
     void Length(Conversion& out) {
@@ -235,13 +235,13 @@ std::string Fill(const Conversion& conversion, const FormatArg& arg) {
     }
 }
 
-// Hands out the arguments of one text.
+/// Hands out the arguments of one text.
 class Arguments {
 public:
     explicit Arguments(std::span<const FormatArg> list)
         : list(list) {}
 
-    // The argument of a position counted from 1, or the next one for 0; null when it is missing.
+    /// The argument of a position counted from 1, or the next one for 0; null when it is missing.
     const FormatArg* Take(std::size_t position) {
         const std::size_t index = position > 0 ? position - 1 : next;
         if (index >= list.size()) {
@@ -259,7 +259,7 @@ public:
             return std::nullopt;
         }
         const long long size = AsSigned(*arg, 0);
-        if (size > maxWidth || size < -maxWidth) {
+        if (size > MaxWidth || size < -MaxWidth) {
             return std::nullopt;
         }
         return static_cast<int>(size);
@@ -270,7 +270,7 @@ private:
     std::size_t next = 0;
 };
 
-// Takes "*" sizes from the arguments. False when one is missing or out of range.
+/// Takes "*" sizes from the arguments. False when one is missing or out of range.
 bool TakeSizes(Conversion& conversion, Arguments& arguments) {
     if (conversion.widthFromArgument) {
         conversion.width = arguments.TakeSize();

@@ -79,7 +79,7 @@ private:
         unsigned int rounds = 0;
     };
 
-    // Entries stay in place while a round runs.
+    /// Entries stay in place while a round runs.
     struct Round {
         explicit Round(const HandlerList& list)
             : list(list) {

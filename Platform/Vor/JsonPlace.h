@@ -2,10 +2,10 @@
 
 #include "Vor/ByteVector.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cstdint>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 namespace Vor::Properties::Internal {
 

@@ -3,11 +3,11 @@
 #include "Vor/IValueReader.h"
 #include "Vor/IValueWriter.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace Vor::Properties::Internal {
 

@@ -9,10 +9,10 @@
 #include "VorApi/Event.h"
 #include "VorApi/Params/PropertyValue.h"
 
-#include <nlohmann/json.hpp>
-
 #include <memory>
 #include <utility>
+
+#include <nlohmann/json.hpp>
 
 namespace Vor::Properties {
 
@@ -35,7 +35,7 @@ const Json::array_t& ArrayOf(const Json& json, const JsonPath& path) {
     return json.get_ref<const Json::array_t&>();
 }
 
-// Calls `visit(child, json, path)` for each member to be read that the document has.
+/// Calls `visit(child, json, path)` for each member to be read that the document has.
 template <class Visit>
 void ForEachMember(const Structure& structure, const Json& json, const JsonPath& path, Visit visit) {
     const Json::object_t& object = ObjectOf(json, path);
@@ -54,8 +54,8 @@ void ForEachMember(const Structure& structure, const Json& json, const JsonPath&
     }
 }
 
-// Checks a document against a tree, which it leaves as it is: the kinds of all values, the number of elements and, if
-// told to, what the values themselves say.
+/// Checks a document against a tree, which it leaves as it is: the kinds of all values, the number of elements and, if
+/// told to, what the values themselves say.
 class Checker : private INodeVisitorConst {
 public:
     explicit Checker(bool validate)
@@ -89,8 +89,8 @@ private:
     void Visit(const Internal::ArrayBase& array) override {
         const Json::array_t& list = ArrayOf(*json, *path);
         items += list.size();
-        if (items > JsonSerializer::maxItems) {
-            RefuseJson(*path, "at most " + std::to_string(JsonSerializer::maxItems) + " elements in all arrays", *json);
+        if (items > JsonSerializer::MaxItems) {
+            RefuseJson(*path, "at most " + std::to_string(JsonSerializer::MaxItems) + " elements in all arrays", *json);
         }
         const JsonPath& listPath = *path;
         std::unique_ptr<Structure> made;

@@ -20,7 +20,7 @@ public:
     /// document's length. Handlers of the end of an update run last.
     ///
     /// Limits aren't checked: see `Validate`. A value of the wrong kind or out of its type's range, and more than
-    /// `maxItems` elements in all arrays, throw `yERROR_PARAMETER` with a text that names the place and what is
+    /// `MaxItems` elements in all arrays, throw `yERROR_PARAMETER` with a text that names the place and what is
     /// expected there, before anything is assigned. If a change handler throws, what was assigned before stays.
     static void Deserialize(Node& node, const nlohmann::json& json);
 
@@ -29,7 +29,7 @@ public:
     static void Validate(const Node& node, const nlohmann::json& json);
 
     /// How many elements one document may bring, counted over all its arrays.
-    static constexpr unsigned long maxItems = 65536;
+    static constexpr unsigned long MaxItems = 65536;
 };
 
 } // namespace Vor::Properties

@@ -2,10 +2,10 @@
 
 #include "Vor/Exception.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 namespace Vor {
 
@@ -35,8 +35,8 @@ void CheckDepth(std::string_view text) {
         } else if (c == '"') {
             quoted = true;
         } else if (c == '[' || c == '{') {
-            if (++depth > jsonMaxDepth) {
-                Refuse(text, i, "nested more than " + std::to_string(jsonMaxDepth) + " levels deep");
+            if (++depth > JsonMaxDepth) {
+                Refuse(text, i, "nested more than " + std::to_string(JsonMaxDepth) + " levels deep");
             }
         } else if (c == ']' || c == '}') {
             depth -= depth > 0 ? 1 : 0;
@@ -44,7 +44,7 @@ void CheckDepth(std::string_view text) {
     }
 }
 
-// The reason alone: what was read last can be of any size and isn't always text.
+/// The reason alone: what was read last can be of any size and isn't always text.
 std::string Reason(const Json::exception& error) {
     std::string reason = error.what();
     reason.erase(0, reason.find("] ") + 2);
@@ -57,7 +57,7 @@ std::string Reason(const Json::exception& error) {
     return reason;
 }
 
-// Finds out where the text stops being acceptable.
+/// Finds out where the text stops being acceptable.
 class FailureFinder : public nlohmann::json_sax<Json> {
 public:
     std::size_t position = 0;
@@ -85,8 +85,8 @@ public:
 } // namespace
 
 Json ParseJson(std::string_view text) {
-    if (text.size() > jsonMaxSize) {
-        Throw(yERROR_FORMAT, "%zu bytes of JSON are more than the %zu that are read.", text.size(), jsonMaxSize);
+    if (text.size() > JsonMaxSize) {
+        Throw(yERROR_FORMAT, "%zu bytes of JSON are more than the %zu that are read.", text.size(), JsonMaxSize);
     }
     CheckDepth(text);
     try {

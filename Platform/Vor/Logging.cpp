@@ -9,15 +9,16 @@
 #include <map>
 #include <mutex>
 #include <set>
-#include <spdlog/sinks/stdout_color_sinks.h>
-#include <spdlog/spdlog.h>
 #include <string_view>
 #include <utility>
+
+#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/spdlog.h>
 
 namespace Vor {
 
 struct LogCapture::Sink {
-    // Guards the records; nothing else is locked under it.
+    /// Guards the records; nothing else is locked under it.
     std::mutex mutex;
     std::condition_variable added;
     std::vector<LogRecord> records;
@@ -25,7 +26,7 @@ struct LogCapture::Sink {
 
 namespace {
 
-// Trace, debug, information, warning and error, ascending.
+/// Trace, debug, information, warning and error, ascending.
 int Rank(std::uint64_t level) {
     if ((level & LevelError & 0xFF) != 0) {
         return 4;
@@ -40,13 +41,13 @@ int Rank(std::uint64_t level) {
 }
 
 spdlog::level::level_enum OutputLevel(int rank) {
-    constexpr std::array levels{spdlog::level::trace, spdlog::level::debug, spdlog::level::info, spdlog::level::warn,
+    constexpr std::array Levels{spdlog::level::trace, spdlog::level::debug, spdlog::level::info, spdlog::level::warn,
                                 spdlog::level::err};
-    return levels[static_cast<std::size_t>(rank)];
+    return Levels[static_cast<std::size_t>(rank)];
 }
 
-// A function's name without its result and arguments: "Space::Class::Call" of "void Space::Class::Call(int)". A title
-// stays as it is.
+/// A function's name without its result and arguments: "Space::Class::Call" of "void Space::Class::Call(int)". A title
+/// stays as it is.
 std::string_view ShortName(std::string_view title) {
     const std::size_t arguments = title.find('(');
     if (arguments == std::string_view::npos) {
@@ -56,7 +57,7 @@ std::string_view ShortName(std::string_view title) {
     return name.substr(name.rfind(' ') + 1);
 }
 
-// The log's state. It is never destroyed, since static objects log in their destructors too.
+/// The log's state. It is never destroyed, since static objects log in their destructors too.
 class LogState {
 public:
     static LogState& Instance() {
@@ -64,7 +65,7 @@ public:
         return *instance;
     }
 
-    // False when an entry of this level goes nowhere.
+    /// False when an entry of this level goes nowhere.
     bool Wants(std::uint64_t level) const {
         return (level & LevelUserFlag) != 0 || captureCount.load(std::memory_order_relaxed) > 0 ||
                Rank(level) >= minimumRank.load(std::memory_order_relaxed);
@@ -114,14 +115,14 @@ public:
         }
     }
 
-    // Guards the captures, the user's records, their handlers and the replacement; ranks before a capture's mutex.
+    /// Guards the captures, the user's records, their handlers and the replacement; ranks before a capture's mutex.
     std::mutex mutex;
     std::set<std::shared_ptr<LogCapture::Sink>> captures;
-    std::atomic<std::size_t> captureCount{0}; // of `captures`; written with the mutex held
+    std::atomic<std::size_t> captureCount{0}; ///< of `captures`; written with the mutex held
     std::deque<LogRecord> userRecords;
     std::map<Logging::UserHandlerId, std::function<void(const LogRecord&)>> userHandlers;
     Logging::UserHandlerId lastHandler = 0;
-    // Takes the place of the output unless it is null.
+    /// Takes the place of the output unless it is null.
     std::shared_ptr<const std::function<void(const LogRecord&)>> replacement;
     std::atomic<int> minimumRank{Rank(LevelInfo)};
 

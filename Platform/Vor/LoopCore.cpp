@@ -1,5 +1,3 @@
-#include <utility> // the network library's headers need it before them
-
 #include "Vor/LoopCore.h"
 
 #include "Vor/Exception.h"
@@ -7,10 +5,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
+#include <utility>
+
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <optional>
 
 namespace Vor {
 
@@ -19,14 +19,14 @@ namespace asio = boost::asio;
 struct LoopCore::Engine {
     asio::io_context context;
     asio::executor_work_guard<asio::io_context::executor_type> work{context.get_executor()};
-    // Stands at the time of the first timer; used under the core's mutex.
+    /// Stands at the time of the first timer; used under the core's mutex.
     asio::steady_timer wakeUp{context};
     std::optional<Time> wakeUpAt;
     std::atomic<std::thread::id> thread;
     std::atomic<bool> stopRequested{false};
-    // Calls that were queued and have not begun; for a moment a call may begin before it is counted.
+    /// Calls that were queued and have not begun; for a moment a call may begin before it is counted.
     std::atomic<std::int64_t> queued{0};
-    // Calls and timers that have run.
+    /// Calls and timers that have run.
     std::atomic<std::size_t> ran{0};
 };
 
@@ -65,8 +65,8 @@ LoopCore::Time LoopCore::Now() const {
 }
 
 std::chrono::microseconds LoopCore::Duration(unsigned long long microseconds) {
-    constexpr unsigned long long tenYears = 10ULL * 366 * 24 * 3600 * 1000000;
-    return std::chrono::microseconds(std::min(microseconds, tenYears));
+    constexpr unsigned long long TenYears = 10ULL * 366 * 24 * 3600 * 1000000;
+    return std::chrono::microseconds(std::min(microseconds, TenYears));
 }
 
 LoopCore::TimerKey LoopCore::AddTimer(Time due, std::function<void()> call) {

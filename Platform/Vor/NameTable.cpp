@@ -15,12 +15,12 @@ struct TextHash {
 };
 
 struct Table {
-    // Guards texts; innermost of all locks.
+    /// Guards texts; innermost of all locks.
     std::shared_mutex mutex;
     std::unordered_set<std::string, TextHash, std::equal_to<>> texts;
 };
 
-// Never destroyed: names are used by objects with static storage.
+/// Never destroyed: names are used by objects with static storage.
 Table& TheTable() {
     static Table* const table = new Table();
     return *table;

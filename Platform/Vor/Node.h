@@ -78,8 +78,8 @@ private:
     Extras& MakeExtras() const;
 
     mutable std::unique_ptr<Extras> extras;
-    // Where the "type" keyword lies, counted from this node, as long as it is the only keyword. Most nodes have no
-    // other, and so need no schema.
+    /// Where the "type" keyword lies, counted from this node, as long as it is the only keyword. Most nodes have no
+    /// other, and so need no schema.
     mutable std::int16_t typeOffset = 0;
     bool writeOnly = false;
 };

@@ -9,8 +9,8 @@ namespace Vor::Properties {
 
 namespace {
 
-// From this many children on an index pays.
-constexpr std::size_t manyMembers = 16;
+/// From this many children on an index pays.
+constexpr std::size_t ManyMembers = 16;
 
 } // namespace
 
@@ -68,7 +68,7 @@ void Structure::Register(Internal::Name name, Node& child) {
 void Structure::Register(Internal::Name name, Node& child, bool copied) {
     const Internal::Member member(name, child, copied);
     const std::size_t position = PositionOf(name);
-    if (position != notFound) {
+    if (position != NotFound) {
         members[position] = member;
         return;
     }
@@ -78,14 +78,14 @@ void Structure::Register(Internal::Name name, Node& child, bool copied) {
     members.push_back(member);
     if (index) {
         index->emplace(member.Text(), members.size() - 1);
-    } else if (members.size() >= manyMembers) {
+    } else if (members.size() >= ManyMembers) {
         BuildIndex();
     }
 }
 
 void Structure::Deregister(Internal::Name name) {
     const std::size_t position = PositionOf(name);
-    if (position == notFound) {
+    if (position == NotFound) {
         return;
     }
     members.erase(members.begin() + static_cast<std::ptrdiff_t>(position));
@@ -104,22 +104,22 @@ Node& Structure::At(std::string_view name) const {
 
 Node* Structure::Find(std::string_view name) const {
     const std::size_t position = PositionOf(name);
-    return position == notFound ? nullptr : &members[position].Target();
+    return position == NotFound ? nullptr : &members[position].Target();
 }
 
 Node* Structure::FindKey(Internal::Name name) const {
     const std::size_t position = PositionOf(name);
-    return position == notFound ? nullptr : &members[position].Target();
+    return position == NotFound ? nullptr : &members[position].Target();
 }
 
 std::size_t Structure::PositionOf(std::string_view name) const {
     if (index) {
         const auto found = index->find(name);
-        return found == index->end() ? notFound : found->second;
+        return found == index->end() ? NotFound : found->second;
     }
     const auto found =
         std::find_if(members.begin(), members.end(), [&](const auto& member) { return member.Text() == name; });
-    return found == members.end() ? notFound : static_cast<std::size_t>(found - members.begin());
+    return found == members.end() ? NotFound : static_cast<std::size_t>(found - members.begin());
 }
 
 std::size_t Structure::PositionOf(Internal::Name name) const {
@@ -128,7 +128,7 @@ std::size_t Structure::PositionOf(Internal::Name name) const {
     }
     const auto found =
         std::find_if(members.begin(), members.end(), [&](const auto& member) { return member.Key() == name; });
-    return found == members.end() ? notFound : static_cast<std::size_t>(found - members.begin());
+    return found == members.end() ? NotFound : static_cast<std::size_t>(found - members.begin());
 }
 
 void Structure::BuildIndex() {

@@ -75,7 +75,7 @@ private:
     friend class Node;
     using Index = std::unordered_map<std::string_view, std::size_t>;
 
-    static constexpr std::size_t notFound = static_cast<std::size_t>(-1);
+    static constexpr std::size_t NotFound = static_cast<std::size_t>(-1);
 
     std::size_t PositionOf(std::string_view name) const;
     std::size_t PositionOf(Internal::Name name) const;
@@ -83,7 +83,7 @@ private:
 
     bool copiedByDefault;
     std::vector<Internal::Member> members;
-    // Finds a child by name once there are many.
+    /// Finds a child by name once there are many.
     std::unique_ptr<Index> index;
     const Node* schemaOwner = nullptr;
 };

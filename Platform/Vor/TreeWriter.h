@@ -38,7 +38,7 @@ public:
     }
 
 private:
-    // What the kind of a node adds to its schema.
+    /// What the kind of a node adds to its schema.
     class ShapeWriter : public INodeVisitorConst {
     public:
         ShapeWriter(TreeWriter& writer, Place target)

@@ -9,7 +9,7 @@ namespace Vor::Properties {
 
 namespace {
 
-// A node of a data tree as the target of a TreeWriter.
+/// A node of a data tree as the target of a TreeWriter.
 class DataTreePlace {
 public:
     DataTreePlace() = default;

@@ -7,7 +7,7 @@
 #include <utility>
 
 struct VorGetText::State {
-    // Guards all below; nothing else is locked under it.
+    /// Guards all below; nothing else is locked under it.
     mutable std::mutex mutex;
     std::unordered_set<std::string> texts;
     std::map<std::string, Translations> tables;

@@ -2,12 +2,12 @@
 
 #include "Vor/Exception.h"
 
-#include <nlohmann/json.hpp>
-
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <variant>
+
+#include <nlohmann/json.hpp>
 
 namespace VorApi {
 
@@ -15,7 +15,7 @@ namespace {
 
 using Vor::Properties::ByteVector;
 
-constexpr int indentStep = 4;
+constexpr int IndentStep = 4;
 
 std::string Quoted(const std::string& text) {
     return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
@@ -25,7 +25,7 @@ std::string Quoted(const std::string& text) {
 
 struct VorDataTree::Data {
     struct Object {
-        // The keys of the index are the names in the nodes, which don't move.
+        /// The keys of the index are the names in the nodes, which don't move.
         std::vector<std::pair<std::unique_ptr<const std::string>, std::shared_ptr<Data>>> members;
         std::unordered_map<std::string_view, std::size_t> index;
 
@@ -42,7 +42,7 @@ struct VorDataTree::Data {
     };
     using Array = std::vector<std::shared_ptr<Data>>;
 
-    // In the order of Kind.
+    /// In the order of Kind.
     std::variant<std::monostate, Object, Array, bool, std::int64_t, std::uint64_t, double, std::string, ByteVector>
         value;
 
@@ -83,7 +83,7 @@ namespace {
 void BreakLine(std::string& out, bool indented, std::size_t depth) {
     if (indented) {
         out += '\n';
-        out.append(depth * indentStep, ' ');
+        out.append(depth * IndentStep, ' ');
     }
 }
 

@@ -2,13 +2,13 @@
 
 #include "Vor/ByteVector.h"
 
-#include <nlohmann/json_fwd.hpp>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json_fwd.hpp>
 
 namespace VorApi {
 

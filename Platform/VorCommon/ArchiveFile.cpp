@@ -9,22 +9,22 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
 namespace VorCommon {
 
 namespace {
 
-constexpr int busyTimeoutMilliseconds = 1000;
-constexpr sqlite3_int64 regularFileMode = S_IFREG | 0644;
+constexpr int BusyTimeoutMilliseconds = 1000;
+constexpr sqlite3_int64 RegularFileMode = S_IFREG | 0644;
 
 [[noreturn]] void Refuse(const std::string& path, yStatus status, const std::string& reason) {
     Vor::Throw(status, "Archive '%s': %s.", path, reason);
@@ -56,8 +56,8 @@ public:
             sqlite3_close(handle);
             Refuse(path, StatusOf(result), reason);
         }
-        sqlite3_busy_timeout(handle, busyTimeoutMilliseconds);
-        sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, static_cast<int>(2 * ArchiveFile::maxEntrySize));
+        sqlite3_busy_timeout(handle, BusyTimeoutMilliseconds);
+        sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, static_cast<int>(2 * ArchiveFile::MaxEntrySize));
         // A stranger's file brings its own schema: nothing of it is run.
         sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
@@ -154,7 +154,7 @@ public:
         const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(row, 0));
         const auto size = static_cast<std::size_t>(sqlite3_column_bytes(row, 0));
         if (sqlite3_column_type(row, 0) != SQLITE_TEXT || text == nullptr || size == 0 ||
-            size > ArchiveFile::maxNameSize || std::strlen(text) != size) {
+            size > ArchiveFile::MaxNameSize || std::strlen(text) != size) {
             Refuse(database.Path(), yERROR_FORMAT, "the name of an entry is missing, too long or not a text");
         }
         name.assign(text, size);
@@ -170,7 +170,7 @@ public:
             RefuseEntry("is a symbolic link");
         }
         const sqlite3_int64 declared = sqlite3_column_int64(row, 2);
-        if (declared < 0 || static_cast<std::size_t>(declared) > ArchiveFile::maxEntrySize) {
+        if (declared < 0 || static_cast<std::size_t>(declared) > ArchiveFile::MaxEntrySize) {
             RefuseEntry("has a bad size");
         }
         const auto* data = static_cast<const unsigned char*>(sqlite3_column_blob(row, 3));
@@ -208,7 +208,7 @@ void WriteEntries(const Database& database, const ArchiveFile::Entries& entries)
         remove.Step();
         remove.Rewind();
         insert.BindText(1, name);
-        insert.BindInteger(2, regularFileMode);
+        insert.BindInteger(2, RegularFileMode);
         insert.BindInteger(3, now);
         insert.BindInteger(4, static_cast<sqlite3_int64>(content->size()));
         insert.BindBlob(5, *content);
@@ -373,8 +373,8 @@ ArchiveFile::Entries ArchiveFile::Read() const {
     std::size_t rowCount = 0;
     std::size_t totalSize = 0;
     while (select.Step()) {
-        if (++rowCount > maxEntryCount) {
-            Refuse(path, yERROR_FORMAT, "it has more than " + std::to_string(maxEntryCount) + " entries");
+        if (++rowCount > MaxEntryCount) {
+            Refuse(path, yERROR_FORMAT, "it has more than " + std::to_string(MaxEntryCount) + " entries");
         }
         const Row row(database, select.Handle());
         if (row.IsFolder()) {
@@ -382,8 +382,8 @@ ArchiveFile::Entries ArchiveFile::Read() const {
         }
         Content content = row.Content();
         totalSize += content->size();
-        if (totalSize > maxTotalSize) {
-            Refuse(path, yERROR_FORMAT, "its content is larger than " + std::to_string(maxTotalSize) + " bytes");
+        if (totalSize > MaxTotalSize) {
+            Refuse(path, yERROR_FORMAT, "its content is larger than " + std::to_string(MaxTotalSize) + " bytes");
         }
         if (!entries.emplace(row.Name(), std::move(content)).second) {
             Refuse(path, yERROR_FORMAT, "entry '" + row.Name() + "' stands twice");

@@ -18,10 +18,10 @@ public:
     /// By the name in the archive, which has no leading slash.
     using Entries = std::map<std::string, Content>;
 
-    static constexpr std::size_t maxEntryCount = 4096;
-    static constexpr std::size_t maxNameSize = 1024;                           ///< bytes
-    static constexpr std::size_t maxEntrySize = std::size_t{16} * 1024 * 1024; ///< bytes, uncompressed
-    static constexpr std::size_t maxTotalSize = std::size_t{64} * 1024 * 1024; ///< bytes of all entries, uncompressed
+    static constexpr std::size_t MaxEntryCount = 4096;
+    static constexpr std::size_t MaxNameSize = 1024;                           ///< bytes
+    static constexpr std::size_t MaxEntrySize = std::size_t{16} * 1024 * 1024; ///< bytes, uncompressed
+    static constexpr std::size_t MaxTotalSize = std::size_t{64} * 1024 * 1024; ///< bytes of all entries, uncompressed
 
     explicit ArchiveFile(std::string path);
 

@@ -6,18 +6,19 @@
 #include "yApi/yStatus.h"
 
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace VorCommon {
 
 namespace {
 
-constexpr const char* jsonExtension = ".json";
+constexpr const char* JsonExtension = ".json";
 
 std::string EntryName(const std::string& path) {
-    if (path.size() < 2 || path.front() != '/' || path.size() - 1 > ArchiveFile::maxNameSize ||
+    if (path.size() < 2 || path.front() != '/' || path.size() - 1 > ArchiveFile::MaxNameSize ||
         path.find('\0') != std::string::npos) {
         Vor::Throw(yERROR_PARAMETER, "'%s' is not the path of a stored file.", path);
     }
@@ -96,7 +97,7 @@ ArchiveFile::Entries ArchiveStore::Files() const {
 
 void ArchiveStore::RequireJson() const {
     for (const auto& [name, content] : Files()) {
-        if (!name.ends_with(jsonExtension)) {
+        if (!name.ends_with(JsonExtension)) {
             continue;
         }
         try {
@@ -128,7 +129,7 @@ const ArchiveFile::Content* ArchiveStore::Find(const std::string& name) const {
     return nullptr;
 }
 
-/// What couldn't be read again isn't written.
+// What couldn't be read again isn't written.
 void ArchiveStore::RequireRoom(const std::string& name, std::size_t size) const {
     std::size_t count = 1;
     std::size_t total = size;
@@ -138,7 +139,7 @@ void ArchiveStore::RequireRoom(const std::string& name, std::size_t size) const 
             total += content->size();
         }
     }
-    if (size > ArchiveFile::maxEntrySize || total > ArchiveFile::maxTotalSize || count > ArchiveFile::maxEntryCount) {
+    if (size > ArchiveFile::MaxEntrySize || total > ArchiveFile::MaxTotalSize || count > ArchiveFile::MaxEntryCount) {
         Vor::Throw(yERROR_FULL, "Archive '%s': '%s' with %zu bytes is too large.", file.Path(), name, size);
     }
 }

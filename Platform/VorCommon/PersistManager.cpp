@@ -16,8 +16,8 @@ namespace VorCommon {
 
 namespace {
 
-constexpr const char* jobExtension = ".vrjob";
-constexpr std::size_t maxFileNameSize = 255;
+constexpr const char* JobExtension = ".vrjob";
+constexpr std::size_t MaxFileNameSize = 255;
 
 /// The main loop counts as blocked for as long as this lives.
 class BlockedScope {
@@ -60,10 +60,10 @@ std::string PersistManager::JobFileName(const std::string& name) {
     if (!Vor::IsUtf8(name)) {
         Vor::Throw(yERROR_PARAMETER, "The name of a job must be text in UTF-8.");
     }
-    const std::string extension = jobExtension;
+    const std::string extension = JobExtension;
     std::string fileName = name.ends_with(extension) ? name : name + extension;
     if (name.empty() || name.front() == '.' || name.find_first_of(std::string("/\0", 2)) != std::string::npos ||
-        fileName.size() > maxFileNameSize) {
+        fileName.size() > MaxFileNameSize) {
         Vor::Throw(yERROR_PARAMETER, "'%s' is not a job name: it must be one file name that doesn't begin with a dot.",
                    name);
     }
@@ -227,7 +227,7 @@ void PersistManager::RunThread() {
     }
 }
 
-/// Both steps run on the thread, the caller waits for the first and gets its failure.
+// Both steps run on the thread, the caller waits for the first and gets its failure.
 void PersistManager::RunWhileWaiting(std::function<void()> step, std::function<void()> after) {
     const BlockedScope blocked(environ.setMainLoopBlocked);
     std::unique_lock guard(queueMutex);
@@ -296,7 +296,7 @@ void PersistManager::RestoreDomains(const std::string& fileName, const JobFiller
     CommitRestored();
 }
 
-/// Both files are tried; the first failure is thrown.
+// Both files are tried; the first failure is thrown.
 void PersistManager::CommitRestored() {
     std::exception_ptr first;
     for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
@@ -312,7 +312,7 @@ void PersistManager::CommitRestored() {
     }
 }
 
-/// Runs the change on the thread, while the caller waits, and tells what became of it.
+// Runs the change on the thread, while the caller waits, and tells what became of it.
 void PersistManager::ChangeJob(const std::string& name,
                                const std::function<void(const std::string& fileName)>& change) {
     const Vor::Object before = Vor::Object::Take(LiveJob());
@@ -358,7 +358,7 @@ void PersistManager::TakeTurns(LoadedDomain loaded) {
     stores[index] = std::move(loaded.store);
 }
 
-/// Every handler gets its turn, whatever the others threw, as long as that was a std::exception.
+// Every handler gets its turn, whatever the others threw, as long as that was a std::exception.
 void PersistManager::LoadHandlers(const LoadedDomain& loaded) {
     IPersistStore& store = loaded.decorated ? *loaded.decorated : *loaded.store;
     const char* const action = loaded.hasFile ? "load" : "initialise";
@@ -387,7 +387,7 @@ void PersistManager::LoadHandlers(const LoadedDomain& loaded) {
     }
 }
 
-/// What the handlers of a domain without a file wrote makes that file.
+// What the handlers of a domain without a file wrote makes that file.
 void PersistManager::CommitInitialised() {
     for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
         const std::unique_ptr<ArchiveStore>& store = stores[IndexOf(domain)];
@@ -402,7 +402,7 @@ void PersistManager::CommitInitialised() {
     }
 }
 
-/// The first failure ends it, and nothing is kept of what was written.
+// The first failure ends it, and nothing is kept of what was written.
 void PersistManager::SaveHandlers(PersistDomain domain) {
     const std::unique_ptr<ArchiveStore>& store = stores[IndexOf(domain)];
     if (store == nullptr) {
@@ -450,7 +450,7 @@ std::vector<unsigned long long> PersistManager::HandlerIds() const {
     return ids;
 }
 
-/// Calls the handler unless it is gone; gives the name by which logs speak of it.
+// Calls the handler unless it is gone; gives the name by which logs speak of it.
 void PersistManager::CallHandler(unsigned long long id, std::string& component,
                                  const std::function<void(IPersistHandler&)>& call) {
     IPersistHandler* handler = nullptr;

@@ -123,7 +123,7 @@ private:
         std::unique_ptr<IPersistStore> decorated;
     };
 
-    static constexpr std::size_t domainCount = 2;
+    static constexpr std::size_t DomainCount = 2;
 
     static std::size_t IndexOf(PersistDomain domain);
 
@@ -149,29 +149,29 @@ private:
     void CallHandler(unsigned long long id, std::string& component, const std::function<void(IPersistHandler&)>& call);
 
     const Environ environ;
-    std::array<std::unique_ptr<ArchiveStore>, domainCount> stores; // persistence thread only
-    std::array<std::atomic<bool>, domainCount> modified{};
+    std::array<std::unique_ptr<ArchiveStore>, DomainCount> stores; ///< persistence thread only
+    std::array<std::atomic<bool>, DomainCount> modified{};
 
-    // Guards what is told of the job. A leaf.
+    /// Guards what is told of the job. A leaf.
     mutable std::mutex jobMutex;
     std::string jobFile;
-    Vor::Object liveJob; // null: none is loaded yet
+    Vor::Object liveJob; ///< null: none is loaded yet
 
-    // Guards the handlers and what is told of the running call. A leaf: nothing else is locked and no handler is called
-    // under it.
+    /// Guards the handlers and what is told of the running call. A leaf: nothing else is locked and no handler is
+    /// called under it.
     mutable std::mutex handlersMutex;
     std::condition_variable callEnded;
     std::vector<Handler> handlers;
     unsigned long long lastId = 0;
-    unsigned long long runningId = 0; // 0: none
+    unsigned long long runningId = 0; ///< 0: none
     std::thread::id runningThread;
 
-    // Guards the queue of the thread, its end and its answer to the main loop. A leaf.
+    /// Guards the queue of the thread, its end and its answer to the main loop. A leaf.
     std::mutex queueMutex;
     std::condition_variable queueChanged;
     std::condition_variable answerGiven;
     bool answered = false;
-    std::exception_ptr answer; // the failure of what the main loop waits for
+    std::exception_ptr answer; ///< the failure of what the main loop waits for
     std::deque<std::function<void()>> queue;
     bool ending = false;
 

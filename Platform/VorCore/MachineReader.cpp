@@ -101,9 +101,9 @@ void MachineReader::ReadUpTime(CoreMetrics::CoreMetricsGroup& metrics) const {
 
 void MachineReader::ReadProcessors(CoreMetrics::CoreMetricsGroup& metrics) {
     // User, nice, system, idle, waiting for I/O, interrupts, soft interrupts, stolen. Guests are part of user and nice.
-    constexpr std::size_t fieldCount = 8;
-    constexpr std::size_t idleField = 3;
-    constexpr std::size_t waitField = 4;
+    constexpr std::size_t FieldCount = 8;
+    constexpr std::size_t IdleField = 3;
+    constexpr std::size_t WaitField = 4;
 
     ProcessorTime now;
     unsigned long long count = 0;
@@ -118,9 +118,9 @@ void MachineReader::ReadProcessors(CoreMetrics::CoreMetricsGroup& metrics) {
             continue;
         }
         unsigned long long ticks = 0;
-        for (std::size_t field = 0; field < fieldCount && fields >> ticks; ++field) {
+        for (std::size_t field = 0; field < FieldCount && fields >> ticks; ++field) {
             now.total += ticks;
-            if (field != idleField && field != waitField) {
+            if (field != IdleField && field != WaitField) {
                 now.busy += ticks;
             }
         }

@@ -10,15 +10,15 @@ namespace VorPlugin {
 
 namespace {
 
-constexpr const char* expectedPlatformVersion = "1.0.0.0";
+constexpr const char* ExpectedPlatformVersion = "1.0.0.0";
 
-constexpr const char* constructName = "yPlugin_ConstructAssembly";
-constexpr const char* assemblyVersionName = "yPlugin_AssemblyVersion";
-constexpr const char* platformVersionName = "yPlugin_PlatformVersion";
-constexpr const char* publishName = "yPlugin_Publish";
+constexpr const char* ConstructName = "yPlugin_ConstructAssembly";
+constexpr const char* AssemblyVersionName = "yPlugin_AssemblyVersion";
+constexpr const char* PlatformVersionName = "yPlugin_PlatformVersion";
+constexpr const char* PublishName = "yPlugin_Publish";
 
-// Calls a function of the file. Whatever it throws becomes a Vor::Exception of this library, since the thrown object
-// must be gone before the file is closed.
+/// Calls a function of the file. Whatever it throws becomes a Vor::Exception of this library, since the thrown object
+/// must be gone before the file is closed.
 template <typename Call>
 auto CallEntry(const std::string& path, const char* name, Call call) {
     try {
@@ -71,7 +71,7 @@ PluginFile::PluginFile(const std::filesystem::path& path)
         if (dlinfo(handle, RTLD_DI_LINKMAP, &place) != 0) {
             Vor::Throw(yERROR, "Plug-in \"%s\": expected to be found among the opened files", this->path);
         }
-        for (const char* name : {constructName, assemblyVersionName, platformVersionName, publishName}) {
+        for (const char* name : {ConstructName, AssemblyVersionName, PlatformVersionName, PublishName}) {
             Symbol(name);
         }
         CheckVersions();
@@ -100,12 +100,12 @@ void* PluginFile::Symbol(const char* name) const {
 }
 
 void PluginFile::CheckVersions() const {
-    const std::string platform = VersionText(path, platformVersionName, Symbol(platformVersionName));
-    if (platform != expectedPlatformVersion) {
+    const std::string platform = VersionText(path, PlatformVersionName, Symbol(PlatformVersionName));
+    if (platform != ExpectedPlatformVersion) {
         Vor::Throw(yERROR_VERSION, "Plug-in \"%s\": expected platform version %s, it was built for \"%s\"", path,
-                   expectedPlatformVersion, platform);
+                   ExpectedPlatformVersion, platform);
     }
-    const std::string assembly = VersionText(path, assemblyVersionName, Symbol(assemblyVersionName));
+    const std::string assembly = VersionText(path, AssemblyVersionName, Symbol(AssemblyVersionName));
     yVersion version;
     if (yVersion_Parse(&version, assembly.c_str()) != yOK) {
         Vor::Throw(yERROR_VERSION, "Plug-in \"%s\": expected a version such as 1.0.0.0, its own is \"%s\"", path,
@@ -114,19 +114,19 @@ void PluginFile::CheckVersions() const {
 }
 
 yAssembly PluginFile::ConstructAssembly() const {
-    const auto construct = reinterpret_cast<yStatus (*)(yAssembly*)>(Symbol(constructName));
+    const auto construct = reinterpret_cast<yStatus (*)(yAssembly*)>(Symbol(ConstructName));
     yAssembly assembly = nullptr;
-    CheckStatus(path, constructName,
-                CallEntry(path, constructName, [construct, &assembly] { return construct(&assembly); }));
+    CheckStatus(path, ConstructName,
+                CallEntry(path, ConstructName, [construct, &assembly] { return construct(&assembly); }));
     if (assembly == nullptr) {
-        Vor::Throw(yERROR, "Plug-in \"%s\": expected an assembly of %s, it gave none", path, constructName);
+        Vor::Throw(yERROR, "Plug-in \"%s\": expected an assembly of %s, it gave none", path, ConstructName);
     }
     return assembly;
 }
 
 void PluginFile::Publish(PluginLib& lib) const {
-    const auto publish = reinterpret_cast<yStatus (*)(PluginLib&)>(Symbol(publishName));
-    CheckStatus(path, publishName, CallEntry(path, publishName, [publish, &lib] { return publish(lib); }));
+    const auto publish = reinterpret_cast<yStatus (*)(PluginLib&)>(Symbol(PublishName));
+    CheckStatus(path, PublishName, CallEntry(path, PublishName, [publish, &lib] { return publish(lib); }));
 }
 
 } // namespace VorPlugin

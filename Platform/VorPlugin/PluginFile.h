@@ -34,7 +34,7 @@ private:
 
     std::string path;
     void* handle = nullptr;
-    void* place = nullptr; // where the dynamic linker keeps the file
+    void* place = nullptr; ///< where the dynamic linker keeps the file
 };
 
 } // namespace VorPlugin

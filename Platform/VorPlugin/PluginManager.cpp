@@ -10,21 +10,17 @@
 
 namespace VorPlugin {
 
-namespace {
-
-struct AssemblyRelease {
-    void operator()(yAssembly assembly) const {
-        if (const yStatus status = xyAssembly_VRelease(assembly); status != yOK) {
-            Vor::LogWarning("Releasing the assembly of a plug-in gave status %d", status);
-        }
-    }
-};
-
-} // namespace
-
 /// A library that is taken in. Its parts go in the reverse of this order: plug-ins, assembly, code.
 struct PluginManager::Library {
-    std::unique_ptr<PluginFile> file; // null for plug-ins of the program itself
+    struct AssemblyRelease {
+        void operator()(yAssembly assembly) const {
+            if (const yStatus status = xyAssembly_VRelease(assembly); status != yOK) {
+                Vor::LogWarning("Releasing the assembly of a plug-in gave status %d", status);
+            }
+        }
+    };
+
+    std::unique_ptr<PluginFile> file; ///< null for plug-ins of the program itself
     std::unique_ptr<std::remove_pointer_t<yAssembly>, AssemblyRelease> assembly;
     std::unique_ptr<PluginLib> lib;
 };

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr yVersion platformVersion{1, 0, 0, 0};
+constexpr yVersion PlatformVersion{1, 0, 0, 0};
 
 yAssembly yApiLib = nullptr;
 yAssembly yTsLib = nullptr;
@@ -24,7 +24,7 @@ yStatus Construct(yAssembly& global, const char* name, const char* faultName, yA
         *assembly = global;
         return yOK;
     }
-    yStatus status = xyAssembly_ConstructInternal(&global, name, platformVersion, platformVersion);
+    yStatus status = xyAssembly_ConstructInternal(&global, name, PlatformVersion, PlatformVersion);
     if (status == yOK) {
         status = xyAssembly_Finalize(global);
     }

@@ -34,6 +34,6 @@ yStatus yThread_Sleep(std::uint64_t microseconds);
 
 /// For waits: a duration that can be added to a clock's time without overflow; longer ones are cut to a century.
 inline std::chrono::microseconds yThread_Duration(std::uint64_t microseconds) {
-    constexpr std::uint64_t century = 3'155'760'000'000'000;
-    return std::chrono::microseconds(static_cast<std::int64_t>(std::min(microseconds, century)));
+    constexpr std::uint64_t Century = 3'155'760'000'000'000;
+    return std::chrono::microseconds(static_cast<std::int64_t>(std::min(microseconds, Century)));
 }

@@ -108,7 +108,7 @@ void JobService::Load() {
     }
 }
 
-/// Settings from before there were versions are taken for those of the service.
+// Settings from before there were versions are taken for those of the service.
 void JobService::AddMissingVersions(json& section) const {
     const auto list = section.find(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
     if (list == section.end() || !list->is_array() ||

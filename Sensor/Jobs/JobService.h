@@ -4,9 +4,10 @@
 #include "VorCommon/ArchiveStore.h"
 #include "VorControl/Control/IControlInstance.h"
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace VorCommon {
 class ICommandTarget;
@@ -53,7 +54,7 @@ private:
     static void Run(VorCommon::ICommandTarget& target, const std::string& command, const nlohmann::json& document);
 
     VorControl::IControlInstance& instance;
-    const std::string path; // of the settings in the job
+    const std::string path; ///< of the settings in the job
     VorCommon::ArchiveStore store;
     nlohmann::json settings;
     std::vector<std::string> notes;

@@ -1,5 +1,6 @@
 #include "Sensor/Jobs/JobTemplate.h"
 
+#include "Sensor/Jobs/JobContent.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "VorCommon/ArchiveStore.h"
@@ -15,7 +16,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::string_view Extension = ".vrjob";
 constexpr const char* BlockVersion = "1.2";
 constexpr unsigned MeasurementRegisters = 3;
 constexpr unsigned StampRegisters = 18;
@@ -80,25 +80,21 @@ json DemoValuesBlocks(const Scan::Recording& recording) {
     return blocks;
 }
 
-std::string BareName(const std::string& job) {
-    return job.ends_with(Extension) ? job.substr(0, job.size() - Extension.size()) : job;
-}
-
 /// A service that runs with one assembly, of registers at addresses or of numbered blocks.
 json Section(json parameters, json blocks, bool isGlobalAddressSpaceUsed) {
-    constexpr const char* assemblyId = "registerAssembly-0";
+    constexpr const char* AssemblyId = "registerAssembly-0";
     json assembly = {{"attributes",
                       {{"isGlobalAddressSpaceUsed", isGlobalAddressSpaceUsed},
                        {"outputIdMin", 0},
                        {"outputIdMax", 65534},
                        {"outputIdReadOnly", false}}},
-                     {"properties", {{"version", "1.2"}, {"displayName", "Register Assembly 0"}, {"id", assemblyId}}},
+                     {"properties", {{"version", "1.2"}, {"displayName", "Register Assembly 0"}, {"id", AssemblyId}}},
                      {"blocks", std::move(blocks)}};
     return {{"enabled", true},
             {"parameters", std::move(parameters)},
             {"parametersVersion", "1"},
             {"registerAssemblyList", json::array({std::move(assembly)})},
-            {"registerAssemblyVersionList", json::array({{{"id", assemblyId}, {"version", "1"}}})}};
+            {"registerAssemblyVersionList", json::array({{{"id", AssemblyId}, {"version", "1"}}})}};
 }
 
 /// The port is one that needs no privilege; values of several registers have their high word first.
@@ -139,7 +135,7 @@ json Config(json section) {
 }
 
 json BlocksOf(const std::string& job, const Scan::Recording& recording) {
-    if (BareName(job) == JobTemplate::Demo) {
+    if (JobNameOf(job) == JobTemplate::Demo) {
         return DemoBlocks();
     }
     if (recording.kind != Scan::RecordingKind::Values) {
@@ -158,7 +154,7 @@ void Put(VorCommon::IPersistStore& store, const char* path, const json& config) 
 } // namespace
 
 bool JobTemplate::Has(const std::string& job) {
-    return BareName(job) == Demo || BareName(job) == DemoValues;
+    return JobNameOf(job) == Demo || JobNameOf(job) == DemoValues;
 }
 
 std::string JobTemplate::JobFor(const Scan::Recording& recording) {
@@ -170,7 +166,7 @@ nlohmann::json JobTemplate::ModbusConfig(const std::string& job, const Scan::Rec
 }
 
 nlohmann::json JobTemplate::AsciiConfig(const std::string& job, const Scan::Recording& recording) {
-    const bool isDemo = BareName(job) == Demo;
+    const bool isDemo = JobNameOf(job) == Demo;
     return Config(AsciiSection(BlocksOf(job, recording), isDemo ? DemoNames() : Names()));
 }
 

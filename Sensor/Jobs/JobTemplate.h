@@ -2,8 +2,9 @@
 
 #include "Sensor/Scan/Recording.h"
 
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 namespace VorCommon {
 class IPersistStore;

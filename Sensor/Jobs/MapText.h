@@ -2,9 +2,10 @@
 
 #include "Sensor/Jobs/JobService.h"
 
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 namespace Sensor::Jobs {
 
@@ -24,7 +25,7 @@ public:
 private:
     std::string service;
     nlohmann::json assemblies = nlohmann::json::array();
-    nlohmann::json outputs; // null: they aren't meant
+    nlohmann::json outputs; ///< null: they aren't meant
 };
 
 } // namespace Sensor::Jobs

@@ -3,8 +3,9 @@
 #include "Sensor/Jobs/ServiceSetting.h"
 
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
+
+#include <nlohmann/json.hpp>
 
 namespace VorControl {
 class IControlInstance;

@@ -1,10 +1,10 @@
 #include "Services/Ascii/AsciiParams.h"
 
-#include <algorithm>
-#include <cctype>
-
 #include "Services/Common/Translate.h"
 #include "Vor/Exception.h"
+
+#include <algorithm>
+#include <cctype>
 
 namespace Services::Ascii {
 
@@ -13,7 +13,7 @@ using Common::Translate;
 namespace {
 
 constexpr unsigned short DefaultPort = 8190;
-constexpr unsigned int DefaultIdleTimeout = 300; // seconds
+constexpr unsigned int DefaultIdleTimeout = 300; ///< seconds
 constexpr std::size_t MaxSymbolSize = 4;
 constexpr std::size_t MaxInvalidTextSize = 32;
 constexpr unsigned short MaxDecimals = 9;
@@ -22,7 +22,7 @@ bool IsPrintable(char character) {
     return character >= ' ' && character <= '~';
 }
 
-// Nothing that stands in a number, a word or a quoted text.
+/// Nothing that stands in a number, a word or a quoted text.
 bool IsDelimiter(const std::string& value) {
     return !value.empty() && value.size() <= MaxSymbolSize && std::ranges::all_of(value, [](char character) {
         return character == '\t' ||

@@ -1,18 +1,18 @@
 #pragma once
 
-#include <cstdint>
-
 #include "Services/Ascii/LineFormat.h"
 #include "Services/Ascii/SymbolParam.h"
 #include "Services/Common/TcpServerParams.h"
 #include "VorApi/Params/Enum.h"
 #include "VorApi/Params/Value.h"
 
+#include <cstdint>
+
 namespace Services::Ascii {
 
 enum class DecimalSeparator : std::int32_t { Point = 0, Comma = 1 };
 
-// What a server takes of the parameters.
+/// What a server takes of the parameters.
 struct AsciiSettings {
     Common::TcpServerSettings tcp;
     LineFormat format;
@@ -22,11 +22,11 @@ class AsciiParams : public Common::TcpServerParams {
 public:
     AsciiParams();
 
-    // Puts every value back to its default.
+    /// Puts every value back to its default.
     void Reset();
 
-    // Throws yERROR_PARAMETER with the text of the first value that is outside its limits, or with one that says which
-    // two values don't go together.
+    /// Throws yERROR_PARAMETER with the text of the first value that is outside its limits, or with one that says which
+    /// two values don't go together.
     AsciiSettings Settings();
 
     SymbolParam delimiter;

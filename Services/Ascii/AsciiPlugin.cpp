@@ -1,5 +1,3 @@
-#include <memory>
-
 #include "Services/Ascii/AsciiProtocol.h"
 #include "Services/Ascii/ServiceVersion.h"
 #include "Services/Common/Translate.h"
@@ -8,6 +6,8 @@
 #include "VorControl/Control/IControlFactory.h"
 #include "VorControl/Control/VorCnLib.h"
 #include "VorPlugin/PluginLib.h"
+
+#include <memory>
 
 namespace Services::Ascii {
 

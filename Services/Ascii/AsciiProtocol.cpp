@@ -1,8 +1,5 @@
 #include "Services/Ascii/AsciiProtocol.h"
 
-#include <set>
-#include <thread>
-
 #include "Services/Common/PropertiesLock.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
@@ -14,6 +11,9 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
 #include "yApi/yArrayList.h"
+
+#include <set>
+#include <thread>
 
 namespace Services::Ascii {
 
@@ -50,7 +50,7 @@ ValueKind KindOf(const std::string& type) {
     return type == "Stamp" ? ValueKind::Stamp : ValueKind::Text;
 }
 
-// The lock of an output map for a scope.
+/// The lock of an output map for a scope.
 class MapLock {
 public:
     explicit MapLock(IProtocolOutput& map)
@@ -73,7 +73,7 @@ private:
     IProtocolOutput& map;
 };
 
-// What the virtual sensor measures of its part.
+/// What the virtual sensor measures of its part.
 struct DefaultBlock {
     const char* type;
     const char* displayName;

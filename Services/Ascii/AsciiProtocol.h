@@ -1,12 +1,5 @@
 #pragma once
 
-#include <atomic>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "Services/Ascii/AsciiParams.h"
 #include "Services/Ascii/AsciiProperties.h"
 #include "Services/Ascii/AsciiServer.h"
@@ -21,10 +14,17 @@
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
 namespace Services::Ascii {
 
-// The service of lines of text over TCP. Clients ask for the blocks of one register assembly, "registerAssembly-0", by
-// their numbers, and for the entries of an output map by their names. All of it is kept in the job.
+/// The service of lines of text over TCP. Clients ask for the blocks of one register assembly, "registerAssembly-0", by
+/// their numbers, and for the entries of an output map by their names. All of it is kept in the job.
 class AsciiProtocol : public VorControl::ControlProtocol::ProtocolBase, private ISensor {
 public:
     explicit AsciiProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
@@ -34,19 +34,19 @@ public:
     void Stop() override;
 
     void ParamsReset() override;
-    // Takes the changed parameters while the service runs. If it can't listen at a new address or port, it goes on
-    // where it was, says why in the property `failure`, and throws.
+    /// Takes the changed parameters while the service runs. If it can't listen at a new address or port, it goes on
+    /// where it was, says why in the property `failure`, and throws.
     void ParamsUpdate() override;
     void OutputsUpdate() override;
     void ConfigureDefaultRegisterAssembly() override;
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     void ProcessResultSets(void* resultSets) override;
 
-    // The data sources of the assembly, then those that only the output map has.
+    /// The data sources of the assembly, then those that only the output map has.
     std::vector<std::string> DataSourceList() const override;
     std::vector<std::string> DataSourceList(VorCommon::PersistDomain domain) override;
 
-    // Brings the counters up to date.
+    /// Brings the counters up to date.
     void NonPersistentPropertiesBeginLock() override;
 
     using ProtocolBase::BeginUpdateParams;
@@ -89,12 +89,12 @@ private:
     void Open();
     void Close();
     void Show(const std::string& address, const std::string& failure);
-    // Gives the service the outputs that it has by default.
+    /// Gives the service the outputs that it has by default.
     void ResetAssembly();
     void ResetMap();
-    // Lets clients see the outputs as they are now.
+    /// Lets clients see the outputs as they are now.
     void ShowOutputs();
-    // The same, when the changes that are under way have come to their end.
+    /// The same, when the changes that are under way have come to their end.
     void ShowOutputsSoon();
     std::vector<OutputDefinition> Definitions() const;
 
@@ -107,17 +107,17 @@ private:
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup> assemblies;
     const std::shared_ptr<VorControl::ControlProtocol::TextIdStandardProtocolOutputMap> map;
     const std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> provider;
-    bool mapUpdating = false; // between begin and end of an update, which the framework serialises
+    bool mapUpdating = false; ///< between begin and end of an update, which the framework serialises
     Ascii::Outputs outputs;
     ServerCounters counters;
     Common::Wakeup wakeup;
     std::unique_ptr<AsciiServer> server;
-    // Guards the next two. A leaf.
+    /// Guards the next two. A leaf.
     std::mutex commandMutex;
-    std::shared_ptr<PendingAnswer> running; // the command that is under way
-    std::thread::id runner;                 // the thread that is handing it over
-    // The outputs change while clients look at them, when a job is loaded for instance. So they go on with the former
-    // ones until the main loop runs again.
+    std::shared_ptr<PendingAnswer> running; ///< the command that is under way
+    std::thread::id runner;                 ///< the thread that is handing it over
+    /// The outputs change while clients look at them, when a job is loaded for instance. So they go on with the former
+    /// ones until the main loop runs again.
     std::atomic<bool> outputsChanging{false};
     Vor::AsyncRunner mainLoop;
 };

@@ -1,8 +1,8 @@
 #include "Services/Ascii/AsciiServer.h"
 
-#include <memory>
-
 #include "Services/Ascii/AsciiSession.h"
+
+#include <memory>
 
 namespace Services::Ascii {
 

@@ -1,23 +1,23 @@
 #pragma once
 
-#include <string>
-
 #include "Services/Ascii/AsciiParams.h"
 #include "Services/Ascii/RequestHandler.h"
 #include "Services/Common/TcpServer.h"
 
+#include <string>
+
 namespace Services::Ascii {
 
-// Serves lines of text over TCP on one thread of its own, "AsciiNet". The operations are for one thread at a time; each
-// waits for the network thread, which takes microseconds.
+/// Serves lines of text over TCP on one thread of its own, "AsciiNet". The operations are for one thread at a time;
+/// each waits for the network thread, which takes microseconds.
 class AsciiServer {
 public:
-    // Listens when it returns. Throws Vor::Exception with a text for the user when it can't. All but the settings must
-    // outlive the server.
+    /// Listens when it returns. Throws Vor::Exception with a text for the user when it can't. All but the settings must
+    /// outlive the server.
     AsciiServer(Outputs& outputs, ISensor& sensor, ServerCounters& counters, Common::Wakeup& wakeup,
                 const AsciiSettings& settings);
 
-    // As TcpServer::Update.
+    /// As TcpServer::Update.
     void Update(const AsciiSettings& settings);
 
     bool IsListening() const { return server.IsListening(); }
@@ -25,7 +25,7 @@ public:
     std::string Url() const { return server.Url(); }
 
 private:
-    RequestHandler handler; // belongs to the network thread
+    RequestHandler handler; ///< belongs to the network thread
     Common::TcpServer server;
 };
 

@@ -1,21 +1,21 @@
 #pragma once
 
+#include "Services/Ascii/LineReader.h"
+#include "Services/Ascii/RequestHandler.h"
+#include "Services/Common/ITcpSession.h"
+
 #include <array>
 #include <cstddef>
 #include <span>
 #include <string>
 
-#include "Services/Ascii/LineReader.h"
-#include "Services/Ascii/RequestHandler.h"
-#include "Services/Common/ITcpSession.h"
-
 namespace Services::Ascii {
 
-// The lines of one connection: answers come in the order of the requests, each whole, with the lines of frames between
-// them. While a request has no answer yet, those behind it wait. Both sides are bounded.
+/// The lines of one connection: answers come in the order of the requests, each whole, with the lines of frames between
+/// them. While a request has no answer yet, those behind it wait. Both sides are bounded.
 class AsciiSession : public Common::ITcpSession {
 public:
-    // `handler` must outlive the session.
+    /// `handler` must outlive the session.
     AsciiSession(RequestHandler& handler, bool mayWrite);
     ~AsciiSession() override;
     AsciiSession(const AsciiSession&) = delete;
@@ -35,7 +35,7 @@ public:
 
 private:
     static constexpr std::size_t InputCapacity = 2048;
-    // Room for one line more than the longest.
+    /// Room for one line more than the longest.
     static constexpr std::size_t AnswerCapacity = Outputs::MaxLineSize + 64;
     static constexpr std::size_t OutputCapacity = 2 * AnswerCapacity;
 

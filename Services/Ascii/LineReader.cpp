@@ -6,7 +6,7 @@ namespace Services::Ascii {
 
 namespace {
 
-// RFC 854, "The TELNET Command Structure".
+/// RFC 854, "The TELNET Command Structure".
 constexpr unsigned char Iac = 255;
 constexpr unsigned char Will = 251;
 constexpr unsigned char Dont = 254;

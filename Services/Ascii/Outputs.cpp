@@ -1,12 +1,12 @@
 #include "Services/Ascii/Outputs.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-
 #include "Vor/Exception.h"
 #include "VorMsg/ResultInfo.h"
 #include "VorMsg/ResultItem.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
 
 namespace Services::Ascii {
 

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "yApi/yStatus.h"
+
 #include <atomic>
 #include <cstdint>
 #include <string>
 
-#include "yApi/yStatus.h"
-
 namespace Services::Ascii {
 
-// A request whose answer isn't there yet. Whoever works on it fills the members in and sets `hasEnded` last; then they
-// belong to the session that asked.
+/// A request whose answer isn't there yet. Whoever works on it fills the members in and sets `hasEnded` last; then they
+/// belong to the session that asked.
 struct PendingAnswer {
     enum class Kind { Command, State, Job };
 
@@ -24,11 +24,11 @@ struct PendingAnswer {
 
     const Kind kind;
     yStatus status = yERROR;
-    const char* failure = nullptr; // what a command's failure without a status of its own means
+    const char* failure = nullptr; ///< what a command's failure without a status of its own means
 
-    // Of a state and of a job.
+    /// Of a state and of a job.
     bool isScanning = false;
-    std::uint8_t alignment = 0; // 0 not aligned, 1 aligned, 2 aligning
+    std::uint8_t alignment = 0; ///< 0 not aligned, 1 aligned, 2 aligning
     bool isBusy = false;
     std::string job;
 

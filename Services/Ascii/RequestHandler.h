@@ -1,10 +1,5 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "Services/Ascii/ISensor.h"
 #include "Services/Ascii/LineFormat.h"
 #include "Services/Ascii/LineReader.h"
@@ -13,25 +8,30 @@
 #include "Services/Ascii/ServerCounters.h"
 #include "VorControl/ControlProtocol/ControlRegisterTypes.h"
 
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
 namespace Services::Ascii {
 
-// What the handler knows of one client.
+/// What the handler knows of one client.
 struct ClientState {
     bool mayWrite = false;
     bool hasQuit = false;
-    std::shared_ptr<PushQueue> push = {};        // null while no frames are told
-    std::shared_ptr<PendingAnswer> pending = {}; // of the last request, while it has no answer
+    std::shared_ptr<PushQueue> push = {};        ///< null while no frames are told
+    std::shared_ptr<PendingAnswer> pending = {}; ///< of the last request, while it has no answer
 };
 
-// Answers one request at a time. Used by the network thread only.
+/// Answers one request at a time. Used by the network thread only.
 class RequestHandler {
 public:
-    // Of what waits for one client while frames are told.
+    /// Of what waits for one client while frames are told.
     static constexpr std::size_t PushCapacity = 2 * Outputs::MaxLineSize;
-    // The most that the tools take.
+    /// The most that the tools take.
     static constexpr std::size_t MaxUserDataSize = sizeof(VorControl::ControlProtocol::DefaultUserDataInputData);
 
-    // All but `format` must outlive the handler.
+    /// All but `format` must outlive the handler.
     RequestHandler(Outputs& outputs, ISensor& sensor, ServerCounters& counters, LineFormat format)
         : outputs(outputs)
         , sensor(sensor)
@@ -41,16 +41,16 @@ public:
     const LineFormat& Format() const { return format; }
     void SetFormat(const LineFormat& value) { format = value; }
 
-    // Answers a line that has ended. The answer, with its terminator, is appended to `answer`, or comes later: then
-    // `client.pending` is set.
+    /// Answers a line that has ended. The answer, with its terminator, is appended to `answer`, or comes later: then
+    /// `client.pending` is set.
     void Answer(LineReader::Status status, std::string_view line, ClientState& client, std::string& answer);
-    // Appends the answer that `client` waits for, which has come.
+    /// Appends the answer that `client` waits for, which has come.
     void AnswerPending(ClientState& client, std::string& answer);
-    // The client has gone.
+    /// The client has gone.
     void Forget(ClientState& client);
 
 private:
-    // What a request's member function gets.
+    /// What a request's member function gets.
     struct Call {
         std::string_view rest;
         ClientState& client;
@@ -69,10 +69,10 @@ private:
     void AnswerError(std::string& answer, int status, std::string_view text);
     void AddText(std::string& answer, std::string_view text) const;
     std::vector<Argument> ArgumentsOf(const Call& call, std::size_t max) const;
-    // `failure` is the text for a command that the sensor refuses or can't do.
+    /// `failure` is the text for a command that the sensor refuses or can't do.
     void Run(const Call& call, const VorControl::ControlProtocol::ControlRegisterCommandData& command,
              const char* failure);
-    // Runs a command whose argument may be a scanner.
+    /// Runs a command whose argument may be a scanner.
     void RunOnScanner(const Call& call, std::uint8_t command, const char* failure);
     void Ask(const Call& call, PendingAnswer::Kind kind);
 

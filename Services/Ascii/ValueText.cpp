@@ -1,10 +1,5 @@
 #include "Services/Ascii/ValueText.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
-
 #include "Vor/Utf8.h"
 #include "VorMsg/ResultInfo.h"
 #include "VorMsg/VvArrayMsg.h"
@@ -14,15 +9,20 @@
 #include "VorMsg/VvStringMsg.h"
 #include "yApi/yMsgInfo.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
 namespace Services::Ascii {
 
 namespace {
 
 constexpr std::size_t StampFields = 5;
-// The greatest double has 309 digits before the separator.
+/// The greatest double has 309 digits before the separator.
 constexpr std::size_t NumberSize = 400;
 
-// The message of an item, of an array its first element; null for none.
+/// The message of an item, of an array its first element; null for none.
 VvMsg MessageOf(ResultItem item) {
     if (item == nullptr) {
         return nullptr;

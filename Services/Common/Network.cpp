@@ -1,12 +1,11 @@
 #include "Services/Common/Network.h"
 
-#include <arpa/inet.h>
+#include "Vor/Exception.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <charconv>
 #include <cstring>
-
-#include "Vor/Exception.h"
 
 namespace Services::Common {
 
@@ -16,7 +15,7 @@ constexpr NetworkAddress MappedBegin{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
 constexpr unsigned MappedBits = 96;
 constexpr unsigned AllBits = 128;
 
-// Whether the first `bits` bits are the same.
+/// Whether the first `bits` bits are the same.
 bool BeginAlike(const NetworkAddress& left, const NetworkAddress& right, unsigned bits) {
     const std::size_t whole = bits / 8;
     if (std::memcmp(left.data(), right.data(), whole) != 0) {

@@ -6,7 +6,7 @@
 
 namespace Services::Common {
 
-// NonPersistentPropertiesBeginLock of a service for a scope.
+/// NonPersistentPropertiesBeginLock of a service for a scope.
 class PropertiesLock {
 public:
     explicit PropertiesLock(VorControl::ControlProtocol::IProtocol& protocol)

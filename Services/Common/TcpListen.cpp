@@ -1,9 +1,9 @@
 #include "Services/Common/TcpListen.h"
 
-#include <boost/asio/ip/v6_only.hpp>
-
 #include "Vor/Exception.h"
 #include "yApi/yStatus.h"
+
+#include <boost/asio/ip/v6_only.hpp>
 
 namespace Services::Common {
 

@@ -1,25 +1,24 @@
 #include "Services/Common/TcpServer.h"
 
-// Asio of Boost 1.74 uses std::exchange without including its header.
-#include <utility>
-
-#include <algorithm>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/posix/stream_descriptor.hpp>
-#include <boost/asio/post.hpp>
-#include <boost/asio/steady_timer.hpp>
-#include <future>
-#include <list>
-#include <optional>
-#include <type_traits>
-#include <unistd.h>
-
 #include "Services/Common/TcpListen.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "yApi/yStatus.h"
 #include "yApi/yThread.h"
+
+#include <algorithm>
+#include <future>
+#include <list>
+#include <optional>
+#include <type_traits>
+#include <unistd.h>
+#include <utility>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
 
 namespace Services::Common {
 
@@ -30,11 +29,11 @@ using asio::ip::tcp;
 using boost::system::error_code;
 using Clock = std::chrono::steady_clock;
 
-// Bounds what the kernel keeps of the replies to a client that doesn't take them.
+/// Bounds what the kernel keeps of the replies to a client that doesn't take them.
 constexpr int SendBufferSize = 64 * 1024;
 constexpr std::chrono::milliseconds AcceptRetryPeriod{100};
 
-// None when the client has gone already.
+/// None when the client has gone already.
 std::optional<NetworkAddress> PeerOf(const tcp::socket& socket) {
     error_code error;
     const asio::ip::address address = socket.remote_endpoint(error).address();
@@ -68,7 +67,7 @@ private:
     using ConnectionList = std::list<std::shared_ptr<Connection>>;
 
     static yStatus Run(asio::io_context& io);
-    // Runs `work` on the network thread and waits for its result or exception.
+    /// Runs `work` on the network thread and waits for its result or exception.
     template <typename Work>
     auto OnThread(Work work) -> decltype(work());
     void StopThread();
@@ -86,22 +85,22 @@ private:
     void Poll();
 
     asio::io_context io{1};
-    // The rest belongs to the network thread while that runs.
+    /// The rest belongs to the network thread while that runs.
     TcpServerSettings settings;
     TcpCounters& counters;
     const Hooks hooks;
     Wakeup* const wakeup;
     asio::posix::stream_descriptor wakeupDescriptor{io};
     tcp::acceptor acceptor;
-    unsigned listenGeneration = 0; // an accept of a former acceptor is ignored
+    unsigned listenGeneration = 0; ///< an accept of a former acceptor is ignored
     asio::steady_timer acceptRetryTimer{io};
     asio::steady_timer idleTimer{io};
     asio::steady_timer pollTimer{io};
-    ConnectionList connections; // the one idle for longest first
+    ConnectionList connections; ///< the one idle for longest first
     yThread thread = nullptr;
 };
 
-// One client. It lives as long as the server's list or an operation under way refers to it.
+/// One client. It lives as long as the server's list or an operation under way refers to it.
 class TcpServer::Impl::Connection : public std::enable_shared_from_this<Connection> {
 public:
     Connection(Impl& server, tcp::socket accepted, const NetworkAddress& peer)
@@ -124,18 +123,18 @@ public:
 
     Clock::time_point LastRequest() const { return lastRequest; }
 
-    // Counts as busy from now on.
+    /// Counts as busy from now on.
     void Touch() {
         lastRequest = Clock::now();
         server.connections.splice(server.connections.end(), server.connections, position);
     }
 
-    // Whether the client may go on although it made no request since `oldest`.
+    /// Whether the client may go on although it made no request since `oldest`.
     bool MayBeSilent(Clock::time_point oldest) const {
         return session->IsWorking() || (session->IsSubscribed() && (session->Replies().empty() || lastSent > oldest));
     }
 
-    // Follows changed networks.
+    /// Follows changed networks.
     void ApplyNetworks() {
         session->SetMayWrite(Contain(server.settings.writers, peer));
         if (!Contain(server.settings.readers, peer)) {
@@ -153,7 +152,7 @@ public:
         server.Remove(position);
     }
 
-    // Answers what was received and sends what there is, and goes on to receive only when all replies are gone.
+    /// Answers what was received and sends what there is, and goes on to receive only when all replies are gone.
     void Pump() {
         if (!socket.is_open() || blocked) {
             return;
@@ -189,7 +188,7 @@ public:
     }
 
 private:
-    // Waits first and reads then: the session may move what it has received meanwhile.
+    /// Waits first and reads then: the session may move what it has received meanwhile.
     void Receive() {
         if (receiving || inputEnded || session->ReceiveSpace().empty()) {
             return;
@@ -246,8 +245,8 @@ private:
     Clock::time_point lastRequest;
     Clock::time_point lastSent;
     bool receiving = false;
-    bool blocked = false;    // the client doesn't take what is sent
-    bool inputEnded = false; // the client has closed its side
+    bool blocked = false;    ///< the client doesn't take what is sent
+    bool inputEnded = false; ///< the client has closed its side
     ConnectionList::iterator position;
 };
 

@@ -4,7 +4,7 @@
 
 namespace Services::Common {
 
-// A text in the user's language; valid for the life of the process.
+/// A text in the user's language; valid for the life of the process.
 inline const char* Translate(const char* text) {
     return VorGetText::GetInstance().DPGetText("BE", "com.vorlab.ctrl", text);
 }

@@ -1,9 +1,9 @@
 #include "Services/Common/Wakeup.h"
 
+#include "Vor/Exception.h"
+
 #include <sys/eventfd.h>
 #include <unistd.h>
-
-#include "Vor/Exception.h"
 
 namespace Services::Common {
 

@@ -2,11 +2,11 @@
 
 namespace Services::Common {
 
-// Tells the network thread of a server that sessions have something to send. Any thread; allocates nothing, never
-// waits, and may be used while no server listens to it.
+/// Tells the network thread of a server that sessions have something to send. Any thread; allocates nothing, never
+/// waits, and may be used while no server listens to it.
 class Wakeup {
 public:
-    // Throws Vor::Exception when the system has no more descriptors.
+    /// Throws Vor::Exception when the system has no more descriptors.
     Wakeup();
     ~Wakeup();
     Wakeup(const Wakeup&) = delete;
@@ -15,7 +15,7 @@ public:
     void Set();
     void Clear();
 
-    // Becomes readable with Set, until Clear.
+    /// Becomes readable with Set, until Clear.
     int Descriptor() const { return descriptor; }
 
 private:

@@ -1,17 +1,17 @@
 #pragma once
 
-#include <memory>
-
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
 
+#include <memory>
+
 namespace Services::Modbus {
 
-// Adds the block types that scans feed: "Measurement", "MeasurementValue", "MeasurementDecision", "Stamp" and "String",
-// each in registers of 16 bits.
+/// Adds the block types that scans feed: "Measurement", "MeasurementValue", "MeasurementDecision", "Stamp" and
+/// "String", each in registers of 16 bits.
 void AddScanBlockTypes(VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
-// Adds "ControlInput", "ControlOutput", "System" and "Scanner" in registers of 16 bits, at most one block of each.
+/// Adds "ControlInput", "ControlOutput", "System" and "Scanner" in registers of 16 bits, at most one block of each.
 void AddControlBlockTypes(VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
 using BlockType = std::unique_ptr<VorControl::ControlProtocol::ProtocolRegisterBlockInfo>;

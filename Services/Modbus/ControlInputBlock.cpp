@@ -1,9 +1,9 @@
 #include "Services/Modbus/ControlInputBlock.h"
 
+#include "VorControl/ControlProtocol/ControlRegisterTypes.h"
+
 #include <algorithm>
 #include <array>
-
-#include "VorControl/ControlProtocol/ControlRegisterTypes.h"
 
 namespace Services::Modbus {
 

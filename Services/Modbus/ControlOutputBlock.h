@@ -4,7 +4,7 @@
 
 namespace Services::Modbus {
 
-// The answer to a command in 3 registers of 16 bits: request word, command status, 0.
+/// The answer to a command in 3 registers of 16 bits: request word, command status, 0.
 class ControlOutputBlock : public VorControl::ControlProtocol::DefaultControlOutputRegisterBlock {
 public:
     static constexpr unsigned short Registers = 3;

@@ -1,10 +1,10 @@
 #include "Services/Modbus/ControlRegisters.h"
 
-#include <algorithm>
-
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/SwapRegisters.h"
 #include "VorControl/ControlProtocol/RegisterBlockParams.h"
+
+#include <algorithm>
 
 namespace Services::Modbus {
 
@@ -12,7 +12,7 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-constexpr unsigned char InProgress = 1; // a command status
+constexpr unsigned char InProgress = 1; ///< a command status
 
 } // namespace
 

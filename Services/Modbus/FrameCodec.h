@@ -6,13 +6,13 @@
 
 namespace Services::Modbus {
 
-// Sizes in bytes: MODBUS Messaging on TCP/IP Implementation Guide V1.0b, 3.1.3, and MODBUS Application Protocol
-// V1.1b3, 4.1.
+/// Sizes in bytes: MODBUS Messaging on TCP/IP Implementation Guide V1.0b, 3.1.3, and MODBUS Application Protocol
+/// V1.1b3, 4.1.
 inline constexpr std::size_t HeaderSize = 7;
 inline constexpr std::size_t MaxPduSize = 253;
 inline constexpr std::size_t MaxFrameSize = HeaderSize + MaxPduSize;
 
-// One request or reply. `pdu` points into the bytes that were decoded: it is valid as long as they are.
+/// One request or reply. `pdu` points into the bytes that were decoded: it is valid as long as they are.
 struct Frame {
     std::uint16_t transaction = 0;
     unsigned char unit = 0;
@@ -22,16 +22,16 @@ struct Frame {
 };
 
 enum class FrameStatus {
-    Complete,   // `frame` is the first one of the bytes and takes Size() of them
-    Incomplete, // the bytes are the beginning of a frame
-    Invalid,    // no frame begins with these bytes, and none can be found behind them
+    Complete,   ///< `frame` is the first one of the bytes and takes Size() of them
+    Incomplete, ///< the bytes are the beginning of a frame
+    Invalid,    ///< no frame begins with these bytes, and none can be found behind them
 };
 
-// Looks at the front of `bytes`. A wrong protocol identifier is told from 4 bytes on, a length that no frame has
-// from 6.
+/// Looks at the front of `bytes`. A wrong protocol identifier is told from 4 bytes on, a length that no frame has
+/// from 6.
 FrameStatus DecodeFrame(std::span<const unsigned char> bytes, Frame& frame) noexcept;
 
-// Writes the 7 bytes in front of a PDU of `pduSize` bytes.
+/// Writes the 7 bytes in front of a PDU of `pduSize` bytes.
 void EncodeHeader(unsigned char* destination, std::uint16_t transaction, unsigned char unit,
                   std::size_t pduSize) noexcept;
 

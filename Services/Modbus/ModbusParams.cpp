@@ -9,7 +9,7 @@ using Common::Translate;
 namespace {
 
 constexpr unsigned short DefaultPort = 502;
-constexpr unsigned int DefaultIdleTimeout = 60; // seconds
+constexpr unsigned int DefaultIdleTimeout = 60; ///< seconds
 
 } // namespace
 

@@ -1,5 +1,3 @@
-#include <memory>
-
 #include "Services/Common/Translate.h"
 #include "Services/Modbus/ModbusProtocol.h"
 #include "Vor/Exception.h"
@@ -9,6 +7,8 @@
 #include "VorPlugin/PluginLib.h"
 #include "yApi/yAssembly.h"
 #include "yApi/yVersion.h"
+
+#include <memory>
 
 namespace Services::Modbus {
 

@@ -4,12 +4,12 @@
 
 namespace Services::Modbus {
 
-// What the service shows of itself.
+/// What the service shows of itself.
 class ModbusProperties : public Common::TcpServerProperties {
 public:
     ModbusProperties();
 
-    // Requests that were answered with an exception, since the service was started.
+    /// Requests that were answered with an exception, since the service was started.
     Vor::Params::Value<unsigned long long> exceptions;
 };
 

@@ -1,9 +1,9 @@
 #include "Services/Modbus/ModbusServer.h"
 
+#include "Services/Modbus/Session.h"
+
 #include <memory>
 #include <utility>
-
-#include "Services/Modbus/Session.h"
 
 namespace Services::Modbus {
 

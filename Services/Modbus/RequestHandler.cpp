@@ -14,7 +14,7 @@ constexpr unsigned char MaskWriteRegister = 22;
 constexpr unsigned char ReadWriteMultipleRegisters = 23;
 constexpr unsigned MaxReadQuantity = 125;
 constexpr unsigned MaxWriteQuantity = 123;
-constexpr unsigned MaxReadWriteQuantity = 121; // of the registers written
+constexpr unsigned MaxReadWriteQuantity = 121; ///< of the registers written
 constexpr unsigned AddressCount = 65536;
 
 std::size_t PutException(unsigned char* pdu, unsigned char function, unsigned char code) {
@@ -23,7 +23,7 @@ std::size_t PutException(unsigned char* pdu, unsigned char function, unsigned ch
     return 2;
 }
 
-// The reply of a write: the first `size` bytes of its request, or the exception.
+/// The reply of a write: the first `size` bytes of its request, or the exception.
 std::size_t PutEcho(unsigned char* pdu, std::span<const unsigned char> request, std::size_t size, unsigned char code) {
     if (code != NoException) {
         return PutException(pdu, request[0], code);

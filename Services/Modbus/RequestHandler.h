@@ -1,19 +1,19 @@
 #pragma once
 
-#include <cstddef>
-
 #include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/IRegisterMap.h"
 #include "Services/Modbus/ServerCounters.h"
 
+#include <cstddef>
+
 namespace Services::Modbus {
 
-// Answers one request at a time from the registers; keeps nothing between two of them. Not thread-safe.
+/// Answers one request at a time from the registers; keeps nothing between two of them. Not thread-safe.
 class RequestHandler {
 public:
-    // `registers` and `counters` must outlive the handler. `unit` is the one unit identifier that is served, 0 serves
-    // all.
+    /// `registers` and `counters` must outlive the handler. `unit` is the one unit identifier that is served, 0 serves
+    /// all.
     RequestHandler(IRegisterMap& registers, ServerCounters& counters, unsigned char unit)
         : registers(registers)
         , counters(counters)
@@ -21,8 +21,8 @@ public:
 
     void SetUnit(unsigned char value) { unit = value; }
 
-    // Writes the reply frame, at most MaxFrameSize bytes, and returns its size. Every request has a reply. Without
-    // `mayWrite` the writing functions are unknown to the client.
+    /// Writes the reply frame, at most MaxFrameSize bytes, and returns its size. Every request has a reply. Without
+    /// `mayWrite` the writing functions are unknown to the client.
     std::size_t Answer(const Frame& request, bool mayWrite, unsigned char* reply);
 
 private:

@@ -1,8 +1,5 @@
 #include "Services/Modbus/ScanRegisters.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include "Services/Modbus/SwapRegisters.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
@@ -11,6 +8,9 @@
 #include "VorMsg/ResultItem.h"
 #include "VorMsg/VvNullMsg.h"
 #include "yApi/yMsgInfo.h"
+
+#include <algorithm>
+#include <cstring>
 
 namespace Services::Modbus {
 

@@ -1,39 +1,39 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <unordered_map>
-#include <vector>
-
 #include "Services/Modbus/ControlRegisters.h"
 #include "Services/Modbus/RegisterImage.h"
 #include "VorApi/Object.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorMsg/ResultSet.h"
 
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
 namespace Services::Modbus {
 
-// Writes scan results through the blocks of an assembly into a register image. The operations may be called on any
-// thread: each works under the assembly's lock, which guards the members too and ranks before the image's mutex.
+/// Writes scan results through the blocks of an assembly into a register image. The operations may be called on any
+/// thread: each works under the assembly's lock, which guards the members too and ranks before the image's mutex.
 class ScanRegisters {
 public:
-    // `image` and `control`, which writes to the same image, must outlive this object.
+    /// `image` and `control`, which writes to the same image, must outlive this object.
     ScanRegisters(std::shared_ptr<VorControl::ControlProtocol::IProtocolRegisterAssembly> assembly,
                   RegisterImage& image, ControlRegisters& control);
 
-    // Follows the blocks of the assembly as they are now. A block gets the last value of its data source, or what
-    // stands for a missing value when there was none; the blocks without data source are left to `control`.
+    /// Follows the blocks of the assembly as they are now. A block gets the last value of its data source, or what
+    /// stands for a missing value when there was none; the blocks without data source are left to `control`.
     void Rebuild();
 
-    // Forgets the last values; the next Rebuild starts without any.
+    /// Forgets the last values; the next Rebuild starts without any.
     void ForgetValues();
 
-    // Writes the results of one frame, which become visible to readers all at once. Allocates nothing. A block that
-    // can't write its result shows a missing value; that is logged once until the block writes again.
+    /// Writes the results of one frame, which become visible to readers all at once. Allocates nothing. A block that
+    /// can't write its result shows a missing value; that is logged once until the block writes again.
     void Process(ResultSet set);
 
 private:
-    // One block and its place in `bytes`.
+    /// One block and its place in `bytes`.
     struct Slot {
         std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock> block;
         std::size_t offset;
@@ -47,7 +47,7 @@ private:
         Vor::Object lastItem;
     };
 
-    using Sources = std::unordered_map<unsigned long, Source>; // by numeric id
+    using Sources = std::unordered_map<unsigned long, Source>; ///< by numeric id
 
     void AddSlot(Sources& next, const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock>& block);
     void LeaveOut(const std::vector<RegisterRange>& others);
@@ -60,11 +60,11 @@ private:
     RegisterImage& image;
     ControlRegisters& control;
     Sources sources;
-    std::vector<unsigned char> bytes; // the image that is being made, in the order of the wire
-    // What lies between the blocks of `control`, in ascending order.
+    std::vector<unsigned char> bytes; ///< the image that is being made, in the order of the wire
+    /// What lies between the blocks of `control`, in ascending order.
     std::vector<RegisterImage::Part> own;
-    std::vector<RegisterImage::Part> written; // for Publish; has room for `own`
-    Vor::Object missing;                      // an item without a value
+    std::vector<RegisterImage::Part> written; ///< for Publish; has room for `own`
+    Vor::Object missing;                      ///< an item without a value
 };
 
 } // namespace Services::Modbus

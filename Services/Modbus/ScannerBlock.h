@@ -4,8 +4,8 @@
 
 namespace Services::Modbus {
 
-// The scanner's state in 10 registers of 16 bits, of which no two overlap: signed value (4), unsigned value (4), first
-// and second scanner byte.
+/// The scanner's state in 10 registers of 16 bits, of which no two overlap: signed value (4), unsigned value (4), first
+/// and second scanner byte.
 class ScannerBlock : public VorControl::ControlProtocol::DefaultScannerStateRegisterBlock {
 public:
     static constexpr unsigned short Registers = 10;

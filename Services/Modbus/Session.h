@@ -1,29 +1,29 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <span>
-
 #include "Services/Common/ITcpSession.h"
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/RequestHandler.h"
 
+#include <array>
+#include <cstddef>
+#include <span>
+
 namespace Services::Modbus {
 
-// The frames of one connection: replies come in the order of the requests. Both sides are bounded: while replies fill
-// their buffer no further request is answered, and while requests wait there is no room to receive. How the stream is
-// cut into pieces changes nothing in the replies. Not thread-safe.
+/// The frames of one connection: replies come in the order of the requests. Both sides are bounded: while replies fill
+/// their buffer no further request is answered, and while requests wait there is no room to receive. How the stream is
+/// cut into pieces changes nothing in the replies. Not thread-safe.
 class Session : public Common::ITcpSession {
 public:
-    // `handler` must outlive the session.
+    /// `handler` must outlive the session.
     Session(RequestHandler& handler, bool mayWrite)
         : handler(handler)
         , mayWrite(mayWrite) {}
 
-    // Whether the writing functions are served.
+    /// Whether the writing functions are served.
     void SetMayWrite(bool value) override { mayWrite = value; }
 
-    // Never empty while no replies wait.
+    /// Never empty while no replies wait.
     std::span<unsigned char> ReceiveSpace() override { return std::span(input).subspan(inputEnd); }
     void Received(std::size_t count) override { inputEnd += count; }
 
@@ -34,8 +34,8 @@ public:
     }
     void Sent(std::size_t count) override;
 
-    // Something that is no frame was received: the stream can't be followed any further. Replies to the requests before
-    // it are still there.
+    /// Something that is no frame was received: the stream can't be followed any further. Replies to the requests
+    /// before it are still there.
     bool Broken() const override { return broken; }
 
 private:

@@ -16,12 +16,12 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-constexpr const char* assemblyId = "registerAssembly-0";
+constexpr const char* AssemblyId = "registerAssembly-0";
 
 /// One address space of 256 registers of one byte each, with one type of block.
 std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
     auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
-        true, 0, 255, assemblyId, IProtocolRegisterAssembly::DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
+        true, 0, 255, AssemblyId, IProtocolRegisterAssembly::DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
     assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementValueRegisterBlockInfo>());
     return assembly;
 }

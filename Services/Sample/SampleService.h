@@ -18,20 +18,20 @@ class SampleService : public VorControl::ControlProtocol::ProtocolBase {
 public:
     explicit SampleService(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
 
-    // Required of each service.
+    /// Required of each service.
     void Start() override;
     void Stop() override;
 
-    // Required of a service with parameters: without it a reset leaves them as they are.
+    /// Required of a service with parameters: without it a reset leaves them as they are.
     void ParamsReset() override;
-    // Optional: a service that ignores it takes changed parameters at its next Start.
+    /// Optional: a service that ignores it takes changed parameters at its next Start.
     void ParamsUpdate() override;
 
-    // Required of a service with register assemblies: the base class refuses both.
+    /// Required of a service with register assemblies: the base class refuses both.
     void ConfigureDefaultRegisterAssembly() override;
     void RegisterAssemblyUpdate(const char* assemblyId) override;
 
-    // Required of a service that uses scan results. Called on a thread of the service's own.
+    /// Required of a service that uses scan results. Called on a thread of the service's own.
     void ProcessResultSets(void* resultSets) override;
 
 private:
@@ -45,7 +45,7 @@ private:
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase> assembly;
     VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
 
-    // The rest is guarded by the assembly's lock.
+    /// The rest is guarded by the assembly's lock.
     std::vector<unsigned char> registers;
     unsigned int everyNth = 1;
     unsigned int skipped = 0;

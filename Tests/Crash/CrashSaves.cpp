@@ -15,7 +15,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <random>
 #include <spawn.h>
 #include <stdexcept>
@@ -24,6 +23,8 @@
 #include <thread>
 #include <unistd.h>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace {
 

@@ -7,11 +7,12 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace Tests {
 
@@ -30,7 +31,7 @@ public:
     explicit AsciiSensor(const nlohmann::json& parameters = nlohmann::json::object(),
                          std::vector<std::string> arguments = {}) {
         WriteJob("line", Config(parameters));
-        arguments.insert(arguments.begin(), {VirtualSensor::File, "--data", data.Path().string(), "--job", "line"});
+        arguments.insert(arguments.begin(), {VirtualSensor::File(), "--data", data.Path().string(), "--job", "line"});
         program.emplace(arguments);
     }
 

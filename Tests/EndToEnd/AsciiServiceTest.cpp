@@ -2,6 +2,7 @@
 
 #include "Tests/EndToEnd/AsciiSensor.h"
 #include "Tests/Services/Ascii/TextClient.h"
+#include "Tests/Support/BuildFolders.h"
 
 #include <algorithm>
 #include <chrono>
@@ -138,7 +139,7 @@ TEST(AsciiService, IsDrivenByTheProgramOfItsPage) {
     }
     AsciiSensor sensor({}, {"--no-scan", "--frame-rate", "100"});
     const Answer answer =
-        RunToEnd({"python3", VOR_SOURCE_DIR "/Docs/examples/ascii-measure.py", std::to_string(sensor.WaitForPort())});
+        RunToEnd({"python3", SourceFile("Docs/examples/ascii-measure.py"), std::to_string(sensor.WaitForPort())});
     EXPECT_EQ(answer.status, 0) << answer.errors;
     EXPECT_EQ(std::ranges::count(answer.output, '\n'), 11) << answer.output;
     EXPECT_NE(answer.output.find(" mm high, 26.000 mm wide\n"), std::string::npos) << answer.output;
@@ -205,7 +206,8 @@ TEST(AsciiService, IsStartedByItsUserAlthoughTheJobLeavesItDisabled) {
     ASSERT_EQ(line.substr(0, running.size()), running);
     TextClient client(static_cast<std::uint16_t>(std::stoi(line.substr(running.size()))));
     EXPECT_EQ(Field(Other(client, "RESULT height", "OK,-"), 0), "OK");
-    const Answer unknown = RunToEnd({VirtualSensor::File, "--data", TempFolder().Path().string(), "--enable", "telex"});
+    const Answer unknown =
+        RunToEnd({VirtualSensor::File(), "--data", TempFolder().Path().string(), "--enable", "telex"});
     EXPECT_EQ(unknown.status, 2);
     EXPECT_NE(unknown.errors.find("--enable telex: unknown service."), std::string::npos) << unknown.errors;
 }

@@ -24,7 +24,7 @@ std::string AsResult(const std::vector<std::uint16_t>& registers) {
 class EditedJobTest : public testing::Test {
 protected:
     Answer Jobs(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {VirtualSensor::File, "--data", sensor.DataFolder(), "jobs"});
+        arguments.insert(arguments.begin(), {VirtualSensor::File(), "--data", sensor.DataFolder(), "jobs"});
         return RunToEnd(arguments);
     }
 

@@ -2,16 +2,18 @@
 
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/Program.h"
+#include "Tests/Support/BuildFolders.h"
 
 #include <filesystem>
 #include <functional>
-#include <gtest/gtest.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace Tests {
 
@@ -23,7 +25,7 @@ struct ModbusClient {
     /// 0, or the exception code with which the server refuses.
     std::function<int(std::uint16_t port, int address, const std::vector<std::uint16_t>& words)> write;
     /// The file without which it can't run.
-    const char* needs;
+    std::string needs;
 };
 
 inline void PrintTo(const ModbusClient& client, std::ostream* out) {
@@ -84,7 +86,7 @@ inline int WriteWithMbpoll(std::uint16_t port, int address, const std::vector<st
 
 /// The answer of the script that uses the client of the JavaScript world.
 inline nlohmann::json AskScript(std::uint16_t port, const std::vector<std::string>& arguments) {
-    std::vector<std::string> command = {"node", VOR_SOURCE_DIR "/Tests/EndToEnd/client.js", std::to_string(port)};
+    std::vector<std::string> command = {"node", SourceFile("Tests/EndToEnd/client.js"), std::to_string(port)};
     command.insert(command.end(), arguments.begin(), arguments.end());
     const Answer answer = RunToEnd(command);
     EXPECT_EQ(answer.status, 0) << answer.output << answer.errors;
@@ -122,7 +124,7 @@ protected:
 inline const auto AllModbusClients = testing::Values(
     ModbusClient{"LibModbus", ReadWithLibrary, WriteWithLibrary, "/"},
     ModbusClient{"Mbpoll", ReadWithMbpoll, WriteWithMbpoll, "/usr/bin/mbpoll"},
-    ModbusClient{"ModbusSerial", ReadWithScript, WriteWithScript, VOR_SOURCE_DIR "/Tests/EndToEnd/node_modules"});
+    ModbusClient{"ModbusSerial", ReadWithScript, WriteWithScript, SourceFile("Tests/EndToEnd/node_modules")});
 
 inline std::string NameOfClient(const testing::TestParamInfo<ModbusClient>& info) {
     return info.param.name;

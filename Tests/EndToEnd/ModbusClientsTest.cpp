@@ -1,6 +1,7 @@
 // Three independent clients read what the started program measures of real recordings.
 
 #include "Tests/EndToEnd/ModbusClients.h"
+
 #include "Tests/EndToEnd/LastFrame.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
 
@@ -8,8 +9,6 @@ namespace Tests {
 namespace {
 
 constexpr int MeasurementRegisters = 3;
-constexpr int StampAddress = 16;
-constexpr int TextAddress = 40;
 
 /// A value of several registers and its decision, as a client reads them at an address.
 struct Measured {

@@ -2,6 +2,7 @@
 
 #include "Tests/EndToEnd/ModbusClients.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
+#include "Tests/Support/BuildFolders.h"
 #include "VorCommon/ArchiveStore.h"
 
 #include <limits>
@@ -13,8 +14,6 @@ constexpr int CommandAddress = 1000;
 constexpr int AnswerAddress = 1100;
 constexpr int SystemAddress = 1200;
 constexpr int ScannerAddress = 1300;
-constexpr int StampAddress = 16;
-constexpr int TextAddress = 40;
 constexpr std::uint16_t Moved = 300; ///< by how much the measurements stand higher in the second job
 
 enum CommandId : std::uint16_t {
@@ -277,15 +276,15 @@ TEST_P(ControlledSensorTest, TakesARequestWordOnceWhoeverWritesIt) {
 }
 
 TEST_P(ControlledSensorTest, RunsTheExampleOfTheDocumentation) {
-    if (!std::filesystem::exists(VOR_SOURCE_DIR "/Tests/EndToEnd/node_modules")) {
+    if (!std::filesystem::exists(SourceFile("Tests/EndToEnd/node_modules"))) {
         GTEST_SKIP() << "there is no client for JavaScript";
     }
     VirtualSensor sensor({"--no-scan", "--align", "fail"});
     Connect(sensor);
     const auto example = [&](std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(),
-                         {"env", "NODE_PATH=" VOR_SOURCE_DIR "/Tests/EndToEnd/node_modules", "node",
-                          VOR_SOURCE_DIR "/Docs/examples/modbus-command.js", "127.0.0.1", std::to_string(port)});
+                         {"env", "NODE_PATH=" + SourceFile("Tests/EndToEnd/node_modules"), "node",
+                          SourceFile("Docs/examples/modbus-command.js"), "127.0.0.1", std::to_string(port)});
         return RunToEnd(arguments);
     };
     const Answer started = example({"start"});

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <modbus/modbus.h>
-
 #include <cerrno>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <modbus/modbus.h>
 
 namespace Tests {
 

@@ -2,18 +2,17 @@
 
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
+#include "Tests/Support/BuildFolders.h"
 
 #include <arpa/inet.h>
-#include <nlohmann/json.hpp>
 #include <sys/socket.h>
+
+#include <nlohmann/json.hpp>
 
 namespace Tests {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr int StampAddress = 16;
-constexpr int TextAddress = 40;
 
 /// Ends the sensor as its user does, and checks that it ends well.
 void EndWell(VirtualSensor& sensor, int signal = SIGTERM) {
@@ -162,12 +161,12 @@ TEST(ModbusService, HasItsMapInTheJobWhichAnyToolCanList) {
 }
 
 TEST(ModbusService, IsLeftAloneByPlugInsThatMisbehave) {
-    const std::filesystem::path fixtures = VOR_BINARY_DIR "/test-plugins";
+    const std::filesystem::path fixtures = BuiltFile("test-plugins");
     if (!std::filesystem::exists(fixtures)) {
         GTEST_SKIP() << "there is no " << fixtures;
     }
     const TempFolder folder;
-    std::filesystem::copy(VOR_BINARY_DIR "/plugins/modbus.so", folder.Path());
+    std::filesystem::copy(BuiltFile("plugins/modbus.so"), folder.Path());
     for (const auto& file : std::filesystem::directory_iterator(fixtures)) {
         std::filesystem::copy(file.path(), folder.Path());
     }

@@ -1,6 +1,7 @@
 // What becomes of the program and its jobs when a service asks for a restart or a factory restore.
 
 #include "Tests/EndToEnd/VirtualSensor.h"
+#include "Tests/Support/BuildFolders.h"
 #include "VorCommon/ArchiveStore.h"
 
 #include <gtest/gtest.h>
@@ -35,8 +36,8 @@ protected:
     void Enable(const std::string& service) const { Write(JobFile("test"), "/controls/" + service + "/config.json"); }
 
     std::vector<std::string> Command() const {
-        return {VirtualSensor::File,           "--data", data.Path().string(), "--job", "test", "--plugins",
-                VOR_BINARY_DIR "/test-plugins"};
+        return {VirtualSensor::File(),    "--data", data.Path().string(), "--job", "test", "--plugins",
+                BuiltFile("test-plugins")};
     }
 
     TempFolder data;

@@ -1,22 +1,28 @@
 #pragma once
 
 #include "Tests/EndToEnd/Program.h"
+#include "Tests/Support/BuildFolders.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+
 #include <gtest/gtest.h>
 
 namespace Tests {
 
+/// Addresses of the demo job.
+inline constexpr int StampAddress = 16;
+inline constexpr int TextAddress = 40;
+
 inline std::string RecordingFile(const std::string& name) {
-    return std::string(VOR_SOURCE_DIR "/../shared/recordings/") + name;
+    return (RecordingsFolder() / name).string();
 }
 
 /// The virtual sensor as its user starts it, with a data folder of its own.
 class VirtualSensor {
 public:
-    static constexpr const char* File = VOR_BINARY_DIR "/vorsensor";
+    static std::string File() { return BuiltFile("vorsensor"); }
 
     explicit VirtualSensor(std::vector<std::string> arguments = {}, const std::string& port = "0")
         : program(Command(std::move(arguments), port, data.Path().string())) {}
@@ -49,7 +55,7 @@ private:
     static std::vector<std::string> Command(std::vector<std::string> arguments, const std::string& port,
                                             const std::string& folder) {
         const bool ownPlugins = std::ranges::find(arguments, "--plugins") != arguments.end();
-        arguments.insert(arguments.begin(), {File, "--data", folder, "--modbus-port", port});
+        arguments.insert(arguments.begin(), {File(), "--data", folder, "--modbus-port", port});
         if (!ownPlugins) {
             arguments.insert(arguments.end(), {"--set", "ascii.port=0"});
         }

@@ -1,6 +1,8 @@
 // The started program and its user: what it tells, what it refuses, how it ends.
 
 #include "Tests/EndToEnd/VirtualSensor.h"
+
+#include "Tests/Support/BuildFolders.h"
 #include "VorCommon/ArchiveStore.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +28,7 @@ protected:
     }
 
     std::vector<std::string> Command(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {VirtualSensor::File, "--data", data.Path().string()});
+        arguments.insert(arguments.begin(), {VirtualSensor::File(), "--data", data.Path().string()});
         return arguments;
     }
 
@@ -34,11 +36,11 @@ protected:
 };
 
 TEST_F(PreparedSensor, TellsItsOptionsAndItsVersion) {
-    const Answer help = RunToEnd({VirtualSensor::File, "--help"});
+    const Answer help = RunToEnd({VirtualSensor::File(), "--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.output.find("--recording"), std::string::npos);
     EXPECT_EQ(help.errors, "");
-    const Answer version = RunToEnd({VirtualSensor::File, "--version"});
+    const Answer version = RunToEnd({VirtualSensor::File(), "--version"});
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.output.find("vorsensor "), 0U);
 }
@@ -107,7 +109,7 @@ TEST_F(PreparedSensor, NamesTheSourcesThatTheInputLacks) {
 
 TEST_F(PreparedSensor, RunsOnWhenAStartThrowsNoException) {
     Enable("test", {"startThrowsInt"});
-    Program program(Command({"--job", "test", "--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    Program program(Command({"--job", "test", "--plugins", BuiltFile("test-plugins")}));
     EXPECT_TRUE(program.WaitForLine("Service startThrowsInt"));
     EXPECT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
     program.Signal(SIGTERM);
@@ -117,7 +119,7 @@ TEST_F(PreparedSensor, RunsOnWhenAStartThrowsNoException) {
 
 TEST_F(PreparedSensor, ShowsAServiceThatFailsToStartWithTheReasonAndStartsTheOthers) {
     Enable("test", {"startFails", "startThrowsException", "stopHangs"});
-    Program program(Command({"--job", "test", "--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    Program program(Command({"--job", "test", "--plugins", BuiltFile("test-plugins")}));
     ASSERT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
     const std::string output = program.Output();
     EXPECT_NE(output.find("startFails (Fixture startFails): Failed To Start: the port is taken\n"), std::string::npos)
@@ -128,9 +130,9 @@ TEST_F(PreparedSensor, ShowsAServiceThatFailsToStartWithTheReasonAndStartsTheOth
 }
 
 TEST_F(PreparedSensor, NamesPlugInsThatAreLeftOut) {
-    Program program(Command({"--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    Program program(Command({"--plugins", BuiltFile("test-plugins")}));
     ASSERT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
-    const std::string plugins = VOR_BINARY_DIR "/test-plugins/";
+    const std::string plugins = BuiltFile("test-plugins/");
     EXPECT_NE(program.Output().find("Service startThrowsException of " + plugins +
                                     "TypeNameTaken.so is left out: the type name is taken by " + plugins +
                                     "StartThrowsException.so\n"),
@@ -143,7 +145,7 @@ TEST_F(PreparedSensor, NamesPlugInsThatAreLeftOut) {
 
 TEST_F(PreparedSensor, EndsInTimeWhenAServiceDoesntStop) {
     Enable("test", {"stopHangs"});
-    Program program(Command({"--job", "test", "--plugins", VOR_BINARY_DIR "/test-plugins"}));
+    Program program(Command({"--job", "test", "--plugins", BuiltFile("test-plugins")}));
     ASSERT_TRUE(program.WaitForLine("Service stopHangs (Fixture stopHangs): Running"));
     ASSERT_TRUE(program.WaitForLine("Scanning."));
     program.Signal(SIGTERM);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "FixturePlugin.h"
-
 #include "VorControl/Control/ControlPlugin.h"
 #include "VorControl/Control/IControlFactory.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"

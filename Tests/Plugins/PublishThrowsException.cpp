@@ -5,7 +5,7 @@
 
 namespace {
 
-// A type of this file only.
+/// A type of this file only.
 class OwnException : public std::exception {
 public:
     const char* what() const noexcept override { return "thrown by the plug-in"; }

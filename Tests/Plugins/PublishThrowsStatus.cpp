@@ -1,5 +1,4 @@
 #include "FixturePlugin.h"
-
 #include "Vor/Exception.h"
 
 extern "C" {

@@ -1,5 +1,4 @@
 #include "FixtureService.h"
-
 #include "VorControl/Control/IControlHost.h"
 
 namespace {

@@ -1,12 +1,14 @@
 #include "Sensor/CommandLine.h"
+
 #include "Sensor/StartError.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Sensor {
 namespace {

@@ -2,6 +2,7 @@
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/VirtualSensor.h"
+#include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
@@ -30,7 +31,7 @@ protected:
     DamagedJob()
         : host({.dataFolder = folder.Path(), .job = "demo"}, sensor) {
         Write("demo", config.dump());
-        host.LoadPlugins(VOR_BINARY_DIR "/plugins");
+        host.LoadPlugins(Tests::BuiltFile("plugins"));
         host.CreateServices();
         host.Persistence().Load();
         ExpectRunning();

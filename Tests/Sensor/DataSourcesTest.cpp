@@ -1,4 +1,5 @@
 #include "Sensor/DataSources.h"
+
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/RecordingParser.h"
 #include "Sensor/Scan/ResultSetMaker.h"

@@ -5,6 +5,7 @@
 #include "Sensor/Scan/RecordingParser.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/VirtualSensor.h"
+#include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/MainLoop.h"
 #include "VorCommon/ArchiveFile.h"
@@ -52,7 +53,7 @@ TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
     const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
     Jobs::JobTemplate::Write(GetParam(), recording, file);
     const nlohmann::json made = StoredConfig(file);
-    host.LoadPlugins(VOR_BINARY_DIR "/plugins");
+    host.LoadPlugins(Tests::BuiltFile("plugins"));
     host.CreateServices();
     overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0"), host.Services());
     host.Persistence().Load();
@@ -67,7 +68,7 @@ TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
 TEST_P(JobRoundTrip, IsTheSameBytesWhenItIsLoadedAndSavedAgain) {
     const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
     Jobs::JobTemplate::Write(GetParam(), recording, file);
-    host.LoadPlugins(VOR_BINARY_DIR "/plugins");
+    host.LoadPlugins(Tests::BuiltFile("plugins"));
     host.CreateServices();
     overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0"), host.Services());
     host.Persistence().Load();

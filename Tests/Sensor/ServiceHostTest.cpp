@@ -1,4 +1,5 @@
 #include "Sensor/ServiceHost.h"
+
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/VirtualSensor.h"
 #include "Tests/Support/TempFolder.h"
@@ -10,8 +11,9 @@
 #include "VorControl/Control/IControlInstance.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 namespace Sensor {
 namespace {

@@ -1,9 +1,11 @@
 #include "Sensor/SignalWatch.h"
+
 #include "Tests/Support/Signal.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 namespace Sensor {
 namespace {

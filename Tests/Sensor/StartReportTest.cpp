@@ -1,9 +1,11 @@
 #include "Sensor/StartReport.h"
+
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/RecordingParser.h"
 
-#include <gtest/gtest.h>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 namespace Sensor {
 namespace {

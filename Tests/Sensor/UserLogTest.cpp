@@ -1,10 +1,12 @@
 #include "Sensor/UserLog.h"
+
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 
-#include <gtest/gtest.h>
 #include <iostream>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 namespace Sensor {
 namespace {

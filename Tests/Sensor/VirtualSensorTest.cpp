@@ -1,4 +1,5 @@
 #include "Sensor/VirtualSensor.h"
+
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/VirtualScanEngine.h"
 #include "Tests/Support/Failure.h"
@@ -11,8 +12,9 @@
 #include "VorScan/Internal/ScannerInstance.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 namespace Sensor {
 namespace {

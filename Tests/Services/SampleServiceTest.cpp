@@ -1,3 +1,4 @@
+#include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MemoryStore.h"
 #include "Vor/ByteVector.h"
@@ -9,14 +10,14 @@
 #include "VorMsg/VvMeasureMsg.h"
 #include "VorPlugin/PluginManager.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <mutex>
+
+#include <gtest/gtest.h>
 
 using VorCommon::PersistDomain;
 using VorControl::ControlProtocol::ProtocolStatus;
@@ -28,7 +29,7 @@ namespace {
 class SampleServiceTest : public testing::Test {
 protected:
     SampleServiceTest() {
-        plugins.Load(std::filesystem::path(VOR_BINARY_DIR) / "examples" / "sample.so");
+        plugins.Load(Tests::BuiltFile("examples/sample.so"));
         module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
     }
 

@@ -1,17 +1,16 @@
 #pragma once
 
 #include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdint>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <optional>
+#include <poll.h>
 #include <span>
 #include <stdexcept>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <vector>
 
 namespace Soak {

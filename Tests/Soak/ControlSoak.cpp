@@ -3,6 +3,7 @@
 #include "Sensor/Application.h"
 #include "Tests/Soak/BadClient.h"
 #include "Tests/Soak/GoodClient.h"
+#include "Tests/Support/BuildFolders.h"
 #include "Vor/AsyncRunner.h"
 #include "Vor/Exception.h"
 #include "VorCommon/ArchiveStore.h"
@@ -13,10 +14,11 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <thread>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace Soak {
 
@@ -27,7 +29,7 @@ using Clock = std::chrono::steady_clock;
 constexpr double GrowthLimitKilobytes = 256;
 constexpr int ReadingsPerMinute = 12;
 constexpr int GoodClients = 5;
-constexpr unsigned long long Minute = 60'000'000; // microseconds
+constexpr unsigned long long Minute = 60'000'000; ///< microseconds
 
 /// A folder with the plug-ins of the run and its jobs; goes with its content.
 class Workplace {
@@ -39,9 +41,8 @@ public:
         }
         path = name;
         std::filesystem::create_directory(path / "plugins");
-        const std::filesystem::path binaries(VOR_BINARY_DIR);
-        std::filesystem::create_symlink(binaries / "plugins" / "modbus.so", path / "plugins" / "modbus.so");
-        std::filesystem::create_symlink(binaries / "examples" / "sample.so", path / "plugins" / "sample.so");
+        std::filesystem::create_symlink(Tests::BuiltFile("plugins/modbus.so"), path / "plugins" / "modbus.so");
+        std::filesystem::create_symlink(Tests::BuiltFile("examples/sample.so"), path / "plugins" / "sample.so");
     }
     ~Workplace() {
         std::error_code ignored;

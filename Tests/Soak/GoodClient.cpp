@@ -86,7 +86,7 @@ void GoodClient::SendCommand(const Command& command) {
     }
 }
 
-/// Another client's command behind one's own tells the end of one's own, too: only then it could be taken.
+// Another client's command behind one's own tells the end of one's own, too: only then it could be taken.
 void GoodClient::WaitForEnd(const Command& command, std::uint16_t word) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (std::chrono::steady_clock::now() < end) {

@@ -1,10 +1,6 @@
 #include "Tests/Soak/MemorySoak.h"
 
-#include <modbus/modbus.h>
-
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "Tests/Support/BuildFolders.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,10 +9,15 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <signal.h>
 #include <stdexcept>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
+
+#include <modbus/modbus.h>
 
 namespace Soak {
 
@@ -24,11 +25,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr long residentLimitKilobytes = 30 * 1024;
-constexpr double growthLimitKilobytes = 256;
-constexpr std::size_t readingsPerMinute = 12;
+constexpr long ResidentLimitKilobytes = 30 * 1024;
+constexpr double GrowthLimitKilobytes = 256;
+constexpr std::size_t ReadingsPerMinute = 12;
 
-// The started sensor; the destructor ends it.
+/// The started sensor; the destructor ends it.
 class Sensor {
 public:
     explicit Sensor(const std::string& dataFolder) {
@@ -41,7 +42,7 @@ public:
             dup2(ends[1], STDOUT_FILENO);
             close(ends[0]);
             close(ends[1]);
-            const std::string program = std::string(VOR_BINARY_DIR) + "/vorsensor";
+            const std::string program = Tests::BuiltFile("vorsensor");
             execl(program.c_str(), "vorsensor", "--data", dataFolder.c_str(), "--frame-rate", "1000", "--modbus-port",
                   "0", static_cast<char*>(nullptr));
             _exit(127);
@@ -62,7 +63,7 @@ public:
     Sensor(const Sensor&) = delete;
     Sensor& operator=(const Sensor&) = delete;
 
-    // The port that the sensor prints in an address such as tcp://127.0.0.1:40001.
+    /// The port that the sensor prints in an address such as tcp://127.0.0.1:40001.
     int Port() {
         char line[1024];
         while (std::fgets(line, sizeof line, output) != nullptr) {
@@ -74,7 +75,7 @@ public:
         throw std::runtime_error("the sensor printed no address");
     }
 
-    // Reads what the sensor prints, so that it never waits for us.
+    /// Reads what the sensor prints, so that it never waits for us.
     void Drain() {
         reader = std::thread([this] {
             char line[1024];
@@ -100,13 +101,13 @@ private:
 };
 
 double MedianOf(const std::vector<long>& readings, std::size_t first) {
-    const std::size_t last = std::min(first + readingsPerMinute, readings.size());
+    const std::size_t last = std::min(first + ReadingsPerMinute, readings.size());
     std::vector<long> minute(readings.begin() + static_cast<long>(first), readings.begin() + static_cast<long>(last));
     std::sort(minute.begin(), minute.end());
     return static_cast<double>(minute[(minute.size() - 1) / 2] + minute[minute.size() / 2]) / 2;
 }
 
-// Reads the measurements until the end of the next five seconds; the number of round trips.
+/// Reads the measurements until the end of the next five seconds; the number of round trips.
 long ReadUntil(modbus_t* client, Clock::time_point end) {
     long count = 0;
     for (; Clock::now() < end; ++count) {
@@ -136,7 +137,7 @@ int MemorySoak(int minutes) {
             throw std::runtime_error("no connection to port " + std::to_string(port));
         }
         auto next = Clock::now();
-        for (int i = 0; i < minutes * static_cast<int>(readingsPerMinute); ++i) {
+        for (int i = 0; i < minutes * static_cast<int>(ReadingsPerMinute); ++i) {
             next += std::chrono::seconds(5);
             const long trips = ReadUntil(client, next);
             readings.push_back(sensor.ResidentKilobytes());
@@ -148,11 +149,11 @@ int MemorySoak(int minutes) {
     }
     std::filesystem::remove_all(folder);
 
-    const std::size_t base = minutes > 6 ? 5 * readingsPerMinute : 0;
-    const double growth = MedianOf(readings, readings.size() - readingsPerMinute) - MedianOf(readings, base);
-    const bool kept = readings.back() < residentLimitKilobytes && growth <= growthLimitKilobytes;
+    const std::size_t base = minutes > 6 ? 5 * ReadingsPerMinute : 0;
+    const double growth = MedianOf(readings, readings.size() - ReadingsPerMinute) - MedianOf(readings, base);
+    const bool kept = readings.back() < ResidentLimitKilobytes && growth <= GrowthLimitKilobytes;
     std::printf("resident at the end %ld KB (limit %ld), growth of the minute's median %.0f KB (limit %.0f): %s\n",
-                readings.back(), residentLimitKilobytes, growth, growthLimitKilobytes, kept ? "ok" : "MISSED");
+                readings.back(), ResidentLimitKilobytes, growth, GrowthLimitKilobytes, kept ? "ok" : "MISSED");
     return kept ? 0 : 1;
 }
 

@@ -26,6 +26,13 @@ std::optional<Failure> FailureOf(Call&& call) {
     return std::nullopt;
 }
 
+/// The status of what a call threw, yOK when it threw nothing.
+template <class Call>
+yStatus StatusOf(Call&& call) {
+    const auto failure = FailureOf(call);
+    return failure ? failure->status : yOK;
+}
+
 } // namespace Tests
 
 /// The call throws a Vor::Exception with this status and exactly this text.

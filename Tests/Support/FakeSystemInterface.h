@@ -73,7 +73,7 @@ public:
         return syncTime;
     }
 
-    // Set these before the calls that answer with them.
+    /// Set these before the calls that answer with them.
     SystemStats stats;
     std::map<std::string, ControlDataSourceProperties> dataSources;
     Vor::Object liveJob;

@@ -5,9 +5,10 @@
 #include "VorMsg/VvMeasureMsg.h"
 #include "yApi/yArrayList.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Tests {
 

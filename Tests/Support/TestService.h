@@ -7,13 +7,13 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
 #include "VorPlugin/PluginManager.h"
 
-#include <nlohmann/json.hpp>
-
 #include <functional>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 namespace Tests {
 
@@ -63,7 +63,7 @@ public:
     }
     nlohmann::json& WorkspacePersistData() override { return workspaceData; }
 
-    // The operations that a service calls of its base class.
+    /// The operations that a service calls of its base class.
     using ProtocolBase::Id;
     using ProtocolBase::Init;
     using ProtocolBase::IsRunning;

@@ -9,6 +9,9 @@
 
 namespace Tests {
 
+/// The name of the thread on which a service gets its scan results.
+inline constexpr const char* ScanResultsThread = "CtrlScnRstDisp";
+
 /// Number of threads of this process that have the name.
 inline std::size_t CountThreads(const std::string& name) {
     std::size_t count = 0;

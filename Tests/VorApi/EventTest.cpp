@@ -1,13 +1,14 @@
 #include "VorApi/Event.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 TEST(Event, CallsInOrderOfAddingWithTheArguments) {
     Vor::Event<int, std::string> event;

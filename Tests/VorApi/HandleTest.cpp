@@ -1,8 +1,9 @@
 #include "VorApi/Handle.h"
 
-#include <gtest/gtest.h>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,11 +1,13 @@
 #include "VorApi/Threads/LockedEvent.h"
+
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/Signal.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
 #include <thread>
 #include <type_traits>
+
+#include <gtest/gtest.h>
 
 TEST(LockedEvent, IdsAreThoseOfTheEvent) {
     static_assert(std::is_same_v<Vor::LockedEvent<void*>::CallbackId, Vor::Event<void*>::CallbackId>);

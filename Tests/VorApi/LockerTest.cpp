@@ -1,4 +1,5 @@
 #include "VorApi/Threads/Locker.h"
+
 #include "Tests/Support/Faults.h"
 #include "Vor/Logging.h"
 #include "VorApi/Handle.h"

@@ -1,9 +1,11 @@
 #include "VorApi/Threads/MsgQueue.h"
+
 #include "Tests/Support/Faults.h"
 
-#include <gtest/gtest.h>
 #include <memory>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,8 +1,10 @@
 #include "VorApi/Object.h"
+
 #include "VorMsg/VvNullMsg.h"
 
-#include <gtest/gtest.h>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 class ObjectTest : public testing::Test {
 protected:

@@ -132,7 +132,7 @@ private:
 
     Properties::Node& owner;
     Properties::Value<std::string> title;
-    // Created when first enabled or set.
+    /// Created when first enabled or set.
     std::unique_ptr<Properties::Value<bool>> readOnly;
     std::unique_ptr<Properties::Value<bool>> used;
     std::unique_ptr<Properties::Value<std::string>> meta;

@@ -129,7 +129,7 @@ template <ListKind T>
 struct ItemsKeyword<T> {
     void Register(Node& owner) { owner.RegisterSchema("items", *node); }
 
-    std::unique_ptr<ListItems> node = std::make_unique<ListItems>(ValueKind<T>::itemType);
+    std::unique_ptr<ListItems> node = std::make_unique<ListItems>(ValueKind<T>::ItemType);
 };
 
 } // namespace Internal
@@ -220,7 +220,7 @@ protected:
 
 private:
     static Internal::Name TypeName() {
-        static const Internal::Name name(Kind::type);
+        static const Internal::Name name(Kind::Type);
         return name;
     }
     static Internal::Name NoName() {

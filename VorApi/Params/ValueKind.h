@@ -20,65 +20,65 @@ struct ValueKind;
 
 template <>
 struct ValueKind<bool> {
-    static constexpr const char* type = "boolean";
+    static constexpr const char* Type = "boolean";
     static bool Read(IValueReader& reader) { return reader.ReadBool(); }
     static void Write(IValueWriter& writer, bool value) { writer.WriteBool(value); }
 };
 
 template <>
 struct ValueKind<unsigned short> {
-    static constexpr const char* type = "integer";
+    static constexpr const char* Type = "integer";
     static unsigned short Read(IValueReader& reader) { return reader.ReadUInt16(); }
     static void Write(IValueWriter& writer, unsigned short value) { writer.WriteUInt16(value); }
 };
 
 template <>
 struct ValueKind<unsigned int> {
-    static constexpr const char* type = "integer";
+    static constexpr const char* Type = "integer";
     static unsigned int Read(IValueReader& reader) { return reader.ReadUInt32(); }
     static void Write(IValueWriter& writer, unsigned int value) { writer.WriteUInt32(value); }
 };
 
 template <>
 struct ValueKind<unsigned long long> {
-    static constexpr const char* type = "integer";
+    static constexpr const char* Type = "integer";
     static unsigned long long Read(IValueReader& reader) { return reader.ReadUInt64(); }
     static void Write(IValueWriter& writer, unsigned long long value) { writer.WriteUInt64(value); }
 };
 
 template <>
 struct ValueKind<long long> {
-    static constexpr const char* type = "integer";
+    static constexpr const char* Type = "integer";
     static long long Read(IValueReader& reader) { return reader.ReadInt64(); }
     static void Write(IValueWriter& writer, long long value) { writer.WriteInt64(value); }
 };
 
 template <>
 struct ValueKind<std::string> {
-    static constexpr const char* type = "string";
+    static constexpr const char* Type = "string";
     static const std::string& Read(IValueReader& reader) { return reader.ReadText(); }
     static void Write(IValueWriter& writer, const std::string& value) { writer.WriteText(value); }
 };
 
 template <>
 struct ValueKind<ByteVector> {
-    static constexpr const char* type = "binary";
+    static constexpr const char* Type = "binary";
     static ByteVector Read(IValueReader& reader) { return reader.ReadBytes(); }
     static void Write(IValueWriter& writer, const ByteVector& value) { writer.WriteBytes(value); }
 };
 
 template <>
 struct ValueKind<std::vector<std::string>> {
-    static constexpr const char* type = "array";
-    static constexpr const char* itemType = "string";
+    static constexpr const char* Type = "array";
+    static constexpr const char* ItemType = "string";
     static std::vector<std::string> Read(IValueReader& reader) { return reader.ReadTextList(); }
     static void Write(IValueWriter& writer, const std::vector<std::string>& value) { writer.WriteTextList(value); }
 };
 
 template <>
 struct ValueKind<std::vector<unsigned short>> {
-    static constexpr const char* type = "array";
-    static constexpr const char* itemType = "integer";
+    static constexpr const char* Type = "array";
+    static constexpr const char* ItemType = "integer";
     static std::vector<unsigned short> Read(IValueReader& reader) { return reader.ReadUInt16List(); }
     static void Write(IValueWriter& writer, const std::vector<unsigned short>& value) { writer.WriteUInt16List(value); }
 };
@@ -101,7 +101,7 @@ T EnumerationOf(std::int32_t number) {
 template <class T>
     requires std::is_enum_v<T>
 struct ValueKind<T> {
-    static constexpr const char* type = "integer";
+    static constexpr const char* Type = "integer";
     static T Read(IValueReader& reader) { return EnumerationOf<T>(reader.ReadEnum()); }
     static void Write(IValueWriter& writer, T value) { writer.WriteEnum(static_cast<std::int32_t>(value)); }
 };
@@ -109,8 +109,8 @@ struct ValueKind<T> {
 template <class T>
     requires std::is_enum_v<T>
 struct ValueKind<std::vector<T>> {
-    static constexpr const char* type = "array";
-    static constexpr const char* itemType = "integer";
+    static constexpr const char* Type = "array";
+    static constexpr const char* ItemType = "integer";
 
     static std::vector<T> Read(IValueReader& reader) {
         std::vector<T> values;
@@ -130,6 +130,6 @@ struct ValueKind<std::vector<T>> {
 };
 
 template <class T>
-concept ListKind = requires { ValueKind<T>::itemType; };
+concept ListKind = requires { ValueKind<T>::ItemType; };
 
 } // namespace Vor::Properties::Internal

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Vor/Exception.h"
-#include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "yApi/yLock.h"
 
 namespace Vor {
@@ -27,16 +26,7 @@ private:
     yLock lock;
 
     [[gnu::cold, gnu::noinline]] static void LogFailure(yStatus status) noexcept {
-        try {
-            LogError("Exception thrown in destructor");
-            ThrowIfFailed(status);
-        } catch (const Exception& exception) {
-            Exception::LogException(exception);
-            Exception::LogBackTrace(exception);
-        } catch (...) {
-            // Logging itself failed; nobody is left to be told.
-            return;
-        }
+        CleanUp([status] { ThrowIfFailed(status); });
     }
 };
 

@@ -15,7 +15,7 @@ public:
     const std::string& TypeName() const { return *typeName; }
 
 private:
-    std::shared_ptr<const std::string> typeName; // shared, so that a copy can't throw
+    std::shared_ptr<const std::string> typeName; ///< shared, so that a copy can't throw
 };
 
 } // namespace VorControl

@@ -11,8 +11,8 @@ namespace VorControl {
 
 namespace {
 
-constexpr std::int32_t idle = 0;
-constexpr std::int32_t taken = 1;
+constexpr std::int32_t Idle = 0;
+constexpr std::int32_t Taken = 1;
 
 /// Moves the result of a query, if one comes in time, to its copy.
 template <class Record>
@@ -47,8 +47,8 @@ std::unique_ptr<Record> RenewResult(Vor::MsgQueue<Record>& queue, Record latest,
 }
 
 bool Begin(std::atomic<std::int32_t>& inProgress) {
-    std::int32_t expected = idle;
-    return inProgress.compare_exchange_strong(expected, taken);
+    std::int32_t expected = Idle;
+    return inProgress.compare_exchange_strong(expected, Taken);
 }
 
 /// On the main loop nothing can come while the caller waits there.
@@ -136,7 +136,7 @@ bool ControlDataCache::SystemStatsOperationBegin() {
 }
 
 void ControlDataCache::SystemStatsOperationFinish() {
-    if (systemStatsInProgress.exchange(idle) != taken) {
+    if (systemStatsInProgress.exchange(Idle) != Taken) {
         Vor::LogError("System stats operation ended but flag was not in the InProgress state");
     }
 }
@@ -184,7 +184,7 @@ bool ControlDataCache::ScannerInfoOperationBegin() {
 }
 
 void ControlDataCache::ScannerInfoOperationFinish() {
-    if (scannerInfoInProgress.exchange(idle) != taken) {
+    if (scannerInfoInProgress.exchange(Idle) != Taken) {
         Vor::LogError("Scanner info operation ended but flag was not in the InProgress state");
     }
 }

@@ -18,8 +18,8 @@ using DataSourceProps = IControlSystemInterface::ControlDataSourceProperties;
 
 namespace {
 
-constexpr unsigned long long ownTimeout = 1000000; // microseconds
-constexpr VorPipe::PipeDataType typeNotAsked = static_cast<VorPipe::PipeDataType>(10);
+constexpr unsigned long long OwnTimeout = 1000000; ///< microseconds
+constexpr VorPipe::PipeDataType TypeNotAsked = static_cast<VorPipe::PipeDataType>(10);
 
 } // namespace
 
@@ -49,7 +49,7 @@ ControlHost::~ControlHost() {
     try {
         const Vor::Locker locker(lock.Get());
         if (!serviceMap.empty() || dataSourceCallbackIds.created.IsSet()) {
-            protocolOperations.RemoveDataSourceEventHandler(dataSourceCallbackIds, ownTimeout);
+            protocolOperations.RemoveDataSourceEventHandler(dataSourceCallbackIds, OwnTimeout);
         }
     } catch (const std::exception& e) {
         LogThrown(e, "Exception thrown in destructor");
@@ -198,9 +198,9 @@ void ControlHost::CallServiceDataSourceEventHandler(VorApi::EventType type, cons
 
 DataSourceProps ControlHost::PropertiesForEvent(VorApi::EventType type, const std::string& name) {
     DataSourceProps props;
-    props.type = typeNotAsked;
+    props.type = TypeNotAsked;
     try {
-        DataSourceProperties(name, props, ownTimeout);
+        DataSourceProperties(name, props, OwnTimeout);
     } catch (const Vor::Exception&) {
         if (type != VorApi::EventType::Deleted) {
             throw;

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <functional>
-#include <map>
-#include <string>
-#include <vector>
-
 #include "VorApi/Event.h"
 #include "VorApi/Handle.h"
 #include "VorControl/Control/IControlHost.h"
 #include "yApi/yLock.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
 
 namespace VorControl {
 

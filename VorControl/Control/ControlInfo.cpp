@@ -1,9 +1,9 @@
 #include "VorControl/Control/ControlInfo.h"
 
-#include <algorithm>
-
 #include "Vor/Exception.h"
 #include "yApi/yStatus.h"
+
+#include <algorithm>
 
 namespace VorControl {
 

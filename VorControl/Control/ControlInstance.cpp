@@ -25,7 +25,7 @@ using VorCommon::PersistDomain;
 
 namespace {
 
-constexpr int updateFlag = 1;
+constexpr int UpdateFlag = 1;
 
 const char* Translate(const char* text) {
     return VorGetText::GetInstance().DPGetText("BE", "beApp.ctrl", text);
@@ -40,7 +40,7 @@ public:
     GateLeaver& operator=(const GateLeaver&) = delete;
     ~GateLeaver() {
         try {
-            gate.Leave(updateFlag);
+            gate.Leave(UpdateFlag);
         } catch (const std::exception& e) {
             LogThrown(e, "Exception thrown in destructor");
         }
@@ -210,7 +210,7 @@ void ControlInstance::ProtocolPersistenceDomainChangeHandler(VorCommon::PersistD
 
 template <class Operation>
 auto ControlInstance::BeginUpdate(const Operation& operation) {
-    updateGate.Enter(updateFlag);
+    updateGate.Enter(UpdateFlag);
     try {
         return operation();
     } catch (...) {
@@ -246,7 +246,7 @@ void ControlInstance::EndUpdateOutputsMap() {
 }
 
 void ControlInstance::BeginUpdateRegisterAssembly() {
-    updateGate.Enter(updateFlag);
+    updateGate.Enter(UpdateFlag);
 }
 
 std::shared_ptr<IProtocolRegisterAssembly> ControlInstance::BeginUpdateRegisterAssembly(const char* assemblyId) {

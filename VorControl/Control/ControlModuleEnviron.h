@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "VorApi/Event.h"
+
+#include <cstdint>
 
 namespace VorCommon {
 class IPersistRegistrar;

@@ -1,8 +1,8 @@
 #include "VorControl/Control/ControlPlugin.h"
 
-#include <utility>
-
 #include "VorControl/Control/IControlFactory.h"
+
+#include <utility>
 
 namespace VorControl {
 

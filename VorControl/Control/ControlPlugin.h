@@ -1,11 +1,11 @@
 #pragma once
 
+#include "VorControl/Control/ControlInfo.h"
+#include "VorPlugin/IPlugin.h"
+
 #include <cstddef>
 #include <memory>
 #include <vector>
-
-#include "VorControl/Control/ControlInfo.h"
-#include "VorPlugin/IPlugin.h"
 
 namespace VorControl {
 

@@ -13,8 +13,8 @@ using VorScan::AlignCompletionStatus;
 
 namespace {
 
-constexpr std::uint64_t queueWait = 100000;    // microseconds
-constexpr std::uint64_t sleepOfAction = 10000; // microseconds
+constexpr std::uint64_t QueueWait = 100000;    ///< microseconds
+constexpr std::uint64_t SleepOfAction = 10000; ///< microseconds
 
 template <class Action>
 unsigned Number(Action action) {
@@ -244,7 +244,7 @@ bool ControlProtocolOperations::PerformAction(const std::string& protocolId, Act
         NotifyOperationEnd(protocolId, yOK, "");
         return false;
     case ActionId::SleepThenEnd:
-        Vor::ThrowIfFailed(yThread_Sleep(sleepOfAction));
+        Vor::ThrowIfFailed(yThread_Sleep(SleepOfAction));
         return true;
     case ActionId::Fail:
         Vor::Throw(static_cast<yStatus>(action), "Testing action id %u", Number(action));
@@ -328,7 +328,7 @@ yStatus ControlProtocolOperations::DispatcherThreadFx() {
 
 void ControlProtocolOperations::DispatchNext() {
     std::unique_ptr<EndOfOpResult> result;
-    const yStatus status = dispatcherQueue.Remove(result, queueWait);
+    const yStatus status = dispatcherQueue.Remove(result, QueueWait);
     if (status == yOK) {
         if (result) {
             EndOperation(*result);

@@ -1,9 +1,8 @@
-#include "VorControl/Control/ControlProtocolOperations.h"
-
 #include "Vor/AsyncLoop.h"
 #include "Vor/Exception.h"
 #include "VorApi/Object.h"
 #include "VorCommon/IRuntimeCache.h"
+#include "VorControl/Control/ControlProtocolOperations.h"
 
 #include <utility>
 

@@ -1,13 +1,13 @@
 #include "VorControl/Control/ControlRegistry.h"
 
-#include <exception>
-
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorControl/Control/ControlPlugin.h"
 #include "VorControl/Control/LogThrown.h"
 #include "VorPlugin/PluginLib.h"
 #include "yApi/yStatus.h"
+
+#include <exception>
 
 namespace VorControl {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <map>
-#include <string>
-#include <vector>
-
 #include "VorApi/Event.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorPlugin/PluginManager.h"
+
+#include <map>
+#include <string>
+#include <vector>
 
 namespace VorControl {
 

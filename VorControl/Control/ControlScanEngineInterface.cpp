@@ -7,6 +7,7 @@
 #include "yApi/yString.h"
 
 #include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 namespace VorControl {
@@ -17,9 +18,9 @@ using VorScan::Internal::ScanEngineInstance;
 using VorScan::Internal::ScanEngineManager;
 using VorScan::Internal::ScannerInstance;
 
-const char* const actionTrigger = "trigger";
-const char* const actionBlinkLed = "blinkLed";
-const char* const actionScannerInfo = "scannerInfo";
+const char* const ActionTrigger = "trigger";
+const char* const ActionBlinkLed = "blinkLed";
+const char* const ActionScannerInfo = "scannerInfo";
 
 void SetFlag(const Vor::Properties::Structure& parameters, const char* name, bool value) {
     dynamic_cast<Vor::Properties::Value<bool>&>(parameters.At(name)) = value;
@@ -43,10 +44,10 @@ void ControlScanEngineInterface::SoftwareTrigger(const std::string& scannerId) {
         ScannerInstance& scanner = GetScannerInstance(scanEngineManager, scannerId);
         VorCommon::IActionTarget& target = GetActionTarget(scanner);
         Vor::LogInfo("Attempting software trigger for scanner %s", scanner.Id());
-        if (!IsActionSupported(target, actionTrigger)) {
+        if (!IsActionSupported(target, ActionTrigger)) {
             Vor::Throw(yERROR_COMMAND, "Software trigger operation is not supported by scanner %s", scanner.Id());
         }
-        target.ExecuteAction(actionTrigger, ExistingActionParameters(target, actionTrigger));
+        target.ExecuteAction(ActionTrigger, ExistingActionParameters(target, ActionTrigger));
     } catch (const Vor::Exception& e) {
         LogThrown(e, "Failed to initiate software trigger operation for scanner %s", scannerId);
         throw;
@@ -83,13 +84,13 @@ void ControlScanEngineInterface::AlignmentCommandHelper(const std::string& scann
 
 void ControlScanEngineInterface::BlinkLed(bool ledBlinkEnabled, bool ledLightOn) {
     VorCommon::IActionTarget& target = GetActionTarget(GetScannerInstance(scanEngineManager, std::string()));
-    if (!IsActionSupported(target, actionBlinkLed)) {
+    if (!IsActionSupported(target, ActionBlinkLed)) {
         return;
     }
-    const auto parameters = ExistingActionParameters(target, actionBlinkLed);
+    const auto parameters = ExistingActionParameters(target, ActionBlinkLed);
     SetFlag(*parameters, "ledBlinkEnabled", ledBlinkEnabled);
     SetFlag(*parameters, "ledLightOn", ledLightOn);
-    target.ExecuteAction(actionBlinkLed, parameters);
+    target.ExecuteAction(ActionBlinkLed, parameters);
 }
 
 Vor::Event<VorScan::AlignCompletionStatus>&
@@ -114,10 +115,10 @@ Vor::Params::Value<VorScan::AlignState>& ControlScanEngineInterface::GetAlignmen
 void ControlScanEngineInterface::ScannerInfo(const std::string& scannerId, ScannerStateInfo& out) {
     ScannerInstance& scanner = GetScannerInstance(scanEngineManager, scannerId);
     VorCommon::IActionTarget& target = GetActionTarget(scanner);
-    if (!IsActionSupported(target, actionScannerInfo)) {
+    if (!IsActionSupported(target, ActionScannerInfo)) {
         return;
     }
-    const auto result = target.ExecuteAction(actionScannerInfo, ExistingActionParameters(target, actionScannerInfo));
+    const auto result = target.ExecuteAction(ActionScannerInfo, ExistingActionParameters(target, ActionScannerInfo));
     if (!result) {
         Vor::Throw(yERROR_FORMAT);
     }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include "VorControl/ControlProtocol/ControlProtocolEnviron.h"
+
+#include <memory>
 
 namespace VorControl {
 

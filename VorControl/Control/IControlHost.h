@@ -1,14 +1,14 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "VorApi/EventType.h"
 #include "VorCommon/IRuntimeCache.h"
 #include "VorControl/Control/IControlScanEngineInterface.h"
 #include "VorControl/Control/IControlSystemInterface.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace VorCommon {
 class IPlatformAttributes;

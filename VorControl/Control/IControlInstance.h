@@ -1,5 +1,11 @@
 #pragma once
 
+#include "VorApi/Event.h"
+#include "VorApi/Params/Group.h"
+#include "VorCommon/PersistDomain.h"
+#include "VorControl/ControlProtocol/ProtocolPersistOptions.h"
+#include "VorControl/ControlProtocol/ProtocolStatus.h"
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -7,12 +13,6 @@
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
-
-#include "VorApi/Event.h"
-#include "VorApi/Params/Group.h"
-#include "VorCommon/PersistDomain.h"
-#include "VorControl/ControlProtocol/ProtocolPersistOptions.h"
-#include "VorControl/ControlProtocol/ProtocolStatus.h"
 
 namespace VorCommon {
 class ICommandTarget;

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "VorApi/Event.h"
+#include "VorCommon/IPersistHandler.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "VorApi/Event.h"
-#include "VorCommon/IPersistHandler.h"
 
 namespace VorControl {
 

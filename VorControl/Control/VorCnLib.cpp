@@ -9,7 +9,7 @@ yAssembly xxVorCnLib_assembly = nullptr;
 
 namespace {
 
-constexpr const char* versionText = "1.0.0.0";
+constexpr const char* VersionText = "1.0.0.0";
 
 yStatus Fill(yAssembly assembly) {
     for (const yAssemblyConstruct construct :
@@ -31,10 +31,10 @@ yStatus VorCnLib_Construct(yAssembly* assembly) {
     }
     yVersion version;
     yVersion platformVersion;
-    if (const yStatus status = yVersion_Parse(&version, versionText); status != yOK) {
+    if (const yStatus status = yVersion_Parse(&version, VersionText); status != yOK) {
         return status;
     }
-    if (const yStatus status = yVersion_Parse(&platformVersion, versionText); status != yOK) {
+    if (const yStatus status = yVersion_Parse(&platformVersion, VersionText); status != yOK) {
         return status;
     }
     yStatus status = xyAssembly_ConstructInternal(&xxVorCnLib_assembly, "VorCnLib", version, platformVersion);
@@ -56,9 +56,9 @@ yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
 }
 
 const char* yPlugin_AssemblyVersion() {
-    return versionText;
+    return VersionText;
 }
 
 const char* yPlugin_PlatformVersion() {
-    return versionText;
+    return VersionText;
 }

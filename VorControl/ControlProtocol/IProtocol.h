@@ -1,13 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <nlohmann/json_fwd.hpp>
-
 #include "VorApi/Event.h"
 #include "VorApi/Params/Group.h"
 #include "VorCommon/IMetricsKeeper.h"
@@ -15,6 +7,14 @@
 #include "VorCommon/PersistDomain.h"
 #include "VorControl/ControlProtocol/ProtocolPersistOptions.h"
 #include "VorControl/ControlProtocol/ProtocolStatus.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
 
 namespace VorControl {
 class IControlHost;
@@ -186,7 +186,7 @@ protected:
     /// and must not destroy the service. The next operation may be started here.
     virtual void OperationEndEventImpl(int status) = 0;
 
-    // The work behind the operations of the same names.
+    /// The work behind the operations of the same names.
     virtual void ParamsResetImpl(VorCommon::PersistDomain domain) = 0;
     virtual void OutputsMapResetImpl(VorCommon::PersistDomain domain) = 0;
     virtual void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) = 0;

@@ -129,7 +129,7 @@ public:
 protected:
     void ScanStateChangeImpl(bool started) override;
     void OperationEndEventImpl(int status) override;
-    // What a service that has a persistence provider overrides. They do nothing, and give nothing.
+    /// What a service that has a persistence provider overrides. They do nothing, and give nothing.
     void ParamsResetImpl(VorCommon::PersistDomain domain) override;
     void OutputsMapResetImpl(VorCommon::PersistDomain domain) override;
     void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) override;

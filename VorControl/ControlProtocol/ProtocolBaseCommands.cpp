@@ -1,9 +1,8 @@
-#include "VorControl/ControlProtocol/ProtocolBase.h"
-
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/UserData/UdiCache.h"
 #include "VorControl/Control/LogThrown.h"
+#include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/Translate.h"
 #include "yApi/yStatus.h"
 #include "yApi/yString.h"
@@ -16,9 +15,9 @@ namespace VorControl::ControlProtocol {
 
 namespace {
 
-constexpr std::uint8_t commandInProgress = 1;
-constexpr std::uint8_t commandSucceeded = 2;
-constexpr std::uint8_t commandFailed = 3;
+constexpr std::uint8_t CommandInProgress = 1;
+constexpr std::uint8_t CommandSucceeded = 2;
+constexpr std::uint8_t CommandFailed = 3;
 
 /// Whoever filled the record may not have ended the text.
 std::string ArgumentText(const ControlRegisterCommandData& data) {
@@ -103,7 +102,7 @@ bool ProtocolBase::IsDuplicateCommand(const ControlRegisterCommandData& last,
 }
 
 std::uint8_t ProtocolBase::GetCommandStatus() const {
-    return OperationInProgress() ? commandInProgress : CompletedOperationStatus();
+    return OperationInProgress() ? CommandInProgress : CompletedOperationStatus();
 }
 
 std::uint8_t ProtocolBase::CompletedOperationStatus() const {
@@ -115,7 +114,7 @@ void ProtocolBase::OpEndEventHandler(int status) {
 }
 
 void ProtocolBase::OperationCompleted(int status) {
-    completedOperationStatus.store(status == yOK ? commandSucceeded : commandFailed, std::memory_order_relaxed);
+    completedOperationStatus.store(status == yOK ? CommandSucceeded : CommandFailed, std::memory_order_relaxed);
     SetOperationInProgress(false);
     OperationEndEventImpl(status);
 }

@@ -95,7 +95,7 @@ private:
     static bool AutoShift(const Args& args);
     [[noreturn]] static void ThrowUnableToUpdate(const std::string& source);
 
-    // All of these expect the caller to hold the lock.
+    /// All of these expect the caller to hold the lock.
     bool HasId(unsigned long index, const Id& id) const;
     bool HasSource(const std::string& source, const Sources* sources) const;
     void RemoveOne(const Id& id);

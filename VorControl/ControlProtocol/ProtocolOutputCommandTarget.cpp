@@ -17,14 +17,14 @@ std::shared_ptr<Group> NoParams(IProtocolOutput& /*output*/) {
     return std::make_shared<Group>("");
 }
 
-struct Command {
+struct OutputCommand {
     const char* id;
     const char* displayName;
     std::shared_ptr<Group> (*makeParams)(IProtocolOutput&);
     void (*invoke)(IProtocolOutput&, Group&);
 };
 
-const Command commands[] = {
+const OutputCommand OutputCommands[] = {
     {"add", "Add", [](IProtocolOutput& output) { return output.CreateOutputMapItemArgs(); },
      [](IProtocolOutput& output, Group& params) { output.Add(params); }},
     {"addAll", "AddAll", [](IProtocolOutput& output) { return output.CreateOutputsArgs(); },
@@ -37,24 +37,24 @@ const Command commands[] = {
      [](IProtocolOutput& output, Group& params) { output.UpdateId(params); }},
 };
 
-const Command* Find(const std::string& id) {
-    const auto* const found = std::find_if(std::begin(commands), std::end(commands),
-                                           [&](const Command& command) { return command.id == id; });
-    return found == std::end(commands) ? nullptr : found;
+const OutputCommand* FindOutputCommand(const std::string& id) {
+    const auto* const found = std::find_if(std::begin(OutputCommands), std::end(OutputCommands),
+                                           [&](const OutputCommand& command) { return command.id == id; });
+    return found == std::end(OutputCommands) ? nullptr : found;
 }
 
 } // namespace
 
 std::vector<VorCommon::CommandInfo> ProtocolOutputCommandTarget::ListCommands() const {
     std::vector<VorCommon::CommandInfo> list;
-    for (const auto& command : commands) {
+    for (const auto& command : OutputCommands) {
         list.emplace_back(command.id, command.displayName);
     }
     return list;
 }
 
 std::shared_ptr<Group> ProtocolOutputCommandTarget::GetCommandParams(const std::string& id) const {
-    const Command* const command = Find(id);
+    const OutputCommand* const command = FindOutputCommand(id);
     if (command == nullptr) {
         Vor::Throw(yERROR_NOT_FOUND,
                    Translate("beApp.ctrl", "The command '%s' does not exist. No parameters available"), id);
@@ -63,7 +63,7 @@ std::shared_ptr<Group> ProtocolOutputCommandTarget::GetCommandParams(const std::
 }
 
 std::shared_ptr<Group> ProtocolOutputCommandTarget::InvokeCommand(const std::string& id, Group& params) {
-    const Command* const command = Find(id);
+    const OutputCommand* const command = FindOutputCommand(id);
     if (command == nullptr) {
         Vor::Throw(yERROR_NOT_FOUND, Translate("beApp.ctrl", "The command '%s' does not exist. Command ignored."), id);
     }
@@ -72,7 +72,7 @@ std::shared_ptr<Group> ProtocolOutputCommandTarget::InvokeCommand(const std::str
 }
 
 bool ProtocolOutputCommandTarget::IsCommandSupported(const std::string& id) {
-    return Find(id) != nullptr;
+    return FindOutputCommand(id) != nullptr;
 }
 
 } // namespace VorControl::ControlProtocol

@@ -11,31 +11,21 @@
 
 namespace VorControl::ControlProtocol {
 
-namespace {
-
-constexpr unsigned short noneGiven = 65535;
-
-constexpr std::uint32_t blocksShifted = 1;
-constexpr std::uint32_t registerCountReplaced = 2;
-
-const char* Text(const char* text) {
-    return Translate("beApp.ctrl", text);
-}
-
-} // namespace
-
 ProtocolRegisterAssemblyBase::ProtocolRegisterAssemblyBase(bool isGlobalAddressSpaceUsed, unsigned short outputIdMin,
                                                            unsigned short outputIdMax, const char* id,
                                                            const std::string& displayName) {
-    if (outputIdMax == noneGiven || outputIdMax < outputIdMin) {
-        Vor::Throw(yERROR_PARAMETER,
-                   Text("Minimum output id/address value %1$u and/or maximum output id/address value %2$u are invalid. "
-                        "Check the id/address field in the connection map."),
-                   outputIdMin, outputIdMax);
+    if (outputIdMax == NoneGiven || outputIdMax < outputIdMin) {
+        Vor::Throw(
+            yERROR_PARAMETER,
+            Translate("beApp.ctrl",
+                      "Minimum output id/address value %1$u and/or maximum output id/address value %2$u are invalid. "
+                      "Check the id/address field in the connection map."),
+            outputIdMin, outputIdMax);
     }
     if (id == nullptr || *id == '\0') {
-        Vor::Throw(yERROR_PARAMETER, Text("Invalid value for register assembly identifier. Check the id/address field "
-                                          "in the connection map."));
+        Vor::Throw(yERROR_PARAMETER,
+                   Translate("beApp.ctrl", "Invalid value for register assembly identifier. Check the id/address field "
+                                           "in the connection map."));
     }
     yLock made = nullptr;
     Vor::ThrowIfFailed(yLock_Construct(&made));
@@ -63,7 +53,7 @@ void ProtocolRegisterAssemblyBase::EndLock() const {
 void ProtocolRegisterAssemblyBase::AddSupportedBlockType(std::unique_ptr<ProtocolRegisterBlockInfo> info) {
     const Vor::Locker locker(lock.get());
     if (FindSupportedType(info->Type()) != nullptr) {
-        Vor::Throw(yERROR_ALREADY_EXISTS, Text("This register block type %s is already supported."),
+        Vor::Throw(yERROR_ALREADY_EXISTS, Translate("beApp.ctrl", "This register block type %s is already supported."),
                    info->DisplayName());
     }
     info->SetIsGlobalAddressSpaceUsed(attributes.isGlobalAddressSpaceUsed.Get());
@@ -82,12 +72,13 @@ std::uint32_t ProtocolRegisterAssemblyBase::Add(Vor::Params::Group& group) {
         }
     }
     if (count != 0 && progress.added == 0) {
-        Vor::Throw(yERROR, Text("No data sources were added."));
+        Vor::Throw(yERROR, Translate("beApp.ctrl", "No data sources were added."));
     }
     if (progress.added != count) {
         Vor::Throw(yERROR,
-                   Text("Only %u out of %u data sources were added.  Please check the connection map for missing "
-                        "entries."),
+                   Translate("beApp.ctrl",
+                             "Only %u out of %u data sources were added.  Please check the connection map for missing "
+                             "entries."),
                    progress.added, count);
     }
     return progress.result;
@@ -95,8 +86,9 @@ std::uint32_t ProtocolRegisterAssemblyBase::Add(Vor::Params::Group& group) {
 
 void ProtocolRegisterAssemblyBase::AddBlock(RegisterBlockParams& params, bool autoShift, AddProgress& progress) {
     if (params.type.Get().empty()) {
-        Vor::Throw(yERROR_PARAMETER, Text("Data source type is missing from the add request. Please include the data "
-                                          "source type in the request."));
+        Vor::Throw(yERROR_PARAMETER,
+                   Translate("beApp.ctrl", "Data source type is missing from the add request. Please include the data "
+                                           "source type in the request."));
     }
     const Vor::Locker locker(lock.get());
     auto* const info = FindSupportedType(params.type.Get());
@@ -106,16 +98,18 @@ void ProtocolRegisterAssemblyBase::AddBlock(RegisterBlockParams& params, bool au
                    params.displayName.Get());
     }
     if (info->AtMaxInstance()) {
-        Vor::Throw(yERROR_PARAMETER,
-                   Text("Unable to add another %1$s data source because the maximum number of this source has already "
-                        "been added."),
-                   info->DisplayName());
+        Vor::Throw(
+            yERROR_PARAMETER,
+            Translate("beApp.ctrl",
+                      "Unable to add another %1$s data source because the maximum number of this source has already "
+                      "been added."),
+            info->DisplayName());
     }
     unsigned short end = 0;
     progress.Note(FormatBlockParams(*info, params, end));
 
-    const auto [position, shifted] = GetInsertPosition(params.outputId.Get(), end, autoShift, noneGiven);
-    progress.Note(shifted ? blocksShifted : 0);
+    const auto [position, shifted] = GetInsertPosition(params.outputId.Get(), end, autoShift, NoneGiven);
+    progress.Note(shifted ? BlocksShifted : 0);
 
     const auto block = info->ConstructBlock(params);
     blockIndex.Watch(*block);
@@ -255,23 +249,24 @@ std::uint32_t ProtocolRegisterAssemblyBase::FormatBlockParams(const ProtocolRegi
                                                               RegisterBlockParams& params, unsigned short& end) const {
     std::uint32_t code = 0;
     if (info.HasDataSource() && params.dataSource.Get().empty()) {
-        Vor::Throw(yERROR_PARAMETER, Text("Cannot add block. A data source is required for block type %1$s."),
+        Vor::Throw(yERROR_PARAMETER,
+                   Translate("beApp.ctrl", "Cannot add block. A data source is required for block type %1$s."),
                    info.DisplayName());
     }
     if (params.displayName.Get().empty()) {
         params.displayName = info.DisplayName();
     }
-    if (params.registerCount.Get() == noneGiven) {
+    if (params.registerCount.Get() == NoneGiven) {
         params.registerCount = info.DefaultRegisterCount();
     } else if (!info.IsRegisterCountConfigurable() && params.registerCount.Get() != info.DefaultRegisterCount()) {
         params.registerCount = info.DefaultRegisterCount();
-        code = registerCountReplaced;
+        code = RegisterCountIgnored;
         Vor::LogUser(Vor::UserWarning, "control",
                      Translate("control", "Size of block %1$s is not configurable. The block was added with its "
                                           "default size of %2$u."),
                      params.displayName.Get(), info.DefaultRegisterCount());
     }
-    if (params.outputId.Get() == noneGiven) {
+    if (params.outputId.Get() == NoneGiven) {
         params.outputId = GetNextRegisterBlockOutputId();
     }
 
@@ -282,11 +277,13 @@ std::uint32_t ProtocolRegisterAssemblyBase::FormatBlockParams(const ProtocolRegi
     }
     const int last = id + params.registerCount.Get() - 1;
     if (!IsValidOutputId(id, info.DefaultRegisterCount())) {
-        Vor::Throw(yERROR_PARAMETER,
-                   Text("Cannot add block %1$s because the block output id/address range [%2$u, %3$u] lies outside the "
-                        "valid output id/address range [%4$u, %5$u]."),
-                   params.displayName.Get(), id, static_cast<unsigned int>(last), attributes.outputIdMin.Get(),
-                   attributes.outputIdMax.Get());
+        Vor::Throw(
+            yERROR_PARAMETER,
+            Translate("beApp.ctrl",
+                      "Cannot add block %1$s because the block output id/address range [%2$u, %3$u] lies outside the "
+                      "valid output id/address range [%4$u, %5$u]."),
+            params.displayName.Get(), id, static_cast<unsigned int>(last), attributes.outputIdMin.Get(),
+            attributes.outputIdMax.Get());
     }
     end = static_cast<unsigned short>(last);
     return code;
@@ -336,16 +333,20 @@ bool ProtocolRegisterAssemblyBase::IsBlockOverlapping(unsigned short start, unsi
 void ProtocolRegisterAssemblyBase::ThrowOverlap(unsigned short start, unsigned short end,
                                                 const ProtocolRegisterBlock& block) {
     if (start != end) {
-        Vor::Throw(yERROR_CONFLICT,
-                   Text("The block output id/address range [%1$u - %2$u] overlaps with the output id/address range "
-                        "[%3$u - %4$u] of an existing block: %5$s. Check the id/address field in the industrial "
-                        "protocol connection map."),
-                   start, end, block.OutputId(), block.EndAddress(), block.DisplayName());
+        Vor::Throw(
+            yERROR_CONFLICT,
+            Translate("beApp.ctrl",
+                      "The block output id/address range [%1$u - %2$u] overlaps with the output id/address range "
+                      "[%3$u - %4$u] of an existing block: %5$s. Check the id/address field in the industrial "
+                      "protocol connection map."),
+            start, end, block.OutputId(), block.EndAddress(), block.DisplayName());
     }
-    Vor::Throw(yERROR_CONFLICT,
-               Text("The block output id/address %1$u conflicts with the output id/address %2$u of an existing block: "
-                    "%3$s. Check the id/address field in the industrial protocol connection map."),
-               start, block.OutputId(), block.DisplayName());
+    Vor::Throw(
+        yERROR_CONFLICT,
+        Translate("beApp.ctrl",
+                  "The block output id/address %1$u conflicts with the output id/address %2$u of an existing block: "
+                  "%3$s. Check the id/address field in the industrial protocol connection map."),
+        start, block.OutputId(), block.DisplayName());
 }
 
 void ProtocolRegisterAssemblyBase::UpdateOutputIdReadOnlyAttribute(const ProtocolRegisterBlock& block,

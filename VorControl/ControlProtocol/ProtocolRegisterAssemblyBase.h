@@ -64,8 +64,8 @@ private:
         void Note(std::uint32_t code) { result = result == 0 ? code : result; }
     };
 
-    // All of these expect the caller to hold the lock, but for AddBlock, RemoveBlock and FirstCompactedId, which take
-    // it.
+    /// All of these expect the caller to hold the lock, but for AddBlock, RemoveBlock and FirstCompactedId, which take
+    /// it.
     void AddBlock(RegisterBlockParams& params, bool autoShift, AddProgress& progress);
     ProtocolRegisterBlockInfo* FindSupportedType(const std::string& type) const;
     std::uint32_t FormatBlockParams(const ProtocolRegisterBlockInfo& info, RegisterBlockParams& params,
@@ -95,6 +95,10 @@ private:
     Blocks::iterator TakeOut(Blocks::iterator position);
     /// Throws unless all blocks have room from there on, one behind the other.
     unsigned short FirstCompactedId(unsigned short start);
+
+    /// What a request returns when it did something else than asked for.
+    static constexpr std::uint32_t BlocksShifted = 1;
+    static constexpr std::uint32_t RegisterCountIgnored = 2;
 
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes;
     Blocks addedBlocks;

@@ -23,14 +23,14 @@ std::shared_ptr<Group> Make() {
     return std::make_shared<Params>();
 }
 
-struct Command {
+struct AssemblyCommand {
     const char* id;
     const char* displayName;
     std::shared_ptr<Group> (*makeParams)();
     void (*invoke)(IProtocolRegisterAssembly&, Group&);
 };
 
-const Command commands[] = {
+const AssemblyCommand AssemblyCommands[] = {
     {"add", "Add", Make<AddBlockParams>,
      [](IProtocolRegisterAssembly& assembly, Group& params) { assembly.Add(params); }},
     {"remove", "Remove", Make<RemoveBlockParams>,
@@ -43,24 +43,24 @@ const Command commands[] = {
      [](IProtocolRegisterAssembly& assembly, Group& params) { assembly.Update(params); }},
 };
 
-const Command* Find(const std::string& id) {
-    const auto* const found = std::find_if(std::begin(commands), std::end(commands),
-                                           [&](const Command& command) { return command.id == id; });
-    return found == std::end(commands) ? nullptr : found;
+const AssemblyCommand* FindAssemblyCommand(const std::string& id) {
+    const auto* const found = std::find_if(std::begin(AssemblyCommands), std::end(AssemblyCommands),
+                                           [&](const AssemblyCommand& command) { return command.id == id; });
+    return found == std::end(AssemblyCommands) ? nullptr : found;
 }
 
 } // namespace
 
 std::vector<VorCommon::CommandInfo> ProtocolRegisterAssemblyCommandTarget::ListCommands() const {
     std::vector<VorCommon::CommandInfo> list;
-    for (const auto& command : commands) {
+    for (const auto& command : AssemblyCommands) {
         list.emplace_back(command.id, command.displayName);
     }
     return list;
 }
 
 std::shared_ptr<Group> ProtocolRegisterAssemblyCommandTarget::GetCommandParams(const std::string& command) const {
-    const Command* const found = Find(command);
+    const AssemblyCommand* const found = FindAssemblyCommand(command);
     if (found == nullptr) {
         Vor::LogUser(Vor::UserInfo, "VorControl", Translate("beApp.ctrl", "The command '%1$s' does not exist."),
                      command);
@@ -70,7 +70,7 @@ std::shared_ptr<Group> ProtocolRegisterAssemblyCommandTarget::GetCommandParams(c
 }
 
 std::shared_ptr<Group> ProtocolRegisterAssemblyCommandTarget::InvokeCommand(const std::string& command, Group& params) {
-    const Command* const found = Find(command);
+    const AssemblyCommand* const found = FindAssemblyCommand(command);
     if (found == nullptr) {
         Vor::Throw(yERROR_NOT_FOUND);
     }
@@ -79,7 +79,7 @@ std::shared_ptr<Group> ProtocolRegisterAssemblyCommandTarget::InvokeCommand(cons
 }
 
 bool ProtocolRegisterAssemblyCommandTarget::IsCommandSupported(const std::string& command) {
-    return Find(command) != nullptr;
+    return FindAssemblyCommand(command) != nullptr;
 }
 
 } // namespace VorControl::ControlProtocol

@@ -11,24 +11,12 @@
 
 namespace VorControl::ControlProtocol {
 
-namespace {
-
-constexpr unsigned short noneGiven = 65535;
-
-constexpr std::uint32_t blocksShifted = 1;
-constexpr std::uint32_t registerCountLeft = 2;
-
-const char* Text(const char* text) {
-    return Translate("beApp.ctrl", text);
-}
-
-} // namespace
-
 std::uint32_t ProtocolRegisterAssemblyBase::Update(const Vor::Params::Group& group) {
     const auto& request = dynamic_cast<const UpdateBlockParams&>(group);
     const unsigned short id = request.outputId.Get();
-    if (id == noneGiven) {
-        Vor::Throw(yERROR_PARAMETER, Text("Unable to update the connection map because output id %1$u is invalid."),
+    if (id == NoneGiven) {
+        Vor::Throw(yERROR_PARAMETER,
+                   Translate("beApp.ctrl", "Unable to update the connection map because output id %1$u is invalid."),
                    id);
     }
     {
@@ -39,7 +27,9 @@ std::uint32_t ProtocolRegisterAssemblyBase::Update(const Vor::Params::Group& gro
         }
     }
     Vor::Throw(yERROR_NOT_FOUND,
-               Text("Unable to update te connection map because there are no data sources with output id %1$u."), id);
+               Translate("beApp.ctrl",
+                         "Unable to update te connection map because there are no data sources with output id %1$u."),
+               id);
 }
 
 std::uint32_t ProtocolRegisterAssemblyBase::UpdateBlockProperties(Blocks::iterator position,
@@ -51,9 +41,9 @@ std::uint32_t ProtocolRegisterAssemblyBase::UpdateBlockProperties(Blocks::iterat
     std::uint32_t code = 0;
     bool placement = false;
 
-    if (newParams.registerCount.Get() != noneGiven && newParams.registerCount.Get() != count) {
+    if (newParams.registerCount.Get() != NoneGiven && newParams.registerCount.Get() != count) {
         if (!attributes.isGlobalAddressSpaceUsed.Get()) {
-            code = registerCountLeft;
+            code = RegisterCountIgnored;
         } else if (block.IsRegisterCountConfigurable()) {
             count = newParams.registerCount.Get();
             placement = true;
@@ -62,7 +52,7 @@ std::uint32_t ProtocolRegisterAssemblyBase::UpdateBlockProperties(Blocks::iterat
                        block.DisplayName());
         }
     }
-    if (newParams.outputId.Get() != noneGiven && newParams.outputId.Get() != id) {
+    if (newParams.outputId.Get() != NoneGiven && newParams.outputId.Get() != id) {
         if (!block.IsOutputIdConfigurable()) {
             Vor::Throw(yERROR_PARAMETER, Translate("control", "Block %1$s does not support changes to its output id."),
                        block.DisplayName());
@@ -72,7 +62,7 @@ std::uint32_t ProtocolRegisterAssemblyBase::UpdateBlockProperties(Blocks::iterat
     }
     if (placement) {
         const bool shifted = PlaceBlock(position, id, count, params.autoShift.Get());
-        code = code == 0 && shifted ? blocksShifted : code;
+        code = code == 0 && shifted ? BlocksShifted : code;
     }
 
     if (!newParams.displayName.Get().empty()) {
@@ -92,8 +82,9 @@ bool ProtocolRegisterAssemblyBase::PlaceBlock(Blocks::iterator position, unsigne
         const int last = id + count - 1;
         if (!IsValidOutputId(id, count)) {
             Vor::Throw(yERROR_PARAMETER,
-                       Text("Cannot update block %1$s because the block output id/address range [%2$u, %3$u] lies "
-                            "outside the valid output id/address range [%4$u, %5$u]."),
+                       Translate("beApp.ctrl",
+                                 "Cannot update block %1$s because the block output id/address range [%2$u, %3$u] lies "
+                                 "outside the valid output id/address range [%4$u, %5$u]."),
                        block.DisplayName(), id, static_cast<unsigned int>(last), attributes.outputIdMin.Get(),
                        attributes.outputIdMax.Get());
         }
@@ -123,27 +114,28 @@ std::uint32_t ProtocolRegisterAssemblyBase::Remove(const Vor::Params::Group& gro
         }
     }
     if (count != 0 && removed == 0) {
-        Vor::Throw(yERROR_NOT_FOUND, Text("No data sources were removed."));
+        Vor::Throw(yERROR_NOT_FOUND, Translate("beApp.ctrl", "No data sources were removed."));
     }
     return 0;
 }
 
 void ProtocolRegisterAssemblyBase::RemoveBlock(unsigned short id) {
-    if (id == noneGiven) {
+    if (id == NoneGiven) {
         Vor::Throw(yERROR_PARAMETER,
-                   Text("Invalid output id %1$u in the request to remove data source. Please provide "
-                        "a valid output id in the request."),
+                   Translate("beApp.ctrl",
+                             "Invalid output id %1$u in the request to remove data source. Please provide "
+                             "a valid output id in the request."),
                    id);
     }
     const Vor::Locker locker(lock.get());
     const auto position = blockIndex.Find(id);
     if (position == addedBlocks.end()) {
-        Vor::Throw(yERROR_NOT_FOUND, Text("Cannot find a data source with output id %1$u."), id);
+        Vor::Throw(yERROR_NOT_FOUND, Translate("beApp.ctrl", "Cannot find a data source with output id %1$u."), id);
     }
     if ((*position)->AtMinInstance()) {
         Vor::Throw(yERROR_PARAMETER,
-                   Text("Cannot remove data source with output id %1$u because the connection map "
-                        "cannot have fewer instances of this source than the current number."),
+                   Translate("beApp.ctrl", "Cannot remove data source with output id %1$u because the connection map "
+                                           "cannot have fewer instances of this source than the current number."),
                    id);
     }
     TakeOut(position);
@@ -182,32 +174,37 @@ std::uint32_t ProtocolRegisterAssemblyBase::Compact(const Vor::Params::Group& gr
 unsigned short ProtocolRegisterAssemblyBase::FirstCompactedId(unsigned short start) {
     const unsigned short min = attributes.outputIdMin.Get();
     const unsigned short max = attributes.outputIdMax.Get();
-    if (start == noneGiven) {
+    if (start == NoneGiven) {
         return attributes.isGlobalAddressSpaceUsed.Get() ? min : 0;
     }
     const Vor::Locker locker(lock.get());
     if (!attributes.isGlobalAddressSpaceUsed.Get()) {
         const int count = static_cast<int>(addedBlocks.size());
-        if (count - 1 + start > noneGiven - 1) {
-            Vor::Throw(yERROR_FULL,
-                       Text("Cannot compact data sources starting from output id [%1$u] because the resulting output "
-                            "ids would lie outside the valid output id range [%2$u, %3$u]."),
-                       start, min, static_cast<unsigned int>(noneGiven - count));
+        if (count - 1 + start > NoneGiven - 1) {
+            Vor::Throw(
+                yERROR_FULL,
+                Translate("beApp.ctrl",
+                          "Cannot compact data sources starting from output id [%1$u] because the resulting output "
+                          "ids would lie outside the valid output id range [%2$u, %3$u]."),
+                start, min, static_cast<unsigned int>(NoneGiven - count));
         }
         return start;
     }
     if (!IsValidOutputId(start, 1)) {
         Vor::Throw(yERROR_PARAMETER,
-                   Text("Cannot compact the data sources because the request's output id %1$u would cause the "
-                        "resulting output ids to lie outside the valid output id range [%2$u, %3$u]."),
+                   Translate("beApp.ctrl",
+                             "Cannot compact the data sources because the request's output id %1$u would cause the "
+                             "resulting output ids to lie outside the valid output id range [%2$u, %3$u]."),
                    start, min, max);
     }
     const unsigned short used = UsedRegistersCount(addedBlocks.begin());
     if (max - start + 1 < used) {
-        Vor::Throw(yERROR_FULL,
-                   Text("Cannot compact data sources because resulting output id [%1$u, %2$u] would lie outside the "
-                        "valid output id range [%3$u, %4$u]."),
-                   start, static_cast<unsigned int>(start + used - 1), min, max);
+        Vor::Throw(
+            yERROR_FULL,
+            Translate("beApp.ctrl",
+                      "Cannot compact data sources because resulting output id [%1$u, %2$u] would lie outside the "
+                      "valid output id range [%3$u, %4$u]."),
+            start, static_cast<unsigned int>(start + used - 1), min, max);
     }
     return start;
 }

@@ -10,19 +10,13 @@
 
 namespace VorControl::ControlProtocol {
 
-namespace {
-
-constexpr unsigned short noneGiven = 65535;
-
-} // namespace
-
 ProtocolRegisterBlock::ProtocolRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info)
     : Group("")
     , info(info)
     , type(info.Type())
     , displayName(params.displayName.Get())
     , outputId(params.outputId.Get()) {
-    if (info.IsGlobalAddressSpaceUsed() && outputId.Get() == noneGiven) {
+    if (info.IsGlobalAddressSpaceUsed() && outputId.Get() == NoneGiven) {
         Vor::Throw(yERROR_PARAMETER, Translate("beApp.ctrl", "An output id must be specified."));
     }
     Register("version", version, Translate("beApp.ctrl", "Version"), 100);
@@ -40,7 +34,7 @@ ProtocolRegisterBlock::ProtocolRegisterBlock(const RegisterBlockParams& params, 
     registerCount.SetReadOnly(!IsRegisterCountConfigurable());
 
     const unsigned short count = params.registerCount.Get();
-    registerCount.Set(IsRegisterCountConfigurable() && count != noneGiven ? count : info.DefaultRegisterCount());
+    registerCount.Set(IsRegisterCountConfigurable() && count != NoneGiven ? count : info.DefaultRegisterCount());
     outputId.EnableReadOnly();
     outputId.SetReadOnly(false);
 }
@@ -161,15 +155,15 @@ void ProtocolRegisterBlock::Convert64fTo32s(double value, double scale, int& res
 }
 
 void ProtocolRegisterBlock::FormatFullJobFileName(char* fileName, unsigned long long capacity) {
-    constexpr const char* extension = ".vrjob";
+    constexpr const char* Extension = ".vrjob";
     if (*fileName == '\0') {
         Vor::Throw(yERROR_PARAMETER);
     }
-    const char* const found = yStrFindFirst(fileName, extension);
-    if (found != nullptr && std::strlen(found) == std::strlen(extension)) {
+    const char* const found = yStrFindFirst(fileName, Extension);
+    if (found != nullptr && std::strlen(found) == std::strlen(Extension)) {
         return;
     }
-    Vor::ThrowIfFailed(yStrCat(fileName, capacity, extension));
+    Vor::ThrowIfFailed(yStrCat(fileName, capacity, Extension));
 }
 
 void ProtocolRegisterBlock::ThrowRegisterWidth(const char* function, const char* catalogue) const {

@@ -12,11 +12,12 @@
 
 namespace VorControl::ControlProtocol {
 
+/// An output id or a register count that wasn't given.
+inline constexpr unsigned short NoneGiven = 65535;
+
 /// One typed run of registers, and the document that shows and persists it. Concrete types turn commands, states and
 /// scan output into bytes and back through the protected primitives, which alone know byte order, register width
 /// and the invalid value.
-///
-/// 65535 as an output id or a register count means that none was given.
 ///
 /// A block has no lock: the lock of its assembly guards the fields. Serialize and Deserialize run on the caller's
 /// thread and read the register count and the type information unlocked; whoever serialises while the assembly may
@@ -128,11 +129,11 @@ private:
 
 template <unsigned int width, class T>
 void ProtocolRegisterBlock::StoreRegisters(unsigned char* destination, T value) {
-    constexpr unsigned int size = sizeof(T);
-    for (unsigned int r = 0; r < size / width; ++r) {
+    constexpr unsigned int Size = sizeof(T);
+    for (unsigned int r = 0; r < Size / width; ++r) {
         for (unsigned int b = 0; b < width; ++b) {
             destination[width * (r + 1) - 1 - b] =
-                static_cast<unsigned char>(value >> 8 * (size - 1 - b - width * r) & 0xFF);
+                static_cast<unsigned char>(value >> 8 * (Size - 1 - b - width * r) & 0xFF);
         }
     }
 }

@@ -143,11 +143,11 @@ void RegisterBlockIndex::Settle() {
 }
 
 bool RegisterBlockIndex::Forget(Blocks::iterator position) {
-    constexpr std::size_t fewest = 8;
+    constexpr std::size_t Fewest = 8;
     if (!IsUpToDate()) {
         return false;
     }
-    if (unsettled.size() > fewest + byOutputId.size() / 8) {
+    if (unsettled.size() > Fewest + byOutputId.size() / 8) {
         // When many blocks move, sorting all of them anew costs less.
         Invalidate();
         return false;

@@ -36,11 +36,11 @@ using VorCommon::PersistDomain;
 
 namespace {
 
-constexpr const char* controlKey = "vor:control";
-constexpr const char* enabledKey = "enabled";
+constexpr const char* ControlKey = "vor:control";
+constexpr const char* EnabledKey = "enabled";
 
-constexpr const char* hmiId = "hmi";
-constexpr std::uint64_t hmiPollPeriod = 100000; // microseconds
+constexpr const char* HmiId = "hmi";
+constexpr std::uint64_t HmiPollPeriod = 100000; ///< microseconds
 
 std::string ConfigPath(const IControlInstance& instance) {
     return "/controls/" + instance.TypeName() + "/config.json";
@@ -132,14 +132,14 @@ void PersistControl::LoadFileWithPersistenceProvider(IControlInstance& instance,
         return;
     }
     ValidateConfigFile(instance, doc);
-    const json& section = doc.at(controlKey);
+    const json& section = doc.at(ControlKey);
     LoadWithPersistenceProvider(instance, domain, section);
     if (domain == PersistDomain::Job) {
         ApplyEnableSetting(instance, ProtocolEnableSettingFromConfig(instance, section));
     }
 }
 
-/// A service that the job disables has its defaults, whatever else the file holds.
+// A service that the job disables has its defaults, whatever else the file holds.
 void PersistControl::LoadWithPersistenceProvider(IControlInstance& instance, PersistDomain domain,
                                                  const json& section) {
     const auto provider = instance.PersistenceProvider();
@@ -151,8 +151,8 @@ void PersistControl::LoadWithPersistenceProvider(IControlInstance& instance, Per
 }
 
 bool PersistControl::ProtocolEnableSettingFromConfig(const IControlInstance& instance, const json& section) const {
-    if (section.is_object() && section.contains(enabledKey)) {
-        return section.at(enabledKey).get<bool>();
+    if (section.is_object() && section.contains(EnabledKey)) {
+        return section.at(EnabledKey).get<bool>();
     }
     Vor::LogWarning("Missing enable/disable setting in configuration file for service '%s'. Using default setting.",
                     instance.DisplayName());
@@ -160,13 +160,13 @@ bool PersistControl::ProtocolEnableSettingFromConfig(const IControlInstance& ins
 }
 
 void PersistControl::SaveWithPersistenceProvider(IControlInstance& instance, PersistDomain domain, json& doc) const {
-    json& section = doc[controlKey];
+    json& section = doc[ControlKey];
     instance.PersistenceProvider()->Save(domain, section);
     if (domain == PersistDomain::Job) {
-        section[enabledKey] = instance.IsEnabled();
+        section[EnabledKey] = instance.IsEnabled();
     }
     if (section.empty()) {
-        doc.erase(controlKey);
+        doc.erase(ControlKey);
         return;
     }
     doc[PERSISTENCE_FIELD_NAME_VERSION] = Version();
@@ -174,7 +174,7 @@ void PersistControl::SaveWithPersistenceProvider(IControlInstance& instance, Per
 
 void PersistControl::ValidateConfigFile(const IControlInstance& instance, const json& doc) const {
     const std::string& name = instance.DisplayName();
-    if (!doc.is_object() || !doc.contains(controlKey)) {
+    if (!doc.is_object() || !doc.contains(ControlKey)) {
         LogForUser(Vor::UserWarning,
                    "No saved information found in service '%s' configuration file. No changes made to service.", name);
         Vor::Throw(yERROR_FORMAT, "No saved information found in service '%s' configuration file.", name);
@@ -200,7 +200,7 @@ void PersistControl::ValidateConfigFile(const IControlInstance& instance, const 
 
 void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& instance, json& doc) {
     ResetControlInstance(keepEnabled, instance);
-    json& section = doc.at(controlKey);
+    json& section = doc.at(ControlKey);
     const bool enabled = ReadEnableSetting(instance, section);
     bool failed = false;
     if (enabled) {
@@ -216,7 +216,7 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
     }
 }
 
-/// Resets what the file will bring back.
+// Resets what the file will bring back.
 void PersistControl::ResetControlInstance(bool keepEnabled, IControlInstance& instance) {
     using DataToReset = IControlInstance::DataToReset;
     if (HasOption(instance, ProtocolPersistOptions::All)) {
@@ -236,7 +236,7 @@ void PersistControl::ResetControlInstance(bool keepEnabled, IControlInstance& in
 
 bool PersistControl::ReadEnableSetting(const IControlInstance& instance, const json& section) const {
     PersistInstanceProperties properties;
-    if (section.is_object() && section.contains(enabledKey)) {
+    if (section.is_object() && section.contains(EnabledKey)) {
         Vor::Properties::JsonSerializer::Deserialize(properties, section);
     } else {
         LogForUser(Vor::UserWarning,
@@ -249,13 +249,13 @@ bool PersistControl::ReadEnableSetting(const IControlInstance& instance, const j
     return properties.enabled.Get();
 }
 
-/// A running service is left alone, one whose start failed is started again.
+// A running service is left alone, one whose start failed is started again.
 void PersistControl::ApplyEnableSetting(IControlInstance& instance, bool setting) const {
     const bool startAgain = setting && instance.GetProtocolStatus() == ProtocolStatus::FailedToStart;
     if (setting == instance.IsEnabled() && !startAgain) {
         return;
     }
-    if (instance.Id() == hmiId) {
+    if (instance.Id() == HmiId) {
         EnsureValidHMIState(instance);
     }
     instance.Enable(setting);
@@ -267,7 +267,7 @@ void PersistControl::EnsureValidHMIState(const IControlInstance& instance) const
         return status == ProtocolStatus::Starting || status == ProtocolStatus::Stopping;
     };
     while (isBetweenStates()) {
-        Vor::ThrowIfFailed(yThread_Sleep(hmiPollPeriod));
+        Vor::ThrowIfFailed(yThread_Sleep(HmiPollPeriod));
     }
 }
 
@@ -342,7 +342,7 @@ json PersistControl::SaveControlInstance(IControlInstance& instance) const {
     properties.enabled = instance.IsEnabled();
     json doc;
     doc[PERSISTENCE_FIELD_NAME_VERSION] = Version();
-    json& section = doc[controlKey];
+    json& section = doc[ControlKey];
     section = Vor::Properties::JsonSerializer::Serialize(properties);
     SaveControlInstanceSettings(instance, section);
     return doc;

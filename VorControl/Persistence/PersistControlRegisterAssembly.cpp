@@ -31,7 +31,7 @@ using Vor::Properties::JsonSerializer;
 
 namespace {
 
-constexpr const char* ethernetAsciiName = "e-ascii";
+constexpr const char* EthernetAsciiName = "e-ascii";
 
 bool HasText(const json& entry, const char* group, const char* key) {
     const auto found = entry.find(group);
@@ -150,7 +150,7 @@ void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, cons
         AddBlockParams params;
         JsonSerializer::Deserialize(params, entry);
         assembly->ResetRegisterAssembly();
-        if (name == ethernetAsciiName) {
+        if (name == EthernetAsciiName) {
             RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(params);
         }
         try {

@@ -3,6 +3,7 @@
 #include "Vor/Exception.h"
 #include "Vor/LocatedFormat.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/Translate.h"
 #include "yApi/yStatus.h"
 
@@ -18,13 +19,7 @@ void LogForUser(std::uint64_t level, const Vor::LocatedFormat& text, const Args&
                  Vor::LocatedFormat(ControlProtocol::Translate("beApp.ctrl", text.text), text.where), args...);
 }
 
-/// An entry at error level, with the exception and its back trace behind it.
-template <typename... Args>
-void LogThrown(const std::exception& exception, const Vor::LocatedFormat& text, const Args&... args) {
-    Vor::LogError(text, args...);
-    Vor::Exception::LogException(exception);
-    Vor::Exception::LogBackTrace(exception);
-}
+using Vor::LogThrown;
 
 /// The status of a Vor::Exception, the generic failure of any other.
 inline yStatus StatusOf(const std::exception& exception) {

@@ -31,7 +31,7 @@ using VorCommon::PersistDomain_Name;
 namespace {
 
 /// Each pass applies the whole document, so that parameters which change the set of parameters settle.
-constexpr unsigned int maxDynamicParamPasses = 5;
+constexpr unsigned int MaxDynamicParamPasses = 5;
 
 /// What a failed category gives; its failure doesn't keep the next one from loading.
 template <class Category>
@@ -219,19 +219,19 @@ PersistLoadResult ControlPersistenceProvider::LoadParameters(PersistDomain domai
     }
 }
 
-/// False when the document couldn't be applied.
+// False when the document couldn't be applied.
 bool ControlPersistenceProvider::UpdateParameters(PersistDomain domain, Vor::Params::Group& params,
                                                   const json& parameters) {
     try {
         bool isChanging = true;
-        for (unsigned int pass = 0; isChanging && pass < maxDynamicParamPasses; ++pass) {
+        for (unsigned int pass = 0; isChanging && pass < MaxDynamicParamPasses; ++pass) {
             JsonSerializer::Deserialize(params, parameters);
             isChanging = protocol.UpdateDynamicParams(domain);
         }
         if (isChanging) {
             Vor::LogWarning("%s limit of %u dynamic parameter update iterations has been reached. Dynamic parameter "
                             "updates will be stopped.",
-                            Name(), maxDynamicParamPasses);
+                            Name(), MaxDynamicParamPasses);
         }
         return true;
     } catch (const std::exception& e) {

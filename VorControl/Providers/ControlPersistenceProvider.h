@@ -48,8 +48,8 @@ public:
     PersistenceDataTable GetPersistenceDataTable(VorCommon::PersistDomain domain) const;
 
 protected:
-    // One category each, called under the lock; override what a service keeps in another way. A failure to reset or
-    // to save is thrown on, a failure to load gives Failed.
+    /// One category each, called under the lock; override what a service keeps in another way. A failure to reset or
+    /// to save is thrown on, a failure to load gives Failed.
     virtual void InitParameters(VorCommon::PersistDomain domain);
     virtual void InitOutputsMap(VorCommon::PersistDomain domain);
     virtual void InitRegisterAssemblyGroup(VorCommon::PersistDomain domain);

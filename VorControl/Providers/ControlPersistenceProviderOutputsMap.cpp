@@ -25,7 +25,7 @@ using VorCommon::PersistDomain_Name;
 namespace {
 
 /// Output maps have no version.
-constexpr const char* noVersion = "";
+constexpr const char* NoVersion = "";
 
 } // namespace
 
@@ -70,12 +70,12 @@ PersistLoadResult ControlPersistenceProvider::LoadOutputsMap(PersistDomain domai
         return PersistLoadResult::None;
     }
     try {
-        const auto outputs = protocol.BeginUpdateOutputsMap(domain, noVersion);
+        const auto outputs = protocol.BeginUpdateOutputsMap(domain, NoVersion);
         if (outputs == nullptr) {
             Vor::Throw(yERROR_NOT_FOUND);
         }
         return RunUpdate([&] { return UpdateOutputsMap(domain, *outputs, section.at(PERSISTENCE_FIELD_NAME_OUTPUTS)); },
-                         [&] { protocol.EndUpdateOutputsMap(domain, noVersion); });
+                         [&] { protocol.EndUpdateOutputsMap(domain, NoVersion); });
     } catch (const std::exception& e) {
         LogThrown(e, "%s encountered an error while loading outputs map for domain %s", Name(), domainName);
         ResetAfterFailure([&] { InitOutputsMap(domain); });

@@ -172,7 +172,7 @@ bool ControlPersistenceProvider::IsLoadableRegisterAssemblyGroupConfig(PersistDo
     return true;
 }
 
-/// The list of assemblies is there; a list of their versions may be missing, as it once was.
+// The list of assemblies is there; a list of their versions may be missing, as it once was.
 bool ControlPersistenceProvider::HasWellFormedRegisterAssemblyLists(PersistDomain domain, const json& section) {
     const char* const domainName = PersistDomain_Name(domain);
     const json& list = section.at(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
@@ -300,7 +300,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyBlocks(Persist
     }
 }
 
-/// An assembly that can't take the blocks gets its default ones.
+// An assembly that can't take the blocks gets its default ones.
 PersistLoadResult ControlPersistenceProvider::FillRegisterAssembly(IProtocolRegisterAssembly& assembly,
                                                                    const std::string& id, const json& entry) {
     try {

@@ -1,4 +1,6 @@
 #include "Vor/AsyncRunner.h"
+
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/MainLoopThread.h"
 #include "Vor/AsyncLoop.h"
 #include "Vor/Exception.h"
@@ -9,11 +11,12 @@
 #include <algorithm>
 #include <atomic>
 #include <future>
-#include <gtest/gtest.h>
 #include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Vor::AsyncRunner;
 using Vor::MainLoop;
@@ -21,17 +24,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr unsigned long long second = 1000000;
-constexpr unsigned long long minute = 60 * second;
-
-yStatus StatusOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const Vor::Exception& e) {
-        return e.Status();
-    }
-    return yOK;
-}
+constexpr unsigned long long Second = 1000000;
+constexpr unsigned long long Minute = 60 * Second;
 
 } // namespace
 
@@ -48,10 +42,10 @@ TEST(AsyncRunnerTest, RunNeverRunsInlineNotEvenOnTheMainLoop) {
 TEST(AsyncRunnerTest, ClosuresRunOnTheMainLoopInOrder) {
     MainLoop loop(MainLoop::Mode::Manual);
     AsyncRunner first;
-    AsyncRunner second;
+    AsyncRunner Second;
     std::vector<int> order;
     for (int i = 0; i < 6; ++i) {
-        (i % 2 == 0 ? first : second).Run([&order, i] {
+        (i % 2 == 0 ? first : Second).Run([&order, i] {
             EXPECT_TRUE(Vor::AsyncLoop::OnMainLoop());
             order.push_back(i);
         });
@@ -122,31 +116,32 @@ TEST(AsyncRunnerTest, RunAndWaitOnTheMainLoopRunsInline) {
     bool ran = false;
     runner.RunAndWait([&] { ran = true; }, 0);
     EXPECT_TRUE(ran);
-    EXPECT_EQ(StatusOf([&] { runner.RunAndWait([] { Vor::Throw(yERROR_FULL); }, second); }), yERROR_FULL);
+    EXPECT_EQ(Tests::StatusOf([&] { runner.RunAndWait([] { Vor::Throw(yERROR_FULL); }, Second); }), yERROR_FULL);
 }
 
 TEST(AsyncRunnerTest, RunAndWaitOfAnotherThreadReturnsWhenTheMainLoopIsDone) {
     const Tests::MainLoopThread thread;
     AsyncRunner runner;
     bool onLoop = false;
-    runner.RunAndWait([&] { onLoop = Vor::AsyncLoop::OnMainLoop(); }, minute);
+    runner.RunAndWait([&] { onLoop = Vor::AsyncLoop::OnMainLoop(); }, Minute);
     EXPECT_TRUE(onLoop);
 }
 
 TEST(AsyncRunnerTest, RunAndWaitThrowsTheFailureOfTheClosureToTheWaiter) {
     const Tests::MainLoopThread thread;
     AsyncRunner runner;
-    EXPECT_EQ(StatusOf([&] { runner.RunAndWait([] { Vor::Throw(yERROR_FULL, "full"); }, minute); }), yERROR_FULL);
-    EXPECT_THROW(runner.RunAndWait([] { throw std::out_of_range("far"); }, minute), std::out_of_range);
-    EXPECT_THROW(runner.RunAndWait([] { throw 5; }, minute), int);
+    EXPECT_EQ(Tests::StatusOf([&] { runner.RunAndWait([] { Vor::Throw(yERROR_FULL, "full"); }, Minute); }),
+              yERROR_FULL);
+    EXPECT_THROW(runner.RunAndWait([] { throw std::out_of_range("far"); }, Minute), std::out_of_range);
+    EXPECT_THROW(runner.RunAndWait([] { throw 5; }, Minute), int);
 }
 
 TEST(AsyncRunnerTest, TimedOutClosureOfALivingRunnerRunsLater) {
     const Vor::LogCapture log;
     AsyncRunner runner;
     const auto ran = std::make_shared<bool>(false);
-    EXPECT_EQ(StatusOf([&] { runner.RunAndWait([ran] { *ran = true; }, 0); }), yERROR_TIMEOUT);
-    EXPECT_EQ(StatusOf([&] { runner.RunAndWait([] { throw std::runtime_error("late"); }, 1); }), yERROR_TIMEOUT);
+    EXPECT_EQ(Tests::StatusOf([&] { runner.RunAndWait([ran] { *ran = true; }, 0); }), yERROR_TIMEOUT);
+    EXPECT_EQ(Tests::StatusOf([&] { runner.RunAndWait([] { throw std::runtime_error("late"); }, 1); }), yERROR_TIMEOUT);
     EXPECT_FALSE(*ran);
     MainLoop loop(MainLoop::Mode::Manual);
     loop.RunReady();
@@ -158,7 +153,7 @@ TEST(AsyncRunnerTest, TimedOutClosureOfADestroyedRunnerNeverRuns) {
     const auto ran = std::make_shared<bool>(false);
     {
         AsyncRunner runner;
-        EXPECT_EQ(StatusOf([&] { runner.RunAndWait([ran] { *ran = true; }, 0); }), yERROR_TIMEOUT);
+        EXPECT_EQ(Tests::StatusOf([&] { runner.RunAndWait([ran] { *ran = true; }, 0); }), yERROR_TIMEOUT);
     }
     MainLoop loop(MainLoop::Mode::Manual);
     loop.RunReady();
@@ -168,7 +163,8 @@ TEST(AsyncRunnerTest, TimedOutClosureOfADestroyedRunnerNeverRuns) {
 TEST(AsyncRunnerTest, WaiterOfAManualLoopGetsItsAnswerWhenTheLoopIsStepped) {
     MainLoop loop(MainLoop::Mode::Manual);
     AsyncRunner runner;
-    auto waiter = std::async(std::launch::async, [&] { return StatusOf([&] { runner.RunAndWait([] {}, minute); }); });
+    auto waiter =
+        std::async(std::launch::async, [&] { return Tests::StatusOf([&] { runner.RunAndWait([] {}, Minute); }); });
     ASSERT_TRUE(loop.WaitReady());
     EXPECT_TRUE(loop.Step());
     EXPECT_EQ(waiter.get(), yOK);
@@ -178,8 +174,9 @@ TEST(AsyncRunnerTest, TimeOutFollowsTheClockOfAManualLoopAndTheLateClosureStillR
     MainLoop loop(MainLoop::Mode::Manual);
     AsyncRunner runner;
     bool late = false;
-    auto waiter = std::async(std::launch::async,
-                             [&] { return StatusOf([&] { runner.RunAndWait([&late] { late = true; }, minute); }); });
+    auto waiter = std::async(std::launch::async, [&] {
+        return Tests::StatusOf([&] { runner.RunAndWait([&late] { late = true; }, Minute); });
+    });
     ASSERT_TRUE(loop.WaitReady());
     loop.Elapse(59999999us);
     EXPECT_EQ(waiter.wait_for(0s), std::future_status::timeout);
@@ -195,7 +192,7 @@ TEST(AsyncRunnerTest, ClosureIsFreedBeforeTheWaiterGoesOn) {
     AsyncRunner runner;
     for (int i = 0; i < 100; ++i) {
         const auto held = std::make_shared<int>(0);
-        runner.RunAndWait([held] { ++*held; }, minute);
+        runner.RunAndWait([held] { ++*held; }, Minute);
         EXPECT_EQ(held.use_count(), 1);
     }
 }
@@ -213,7 +210,7 @@ TEST(AsyncRunnerTest, RunCanBeMadeToFail) {
     AsyncRunner runner;
     bool ran = false;
     yFault_Set("AsyncRunner_Run", yERROR_FULL);
-    EXPECT_EQ(StatusOf([&] { runner.Run([&] { ran = true; }); }), yERROR_FULL);
+    EXPECT_EQ(Tests::StatusOf([&] { runner.Run([&] { ran = true; }); }), yERROR_FULL);
     yFault_Clear();
     loop.RunReady();
     EXPECT_FALSE(ran);
@@ -221,13 +218,13 @@ TEST(AsyncRunnerTest, RunCanBeMadeToFail) {
 
 TEST(AsyncRunnerTest, ManyThreadsRunManyClosuresEachInItsOrder) {
     const Tests::MainLoopThread thread;
-    constexpr int count = 200;
+    constexpr int Count = 200;
     AsyncRunner runner;
     std::vector<std::vector<int>> orders(4);
     std::vector<std::thread> threads;
     for (auto& order : orders) {
         threads.emplace_back([&runner, &order] {
-            for (int i = 0; i < count; ++i) {
+            for (int i = 0; i < Count; ++i) {
                 runner.Run([&order, i] { order.push_back(i); });
             }
         });
@@ -235,9 +232,9 @@ TEST(AsyncRunnerTest, ManyThreadsRunManyClosuresEachInItsOrder) {
     for (auto& one : threads) {
         one.join();
     }
-    runner.RunAndWait([] {}, minute);
+    runner.RunAndWait([] {}, Minute);
     for (const auto& order : orders) {
-        ASSERT_EQ(order.size(), static_cast<std::size_t>(count));
+        ASSERT_EQ(order.size(), static_cast<std::size_t>(Count));
         EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
     }
 }

@@ -1,4 +1,5 @@
 #include "Vor/AsyncTimer.h"
+
 #include "Tests/Support/MainLoopThread.h"
 #include "Vor/AsyncLoop.h"
 #include "Vor/Exception.h"
@@ -6,11 +7,12 @@
 
 #include <atomic>
 #include <future>
-#include <gtest/gtest.h>
 #include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Vor::AsyncTimer;
 using Vor::MainLoop;

@@ -1,9 +1,10 @@
 #include "Vor/ByteVector.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Vor::Properties::ByteVector;
 

@@ -1,8 +1,10 @@
 #include "Vor/Exception.h"
+
 #include "Vor/Logging.h"
 
-#include <gtest/gtest.h>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using Vor::Exception;
 

@@ -2,8 +2,9 @@
 
 #include <cmath>
 #include <cstdint>
-#include <gtest/gtest.h>
 #include <limits>
+
+#include <gtest/gtest.h>
 
 using Vor::Format;
 

@@ -1,9 +1,10 @@
 #include "Vor/HandlerList.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
+
+#include <gtest/gtest.h>
 
 using Vor::Properties::HandlerId;
 using Vor::Properties::Internal::HandlerList;

@@ -6,9 +6,10 @@
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
 
+#include <stdexcept>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
 using nlohmann::json;
 using Vor::Params::Array;
@@ -67,7 +68,7 @@ struct Document : Group {
     Array<Line> lines;
 };
 
-const char* const fullText = R"({
+const char* const FullText = R"({
     "flag": true, "small": 65535, "medium": 4294967295, "large": 18446744073709551615,
     "signed": -9223372036854775808, "text": "t\u00e9xt", "bytes": "Zm9v", "texts": ["a", ""], "numbers": [0, 65535],
     "mode": -1, "inner": {"x": 7, "tags": ["in"]},
@@ -75,7 +76,7 @@ const char* const fullText = R"({
 
 void ExpectRefused(const std::string& text, const std::string& message) {
     Document document;
-    JsonSerializer::Deserialize(document, json::parse(fullText));
+    JsonSerializer::Deserialize(document, json::parse(FullText));
     const json before = JsonSerializer::Serialize(document);
     int changes = 0;
     document.flag.AddChangeHandler([&](Node&) { ++changes; });
@@ -90,7 +91,7 @@ void ExpectRefused(const std::string& text, const std::string& message) {
 
 TEST(JsonSerializerTest, EveryKindSurvivesADocument) {
     Document document;
-    const json source = json::parse(fullText);
+    const json source = json::parse(FullText);
     JsonSerializer::Deserialize(document, source);
     EXPECT_EQ(JsonSerializer::Serialize(document), source);
     EXPECT_EQ(document.mode.Get(), Mode::Unknown);
@@ -288,7 +289,7 @@ TEST(JsonSerializerTest, ALongTextIsNotRepeatedInTheMessage) {
 TEST(JsonSerializerTest, MoreElementsThanTheLimitOverAllArraysAreRefused) {
     Line line;
     json source = {{"points", json::array()}};
-    source["points"].get_ref<json::array_t&>().resize(JsonSerializer::maxItems + 1, json::object());
+    source["points"].get_ref<json::array_t&>().resize(JsonSerializer::MaxItems + 1, json::object());
     EXPECT_FAILURE(JsonSerializer::Deserialize(line, source), yERROR_PARAMETER,
                    "points: expected at most 65536 elements in all arrays but got an array.");
     EXPECT_EQ(line.points.Count(), 0U);

@@ -2,9 +2,10 @@
 
 #include "Tests/Support/Failure.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <string>
 
 using Vor::ParseJson;
 
@@ -97,6 +98,6 @@ TEST(JsonTextTest, ClosedNestingDoesNotAddUp) {
 }
 
 TEST(JsonTextTest, TextLargerThanTheLimitIsRefused) {
-    const std::string text(Vor::jsonMaxSize + 1, ' ');
+    const std::string text(Vor::JsonMaxSize + 1, ' ');
     EXPECT_FAILURE(ParseJson(text), yERROR_FORMAT, "67108865 bytes of JSON are more than the 67108864 that are read.");
 }

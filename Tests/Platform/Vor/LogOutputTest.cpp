@@ -1,10 +1,12 @@
 #include "Vor/LogOutput.h"
+
 #include "Vor/Logging.h"
 
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Vor::LogOutput;
 

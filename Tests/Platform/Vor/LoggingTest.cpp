@@ -1,10 +1,11 @@
 #include "Vor/Logging.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Vor::LogCapture;
 using Vor::Logging;

@@ -1,4 +1,5 @@
 #include "Vor/MainLoop.h"
+
 #include "Tests/Support/MainLoopThread.h"
 #include "Vor/AsyncLoop.h"
 #include "Vor/AsyncTimer.h"
@@ -8,10 +9,11 @@
 #include <atomic>
 #include <functional>
 #include <future>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Vor::AsyncLoop;
 using Vor::MainLoop;

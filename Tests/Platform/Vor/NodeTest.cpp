@@ -4,10 +4,11 @@
 #include "Vor/Structure.h"
 #include "VorApi/Params/PropertyValue.h"
 
-#include <gtest/gtest.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <typeinfo>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 using nlohmann::json;
 using Vor::Properties::JsonSerializer;

@@ -4,9 +4,10 @@
 #include "VorApi/Params/PropertyValue.h"
 #include "VorApi/Params/Value.h"
 
-#include <gtest/gtest.h>
 #include <memory>
 #include <typeinfo>
+
+#include <gtest/gtest.h>
 
 using Vor::Properties::Node;
 using Vor::Properties::Structure;
@@ -22,7 +23,7 @@ std::vector<std::string> NamesOf(const Structure& structure) {
     return names;
 }
 
-// Many values under the names "m0", "m1" and so on.
+/// Many values under the names "m0", "m1" and so on.
 struct Many {
     explicit Many(std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) {

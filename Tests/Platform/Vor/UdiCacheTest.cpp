@@ -1,8 +1,10 @@
 #include "Vor/UserData/UdiCache.h"
+
 #include "Tests/Support/Failure.h"
 
-#include <gtest/gtest.h>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 namespace Vor::UserData {
 namespace {

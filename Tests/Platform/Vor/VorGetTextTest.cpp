@@ -6,17 +6,18 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <memory>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace {
 
-const char* const atLoad = VorGetText::GetInstance().DPGetText("BE", "com.vorlab.ctrl", "Text of a static object");
+const char* const AtLoad = VorGetText::GetInstance().DPGetText("BE", "com.vorlab.ctrl", "Text of a static object");
 
-// A compiled catalogue of one text, in the format that msgfmt writes: header, table of texts, table of translations.
+/// A compiled catalogue of one text, in the format that msgfmt writes: header, table of texts, table of translations.
 void WriteCatalogue(const std::filesystem::path& file, const std::string& text, const std::string& translation) {
     std::filesystem::create_directories(file.parent_path());
     const std::string header = "Content-Type: text/plain; charset=UTF-8\n";
@@ -42,7 +43,7 @@ void WriteCatalogue(const std::filesystem::path& file, const std::string& text, 
 } // namespace
 
 TEST(VorGetTextTest, WorksDuringStaticInitialisation) {
-    EXPECT_STREQ(atLoad, "Text of a static object");
+    EXPECT_STREQ(AtLoad, "Text of a static object");
 }
 
 TEST(VorGetTextTest, WithoutATranslationTheTextItselfIsGiven) {

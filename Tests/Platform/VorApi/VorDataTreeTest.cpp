@@ -2,8 +2,9 @@
 
 #include "Tests/Support/Failure.h"
 
-#include <gtest/gtest.h>
 #include <limits>
+
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;

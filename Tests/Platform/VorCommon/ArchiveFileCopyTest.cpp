@@ -1,7 +1,7 @@
-#include "VorCommon/ArchiveFile.h"
-
+#include "Tests/Platform/VorCommon/ArchiveContent.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/TempFolder.h"
+#include "VorCommon/ArchiveFile.h"
 #include "yApi/yFault.h"
 
 #include <algorithm>
@@ -15,10 +15,6 @@ using VorCommon::ArchiveFile;
 using Existing = VorCommon::ArchiveFile::Existing;
 
 namespace {
-
-ArchiveFile::Content Bytes(const std::string& text) {
-    return std::make_shared<const std::vector<unsigned char>>(text.begin(), text.end());
-}
 
 class ArchiveFileCopyTest : public testing::Test {
 protected:
@@ -47,7 +43,7 @@ protected:
 } // namespace
 
 TEST_F(ArchiveFileCopyTest, ACopyHoldsTheWholeFile) {
-    ArchiveFile(source).Write({{"a", Bytes("1")}});
+    ArchiveFile(source).Write({{"a", Tests::Bytes("1")}});
     ArchiveFile(source).CopyTo(copy, Existing::Refuse);
     EXPECT_EQ(TextIn(copy), "1");
     EXPECT_EQ(TextIn(source), "1");
@@ -55,8 +51,8 @@ TEST_F(ArchiveFileCopyTest, ACopyHoldsTheWholeFile) {
 }
 
 TEST_F(ArchiveFileCopyTest, AFileInTheWayIsReplacedOnlyWhenAskedTo) {
-    ArchiveFile(source).Write({{"a", Bytes("1")}});
-    ArchiveFile(copy).Write({{"a", Bytes("old")}, {"b", Bytes("old")}});
+    ArchiveFile(source).Write({{"a", Tests::Bytes("1")}});
+    ArchiveFile(copy).Write({{"a", Tests::Bytes("old")}, {"b", Tests::Bytes("old")}});
     EXPECT_FAILURE(ArchiveFile(source).CopyTo(copy, Existing::Refuse), yERROR_ALREADY_EXISTS,
                    "Archive '" + copy + "': it exists already.");
     EXPECT_EQ(ArchiveFile(copy).Read().size(), 2U);
@@ -66,7 +62,7 @@ TEST_F(ArchiveFileCopyTest, AFileInTheWayIsReplacedOnlyWhenAskedTo) {
 }
 
 TEST_F(ArchiveFileCopyTest, AFileThatIsInUseCanBeCopied) {
-    ArchiveFile(source).Write({{"a", Bytes("1")}});
+    ArchiveFile(source).Write({{"a", Tests::Bytes("1")}});
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(source.c_str(), &other), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
@@ -83,7 +79,7 @@ TEST_F(ArchiveFileCopyTest, WhatCannotBeCopiedLeavesNothingBehind) {
     EXPECT_FAILURE(ArchiveFile(source).CopyTo(copy, Existing::Refuse), yERROR_FORMAT,
                    "Archive '" + source + "': file is not a database.");
     std::filesystem::remove(source);
-    ArchiveFile(source).Write({{"a", Bytes(std::string(100000, 'x'))}});
+    ArchiveFile(source).Write({{"a", Tests::Bytes(std::string(100000, 'x'))}});
     const std::string nowhere = folder.File("nowhere/copy.vrjob");
     EXPECT_FAILURE(ArchiveFile(source).CopyTo(nowhere, Existing::Refuse), yERROR,
                    "Archive '" + nowhere + "': its folder doesn't exist.");
@@ -95,35 +91,35 @@ TEST_F(ArchiveFileCopyTest, WhatCannotBeCopiedLeavesNothingBehind) {
 }
 
 TEST_F(ArchiveFileCopyTest, AFileIsMadeOfExactlyItsEntries) {
-    ArchiveFile(copy).Make({{"a", Bytes("1")}}, Existing::Refuse);
+    ArchiveFile(copy).Make({{"a", Tests::Bytes("1")}}, Existing::Refuse);
     EXPECT_EQ(TextIn(copy), "1");
-    EXPECT_FAILURE(ArchiveFile(copy).Make({{"a", Bytes("2")}}, Existing::Refuse), yERROR_ALREADY_EXISTS,
+    EXPECT_FAILURE(ArchiveFile(copy).Make({{"a", Tests::Bytes("2")}}, Existing::Refuse), yERROR_ALREADY_EXISTS,
                    "Archive '" + copy + "': it exists already.");
     EXPECT_EQ(TextIn(copy), "1");
-    ArchiveFile(copy).Write({{"b", Bytes("1")}});
-    ArchiveFile(copy).Make({{"a", Bytes("2")}}, Existing::Replace);
+    ArchiveFile(copy).Write({{"b", Tests::Bytes("1")}});
+    ArchiveFile(copy).Make({{"a", Tests::Bytes("2")}}, Existing::Replace);
     EXPECT_EQ(TextIn(copy), "2");
     EXPECT_EQ(Files(), std::vector<std::string>{"copy.vrjob"});
 }
 
 TEST_F(ArchiveFileCopyTest, AFileThatCannotBeMadeLeavesNothingBehind) {
     yFault_Set("ArchiveFile_Commit", yERROR_FULL);
-    EXPECT_FAILURE(ArchiveFile(copy).Make({{"a", Bytes("1")}}, Existing::Refuse), yERROR_FULL,
+    EXPECT_FAILURE(ArchiveFile(copy).Make({{"a", Tests::Bytes("1")}}, Existing::Refuse), yERROR_FULL,
                    "Archive '" + copy + "': the disk failed.");
     EXPECT_TRUE(Files().empty());
 }
 
 TEST_F(ArchiveFileCopyTest, AnInterruptedSaveOfAReplacedFileIsForgotten) {
-    ArchiveFile(copy).Write({{"a", Bytes("old")}});
+    ArchiveFile(copy).Write({{"a", Tests::Bytes("old")}});
     Tests::WriteWholeFile(copy + "-journal", std::string(4096, 'j'));
-    ArchiveFile(copy).Make({{"a", Bytes("new")}}, Existing::Replace);
+    ArchiveFile(copy).Make({{"a", Tests::Bytes("new")}}, Existing::Replace);
     EXPECT_EQ(TextIn(copy), "new");
     EXPECT_EQ(Files(), std::vector<std::string>{"copy.vrjob"});
 }
 
 TEST_F(ArchiveFileCopyTest, ARemovedFileTakesItsJournalAlong) {
     ArchiveFile(source).Remove();
-    ArchiveFile(source).Write({{"a", Bytes("1")}});
+    ArchiveFile(source).Write({{"a", Tests::Bytes("1")}});
     Tests::WriteWholeFile(source + "-journal", "half");
     ArchiveFile(source).Remove();
     EXPECT_TRUE(Files().empty());

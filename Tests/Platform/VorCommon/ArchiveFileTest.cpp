@@ -1,5 +1,6 @@
 #include "VorCommon/ArchiveFile.h"
 
+#include "Tests/Platform/VorCommon/ArchiveContent.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Exception.h"
 #include "yApi/yFault.h"
@@ -7,20 +8,16 @@
 
 #include <cstdio>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
 #include <zlib.h>
 
 using VorCommon::ArchiveFile;
 
 namespace {
-
-ArchiveFile::Content Bytes(const std::string& text) {
-    return std::make_shared<const std::vector<unsigned char>>(text.begin(), text.end());
-}
 
 std::string Text(const ArchiveFile::Content& content) {
     return {content->begin(), content->end()};
@@ -79,7 +76,9 @@ protected:
 
 TEST_F(ArchiveFileTest, WhatIsWrittenIsReadAgain) {
     const std::string binary("\0\xFF\x80 end", 7);
-    file.Write({{"controls/a/config.json", Bytes("{}")}, {"empty", Bytes("")}, {"binary", Bytes(binary)}});
+    file.Write({{"controls/a/config.json", Tests::Bytes("{}")},
+                {"empty", Tests::Bytes("")},
+                {"binary", Tests::Bytes(binary)}});
     const ArchiveFile::Entries entries = file.Read();
     ASSERT_EQ(entries.size(), 3U);
     EXPECT_EQ(Text(entries.at("controls/a/config.json")), "{}");
@@ -88,7 +87,7 @@ TEST_F(ArchiveFileTest, WhatIsWrittenIsReadAgain) {
 }
 
 TEST_F(ArchiveFileTest, TheCommandLineToolListsAndExtractsIt) {
-    file.Write({{"controls/modbus/config.json", Bytes("{\"version\":\"1\"}")}});
+    file.Write({{"controls/modbus/config.json", Tests::Bytes("{\"version\":\"1\"}")}});
     EXPECT_EQ(OutputOf("sqlite3 '" + path + "' -A --list"), "controls/modbus/config.json\n");
     OutputOf("cd '" + folder.Path().string() + "' && sqlite3 part.vrjob -A --extract");
     EXPECT_EQ(Tests::ReadWholeFile(folder.File("controls/modbus/config.json")), "{\"version\":\"1\"}");
@@ -107,9 +106,9 @@ TEST_F(ArchiveFileTest, AnArchiveOfTheCommandLineToolIsReadWithoutItsFolders) {
 }
 
 TEST_F(ArchiveFileTest, AWriteKeepsWhatElseTheArchiveHolds) {
-    file.Write({{"a", Bytes("1")}, {"b", Bytes("2")}});
+    file.Write({{"a", Tests::Bytes("1")}, {"b", Tests::Bytes("2")}});
     Execute("CREATE TABLE notes(text TEXT); INSERT INTO notes VALUES('kept')");
-    file.Write({{"b", Bytes("3")}, {"c", Bytes("4")}});
+    file.Write({{"b", Tests::Bytes("3")}, {"c", Tests::Bytes("4")}});
     const ArchiveFile::Entries entries = file.Read();
     ASSERT_EQ(entries.size(), 3U);
     EXPECT_EQ(Text(entries.at("a")), "1");
@@ -119,7 +118,7 @@ TEST_F(ArchiveFileTest, AWriteKeepsWhatElseTheArchiveHolds) {
 }
 
 TEST_F(ArchiveFileTest, AWriteCreatesTheFolderAndLeavesNothingElseBehind) {
-    const ArchiveFile::Entries entries{{"a", Bytes("1")}};
+    const ArchiveFile::Entries entries{{"a", Tests::Bytes("1")}};
     ArchiveFile inFolder(folder.File("data/jobs/part.vrjob"));
     EXPECT_FALSE(inFolder.Exists());
     inFolder.Write(entries);
@@ -134,24 +133,24 @@ TEST_F(ArchiveFileTest, AWriteCreatesTheFolderAndLeavesNothingElseBehind) {
 TEST_F(ArchiveFileTest, TheJournalOfAFileThatIsGoneDoesNotSpoilTheNewOne) {
     Tests::WriteWholeFile(path + "-journal", std::string(4096, 'j'));
     Tests::WriteWholeFile(folder.File(".part.vrjob.new"), "half");
-    file.Write({{"a", Bytes("1")}});
+    file.Write({{"a", Tests::Bytes("1")}});
     EXPECT_EQ(Text(file.Read().at("a")), "1");
     EXPECT_FALSE(std::filesystem::exists(path + "-journal"));
     EXPECT_FALSE(std::filesystem::exists(folder.File(".part.vrjob.new")));
 }
 
 TEST_F(ArchiveFileTest, EntriesAreStoredAsPlainFiles) {
-    file.Write({{"a", Bytes("123")}});
+    file.Write({{"a", Tests::Bytes("123")}});
     EXPECT_EQ(OutputOf("sqlite3 '" + path + "' \"SELECT mode, sz, typeof(data), mtime > 1600000000 FROM sqlar\""),
               std::to_string(S_IFREG | 0644) + "|3|blob|1\n");
 }
 
 TEST_F(ArchiveFileTest, AFailingWriteChangesNothing) {
-    file.Write({{"a", Bytes("1")}});
+    file.Write({{"a", Tests::Bytes("1")}});
     for (const char* fault : {"ArchiveFile_Write", "ArchiveFile_Commit"}) {
         yFault_Set(fault, yERROR_FULL);
         try {
-            file.Write({{"a", Bytes("2")}});
+            file.Write({{"a", Tests::Bytes("2")}});
             ADD_FAILURE() << fault;
         } catch (const Vor::Exception& e) {
             EXPECT_EQ(e.Status(), yERROR_FULL);
@@ -162,14 +161,14 @@ TEST_F(ArchiveFileTest, AFailingWriteChangesNothing) {
 
 TEST_F(ArchiveFileTest, AFailingCreationLeavesNoFile) {
     yFault_Set("ArchiveFile_Commit", yERROR);
-    EXPECT_THROW(file.Write({{"a", Bytes("1")}}), Vor::Exception);
+    EXPECT_THROW(file.Write({{"a", Tests::Bytes("1")}}), Vor::Exception);
     EXPECT_FALSE(file.Exists());
-    file.Write({{"a", Bytes("1")}});
+    file.Write({{"a", Tests::Bytes("1")}});
     EXPECT_EQ(Text(file.Read().at("a")), "1");
 }
 
 TEST_F(ArchiveFileTest, AFailingReadGivesTheStatus) {
-    file.Write({{"a", Bytes("1")}});
+    file.Write({{"a", Tests::Bytes("1")}});
     yFault_Set("ArchiveFile_Read", yERROR_TIMEOUT);
     ExpectReadFails(yERROR_TIMEOUT, "the disk failed");
     EXPECT_EQ(Text(file.Read().at("a")), "1");
@@ -184,7 +183,7 @@ TEST_F(ArchiveFileTest, AFileThatIsNoDatabaseIsRefusedAndStays) {
          {std::string("{\"version\":\"1\"}"), std::string(600, 'x'), std::string(9000, '\0')}) {
         Tests::WriteWholeFile(path, content);
         ExpectRefused(yERROR_FORMAT, "file is not a database");
-        EXPECT_THROW(file.Write({{"a", Bytes("1")}}), Vor::Exception);
+        EXPECT_THROW(file.Write({{"a", Tests::Bytes("1")}}), Vor::Exception);
         EXPECT_EQ(Tests::ReadWholeFile(path), content);
     }
 }
@@ -193,13 +192,13 @@ TEST_F(ArchiveFileTest, AFileTooShortForADatabaseIsRefusedAndStays) {
     for (const std::string& content : {std::string(), std::string("x")}) {
         Tests::WriteWholeFile(path, content);
         ExpectRefused(yERROR_FORMAT, "it is a database without the table of an archive");
-        EXPECT_THROW(file.Write({{"a", Bytes("1")}}), Vor::Exception);
+        EXPECT_THROW(file.Write({{"a", Tests::Bytes("1")}}), Vor::Exception);
         EXPECT_EQ(Tests::ReadWholeFile(path), content);
     }
 }
 
 TEST_F(ArchiveFileTest, ADamagedDatabaseIsRefusedAndStays) {
-    file.Write({{"a", Bytes(std::string(100000, 'a'))}, {"b", Bytes(std::string(100000, 'b'))}});
+    file.Write({{"a", Tests::Bytes(std::string(100000, 'a'))}, {"b", Tests::Bytes(std::string(100000, 'b'))}});
     const std::string whole = Tests::ReadWholeFile(path);
     for (const std::size_t cut : {whole.size() / 2, whole.size() - 1, std::size_t{4096}, std::size_t{200}}) {
         Tests::WriteWholeFile(path, whole.substr(0, cut));
@@ -233,7 +232,7 @@ TEST_F(ArchiveFileTest, ATableWithoutItsColumnsIsRefused) {
 TEST_F(ArchiveFileTest, ATriggerOfTheFileIsNeverRun) {
     MakeTable();
     Execute("CREATE TRIGGER evil AFTER INSERT ON sqlar BEGIN DELETE FROM sqlar; END");
-    file.Write({{"a", Bytes("1")}, {"b", Bytes("2")}});
+    file.Write({{"a", Tests::Bytes("1")}, {"b", Tests::Bytes("2")}});
     EXPECT_EQ(file.Read().size(), 2U);
 }
 
@@ -249,7 +248,7 @@ TEST_F(ArchiveFileTest, EntriesWithBadNamesAreRefused) {
 
 TEST_F(ArchiveFileTest, EntriesWithBadSizesAreRefused) {
     for (const std::string& size :
-         {std::string("-2"), std::to_string(ArchiveFile::maxEntrySize + 1), std::string("9223372036854775807")}) {
+         {std::string("-2"), std::to_string(ArchiveFile::MaxEntrySize + 1), std::string("9223372036854775807")}) {
         std::filesystem::remove(path);
         MakeTable();
         Execute("INSERT INTO sqlar VALUES('a', 33188, 0, " + size + ", x'31')");
@@ -289,7 +288,7 @@ TEST_F(ArchiveFileTest, TooManyEntriesAreRefused) {
 
 TEST_F(ArchiveFileTest, TooMuchContentIsRefused) {
     MakeTable();
-    const std::string entry(ArchiveFile::maxEntrySize, '\0');
+    const std::string entry(ArchiveFile::MaxEntrySize, '\0');
     std::vector<unsigned char> packed(compressBound(entry.size()));
     uLongf size = packed.size();
     ASSERT_EQ(compress(packed.data(), &size, reinterpret_cast<const Bytef*>(entry.data()), entry.size()), Z_OK);
@@ -309,5 +308,5 @@ TEST_F(ArchiveFileTest, AFolderInItsPlaceIsRefused) {
     std::filesystem::create_directories(path);
     EXPECT_TRUE(file.Exists());
     EXPECT_THROW(file.Read(), Vor::Exception);
-    EXPECT_THROW(file.Write({{"a", Bytes("1")}}), Vor::Exception);
+    EXPECT_THROW(file.Write({{"a", Tests::Bytes("1")}}), Vor::Exception);
 }

@@ -1,12 +1,15 @@
 #include "VorCommon/IProviderManager.h"
+
+#include "Tests/Support/BuildFolders.h"
 #include "VorCommon/IDigitalOutputProvider.h"
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <string>
 #include <typeinfo>
+
+#include <gtest/gtest.h>
 
 namespace VorCommon {
 namespace {
@@ -20,7 +23,7 @@ public:
 
 TEST(IProviderManager, HasTheSameTypeInformationInAModuleThatIsLoadedWithLocalSymbols) {
     const std::unique_ptr<void, int (*)(void*)> module(
-        dlopen(VOR_BINARY_DIR "/test-plugins/ProviderManagerType.so", RTLD_NOW | RTLD_LOCAL), dlclose);
+        dlopen(Tests::BuiltFile("test-plugins/ProviderManagerType.so").c_str(), RTLD_NOW | RTLD_LOCAL), dlclose);
     ASSERT_NE(module, nullptr) << dlerror();
     auto* const typeInModule =
         reinterpret_cast<const std::type_info* (*)()>(dlsym(module.get(), "ProviderManagerType"));

@@ -6,13 +6,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <signal.h>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using VorCommon::ArchiveFile;
 using VorCommon::IPersistStore;
@@ -21,13 +21,13 @@ using VorCommon::PersistManager;
 
 namespace {
 
-constexpr int roundCount = 20;
-constexpr int fileCount = 5;
-constexpr std::size_t contentSize = 60000; // many pages, so that a save is many writes
+constexpr int RoundCount = 20;
+constexpr int FileCount = 5;
+constexpr std::size_t ContentSize = 60000; ///< many pages, so that a save is many writes
 
 /// Every file of generation g is full of the letter of g, so a mixture shows.
 std::string ContentOf(unsigned generation) {
-    return std::to_string(generation) + ":" + std::string(contentSize, static_cast<char>('a' + generation % 26));
+    return std::to_string(generation) + ":" + std::string(ContentSize, static_cast<char>('a' + generation % 26));
 }
 
 class Writer : public VorCommon::IPersistHandler {
@@ -41,7 +41,7 @@ public:
     }
     void SavePersistDomain(PersistDomain, IPersistStore& store) override {
         const std::string content = ContentOf(++generation);
-        for (int i = 0; i < fileCount; ++i) {
+        for (int i = 0; i < FileCount; ++i) {
             store.Write("/file" + std::to_string(i), content.data(), content.size());
         }
     }
@@ -98,7 +98,7 @@ std::uint32_t KillWhileSaving(const std::string& folder, int saves, std::chrono:
 /// The one generation that all files of the archive have.
 std::uint32_t WholeGeneration(const std::string& path) {
     const ArchiveFile::Entries entries = ArchiveFile(path).Read();
-    EXPECT_EQ(entries.size(), static_cast<std::size_t>(fileCount));
+    EXPECT_EQ(entries.size(), static_cast<std::size_t>(FileCount));
     std::string first;
     for (const auto& [name, content] : entries) {
         const std::string text(content->begin(), content->end());
@@ -128,9 +128,9 @@ TEST(PersistCrashTest, AKilledSaveLeavesTheWholeOldOrTheWholeNewContent) {
     const std::string path = folder.File("jobs/crash.vrjob");
     const auto duration = DurationOfASave(folder.Path().string());
     KillWhileSaving(folder.Path().string(), 1, std::chrono::nanoseconds(0));
-    for (int round = 0; round < roundCount; ++round) {
+    for (int round = 0; round < RoundCount; ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
-        const std::uint32_t told = KillWhileSaving(folder.Path().string(), round % 3, duration * round / roundCount);
+        const std::uint32_t told = KillWhileSaving(folder.Path().string(), round % 3, duration * round / RoundCount);
         const std::uint32_t found = WholeGeneration(path);
         EXPECT_GE(found, told) << "a finished save was lost";
         EXPECT_LE(found, told + 1);
@@ -138,12 +138,12 @@ TEST(PersistCrashTest, AKilledSaveLeavesTheWholeOldOrTheWholeNewContent) {
 }
 
 TEST(PersistCrashTest, AKilledFirstSaveLeavesNoFileOrAWholeOne) {
-    for (int round = 0; round < roundCount; ++round) {
+    for (int round = 0; round < RoundCount; ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         const Tests::TempFolder folder;
         const std::string path = folder.File("jobs/crash.vrjob");
         const auto duration = DurationOfASave(folder.Path().string());
-        const std::uint32_t told = KillWhileSaving(folder.Path().string(), 0, duration * round / roundCount);
+        const std::uint32_t told = KillWhileSaving(folder.Path().string(), 0, duration * round / RoundCount);
         if (std::filesystem::exists(path)) {
             EXPECT_GE(WholeGeneration(path), 1U);
         } else {

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "VorCommon/PersistManager.h"
-
+#include "Tests/Platform/VorCommon/ArchiveContent.h"
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Exception.h"
 #include "VorCommon/ArchiveFile.h"
 #include "VorCommon/IPersistHandler.h"
+#include "VorCommon/PersistManager.h"
 #include "yApi/yFault.h"
 #include "yApi/yStatus.h"
 
@@ -35,10 +36,6 @@ inline void Put(IPersistStore& store, const std::string& path, const std::string
 inline std::string Get(const IPersistStore& store, const std::string& path) {
     const VorCommon::PersistBuffer buffer = store.Read(path);
     return {reinterpret_cast<const char*>(buffer.pointer) + buffer.offset, buffer.size};
-}
-
-inline ArchiveFile::Content Bytes(const std::string& text) {
-    return std::make_shared<const std::vector<unsigned char>>(text.begin(), text.end());
 }
 
 inline std::string Entry(const std::string& file, const std::string& name) {
@@ -103,15 +100,6 @@ protected:
     void MakeFiles() {
         ArchiveFile(jobPath).Write({{"setting", Bytes("stored")}});
         ArchiveFile(workspacePath).Write({{"setting", Bytes("stored")}});
-    }
-
-    static yStatus StatusOf(const std::function<void()>& function) {
-        try {
-            function();
-        } catch (const Vor::Exception& e) {
-            return e.Status();
-        }
-        return yOK;
     }
 
     Tests::TempFolder folder;

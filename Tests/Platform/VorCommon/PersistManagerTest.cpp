@@ -1,5 +1,4 @@
 #include "Tests/Platform/VorCommon/PersistManagerFixture.h"
-
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
@@ -11,12 +10,12 @@
 #include <atomic>
 #include <functional>
 #include <future>
+#include <pthread.h>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <sqlite3.h>
 
 using namespace Tests;

@@ -1,5 +1,4 @@
 #include "Tests/Platform/VorCommon/PersistManagerFixture.h"
-
 #include "Tests/Support/Failure.h"
 #include "Vor/Logging.h"
 #include "VorCommon/LiveJob.h"

@@ -1,9 +1,11 @@
 #include "VorCommon/PlatformAttributes.h"
+
 #include "VorScan/emptySPCollection.h"
 
-#include <gtest/gtest.h>
 #include <type_traits>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using VorCommon::IPlatformAttributes;
 using VorCommon::PlatformAttributes;

@@ -1,10 +1,11 @@
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/ProblemsTracker.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using VorCommon::ProblemsManager;
 using VorCommon::ProblemsTracker;

@@ -1,7 +1,8 @@
 #include "VorCommon/RuntimeCache.h"
 
-#include <gtest/gtest.h>
 #include <optional>
+
+#include <gtest/gtest.h>
 
 using VorCommon::RuntimeCache;
 

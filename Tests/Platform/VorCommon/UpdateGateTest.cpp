@@ -1,11 +1,13 @@
 #include "VorCommon/UpdateGate.h"
+
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using VorCommon::UpdateGate;
 

@@ -1,10 +1,12 @@
 #include "VorCore/CoreMetrics/CoreMetricsGroup.h"
+
 #include "Vor/JsonSerializer.h"
+
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 namespace VorCore::CoreMetrics {
 namespace {

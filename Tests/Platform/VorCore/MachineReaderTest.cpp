@@ -1,4 +1,5 @@
 #include "VorCore/MachineReader.h"
+
 #include "Tests/Support/TempFolder.h"
 
 #include <gtest/gtest.h>

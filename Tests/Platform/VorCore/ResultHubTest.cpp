@@ -1,4 +1,5 @@
 #include "VorCore/ResultHub.h"
+
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/Signal.h"
 #include "Vor/Exception.h"
@@ -8,16 +9,17 @@
 
 #include <array>
 #include <atomic>
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace {
 
-constexpr std::uint64_t deadline = 20'000'000;
+constexpr std::uint64_t Deadline = 20'000'000;
 
 Vor::Object MakeSet() {
     Vor::Object set;
@@ -48,7 +50,7 @@ TEST_F(ResultHubTest, CallsTheHandlersInOrderOnItsOwnThread) {
     const auto set = MakeSet();
     hub.Publish(set.Get());
     hub.Publish(set.Get());
-    ASSERT_TRUE(hub.Drain(deadline));
+    ASSERT_TRUE(hub.Drain(Deadline));
     EXPECT_EQ(calls, (std::vector<int>{1, 2, 1, 2}));
     EXPECT_NE(thread, std::this_thread::get_id());
     EXPECT_EQ(name, "ResultHub");
@@ -61,7 +63,7 @@ TEST_F(ResultHubTest, HoldsTheSetForTheCallAndNoLonger) {
     void* handle = set.Get();
     hub.Publish(handle);
     set = {};
-    ASSERT_TRUE(hub.Drain(deadline));
+    ASSERT_TRUE(hub.Drain(Deadline));
     ASSERT_EQ(kept.Get(), handle);
     EXPECT_EQ(yObject_ShareCount(kept.Get()), 1);
 }
@@ -76,7 +78,7 @@ TEST_F(ResultHubTest, DeliversInOrderOfPublishing) {
         published.push_back(sets.back().Get());
         hub.Publish(published.back());
     }
-    ASSERT_TRUE(hub.Drain(deadline));
+    ASSERT_TRUE(hub.Drain(Deadline));
     EXPECT_EQ(seen, published);
 }
 
@@ -90,7 +92,7 @@ TEST_F(ResultHubTest, SurvivesWhatAHandlerThrowsAndCallsTheNext) {
     const auto set = MakeSet();
     hub.Publish(set.Get());
     hub.Publish(set.Get());
-    ASSERT_TRUE(hub.Drain(deadline));
+    ASSERT_TRUE(hub.Drain(Deadline));
     EXPECT_EQ(calls, 2);
     EXPECT_EQ(log.Count(Vor::LevelError, "Exception thrown by a result handler"), 4U);
     EXPECT_EQ(log.Count(Vor::LevelError, "Unknown exception thrown by a result handler"), 2U);
@@ -106,7 +108,7 @@ TEST_F(ResultHubTest, RemovedHandlerIsNotCalledAndItsIdIsCleared) {
     EXPECT_EQ(hub.ResultHandlerCount(), 0U);
     hub.RemoveResultHandler(id);
     hub.Publish(MakeSet().Get());
-    ASSERT_TRUE(hub.Drain(deadline));
+    ASSERT_TRUE(hub.Drain(Deadline));
     EXPECT_EQ(calls, 0);
 }
 
@@ -173,7 +175,7 @@ TEST_F(ResultHubTest, HandlerMayRemoveItselfAndTheNextOne) {
     second = hub.AddResultHandler([&](void*) { calls += 100; });
     hub.Publish(MakeSet().Get());
     hub.Publish(MakeSet().Get());
-    ASSERT_TRUE(hub.Drain(deadline));
+    ASSERT_TRUE(hub.Drain(Deadline));
     EXPECT_EQ(calls, 1);
 }
 
@@ -183,7 +185,7 @@ TEST_F(ResultHubTest, DrainTimesOutWhileAHandlerRuns) {
     hub.Publish(MakeSet().Get());
     EXPECT_FALSE(hub.Drain(1000));
     leave.Set();
-    EXPECT_TRUE(hub.Drain(deadline));
+    EXPECT_TRUE(hub.Drain(Deadline));
 }
 
 TEST_F(ResultHubTest, AddAndRemoveCanBeMadeToFailAndRemovalStillRemoves) {

@@ -1,15 +1,17 @@
 #include "VorCore/SystemCore.h"
+
 #include "Tests/Support/Failure.h"
 #include "Vor/Logging.h"
 
 #include <atomic>
 #include <chrono>
-#include <gtest/gtest.h>
 #include <limits>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace VorCore {
 namespace {
@@ -155,13 +157,13 @@ TEST_F(SystemCoreTest, TellsTheTimeOfTheMachineUntilItIsSet) {
 }
 
 TEST_F(SystemCoreTest, ATimeThatIsSetGoesOnAndLeavesTheMachinesClock) {
-    constexpr long long year2000 = 946'684'800'000'000;
+    constexpr long long Year2000 = 946'684'800'000'000;
     const long long before = MachineTime();
-    core.SetLocalNodeDateTime(year2000);
+    core.SetLocalNodeDateTime(Year2000);
     const long long told = core.LocalNodeDateTime();
     const long long passed = MachineTime() - before;
-    EXPECT_GE(told, year2000);
-    EXPECT_LE(told, year2000 + passed);
+    EXPECT_GE(told, Year2000);
+    EXPECT_LE(told, Year2000 + passed);
     EXPECT_LT(passed, 60'000'000);
 }
 

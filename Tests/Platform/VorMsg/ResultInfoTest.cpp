@@ -1,9 +1,11 @@
 #include "VorMsg/ResultInfo.h"
+
 #include "VorApi/Object.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <string>
+
+#include <gtest/gtest.h>
 
 TEST(ResultInfo, NumericIdIsTheHashOfTheText) {
     EXPECT_EQ(ResultInfo_IdOfText(""), 0x553e93901e462a6eUL);

@@ -1,12 +1,14 @@
 #include "VorMsg/ResultSet.h"
+
 #include "Tests/Support/Faults.h"
 #include "VorApi/Object.h"
 #include "VorMsg/VvMeasureMsg.h"
 
 #include <array>
-#include <gtest/gtest.h>
 #include <memory_resource>
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -7,8 +7,9 @@
 #include "VorMsg/VvStampMsg.h"
 #include "VorMsg/VvStringMsg.h"
 
-#include <gtest/gtest.h>
 #include <string_view>
+
+#include <gtest/gtest.h>
 
 TEST(VvMsg, EveryMessageIsOfItsClassAndAMessage) {
     const auto before = yObject_LiveCount();

@@ -1,10 +1,12 @@
 #include "VorPipe/PipeManager.h"
+
 #include "Tests/Support/Failure.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 namespace VorPipe {
 namespace {

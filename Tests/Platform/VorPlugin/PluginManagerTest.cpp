@@ -1,4 +1,6 @@
 #include "VorPlugin/PluginManager.h"
+
+#include "Tests/Support/BuildFolders.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "yApi/yAssembly.h"
@@ -7,9 +9,10 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <stdexcept>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 using VorPlugin::PluginEvent;
 using VorPlugin::PluginLib;
@@ -20,10 +23,10 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path Fixture(const std::string& name) {
-    return fs::path(VOR_BINARY_DIR) / "test-plugins" / (name + ".so");
+    return Tests::BuiltFile("test-plugins/" + name + ".so");
 }
 
-// A folder with copies of fixtures, under names of their own.
+/// A folder with copies of fixtures, under names of their own.
 class PluginManagerTest : public testing::Test {
 protected:
     void SetUp() override {

@@ -1,4 +1,5 @@
 #include "VorScan/Internal/ScanEngineInstance.h"
+
 #include "BareScanner.h"
 #include "Tests/Support/Failure.h"
 

@@ -1,4 +1,5 @@
 #include "VorScan/Internal/ScanEngineManager.h"
+
 #include "BareScanner.h"
 #include "Tests/Support/Failure.h"
 

@@ -1,4 +1,5 @@
 #include "yApi/yArrayList.h"
+
 #include "Tests/Support/Faults.h"
 #include "VorMsg/ResultSet.h"
 #include "VorMsg/VvNullMsg.h"

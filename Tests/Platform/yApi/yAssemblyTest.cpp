@@ -1,17 +1,19 @@
 #include "yApi/yAssembly.h"
+
 #include "Tests/Support/Faults.h"
 #include "yApi/yPlatformLibs.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace {
 
-constexpr yVersion version{1, 2, 3, 4};
-constexpr yVersion platform{5, 6, 7, 8};
+constexpr yVersion Version{1, 2, 3, 4};
+constexpr yVersion Platform{5, 6, 7, 8};
 
 yAssembly global = nullptr;
 
@@ -34,7 +36,7 @@ protected:
         EXPECT_EQ(global, nullptr);
     }
 
-    void Construct() { ASSERT_EQ(xyAssembly_ConstructInternal(&global, "Lib", version, platform), yOK); }
+    void Construct() { ASSERT_EQ(xyAssembly_ConstructInternal(&global, "Lib", Version, Platform), yOK); }
 
     Tests::Faults faults;
 };
@@ -43,8 +45,8 @@ TEST_F(yAssemblyTest, ConstructSetsTheGlobalWithOneReference) {
     Construct();
     ASSERT_NE(global, nullptr);
     EXPECT_STREQ(yAssembly_Name(global), "Lib");
-    EXPECT_EQ(yAssembly_Version(global), version);
-    EXPECT_EQ(yAssembly_PlatformVersion(global), platform);
+    EXPECT_EQ(yAssembly_Version(global), Version);
+    EXPECT_EQ(yAssembly_PlatformVersion(global), Platform);
     EXPECT_EQ(yAssembly_ReferenceCount(global), 1);
     EXPECT_FALSE(yAssembly_IsFinalized(global));
     EXPECT_EQ(xyAssembly_Finalize(global), yOK);
@@ -92,7 +94,7 @@ TEST_F(yAssemblyTest, TakesNoDependencyOnceFinalized) {
 TEST_F(yAssemblyTest, GlobalThatExistsIsNotReplaced) {
     Construct();
     yAssembly former = global;
-    EXPECT_EQ(xyAssembly_ConstructInternal(&global, "Lib", version, platform), yERROR_ALREADY_EXISTS);
+    EXPECT_EQ(xyAssembly_ConstructInternal(&global, "Lib", Version, Platform), yERROR_ALREADY_EXISTS);
     EXPECT_EQ(global, former);
 }
 
@@ -114,7 +116,7 @@ TEST_F(yAssemblyTest, ReferencesAreAddedAtomically) {
 
 TEST_F(yAssemblyTest, StepsCanBeMadeToFail) {
     faults.Set("xyAssembly_ConstructInternal", -1);
-    EXPECT_EQ(xyAssembly_ConstructInternal(&global, "Lib", version, platform), -1);
+    EXPECT_EQ(xyAssembly_ConstructInternal(&global, "Lib", Version, Platform), -1);
     EXPECT_EQ(global, nullptr);
     Construct();
     faults.Set("xyAssembly_AddDependency", -2);

@@ -1,7 +1,8 @@
 #include "Tests/Support/Faults.h"
 
-#include <gtest/gtest.h>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 TEST(yFault, NothingFailsUnlessArmed) {
     const Tests::Faults faults;

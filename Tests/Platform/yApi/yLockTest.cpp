@@ -1,9 +1,11 @@
 #include "yApi/yLock.h"
+
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/Signal.h"
 
-#include <gtest/gtest.h>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 class yLockTest : public testing::Test {
 protected:

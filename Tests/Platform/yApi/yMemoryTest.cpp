@@ -1,9 +1,11 @@
 #include "yApi/yMemory.h"
+
 #include "Tests/Support/Faults.h"
 
 #include <array>
-#include <gtest/gtest.h>
 #include <memory_resource>
+
+#include <gtest/gtest.h>
 
 TEST(yMemory, SetFillsExactlyTheGivenBytes) {
     std::array<unsigned char, 4> bytes{1, 1, 1, 1};

@@ -1,4 +1,5 @@
 #include "yApi/yMsgQueue.h"
+
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/Signal.h"
 #include "VorMsg/VvNullMsg.h"
@@ -6,9 +7,10 @@
 #include "yApi/yThread.h"
 
 #include <array>
-#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 class yMsgQueueTest : public testing::Test {
 protected:

@@ -1,13 +1,15 @@
 #include "yApi/yObject.h"
+
 #include "VorMsg/ResultSet.h"
 #include "VorMsg/VvMeasureMsg.h"
 #include "VorMsg/VvNullMsg.h"
 #include "yApi/PointerWrapper.h"
 #include "yApi/yMsgInfo.h"
 
-#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,7 +1,8 @@
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
 #include <type_traits>
+
+#include <gtest/gtest.h>
 
 TEST(yStatus, IsSigned32BitWithTheValuesOfThePlatform) {
     static_assert(std::is_same_v<yStatus, std::int32_t>);

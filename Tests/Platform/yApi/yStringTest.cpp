@@ -1,8 +1,10 @@
 #include "yApi/yString.h"
+
 #include "Tests/Support/Faults.h"
 
 #include <array>
 #include <cstring>
+
 #include <gtest/gtest.h>
 
 TEST(yString, EqualsComparesExactBytes) {

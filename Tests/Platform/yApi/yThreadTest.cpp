@@ -1,14 +1,16 @@
 #include "yApi/yThread.h"
+
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/Signal.h"
 
 #include <array>
 #include <chrono>
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,4 +1,5 @@
 #include "yApi/yVersion.h"
+
 #include "Tests/Support/Faults.h"
 
 #include <gtest/gtest.h>

@@ -1,13 +1,16 @@
 #include "Sensor/Jobs/JobMapTool.h"
+
 #include "Sensor/Jobs/JobTemplate.h"
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/StartError.h"
+#include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/TempFolder.h"
 #include "VorCommon/ArchiveFile.h"
 
+#include <sstream>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 namespace Sensor::Jobs {
 namespace {
@@ -23,7 +26,7 @@ protected:
 
     std::string PathOf(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
 
-    std::string Run(const JobCommand& command, const std::string& plugins = VOR_BINARY_DIR "/plugins") {
+    std::string Run(const JobCommand& command, const std::string& plugins = Tests::BuiltFile("plugins")) {
         std::ostringstream out;
         notes.str("");
         JobMapTool(data.Path(), plugins, out, notes).Run(command);

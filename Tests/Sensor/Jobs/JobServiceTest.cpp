@@ -1,4 +1,5 @@
 #include "Sensor/Jobs/JobService.h"
+
 #include "Sensor/Jobs/MapText.h"
 #include "Sensor/Jobs/OfflineServices.h"
 #include "Tests/Support/DomainService.h"
@@ -11,9 +12,9 @@
 #include "VorPlugin/PluginManager.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 namespace Sensor::Jobs {
 namespace {

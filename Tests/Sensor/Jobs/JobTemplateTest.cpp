@@ -1,4 +1,5 @@
 #include "Sensor/Jobs/JobTemplate.h"
+
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/RecordingParser.h"
 #include "Sensor/StartError.h"
@@ -8,9 +9,10 @@
 
 #include <array>
 #include <cstdio>
-#include <gtest/gtest.h>
 #include <memory>
 #include <sys/wait.h>
+
+#include <gtest/gtest.h>
 
 namespace Sensor::Jobs {
 namespace {

@@ -1,4 +1,5 @@
 #include "Sensor/Jobs/JobTool.h"
+
 #include "Sensor/Jobs/JobTemplate.h"
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/StartError.h"
@@ -7,8 +8,9 @@
 #include "yApi/yFault.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 namespace Sensor::Jobs {
 namespace {

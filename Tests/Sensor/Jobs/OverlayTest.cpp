@@ -1,4 +1,5 @@
 #include "Sensor/Jobs/Overlay.h"
+
 #include "Sensor/Jobs/OverlayStore.h"
 #include "Sensor/StartError.h"
 #include "Tests/Support/ControlEnviron.h"

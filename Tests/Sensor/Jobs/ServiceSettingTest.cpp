@@ -1,4 +1,5 @@
 #include "Sensor/Jobs/ServiceSetting.h"
+
 #include "Sensor/StartError.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,9 @@
 #include "Sensor/Scan/PartGenerator.h"
+
 #include "Sensor/Scan/ProfileMeasurement.h"
 
 #include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace Sensor::Scan {

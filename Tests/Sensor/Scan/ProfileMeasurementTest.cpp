@@ -1,4 +1,5 @@
 #include "Sensor/Scan/ProfileMeasurement.h"
+
 #include "Sensor/Scan/Limits.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,13 @@
 #include "Sensor/Scan/RecordingParser.h"
 
+#include "Tests/Support/BuildFolders.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 namespace Sensor::Scan {
 namespace {
@@ -20,13 +23,6 @@ std::string Refusal(std::string_view text) {
         return error.what();
     }
     return "";
-}
-
-std::filesystem::path RecordingsFolder() {
-    if (const char* folder = std::getenv("VOR_RECORDINGS")) {
-        return folder;
-    }
-    return std::filesystem::path(VOR_SOURCE_DIR) / "../shared/recordings";
 }
 
 TEST(RecordingParser, RowsOfAFrameFormOneProfile) {
@@ -170,7 +166,7 @@ TEST(RecordingParser, ReadsAFile) {
 }
 
 TEST(RecordingParser, ReadsTheRealRecordings) {
-    const std::filesystem::path folder = RecordingsFolder();
+    const std::filesystem::path folder = Tests::RecordingsFolder();
     if (!std::filesystem::exists(folder / "sweeps.csv")) {
         GTEST_SKIP() << "no recordings in " << folder;
     }

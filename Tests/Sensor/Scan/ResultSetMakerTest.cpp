@@ -1,5 +1,7 @@
 #include "Sensor/Scan/ResultSetMaker.h"
+
 #include "Sensor/Scan/RecordingParser.h"
+#include "Tests/Support/BuildFolders.h"
 #include "Vor/Exception.h"
 #include "VorMsg/ResultSet.h"
 #include "VorMsg/VvMeasureMsg.h"
@@ -8,12 +10,13 @@
 #include "VorMsg/VvStringMsg.h"
 
 #include <filesystem>
+
 #include <gtest/gtest.h>
 
 namespace Sensor::Scan {
 namespace {
 
-Recording Parse(std::string_view text) {
+Recording RecordingOf(std::string_view text) {
     return RecordingParser::Parse(text, "part.csv");
 }
 
@@ -44,7 +47,7 @@ yStamp StampOf(const Vor::Object& set) {
 }
 
 TEST(ResultSetMaker, AProfileHasItsSevenSourcesInOrder) {
-    const Recording recording = Parse("frame,x,z\n0,0,1\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,0,1\n");
     const std::vector<std::string> expected = {"profile/max",    "profile/min",  "profile/mean", "profile/width",
                                                "profile/points", "profile/text", "profile/stamp"};
     EXPECT_EQ(ResultSetMaker::DataSources(recording), expected);
@@ -62,7 +65,7 @@ TEST(ResultSetMaker, AProfileHasItsSevenSourcesInOrder) {
 }
 
 TEST(ResultSetMaker, AProfileGivesTheMeasuredValues) {
-    const Recording recording = Parse("frame,x,z\n0,-2,1.5\n0,4,-0.25\n0,5,2\n0,9,-1\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,-2,1.5\n0,4,-0.25\n0,5,2\n0,9,-1\n");
     const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 7, 0);
 
     EXPECT_EQ(ValueAt(set, 0), 2.0);
@@ -74,21 +77,21 @@ TEST(ResultSetMaker, AProfileGivesTheMeasuredValues) {
 }
 
 TEST(ResultSetMaker, TheTextRoundsToThreeDecimals) {
-    const Recording recording = Parse("frame,x,z\n0,0,-3.14159\n1,0,1e300\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,0,-3.14159\n1,0,1e300\n");
     const ResultSetMaker maker(recording);
     EXPECT_EQ(TextAt(maker.Make(recording.frames[0], 12, 0), 5), "frame 12: max -3.142 mm");
     EXPECT_EQ(TextAt(maker.Make(recording.frames[1], 0, 0), 5).size(), 13U + 301 + 4 + 3);
 }
 
 TEST(ResultSetMaker, AProfileWithoutAPointAboveZeroHasNoWidth) {
-    const Recording recording = Parse("frame,x,z\n0,1,0\n0,2,-1\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,1,0\n0,2,-1\n");
     const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 0, 0);
     EXPECT_TRUE(yObject_Is(MessageAt(set, 3), yType_VvNullMsg));
     EXPECT_EQ(ValueAt(set, 4), 2.0);
 }
 
 TEST(ResultSetMaker, TheStampTellsFrameTimeAndEncoder) {
-    const Recording recording = Parse("frame,x,z\n0,0,0\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,0,0\n");
     const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 42, 123456);
     const yStamp stamp = StampOf(set);
     EXPECT_EQ(stamp.frameIndex, 42U);
@@ -99,7 +102,7 @@ TEST(ResultSetMaker, TheStampTellsFrameTimeAndEncoder) {
 }
 
 TEST(ResultSetMaker, NamedValuesComeInFileOrderThenTheStamp) {
-    const Recording recording = Parse("frame,name,value\n0,width,1\n0,angle,2\n1,angle,3\n");
+    const Recording recording = RecordingOf("frame,name,value\n0,width,1\n0,angle,2\n1,angle,3\n");
     EXPECT_EQ(ResultSetMaker::DataSources(recording),
               (std::vector<std::string>{"values/width", "values/angle", "values/stamp"}));
     const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[0], 3, 0);
@@ -112,7 +115,7 @@ TEST(ResultSetMaker, NamedValuesComeInFileOrderThenTheStamp) {
 }
 
 TEST(ResultSetMaker, ANameThatAFrameLacksIsANullMessage) {
-    const Recording recording = Parse("frame,name,value\n0,width,1\n0,angle,2\n1,angle,3\n");
+    const Recording recording = RecordingOf("frame,name,value\n0,width,1\n0,angle,2\n1,angle,3\n");
     const Vor::Object set = ResultSetMaker(recording).Make(recording.frames[1], 1, 0);
     ASSERT_EQ(ResultSet_Count(set.Get()), 3U);
     EXPECT_TRUE(yObject_Is(MessageAt(set, 0), yType_VvNullMsg));
@@ -121,7 +124,7 @@ TEST(ResultSetMaker, ANameThatAFrameLacksIsANullMessage) {
 }
 
 TEST(ResultSetMaker, TheDecisionFollowsTheLimits) {
-    const Recording recording = Parse("frame,x,z\n0,0,5\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,0,5\n");
     ResultSetMaker maker(recording);
     EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(maker.Make(recording.frames[0], 0, 0), 0)), 1);
     maker.SetLimits("profile/max", {0, 4});
@@ -133,7 +136,7 @@ TEST(ResultSetMaker, TheDecisionFollowsTheLimits) {
 }
 
 TEST(ResultSetMaker, LimitsOfAnUnknownSourceAreRefused) {
-    ResultSetMaker maker(Parse("frame,x,z\n0,0,5\n"));
+    ResultSetMaker maker(RecordingOf("frame,x,z\n0,0,5\n"));
     try {
         maker.SetLimits("profile/none", {});
         FAIL() << "limits of an unknown source were taken";
@@ -143,7 +146,7 @@ TEST(ResultSetMaker, LimitsOfAnUnknownSourceAreRefused) {
 }
 
 TEST(ResultSetMaker, SetsShareTheInformationOfTheirSources) {
-    const Recording recording = Parse("frame,x,z\n0,0,5\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,0,5\n");
     const ResultSetMaker maker(recording);
     const Vor::Object first = maker.Make(recording.frames[0], 0, 0);
     const Vor::Object second = maker.Make(recording.frames[0], 1, 0);
@@ -154,7 +157,7 @@ TEST(ResultSetMaker, SetsShareTheInformationOfTheirSources) {
 TEST(ResultSetMaker, LeavesNothingBehind) {
     const auto before = yObject_LiveCount();
     {
-        const Recording recording = Parse("frame,name,value\n0,width,1\n1,angle,2\n");
+        const Recording recording = RecordingOf("frame,name,value\n0,width,1\n1,angle,2\n");
         const ResultSetMaker maker(recording);
         const Vor::Object set = maker.Make(recording.frames[0], 0, 0);
         EXPECT_GT(yObject_LiveCount(), before);
@@ -163,11 +166,7 @@ TEST(ResultSetMaker, LeavesNothingBehind) {
 }
 
 TEST(ResultSetMaker, MeasuresTheRealRecordings) {
-    const char* folder = std::getenv("VOR_RECORDINGS");
-    const std::filesystem::path file =
-        (folder != nullptr ? std::filesystem::path(folder)
-                           : std::filesystem::path(VOR_SOURCE_DIR) / "../shared/recordings") /
-        "boxes.csv";
+    const std::filesystem::path file = Tests::RecordingsFolder() / "boxes.csv";
     if (!std::filesystem::exists(file)) {
         GTEST_SKIP() << "no recording " << file;
     }

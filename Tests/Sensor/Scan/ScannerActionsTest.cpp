@@ -1,12 +1,14 @@
 #include "Sensor/Scan/ScannerActions.h"
+
 #include "Tests/Support/Failure.h"
 #include "Vor/JsonSerializer.h"
 #include "VorApi/Params/PropertyValue.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace Sensor::Scan {
 namespace {

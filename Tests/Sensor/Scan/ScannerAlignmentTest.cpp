@@ -1,12 +1,14 @@
 #include "Sensor/Scan/ScannerAlignment.h"
+
 #include "Tests/Support/Failure.h"
 #include "Vor/MainLoop.h"
 
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Sensor::Scan {
 namespace {

@@ -1,4 +1,5 @@
 #include "Sensor/Scan/Scanner.h"
+
 #include "Sensor/Scan/RecordingParser.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/Signal.h"
@@ -10,9 +11,10 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <gtest/gtest.h>
 #include <mutex>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Sensor::Scan {
 namespace {

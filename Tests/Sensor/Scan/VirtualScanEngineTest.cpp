@@ -1,4 +1,5 @@
 #include "Sensor/Scan/VirtualScanEngine.h"
+
 #include "Vor/MainLoop.h"
 
 #include <gtest/gtest.h>

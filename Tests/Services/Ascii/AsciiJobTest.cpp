@@ -1,15 +1,6 @@
 // What the service keeps in the job: it lives in a module, fed by the result hub.
 
 #include "Services/Ascii/AsciiProtocol.h"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
-
 #include "Tests/Services/Ascii/TextClient.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MainLoopThread.h"
@@ -19,6 +10,14 @@
 #include "Vor/Logging.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace Services::Ascii {
 namespace {
@@ -80,7 +79,7 @@ protected:
                                : static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
     }
 
-    // Waits until the list of outputs is so.
+    /// Waits until the list of outputs is so.
     bool Lists(TextClient& client, const std::string& expected) {
         const auto deadline = std::chrono::steady_clock::now() + 10s;
         while (client.Ask("OUTPUTS") != expected) {

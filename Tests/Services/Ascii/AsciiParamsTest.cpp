@@ -1,13 +1,13 @@
 #include "Services/Ascii/AsciiParams.h"
 
-#include <gtest/gtest.h>
+#include "Vor/Exception.h"
+#include "Vor/JsonSerializer.h"
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "Vor/Exception.h"
-#include "Vor/JsonSerializer.h"
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace Services::Ascii {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 using nlohmann::json;
 using Vor::Properties::JsonSerializer;
 
-// What the parameters say to these values; empty when they take them.
+/// What the parameters say to these values; empty when they take them.
 std::string Refusal(const json& values) {
     AsciiParams params;
     try {

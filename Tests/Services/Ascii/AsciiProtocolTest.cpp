@@ -2,15 +2,6 @@
 
 #include "Services/Ascii/AsciiProtocol.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "Tests/Services/Ascii/TextClient.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MainLoopThread.h"
@@ -19,6 +10,15 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/TextIdStandardOutputItemArgs.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace Services::Ascii {
 namespace {
@@ -57,7 +57,7 @@ protected:
         return document;
     }
 
-    // Waits until a property has this value.
+    /// Waits until a property has this value.
     bool Becomes(const char* property, std::uint64_t value) {
         const auto deadline = std::chrono::steady_clock::now() + 10s;
         while (Properties()[property] != value) {
@@ -69,7 +69,7 @@ protected:
         return true;
     }
 
-    // Waits until a request is answered so.
+    /// Waits until a request is answered so.
     bool Answers(const std::string& request, const std::string& expected) {
         const auto deadline = std::chrono::steady_clock::now() + 10s;
         while (client->Ask(request) != expected) {
@@ -82,7 +82,7 @@ protected:
 
     void Publish(const Results& results) { environ.application.hub.Publish(results.Get()); }
 
-    // From now on the main loop stands still in each call of the sensor, until `release` is set.
+    /// From now on the main loop stands still in each call of the sensor, until `release` is set.
     void Hold() {
         environ.system.OnCall([this](const std::string&) {
             held.Set();

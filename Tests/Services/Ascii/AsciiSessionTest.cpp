@@ -2,15 +2,15 @@
 
 #include "Services/Ascii/AsciiSession.h"
 
-#include <gtest/gtest.h>
+#include "Tests/Services/Ascii/FakeSensor.h"
+#include "Tests/Support/Results.h"
 
 #include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "Tests/Services/Ascii/FakeSensor.h"
-#include "Tests/Support/Results.h"
+#include <gtest/gtest.h>
 
 namespace Services::Ascii {
 namespace {
@@ -28,7 +28,7 @@ protected:
         outputs.Process(Results().Measurement("max", 1.5).Measurement("min", -2).Get());
     }
 
-    // Hands bytes over as the server does; returns how many requests were answered.
+    /// Hands bytes over as the server does; returns how many requests were answered.
     std::size_t Receive(AsciiSession& to, const std::string& text) {
         std::size_t answered = 0;
         std::size_t begin = 0;

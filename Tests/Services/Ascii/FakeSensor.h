@@ -1,15 +1,15 @@
 #pragma once
 
+#include "Services/Ascii/ISensor.h"
+
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "Services/Ascii/ISensor.h"
-
 namespace Services::Ascii {
 
-// A sensor that notes its commands, and ends them when a test says so.
+/// A sensor that notes its commands, and ends them when a test says so.
 class FakeSensor : public ISensor {
 public:
     bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,
@@ -34,7 +34,7 @@ public:
 
     void End(yStatus status) { std::exchange(running, nullptr)->End(status); }
 
-    // "ID TEXT" of each command since the last call.
+    /// "ID TEXT" of each command since the last call.
     std::vector<std::string> TakeCommands() {
         std::vector<std::string> texts;
         for (const auto& command : std::exchange(commands, {})) {

@@ -1,14 +1,14 @@
 #include "Services/Ascii/LineReader.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Services::Ascii {
 namespace {
 
-// The lines of a stream; what isn't a line stands in brackets.
+/// The lines of a stream; what isn't a line stands in brackets.
 std::vector<std::string> Lines(const std::string& stream, const std::string& terminator = "\r\n") {
     LineReader reader(terminator);
     std::vector<std::string> lines;

@@ -1,14 +1,14 @@
 #include "Services/Ascii/Outputs.h"
 
-#include <gtest/gtest.h>
+#include "Tests/Support/Failure.h"
+#include "Tests/Support/Results.h"
+#include "Vor/Exception.h"
 
 #include <functional>
 #include <string>
 #include <thread>
 
-#include "Tests/Support/Failure.h"
-#include "Tests/Support/Results.h"
-#include "Vor/Exception.h"
+#include <gtest/gtest.h>
 
 namespace Services::Ascii {
 namespace {
@@ -36,15 +36,6 @@ protected:
         place.resize(queue.MoveTo(std::span(reinterpret_cast<unsigned char*>(place.data()), place.size())));
         return place;
     }
-    static yStatus StatusOf(const std::function<void()>& call) {
-        try {
-            call();
-        } catch (const Vor::Exception& e) {
-            return e.Status();
-        }
-        return yOK;
-    }
-
     Outputs outputs;
 };
 
@@ -71,7 +62,7 @@ TEST_F(OutputsTest, FindsBlocksByNumberAndOthersByName) {
 
 TEST_F(OutputsTest, RefusesAnOutputThatThereIsNot) {
     for (const Argument& id : std::vector<Argument>{{"1"}, {"Height"}, {"00"}, {"0", true}, {""}}) {
-        EXPECT_EQ(StatusOf([&] { Values({{"0"}, id}); }), yERROR_NOT_FOUND) << id.text;
+        EXPECT_EQ(Tests::StatusOf([&] { Values({{"0"}, id}); }), yERROR_NOT_FOUND) << id.text;
     }
 }
 
@@ -107,7 +98,8 @@ TEST_F(OutputsTest, ForgetsValuesWhenReset) {
 
 TEST_F(OutputsTest, TellsTheStampOfTheLastFrame) {
     std::string line = "OK";
-    EXPECT_EQ(StatusOf([&] { outputs.AppendStamp(line); }), yERROR_NOT_FOUND) << "nothing is known to be a stamp";
+    EXPECT_EQ(Tests::StatusOf([&] { outputs.AppendStamp(line); }), yERROR_NOT_FOUND)
+        << "nothing is known to be a stamp";
     yStamp stamp;
     stamp.frameIndex = 3;
     outputs.Process(Results().Stamp("stamp", stamp).Get());
@@ -178,12 +170,12 @@ TEST_F(OutputsTest, RefusesALineThatWouldBeTooLong) {
         many.push_back({.id = std::to_string(i), .isBlock = true, .kind = ValueKind::Value, .dataSource = "max"});
     }
     outputs.Replace(many);
-    EXPECT_EQ(StatusOf([&] { Values(); }), yERROR_SIZE);
+    EXPECT_EQ(Tests::StatusOf([&] { Values(); }), yERROR_SIZE);
     EXPECT_EQ(Values({{"19999"}}), "OK,INVALID");
     std::string line;
-    EXPECT_EQ(StatusOf([&] { outputs.AppendList(line); }), yERROR_SIZE);
+    EXPECT_EQ(Tests::StatusOf([&] { outputs.AppendList(line); }), yERROR_SIZE);
     const auto queue = std::make_shared<PushQueue>(100000);
-    EXPECT_EQ(StatusOf([&] { outputs.Subscribe(queue, {}); }), yERROR_SIZE);
+    EXPECT_EQ(Tests::StatusOf([&] { outputs.Subscribe(queue, {}); }), yERROR_SIZE);
     outputs.Replace({});
     outputs.Subscribe(queue, {});
     outputs.Replace(many);

@@ -1,10 +1,10 @@
 #include "Services/Ascii/PushQueue.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <string>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 namespace Services::Ascii {
 namespace {

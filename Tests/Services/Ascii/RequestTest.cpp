@@ -1,14 +1,14 @@
 #include "Services/Ascii/Request.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Services::Ascii {
 namespace {
 
-// The words, those in quotation marks with the marks; "refused" for none.
+/// The words, those in quotation marks with the marks; "refused" for none.
 std::vector<std::string> Words(const std::string& rest, const std::string& delimiter = ",") {
     const auto arguments = Arguments(rest, delimiter);
     if (!arguments) {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <string>
-
 #include "Tests/Support/TcpClient.h"
+
+#include <string>
 
 namespace Services::Ascii {
 
-// Sends texts and receives lines.
+/// Sends texts and receives lines.
 class TextClient : public Tests::TcpClient {
 public:
     using TcpClient::TcpClient;
@@ -17,7 +17,7 @@ public:
 
     std::size_t SendSome(const std::string& text) { return SendSomeOf(text.data(), text.size()); }
 
-    // The next line, without its end; "(closed)" at the end of the connection, "(nothing)" at the deadline.
+    /// The next line, without its end; "(closed)" at the end of the connection, "(nothing)" at the deadline.
     std::string Line(const std::string& terminator = "\r\n") {
         std::size_t end = received.find(terminator);
         while (end == std::string::npos) {
@@ -42,7 +42,7 @@ public:
         return Line();
     }
 
-    // Waits for the other side to close; what comes before is thrown away.
+    /// Waits for the other side to close; what comes before is thrown away.
     bool WaitForClose() {
         std::string line = Line();
         while (line != "(closed)" && line != "(nothing)") {

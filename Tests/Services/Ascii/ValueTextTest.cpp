@@ -1,11 +1,11 @@
 #include "Services/Ascii/ValueText.h"
 
-#include <gtest/gtest.h>
+#include "Tests/Support/ResultItems.h"
 
 #include <limits>
 #include <string>
 
-#include "Tests/Support/ResultItems.h"
+#include <gtest/gtest.h>
 
 namespace Services::Ascii {
 namespace {

@@ -1,9 +1,10 @@
 #include "Services/Common/Network.h"
 
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
-
 #include "Vor/Exception.h"
+
+#include <arpa/inet.h>
+
+#include <gtest/gtest.h>
 
 namespace Services::Common {
 namespace {

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include "Services/Modbus/ExceptionCodes.h"
+#include "Services/Modbus/FrameCodec.h"
+#include "Services/Modbus/IRegisterMap.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -8,9 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "Services/Modbus/ExceptionCodes.h"
-#include "Services/Modbus/FrameCodec.h"
-#include "Services/Modbus/IRegisterMap.h"
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 
@@ -21,7 +21,7 @@ inline Bytes operator+(Bytes left, const Bytes& right) {
     return left;
 }
 
-// A request for `quantity` registers from `address` on.
+/// A request for `quantity` registers from `address` on.
 inline Bytes ReadRequest(unsigned transaction, unsigned address, unsigned quantity, unsigned char unit = 1,
                          unsigned char function = 3) {
     Bytes bytes(12);
@@ -32,8 +32,8 @@ inline Bytes ReadRequest(unsigned transaction, unsigned address, unsigned quanti
     return bytes;
 }
 
-// Registers that hold their own address, all from `first` to `last`. Those from `firstInput` to `lastInput` may be
-// written, which is recorded and changes nothing.
+/// Registers that hold their own address, all from `first` to `last`. Those from `firstInput` to `lastInput` may be
+/// written, which is recorded and changes nothing.
 class AddressRegisters : public IRegisterMap {
 public:
     explicit AddressRegisters(unsigned first = 0, unsigned last = 65535)

@@ -1,18 +1,17 @@
 // The layouts of the blocks that no scan feeds, as they leave and enter the blocks: before the order of the wire.
 
 #include "Services/Modbus/BlockTypes.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-
 #include "Services/Modbus/CommandReader.h"
 #include "Services/Modbus/ControlOutputBlock.h"
 #include "Tests/Services/Modbus/Bytes.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/RegisterBlockParams.h"
+
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {
@@ -39,7 +38,7 @@ protected:
         return bytes;
     }
 
-    // The status with which the block refuses these sizes.
+    /// The status with which the block refuses these sizes.
     yStatus Refusal(std::size_t destinationSize, std::size_t sourceSize, bool reads = false) {
         Bytes destination(600, Canary);
         const Bytes source(600, 0);
@@ -56,7 +55,7 @@ protected:
         return yOK;
     }
 
-    // Registers as the block is given them, from bytes in the order of the wire.
+    /// Registers as the block is given them, from bytes in the order of the wire.
     Bytes Given(Bytes wire) const {
         if (!GetParam()) {
             for (std::size_t i = 0; i + 1 < wire.size(); i += 2) {

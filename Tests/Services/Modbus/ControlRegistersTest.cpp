@@ -1,11 +1,11 @@
 #include "Services/Modbus/ControlRegisters.h"
 
-#include <gtest/gtest.h>
+#include "Tests/Services/Modbus/Bytes.h"
+#include "Tests/Services/Modbus/Results.h"
 
 #include <functional>
 
-#include "Tests/Services/Modbus/Bytes.h"
-#include "Tests/Services/Modbus/Results.h"
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {
@@ -21,11 +21,11 @@ public:
     }
 
     bool busy = false;
-    std::vector<unsigned> runs; // request words
+    std::vector<unsigned> runs; ///< request words
     std::function<void()> onRun;
 };
 
-// The command's registers at 10 to 74, the answer at 80 to 82, the states at 100 and 150.
+/// The command's registers at 10 to 74, the answer at 80 to 82, the states at 100 and 150.
 class ControlRegistersTest : public testing::Test {
 protected:
     ControlRegistersTest() {
@@ -46,7 +46,7 @@ protected:
     }
 
     Bytes Answer() { return Read(80, 3); }
-    // Whether the system's state shows that a command is under way.
+    /// Whether the system's state shows that a command is under way.
     unsigned Busy() { return Word(Read(138, 1).data()); }
 
     RegisterImage image;

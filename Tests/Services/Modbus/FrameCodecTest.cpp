@@ -1,8 +1,8 @@
 #include "Services/Modbus/FrameCodec.h"
 
-#include <gtest/gtest.h>
-
 #include "Tests/Services/Modbus/Bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {

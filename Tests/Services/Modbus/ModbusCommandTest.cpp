@@ -1,15 +1,6 @@
 // Clients drive the service through its registers; the operations on the sensor are real, what they act on is fake.
 
 #include "Services/Modbus/ModbusProtocol.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstring>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <thread>
-
 #include "Tests/Services/Modbus/RawClient.h"
 #include "Tests/Services/Modbus/Results.h"
 #include "Tests/Support/ControlEnviron.h"
@@ -19,13 +10,20 @@
 #include "Vor/Logging.h"
 #include "Vor/UserData/UdiCache.h"
 
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 namespace Services::Modbus {
 namespace {
 
 using namespace std::chrono_literals;
 using nlohmann::json;
 
-constexpr const char* AssemblyId = "registerAssembly-0";
 constexpr unsigned Command = 1000;
 constexpr unsigned Answer = 1100;
 constexpr unsigned System = 1200;
@@ -42,7 +40,7 @@ Bytes WriteRequest(unsigned address, const std::vector<unsigned>& words) {
     return request + values;
 }
 
-// A name as the command registers take it, one character a register.
+/// A name as the command registers take it, one character a register.
 std::vector<unsigned> Characters(unsigned requestWord, unsigned command, const std::string& text) {
     std::vector<unsigned> words = {requestWord, command};
     words.insert(words.end(), text.begin(), text.end());
@@ -86,7 +84,7 @@ protected:
     }
     Bytes Read(unsigned address, unsigned count) { return Read(*client, address, count); }
 
-    // The exception code of a write, 0 when it was taken.
+    /// The exception code of a write, 0 when it was taken.
     static unsigned Write(RawClient& from, unsigned address, const std::vector<unsigned>& words) {
         const Bytes reply = from.Ask(WriteRequest(address, words));
         return reply.size() == 9 ? reply[8] : reply.size() == 12 ? 0 : 255;
@@ -103,7 +101,7 @@ protected:
         return true;
     }
 
-    // The status of the last command once it isn't in progress any more.
+    /// The status of the last command once it isn't in progress any more.
     unsigned StatusAtEnd() {
         const auto deadline = std::chrono::steady_clock::now() + 10s;
         for (;;) {
@@ -114,10 +112,10 @@ protected:
         }
     }
 
-    // What the sensor was asked for, in order.
+    /// What the sensor was asked for, in order.
     std::vector<std::string> Calls() { return environ.system.TakeCalls(); }
 
-    // From now on the main loop stands still in each call of the sensor, until `release` is set.
+    /// From now on the main loop stands still in each call of the sensor, until `release` is set.
     void Hold() {
         environ.system.OnCall([this](const std::string&) {
             held.Set();

@@ -11,6 +11,7 @@
 
 #include <filesystem>
 #include <fstream>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -23,8 +24,6 @@ using VorCommon::PersistDomain;
 using VorControl::ControlProtocol::ProtocolStatus;
 
 constexpr const char* ConfigPath = "/controls/modbus/config.json";
-constexpr const char* AssemblyId = "registerAssembly-0";
-
 json Block(const char* type, const char* source, unsigned address) {
     json block = {{"type", type}, {"outputId", address}};
     if (*source != '\0') {
@@ -45,7 +44,7 @@ json Config(const json& parameters, const json& blocks, bool enabled = true) {
 
 const json TwoBlocks = {Block("Measurement", "profile/max", 0), Block("MeasurementValue", "profile/min", 3)};
 
-// The service as an application has it: in a module, fed by the result hub, with its settings in a job.
+/// The service as an application has it: in a module, fed by the result hub, with its settings in a job.
 class ModbusProtocolTest : public testing::Test {
 protected:
     ModbusProtocolTest() {
@@ -82,7 +81,7 @@ protected:
         return static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
     }
 
-    // The registers as a client reads them; what follows the header of the reply, for an exception.
+    /// The registers as a client reads them; what follows the header of the reply, for an exception.
     Bytes Read(unsigned address, unsigned count) {
         RawClient client(Port());
         const Bytes reply = client.Ask(ReadRequest(1, address, count));
@@ -92,7 +91,7 @@ protected:
 
     void Publish(const Results& results) { environ.hub.Publish(results.Get()); }
 
-    // Waits until a client reads these registers.
+    /// Waits until a client reads these registers.
     bool Reads(unsigned address, const Bytes& expected) {
         const auto deadline = std::chrono::steady_clock::now() + 10s;
         while (Read(address, static_cast<unsigned>(expected.size() / 2)) != expected) {

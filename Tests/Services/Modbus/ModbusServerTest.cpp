@@ -1,15 +1,15 @@
 #include "Services/Modbus/ModbusServer.h"
 
-#include <gtest/gtest.h>
+#include "Tests/Services/Modbus/Bytes.h"
+#include "Tests/Services/Modbus/RawClient.h"
+#include "Vor/Exception.h"
 
 #include <atomic>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
-#include "Tests/Services/Modbus/Bytes.h"
-#include "Tests/Services/Modbus/RawClient.h"
-#include "Vor/Exception.h"
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {
@@ -29,7 +29,7 @@ std::string FailureOf(const ServerSettings& settings) {
     return "no failure";
 }
 
-// Waits until a counter has this value.
+/// Waits until a counter has this value.
 bool Becomes(const std::atomic<std::uint64_t>& counter, std::uint64_t value) {
     const auto deadline = std::chrono::steady_clock::now() + 10s;
     while (counter != value) {
@@ -52,7 +52,7 @@ protected:
         port = server->Port();
     }
 
-    // A client whose connection the server has taken.
+    /// A client whose connection the server has taken.
     std::unique_ptr<RawClient> Client() {
         auto client = std::make_unique<RawClient>(port);
         EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include "Tests/Services/Modbus/Bytes.h"
+#include "Tests/Support/TcpClient.h"
 
 #include <cerrno>
 
-#include "Tests/Services/Modbus/Bytes.h"
-#include "Tests/Support/TcpClient.h"
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 
@@ -19,7 +19,7 @@ public:
 
     std::size_t SendSome(const Bytes& bytes) { return SendSomeOf(bytes.data(), bytes.size()); }
 
-    // Exactly `count` bytes, fewer at the end of the connection or the deadline.
+    /// Exactly `count` bytes, fewer at the end of the connection or the deadline.
     Bytes Receive(std::size_t count) {
         Bytes bytes(count);
         std::size_t size = 0;
@@ -34,7 +34,7 @@ public:
         return bytes;
     }
 
-    // One whole reply.
+    /// One whole reply.
     Bytes ReceiveReply() {
         Bytes reply = Receive(6);
         return reply.size() < 6 ? reply : reply + Receive(Word(&reply[4]));
@@ -45,7 +45,7 @@ public:
         return ReceiveReply();
     }
 
-    // Waits for the other side to close; bytes that come before are thrown away.
+    /// Waits for the other side to close; bytes that come before are thrown away.
     bool WaitForClose() {
         unsigned char bytes[4096];
         while (Readable()) {

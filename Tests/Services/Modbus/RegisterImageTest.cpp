@@ -3,22 +3,23 @@
 #include "Tests/Services/Modbus/Bytes.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {
 
-constexpr unsigned char Canary = 0xEE;
+constexpr unsigned char Untouched = 0xEE;
 
 Bytes Read(const RegisterImage& image, unsigned address, unsigned count) {
-    Bytes bytes(2 * count + 2, Canary);
+    Bytes bytes(2 * count + 2, Untouched);
     if (!image.Read(static_cast<std::uint16_t>(address), static_cast<std::uint16_t>(count), bytes.data())) {
-        EXPECT_EQ(bytes, Bytes(2 * count + 2, Canary)) << "nothing is written";
+        EXPECT_EQ(bytes, Bytes(2 * count + 2, Untouched)) << "nothing is written";
         return {};
     }
-    EXPECT_EQ(bytes[2 * count], Canary);
-    EXPECT_EQ(bytes[2 * count + 1], Canary);
+    EXPECT_EQ(bytes[2 * count], Untouched);
+    EXPECT_EQ(bytes[2 * count + 1], Untouched);
     bytes.resize(2 * count);
     return bytes;
 }
@@ -68,7 +69,7 @@ TEST(RegisterImage, ReadsTheLastRegister) {
     EXPECT_EQ(Read(image, 65534, 1), Bytes());
 }
 
-// All of them in one write.
+/// All of them in one write.
 void Write(RegisterImage& image, std::initializer_list<std::pair<std::size_t, Bytes>> written) {
     std::vector<RegisterImage::Part> parts;
     for (const auto& [offset, bytes] : written) {

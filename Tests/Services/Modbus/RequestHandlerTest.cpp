@@ -1,8 +1,8 @@
 #include "Services/Modbus/RequestHandler.h"
 
-#include <gtest/gtest.h>
-
 #include "Tests/Services/Modbus/Bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {
@@ -23,7 +23,7 @@ Bytes Ask(AddressRegisters& registers, const Bytes& request, unsigned char unit 
     return reply;
 }
 
-Bytes Answer(const Bytes& request, unsigned char unit = 0, AddressRegisters registers = AddressRegisters()) {
+Bytes AnswerTo(const Bytes& request, unsigned char unit = 0, AddressRegisters registers = AddressRegisters()) {
     return Ask(registers, request, unit);
 }
 
@@ -33,38 +33,38 @@ Bytes Exception(unsigned char function, unsigned char code, unsigned char unit =
 
 TEST(RequestHandler, ReadsTheSameRegistersWithFunctions3And4) {
     for (const unsigned char function : {3, 4}) {
-        EXPECT_EQ(Answer({0, 9, 0, 0, 0, 6, 1, function, 0x01, 0x02, 0, 2}),
+        EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 6, 1, function, 0x01, 0x02, 0, 2}),
                   (Bytes{0, 9, 0, 0, 0, 7, 1, function, 4, 0x01, 0x02, 0x01, 0x03}));
     }
 }
 
 TEST(RequestHandler, RefusesAQuantityOutsideOf1To125WithException3) {
     for (const unsigned quantity : {0u, 126u, 250u, 65535u}) {
-        EXPECT_EQ(Answer(ReadRequest(9, 0, quantity)), Exception(3, 3)) << quantity;
-        EXPECT_EQ(Answer(ReadRequest(9, 65535, quantity, 1, 4)), Exception(4, 3)) << quantity;
+        EXPECT_EQ(AnswerTo(ReadRequest(9, 0, quantity)), Exception(3, 3)) << quantity;
+        EXPECT_EQ(AnswerTo(ReadRequest(9, 65535, quantity, 1, 4)), Exception(4, 3)) << quantity;
     }
-    EXPECT_EQ(Answer(ReadRequest(9, 7, 1)).size(), 11u);
-    EXPECT_EQ(Answer(ReadRequest(9, 7, 125)).size(), 259u);
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 7, 1)).size(), 11u);
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 7, 125)).size(), 259u);
 }
 
 TEST(RequestHandler, RefusesAReadBeyondTheLastRegisterWithException2) {
-    EXPECT_EQ(Answer(ReadRequest(9, 65535, 2)), Exception(3, 2));
-    EXPECT_EQ(Answer(ReadRequest(9, 65412, 125)), Exception(3, 2));
-    EXPECT_EQ(Answer(ReadRequest(9, 65411, 125)).size(), 259u);
-    EXPECT_EQ(Answer(ReadRequest(9, 65535, 1)), (Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0xFF, 0xFF}));
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 65535, 2)), Exception(3, 2));
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 65412, 125)), Exception(3, 2));
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 65411, 125)).size(), 259u);
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 65535, 1)), (Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0xFF, 0xFF}));
 }
 
 TEST(RequestHandler, RefusesARangeWithoutAnyBlockWithException2) {
     AddressRegisters registers(10, 19);
-    EXPECT_EQ(Answer(ReadRequest(9, 0, 10), 0, registers), Exception(3, 2));
-    EXPECT_EQ(Answer(ReadRequest(9, 20, 10), 0, registers), Exception(3, 2));
-    EXPECT_EQ(Answer(ReadRequest(9, 19, 2), 0, registers), (Bytes{0, 9, 0, 0, 0, 7, 1, 3, 4, 0, 19, 0, 0}));
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 0, 10), 0, registers), Exception(3, 2));
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 20, 10), 0, registers), Exception(3, 2));
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 19, 2), 0, registers), (Bytes{0, 9, 0, 0, 0, 7, 1, 3, 4, 0, 19, 0, 0}));
 }
 
 TEST(RequestHandler, RefusesAReadOfAnotherLengthWithException3) {
-    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 2, 1, 3}), Exception(3, 3));
-    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 5, 1, 3, 0, 0, 0}), Exception(3, 3));
-    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 7, 1, 4, 0, 0, 0, 1, 0}), Exception(4, 3));
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 2, 1, 3}), Exception(3, 3));
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 5, 1, 3, 0, 0, 0}), Exception(3, 3));
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 7, 1, 4, 0, 0, 0, 1, 0}), Exception(4, 3));
 }
 
 TEST(RequestHandler, RefusesEveryOtherFunctionWithException1) {
@@ -73,24 +73,24 @@ TEST(RequestHandler, RefusesEveryOtherFunctionWithException1) {
             continue;
         }
         const auto code = static_cast<unsigned char>(function);
-        EXPECT_EQ(Answer({0, 9, 0, 0, 0, 6, 1, code, 0, 0, 0, 1}), Exception(code, 1)) << function;
+        EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 6, 1, code, 0, 0, 0, 1}), Exception(code, 1)) << function;
     }
 }
 
 TEST(RequestHandler, ServesEveryUnitWhenNoneIsChosen) {
     for (const unsigned char unit : {0, 1, 17, 255}) {
-        EXPECT_EQ(Answer(ReadRequest(9, 0, 1, unit)), (Bytes{0, 9, 0, 0, 0, 5, unit, 3, 2, 0, 0}));
+        EXPECT_EQ(AnswerTo(ReadRequest(9, 0, 1, unit)), (Bytes{0, 9, 0, 0, 0, 5, unit, 3, 2, 0, 0}));
     }
 }
 
 TEST(RequestHandler, AnswersForAnotherUnitWithException11) {
-    EXPECT_EQ(Answer(ReadRequest(9, 0, 1, 5), 5), (Bytes{0, 9, 0, 0, 0, 5, 5, 3, 2, 0, 0}));
+    EXPECT_EQ(AnswerTo(ReadRequest(9, 0, 1, 5), 5), (Bytes{0, 9, 0, 0, 0, 5, 5, 3, 2, 0, 0}));
     for (const unsigned char unit : {0, 4, 6, 255}) {
-        EXPECT_EQ(Answer(ReadRequest(9, 0, 1, unit), 5), Exception(3, 11, unit));
+        EXPECT_EQ(AnswerTo(ReadRequest(9, 0, 1, unit), 5), Exception(3, 11, unit));
     }
 }
 
-// Requests from a client, with the frames as they go over the wire: transaction 9, unit 1.
+/// Requests from a client, with the frames as they go over the wire: transaction 9, unit 1.
 class RequestHandlerWriting : public testing::Test {
 protected:
     RequestHandlerWriting() {
@@ -98,7 +98,7 @@ protected:
         registers.lastInput = 1199;
     }
 
-    Bytes Answer(const Bytes& request) { return Ask(registers, request); }
+    Bytes AnswerTo(const Bytes& request) { return Ask(registers, request); }
 
     void ExpectWritten(std::uint16_t address, const Bytes& values, std::uint16_t keep = 0) {
         ASSERT_EQ(registers.writes.size(), 1u);
@@ -106,9 +106,9 @@ protected:
         registers.writes.clear();
     }
 
-    // Each of them changes nothing.
+    /// Each of them changes nothing.
     void ExpectException(const Bytes& request, unsigned char code) {
-        EXPECT_EQ(Answer(request), Exception(request.at(7), code));
+        EXPECT_EQ(AnswerTo(request), Exception(request.at(7), code));
         EXPECT_TRUE(registers.writes.empty());
     }
 
@@ -121,14 +121,14 @@ Bytes WithHeader(const Bytes& pdu) {
     return header + pdu;
 }
 
-// Function 16 for registers from address 1000 on, all of them 0x5A5A.
+/// Function 16 for registers from address 1000 on, all of them 0x5A5A.
 Bytes WriteMany(unsigned quantity, std::size_t byteCount, std::size_t bytes) {
     return WithHeader(Bytes{16, 0x03, 0xE8, static_cast<unsigned char>(quantity >> 8),
                             static_cast<unsigned char>(quantity), static_cast<unsigned char>(byteCount)} +
                       Bytes(bytes, 0x5A));
 }
 
-// Function 23: reads registers from address 0 on and writes some from address 1000 on.
+/// Function 23: reads registers from address 0 on and writes some from address 1000 on.
 Bytes ReadWrite(unsigned readQuantity, unsigned quantity, std::size_t byteCount, std::size_t bytes) {
     return WithHeader(Bytes{23, 0, 0, static_cast<unsigned char>(readQuantity >> 8),
                             static_cast<unsigned char>(readQuantity), 0x03, 0xE8,
@@ -139,31 +139,31 @@ Bytes ReadWrite(unsigned readQuantity, unsigned quantity, std::size_t byteCount,
 
 TEST_F(RequestHandlerWriting, WritesOneRegisterWithFunction6) {
     const Bytes request = {0, 9, 0, 0, 0, 6, 1, 6, 0x03, 0xE8, 0x12, 0x34};
-    EXPECT_EQ(Answer(request), request);
+    EXPECT_EQ(AnswerTo(request), request);
     ExpectWritten(1000, {0x12, 0x34});
 }
 
 TEST_F(RequestHandlerWriting, WritesManyRegistersWithFunction16) {
-    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 11, 1, 16, 0x03, 0xE9, 0, 2, 4, 0x12, 0x34, 0x56, 0x78}),
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 11, 1, 16, 0x03, 0xE9, 0, 2, 4, 0x12, 0x34, 0x56, 0x78}),
               (Bytes{0, 9, 0, 0, 0, 6, 1, 16, 0x03, 0xE9, 0, 2}));
     ExpectWritten(1001, {0x12, 0x34, 0x56, 0x78});
-    EXPECT_EQ(Answer(WriteMany(123, 246, 246)), (Bytes{0, 9, 0, 0, 0, 6, 1, 16, 0x03, 0xE8, 0, 123}));
+    EXPECT_EQ(AnswerTo(WriteMany(123, 246, 246)), (Bytes{0, 9, 0, 0, 0, 6, 1, 16, 0x03, 0xE8, 0, 123}));
     ExpectWritten(1000, Bytes(246, 0x5A));
 }
 
 TEST_F(RequestHandlerWriting, WritesBitsOfARegisterWithFunction22) {
     const Bytes request = {0, 9, 0, 0, 0, 8, 1, 22, 0x03, 0xE8, 0x00, 0xF2, 0x00, 0x25};
-    EXPECT_EQ(Answer(request), request);
+    EXPECT_EQ(AnswerTo(request), request);
     ExpectWritten(1000, {0x00, 0x25}, 0x00F2);
 }
 
 TEST_F(RequestHandlerWriting, WritesAndReadsWithFunction23) {
-    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 15, 1, 23, 0x01, 0x02, 0, 2, 0x03, 0xE8, 0, 2, 4, 1, 2, 3, 4}),
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 15, 1, 23, 0x01, 0x02, 0, 2, 0x03, 0xE8, 0, 2, 4, 1, 2, 3, 4}),
               (Bytes{0, 9, 0, 0, 0, 7, 1, 23, 4, 0x01, 0x02, 0x01, 0x03}));
     ExpectWritten(1000, {1, 2, 3, 4});
-    EXPECT_EQ(Answer(ReadWrite(125, 1, 2, 2)).size(), 259u);
+    EXPECT_EQ(AnswerTo(ReadWrite(125, 1, 2, 2)).size(), 259u);
     ExpectWritten(1000, {0x5A, 0x5A});
-    EXPECT_EQ(Answer(ReadWrite(1, 121, 242, 242)), (Bytes{0, 9, 0, 0, 0, 5, 1, 23, 2, 0, 0}));
+    EXPECT_EQ(AnswerTo(ReadWrite(1, 121, 242, 242)), (Bytes{0, 9, 0, 0, 0, 5, 1, 23, 2, 0, 0}));
     ExpectWritten(1000, Bytes(242, 0x5A));
 }
 
@@ -179,7 +179,7 @@ TEST_F(RequestHandlerWriting, RefusesRangesBeyondTheLastRegisterWithException2) 
     ExpectException({0, 9, 0, 0, 0, 11, 1, 16, 0xFF, 0xFF, 0, 2, 4, 1, 2, 3, 4}, 2);
     ExpectException({0, 9, 0, 0, 0, 15, 1, 23, 0, 0, 0, 1, 0xFF, 0xFF, 0, 2, 4, 1, 2, 3, 4}, 2);
     ExpectException({0, 9, 0, 0, 0, 13, 1, 23, 0xFF, 0xFF, 0, 2, 0x03, 0xE8, 0, 1, 2, 3, 4}, 2);
-    EXPECT_EQ(Answer({0, 9, 0, 0, 0, 6, 1, 6, 0xFF, 0xFF, 0, 1}).size(), 12u);
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 6, 1, 6, 0xFF, 0xFF, 0, 1}).size(), 12u);
 }
 
 TEST_F(RequestHandlerWriting, RefusesQuantitiesAndByteCountsWithException3) {
@@ -210,7 +210,7 @@ TEST_F(RequestHandlerWriting, RefusesOtherLengthsWithException3) {
             ExpectException(WithHeader(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))), 3);
         }
         ExpectException(WithHeader(whole + Bytes{0}), 3);
-        EXPECT_LT(Answer(WithHeader(whole)).at(7), 0x80);
+        EXPECT_LT(AnswerTo(WithHeader(whole)).at(7), 0x80);
         registers.writes.clear();
     }
 }

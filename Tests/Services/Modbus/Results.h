@@ -9,6 +9,9 @@
 
 namespace Services::Modbus {
 
+/// The one assembly of the service.
+inline constexpr const char* AssemblyId = "registerAssembly-0";
+
 using Tests::Results;
 
 struct BlockToAdd {
@@ -32,7 +35,7 @@ inline void AddBlocks(VorControl::ControlProtocol::IProtocolRegisterAssembly& as
     assembly.Add(params);
 }
 
-// The bytes of registers, high byte first.
+/// The bytes of registers, high byte first.
 inline Bytes Words(const std::vector<unsigned>& words) {
     Bytes bytes(2 * words.size());
     for (std::size_t i = 0; i < words.size(); ++i) {

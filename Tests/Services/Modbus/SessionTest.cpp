@@ -1,8 +1,8 @@
 #include "Services/Modbus/Session.h"
 
-#include <gtest/gtest.h>
-
 #include "Tests/Services/Modbus/Bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {
@@ -11,7 +11,7 @@ AddressRegisters Registers;
 ServerCounters Counters;
 RequestHandler Handler(Registers, Counters, 0);
 
-// What a session replies to the stream when it comes in pieces of `step` bytes and each reply is taken at once.
+/// What a session replies to the stream when it comes in pieces of `step` bytes and each reply is taken at once.
 Bytes Replies(const Bytes& stream, std::size_t step) {
     Session session(Handler, true);
     Bytes replies;

@@ -1,8 +1,8 @@
 #include "Services/Modbus/StateRecords.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
+
+#include <gtest/gtest.h>
 
 namespace Services::Modbus {
 namespace {

@@ -6,9 +6,10 @@
 #include "Vor/Logging.h"
 
 #include <cstdint>
+#include <typeinfo>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <typeinfo>
 
 using nlohmann::json;
 using Vor::Params::Enum;

@@ -5,9 +5,10 @@
 #include "VorApi/Params/Array.h"
 #include "VorApi/Params/Value.h"
 
+#include <typeinfo>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <typeinfo>
 
 using nlohmann::json;
 using Vor::Params::Group;

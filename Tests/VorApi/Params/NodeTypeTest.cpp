@@ -1,18 +1,18 @@
-#include "VorApi/Params/PropertyValue.h"
-
 #include "Tests/Support/Failure.h"
 #include "Vor/JsonSerializer.h"
+#include "VorApi/Params/PropertyValue.h"
+
+#include <typeinfo>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <typeinfo>
 
 using Vor::Properties::JsonSerializer;
 using Vor::Properties::Internal::NodeType;
 
 namespace {
 
-// Fails the test when it is asked for anything.
+/// Fails the test when it is asked for anything.
 class NoReader : public Vor::Properties::IValueReader {
 public:
     bool ReadBool() override { return Refuse(), false; }

@@ -5,21 +5,23 @@
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <typeinfo>
 
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 using nlohmann::json;
-using Vor::Properties::Array;
 using Vor::Properties::HandlerId;
 using Vor::Properties::JsonSerializer;
 using Vor::Properties::Node;
 
+namespace Properties = Vor::Properties;
+
 namespace {
 
-struct Item : Vor::Params::Group {
-    Item() { Register("n", n); }
-    ~Item() override { ++destroyed; }
+struct CountedItem : Vor::Params::Group {
+    CountedItem() { Register("n", n); }
+    ~CountedItem() override { ++destroyed; }
     Vor::Params::Value<unsigned int> n;
 
     static inline int destroyed = 0;
@@ -27,39 +29,40 @@ struct Item : Vor::Params::Group {
 
 struct OtherItem : Vor::Params::Group {};
 
-// Writes down what the handlers of an array see.
+/// Writes down what the handlers of an array see.
 struct Journal {
-    explicit Journal(Array<Item>& array) {
-        array.AddItemAddedHandler(
-            [this](Array<Item>& where, Item&) { text += "+" + std::to_string(where.Count()) + " "; });
-        array.AddItemRemovedHandler([this](Array<Item>& where, Item& item) {
+    explicit Journal(Properties::Array<CountedItem>& array) {
+        array.AddItemAddedHandler([this](Properties::Array<CountedItem>& where, CountedItem&) {
+            text += "+" + std::to_string(where.Count()) + " ";
+        });
+        array.AddItemRemovedHandler([this](Properties::Array<CountedItem>& where, CountedItem& item) {
             text += "-" + std::to_string(item.n.Get()) + "of" + std::to_string(where.Count()) + " ";
         });
     }
     std::string text;
 };
 
-void Number(Array<Item>& array) {
+void Number(Properties::Array<CountedItem>& array) {
     for (unsigned long i = 0; i < array.Count(); ++i) {
         array.At(i).n = static_cast<unsigned int>(i);
     }
 }
 
-std::size_t SchemaItems(const Array<Item>& array) {
+std::size_t SchemaItems(const Properties::Array<CountedItem>& array) {
     return JsonSerializer::SerializeSchema(array).at("items").size();
 }
 
 } // namespace
 
 TEST(PropertyArrayTest, StartsEmptyWithEmptyItems) {
-    const Array<Item> array;
+    const Properties::Array<CountedItem> array;
     EXPECT_EQ(array.Count(), 0U);
     EXPECT_EQ(JsonSerializer::Serialize(array), json::array());
     EXPECT_EQ(JsonSerializer::SerializeSchema(array), json::parse(R"({"type": "array", "items": []})"));
 }
 
 TEST(PropertyArrayTest, GrowingAddsElementsAndTheirSchemasAndRunsTheHandlersAfterEach) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     Journal journal(array);
     array.Resize(3);
     EXPECT_EQ(journal.text, "+1 +2 +3 ");
@@ -69,7 +72,7 @@ TEST(PropertyArrayTest, GrowingAddsElementsAndTheirSchemasAndRunsTheHandlersAfte
 }
 
 TEST(PropertyArrayTest, ResizeToTheCurrentCountRunsNoHandler) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(2);
     Journal journal(array);
     array.Resize(2);
@@ -77,23 +80,24 @@ TEST(PropertyArrayTest, ResizeToTheCurrentCountRunsNoHandler) {
 }
 
 TEST(PropertyArrayTest, ShrinkingRunsTheHandlersUpwardBeforeAnythingGoes) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(4);
     Number(array);
-    Item::destroyed = 0;
+    CountedItem::destroyed = 0;
     bool early = false;
-    array.AddItemRemovedHandler([&](Array<Item>&, Item&) { early = early || Item::destroyed != 0; });
+    array.AddItemRemovedHandler(
+        [&](Properties::Array<CountedItem>&, CountedItem&) { early = early || CountedItem::destroyed != 0; });
     Journal journal(array);
     array.Resize(1);
     EXPECT_EQ(journal.text, "-1of4 -2of4 -3of4 ");
     EXPECT_FALSE(early);
-    EXPECT_EQ(Item::destroyed, 3);
+    EXPECT_EQ(CountedItem::destroyed, 3);
     EXPECT_EQ(array.Count(), 1U);
     EXPECT_EQ(SchemaItems(array), 1U);
 }
 
 TEST(PropertyArrayTest, RemoveShiftsTheLaterOnes) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(3);
     Number(array);
     Journal journal(array);
@@ -106,7 +110,7 @@ TEST(PropertyArrayTest, RemoveShiftsTheLaterOnes) {
 }
 
 TEST(PropertyArrayTest, RemoveMarkedKeepsTheOthersInTheirOrder) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     for (unsigned int i = 0; i < 5; ++i) {
         array.Emplace().n = i;
     }
@@ -122,7 +126,7 @@ TEST(PropertyArrayTest, RemoveMarkedKeepsTheOthersInTheirOrder) {
 }
 
 TEST(PropertyArrayTest, RemoveMarkedTellsOfAllBeforeTheFirstGoes) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     for (unsigned int i = 0; i < 3; ++i) {
         array.Emplace().n = i;
     }
@@ -135,40 +139,40 @@ TEST(PropertyArrayTest, RemoveMarkedTellsOfAllBeforeTheFirstGoes) {
 }
 
 TEST(PropertyArrayTest, RemoveOfTheLastElementLeavesItemsEmpty) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(1);
     array.Remove(0);
     EXPECT_EQ(JsonSerializer::SerializeSchema(array).at("items"), json::array());
 }
 
 TEST(PropertyArrayTest, AnIndexAtOrPastTheCountIsNotFound) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(1);
     Journal journal(array);
     EXPECT_TEXTLESS_FAILURE(array.At(1), yERROR_NOT_FOUND);
-    EXPECT_TEXTLESS_FAILURE(static_cast<const Array<Item>&>(array).At(2), yERROR_NOT_FOUND);
+    EXPECT_TEXTLESS_FAILURE(static_cast<const Properties::Array<CountedItem>&>(array).At(2), yERROR_NOT_FOUND);
     EXPECT_TEXTLESS_FAILURE(array.Remove(1), yERROR_NOT_FOUND);
     EXPECT_EQ(journal.text, "");
     EXPECT_EQ(array.Count(), 1U);
 }
 
 TEST(PropertyArrayTest, ClearRunsTheHandlersInOrderThenDestroysAll) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(3);
     Number(array);
     Journal journal(array);
-    Item::destroyed = 0;
+    CountedItem::destroyed = 0;
     array.Clear();
     EXPECT_EQ(journal.text, "-0of3 -1of3 -2of3 ");
-    EXPECT_EQ(Item::destroyed, 3);
+    EXPECT_EQ(CountedItem::destroyed, 3);
     EXPECT_EQ(array.Count(), 0U);
     EXPECT_EQ(SchemaItems(array), 0U);
 }
 
 TEST(PropertyArrayTest, EmplaceAppendsOneElement) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     Journal journal(array);
-    Item& item = array.Emplace();
+    CountedItem& item = array.Emplace();
     EXPECT_EQ(&item, &array.At(0));
     EXPECT_EQ(journal.text, "+1 ");
     EXPECT_EQ(SchemaItems(array), 1U);
@@ -176,13 +180,13 @@ TEST(PropertyArrayTest, EmplaceAppendsOneElement) {
 
 TEST(PropertyArrayTest, ElementsComeFromTheFactoryAndStayInPlace) {
     unsigned int made = 0;
-    Array<Item> array([&] {
-        auto item = std::make_unique<Item>();
+    Properties::Array<CountedItem> array([&] {
+        auto item = std::make_unique<CountedItem>();
         item->n = ++made;
         return item;
     });
     array.Resize(1);
-    const Item* const first = &array.At(0);
+    const CountedItem* const first = &array.At(0);
     array.Resize(100);
     EXPECT_EQ(made, 100U);
     EXPECT_EQ(&array.At(0), first);
@@ -190,9 +194,11 @@ TEST(PropertyArrayTest, ElementsComeFromTheFactoryAndStayInPlace) {
 }
 
 TEST(PropertyArrayTest, RemovedHandlersDoNotRun) {
-    Array<Item> array;
-    HandlerId added = array.AddItemAddedHandler([](Array<Item>&, Item&) { FAIL() << "a handler ran"; });
-    HandlerId removed = array.AddItemRemovedHandler([](Array<Item>&, Item&) { FAIL() << "a handler ran"; });
+    Properties::Array<CountedItem> array;
+    HandlerId added =
+        array.AddItemAddedHandler([](Properties::Array<CountedItem>&, CountedItem&) { FAIL() << "a handler ran"; });
+    HandlerId removed =
+        array.AddItemRemovedHandler([](Properties::Array<CountedItem>&, CountedItem&) { FAIL() << "a handler ran"; });
     array.RemoveItemAddedHandler(added);
     array.RemoveItemRemovedHandler(removed);
     array.Resize(1);
@@ -200,7 +206,7 @@ TEST(PropertyArrayTest, RemovedHandlersDoNotRun) {
 }
 
 TEST(PropertyArrayTest, AChangeInAnyElementIsOneChangeOfTheArray) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(3);
     std::vector<Node*> changed;
     array.RetrieveChangedParameters(changed);
@@ -216,7 +222,7 @@ TEST(PropertyArrayTest, AChangeInAnyElementIsOneChangeOfTheArray) {
 }
 
 TEST(PropertyArrayTest, ValidationGoesThroughTheElements) {
-    Array<Item> array;
+    Properties::Array<CountedItem> array;
     array.Resize(2);
     for (unsigned long i = 0; i < 2; ++i) {
         array.At(i).n.EnableMaximum(true);
@@ -228,16 +234,17 @@ TEST(PropertyArrayTest, ValidationGoesThroughTheElements) {
 }
 
 TEST(PropertyArrayTest, CopyResizesWithTheHandlersThenCopiesTheElements) {
-    Array<Item> target;
+    Properties::Array<CountedItem> target;
     target.Resize(5);
     Number(target);
-    Array<Item> source;
+    Properties::Array<CountedItem> source;
     source.Resize(3);
     for (unsigned long i = 0; i < 3; ++i) {
         source.At(i).n = static_cast<unsigned int>(10 + i);
     }
     std::vector<unsigned int> firstSeen;
-    target.AddItemRemovedHandler([&](Array<Item>& array, Item&) { firstSeen.push_back(array.At(0).n.Get()); });
+    target.AddItemRemovedHandler(
+        [&](Properties::Array<CountedItem>& array, CountedItem&) { firstSeen.push_back(array.At(0).n.Get()); });
     Journal journal(target);
     target.CopyValues(source);
     EXPECT_EQ(journal.text, "-3of5 -4of5 ");
@@ -248,9 +255,9 @@ TEST(PropertyArrayTest, CopyResizesWithTheHandlersThenCopiesTheElements) {
 }
 
 TEST(PropertyArrayTest, CopyFromAnotherTypeIsABadCast) {
-    Array<Item> target;
+    Properties::Array<CountedItem> target;
     target.Resize(2);
-    const Array<OtherItem> source;
+    const Properties::Array<OtherItem> source;
     EXPECT_THROW(target.CopyValues(source), std::bad_cast);
     EXPECT_EQ(target.Count(), 2U);
 }

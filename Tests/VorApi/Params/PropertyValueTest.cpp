@@ -5,25 +5,27 @@
 #include "VorApi/Params/ScaleOption.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <typeinfo>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 using nlohmann::json;
 using Vor::Properties::ByteVector;
 using Vor::Properties::HandlerId;
 using Vor::Properties::JsonSerializer;
 using Vor::Properties::Node;
-using Vor::Properties::Value;
+
+namespace Properties = Vor::Properties;
 
 namespace {
 
-enum class Mode { Unknown = -1, Off = 0, On = 1 };
+enum class ScanMode { Unknown = -1, Off = 0, On = 1 };
 
 template <class T>
-void Read(Value<T>& value, const json& source, Vor::Event<>& updateEnd) {
+void Read(Properties::Value<T>& value, const json& source, Vor::Event<>& updateEnd) {
     const Vor::Properties::Internal::JsonPath path;
     Vor::Properties::Internal::JsonReader reader(source, path);
     value.ReadValue(reader, updateEnd);
@@ -31,13 +33,13 @@ void Read(Value<T>& value, const json& source, Vor::Event<>& updateEnd) {
 
 template <class T>
 void ExpectKind(const T& initial, const T& other, const json& schema, const json& written) {
-    Value<T> value;
+    Properties::Value<T> value;
     EXPECT_EQ(value.Get(), initial);
     EXPECT_FALSE(value.IsChanged());
     EXPECT_EQ(JsonSerializer::SerializeSchema(value), schema);
     value = other;
     EXPECT_EQ(JsonSerializer::Serialize(value), written);
-    Value<T> back;
+    Properties::Value<T> back;
     JsonSerializer::Deserialize(back, written);
     EXPECT_EQ(back.Get(), other);
 }
@@ -57,14 +59,14 @@ TEST(PropertyValueTest, EachKindHasItsTypeAndFormInDocuments) {
                                          {"a", "b"});
     ExpectKind<std::vector<unsigned short>>({}, {1, 65535}, {{"type", "array"}, {"items", {{"type", "integer"}}}},
                                             {1, 65535});
-    ExpectKind<Mode>(Mode::Off, Mode::Unknown, integer, -1);
-    ExpectKind<std::vector<Mode>>({}, {Mode::Unknown, Mode::On}, {{"type", "array"}, {"items", {{"type", "integer"}}}},
-                                  {-1, 1});
+    ExpectKind<ScanMode>(ScanMode::Off, ScanMode::Unknown, integer, -1);
+    ExpectKind<std::vector<ScanMode>>({}, {ScanMode::Unknown, ScanMode::On},
+                                      {{"type", "array"}, {"items", {{"type", "integer"}}}}, {-1, 1});
     ExpectKind<Vor::Params::ScaleOption>(Vor::Params::ScaleOption(), Vor::Params::ScaleOption::Default, integer, 1);
 }
 
 TEST(PropertyValueTest, TypeIsTheOnlyKeyword) {
-    Value<bool> value;
+    Properties::Value<bool> value;
     const auto& members = value.Schema().Members();
     ASSERT_EQ(members.size(), 1U);
     EXPECT_EQ(members[0].Text(), "type");
@@ -72,7 +74,7 @@ TEST(PropertyValueTest, TypeIsTheOnlyKeyword) {
 }
 
 TEST(PropertyValueTest, ListsHaveTypeBeforeItems) {
-    Value<std::vector<std::string>> value;
+    Properties::Value<std::vector<std::string>> value;
     const auto& members = value.Schema().Members();
     ASSERT_EQ(members.size(), 2U);
     EXPECT_EQ(members[0].Text(), "type");
@@ -80,18 +82,18 @@ TEST(PropertyValueTest, ListsHaveTypeBeforeItems) {
 }
 
 TEST(PropertyValueTest, ANewValueIsStoredAndMarked) {
-    Value<unsigned int> value;
+    Properties::Value<unsigned int> value;
     value.Set(5);
     EXPECT_EQ(value.GetStored(), 5U);
     EXPECT_TRUE(value.IsChanged());
 }
 
 TEST(PropertyValueTest, SetAssignmentAndConditionalSetBehaveAlike) {
-    const std::vector<std::function<void(Value<unsigned int>&, unsigned int)>> ways = {
+    const std::vector<std::function<void(Properties::Value<unsigned int>&, unsigned int)>> ways = {
         [](auto& value, unsigned int next) { value.Set(next); }, [](auto& value, unsigned int next) { value = next; },
         [](auto& value, unsigned int next) { value.ConditionalSet(next); }};
     for (const auto& assign : ways) {
-        Value<unsigned int> value(1);
+        Properties::Value<unsigned int> value(1);
         int calls = 0;
         value.AddChangeHandler([&](Node&) { ++calls; });
         assign(value, 2);
@@ -105,7 +107,7 @@ TEST(PropertyValueTest, SetAssignmentAndConditionalSetBehaveAlike) {
 }
 
 TEST(PropertyValueTest, AssigningTheSameValueTwiceClearsTheChangedMarkAndCallsNobody) {
-    Value<std::string> value;
+    Properties::Value<std::string> value;
     int calls = 0;
     value.AddChangeHandler([&](Node&) { ++calls; });
     value = "a";
@@ -116,7 +118,7 @@ TEST(PropertyValueTest, AssigningTheSameValueTwiceClearsTheChangedMarkAndCallsNo
 }
 
 TEST(PropertyValueTest, ChangeHandlersRunInOrderWithTheNodeWhileTheOldValueIsStored) {
-    Value<unsigned int> value(1);
+    Properties::Value<unsigned int> value(1);
     std::string order;
     value.AddChangeHandler([&](Node& node) {
         EXPECT_EQ(&node, &value);
@@ -129,7 +131,7 @@ TEST(PropertyValueTest, ChangeHandlersRunInOrderWithTheNodeWhileTheOldValueIsSto
 }
 
 TEST(PropertyValueTest, AThrowingHandlerLeavesTheOldValueAndTheMark) {
-    Value<unsigned int> value(1);
+    Properties::Value<unsigned int> value(1);
     bool laterRan = false;
     HandlerId id = value.AddChangeHandler([](Node&) { throw std::runtime_error("no"); });
     value.AddChangeHandler([&](Node&) { laterRan = true; });
@@ -144,7 +146,7 @@ TEST(PropertyValueTest, AThrowingHandlerLeavesTheOldValueAndTheMark) {
 }
 
 TEST(PropertyValueTest, AnEmptyHandlerIsABadFunctionCall) {
-    Value<unsigned int> value(1);
+    Properties::Value<unsigned int> value(1);
     value.AddChangeHandler({});
     EXPECT_THROW(value = 2, std::bad_function_call);
     EXPECT_EQ(value.Get(), 1U);
@@ -153,7 +155,7 @@ TEST(PropertyValueTest, AnEmptyHandlerIsABadFunctionCall) {
 }
 
 TEST(PropertyValueTest, ModifyTellsNobody) {
-    Value<unsigned int> value(1);
+    Properties::Value<unsigned int> value(1);
     value.AddChangeHandler([](Node&) { FAIL() << "a handler ran"; });
     value.Modify() = 9;
     EXPECT_EQ(value.Get(), 9U);
@@ -161,9 +163,9 @@ TEST(PropertyValueTest, ModifyTellsNobody) {
 }
 
 TEST(PropertyValueTest, ComparesAndConvertsLikeItsValue) {
-    Value<unsigned short> value(7);
-    Value<unsigned short> same(7);
-    Value<unsigned short> other(8);
+    Properties::Value<unsigned short> value(7);
+    Properties::Value<unsigned short> same(7);
+    Properties::Value<unsigned short> other(8);
     const unsigned short converted = value;
     EXPECT_EQ(converted, 7);
     EXPECT_TRUE(value == 7);
@@ -171,13 +173,13 @@ TEST(PropertyValueTest, ComparesAndConvertsLikeItsValue) {
     EXPECT_FALSE(value == -65529);
     EXPECT_TRUE(value == same);
     EXPECT_TRUE(value != other);
-    const Value<std::string> text("a");
+    const Properties::Value<std::string> text("a");
     EXPECT_TRUE(text == std::string("a"));
     EXPECT_TRUE(text != std::string("b"));
 }
 
 TEST(PropertyValueTest, ChangedValuesAreRetrievedUntilReset) {
-    Value<unsigned int> value;
+    Properties::Value<unsigned int> value;
     std::vector<Node*> changed;
     value.RetrieveChangedParameters(changed);
     EXPECT_TRUE(changed.empty());
@@ -192,14 +194,14 @@ TEST(PropertyValueTest, ChangedValuesAreRetrievedUntilReset) {
 }
 
 TEST(PropertyValueTest, ReadingAChangeRunsChangeHandlersAtOnceAndUpdateEndLater) {
-    Value<unsigned int> value(1);
+    Properties::Value<unsigned int> value(1);
     std::string order;
     value.AddChangeHandler([&](Node&) { order += "change "; });
-    value.AddUpdateEndHandler([&](Value<unsigned int>& changed) {
+    value.AddUpdateEndHandler([&](Properties::Value<unsigned int>& changed) {
         EXPECT_EQ(&changed, &value);
         order += "end" + std::to_string(changed.Get()) + "a ";
     });
-    value.AddUpdateEndHandler([&](Value<unsigned int>&) { order += "endb"; });
+    value.AddUpdateEndHandler([&](Properties::Value<unsigned int>&) { order += "endb"; });
     Vor::Event<> updateEnd;
     Read(value, 2, updateEnd);
     EXPECT_EQ(order, "change ");
@@ -209,7 +211,7 @@ TEST(PropertyValueTest, ReadingAChangeRunsChangeHandlersAtOnceAndUpdateEndLater)
 }
 
 TEST(PropertyValueTest, ReadingTheStoredValueAddsNoUpdateEndAndClearsTheMark) {
-    Value<unsigned int> value;
+    Properties::Value<unsigned int> value;
     value = 2;
     Vor::Event<> updateEnd;
     Read(value, 2, updateEnd);
@@ -218,7 +220,7 @@ TEST(PropertyValueTest, ReadingTheStoredValueAddsNoUpdateEndAndClearsTheMark) {
 }
 
 TEST(PropertyValueTest, ReadingGoesThroughAnOverriddenSet) {
-    struct Doubling : Value<unsigned int> {
+    struct Doubling : Properties::Value<unsigned int> {
         void Set(const unsigned int& value) override { ConditionalSet(2 * value); }
     } value;
     Vor::Event<> updateEnd;
@@ -227,17 +229,17 @@ TEST(PropertyValueTest, ReadingGoesThroughAnOverriddenSet) {
 }
 
 TEST(PropertyValueTest, RemovedUpdateEndHandlerDoesNotRun) {
-    Value<unsigned int> value;
-    HandlerId id = value.AddUpdateEndHandler([](Value<unsigned int>&) { FAIL() << "a handler ran"; });
+    Properties::Value<unsigned int> value;
+    HandlerId id = value.AddUpdateEndHandler([](Properties::Value<unsigned int>&) { FAIL() << "a handler ran"; });
     value.RemoveUpdateEndHandler(id);
     EXPECT_EQ(id, 0U);
     value.OnUpdateEnd();
 }
 
 TEST(PropertyValueTest, ValidationChecksOnlyAChange) {
-    struct Refusing : Value<unsigned int> {
+    struct Refusing : Properties::Value<unsigned int> {
         Refusing()
-            : Value<unsigned int>(3) {}
+            : Properties::Value<unsigned int>(3) {}
         void CheckValidation(const unsigned int& value, bool log) const override {
             checked = value;
             logged = log;
@@ -259,13 +261,13 @@ TEST(PropertyValueTest, ValidationChecksOnlyAChange) {
 }
 
 TEST(PropertyValueTest, BaseValidationAcceptsEverything) {
-    const Value<unsigned int> value;
+    const Properties::Value<unsigned int> value;
     EXPECT_NO_THROW(value.CheckValidation(4294967295U, true));
 }
 
 TEST(PropertyValueTest, CopyTakesTheValueWithNotification) {
-    Value<unsigned int> target(1);
-    const Value<unsigned int> source(2);
+    Properties::Value<unsigned int> target(1);
+    const Properties::Value<unsigned int> source(2);
     int calls = 0;
     target.AddChangeHandler([&](Node&) { ++calls; });
     target.CopyValues(source);
@@ -275,8 +277,8 @@ TEST(PropertyValueTest, CopyTakesTheValueWithNotification) {
 }
 
 TEST(PropertyValueTest, CopyFromAnotherTypeIsABadCast) {
-    Value<unsigned int> target(1);
-    const Value<unsigned short> source(2);
+    Properties::Value<unsigned int> target(1);
+    const Properties::Value<unsigned short> source(2);
     EXPECT_THROW(target.CopyValues(source), std::bad_cast);
     EXPECT_EQ(target.Get(), 1U);
 }

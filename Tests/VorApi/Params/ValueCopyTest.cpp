@@ -2,9 +2,10 @@
 #include "Vor/JsonSerializer.h"
 #include "VorApi/Params/Value.h"
 
+#include <typeinfo>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <typeinfo>
 
 using nlohmann::json;
 using Vor::Params::ScaleOption;

@@ -6,9 +6,10 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 
+#include <vector>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <vector>
 
 using nlohmann::json;
 using Vor::Params::ScaleOption;
@@ -21,7 +22,7 @@ namespace {
 
 enum class Mode { A, B, C, D, E };
 
-// Four values in ascending order of one type.
+/// Four values in ascending order of one type.
 template <class T>
 struct Ascending;
 template <>

@@ -10,19 +10,20 @@
 #include <atomic>
 #include <functional>
 #include <future>
-#include <gtest/gtest.h>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace Tests {
 
-inline constexpr unsigned long long longWait = 20'000'000;
-inline constexpr unsigned long long shortWait = 1'000;
-inline constexpr const char* systemFlagText = "System stats operation ended but flag was not in the InProgress state";
-inline constexpr const char* scannerFlagText = "Scanner info operation ended but flag was not in the InProgress state";
-inline constexpr const char* statsFailed = "Exception getting system stats";
+inline constexpr unsigned long long LongWait = 20'000'000;
+inline constexpr unsigned long long ShortWait = 1'000;
+inline constexpr const char* SystemFlagText = "System stats operation ended but flag was not in the InProgress state";
+inline constexpr const char* ScannerFlagText = "Scanner info operation ended but flag was not in the InProgress state";
+inline constexpr const char* StatsFailed = "Exception getting system stats";
 
 /// Answers with the number of the query in each member, unless the hook throws.
 class FakeSystem : public VorControl::ControlSystemInterface {

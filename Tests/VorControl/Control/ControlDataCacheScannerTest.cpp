@@ -6,9 +6,9 @@
 
 using Tests::Elsewhere;
 using Tests::FakeSystem;
-using Tests::longWait;
-using Tests::scannerFlagText;
-using Tests::shortWait;
+using Tests::LongWait;
+using Tests::ScannerFlagText;
+using Tests::ShortWait;
 using VorControl::ControlDataCache;
 
 namespace {
@@ -88,17 +88,17 @@ TEST_F(ControlDataCacheScannerTest, AnEmptyScannerIdTakesWhatIsThere) {
 }
 
 TEST_F(ControlDataCacheScannerTest, TheCopyOfAnotherScannerIsNotGiven) {
-    EXPECT_FAILURE(PollScanner("B", shortWait), yERROR_NOT_FOUND, "No data found for scanner B");
+    EXPECT_FAILURE(PollScanner("B", ShortWait), yERROR_NOT_FOUND, "No data found for scanner B");
     EXPECT_EQ(loop.RunReady(), 1U);
-    EXPECT_FAILURE(PollScanner("A", shortWait), yERROR_NOT_FOUND, "No data found for scanner A");
+    EXPECT_FAILURE(PollScanner("A", ShortWait), yERROR_NOT_FOUND, "No data found for scanner A");
     EXPECT_EQ(PollScanner("").id, "B");
     EXPECT_EQ(loop.RunReady(), 1U);
-    EXPECT_EQ(PollScanner("A", shortWait).id, "A");
+    EXPECT_EQ(PollScanner("A", ShortWait).id, "A");
     EXPECT_EQ(engines.queries, 2);
 }
 
 TEST_F(ControlDataCacheScannerTest, ACallerThatWaitsGetsTheScannerItAskedFor) {
-    auto answer = std::async(std::launch::async, [&] { return cache->ScannerInfo("A", longWait).id; });
+    auto answer = std::async(std::launch::async, [&] { return cache->ScannerInfo("A", LongWait).id; });
     ASSERT_TRUE(loop.WaitReady());
     EXPECT_TRUE(loop.Step());
     EXPECT_EQ(answer.get(), "A");
@@ -126,7 +126,7 @@ TEST_F(ControlDataCacheScannerTest, AScannerQueueThatFailsInTheQueryEndsItSilent
     faults.SetHere("yMsgQueue_AddEx", yERROR_FULL);
     EXPECT_EQ(loop.RunReady(), 1U);
     EXPECT_EQ(log.Records().size(), 1U);
-    EXPECT_TRUE(log.Contains(Vor::LevelError, scannerFlagText));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, ScannerFlagText));
     PollScanner("");
     EXPECT_EQ(loop.RunReady(), 1U);
     EXPECT_EQ(PollScanner("").currentSyncTime, 3U);

@@ -13,12 +13,12 @@
 using Tests::Elsewhere;
 using Tests::FakeEngines;
 using Tests::FakeSystem;
-using Tests::longWait;
+using Tests::LongWait;
 using Tests::NumberOf;
-using Tests::scannerFlagText;
-using Tests::shortWait;
-using Tests::statsFailed;
-using Tests::systemFlagText;
+using Tests::ScannerFlagText;
+using Tests::ShortWait;
+using Tests::StatsFailed;
+using Tests::SystemFlagText;
 using VorControl::ControlDataCache;
 
 namespace {
@@ -29,11 +29,11 @@ class ControlDataCacheTest : public Tests::ControlDataCacheFixture {};
 
 TEST_F(ControlDataCacheTest, OnTheMainLoopTheQueryRunsInPlace) {
     EXPECT_EQ(NumberOf(cache->SystemStats(0)), 1U);
-    EXPECT_EQ(NumberOf(cache->SystemStats(longWait)), 2U);
-    EXPECT_EQ(log.Count(Vor::LevelError, systemFlagText), 2U);
+    EXPECT_EQ(NumberOf(cache->SystemStats(LongWait)), 2U);
+    EXPECT_EQ(log.Count(Vor::LevelError, SystemFlagText), 2U);
     EXPECT_EQ(cache->ScannerInfo("A", 0).id, "A");
-    EXPECT_EQ(cache->ScannerInfo("B", longWait).id, "B");
-    EXPECT_EQ(log.Count(Vor::LevelError, scannerFlagText), 2U);
+    EXPECT_EQ(cache->ScannerInfo("B", LongWait).id, "B");
+    EXPECT_EQ(log.Count(Vor::LevelError, ScannerFlagText), 2U);
     EXPECT_FALSE(loop.Step());
 }
 
@@ -41,9 +41,9 @@ TEST_F(ControlDataCacheTest, OnTheMainLoopAFailedQueryIsntWaitedFor) {
     system.onStats = [] { Vor::Throw(yERROR_STATE); };
     engines.onInfo = [] { Vor::Throw(yERROR_STATE); };
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(NumberOf(cache->SystemStats(longWait)), 0U);
-    EXPECT_EQ(cache->ScannerInfo("", longWait).id, "");
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::microseconds(longWait / 2));
+    EXPECT_EQ(NumberOf(cache->SystemStats(LongWait)), 0U);
+    EXPECT_EQ(cache->ScannerInfo("", LongWait).id, "");
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::microseconds(LongWait / 2));
 }
 
 TEST_F(ControlDataCacheTest, APollerWithoutPatienceSeesWhatItsPreviousCallAskedFor) {
@@ -56,7 +56,7 @@ TEST_F(ControlDataCacheTest, APollerWithoutPatienceSeesWhatItsPreviousCallAskedF
 }
 
 TEST_F(ControlDataCacheTest, ACallerThatWaitsGetsTheQuerysAnswer) {
-    auto answer = std::async(std::launch::async, [&] { return NumberOf(cache->SystemStats(longWait)); });
+    auto answer = std::async(std::launch::async, [&] { return NumberOf(cache->SystemStats(LongWait)); });
     ASSERT_TRUE(loop.WaitReady());
     EXPECT_TRUE(loop.Step());
     EXPECT_EQ(answer.get(), 1U);
@@ -64,15 +64,15 @@ TEST_F(ControlDataCacheTest, ACallerThatWaitsGetsTheQuerysAnswer) {
 }
 
 TEST_F(ControlDataCacheTest, ALateAnswerServesTheNextCall) {
-    EXPECT_EQ(Poll(shortWait), 0U);
+    EXPECT_EQ(Poll(ShortWait), 0U);
     EXPECT_EQ(loop.RunReady(), 1U);
-    EXPECT_EQ(Poll(shortWait), 1U);
+    EXPECT_EQ(Poll(ShortWait), 1U);
 }
 
 TEST_F(ControlDataCacheTest, ABusyMainLoopHasAtMostOneQueryOfAKind) {
     EXPECT_EQ(Poll(), 0U);
     EXPECT_EQ(Poll(), 0U);
-    EXPECT_EQ(Poll(shortWait), 0U);
+    EXPECT_EQ(Poll(ShortWait), 0U);
     EXPECT_EQ(PollScanner("").id, "");
     EXPECT_EQ(PollScanner("").id, "");
     EXPECT_EQ(loop.RunReady(), 2U);
@@ -100,7 +100,7 @@ TEST_F(ControlDataCacheTest, CallsOfManyThreadsAtOnceShareOneQuery) {
 }
 
 TEST_F(ControlDataCacheTest, AWaitingCallerHindersNobody) {
-    auto answer = std::async(std::launch::async, [&] { return NumberOf(cache->SystemStats(longWait)); });
+    auto answer = std::async(std::launch::async, [&] { return NumberOf(cache->SystemStats(LongWait)); });
     ASSERT_TRUE(loop.WaitReady());
     EXPECT_EQ(Poll(), 0U);
     EXPECT_EQ(PollScanner("").id, "");
@@ -118,7 +118,7 @@ TEST_F(ControlDataCacheTest, AQueryThatIsStuckHindersNobody) {
     auto polls = std::async(std::launch::async, [&] {
         NumberOf(cache->SystemStats(0));
         EXPECT_TRUE(inside.Wait());
-        const auto during = NumberOf(cache->SystemStats(shortWait));
+        const auto during = NumberOf(cache->SystemStats(ShortWait));
         release.Set();
         return during;
     });
@@ -136,10 +136,10 @@ TEST_F(ControlDataCacheTest, AFailedQueryIsLoggedAndKeepsTheCopy) {
     EXPECT_EQ(Poll(), 1U);
     system.onStats = [] { Vor::Throw(yERROR_FULL, "no metrics"); };
     loop.RunReady();
-    EXPECT_EQ(log.Count(Vor::LevelError, statsFailed), 1U);
+    EXPECT_EQ(log.Count(Vor::LevelError, StatsFailed), 1U);
     EXPECT_TRUE(IsLogged("exception with status -977: no metrics"));
     EXPECT_TRUE(IsLogged("Back trace of status -977"));
-    EXPECT_FALSE(log.Contains(systemFlagText));
+    EXPECT_FALSE(log.Contains(SystemFlagText));
     system.onStats = nullptr;
     EXPECT_EQ(Poll(), 1U);
     EXPECT_EQ(loop.RunReady(), 1U);
@@ -152,9 +152,9 @@ TEST_F(ControlDataCacheTest, AFailureOfAnotherKindEndsTheQueryToo) {
     Poll();
     PollScanner("");
     EXPECT_EQ(loop.RunReady(), 2U);
-    EXPECT_FALSE(log.Contains(statsFailed));
-    EXPECT_FALSE(log.Contains(systemFlagText));
-    EXPECT_FALSE(log.Contains(scannerFlagText));
+    EXPECT_FALSE(log.Contains(StatsFailed));
+    EXPECT_FALSE(log.Contains(SystemFlagText));
+    EXPECT_FALSE(log.Contains(ScannerFlagText));
     system.onStats = nullptr;
     engines.onInfo = nullptr;
     Poll();
@@ -167,10 +167,10 @@ TEST_F(ControlDataCacheTest, AFailureOfAnotherKindEndsTheQueryToo) {
 TEST_F(ControlDataCacheTest, ADirectQueryMeetsAPendingOneAndClearsItsFlag) {
     EXPECT_EQ(Poll(), 0U);
     EXPECT_EQ(NumberOf(cache->SystemStats(0)), 1U);
-    EXPECT_FALSE(log.Contains(systemFlagText));
+    EXPECT_FALSE(log.Contains(SystemFlagText));
     EXPECT_EQ(Poll(), 1U);
     EXPECT_EQ(loop.RunReady(), 2U);
-    EXPECT_EQ(log.Count(Vor::LevelError, systemFlagText), 1U);
+    EXPECT_EQ(log.Count(Vor::LevelError, SystemFlagText), 1U);
     EXPECT_EQ(Poll(), 3U);
 }
 
@@ -191,12 +191,12 @@ TEST_F(ControlDataCacheTest, ACallerIsToldOfAFailingQueue) {
     for (const unsigned skip : {0U, 1U}) {
         Elsewhere([&] {
             faults.SetHere("yMsgQueue_Remove", yERROR_STATE, skip);
-            EXPECT_FAILURE(cache->SystemStats(shortWait), yERROR_STATE, "Error -1000 emptying system stats queue");
+            EXPECT_FAILURE(cache->SystemStats(ShortWait), yERROR_STATE, "Error -1000 emptying system stats queue");
         });
         EXPECT_EQ(loop.RunReady(), skip);
         Elsewhere([&] {
             faults.SetHere("yMsgQueue_Remove", yERROR_FULL, skip);
-            EXPECT_FAILURE(cache->ScannerInfo("", shortWait), yERROR_FULL, "Error -977 emptying scanner stats queue");
+            EXPECT_FAILURE(cache->ScannerInfo("", ShortWait), yERROR_FULL, "Error -977 emptying scanner stats queue");
         });
         EXPECT_EQ(loop.RunReady(), skip);
     }
@@ -207,9 +207,9 @@ TEST_F(ControlDataCacheTest, AQueueThatFailsInTheQueryEndsIt) {
     Poll();
     faults.SetHere("yMsgQueue_Remove", yERROR_STATE);
     EXPECT_EQ(loop.RunReady(), 1U);
-    EXPECT_EQ(log.Count(Vor::LevelError, statsFailed), 1U);
+    EXPECT_EQ(log.Count(Vor::LevelError, StatsFailed), 1U);
     EXPECT_TRUE(IsLogged("exception with status -1000: Failed to remove item from system stats queue"));
-    EXPECT_FALSE(log.Contains(systemFlagText));
+    EXPECT_FALSE(log.Contains(SystemFlagText));
     EXPECT_EQ(Poll(), 0U);
     EXPECT_EQ(loop.RunReady(), 1U);
     EXPECT_EQ(Poll(), 2U);
@@ -219,9 +219,9 @@ TEST_F(ControlDataCacheTest, AnAnswerThatCantBeAddedFindsTheFlagCleared) {
     Poll();
     faults.SetHere("yMsgQueue_AddEx", yERROR_FULL);
     EXPECT_EQ(loop.RunReady(), 1U);
-    EXPECT_EQ(log.Count(Vor::LevelError, statsFailed), 1U);
+    EXPECT_EQ(log.Count(Vor::LevelError, StatsFailed), 1U);
     EXPECT_TRUE(IsLogged("exception with status -977"));
-    EXPECT_EQ(log.Count(Vor::LevelError, systemFlagText), 1U);
+    EXPECT_EQ(log.Count(Vor::LevelError, SystemFlagText), 1U);
     EXPECT_EQ(Poll(), 0U);
     EXPECT_EQ(loop.RunReady(), 1U);
     EXPECT_EQ(Poll(), 2U);
@@ -305,9 +305,9 @@ TEST(ControlDataCacheThreadsTest, RecordsStayWholeUnderManyPollers) {
         threads.emplace_back([&cache, i] {
             const std::string id = i % 2 == 0 ? "A" : "B";
             for (int n = 0; n < 200; ++n) {
-                NumberOf(cache.SystemStats(n % 2 == 0 ? 0 : shortWait));
+                NumberOf(cache.SystemStats(n % 2 == 0 ? 0 : ShortWait));
                 try {
-                    EXPECT_EQ(cache.ScannerInfo(id, n % 2 == 0 ? 0 : shortWait).id, id);
+                    EXPECT_EQ(cache.ScannerInfo(id, n % 2 == 0 ? 0 : ShortWait).id, id);
                 } catch (const Vor::Exception& e) {
                     EXPECT_EQ(e.Status(), yERROR_NOT_FOUND);
                 }
@@ -317,5 +317,5 @@ TEST(ControlDataCacheThreadsTest, RecordsStayWholeUnderManyPollers) {
     for (auto& thread : threads) {
         thread.join();
     }
-    EXPECT_GT(NumberOf(cache.SystemStats(longWait)), 0U);
+    EXPECT_GT(NumberOf(cache.SystemStats(LongWait)), 0U);
 }

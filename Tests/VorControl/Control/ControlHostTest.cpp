@@ -11,8 +11,6 @@
 #include "Vor/MainLoop.h"
 #include "VorMsg/VvNullMsg.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -20,6 +18,8 @@
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using VorApi::EventType;
 using VorControl::ControlHost;
@@ -29,7 +29,7 @@ using Texts = std::vector<std::string>;
 
 namespace {
 
-constexpr unsigned long long timeout = 1000000;
+constexpr unsigned long long Timeout = 1000000;
 
 /// The test's thread is the main loop's, and runs it step by step.
 class ControlHostTest : public testing::Test {
@@ -197,13 +197,13 @@ TEST_F(ControlHostTest, ReadsAreThoseOfTheOperations) {
     system.ntpHost = "time.host";
     system.syncTime = true;
     ASSERT_EQ(VvNullMsg_Construct(system.liveJob.Out()), yOK);
-    EXPECT_EQ(host.LocalNodeDateTime(timeout), 77);
-    EXPECT_EQ(host.LocalNodeNtpHost(timeout), "time.host");
-    EXPECT_TRUE(host.LocalNodeSyncTime("other", timeout));
-    const Vor::Object job = Vor::Object::Take(host.LiveJob(timeout));
+    EXPECT_EQ(host.LocalNodeDateTime(Timeout), 77);
+    EXPECT_EQ(host.LocalNodeNtpHost(Timeout), "time.host");
+    EXPECT_TRUE(host.LocalNodeSyncTime("other", Timeout));
+    const Vor::Object job = Vor::Object::Take(host.LiveJob(Timeout));
     EXPECT_EQ(job.Get(), system.liveJob.Get());
     Properties out;
-    host.DataSourceProperties("profile/max", out, timeout);
+    host.DataSourceProperties("profile/max", out, Timeout);
     EXPECT_EQ(out.displayName, "Max");
     EXPECT_EQ(system.TakeCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other", "LiveJob",
                                          "DataSourceProperties profile/max"}));
@@ -213,13 +213,13 @@ TEST_F(ControlHostTest, ReadsAreThoseOfTheOperations) {
 
 TEST_F(ControlHostTest, TheFirstServiceMakesTheSubscriptionAndTheLastEndsIt) {
     EXPECT_EQ(Subscriptions(), 0U);
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     EXPECT_EQ(Subscriptions(), 1U);
-    host.AddDataSourceEventHandler("b", Noting("b"), timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     EXPECT_EQ(Subscriptions(), 1U);
-    host.RemoveDataSourceEventHandler("a", timeout);
+    host.RemoveDataSourceEventHandler("a", Timeout);
     EXPECT_EQ(Subscriptions(), 1U);
-    host.RemoveDataSourceEventHandler("b", timeout);
+    host.RemoveDataSourceEventHandler("b", Timeout);
     EXPECT_EQ(Subscriptions(), 0U);
     EXPECT_EQ(system.TakeCalls(), (Texts{"AddDataSourceEventHandler", "RemoveDataSourceEventHandler"}));
     EXPECT_TRUE(log.Records().empty());
@@ -227,33 +227,33 @@ TEST_F(ControlHostTest, TheFirstServiceMakesTheSubscriptionAndTheLastEndsIt) {
 
 TEST_F(ControlHostTest, ASubscriptionThatEndedCanBeMadeAgain) {
     for (int i = 0; i < 2; ++i) {
-        host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+        host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
         system.created.Raise("profile/max");
-        host.RemoveDataSourceEventHandler("a", timeout);
+        host.RemoveDataSourceEventHandler("a", Timeout);
     }
     EXPECT_EQ(TakeEvents(), Texts(2, "a: 1 profile/max Max 19"));
 }
 
 TEST_F(ControlHostTest, ASecondFunctionOfAServiceIsRefusedAndTheFirstStays) {
-    host.AddDataSourceEventHandler("a", Noting("first"), timeout);
-    EXPECT_TEXTLESS_FAILURE(host.AddDataSourceEventHandler("a", Noting("second"), timeout), yERROR_ALREADY_EXISTS);
+    host.AddDataSourceEventHandler("a", Noting("first"), Timeout);
+    EXPECT_TEXTLESS_FAILURE(host.AddDataSourceEventHandler("a", Noting("second"), Timeout), yERROR_ALREADY_EXISTS);
     system.created.Raise("profile/max");
     EXPECT_EQ(TakeEvents(), Texts{"first: 1 profile/max Max 19"});
     EXPECT_EQ(Subscriptions(), 1U);
 }
 
 TEST_F(ControlHostTest, RemovingAServiceWithoutAFunctionIsLoggedAndDoesNotFail) {
-    host.RemoveDataSourceEventHandler("a", timeout);
+    host.RemoveDataSourceEventHandler("a", Timeout);
     EXPECT_EQ(log.Count(Vor::LevelError, "No data source event callback function found for service a"), 1U);
-    host.AddDataSourceEventHandler("b", Noting("b"), timeout);
-    host.RemoveDataSourceEventHandler("a", timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
+    host.RemoveDataSourceEventHandler("a", Timeout);
     EXPECT_EQ(log.Count(Vor::LevelError, "No data source event callback function found for service a"), 2U);
     EXPECT_EQ(Subscriptions(), 1U);
 }
 
 TEST_F(ControlHostTest, EventsReachTheServicesInOrderOfIdWithTheProperties) {
-    host.AddDataSourceEventHandler("b", Noting("b"), timeout);
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     system.created.Raise("profile/max");
     EXPECT_EQ(TakeEvents(), (Texts{"a: 1 profile/max Max 19", "b: 1 profile/max Max 19"}));
     system.updated.Raise("profile/max");
@@ -267,28 +267,28 @@ TEST_F(ControlHostTest, EventsReachTheServicesInOrderOfIdWithTheProperties) {
 
 TEST_F(ControlHostTest, AServiceCannotSpoilThePropertiesOfTheNext) {
     host.AddDataSourceEventHandler(
-        "a", [](EventType, Properties props) { props.name = "spoilt"; }, timeout);
-    host.AddDataSourceEventHandler("b", Noting("b"), timeout);
+        "a", [](EventType, Properties props) { props.name = "spoilt"; }, Timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     system.created.Raise("profile/max");
     EXPECT_EQ(TakeEvents(), Texts{"b: 1 profile/max Max 19"});
 }
 
 TEST_F(ControlHostTest, ServicesHearOfTheEndOfADataSourceThatCanNoLongerBeAsked) {
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
-    host.AddDataSourceEventHandler("b", Noting("b"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     system.deleted.Raise("gone");
     EXPECT_EQ(TakeEvents(), (Texts{"a: 3 gone  0", "b: 3 gone  0"}));
 }
 
 TEST_F(ControlHostTest, ADataSourceThatIsThereButCannotBeAskedFailsItsEvent) {
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     EXPECT_FAILURE(system.created.Raise("unknown"), yERROR_NOT_FOUND, "no data source unknown");
     EXPECT_FAILURE(system.updated.Raise("unknown"), yERROR_NOT_FOUND, "no data source unknown");
     EXPECT_TRUE(TakeEvents().empty());
 }
 
 TEST_F(ControlHostTest, AnEventThatFindsNobodyAsksNothing) {
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     RemoveInVain("a");
     EXPECT_EQ(Subscriptions(), 1U);
     system.TakeCalls();
@@ -300,9 +300,9 @@ TEST_F(ControlHostTest, AnEventThatFindsNobodyAsksNothing) {
 }
 
 TEST_F(ControlHostTest, ASubscriptionThatARemovalLeftServesTheNextServiceAndEndsWithTheHost) {
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     RemoveInVain("a");
-    host.AddDataSourceEventHandler("b", Noting("b"), timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     system.created.Raise("profile/max");
     EXPECT_EQ(TakeEvents(), Texts{"b: 1 profile/max Max 19"});
     RemoveInVain("b");
@@ -312,7 +312,7 @@ TEST_F(ControlHostTest, ASubscriptionThatARemovalLeftServesTheNextServiceAndEnds
 }
 
 TEST_F(ControlHostTest, PropertiesThatDoNotComeInTimeAreThoseOfAFreshRecord) {
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     Tests::Signal done;
     std::thread raiser([&] {
         system.created.Raise("profile/max");
@@ -329,31 +329,31 @@ TEST_F(ControlHostTest, PropertiesThatDoNotComeInTimeAreThoseOfAFreshRecord) {
 TEST_F(ControlHostTest, WhileTheMainLoopIsBlockedTheServiceIsKeptAndNothingIsSubscribed) {
     {
         const VorCommon::RuntimeCache::MainLoopBlock block(cache);
-        host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+        host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     }
     EXPECT_EQ(log.Count(Vor::LevelWarning, "Service a is not told of data source events: the main loop did not answer"),
               1U);
-    host.AddDataSourceEventHandler("b", Noting("b"), timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     EXPECT_EQ(Subscriptions(), 0U);
-    EXPECT_TEXTLESS_FAILURE(host.AddDataSourceEventHandler("a", Noting("a"), timeout), yERROR_ALREADY_EXISTS);
-    host.RemoveDataSourceEventHandler("a", timeout);
-    host.RemoveDataSourceEventHandler("b", timeout);
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    EXPECT_TEXTLESS_FAILURE(host.AddDataSourceEventHandler("a", Noting("a"), Timeout), yERROR_ALREADY_EXISTS);
+    host.RemoveDataSourceEventHandler("a", Timeout);
+    host.RemoveDataSourceEventHandler("b", Timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     EXPECT_EQ(Subscriptions(), 1U);
 }
 
 TEST_F(ControlHostTest, ASubscriptionThatFailsLeavesTheServiceOut) {
     system.OnCall([](const std::string&) { Vor::Throw(yERROR_STATE, "no pipe"); });
-    EXPECT_FAILURE(host.AddDataSourceEventHandler("a", Noting("a"), timeout), yERROR_STATE, "no pipe");
+    EXPECT_FAILURE(host.AddDataSourceEventHandler("a", Noting("a"), Timeout), yERROR_STATE, "no pipe");
     system.OnCall({});
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     EXPECT_EQ(Subscriptions(), 1U);
 }
 
 TEST(ControlHostThreadsTest, ServicesMayComeAndGoWhileDataSourcesDo) {
-    constexpr int rounds = 50;
-    constexpr unsigned long long shortTimeout = 2000;
-    constexpr unsigned long long longTimeout = 20 * timeout;
+    constexpr int Rounds = 50;
+    constexpr unsigned long long ShortTimeout = 2000;
+    constexpr unsigned long long LongTimeout = 20 * Timeout;
     Tests::FakeSystemInterface system;
     system.dataSources["profile/max"] = {};
     Tests::FakeScanEngineInterface scanEngine;
@@ -378,28 +378,28 @@ TEST(ControlHostThreadsTest, ServicesMayComeAndGoWhileDataSourcesDo) {
     std::vector<std::thread> services;
     for (int i = 0; i < 3; ++i) {
         services.emplace_back([&, id = "s" + std::to_string(i)] {
-            for (int round = 0; round < rounds; ++round) {
+            for (int round = 0; round < Rounds; ++round) {
                 pipe.Run(raise);
-                add(id, shortTimeout);
+                add(id, ShortTimeout);
                 pipe.Run(raise);
-                host.RemoveDataSourceEventHandler(id, shortTimeout);
+                host.RemoveDataSourceEventHandler(id, ShortTimeout);
             }
         });
     }
     for (auto& service : services) {
         service.join();
     }
-    pipe.RunAndWait([] {}, longTimeout);
+    pipe.RunAndWait([] {}, LongTimeout);
     const int before = heard;
-    add("last", longTimeout);
-    pipe.RunAndWait([&] { system.created.Raise("profile/max"); }, longTimeout);
+    add("last", LongTimeout);
+    pipe.RunAndWait([&] { system.created.Raise("profile/max"); }, LongTimeout);
     EXPECT_EQ(heard, before + 1);
-    host.RemoveDataSourceEventHandler("last", longTimeout);
+    host.RemoveDataSourceEventHandler("last", LongTimeout);
     EXPECT_EQ(system.created.Count(), 0U);
 }
 
 TEST_F(ControlHostTest, TheHostEndsASubscriptionThatIsLeft) {
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     made.reset();
     EXPECT_EQ(Subscriptions(), 0U);
     EXPECT_TRUE(log.Records().empty());
@@ -411,7 +411,7 @@ TEST_F(ControlHostTest, AHostWithoutServicesAsksNothingWhenItGoes) {
 }
 
 TEST_F(ControlHostTest, ASubscriptionThatCannotBeEndedIsLoggedWhenTheHostGoes) {
-    host.AddDataSourceEventHandler("a", Noting("a"), timeout);
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     system.OnCall([](const std::string&) { Vor::Throw(yERROR_STATE, "no pipe"); });
     made.reset();
     EXPECT_EQ(log.Count(Vor::LevelError, "Exception thrown in destructor"), 1U);

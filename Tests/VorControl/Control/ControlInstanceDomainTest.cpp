@@ -1,16 +1,15 @@
-#include "VorControl/Control/ControlInstance.h"
-
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/DomainService.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/TestService.h"
 #include "Vor/Exception.h"
+#include "VorControl/Control/ControlInstance.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using VorCommon::PersistDomain;
 using VorControl::ControlInstance;

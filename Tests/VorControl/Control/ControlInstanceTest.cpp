@@ -9,9 +9,9 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using Tests::TestService;
 using VorCommon::PersistDomain;

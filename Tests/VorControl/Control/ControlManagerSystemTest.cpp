@@ -1,5 +1,3 @@
-#include "VorControl/Control/ControlManager.h"
-
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/RecordingScanResults.h"
@@ -9,15 +7,16 @@
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 #include "VorControl/Control/ControlCreateException.h"
+#include "VorControl/Control/ControlManager.h"
 #include "VorControl/Control/ControlRegistry.h"
 #include "VorCore/SystemCore.h"
-
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Tests::TestPlugin;
 using Tests::TestService;
@@ -26,7 +25,7 @@ using Texts = std::vector<std::string>;
 
 namespace {
 
-constexpr const char* dispatcherName = "CtlProtoOp.Disp";
+constexpr const char* DispatcherName = "CtlProtoOp.Disp";
 
 /// A manager with the service "a", on a core that notes what is asked of it. The test's thread is the main loop's.
 class ControlManagerSystemTest : public testing::Test {
@@ -119,7 +118,7 @@ TEST_F(ControlManagerSystemTest, AServiceIsDestroyedWhileItCanStillReachTheSyste
     EXPECT_EQ(ntpHost, "time.host");
     ASSERT_TRUE(rejected.has_value());
     EXPECT_EQ(rejected->status, yERROR_BUSY);
-    EXPECT_EQ(Tests::CountThreads(dispatcherName), 0U);
+    EXPECT_EQ(Tests::CountThreads(DispatcherName), 0U);
     loop.RunReady();
     EXPECT_TRUE(calls.empty());
 }
@@ -127,7 +126,7 @@ TEST_F(ControlManagerSystemTest, AServiceIsDestroyedWhileItCanStillReachTheSyste
 TEST_F(ControlManagerSystemTest, AManagerThatCannotBeBuiltLeavesNoThread) {
     TestPlugin().Add(TestPlugin::Info("bad"), [](const auto&) { return nullptr; }).Publish(plugins);
     EXPECT_THROW(Build(&core), ControlCreateException);
-    EXPECT_EQ(Tests::CountThreads(dispatcherName), 0U);
+    EXPECT_EQ(Tests::CountThreads(DispatcherName), 0U);
 }
 
 } // namespace

@@ -12,11 +12,11 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <exception>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using Tests::TestPlugin;
 using Tests::TestService;
@@ -28,7 +28,7 @@ using LoadState = IControlManager::PersistenceLoadOpState;
 
 namespace {
 
-const std::string noConfiguration = "{}";
+const std::string NoConfiguration = "{}";
 
 std::string EnabledConfiguration() {
     return R"({"version":"1","vor:control":{"enabled":true,"parameters":{},"parametersVersion":"1"}})";
@@ -392,7 +392,7 @@ TEST_F(ControlManagerTest, ALoadEnablesServicesBetweenItsEventsAndAnnouncesNothi
 
 TEST_F(ControlManagerTest, AFailedLoadIsToldToTheUserAndTheNextServiceIsLoaded) {
     BuildTwo();
-    store.files[PathOf("a")] = noConfiguration;
+    store.files[PathOf("a")] = NoConfiguration;
     store.files[PathOf("b")] = EnabledConfiguration();
     manager->LoadPersistDomain(PersistDomain::Job, store);
     EXPECT_TRUE(log.Contains(Vor::LevelError, "EXCEPTION THROWN: "));

@@ -2,9 +2,9 @@
 
 #include "Tests/Support/TestService.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using VorControl::ControlInfo;
 using VorControl::ControlPlugin;

@@ -1,11 +1,9 @@
 #include "VorControl/Control/ControlProtocolOperations.h"
 
 #include "Tests/VorControl/Control/OperationsFixture.h"
-
 #include "Vor/Exception.h"
 
 #include <pthread.h>
-
 #include <stdexcept>
 #include <thread>
 

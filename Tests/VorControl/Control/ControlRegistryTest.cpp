@@ -36,7 +36,7 @@ public:
     void* GetObject() const override { return nullptr; }
 };
 
-yStatus StatusOf(const std::function<void()>& call) {
+yStatus StatusWithoutText(const std::function<void()>& call) {
     try {
         call();
     } catch (const Vor::Exception& e) {
@@ -131,13 +131,14 @@ TEST_F(ControlRegistryTest, AnotherEventDoesNothing) {
 TEST_F(ControlRegistryTest, AddOfATakenNameFailsAndChangesNothing) {
     ControlRegistry registry(plugins);
     registry.Add(TestPlugin::Info("a").SetDescription("first"));
-    EXPECT_EQ(StatusOf([&] { registry.Add(TestPlugin::Info("a").SetDescription("second")); }), yERROR_ALREADY_EXISTS);
+    EXPECT_EQ(StatusWithoutText([&] { registry.Add(TestPlugin::Info("a").SetDescription("second")); }),
+              yERROR_ALREADY_EXISTS);
     EXPECT_EQ(registry.FindByTypeName("a")->Description(), "first");
 }
 
 TEST_F(ControlRegistryTest, RemoveOfAnUnknownNameFails) {
     ControlRegistry registry(plugins);
-    EXPECT_EQ(StatusOf([&] { registry.Remove("a"); }), yERROR_NOT_FOUND);
+    EXPECT_EQ(StatusWithoutText([&] { registry.Remove("a"); }), yERROR_NOT_FOUND);
 }
 
 TEST_F(ControlRegistryTest, ItsCopyDoesntFollowTheRecordButSharesTheFactory) {

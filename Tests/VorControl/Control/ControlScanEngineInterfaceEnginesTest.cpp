@@ -2,14 +2,15 @@
 #include "Tests/Support/FakeScanner.h"
 #include "VorControl/Control/ControlScanEngineInterface.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <string>
 #include <typeinfo>
 #include <utility>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -25,7 +26,7 @@ using Info = VorControl::IControlScanEngineInterface::ScannerStateInfo;
 using DeviceStatus = VorCommon::IDeviceProvider::DeviceStatus;
 using OutputManager = VorCommon::IProviderManager<VorCommon::IDigitalOutputProvider>;
 
-constexpr const char* noManager = "Scan engine manager reference is uninitialized.";
+constexpr const char* NoManager = "Scan engine manager reference is uninitialized.";
 
 class FakeProvider : public VorCommon::IDigitalOutputProvider, public VorCommon::IDeviceProvider {
 public:
@@ -195,16 +196,16 @@ TEST(ControlScanEngineInterfaceWithoutEnginesTest, WithoutAManagerNothingIsReach
     Info info;
     EXPECT_FALSE(subject.IsScanEngineManagerValid());
     EXPECT_THAT(subject.FindAvailableSensors(), IsEmpty());
-    EXPECT_FAILURE(subject.SoftwareTrigger("A"), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.Alignment(""), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.ClearAlignment(""), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.BlinkLed(true, true), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.AlignmentCompletedEvent(""), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.AlignmentStateUpdatedEvent("any"), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.GetAlignmentState("any"), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.ScannerInfo("", info), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.GetDigitalOutputProviderManager("any"), yERROR_STATE, noManager);
-    EXPECT_FAILURE(subject.GetScanEngineList(), yERROR_STATE, noManager);
+    EXPECT_FAILURE(subject.SoftwareTrigger("A"), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.Alignment(""), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.ClearAlignment(""), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.BlinkLed(true, true), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.AlignmentCompletedEvent(""), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.AlignmentStateUpdatedEvent("any"), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.GetAlignmentState("any"), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.ScannerInfo("", info), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.GetDigitalOutputProviderManager("any"), yERROR_STATE, NoManager);
+    EXPECT_FAILURE(subject.GetScanEngineList(), yERROR_STATE, NoManager);
 }
 
 TEST_F(AvailableDevicesTest, DigitalOutputsAreFoundByTheServiceOfTheEngine) {

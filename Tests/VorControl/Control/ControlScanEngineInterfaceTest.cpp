@@ -1,16 +1,18 @@
 #include "VorControl/Control/ControlScanEngineInterface.h"
+
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/FakeScanner.h"
 #include "Vor/Logging.h"
 #include "VorApi/Params/PropertyValue.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <typeinfo>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -303,10 +305,10 @@ TEST_F(ControlScanEngineInterfaceTest, TheStateOfAScannerKeepsTheLimitsOfItsType
         subject.ScannerInfo("S1", info);
         return info;
     };
-    constexpr long long least = std::numeric_limits<long long>::min();
-    constexpr long long most = std::numeric_limits<long long>::max();
-    EXPECT_EQ(read(least, 0).currentEncoderValue, least);
-    EXPECT_EQ(read(most, 0).currentEncoderValue, most);
+    constexpr long long Least = std::numeric_limits<long long>::min();
+    constexpr long long Most = std::numeric_limits<long long>::max();
+    EXPECT_EQ(read(Least, 0).currentEncoderValue, Least);
+    EXPECT_EQ(read(Most, 0).currentEncoderValue, Most);
     EXPECT_EQ(read(0, 0).currentSyncTime, 0U);
     EXPECT_EQ(read(0, 1).currentSyncTime, 0U);
     EXPECT_EQ(read(0, 2).currentSyncTime, 1U);

@@ -1,4 +1,6 @@
 #include "VorControl/Control/ControlScanResultsDispatcher.h"
+
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/ResultSets.h"
 #include "Tests/Support/SetCollector.h"
@@ -9,7 +11,6 @@
 
 #include <atomic>
 #include <functional>
-#include <gtest/gtest.h>
 #include <memory>
 #include <pthread.h>
 #include <stdexcept>
@@ -18,29 +19,18 @@
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 using VorControl::ControlScanResultsDispatcher;
 
-namespace {
-
-constexpr const char* threadName = "CtrlScnRstDisp";
-
-yStatus StatusOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const Vor::Exception& exception) {
-        return exception.Status();
-    }
-    return yOK;
-}
-
-} // namespace
+namespace {} // namespace
 
 class ControlScanResultsDispatcherTest : public testing::Test {
 protected:
     void TearDown() override {
         dispatcher.reset();
         collector.Clear();
-        EXPECT_EQ(Tests::CountThreads(threadName), 0U);
+        EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 0U);
         EXPECT_EQ(yObject_LiveCount(), liveBefore);
     }
 
@@ -57,11 +47,11 @@ protected:
 
 TEST_F(ControlScanResultsDispatcherTest, RunsFromItsConstructionForwardingNothingAndFiltering) {
     Make();
-    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 1; }));
+    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::ScanResultsThread) == 1; }));
     EXPECT_FALSE(dispatcher->ForwardScanResults());
     EXPECT_TRUE(dispatcher->ScanResultsFiltering());
     EXPECT_EQ(dispatcher->ResultHandlerCount(), 0U);
-    EXPECT_EQ(StatusOf([&] { dispatcher->Start(); }), yERROR_STATE);
+    EXPECT_EQ(Tests::StatusOf([&] { dispatcher->Start(); }), yERROR_STATE);
 }
 
 TEST_F(ControlScanResultsDispatcherTest, FlagsReadBackAsSet) {
@@ -103,7 +93,7 @@ TEST_F(ControlScanResultsDispatcherTest, CallsHandlersOnItsNamedThread) {
     });
     dispatcher->AddResult(Tests::MakeResultSet({"a"}).Get());
     ASSERT_TRUE(entered.Wait());
-    EXPECT_EQ(name, threadName);
+    EXPECT_EQ(name, Tests::ScanResultsThread);
 }
 
 TEST_F(ControlScanResultsDispatcherTest, TwoHandlersGetTheSameBatchInOrderOfRegistration) {
@@ -215,7 +205,7 @@ TEST_F(ControlScanResultsDispatcherTest, StopDiscardsBothListsAndStartBeginsAnew
     dispatcher->AddResult(swapped.Get());
     faults.Set("yThread_Sleep", -1);
     leave.Set();
-    ASSERT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 0; }));
+    ASSERT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::ScanResultsThread) == 0; }));
     dispatcher->AddResult(incoming.Get());
     EXPECT_EQ(yObject_ShareCount(swapped.Get()), 2);
     EXPECT_EQ(yObject_ShareCount(incoming.Get()), 2);
@@ -248,7 +238,7 @@ TEST_F(ControlScanResultsDispatcherTest, StopWaitsForTheRunningHandler) {
     });
     leave.Set();
     stopper.join();
-    EXPECT_EQ(Tests::CountThreads(threadName), 0U);
+    EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 0U);
 }
 
 TEST_F(ControlScanResultsDispatcherTest, StandardExceptionEndsTheThreadAndResultsPileUpUntilTheStop) {
@@ -262,12 +252,12 @@ TEST_F(ControlScanResultsDispatcherTest, StandardExceptionEndsTheThreadAndResult
     const auto second = Tests::MakeResultSet({"b"});
     dispatcher->AddResult(first.Get());
     ASSERT_TRUE(entered.Wait());
-    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 0; }));
+    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::ScanResultsThread) == 0; }));
     EXPECT_EQ(yObject_ShareCount(first.Get()), 1);
     dispatcher->AddResult(second.Get());
     dispatcher->AddResult(second.Get());
     EXPECT_EQ(yObject_ShareCount(second.Get()), 3);
-    EXPECT_EQ(StatusOf([&] { dispatcher->Start(); }), yERROR_STATE);
+    EXPECT_EQ(Tests::StatusOf([&] { dispatcher->Start(); }), yERROR_STATE);
     EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
     dispatcher->Stop();
     EXPECT_EQ(log.Count(Vor::LevelInfo, "ControlScanResultsDispatcher thread stopped with error:0"), 1U);
@@ -284,7 +274,7 @@ TEST_F(ControlScanResultsDispatcherTest, AnyOtherExceptionEndsTheThreadToo) {
     const auto set = Tests::MakeResultSet({"a"});
     dispatcher->AddResult(set.Get());
     ASSERT_TRUE(entered.Wait());
-    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 0; }));
+    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::ScanResultsThread) == 0; }));
     EXPECT_EQ(yObject_ShareCount(set.Get()), 1);
     EXPECT_EQ(log.Count("EXCEPTION THROWN: "), 0U);
     dispatcher->Stop();
@@ -314,7 +304,7 @@ TEST_F(ControlScanResultsDispatcherTest, EachStepOfConstructionIsThrownWithItsSt
           Step{"yArrayList_Construct", 1}, Step{"yThread_Construct", 0}, Step{"yThread_SetName", 0},
           Step{"yThread_Start", 0}}) {
         faults.Set(name, -42, skip);
-        EXPECT_EQ(StatusOf([] { const ControlScanResultsDispatcher failing(nullptr); }), -42) << name << skip;
+        EXPECT_EQ(Tests::StatusOf([] { const ControlScanResultsDispatcher failing(nullptr); }), -42) << name << skip;
         yFault_Clear();
     }
 }
@@ -323,23 +313,23 @@ TEST_F(ControlScanResultsDispatcherTest, RestartThatFailsCanBeTriedAgain) {
     Make();
     dispatcher->Stop();
     faults.Set("yThread_Start", -43);
-    EXPECT_EQ(StatusOf([&] { dispatcher->Start(); }), -43);
+    EXPECT_EQ(Tests::StatusOf([&] { dispatcher->Start(); }), -43);
     dispatcher->Stop();
-    EXPECT_EQ(StatusOf([&] { dispatcher->Start(); }), yOK);
+    EXPECT_EQ(Tests::StatusOf([&] { dispatcher->Start(); }), yOK);
 }
 
 TEST_F(ControlScanResultsDispatcherTest, FailedAppendIsThrownAndTakesNoShare) {
     Make();
     const auto set = Tests::MakeResultSet({"a"});
     faults.Set("yArrayList_Add", yERROR_FULL);
-    EXPECT_EQ(StatusOf([&] { dispatcher->AddResult(set.Get()); }), yERROR_FULL);
+    EXPECT_EQ(Tests::StatusOf([&] { dispatcher->AddResult(set.Get()); }), yERROR_FULL);
     EXPECT_EQ(yObject_ShareCount(set.Get()), 1);
 }
 
 TEST_F(ControlScanResultsDispatcherTest, FailingJoinIsThrownByStopAndLoggedByTheDestructor) {
     Make();
     faults.Set("yThread_Join", -44);
-    EXPECT_EQ(StatusOf([&] { dispatcher->Stop(); }), -44);
+    EXPECT_EQ(Tests::StatusOf([&] { dispatcher->Stop(); }), -44);
     Make();
     Vor::LogCapture log;
     faults.Set("yThread_Join", -45);

@@ -1,4 +1,6 @@
 #include "VorControl/Control/ControlScanResults.h"
+
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/ResultSets.h"
 #include "Tests/Support/SetCollector.h"
@@ -10,7 +12,6 @@
 
 #include <atomic>
 #include <functional>
-#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <memory_resource>
@@ -18,23 +19,15 @@
 #include <thread>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 using VorControl::ControlScanResults;
 
 namespace {
 
-constexpr const char* threadName = "CtrlScnRstDisp";
-constexpr std::uint64_t deadline = 20'000'000;
+constexpr std::uint64_t Deadline = 20'000'000;
 
 using Sources = std::vector<std::string>;
-
-yStatus StatusOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const Vor::Exception& exception) {
-        return exception.Status();
-    }
-    return yOK;
-}
 
 /// Counts allocations, from any thread.
 class CountingResource : public std::pmr::memory_resource {
@@ -62,7 +55,7 @@ class ControlScanResultsTest : public testing::Test {
 protected:
     void TearDown() override {
         results.reset();
-        EXPECT_EQ(Tests::CountThreads(threadName), 0U);
+        EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 0U);
         for (auto& [id, collector] : collectors) {
             collector.Clear();
         }
@@ -109,7 +102,7 @@ TEST_F(ControlScanResultsTest, WithoutAHubWarnsAndStaysUsable) {
 TEST_F(ControlScanResultsTest, LocksThatCantBeMadeAreThrownWithTheirStatus) {
     for (const unsigned skip : {0U, 1U}) {
         faults.Set("yLock_Construct", -21, skip);
-        EXPECT_EQ(StatusOf([] { const ControlScanResults failing(nullptr, nullptr); }), -21);
+        EXPECT_EQ(Tests::StatusOf([] { const ControlScanResults failing(nullptr, nullptr); }), -21);
         yFault_Clear();
     }
 }
@@ -118,18 +111,18 @@ TEST_F(ControlScanResultsTest, FirstHandlerStartsTheThreadOfTheService) {
     Vor::LogCapture log;
     Collect("a");
     EXPECT_TRUE(ids["a"].IsSet());
-    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 1; }));
+    EXPECT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::ScanResultsThread) == 1; }));
     EXPECT_EQ(log.Count(Vor::LevelInfo, "ControlScanResults::AddResultHandler new handler registered for protocol: a"),
               1U);
     auto second = results->AddResultHandler("a", [](void*) {});
     EXPECT_EQ(log.Count(Vor::LevelInfo, "ControlScanResults::AddResultHandler new handler registered for protocol: a"),
               2U);
-    EXPECT_EQ(Tests::CountThreads(threadName), 1U);
+    EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 1U);
 }
 
 TEST_F(ControlScanResultsTest, DispatcherThatCantBeMadeIsThrownAndNotKept) {
     faults.Set("yThread_Start", -22);
-    EXPECT_EQ(StatusOf([&] { results->AddResultHandler("a", [](void*) {}); }), -22);
+    EXPECT_EQ(Tests::StatusOf([&] { results->AddResultHandler("a", [](void*) {}); }), -22);
     Vor::LogCapture log;
     results->SetForwardScanResultsToProtocol("a", true);
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 1U);
@@ -261,10 +254,10 @@ TEST_F(ControlScanResultsTest, RemovalOfAnUnknownServiceOnlyWarns) {
 
 TEST_F(ControlScanResultsTest, RemovalOfTheLastHandlerStopsTheThreadBeforeItReturns) {
     Collect("a");
-    ASSERT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(threadName) == 1; }));
+    ASSERT_TRUE(Tests::WaitUntil([] { return Tests::CountThreads(Tests::ScanResultsThread) == 1; }));
     Vor::LogCapture log;
     results->RemoveResultHandler("a", ids["a"]);
-    EXPECT_EQ(Tests::CountThreads(threadName), 0U);
+    EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 0U);
     EXPECT_FALSE(ids["a"].IsSet());
     const auto records = log.Records();
     ASSERT_EQ(records.size(), 2U);
@@ -289,7 +282,7 @@ TEST_F(ControlScanResultsTest, EmptyHandlerGivesAnIdThatIsNotSetAndItsRemovalTak
     auto id = results->AddResultHandler("a", nullptr);
     EXPECT_FALSE(id.IsSet());
     results->RemoveResultHandler("a", id);
-    EXPECT_EQ(Tests::CountThreads(threadName), 0U);
+    EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 0U);
 }
 
 TEST_F(ControlScanResultsTest, RemovalFromOutsideWaitsForTheRunningHandlerAndDiscardsWhatIsQueued) {
@@ -317,7 +310,7 @@ TEST_F(ControlScanResultsTest, RemovalFromOutsideWaitsForTheRunningHandlerAndDis
     leave.Set();
     EXPECT_TRUE(removed.Wait());
     remover.join();
-    EXPECT_EQ(Tests::CountThreads(threadName), 0U);
+    EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 0U);
     EXPECT_EQ(yObject_ShareCount(queued.Get()), 1);
     EXPECT_GE(calls, 1);
 }
@@ -378,7 +371,7 @@ TEST_F(ControlScanResultsTest, SetThatCantBeFilteredIsThrownAndTheRemainingServi
         auto& third = CollectFiltered("c", {"x"});
         const auto lost = Tests::MakeResultSet({"x", "y"});
         faults.Set(step, -23, 1);
-        EXPECT_EQ(StatusOf([&] { results->ProcessResultSet(lost.Get()); }), -23) << step;
+        EXPECT_EQ(Tests::StatusOf([&] { results->ProcessResultSet(lost.Get()); }), -23) << step;
         ASSERT_TRUE(first.WaitFor(1));
         Process({"x"});
         ASSERT_TRUE(second.WaitFor(1));
@@ -399,7 +392,7 @@ TEST_F(ControlScanResultsTest, FailedAppendIsThrownAndTheRemainingServicesMissTh
     auto& second = CollectAll("b");
     const auto lost = Tests::MakeResultSet({"x"});
     faults.Set("yArrayList_Add", yERROR_FULL);
-    EXPECT_EQ(StatusOf([&] { results->ProcessResultSet(lost.Get()); }), yERROR_FULL);
+    EXPECT_EQ(Tests::StatusOf([&] { results->ProcessResultSet(lost.Get()); }), yERROR_FULL);
     EXPECT_EQ(yObject_ShareCount(lost.Get()), 1);
     Process({"y"});
     ASSERT_TRUE(first.WaitFor(1));
@@ -412,7 +405,7 @@ TEST_F(ControlScanResultsTest, LockThatCantBeEnteredIsThrownWithItsStatus) {
     const auto set = Tests::MakeResultSet({"x"});
     for (const unsigned skip : {0U, 1U, 2U}) {
         faults.SetHere("yLock_Enter", -24, skip);
-        EXPECT_EQ(StatusOf([&] { results->ProcessResultSet(set.Get()); }), -24) << skip;
+        EXPECT_EQ(Tests::StatusOf([&] { results->ProcessResultSet(set.Get()); }), -24) << skip;
         yFault_Clear();
     }
     Vor::Event<void*>::CallbackId id;
@@ -425,7 +418,7 @@ TEST_F(ControlScanResultsTest, LockThatCantBeEnteredIsThrownWithItsStatus) {
     };
     for (const auto& call : calls) {
         faults.SetHere("yLock_Enter", -25);
-        EXPECT_EQ(StatusOf(call), -25);
+        EXPECT_EQ(Tests::StatusOf(call), -25);
     }
 }
 
@@ -479,10 +472,10 @@ TEST_F(ControlScanResultsTest, ListensToTheHubWhileItLives) {
     auto& collector = CollectAll("a");
     hub.Publish(Tests::MakeResultSet({"x"}).Get());
     EXPECT_TRUE(collector.WaitFor(1));
-    EXPECT_TRUE(hub.Drain(deadline));
+    EXPECT_TRUE(hub.Drain(Deadline));
     results.reset();
     EXPECT_EQ(hub.ResultHandlerCount(), 0U);
-    EXPECT_EQ(Tests::CountThreads(threadName), 0U);
+    EXPECT_EQ(Tests::CountThreads(Tests::ScanResultsThread), 0U);
 }
 
 TEST_F(ControlScanResultsTest, FailureOfTheHubAtTheEndIsLoggedAndSwallowed) {
@@ -503,7 +496,7 @@ TEST_F(ControlScanResultsTest, ServicesComeAndGoWhileTheHubPublishes) {
         const auto set = Tests::MakeResultSet({"x", "y"});
         while (!stop) {
             hub.Publish(set.Get());
-            hub.Drain(deadline);
+            hub.Drain(Deadline);
         }
     });
     std::vector<std::thread> services;

@@ -1,4 +1,5 @@
 #include "VorControl/Control/ControlSystemInterface.h"
+
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/FakeCore.h"
 #include "Tests/Support/TempFolder.h"
@@ -7,11 +8,12 @@
 #include "yApi/yObject.h"
 
 #include <functional>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <string>
 #include <typeinfo>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;

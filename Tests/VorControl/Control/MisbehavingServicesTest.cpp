@@ -1,3 +1,4 @@
+#include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MemoryStore.h"
 #include "Tests/Support/TestService.h"
@@ -6,11 +7,11 @@
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+
+#include <gtest/gtest.h>
 
 using Tests::TestPlugin;
 using Tests::TestService;
@@ -26,7 +27,7 @@ protected:
     MisbehavingServicesTest() { TestPlugin().Add("well", well).Publish(plugins); }
 
     const VorPlugin::PluginLib& Load(const std::string& name) {
-        return plugins.Load(std::filesystem::path(VOR_BINARY_DIR) / "test-plugins" / (name + ".so"));
+        return plugins.Load(Tests::BuiltFile("test-plugins/" + name + ".so"));
     }
 
     void Build() { module = std::make_unique<ControlModule>(plugins, environ.Record()); }

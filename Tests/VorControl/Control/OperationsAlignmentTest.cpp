@@ -1,7 +1,5 @@
-#include "VorControl/Control/ControlProtocolOperations.h"
-
 #include "Tests/VorControl/Control/OperationsFixture.h"
-
+#include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorScan/AlignCompletionStatus.h"
 
 #include <atomic>

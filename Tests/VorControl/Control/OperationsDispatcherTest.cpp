@@ -1,8 +1,6 @@
-#include "VorControl/Control/ControlProtocolOperations.h"
-
 #include "Tests/Support/MainLoopThread.h"
 #include "Tests/VorControl/Control/OperationsFixture.h"
-
+#include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorScan/AlignCompletionStatus.h"
 #include "yApi/yObject.h"
 
@@ -162,8 +160,8 @@ TEST(OperationsOfARunningLoopTest, TheObjectGoesAfterAnActionThatIsRunning) {
 }
 
 TEST(OperationsUnderLoadTest, ManyProtocolsRaceForTheSlotAndEachThatGetsItIsToldOneEnd) {
-    constexpr int protocols = 4;
-    constexpr int attempts = 300;
+    constexpr int Protocols = 4;
+    constexpr int Attempts = 300;
     Tests::MainLoopThread loop;
     Tests::FakeSystemInterface system;
     Tests::FakeScanEngineInterface scanEngine;
@@ -180,7 +178,7 @@ TEST(OperationsUnderLoadTest, ManyProtocolsRaceForTheSlotAndEachThatGetsItIsTold
     std::optional<ControlProtocolOperations> operations;
     operations.emplace(system, scanEngine, runtimeCache);
     std::vector<std::thread> threads;
-    for (int i = 0; i < protocols; ++i) {
+    for (int i = 0; i < Protocols; ++i) {
         threads.emplace_back([&, id = "p" + std::to_string(i)] {
             released.Wait();
             // Its handler comes while others are told their ends.
@@ -190,7 +188,7 @@ TEST(OperationsUnderLoadTest, ManyProtocolsRaceForTheSlotAndEachThatGetsItIsTold
                 ++ownEnded;
             });
             int own = 0;
-            for (int attempt = 0; attempt < attempts; ++attempt) {
+            for (int attempt = 0; attempt < Attempts; ++attempt) {
                 if (!Tests::FailureOf([&] { operations->StartScan(id); })) {
                     ++started;
                     ++own;

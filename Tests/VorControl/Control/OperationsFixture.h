@@ -1,7 +1,5 @@
 #pragma once
 
-#include "VorControl/Control/ControlProtocolOperations.h"
-
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/FakeScanEngineInterface.h"
 #include "Tests/Support/FakeSystemInterface.h"
@@ -11,8 +9,7 @@
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 #include "VorCommon/RuntimeCache.h"
-
-#include <gtest/gtest.h>
+#include "VorControl/Control/ControlProtocolOperations.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -22,6 +19,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace Tests {
 

@@ -1,8 +1,6 @@
-#include "VorControl/Control/ControlProtocolOperations.h"
-
 #include "Tests/VorControl/Control/OperationsFixture.h"
-
 #include "VorApi/Object.h"
+#include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorMsg/VvNullMsg.h"
 
 #include <optional>
@@ -15,7 +13,7 @@ using Block = VorCommon::RuntimeCache::MainLoopBlock;
 
 namespace {
 
-constexpr unsigned long long timeout = 1000000;
+constexpr unsigned long long Timeout = 1000000;
 
 class OperationsReadsTest : public Tests::OperationsFixture {
 protected:
@@ -46,14 +44,14 @@ protected:
 
     /// Each read gives what the system tells.
     void ReadAll() {
-        EXPECT_EQ(operations->LocalNodeDateTime(timeout), 1234567890123456);
-        EXPECT_EQ(operations->LocalNodeNtpHost(timeout), "time.host");
-        EXPECT_TRUE(operations->LocalNodeSyncTime("other", timeout));
+        EXPECT_EQ(operations->LocalNodeDateTime(Timeout), 1234567890123456);
+        EXPECT_EQ(operations->LocalNodeNtpHost(Timeout), "time.host");
+        EXPECT_TRUE(operations->LocalNodeSyncTime("other", Timeout));
         System::ControlDataSourceProperties out;
         out.name = "former";
-        operations->DataSourceProperties("profile/max", out, timeout);
+        operations->DataSourceProperties("profile/max", out, Timeout);
         ExpectEqual(out, source);
-        const Vor::Object job = Vor::Object::Take(operations->LiveJob(timeout));
+        const Vor::Object job = Vor::Object::Take(operations->LiveJob(Timeout));
         EXPECT_EQ(job.Get(), system.liveJob.Get());
         EXPECT_EQ(yObject_ShareCount(job.Get()), 2);
         EXPECT_EQ(system.TakeCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other",
@@ -62,17 +60,17 @@ protected:
 
     /// Each read gives what stands for no answer.
     void ExpectNoAnswers() {
-        EXPECT_EQ(operations->LocalNodeDateTime(timeout), 0);
-        EXPECT_EQ(operations->LocalNodeNtpHost(timeout), "");
-        EXPECT_FALSE(operations->LocalNodeSyncTime("other", timeout));
+        EXPECT_EQ(operations->LocalNodeDateTime(Timeout), 0);
+        EXPECT_EQ(operations->LocalNodeNtpHost(Timeout), "");
+        EXPECT_FALSE(operations->LocalNodeSyncTime("other", Timeout));
         System::ControlDataSourceProperties out = source;
-        operations->DataSourceProperties("profile/max", out, timeout);
+        operations->DataSourceProperties("profile/max", out, Timeout);
         ExpectEqual(out, {});
-        EXPECT_EQ(operations->LiveJob(timeout), nullptr);
-        operations->AddDataSourceEventHandler(handlers, ids, timeout);
+        EXPECT_EQ(operations->LiveJob(Timeout), nullptr);
+        operations->AddDataSourceEventHandler(handlers, ids, Timeout);
         EXPECT_FALSE(ids.created.IsSet() || ids.deleted.IsSet() || ids.updated.IsSet());
         ids.created = other;
-        operations->RemoveDataSourceEventHandler(ids, timeout);
+        operations->RemoveDataSourceEventHandler(ids, Timeout);
         EXPECT_TRUE(ids.created.IsSet());
     }
 
@@ -119,7 +117,7 @@ TEST_F(OperationsReadsTest, WhileTheMainLoopIsBlockedAReadRunsInPlaceOnTheCaller
     std::thread([&] {
         caller = std::this_thread::get_id();
         ReadAll();
-        operations->RemoveDataSourceEventHandler(ids, timeout);
+        operations->RemoveDataSourceEventHandler(ids, Timeout);
     }).join();
     EXPECT_EQ(where, std::vector<std::thread::id>(6, caller));
     EXPECT_EQ(loop.RunReady(), 0U);
@@ -133,8 +131,8 @@ TEST_F(OperationsReadsTest, FromAnotherThreadAReadRunsOnTheMainLoop) {
 }
 
 TEST_F(OperationsReadsTest, ASubscriptionIsMadeAndEndedOnTheMainLoopFromAnyThread) {
-    const auto subscribe = [&] { operations->AddDataSourceEventHandler(handlers, ids, timeout); };
-    const auto unsubscribe = [&] { operations->RemoveDataSourceEventHandler(ids, timeout); };
+    const auto subscribe = [&] { operations->AddDataSourceEventHandler(handlers, ids, Timeout); };
+    const auto unsubscribe = [&] { operations->RemoveDataSourceEventHandler(ids, Timeout); };
     for (const bool onMainLoop : {true, false}) {
         SCOPED_TRACE(onMainLoop);
         onMainLoop ? subscribe() : OnOtherThread(subscribe);
@@ -151,8 +149,8 @@ TEST_F(OperationsReadsTest, ASubscriptionIsMadeAndEndedOnTheMainLoopFromAnyThrea
 
 TEST_F(OperationsReadsTest, WhileTheMainLoopIsBlockedNoSubscriptionIsMade) {
     const Block block(runtimeCache);
-    operations->AddDataSourceEventHandler(handlers, ids, timeout);
-    std::thread([&] { operations->AddDataSourceEventHandler(handlers, ids, timeout); }).join();
+    operations->AddDataSourceEventHandler(handlers, ids, Timeout);
+    std::thread([&] { operations->AddDataSourceEventHandler(handlers, ids, Timeout); }).join();
     EXPECT_FALSE(ids.created.IsSet() || ids.deleted.IsSet() || ids.updated.IsSet());
     EXPECT_EQ(loop.RunReady(), 0U);
     EXPECT_TRUE(system.TakeCalls().empty());
@@ -163,7 +161,7 @@ TEST_F(OperationsReadsTest, WithoutAnAnswerInTimeAReadGivesItsDefaultAndNeverRun
     OnOtherThread([&] { ExpectNoAnswers(); },
                   [&] {
                       // The loop is busy for longer than any of them waits.
-                      loop.Elapse(std::chrono::microseconds(timeout));
+                      loop.Elapse(std::chrono::microseconds(Timeout));
                       std::this_thread::yield();
                   });
     loop.RunReady();
@@ -183,11 +181,11 @@ TEST_F(OperationsReadsTest, ATimeOutOfZeroDoesNotWait) {
 TEST_F(OperationsReadsTest, ATimeOutDoesNotEndBeforeItsTime) {
     Tests::Signal done;
     std::thread caller([&] {
-        EXPECT_EQ(operations->LocalNodeDateTime(timeout), 1234567890123456);
+        EXPECT_EQ(operations->LocalNodeDateTime(Timeout), 1234567890123456);
         done.Set();
     });
     ASSERT_TRUE(loop.WaitReady());
-    loop.Elapse(std::chrono::microseconds(timeout - 1));
+    loop.Elapse(std::chrono::microseconds(Timeout - 1));
     EXPECT_FALSE(done.IsSet());
     loop.RunReady();
     caller.join();
@@ -196,29 +194,29 @@ TEST_F(OperationsReadsTest, ATimeOutDoesNotEndBeforeItsTime) {
 TEST_F(OperationsReadsTest, WhatARunningReadFindsTooLateIsNotLost) {
     // The time passes while the read runs, so whether its caller still sees it is open; what it holds isn't.
     system.OnCall([&](const std::string&) {
-        loop.Elapse(std::chrono::microseconds(timeout));
+        loop.Elapse(std::chrono::microseconds(Timeout));
         std::this_thread::yield();
     });
     OnOtherThread([&] {
-        Vor::Object::Take(operations->LiveJob(timeout));
+        Vor::Object::Take(operations->LiveJob(Timeout));
         EXPECT_EQ(yObject_ShareCount(system.liveJob.Get()), 1);
     });
-    OnOtherThread([&] { operations->AddDataSourceEventHandler(handlers, ids, timeout); });
+    OnOtherThread([&] { operations->AddDataSourceEventHandler(handlers, ids, Timeout); });
     EXPECT_TRUE(ids.created.IsSet());
     EXPECT_EQ(system.created.Count(), 1U);
-    OnOtherThread([&] { operations->RemoveDataSourceEventHandler(ids, timeout); });
+    OnOtherThread([&] { operations->RemoveDataSourceEventHandler(ids, Timeout); });
     EXPECT_FALSE(ids.created.IsSet());
     EXPECT_EQ(system.created.Count(), 0U);
 }
 
 TEST_F(OperationsReadsTest, WhatAReadThrowsIsThrown) {
     System::ControlDataSourceProperties out = source;
-    EXPECT_FAILURE(operations->DataSourceProperties("unknown", out, timeout), yERROR_NOT_FOUND,
+    EXPECT_FAILURE(operations->DataSourceProperties("unknown", out, Timeout), yERROR_NOT_FOUND,
                    "no data source unknown");
     ExpectEqual(out, {});
     OnOtherThread([&] {
         out = source;
-        EXPECT_FAILURE(operations->DataSourceProperties("unknown", out, timeout), yERROR_NOT_FOUND,
+        EXPECT_FAILURE(operations->DataSourceProperties("unknown", out, Timeout), yERROR_NOT_FOUND,
                        "no data source unknown");
         ExpectEqual(out, {});
     });
@@ -226,14 +224,14 @@ TEST_F(OperationsReadsTest, WhatAReadThrowsIsThrown) {
 
 TEST_F(OperationsReadsTest, AWaitThatFailsOtherwiseThanByItsTimeIsThrown) {
     faults.Set("AsyncRunner_RunAndWait", -31);
-    std::thread([&] { EXPECT_TEXTLESS_FAILURE(operations->LocalNodeDateTime(timeout), -31); }).join();
+    std::thread([&] { EXPECT_TEXTLESS_FAILURE(operations->LocalNodeDateTime(Timeout), -31); }).join();
     EXPECT_TRUE(system.TakeCalls().empty());
 }
 
 TEST_F(OperationsReadsTest, TheNameMayBeThatOfTheRecordToBeFilled) {
     System::ControlDataSourceProperties out;
     out.name = "profile/max";
-    operations->DataSourceProperties(out.name, out, timeout);
+    operations->DataSourceProperties(out.name, out, Timeout);
     ExpectEqual(out, source);
 }
 

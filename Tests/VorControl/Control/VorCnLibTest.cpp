@@ -3,9 +3,9 @@
 #include "yApi/yFault.h"
 #include "yApi/yPlatformLibs.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include "Tests/Support/Failure.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <cstddef>
+
+#include <gtest/gtest.h>
 
 using namespace VorControl::ControlProtocol;
 

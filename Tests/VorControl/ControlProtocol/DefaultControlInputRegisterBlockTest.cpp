@@ -10,20 +10,20 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultControlInputRegisterBlockInfo.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
 #include <numeric>
 #include <string>
 
+#include <gtest/gtest.h>
+
 using namespace Tests;
 
 namespace {
 
-constexpr const char* sourceText = "Insufficient source buffer size available for data deserialization.";
-constexpr const char* destinationText = "Insufficient destination buffer available for data deserialization output.";
-constexpr const char* noJobText = "Unable to load job file because no job file name was given.";
+constexpr const char* SourceText = "Insufficient source buffer size available for data deserialization.";
+constexpr const char* DestinationText = "Insufficient destination buffer available for data deserialization output.";
+constexpr const char* NoJobText = "Unable to load job file because no job file name was given.";
 
 /// A command input of the given width, which reads up to 65 registers.
 template <class Block = DefaultControlInputRegisterBlock>
@@ -158,9 +158,9 @@ TEST(DefaultControlInputRegisterBlock, ALoadWithoutAJobNameIsRefusedAndTold) {
         auto info = Type(width, true, static_cast<unsigned short>(65 * width));
         const Bytes head = width == 1 ? Bytes{0, 0, 5, 0} : Bytes{0, 0, 0, 5};
         EXPECT_TEXTLESS_FAILURE(Read(info, Command(head, std::string(1, '\0'), 130, width)), yERROR_PARAMETER);
-        ASSERT_EQ(log.Count(0x8000000100000002, noJobText), 1U);
+        ASSERT_EQ(log.Count(0x8000000100000002, NoJobText), 1U);
         EXPECT_EQ(log.Records().front().title, "Jobs");
-        EXPECT_TRUE(WasTranslated("beApp.ctrl", noJobText));
+        EXPECT_TRUE(WasTranslated("beApp.ctrl", NoJobText));
     }
 }
 
@@ -199,11 +199,11 @@ TEST(DefaultControlInputRegisterBlock, ASourceThatIsCutIsRefusedAtEveryLengthAnd
     const auto source = Command({0, 0, 1, 0}, "", 500);
     for (std::size_t size = 0; size < 67; ++size) {
         EXPECT_FAILURE(Read(info, Bytes(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(size))),
-                       yERROR_SIZE, sourceText);
+                       yERROR_SIZE, SourceText);
     }
     for (std::size_t size = 0; size < 496; ++size) {
         EXPECT_FAILURE(Read(large, Bytes(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(size))),
-                       yERROR_SIZE, sourceText);
+                       yERROR_SIZE, SourceText);
     }
     EXPECT_EQ(Read(info, Bytes(source.begin(), source.begin() + 67)).commandId, 1);
     EXPECT_EQ(Read(info, Bytes(source.begin(), source.begin() + 68)).commandId, 1);
@@ -214,7 +214,7 @@ TEST(DefaultControlInputRegisterBlock, ASourceThatIsCutIsRefusedAtEveryLengthAnd
 TEST(DefaultControlInputRegisterBlock, TheSourceIsMeasuredInBytesWhateverTheWidth) {
     auto info = Type(2, true, 67);
     EXPECT_EQ(Read(info, Command({0, 0, 0, 1}, "", 67)).commandId, 1);
-    EXPECT_FAILURE(Read(info, Command({0, 0, 0, 1}, "", 66)), yERROR_SIZE, sourceText);
+    EXPECT_FAILURE(Read(info, Command({0, 0, 0, 1}, "", 66)), yERROR_SIZE, SourceText);
 }
 
 TEST(DefaultControlInputRegisterBlock, AJobNameInWideRegistersEndsWithTheSource) {
@@ -231,10 +231,10 @@ TEST(DefaultControlInputRegisterBlock, AJobNameInWideRegistersEndsWithTheSource)
 TEST(DefaultControlInputRegisterBlock, ATypeThatAsksForLessThanItsBlockReadsDoesntReadBeyondTheSource) {
     auto info = Type(1, true, 0);
     for (std::size_t size = 0; size < 4; ++size) {
-        EXPECT_FAILURE(Read(info, Bytes(size, 1)), yERROR_SIZE, sourceText);
+        EXPECT_FAILURE(Read(info, Bytes(size, 1)), yERROR_SIZE, SourceText);
     }
     EXPECT_EQ(Read(info, Bytes{0, 0, 1, 0}).commandId, 1);
-    EXPECT_FAILURE(Read(info, Command({0, 0, 9, 0}, "", 66)), yERROR_SIZE, sourceText);
+    EXPECT_FAILURE(Read(info, Command({0, 0, 9, 0}, "", 66)), yERROR_SIZE, SourceText);
     EXPECT_EQ(Read(info, Command({0, 0, 9, 0}, "", 67)).commandArgsSize, 63U);
     EXPECT_EQ(Text(Read(info, Bytes{0, 0, 5, 0, 'a', 'b'})), "ab");
     EXPECT_TEXTLESS_FAILURE(Read(info, Bytes{0, 0, 5, 0}), yERROR_PARAMETER);
@@ -247,10 +247,10 @@ TEST(DefaultControlInputRegisterBlock, ADestinationOfAnotherSizeIsRefusedAndUnto
     auto destination = Canary(505);
     for (const std::size_t size : {0, 503, 505}) {
         EXPECT_FAILURE(block->Deserialize(destination.data(), size, source.data(), source.size()), yERROR_SIZE,
-                       destinationText);
+                       DestinationText);
     }
     EXPECT_EQ(destination, Canary(505));
-    EXPECT_FAILURE(block->Deserialize(destination.data(), 0, source.data(), 66), yERROR_SIZE, sourceText);
+    EXPECT_FAILURE(block->Deserialize(destination.data(), 0, source.data(), 66), yERROR_SIZE, SourceText);
 }
 
 TEST(DefaultControlInputRegisterBlock, AFailureToClearOrToCopyIsThrown) {

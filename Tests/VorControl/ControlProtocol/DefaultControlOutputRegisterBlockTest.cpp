@@ -20,7 +20,7 @@ Bytes Serialized(ProtocolRegisterBlockInfo& info) {
     return buffer;
 }
 
-ProtocolRegisterBlockInfo Wide(bool bigEndian) {
+ProtocolRegisterBlockInfo WideOutput(bool bigEndian) {
     auto params = TypeParams<DefaultControlOutputRegisterBlock>("wide", 3);
     params.bytesPerRegister = 2;
     params.isProtocolBigEndian = bigEndian;
@@ -37,9 +37,9 @@ TEST(DefaultControlOutputRegisterBlock, WritesThreeRegistersOfOneByte) {
 }
 
 TEST(DefaultControlOutputRegisterBlock, WritesTwoOfThreeRegistersOfTwoBytes) {
-    auto big = Wide(true);
+    auto big = WideOutput(true);
     EXPECT_EQ(Serialized(big), (Bytes{0x34, 0x12, 0x03, 0x00, 0xA5, 0xA5, 0xA5}));
-    auto little = Wide(false);
+    auto little = WideOutput(false);
     EXPECT_EQ(Serialized(little), (Bytes{0x34, 0x12, 0x03, 0x00, 0xA5, 0xA5, 0xA5}));
 }
 

@@ -33,9 +33,9 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUserDataInputRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUserDataInputRegisterBlockInfo.h"
 
-#include <gtest/gtest.h>
-
 #include <typeinfo>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 

@@ -12,16 +12,16 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 using Input = ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData;
 
 namespace {
 
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
 /// What the block makes of the item, and behind it two bytes of canary that must have stayed.
 Bytes Serialized(ProtocolRegisterBlockInfo& info, const Vor::Object& item, unsigned int outputMode = 0,
@@ -89,13 +89,13 @@ TEST(MeasurementValueBlock, MissingOrUnspeakableValueIsTheInvalidOne) {
     DefaultMeasurementValueRegisterBlockInfo info;
     const Bytes invalid{0x80, 0x00, 0x00, 0x00};
     EXPECT_EQ(Serialized(info, Item(19, Null())), invalid);
-    EXPECT_EQ(Serialized(info, MeasureItem(notANumber, 1)), invalid);
+    EXPECT_EQ(Serialized(info, MeasureItem(NotANumber, 1)), invalid);
     EXPECT_EQ(Serialized(info, MeasureItem(std::numeric_limits<double>::infinity(), 1)), invalid);
     EXPECT_EQ(Serialized(info, MeasureItem(2147483.648, 1)), invalid);
     EXPECT_EQ(Serialized(info, MeasureItem(2147483.647, 1)), (Bytes{0x7F, 0xFF, 0xFF, 0xFF}));
     EXPECT_EQ(Serialized(info, Item(19, ArrayOf(Null()))), invalid);
     info.SetIsProtocolBigEndian(false);
-    EXPECT_EQ(Serialized(info, MeasureItem(notANumber, 1)), (Bytes{0x00, 0x00, 0x00, 0x80}));
+    EXPECT_EQ(Serialized(info, MeasureItem(NotANumber, 1)), (Bytes{0x00, 0x00, 0x00, 0x80}));
 }
 
 TEST(MeasurementValueBlock, WritesTheFirstOfAnArray) {
@@ -122,7 +122,7 @@ TEST(MeasurementDecisionBlock, WritesTheMessagesDecision) {
     DefaultMeasurementDecisionRegisterBlockInfo info;
     EXPECT_EQ(Serialized(info, MeasureItem(1.5, 1)), (Bytes{1}));
     EXPECT_EQ(Serialized(info, MeasureItem(1.5, 0)), (Bytes{0}));
-    EXPECT_EQ(Serialized(info, MeasureItem(notANumber, 0x83)), (Bytes{0x83}));
+    EXPECT_EQ(Serialized(info, MeasureItem(NotANumber, 0x83)), (Bytes{0x83}));
     EXPECT_EQ(Serialized(info, Item(19, Null())), (Bytes{2}));
 }
 
@@ -154,7 +154,7 @@ TEST(MeasurementBlock, MissingOrUnspeakableValueDropsTheMessagesDecision) {
     DefaultMeasurementValueAndDecisionRegisterBlockInfo info;
     const Bytes invalid{0x80, 0x00, 0x00, 0x00, 0x02};
     EXPECT_EQ(Serialized(info, Item(19, Null())), invalid);
-    EXPECT_EQ(Serialized(info, MeasureItem(notANumber, 1)), invalid);
+    EXPECT_EQ(Serialized(info, MeasureItem(NotANumber, 1)), invalid);
     EXPECT_EQ(Serialized(info, MeasureItem(-2147483.649, 1)), invalid);
     info.SetIsProtocolBigEndian(false);
     EXPECT_EQ(Serialized(info, Item(19, Null())), (Bytes{0x00, 0x00, 0x00, 0x80, 0x02}));

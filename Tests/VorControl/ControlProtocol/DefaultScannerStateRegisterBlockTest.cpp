@@ -5,9 +5,9 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultScannerStateRegisterBlockInfo.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 
@@ -33,7 +33,7 @@ Bytes Serialized(ProtocolRegisterBlockInfo& info, const DefaultScannerStateData&
 }
 
 template <class Block = DefaultScannerStateRegisterBlock>
-ProtocolRegisterBlockInfo Wide(bool bigEndian) {
+ProtocolRegisterBlockInfo WideScannerState(bool bigEndian) {
     auto params = TypeParams<Block>("wide", 10);
     params.bytesPerRegister = 2;
     params.isProtocolBigEndian = bigEndian;
@@ -62,10 +62,10 @@ TEST(DefaultScannerStateRegisterBlock, WritesTheGreatestAndTheLeastValues) {
 }
 
 TEST(DefaultScannerStateRegisterBlock, InWideRegistersTheSecondByteOverlapsTheFirst) {
-    auto big = Wide(true);
+    auto big = WideScannerState(true);
     EXPECT_EQ(Serialized(big, State()), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0x12, 0x11,
                                                0x14, 0x13, 0x16, 0x15, 0x18, 0x17, 0x31, 0x32, 0x00, 0xA5}));
-    auto little = Wide(false);
+    auto little = WideScannerState(false);
     EXPECT_EQ(Serialized(little, State()), (Bytes{0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x18, 0x17,
                                                   0x16, 0x15, 0x14, 0x13, 0x12, 0x11, 0x31, 0x32, 0x00, 0xA5}));
 }
@@ -80,7 +80,7 @@ TEST(DefaultScannerStateRegisterBlock, ADerivedBlockMayPlaceTheFieldsWithoutOver
                                                 .firstScannerByte = 0,
                                                 .secondScannerByte = 2}) {}
     };
-    auto info = Wide<Placed>(false);
+    auto info = WideScannerState<Placed>(false);
     EXPECT_EQ(Serialized(info, State()), (Bytes{0x31, 0,    0x32, 0,    0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
                                                 0xFF, 0xFF, 0x18, 0x17, 0x16, 0x15, 0x14, 0x13, 0x12, 0x11}));
 }

@@ -6,10 +6,10 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultSystemStateRegisterBlockInfo.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <string>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 
@@ -40,7 +40,7 @@ Bytes Serialized(ProtocolRegisterBlockInfo& info, const DefaultSystemStateData& 
 }
 
 template <class Block = DefaultSystemStateRegisterBlock>
-ProtocolRegisterBlockInfo Wide(bool bigEndian) {
+ProtocolRegisterBlockInfo WideSystemState(bool bigEndian) {
     auto params = TypeParams<Block>("wide", 76);
     params.bytesPerRegister = 2;
     params.isProtocolBigEndian = bigEndian;
@@ -119,7 +119,7 @@ TEST(DefaultSystemStateRegisterBlock, TheLengthDecidesWhatIsAName) {
 TEST(DefaultSystemStateRegisterBlock, InWideRegistersTheFileNamePrevailsOverTheFieldsThatItOverlaps) {
     for (const bool bigEndian : {true, false}) {
         SCOPED_TRACE(bigEndian);
-        auto info = Wide(bigEndian);
+        auto info = WideSystemState(bigEndian);
         const auto& value = bigEndian ? wideBigValue : littleValue;
         // The length's second byte is the name's first: cleared with it.
         EXPECT_EQ(Serialized(info, State("")), Join({value, {0x21, 0}, Bytes(128, 0), Canary(14)}));
@@ -146,7 +146,7 @@ TEST(DefaultSystemStateRegisterBlock, ADerivedBlockMayPlaceTheFieldsWithoutOverl
                                                .secondStateByte = 140,
                                                .thirdStateByte = 142}) {}
     };
-    auto info = Wide<Placed>(false);
+    auto info = WideSystemState<Placed>(false);
     EXPECT_EQ(Serialized(info, State("a")),
               Join({littleValue, {0x21, 0, 1, 0, 'a', 0}, Bytes(126, 0), {0x22, 0, 0x23, 0}, Canary(8)}));
 }

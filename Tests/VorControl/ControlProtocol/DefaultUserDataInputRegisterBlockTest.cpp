@@ -6,10 +6,10 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultUserDataInputRegisterBlockInfo.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <numeric>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 

@@ -13,7 +13,7 @@
 
 namespace Tests {
 
-constexpr int noId = 65535;
+constexpr int NoId = 65535;
 
 /// Entries whose numbers never wrap: a dictionary.
 template <class IdType>
@@ -101,7 +101,7 @@ private:
 template <class Store>
 class OutputMapModel {
     using Id = typename Store::Id;
-    static constexpr bool isNumeric = std::is_integral_v<Id>;
+    static constexpr bool IsNumeric = std::is_integral_v<Id>;
 
 public:
     explicit OutputMapModel(std::size_t maxCount)
@@ -117,7 +117,7 @@ public:
         if (HasSource(source)) {
             return yERROR_ALREADY_EXISTS;
         }
-        if (Has(id) && !isNumeric) {
+        if (Has(id) && !IsNumeric) {
             return yERROR_UNIMPLEMENTED;
         }
         if (Has(id) && !autoShift) {
@@ -133,7 +133,7 @@ public:
     /// Writes the ids into the request as the map does.
     yStatus AddAll(std::vector<std::pair<Id, std::string>>& request) {
         yStatus status = yOK;
-        if constexpr (isNumeric) {
+        if constexpr (IsNumeric) {
             auto nextId = Entries().empty() ? Id{0} : static_cast<Id>(Entries().back().first + 1);
             for (auto& [id, source] : request) {
                 if (IsFull()) {
@@ -178,14 +178,14 @@ public:
         if (ids[0] == ids[1]) {
             return yOK;
         }
-        if (!isNumeric && Has(ids[1])) {
+        if (!IsNumeric && Has(ids[1])) {
             return yERROR_CONFLICT;
         }
         if (!Has(ids[0])) {
             return yERROR_NOT_FOUND;
         }
         const auto source = store.SourceOf(ids[0]);
-        if constexpr (isNumeric) {
+        if constexpr (IsNumeric) {
             if (Has(ids[1]) && (!autoShift || ids[1] >= 65534)) {
                 return yERROR_PARAMETER;
             }
@@ -195,7 +195,7 @@ public:
     }
 
     void Compact() {
-        if constexpr (isNumeric) {
+        if constexpr (IsNumeric) {
             store.Renumber();
         }
     }
@@ -204,8 +204,8 @@ public:
 
 private:
     static bool IsNone(const Id& id) {
-        if constexpr (isNumeric) {
-            return id == noId;
+        if constexpr (IsNumeric) {
+            return id == NoId;
         } else {
             return id.empty();
         }

@@ -5,11 +5,11 @@
 #include "Tests/VorControl/ControlProtocol/RandomRequests.h"
 #include "Tests/VorControl/ControlProtocol/TestOutputs.h"
 
+#include <ostream>
+
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
-
-#include <ostream>
 
 using namespace Tests;
 using namespace VorControl::ControlProtocol;
@@ -18,7 +18,7 @@ namespace {
 
 enum class Action { Add, AddAll, Remove, RemoveList, RemoveBoth, Update, UpdateList, Compact, Clear };
 
-constexpr const char* actionNames[] = {"Add",    "AddAll",     "Remove",  "RemoveList", "RemoveBoth",
+constexpr const char* ActionNames[] = {"Add",    "AddAll",     "Remove",  "RemoveList", "RemoveBoth",
                                        "Update", "UpdateList", "Compact", "Clear"};
 
 /// A request, of which each action uses what it needs. Ids are numbers for both maps.
@@ -33,7 +33,7 @@ struct Request {
 };
 
 void showValue(const Request& request, std::ostream& out) {
-    out << actionNames[static_cast<int>(request.action)] << "(" << request.id << " " << request.newId << " '"
+    out << ActionNames[static_cast<int>(request.action)] << "(" << request.id << " " << request.newId << " '"
         << request.source << "'" << (request.autoShift ? " shift" : "") << ", ids";
     for (const int id : request.ids) {
         out << " " << id;
@@ -53,9 +53,9 @@ rc::Gen<std::string> SourceGen() {
 /// Close to each other, so that entries meet; `atTheEnd` of the numbers, too, where they wrap.
 rc::Gen<int> IdGen(bool atTheEnd) {
     if (atTheEnd) {
-        return rc::gen::oneOf(rc::gen::inRange(0, 12), rc::gen::inRange(65524, noId + 1));
+        return rc::gen::oneOf(rc::gen::inRange(0, 12), rc::gen::inRange(65524, NoId + 1));
     }
-    return rc::gen::weightedOneOf<int>({{40, rc::gen::inRange(0, 30)}, {1, rc::gen::just(noId)}});
+    return rc::gen::weightedOneOf<int>({{40, rc::gen::inRange(0, 30)}, {1, rc::gen::just(NoId)}});
 }
 
 rc::Gen<std::vector<Request>> RequestsGen(bool atTheEnd) {
@@ -100,7 +100,7 @@ public:
             Remove(IdOf(request.id), {});
             break;
         case Action::RemoveList:
-            Remove(IdOf(noId), IdsOf(request.ids));
+            Remove(IdOf(NoId), IdsOf(request.ids));
             break;
         case Action::RemoveBoth:
             Remove(IdOf(request.id), IdsOf(request.ids));
@@ -126,7 +126,7 @@ public:
 private:
     static Id IdOf(int number) {
         if constexpr (std::is_same_v<Id, std::string>) {
-            return number == noId ? std::string() : "id" + std::to_string(number);
+            return number == NoId ? std::string() : "id" + std::to_string(number);
         } else {
             return static_cast<Id>(number);
         }
@@ -149,7 +149,7 @@ private:
     void AddAll(const Request& request) {
         std::vector<std::pair<Id, std::string>> entries;
         for (std::size_t i = 0; i < request.sources.size(); ++i) {
-            entries.emplace_back(IdOf(i < request.ids.size() ? request.ids[i] : noId), request.sources[i]);
+            entries.emplace_back(IdOf(i < request.ids.size() ? request.ids[i] : NoId), request.sources[i]);
         }
         OutputsArgs args;
         Outputs::Fill(args, entries);

@@ -9,11 +9,11 @@
 #include "yApi/yFault.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 #include <thread>
 #include <typeinfo>
+
+#include <gtest/gtest.h>
 
 using VorCommon::PersistDomain;
 using namespace VorControl::ControlProtocol;

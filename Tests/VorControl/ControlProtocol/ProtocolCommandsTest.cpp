@@ -7,8 +7,6 @@
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
 #include <mutex>
@@ -16,6 +14,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using Vor::UserData::UdiCache;
 using namespace VorControl::ControlProtocol;

@@ -27,7 +27,7 @@ protected:
     Tests::FakeHost fakes{environ.application, scanResults};
 };
 
-constexpr PersistDomain domains[] = {PersistDomain::Job, PersistDomain::Workspace};
+constexpr PersistDomain Domains[] = {PersistDomain::Job, PersistDomain::Workspace};
 
 } // namespace
 
@@ -36,7 +36,7 @@ constexpr PersistDomain domains[] = {PersistDomain::Job, PersistDomain::Workspac
 TEST_F(ProtocolDomainTest, APlainServiceHasNoAnswerForAnyDomain) {
     Tests::TestService plain(Record());
     VorControl::ControlProtocol::IProtocol& service = plain;
-    for (const PersistDomain domain : domains) {
+    for (const PersistDomain domain : Domains) {
         EXPECT_TRUE(service.DataSourceList(domain).empty());
         EXPECT_EQ(service.Params(domain), nullptr);
         EXPECT_EQ(service.ParamsVersion(domain), nullptr);

@@ -6,10 +6,10 @@
 #include "Tests/VorControl/ControlProtocol/TestOutputs.h"
 #include "Vor/JsonSerializer.h"
 
+#include <thread>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include <thread>
 
 using namespace Tests;
 using namespace VorControl::ControlProtocol;
@@ -36,7 +36,7 @@ void Load(IProtocolOutput& map, const json& document) {
     map.EndLock();
 }
 
-json Entry(const json& id, const std::string& source) {
+json EntryDocument(const json& id, const std::string& source) {
     return {{"outputId", id}, {"source", source}};
 }
 
@@ -243,7 +243,7 @@ TEST(ProtocolOutputBase, AtTellsThePlaceBehindTheLastFromThoseBeyond) {
     EXPECT_TEXTLESS_FAILURE(map.At(2), yERROR_NOT_FOUND);
     EXPECT_TEXTLESS_FAILURE(map.At(3), yERROR_PARAMETER);
     const IProtocolOutput& asSeenByOthers = map;
-    EXPECT_EQ(JsonSerializer::Serialize(asSeenByOthers.At(0)), Entry(1, "a"));
+    EXPECT_EQ(JsonSerializer::Serialize(asSeenByOthers.At(0)), EntryDocument(1, "a"));
 }
 
 TEST(ProtocolOutputBase, DataSourcesAreInListOrder) {
@@ -273,7 +273,7 @@ TEST(ProtocolOutputBase, UpdateOfEqualIdsDoesNothingEvenForAnUnknownOne) {
 
 TEST(ProtocolOutputBase, LoadedMapInOrderStaysAsItIs) {
     Filled map({}, 3);
-    const json list = {Entry(1, "a"), Entry(2, ""), Entry(65535, "c")};
+    const json list = {EntryDocument(1, "a"), EntryDocument(2, ""), EntryDocument(65535, "c")};
     Load(map, {{"map", list}});
     EXPECT_NO_THROW(map.CheckLoaded());
     EXPECT_EQ(map.List(), (Entries{{1, "a"}, {2, ""}, {65535, "c"}}));
@@ -282,7 +282,7 @@ TEST(ProtocolOutputBase, LoadedMapInOrderStaysAsItIs) {
 
 TEST(ProtocolOutputBase, LoadedMapIsPutInOrder) {
     Filled map({});
-    Load(map, {{"map", {Entry(5, "a"), Entry(2, "b"), Entry(9, "c"), Entry(0, "d")}}});
+    Load(map, {{"map", {EntryDocument(5, "a"), EntryDocument(2, "b"), EntryDocument(9, "c"), EntryDocument(0, "d")}}});
     EXPECT_NO_THROW(map.CheckLoaded());
     EXPECT_EQ(map.List(), (Entries{{0, "d"}, {2, "b"}, {5, "a"}, {9, "c"}}));
     map.RemoveOne(5);
@@ -290,9 +290,9 @@ TEST(ProtocolOutputBase, LoadedMapIsPutInOrder) {
 
 TEST(ProtocolOutputBase, LoadedTextMapKeepsItemTypesWithTheirEntries) {
     TextOutputs map(10);
-    auto first = Entry("b", "1");
+    auto first = EntryDocument("b", "1");
     first["itemType"] = "one";
-    auto second = Entry("a", "2");
+    auto second = EntryDocument("a", "2");
     second["itemType"] = "two";
     Load(map, {{"map", {first, second}}});
     map.CheckLoaded();
@@ -303,7 +303,9 @@ TEST(ProtocolOutputBase, LoadedTextMapKeepsItemTypesWithTheirEntries) {
 
 TEST(ProtocolOutputBase, LoadedDuplicatesAreDropped) {
     Filled map({});
-    Load(map, {{"map", {Entry(5, "a"), Entry(5, "b"), Entry(2, "a"), Entry(3, "b"), Entry(5, "a")}}});
+    Load(map, {{"map",
+                {EntryDocument(5, "a"), EntryDocument(5, "b"), EntryDocument(2, "a"), EntryDocument(3, "b"),
+                 EntryDocument(5, "a")}}});
     EXPECT_FAILURE(map.CheckLoaded(), yERROR_ALREADY_EXISTS,
                    "Entries of the output map that repeat an id or a source are dropped: 3");
     EXPECT_EQ(map.List(), (Entries{{3, "b"}, {5, "a"}}));
@@ -312,11 +314,11 @@ TEST(ProtocolOutputBase, LoadedDuplicatesAreDropped) {
 
 TEST(ProtocolOutputBase, LoadedSurplusIsDropped) {
     Filled map({}, 2);
-    Load(map, {{"map", {Entry(5, "a"), Entry(4, "b"), Entry(3, "c"), Entry(2, "d")}}});
+    Load(map, {{"map", {EntryDocument(5, "a"), EntryDocument(4, "b"), EntryDocument(3, "c"), EntryDocument(2, "d")}}});
     EXPECT_FAILURE(map.CheckLoaded(), yERROR_FULL,
                    "Entries of the output map beyond its greatest number are dropped: 2");
     EXPECT_EQ(map.List(), (Entries{{4, "b"}, {5, "a"}}));
-    Load(map, {{"map", {Entry(5, "a"), Entry(5, "b"), Entry(3, "c"), Entry(2, "d")}}});
+    Load(map, {{"map", {EntryDocument(5, "a"), EntryDocument(5, "b"), EntryDocument(3, "c"), EntryDocument(2, "d")}}});
     EXPECT_FAILURE(map.CheckLoaded(), yERROR_ALREADY_EXISTS,
                    "Entries of the output map that repeat an id or a source are dropped: 1");
     EXPECT_EQ(map.List(), (Entries{{3, "c"}, {5, "a"}}));

@@ -3,16 +3,16 @@
 #include "VorApi/Params/PropertyValue.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 using namespace VorControl::ControlProtocol;
 
 namespace {
 
-constexpr const char* dropsText =
+constexpr const char* DropsText =
     "Display detected message drops. Try reducing the scan rate of the device to avoid message drops.";
 
 class Metrics : public Vor::Properties::Structure {
@@ -73,7 +73,7 @@ TEST_F(ProtocolProblemsTest, DropsSinceTheStartOfTheScanAreAProblem) {
     service.metrics.dropCount = 6;
     VorGetText::GetInstance().ForgetCalls();
     service.CheckControlDrops(nullptr);
-    EXPECT_EQ(Texts(), std::vector<std::string>{dropsText});
+    EXPECT_EQ(Texts(), std::vector<std::string>{DropsText});
     EXPECT_TRUE(Tests::WasTranslated("beApp.ctrl", "%1$s detected message drops. Try reducing the scan rate of the "
                                                    "device to avoid message drops."));
     EXPECT_EQ(service.LastDropCount(), 5U);

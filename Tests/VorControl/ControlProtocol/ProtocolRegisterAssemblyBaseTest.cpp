@@ -8,10 +8,10 @@
 #include "Vor/Logging.h"
 #include "yApi/yFault.h"
 
+#include <thread>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include <thread>
 
 using namespace Tests;
 using nlohmann::json;
@@ -45,7 +45,7 @@ TEST(RegisterAssembly, ConstructorStoresAttributesAndProperties) {
 }
 
 TEST(RegisterAssembly, BadLimitsAreRefused) {
-    constexpr const char* format =
+    constexpr const char* Format =
         "Minimum output id/address value %1$u and/or maximum output id/address value %2$u are invalid. Check the "
         "id/address field in the connection map.";
     VorGetText::GetInstance().ForgetCalls();
@@ -55,21 +55,21 @@ TEST(RegisterAssembly, BadLimitsAreRefused) {
     EXPECT_FAILURE(TestAssembly(false, 6, 5), yERROR_PARAMETER,
                    "Minimum output id/address value 6 and/or maximum output id/address value 5 are invalid. Check the "
                    "id/address field in the connection map.");
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", format));
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", Format));
     EXPECT_NO_THROW(TestAssembly(true, 5, 5));
     EXPECT_NO_THROW(TestAssembly(true, 0, 65534));
 }
 
 TEST(RegisterAssembly, MissingIdIsRefusedAfterTheLimits) {
-    constexpr const char* text =
+    constexpr const char* Text =
         "Invalid value for register assembly identifier. Check the id/address field in the connection map.";
     VorGetText::GetInstance().ForgetCalls();
-    EXPECT_FAILURE(TestAssembly(true, 0, 1, nullptr), yERROR_PARAMETER, text);
-    EXPECT_FAILURE(TestAssembly(true, 0, 1, ""), yERROR_PARAMETER, text);
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", text));
+    EXPECT_FAILURE(TestAssembly(true, 0, 1, nullptr), yERROR_PARAMETER, Text);
+    EXPECT_FAILURE(TestAssembly(true, 0, 1, ""), yERROR_PARAMETER, Text);
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", Text));
     const auto failure = FailureOf([] { TestAssembly(true, 2, 1, ""); });
     ASSERT_TRUE(failure.has_value());
-    EXPECT_NE(failure->text, text);
+    EXPECT_NE(failure->text, Text);
 }
 
 TEST(RegisterAssembly, LockThatCantBeMadeIsThrown) {

@@ -5,9 +5,9 @@
 #include "Tests/VorControl/ControlProtocol/TestAssembly.h"
 #include "yApi/yFault.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 

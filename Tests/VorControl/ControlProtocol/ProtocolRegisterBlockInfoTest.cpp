@@ -21,7 +21,7 @@ RegisterBlockInfoParams Limits(unsigned short least, unsigned short most) {
     return params;
 }
 
-constexpr const char* categories[] = {"Unknown",
+constexpr const char* Categories[] = {"Unknown",
                                       "Control Input",
                                       "Control Output",
                                       "System",
@@ -87,8 +87,8 @@ TEST(ProtocolRegisterBlockInfo, CategoriesAreOptionsInOrderOfValue) {
     const ProtocolRegisterBlockInfo info(TypeParams("type"));
     const auto category = JsonSerializer::SerializeSchema(info).at("properties").at("category");
     EXPECT_EQ(category.at("enum"), (json{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}));
-    EXPECT_EQ(category.at("enumText"), json(categories));
-    for (const char* text : categories) {
+    EXPECT_EQ(category.at("enumText"), json(Categories));
+    for (const char* text : Categories) {
         EXPECT_TRUE(WasTranslated("com.vorlab.ctrl", text)) << text;
     }
 }

@@ -6,10 +6,10 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 
+#include <limits>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include <limits>
 
 using namespace Tests;
 using nlohmann::json;
@@ -60,8 +60,8 @@ Bytes Invalid(unsigned char width, bool bigEndian, unsigned long long numOfBytes
     return buffer;
 }
 
-constexpr const char* widthText = "Invalid bytes per register found (3)";
-constexpr const char* widthFormat = "Invalid bytes per register found (%1$u)";
+constexpr const char* WidthText = "Invalid bytes per register found (3)";
+constexpr const char* WidthFormat = "Invalid bytes per register found (%1$u)";
 
 } // namespace
 
@@ -377,9 +377,9 @@ TEST(ProtocolRegisterBlock, EachPrimitiveRefusesARegisterOfThreeBytes) {
         const auto failure = FailureOf(call);
         ASSERT_TRUE(failure.has_value()) << function;
         EXPECT_EQ(failure->status, yERROR_PARAMETER);
-        EXPECT_EQ(failure->text, widthText);
+        EXPECT_EQ(failure->text, WidthText);
         EXPECT_EQ(failure->function, function);
-        EXPECT_TRUE(WasTranslated(catalogue, widthFormat)) << function;
+        EXPECT_TRUE(WasTranslated(catalogue, WidthFormat)) << function;
         EXPECT_EQ(buffer, Canary(8));
     };
     expect("SerializeValue", "beApp.ctrl", [&] { block.SerializeValue(buffer.data(), 0, 1, true); });

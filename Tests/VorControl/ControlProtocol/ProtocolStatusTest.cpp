@@ -6,10 +6,10 @@
 #include "Vor/Logging.h"
 #include "yApi/yStatus.h"
 
-#include <gtest/gtest.h>
-
 #include <exception>
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using Tests::TestService;
 using VorControl::ControlProtocol::NonPersistentProperties;

@@ -2,10 +2,10 @@
 
 #include "Vor/LogOutput.h"
 
-#include <rapidcheck.h>
-
 #include <cstdlib>
 #include <vector>
+
+#include <rapidcheck.h>
 
 namespace Tests {
 

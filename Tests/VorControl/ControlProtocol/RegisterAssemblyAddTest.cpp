@@ -4,15 +4,15 @@
 #include "Vor/Logging.h"
 #include "yApi/yFault.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 
 namespace {
 
-constexpr const char* nothingAdded = "No data sources were added.";
+constexpr const char* NothingAdded = "No data sources were added.";
 
 /// Adds one entry, which must fail; gives its text from the user's log.
 std::string LoggedFailure(TestAssembly& assembly, const Entry& entry, bool autoShift = false) {
@@ -22,16 +22,16 @@ std::string LoggedFailure(TestAssembly& assembly, const Entry& entry, bool autoS
         return "nothing was thrown";
     }
     EXPECT_EQ(failure->status, yERROR);
-    EXPECT_EQ(failure->text, nothingAdded);
-    std::string text;
+    EXPECT_EQ(failure->text, NothingAdded);
+    std::string Text;
     for (const auto& record : log.Records()) {
         if (record.level == 0x8000000100000001) {
             EXPECT_EQ(record.title, "VorControl");
             EXPECT_EQ(record.format, "%1$s");
-            text = record.text;
+            Text = record.text;
         }
     }
-    return text;
+    return Text;
 }
 
 class ThrowingBlock : public OpenBlock {
@@ -100,11 +100,11 @@ TEST(RegisterAssemblyAdd, MissingTypeIsLogged) {
     TestAssembly assembly(true);
     assembly.WithTypes();
     VorGetText::GetInstance().ForgetCalls();
-    constexpr const char* text =
+    constexpr const char* Text =
         "Data source type is missing from the add request. Please include the data source type in the request.";
-    EXPECT_EQ(LoggedFailure(assembly, {""}), text);
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", text));
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", nothingAdded));
+    EXPECT_EQ(LoggedFailure(assembly, {""}), Text);
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", Text));
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", NothingAdded));
     EXPECT_TRUE(WasTranslated("control", "%1$s"));
 }
 

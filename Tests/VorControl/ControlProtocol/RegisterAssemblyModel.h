@@ -35,7 +35,7 @@ class RegisterAssemblyModel {
 public:
     using Blocks = std::vector<ModelBlock>;
     using Outcome = std::pair<yStatus, int>;
-    static constexpr int none = 65535;
+    static constexpr int None = 65535;
 
     RegisterAssemblyModel(bool isGlobal, int least, int most, std::vector<ModelType> types)
         : isGlobal(isGlobal)
@@ -64,21 +64,21 @@ public:
     }
 
     Outcome Update(int id, const ModelBlock& change, bool autoShift) {
-        const std::size_t at = id == none ? blocks.size() : Find(id);
+        const std::size_t at = id == None ? blocks.size() : Find(id);
         if (at == blocks.size()) {
-            return {id == none ? yERROR_PARAMETER : yERROR_NOT_FOUND, 0};
+            return {id == None ? yERROR_PARAMETER : yERROR_NOT_FOUND, 0};
         }
         ModelBlock changed = blocks[at];
         const auto& type = *TypeOf(changed.type);
         int code = 0;
-        if (change.count != none && change.count != changed.count) {
+        if (change.count != None && change.count != changed.count) {
             if (isGlobal && !type.isSizable) {
                 return {yERROR_PARAMETER, 0};
             }
             code = isGlobal ? 0 : 2;
             changed.count = isGlobal ? change.count : changed.count;
         }
-        changed.id = change.id == none ? changed.id : change.id;
+        changed.id = change.id == None ? changed.id : change.id;
         if (changed.id != blocks[at].id || changed.count != blocks[at].count) {
             if (isGlobal && !IsInRange(changed.id, changed.count)) {
                 return {yERROR_PARAMETER, 0};
@@ -100,7 +100,7 @@ public:
     Outcome Remove(const std::vector<int>& ids) {
         std::size_t removed = 0;
         for (const int id : ids) {
-            const std::size_t at = id == none ? blocks.size() : Find(id);
+            const std::size_t at = id == None ? blocks.size() : Find(id);
             if (at != blocks.size() && !IsDemanded(blocks[at])) {
                 blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(at));
                 ++removed;
@@ -121,7 +121,7 @@ public:
 
     Outcome Compact(int start) {
         int next = isGlobal ? least : 0;
-        if (start != none) {
+        if (start != None) {
             const int room = isGlobal ? most - start + 1 : 65535 - start;
             if (isGlobal && !IsInRange(start, 1)) {
                 return {yERROR_PARAMETER, 0};
@@ -143,7 +143,7 @@ public:
         blocks.clear();
         for (const auto& block : all) {
             if (TypeOf(block.type) != nullptr) {
-                Blocks entries{{block.type, none, none, block.source, block.name}};
+                Blocks entries{{block.type, None, None, block.source, block.name}};
                 if (Add(entries, true).first != yOK) {
                     return yERROR;
                 }
@@ -182,7 +182,7 @@ public:
             }
             previousEnd = End(block);
         }
-        return previousEnd <= (isGlobal ? most : none - 1);
+        return previousEnd <= (isGlobal ? most : None - 1);
     }
 
 private:
@@ -218,19 +218,19 @@ private:
             return false;
         }
         entry.name = entry.name.empty() ? entry.type + " name" : entry.name;
-        if (entry.count == none) {
+        if (entry.count == None) {
             entry.count = type->registers;
         } else if (!type->isSizable && entry.count != type->registers) {
             entry.count = type->registers;
             code = code == 0 ? 2 : code;
         }
-        if (entry.id == none) {
+        if (entry.id == None) {
             entry.id = !blocks.empty() ? (End(blocks.back()) + 1) & 0xFFFF : isGlobal ? least : 0;
         }
         std::size_t before = 0;
         bool shifted = false;
         if ((isGlobal && !IsInRange(entry.id, type->registers)) ||
-            MakeRoom(entry.id, End(entry), autoShift, none, before, shifted) != yOK) {
+            MakeRoom(entry.id, End(entry), autoShift, None, before, shifted) != yOK) {
             return false;
         }
         code = code == 0 && shifted ? 1 : code;

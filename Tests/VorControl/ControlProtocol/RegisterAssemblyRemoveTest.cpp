@@ -13,8 +13,8 @@ namespace {
 using Places = std::vector<Placed>;
 using Texts = std::vector<std::string>;
 
-constexpr const char* nothingRemoved = "No data sources were removed.";
-constexpr const char* atMinimum = "Cannot remove data source with output id %1$u because the connection map cannot "
+constexpr const char* NothingRemoved = "No data sources were removed.";
+constexpr const char* AtMinimum = "Cannot remove data source with output id %1$u because the connection map cannot "
                                   "have fewer instances of this source than the current number.";
 
 /// The entries of the user's log that a call makes.
@@ -91,10 +91,10 @@ TEST(RegisterAssemblyRemove, NothingRemovedIsAFailure) {
     assembly.WithTypes().AddEntries({{"one", 5}});
     VorGetText::GetInstance().ForgetCalls();
     const auto texts = LoggedBy([&] {
-        EXPECT_FAILURE(assembly.RemoveIds({6, 65535}), yERROR_NOT_FOUND, nothingRemoved);
+        EXPECT_FAILURE(assembly.RemoveIds({6, 65535}), yERROR_NOT_FOUND, NothingRemoved);
     });
     EXPECT_EQ(texts.size(), 2U);
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", nothingRemoved));
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", NothingRemoved));
     EXPECT_EQ(assembly.AddedRegisterBlocksCount(), 1U);
 }
 
@@ -106,7 +106,7 @@ TEST(RegisterAssemblyRemove, TypeKeepsItsLeastNumber) {
     const auto texts = LoggedBy([&] { EXPECT_EQ(assembly.RemoveIds({2, 1}), 0U); });
     EXPECT_EQ(texts, Texts{"Cannot remove data source with output id 1 because the connection map cannot have fewer "
                            "instances of this source than the current number."});
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", atMinimum));
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", AtMinimum));
     EXPECT_EQ(assembly.AddedRegisterBlocksCount(), 2U);
 }
 

@@ -6,12 +6,12 @@
 #include "Tests/VorControl/ControlProtocol/TestAssembly.h"
 #include "Vor/JsonSerializer.h"
 
+#include <ostream>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
-
-#include <ostream>
 
 using namespace Tests;
 
@@ -26,11 +26,11 @@ void showValue(const ModelBlock& block, std::ostream& out) {
 
 namespace {
 
-constexpr int none = RegisterAssemblyModel::none;
+constexpr int None = RegisterAssemblyModel::None;
 
 enum class Action { Add, Update, Remove, RemoveAll, Compact, Copy, Default, SetId, SetIdByDocument, SetCount };
 
-constexpr const char* actionNames[] = {"Add",  "Update",  "Remove", "RemoveAll",       "Compact",
+constexpr const char* ActionNames[] = {"Add",  "Update",  "Remove", "RemoveAll",       "Compact",
                                        "Copy", "Default", "SetId",  "SetIdByDocument", "SetCount"};
 
 /// What requests there are.
@@ -52,7 +52,7 @@ struct Request {
 };
 
 void showValue(const Request& request, std::ostream& out) {
-    out << actionNames[static_cast<int>(request.action)] << "(" << (request.onSecond ? "second" : "first");
+    out << ActionNames[static_cast<int>(request.action)] << "(" << (request.onSecond ? "second" : "first");
     switch (request.action) {
     case Action::Add:
         for (const auto& entry : request.entries) {
@@ -83,14 +83,14 @@ void showValue(const Request& request, std::ostream& out) {
 
 /// Ids that are close to each other, so that blocks meet; also those at the end of a range, where they don't fit.
 rc::Gen<int> IdGen(const Kind& kind) {
-    const auto near = rc::gen::weightedOneOf<int>({{20, rc::gen::inRange(0, 60)}, {3, rc::gen::just(none)}});
+    const auto near = rc::gen::weightedOneOf<int>({{20, rc::gen::inRange(0, 60)}, {3, rc::gen::just(None)}});
     if (kind.isWithinRange) {
         return near;
     }
     return rc::gen::weightedOneOf<int>({{15, near},
                                         {2, rc::gen::inRange(95, 105)},
                                         {2, rc::gen::inRange(120, 132)},
-                                        {2, rc::gen::inRange(65525, none + 1)}});
+                                        {2, rc::gen::inRange(65525, None + 1)}});
 }
 
 rc::Gen<ModelBlock> BlockGen(const Kind& kind, const rc::Gen<int>& count) {
@@ -104,7 +104,7 @@ rc::Gen<ModelBlock> BlockGen(const Kind& kind, const rc::Gen<int>& count) {
                           : rc::gen::element<std::string>("one", "two", "seven", "sizable", "scan", "demanded", "few",
                                                           "nothing", "unknown", "");
     return rc::gen::build<ModelBlock>(rc::gen::set(&ModelBlock::type, type),
-                                      rc::gen::set(&ModelBlock::id, rc::gen::oneOf(rc::gen::just(none), IdGen(kind))),
+                                      rc::gen::set(&ModelBlock::id, rc::gen::oneOf(rc::gen::just(None), IdGen(kind))),
                                       rc::gen::set(&ModelBlock::count, count),
                                       rc::gen::set(&ModelBlock::source, text("s")),
                                       rc::gen::set(&ModelBlock::name, text("n")));
@@ -120,8 +120,8 @@ rc::Gen<Request> RequestGen(Action action, const Fields&... fields) {
 rc::Gen<std::vector<Request>> RequestsGen(const Kind& kind) {
     // An add request is held to the default of the one type that can have another count, which is 3.
     const int lowest = kind.isWithinRange ? 1 : 0;
-    const auto added = rc::gen::oneOf(rc::gen::just(none), rc::gen::inRange(lowest, kind.isWithinRange ? 4 : 12));
-    const auto updated = rc::gen::oneOf(rc::gen::just(none), rc::gen::inRange(lowest, 12));
+    const auto added = rc::gen::oneOf(rc::gen::just(None), rc::gen::inRange(lowest, kind.isWithinRange ? 4 : 12));
+    const auto updated = rc::gen::oneOf(rc::gen::just(None), rc::gen::inRange(lowest, 12));
     const auto id = rc::gen::set(&Request::id, IdGen(kind));
     const auto autoShift = rc::gen::set(&Request::autoShift);
     const auto change = rc::gen::set(&Request::change, BlockGen(kind, updated));
@@ -188,7 +188,7 @@ public:
             Expect({model.Copy(second.model), 0}, code, [&] { assembly.CopySupportedRegisterBlocks(second.assembly); });
             break;
         case Action::Default: {
-            RegisterAssemblyModel::Blocks demanded{{"demanded", none, none, "", ""}};
+            RegisterAssemblyModel::Blocks demanded{{"demanded", None, None, "", ""}};
             model.blocks.clear();
             Expect({model.Add(demanded, false).first, 0}, code,
                    [&] { assembly.InitDefaultRegisterBlocksForRegisterAssembly(); });

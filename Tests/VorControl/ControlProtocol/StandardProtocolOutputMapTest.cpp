@@ -14,9 +14,6 @@ namespace {
 using Entries = NumericOutputs::Entries;
 using Texts = std::vector<std::string>;
 
-constexpr const char* notAllAdded =
-    "One or more sources could not be added to the connection map. Logs may have additional information.";
-
 /// A map of these entries.
 struct Filled : NumericOutputs {
     explicit Filled(const Entries& entries, unsigned short maxCount = 100)
@@ -181,7 +178,7 @@ TEST(StandardProtocolOutputMap, AddAllGoesOnBehindASourceThatIsThere) {
     const auto failure = AddSources(map, {"a", "b"});
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->status, yERROR_ALREADY_EXISTS);
-    EXPECT_EQ(failure->text, notAllAdded);
+    EXPECT_EQ(failure->text, NotAllAdded);
     EXPECT_EQ(Lines(log), (Texts{"user warning VorControl: Data source a already exists.",
                                  "warning: Data source a already exists"}));
     EXPECT_EQ(map.List(), (Entries{{3, "a"}, {4, "b"}}));
@@ -200,7 +197,7 @@ TEST(StandardProtocolOutputMap, AddAllRefusesAnEmptySource) {
     StandardOutputsArgs args;
     FillSources(args, {"a", "", "b"});
     const Vor::LogCapture log;
-    EXPECT_FAILURE(map.AddAll(args), yERROR_PARAMETER, notAllAdded);
+    EXPECT_FAILURE(map.AddAll(args), yERROR_PARAMETER, NotAllAdded);
     const std::string text =
         "Data source  in the list of sources to add is invalid. Please correct the data source and try again.";
     EXPECT_EQ(Lines(log), (Texts{"user error VorControl: " + text, "error: " + text}));
@@ -386,7 +383,7 @@ TEST(StandardProtocolOutputMap, TextsForTheUserAreTranslated) {
              "output id and try again.",
              "Data source %1$s already exists.",
              "Connection map is full. All data source(s) from %1$s are not added.",
-             notAllAdded,
+             NotAllAdded,
          }) {
         EXPECT_TRUE(WasTranslated("beApp.ctrl", text)) << text;
     }

@@ -10,6 +10,9 @@
 
 namespace Tests {
 
+inline constexpr const char* NotAllAdded =
+    "One or more sources could not be added to the connection map. Logs may have additional information.";
+
 /// An output map with requests made of plain values.
 template <class Map, class ItemArgs, class OutputsArgs, class RemoveArgs>
 class TestOutputs : public Map {

@@ -3,30 +3,27 @@
 #include "Tests/Support/Failure.h"
 #include "Tests/VorControl/ControlProtocol/TestOutputs.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
+
+#include <gtest/gtest.h>
 
 using namespace Tests;
 using namespace VorControl::ControlProtocol;
 
 namespace {
 
-using Entries = TextOutputs::Entries;
+using TextEntries = TextOutputs::Entries;
 using Texts = std::vector<std::string>;
 
-constexpr const char* notAllAdded =
-    "One or more sources could not be added to the connection map. Logs may have additional information.";
-
 /// A map of these entries.
-struct Filled : TextOutputs {
-    explicit Filled(const Entries& entries, unsigned short maxCount = 100)
+struct FilledTextMap : TextOutputs {
+    explicit FilledTextMap(const TextEntries& entries, unsigned short maxCount = 100)
         : TextOutputs(maxCount) {
         AddEach(entries);
     }
 };
 
-std::optional<Failure> AddEntries(TextOutputs& map, const Entries& entries) {
+std::optional<Failure> AddEntries(TextOutputs& map, const TextEntries& entries) {
     TextIdStandardOutputsArgs args;
     TextOutputs::Fill(args, entries);
     return FailureOf([&] { map.AddAll(args); });
@@ -46,23 +43,24 @@ Texts ErrorsOfAdding(const Vor::LogCapture& log) {
 } // namespace
 
 TEST(TextIdStandardProtocolOutputMap, IdsAreInByteOrder) {
-    const Filled map({{"b", "1"}, {"B", "2"}, {"ba", "3"}, {"\xC3\xA4", "4"}, {"10", "5"}, {"9", "6"}});
-    EXPECT_EQ(map.List(), (Entries{{"10", "5"}, {"9", "6"}, {"B", "2"}, {"b", "1"}, {"ba", "3"}, {"\xC3\xA4", "4"}}));
+    const FilledTextMap map({{"b", "1"}, {"B", "2"}, {"ba", "3"}, {"\xC3\xA4", "4"}, {"10", "5"}, {"9", "6"}});
+    EXPECT_EQ(map.List(),
+              (TextEntries{{"10", "5"}, {"9", "6"}, {"B", "2"}, {"b", "1"}, {"ba", "3"}, {"\xC3\xA4", "4"}}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, TakenIdIsRefusedWhateverTheRequestSaysOfShifting) {
-    Filled map({{"x", "a"}, {"y", "b"}});
+    FilledTextMap map({{"x", "a"}, {"y", "b"}});
     for (const bool autoShift : {false, true}) {
         const Vor::LogCapture log;
         EXPECT_FAILURE(map.AddOne("x", "new", autoShift), yERROR_UNIMPLEMENTED, "Overlap of output id not supported");
         EXPECT_EQ(Lines(log), Texts());
     }
-    EXPECT_EQ(map.List(), (Entries{{"x", "a"}, {"y", "b"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"x", "a"}, {"y", "b"}}));
     EXPECT_FALSE(map.IsDataShiftSupported());
 }
 
 TEST(TextIdStandardProtocolOutputMap, SameIdAndSourceExistAlready) {
-    Filled map(Entries{{"x", "a"}});
+    FilledTextMap map(TextEntries{{"x", "a"}});
     const Vor::LogCapture log;
     EXPECT_TEXTLESS_FAILURE(map.AddOne("x", "a"), yERROR_ALREADY_EXISTS);
     EXPECT_EQ(Lines(log),
@@ -70,7 +68,7 @@ TEST(TextIdStandardProtocolOutputMap, SameIdAndSourceExistAlready) {
 }
 
 TEST(TextIdStandardProtocolOutputMap, EmptyIdIsNone) {
-    Filled map({});
+    FilledTextMap map({});
     EXPECT_TEXTLESS_FAILURE(map.AddOne("", "a"), yERROR_PARAMETER);
     EXPECT_TEXTLESS_FAILURE(map.RemoveOne(""), yERROR_PARAMETER);
     EXPECT_FAILURE(map.Update("", "x"), yERROR_PARAMETER, "Output id is invalid.");
@@ -82,7 +80,7 @@ TEST(TextIdStandardProtocolOutputMap, AddAllNamesSourcesByThemselves) {
     TextIdStandardOutputsArgs args;
     TextOutputs::Fill(args, {{"", "b"}, {"", "a"}});
     map.AddAll(args);
-    EXPECT_EQ(map.List(), (Entries{{"a", "a"}, {"b", "b"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"a", "a"}, {"b", "b"}}));
     EXPECT_EQ(args.map.At(0).outputId.Get(), "b");
     EXPECT_EQ(args.map.At(1).outputId.Get(), "a");
 }
@@ -90,7 +88,7 @@ TEST(TextIdStandardProtocolOutputMap, AddAllNamesSourcesByThemselves) {
 TEST(TextIdStandardProtocolOutputMap, AddAllKeepsIdsThatAreGiven) {
     TextOutputs map(10);
     EXPECT_FALSE(AddEntries(map, {{"z", "a"}, {"", "c"}, {"b", "d"}}).has_value());
-    EXPECT_EQ(map.List(), (Entries{{"b", "d"}, {"c", "c"}, {"z", "a"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"b", "d"}, {"c", "c"}, {"z", "a"}}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, AddAllOfNothingDoesNothing) {
@@ -105,19 +103,19 @@ TEST(TextIdStandardProtocolOutputMap, AddAllWantsItsRequest) {
 }
 
 TEST(TextIdStandardProtocolOutputMap, AddAllThrowsTheFirstFailureAndAddsTheRest) {
-    Filled map(Entries{{"x", "a"}});
+    FilledTextMap map(TextEntries{{"x", "a"}});
     const Vor::LogCapture log;
     const auto failure = AddEntries(map, {{"x", "b"}, {"y", "a"}, {"", ""}, {"w", "c"}});
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->status, yERROR_UNIMPLEMENTED);
-    EXPECT_EQ(failure->text, notAllAdded);
-    EXPECT_EQ(map.List(), (Entries{{"w", "c"}, {"x", "a"}}));
+    EXPECT_EQ(failure->text, NotAllAdded);
+    EXPECT_EQ(map.List(), (TextEntries{{"w", "c"}, {"x", "a"}}));
     EXPECT_EQ(ErrorsOfAdding(log), (Texts{"error: Error adding data source <b>", "error: Error adding data source <a>",
                                           "error: Error adding data source <>"}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, AddAllLogsWhyAndTheBackTrace) {
-    Filled map(Entries{{"x", "a"}});
+    FilledTextMap map(TextEntries{{"x", "a"}});
     const Vor::LogCapture log;
     AddEntries(map, {{"x", "b"}});
     const auto lines = Lines(log);
@@ -132,11 +130,11 @@ TEST(TextIdStandardProtocolOutputMap, AddAllFindsASourceTwiceInItsRequest) {
     const auto failure = AddEntries(map, {{"1", "a"}, {"2", "a"}, {"3", "b"}});
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->status, yERROR_ALREADY_EXISTS);
-    EXPECT_EQ(map.List(), (Entries{{"1", "a"}, {"3", "b"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"1", "a"}, {"3", "b"}}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, AddAllTellsAnEntryThatIsThereByItsIdFirst) {
-    Filled map(Entries{{"1", "a"}});
+    FilledTextMap map(TextEntries{{"1", "a"}});
     const Vor::LogCapture log;
     AddEntries(map, {{"1", "a"}, {"2", "a"}});
     EXPECT_EQ(log.Count(Vor::LevelWarning, "Output id already exists"), 1U);
@@ -149,7 +147,7 @@ TEST(TextIdStandardProtocolOutputMap, AddAllOverfillingFailsEntryByEntry) {
     const auto failure = AddEntries(map, {{"", "c"}, {"", "b"}, {"", "a"}, {"", "d"}});
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->status, yERROR_FULL);
-    EXPECT_EQ(map.List(), (Entries{{"b", "b"}, {"c", "c"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"b", "b"}, {"c", "c"}}));
     EXPECT_EQ(ErrorsOfAdding(log),
               (Texts{"error: Error adding data source <a>", "error: Error adding data source <d>"}));
 }
@@ -163,44 +161,44 @@ TEST(TextIdStandardProtocolOutputMap, AddAllTakesAnotherExceptionForABadParamete
     const auto failure = AddEntries(map, {{"x", "a"}});
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->status, yERROR_PARAMETER);
-    EXPECT_EQ(failure->text, notAllAdded);
+    EXPECT_EQ(failure->text, NotAllAdded);
     EXPECT_EQ(ErrorsOfAdding(log), (Texts{"error: Error adding data source <a>"}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, UpdateMovesAnEntryToItsPlace) {
-    Filled map({{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    FilledTextMap map({{"a", "1"}, {"b", "2"}, {"c", "3"}});
     TextIdStandardOutputsArgs args;
     TextOutputs::Fill(args, {{"a", ""}, {"bb", ""}});
     map.UpdateId(args);
-    EXPECT_EQ(map.List(), (Entries{{"b", "2"}, {"bb", "1"}, {"c", "3"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"b", "2"}, {"bb", "1"}, {"c", "3"}}));
     EXPECT_EQ(args.map.At(1).source.Get(), "1");
 }
 
 TEST(TextIdStandardProtocolOutputMap, UpdateToATakenIdChangesNothing) {
-    Filled map({{"x", "a"}, {"y", "b"}});
+    FilledTextMap map({{"x", "a"}, {"y", "b"}});
     const Vor::LogCapture log;
     EXPECT_TEXTLESS_FAILURE(map.Update("x", "y"), yERROR_CONFLICT);
     EXPECT_TEXTLESS_FAILURE(map.Update("unknown", "y"), yERROR_CONFLICT);
     EXPECT_TEXTLESS_FAILURE(map.Update("unknown", "z"), yERROR_NOT_FOUND);
     EXPECT_EQ(Lines(log), Texts());
-    EXPECT_EQ(map.List(), (Entries{{"x", "a"}, {"y", "b"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"x", "a"}, {"y", "b"}}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, UpdateOfEqualIdsDoesNothing) {
-    Filled map(Entries{{"x", "a"}});
+    FilledTextMap map(TextEntries{{"x", "a"}});
     EXPECT_NO_THROW(map.Update("unknown", "unknown"));
     EXPECT_NO_THROW(map.Update("x", "x"));
-    EXPECT_EQ(map.List(), (Entries{{"x", "a"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"x", "a"}}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, CompactIdLeavesTheMapAsItIs) {
-    Filled map({{"x", "a"}, {"z", "b"}});
+    FilledTextMap map({{"x", "a"}, {"z", "b"}});
     map.CompactId();
-    EXPECT_EQ(map.List(), (Entries{{"x", "a"}, {"z", "b"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"x", "a"}, {"z", "b"}}));
 }
 
 TEST(TextIdStandardProtocolOutputMap, ItemTypeStaysAtItsPlaceWhenEntriesMakeRoom) {
-    Filled map(Entries{{"m", "a"}});
+    FilledTextMap map(TextEntries{{"m", "a"}});
     map.BeginLock();
     map.OutputMap().map.At(0).itemType = "first";
     map.EndLock();
@@ -210,7 +208,7 @@ TEST(TextIdStandardProtocolOutputMap, ItemTypeStaysAtItsPlaceWhenEntriesMakeRoom
 }
 
 TEST(TextIdStandardProtocolOutputMap, RemovesByListOfTexts) {
-    Filled map({{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    FilledTextMap map({{"a", "1"}, {"b", "2"}, {"c", "3"}});
     map.RemoveMany({"c", "a"});
-    EXPECT_EQ(map.List(), (Entries{{"b", "2"}}));
+    EXPECT_EQ(map.List(), (TextEntries{{"b", "2"}}));
 }

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "Vor/Exception.h"
+#include "VorApi/Params/Value.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
-
-#include "Vor/Exception.h"
-#include "VorApi/Params/Value.h"
 
 #include <functional>
 #include <map>
@@ -33,6 +32,9 @@ public:
 /// Notes its calls, and fails in those for which a test sets an action.
 class FakeControlInstance : public VorControl::IControlInstance {
 public:
+    /// Where its configuration lies in a store.
+    static constexpr const char* Path = "/controls/fake/config.json";
+
     using Group = Vor::Params::Group;
     using Options = VorControl::ControlProtocol::ProtocolPersistOptions;
     using Status = VorControl::ControlProtocol::ProtocolStatus;

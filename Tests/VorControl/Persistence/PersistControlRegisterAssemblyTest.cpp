@@ -1,5 +1,3 @@
-#include "VorControl/Persistence/PersistControl.h"
-
 #include "FakeControlInstance.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/MemoryStore.h"
@@ -10,6 +8,7 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "VorControl/Persistence/PersistControl.h"
 #include "yApi/yStatus.h"
 
 #include <algorithm>
@@ -33,8 +32,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-constexpr const char* path = "/controls/fake/config.json";
-constexpr const char* mapId = "registerAssembly-0";
+constexpr const char* MapId = "registerAssembly-0";
 
 /// A real assembly that notes what is asked of it, and fails where a test says.
 class WatchedAssembly : public ProtocolRegisterAssemblyBase {
@@ -93,8 +91,8 @@ class PersistControlRegisterAssemblyTest : public testing::Test {
 protected:
     PersistControlRegisterAssemblyTest() {
         instance.options = FakeControlInstance::Options::RegisterAssemblies;
-        assembly = std::make_shared<WatchedAssembly>(mapId, instance.calls);
-        instance.assemblies[mapId] = assembly;
+        assembly = std::make_shared<WatchedAssembly>(MapId, instance.calls);
+        instance.assemblies[MapId] = assembly;
     }
 
     void Load(const std::vector<json>& entries) { LoadList(json(entries)); }
@@ -102,13 +100,13 @@ protected:
     void LoadList(const json& list) {
         instance.calls.clear();
         const json doc = {{"version", "1"}, {"vor:control", {{"enabled", true}, {"registerAssemblyList", list}}}};
-        store.files[path] = doc.dump();
+        store.files[FakeControlInstance::Path] = doc.dump();
         control.Load(instance, PersistDomain::Job, store);
     }
 
     json Saved() {
         control.Save(instance, PersistDomain::Job, store);
-        return json::parse(store.files.at(path)).at("vor:control");
+        return json::parse(store.files.at(FakeControlInstance::Path)).at("vor:control");
     }
 
     void ExpectForUser(std::uint64_t level, const std::string& text, const std::string& format) const {
@@ -141,25 +139,25 @@ protected:
 } // namespace
 
 TEST_F(PersistControlRegisterAssemblyTest, StoredBlocksReplaceThoseThatAreThere) {
-    Load({Entry(mapId, {Block("MeasurementValue", 110), Block("MeasurementValue", 120)})});
+    Load({Entry(MapId, {Block("MeasurementValue", 110), Block("MeasurementValue", 120)})});
     EXPECT_EQ(instance.calls,
               (Calls{"ResetInstance true 4", "BeginUpdateRegisterAssembly", "RegisterAssembly registerAssembly-0",
                      "ResetRegisterAssembly", "Add", "RegisterAssemblyUpdate registerAssembly-0",
                      "EndUpdateRegisterAssembly registerAssembly-0", "Enable true", "OnPersistDomainLoaded job"}));
     ExpectFilledOnly(2);
     EXPECT_EQ(control.LastLoadResult(), PersistLoadResult::None);
-    Load({Entry(mapId, {Block("MeasurementValue", 130)})});
+    Load({Entry(MapId, {Block("MeasurementValue", 130)})});
     ExpectFilledOnly(1);
 }
 
 TEST_F(PersistControlRegisterAssemblyTest, AStoredMapWithoutBlocksIsEmptied) {
-    Load({Entry(mapId, {Block("MeasurementValue", 110)})});
-    Load({Entry(mapId, {})});
+    Load({Entry(MapId, {Block("MeasurementValue", 110)})});
+    Load({Entry(MapId, {})});
     ExpectFilledOnly(0);
 }
 
 TEST_F(PersistControlRegisterAssemblyTest, WhatIsSavedIsLoadedAgain) {
-    Load({Entry(mapId, {Block("MeasurementValue", 110), Block("Stamp", 130)})});
+    Load({Entry(MapId, {Block("MeasurementValue", 110), Block("Stamp", 130)})});
     instance.calls.clear();
     const json section = Saved();
     EXPECT_EQ(instance.calls,
@@ -169,7 +167,7 @@ TEST_F(PersistControlRegisterAssemblyTest, WhatIsSavedIsLoadedAgain) {
     const json& entry = section.at("registerAssemblyList").at(0);
     EXPECT_EQ(entry.at("attributes").at("outputIdMin"), 100);
     EXPECT_EQ(entry.at("attributes").at("outputIdMax"), 199);
-    EXPECT_EQ(entry.at("properties").at("id"), mapId);
+    EXPECT_EQ(entry.at("properties").at("id"), MapId);
     EXPECT_EQ(entry.at("properties").at("displayName"), "Map");
     ASSERT_EQ(entry.at("blocks").size(), 2U);
     EXPECT_EQ(entry.at("blocks").at(0).at("type"), "MeasurementValue");
@@ -180,7 +178,7 @@ TEST_F(PersistControlRegisterAssemblyTest, WhatIsSavedIsLoadedAgain) {
     assembly->ResetRegisterAssembly();
     control.Load(instance, PersistDomain::Job, store);
     ExpectFilledOnly(2);
-    EXPECT_EQ(Saved(), json::parse(store.files.at(path)).at("vor:control"));
+    EXPECT_EQ(Saved(), json::parse(store.files.at(FakeControlInstance::Path)).at("vor:control"));
     EXPECT_EQ(control.LastLoadResult(), PersistLoadResult::None);
 }
 
@@ -199,14 +197,14 @@ TEST_F(PersistControlRegisterAssemblyTest, EveryMapIsSavedUnderItsOwnLock) {
 TEST_F(PersistControlRegisterAssemblyTest, AServiceWithoutMapsSavesAndLoadsNone) {
     instance.hasGroup = false;
     EXPECT_FALSE(Saved().contains("registerAssemblyList"));
-    Load({Entry(mapId, {Block("MeasurementValue", 110)})});
+    Load({Entry(MapId, {Block("MeasurementValue", 110)})});
     ExpectFilledOnly(0);
 }
 
 TEST_F(PersistControlRegisterAssemblyTest, AServiceThatDoesNotPersistMapsSavesAndLoadsNone) {
     instance.options = FakeControlInstance::Options::Params;
     EXPECT_FALSE(Saved().contains("registerAssemblyList"));
-    Load({Entry(mapId, {Block("MeasurementValue", 110)})});
+    Load({Entry(MapId, {Block("MeasurementValue", 110)})});
     ExpectFilledOnly(0);
 }
 
@@ -221,7 +219,7 @@ TEST_F(PersistControlRegisterAssemblyTest, AListThatIsNoArrayIsIgnored) {
 TEST_F(PersistControlRegisterAssemblyTest, TheIdOfTheFirstReleaseIsFoundAmongTheAttributes) {
     json entry = Entry("unused", {Block("MeasurementValue", 110)});
     entry.erase("properties");
-    entry["attributes"]["id"] = mapId;
+    entry["attributes"]["id"] = MapId;
     Load({entry});
     ExpectFilledOnly(1);
     entry["properties"] = {{"version", "1.0"}};
@@ -230,14 +228,14 @@ TEST_F(PersistControlRegisterAssemblyTest, TheIdOfTheFirstReleaseIsFoundAmongThe
 }
 
 TEST_F(PersistControlRegisterAssemblyTest, TheIdOfThePropertiesGoesFirst) {
-    json entry = Entry(mapId, {Block("MeasurementValue", 110)});
+    json entry = Entry(MapId, {Block("MeasurementValue", 110)});
     entry["attributes"]["id"] = "unknown";
     Load({entry});
     ExpectFilledOnly(1);
 }
 
 TEST_F(PersistControlRegisterAssemblyTest, AnEntryWithoutIdOrBlocksIsSkipped) {
-    json withoutBlocks = Entry(mapId, {});
+    json withoutBlocks = Entry(MapId, {});
     withoutBlocks.erase("blocks");
     json withoutId = Entry("", {Block("MeasurementValue", 110)});
     json withoutGroups = {{"blocks", json::array()}};
@@ -249,7 +247,7 @@ TEST_F(PersistControlRegisterAssemblyTest, AnEntryWithoutIdOrBlocksIsSkipped) {
     for (const json& entry : {withoutBlocks, withoutId, withoutGroups, withOtherId, withOtherGroups, json(), json(7),
                               json("id"), json::array({"blocks"})}) {
         log.Clear();
-        Load({entry, Entry(mapId, {Block("MeasurementValue", 110)})});
+        Load({entry, Entry(MapId, {Block("MeasurementValue", 110)})});
         ExpectFilledOnly(1);
         ExpectForUser(Vor::UserWarning,
                       "Missing connection map identifier for service 'Fake Service'. Connection map may require manual "
@@ -263,7 +261,7 @@ TEST_F(PersistControlRegisterAssemblyTest, AnEntryWithoutIdOrBlocksIsSkipped) {
 }
 
 TEST_F(PersistControlRegisterAssemblyTest, AnUnknownMapIsSkipped) {
-    Load({Entry("other", {Block("MeasurementValue", 110)}), Entry(mapId, {Block("MeasurementValue", 110)})});
+    Load({Entry("other", {Block("MeasurementValue", 110)}), Entry(MapId, {Block("MeasurementValue", 110)})});
     ExpectFilledOnly(1);
     ExpectForUser(Vor::UserWarning,
                   "Missing connection map identifier 'other' for service 'Fake Service'. Connection map may require "
@@ -276,16 +274,16 @@ TEST_F(PersistControlRegisterAssemblyTest, AnUnknownMapIsSkipped) {
 
 TEST_F(PersistControlRegisterAssemblyTest, AMapThatTakesItsBlocksOtherwiseThanAskedIsReported) {
     assembly->onAdd = [] { return 2U; };
-    Load({Entry(mapId, {Block("MeasurementValue", 110)})});
+    Load({Entry(MapId, {Block("MeasurementValue", 110)})});
     EXPECT_EQ(control.LastLoadResult(), PersistLoadResult::AssemblyInPart);
     assembly->onAdd = nullptr;
-    Load({Entry(mapId, {Block("MeasurementValue", 110)})});
+    Load({Entry(MapId, {Block("MeasurementValue", 110)})});
     EXPECT_EQ(control.LastLoadResult(), PersistLoadResult::None);
 }
 
 TEST_F(PersistControlRegisterAssemblyTest, BlocksThatCannotBeAddedResetTheMapAndFailTheLoad) {
     assembly->onAdd = []() -> std::uint32_t { Vor::Throw(yERROR, "No data sources were added."); };
-    EXPECT_TEXTLESS_FAILURE(Load({Entry(mapId, {Block("MeasurementValue", 110)})}), yERROR);
+    EXPECT_TEXTLESS_FAILURE(Load({Entry(MapId, {Block("MeasurementValue", 110)})}), yERROR);
     EXPECT_EQ(instance.calls,
               (Calls{"ResetInstance true 4", "BeginUpdateRegisterAssembly", "RegisterAssembly registerAssembly-0",
                      "ResetRegisterAssembly", "Add", "ResetInstance true 2",
@@ -317,7 +315,7 @@ TEST_F(PersistControlRegisterAssemblyTest, AFailingEntryEndsTheList) {
     const auto second = std::make_shared<WatchedAssembly>("second", instance.calls);
     instance.assemblies["second"] = second;
     EXPECT_TEXTLESS_FAILURE(
-        Load({Entry(mapId, {Block("MeasurementValue", 110)}), Entry("second", {Block("MeasurementValue", 110)})}),
+        Load({Entry(MapId, {Block("MeasurementValue", 110)}), Entry("second", {Block("MeasurementValue", 110)})}),
         yERROR);
     EXPECT_EQ(second->AddedRegisterBlocksCount(), 0U);
 }
@@ -326,7 +324,7 @@ TEST_F(PersistControlRegisterAssemblyTest, BlocksThatCannotBeReadResetTheMapAndF
     for (const json& blocks : {json("x"), json(7), json::array({7}), json::array({{{"outputId", "x"}}}),
                                json::array({{{"outputId", 65536}}})}) {
         instance.enabled = false;
-        EXPECT_TEXTLESS_FAILURE(Load({EntryWith(mapId, blocks)}), yERROR);
+        EXPECT_TEXTLESS_FAILURE(Load({EntryWith(MapId, blocks)}), yERROR);
         EXPECT_EQ(instance.calls,
                   (Calls{"ResetInstance true 4", "BeginUpdateRegisterAssembly", "RegisterAssembly registerAssembly-0",
                          "ResetInstance true 2", "EndUpdateRegisterAssembly registerAssembly-0", "Enable true"}));
@@ -337,7 +335,7 @@ TEST_F(PersistControlRegisterAssemblyTest, BlocksThatCannotBeReadResetTheMapAndF
 
 TEST_F(PersistControlRegisterAssemblyTest, AServiceThatRefusesTheMapFailsTheLoad) {
     instance.actions["RegisterAssemblyUpdate registerAssembly-0"] = [] { Vor::Throw(yERROR_UNIMPLEMENTED); };
-    EXPECT_TEXTLESS_FAILURE(Load({Entry(mapId, {Block("MeasurementValue", 110)})}), yERROR);
+    EXPECT_TEXTLESS_FAILURE(Load({Entry(MapId, {Block("MeasurementValue", 110)})}), yERROR);
     EXPECT_EQ(
         log.Count(Vor::LevelError, "Loading register assembly registerAssembly-0 blocks for service Fake Service"), 0U);
     EXPECT_EQ(
@@ -347,7 +345,7 @@ TEST_F(PersistControlRegisterAssemblyTest, AServiceThatRefusesTheMapFailsTheLoad
 
 TEST_F(PersistControlRegisterAssemblyTest, AnUpdateThatCannotBeginIsNotEnded) {
     instance.actions["BeginUpdateRegisterAssembly"] = [] { Vor::Throw(yERROR_BUSY); };
-    EXPECT_TEXTLESS_FAILURE(Load({Entry(mapId, {Block("MeasurementValue", 110)})}), yERROR);
+    EXPECT_TEXTLESS_FAILURE(Load({Entry(MapId, {Block("MeasurementValue", 110)})}), yERROR);
     EXPECT_EQ(instance.calls, (Calls{"ResetInstance true 4", "BeginUpdateRegisterAssembly", "Enable true"}));
     EXPECT_EQ(
         log.Count(Vor::LevelError, "Error filling connection map 'registerAssembly-0' for service 'Fake Service'"), 0U);
@@ -357,7 +355,7 @@ TEST_F(PersistControlRegisterAssemblyTest, AnUpdateThatCannotBeginIsNotEnded) {
 
 TEST_F(PersistControlRegisterAssemblyTest, AnUpdateEndsAlsoAfterAForeignException) {
     instance.actions["RegisterAssemblyUpdate registerAssembly-0"] = [] { throw 7; };
-    EXPECT_THROW(Load({Entry(mapId, {Block("MeasurementValue", 110)})}), int);
+    EXPECT_THROW(Load({Entry(MapId, {Block("MeasurementValue", 110)})}), int);
     EXPECT_EQ(instance.gateDepth, 0);
 }
 
@@ -366,15 +364,15 @@ TEST_F(PersistControlRegisterAssemblyTest, TheAsciiServiceLosesItsFirstScannerBl
                                       Block("Stamp", 140)};
     assembly->onAdd = [] { return 0U; };
     instance.displayName = "e-ascii";
-    Load({Entry(mapId, blocks)});
+    Load({Entry(MapId, blocks)});
     EXPECT_EQ(assembly->requested, (Calls{"MeasurementValue@110", "Scanner@130", "Stamp@140"}));
     instance.displayName = "E-ASCII";
     instance.id = "e-ascii";
     instance.typeName = "fake";
-    Load({Entry(mapId, blocks)});
+    Load({Entry(MapId, blocks)});
     EXPECT_EQ(assembly->requested, (Calls{"MeasurementValue@110", "Scanner@120", "Scanner@130", "Stamp@140"}));
     instance.displayName = "e-ascii";
-    Load({Entry(mapId, {Block("Stamp", 140)})});
+    Load({Entry(MapId, {Block("Stamp", 140)})});
     EXPECT_EQ(assembly->requested, Calls{"Stamp@140"});
 }
 

@@ -28,14 +28,12 @@ using Calls = std::vector<std::string>;
 using Options = FakeControlInstance::Options;
 using Status = FakeControlInstance::Status;
 
-constexpr const char* path = "/controls/fake/config.json";
-
 class PersistControlTest : public testing::Test {
 protected:
     ~PersistControlTest() override { yFault_Clear(); }
 
     void Load(const std::string& content, PersistDomain domain = PersistDomain::Job) {
-        store.files[path] = content;
+        store.files[FakeControlInstance::Path] = content;
         control.Load(instance, domain, store);
     }
 
@@ -90,7 +88,7 @@ TEST_F(PersistControlTest, InitOfTheWorkspaceWritesTheDataOfAServiceThatKeepsSom
     instance.options = Options::WorkspaceData;
     instance.workspaceData = {{"a", 1}, {"b", "x"}};
     control.Init(instance, PersistDomain::Workspace, store);
-    EXPECT_EQ(store.files[path], "{\"a\":1,\"b\":\"x\"}");
+    EXPECT_EQ(store.files[FakeControlInstance::Path], "{\"a\":1,\"b\":\"x\"}");
     EXPECT_EQ(instance.calls, Calls{"WorkspacePersistData"});
 }
 
@@ -113,7 +111,7 @@ TEST_F(PersistControlTest, InitOfTheWorkspaceLeavesOtherServicesAlone) {
 TEST_F(PersistControlTest, AnUnknownDomainIsLeftAlone) {
     const auto unknown = static_cast<PersistDomain>(9);
     instance.options = Options::All;
-    store.files[path] = "not json";
+    store.files[FakeControlInstance::Path] = "not json";
     control.Init(instance, unknown, store);
     control.Load(instance, unknown, store);
     control.Save(instance, unknown, store);
@@ -381,7 +379,7 @@ TEST_F(PersistControlTest, TheJobIsSavedWithoutBlanks) {
     instance.hasGroup = false;
     instance.params->name = "x y";
     control.Save(instance, PersistDomain::Job, store);
-    EXPECT_EQ(store.files[path],
+    EXPECT_EQ(store.files[FakeControlInstance::Path],
               "{\"version\":\"1\",\"vor:control\":{\"enabled\":false,\"parameters\":{\"name\":\"x y\","
               "\"port\":502},\"parametersVersion\":\"1\"}}");
 }
@@ -400,7 +398,7 @@ TEST_F(PersistControlTest, WithoutOptionsOnlyTheEnableSettingIsSaved) {
     instance.options = Options::None;
     instance.enabled = true;
     control.Save(instance, PersistDomain::Job, store);
-    EXPECT_EQ(store.files[path], "{\"version\":\"1\",\"vor:control\":{\"enabled\":true}}");
+    EXPECT_EQ(store.files[FakeControlInstance::Path], "{\"version\":\"1\",\"vor:control\":{\"enabled\":true}}");
     EXPECT_TRUE(instance.calls.empty());
 }
 
@@ -410,10 +408,10 @@ TEST_F(PersistControlTest, WorkspaceDataAreSavedUnlessTheyAreEmpty) {
     EXPECT_TRUE(store.files.empty());
     instance.workspaceData = {{"a", 1}};
     control.Save(instance, PersistDomain::Workspace, store);
-    EXPECT_EQ(store.files[path], "{\"a\":1}");
+    EXPECT_EQ(store.files[FakeControlInstance::Path], "{\"a\":1}");
     instance.workspaceData = json::object();
     control.Save(instance, PersistDomain::Workspace, store);
-    EXPECT_EQ(store.files[path], "{\"a\":1}") << "an older file stays";
+    EXPECT_EQ(store.files[FakeControlInstance::Path], "{\"a\":1}") << "an older file stays";
 }
 
 TEST_F(PersistControlTest, WorkspaceDataOfOtherServicesAreNotSaved) {
@@ -431,13 +429,13 @@ TEST_F(PersistControlTest, AStoreThatCannotWriteFailsTheSave) {
 
 namespace {
 
-constexpr const char* loadingForUser =
+constexpr const char* LoadingForUser =
     "Error loading parameters for service 'Fake Service'. Parameters may require manual configuration.";
-constexpr const char* loadingFormat =
+constexpr const char* LoadingFormat =
     "Error loading parameters for service '%s'. Parameters may require manual configuration.";
-constexpr const char* updatingForUser =
+constexpr const char* UpdatingForUser =
     "Error updating parameters for service 'Fake Service'. Parameters may require manual configuration.";
-constexpr const char* updatingFormat =
+constexpr const char* UpdatingFormat =
     "Error updating parameters for service '%s'. Parameters may require manual configuration.";
 
 /// Position of the entry, or one past the end.
@@ -473,7 +471,7 @@ TEST_F(PersistControlTest, AMissingParametersVersionIsToldTwice) {
                   "Missing parameters version for service 'Fake Service'. Parameters may require manual configuration.",
                   "Missing parameters version for service '%s'. Parameters may require manual configuration.");
     EXPECT_EQ(log.Count(Vor::LevelWarning, "Missing parameters version for service 'Fake Service'"), 1U);
-    ExpectForUser(Vor::UserError, loadingForUser, loadingFormat);
+    ExpectForUser(Vor::UserError, LoadingForUser, LoadingFormat);
     EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
     EXPECT_EQ(instance.params->port.Get(), 502);
     EXPECT_EQ(instance.gateDepth, 0);
@@ -488,13 +486,13 @@ TEST_F(PersistControlTest, AnotherParametersVersionIsToldTwice) {
     EXPECT_EQ(log.Count(Vor::LevelWarning, "Unsupported parameters version for service 'Fake Service'. Expected: 1, "
                                            "version in config: 2"),
               1U);
-    ExpectForUser(Vor::UserError, loadingForUser, loadingFormat);
+    ExpectForUser(Vor::UserError, LoadingForUser, LoadingFormat);
     EXPECT_EQ(instance.params->port.Get(), 502);
 }
 
 TEST_F(PersistControlTest, AParametersVersionThatIsNoTextFailsTheLoad) {
     EXPECT_TEXTLESS_FAILURE(Load(WithParameters("{\"port\":7}", ",\"parametersVersion\":1")), yERROR);
-    ExpectForUser(Vor::UserError, loadingForUser, loadingFormat);
+    ExpectForUser(Vor::UserError, LoadingForUser, LoadingFormat);
     EXPECT_EQ(instance.params->port.Get(), 502);
 }
 
@@ -503,9 +501,9 @@ TEST_F(PersistControlTest, ParametersThatCannotBeReadAreToldAndTheUpdateEnds) {
     EXPECT_EQ(instance.calls,
               (Calls{"ResetInstance true 4", "BeginUpdateParameters", "EndUpdateParameters", "Enable true"}));
     EXPECT_EQ(instance.gateDepth, 0);
-    ExpectForUser(Vor::UserError, updatingForUser, updatingFormat);
+    ExpectForUser(Vor::UserError, UpdatingForUser, UpdatingFormat);
     EXPECT_EQ(log.Count(Vor::LevelError, "Error updating parameters for service 'Fake Service'"), 1U);
-    ExpectForUser(Vor::UserError, loadingForUser, loadingFormat);
+    ExpectForUser(Vor::UserError, LoadingForUser, LoadingFormat);
 }
 
 TEST_F(PersistControlTest, AServiceThatRefusesItsParametersIsToldAndTheUpdateEnds) {
@@ -515,9 +513,9 @@ TEST_F(PersistControlTest, AServiceThatRefusesItsParametersIsToldAndTheUpdateEnd
     };
     EXPECT_TEXTLESS_FAILURE(Load(WithParameters("{\"port\":7}", ",\"parametersVersion\":\"1\"")), yERROR);
     EXPECT_EQ(instance.gateDepth, 0);
-    const std::size_t forUser = Place(log, Vor::UserError, updatingForUser);
+    const std::size_t forUser = Place(log, Vor::UserError, UpdatingForUser);
     const std::size_t forLog = Place(log, Vor::LevelError, "Error updating parameters for service 'Fake Service'");
-    const std::size_t outerForUser = Place(log, Vor::UserError, loadingForUser);
+    const std::size_t outerForUser = Place(log, Vor::UserError, LoadingForUser);
     const std::size_t thrown = Place(log, Vor::LevelError, "EXCEPTION THROWN: ");
     EXPECT_LT(forUser, forLog);
     EXPECT_LT(forLog, outerForUser);
@@ -529,8 +527,8 @@ TEST_F(PersistControlTest, AnUpdateThatCannotBeginIsNotEnded) {
     instance.actions["BeginUpdateParameters"] = [] { Vor::Throw(yERROR_NOT_FOUND); };
     EXPECT_TEXTLESS_FAILURE(Load(WithParameters("{\"port\":7}", ",\"parametersVersion\":\"1\"")), yERROR);
     EXPECT_EQ(instance.calls, (Calls{"ResetInstance true 4", "BeginUpdateParameters", "Enable true"}));
-    EXPECT_EQ(log.Count(Vor::UserError, updatingForUser), 0U);
-    EXPECT_EQ(log.Count(Vor::UserError, loadingForUser), 1U);
+    EXPECT_EQ(log.Count(Vor::UserError, UpdatingForUser), 0U);
+    EXPECT_EQ(log.Count(Vor::UserError, LoadingForUser), 1U);
 }
 
 TEST_F(PersistControlTest, AnUpdateEndsAlsoAfterAForeignException) {
@@ -558,7 +556,7 @@ TEST_F(PersistControlTest, AServiceWithoutParametersThatDoesNotPersistThemIsSave
     instance.options = Options::RegisterAssemblies;
     instance.hasGroup = false;
     control.Save(instance, PersistDomain::Job, store);
-    EXPECT_EQ(store.files[path], "{\"version\":\"1\",\"vor:control\":{\"enabled\":false}}");
+    EXPECT_EQ(store.files[FakeControlInstance::Path], "{\"version\":\"1\",\"vor:control\":{\"enabled\":false}}");
 }
 
 TEST_F(PersistControlTest, TheLoadResultIsOfTheLatestLoad) {

@@ -7,11 +7,11 @@
 #include "Vor/Logging.h"
 #include "yApi/yFault.h"
 
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace Tests {
 

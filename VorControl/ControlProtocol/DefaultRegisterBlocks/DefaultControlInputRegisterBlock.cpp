@@ -11,7 +11,7 @@ namespace VorControl::ControlProtocol {
 
 namespace {
 
-constexpr unsigned long long jobNameSize = 63; ///< with its terminator
+constexpr unsigned long long JobNameSize = 63; ///< with its terminator
 
 void RequireSourceSize(unsigned long long sourceSize, unsigned long long needed) {
     if (sourceSize < needed) {
@@ -70,7 +70,7 @@ void DefaultControlInputRegisterBlock::DeserializeControlRegisterCommandData(Con
 void DefaultControlInputRegisterBlock::DeserializeJobName(ControlRegisterCommandData* data, const unsigned char* source,
                                                           unsigned long long sourceSize) const {
     const unsigned long long width = BytesPerRegister() == 2 ? 2 : 1;
-    const unsigned long long size = std::min(jobNameSize, (sourceSize - commandArgsOffset) / width);
+    const unsigned long long size = std::min(JobNameSize, (sourceSize - commandArgsOffset) / width);
     for (unsigned long long i = 0; i < size; ++i) {
         unsigned short character = 0;
         if (width == 2) {
@@ -83,7 +83,7 @@ void DefaultControlInputRegisterBlock::DeserializeJobName(ControlRegisterCommand
             break;
         }
     }
-    data->commandArgs[jobNameSize - 1] = '\0';
+    data->commandArgs[JobNameSize - 1] = '\0';
 }
 
 void DefaultControlInputRegisterBlock::DeserializeUserDataInputBuffer(ControlRegisterCommandData* data,

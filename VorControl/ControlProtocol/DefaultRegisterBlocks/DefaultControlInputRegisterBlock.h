@@ -21,8 +21,8 @@ protected:
     DefaultControlInputRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info,
                                      unsigned long long userDataSize);
 
-    // These fill a record that is clear. A job name ends with the source; a source that is too short for the command
-    // or for the user data throws yERROR_SIZE.
+    /// These fill a record that is clear. A job name ends with the source; a source that is too short for the command
+    /// or for the user data throws yERROR_SIZE.
     void DeserializeControlRegisterCommandData(ControlRegisterCommandData* data, const unsigned char* source,
                                                unsigned long long sourceSize) const;
     void DeserializeJobName(ControlRegisterCommandData* data, const unsigned char* source,
@@ -30,7 +30,7 @@ protected:
     void DeserializeUserDataInputBuffer(ControlRegisterCommandData* data, const unsigned char* source,
                                         unsigned long long sourceSize) const;
 
-    // Bytes of the source.
+    /// Bytes of the source.
     const unsigned long long requestWordOffset = 0;
     const unsigned long long commandIdOffset = 2;
     const unsigned long long commandArgsOffset = 4;

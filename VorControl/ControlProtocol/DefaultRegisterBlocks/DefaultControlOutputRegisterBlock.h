@@ -18,7 +18,7 @@ protected:
     /// Doesn't check the size of the buffer.
     void SerializeCommandResultData(unsigned char* buffer, const DefaultCommandResultData* data) const;
 
-    // Bytes of the destination.
+    /// Bytes of the destination.
     const unsigned long long requestWordOffset = 0;
     const unsigned long long commandResultOffset = 2;
 };

@@ -15,7 +15,7 @@ void DefaultMeasurementDecisionRegisterBlock::Serialize(void* destination, unsig
 
 void DefaultMeasurementDecisionRegisterBlock::SerializeMeasurementMsg(unsigned char* buffer, unsigned long offset,
                                                                       const DefaultScanOutputInputData* data) {
-    SerializeValue(buffer, offset + decisionOffset, GetDecisionByte(data->item), false);
+    SerializeValue(buffer, offset + DecisionOffset, GetDecisionByte(data->item), false);
 }
 
 void DefaultMeasurementDecisionRegisterBlock::SerializeNullMsg(unsigned char* buffer, unsigned long offset) {
@@ -23,7 +23,7 @@ void DefaultMeasurementDecisionRegisterBlock::SerializeNullMsg(unsigned char* bu
 }
 
 unsigned char DefaultMeasurementDecisionRegisterBlock::GetDecision(unsigned char decision, bool valid) {
-    return valid ? decision : static_cast<unsigned char>(decision | invalidDecisionFlag * 2);
+    return valid ? decision : static_cast<unsigned char>(decision | InvalidDecisionFlag * 2);
 }
 
 unsigned char DefaultMeasurementDecisionRegisterBlock::GetDecisionByte(const ResultItem& item) {
@@ -32,7 +32,7 @@ unsigned char DefaultMeasurementDecisionRegisterBlock::GetDecisionByte(const Res
 
 void DefaultMeasurementDecisionRegisterBlock::SerializeInvalidMeasurementDecision(unsigned char* buffer,
                                                                                   unsigned long offset) const {
-    SerializeValue(buffer, offset + decisionOffset, GetDecision(0, false), false);
+    SerializeValue(buffer, offset + DecisionOffset, GetDecision(0, false), false);
 }
 
 } // namespace VorControl::ControlProtocol

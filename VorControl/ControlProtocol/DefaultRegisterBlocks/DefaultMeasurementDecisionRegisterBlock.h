@@ -20,8 +20,8 @@ public:
     void SerializeInvalidMeasurementDecision(unsigned char* buffer, unsigned long offset) const;
 
 private:
-    static constexpr unsigned long decisionOffset = 0;
-    static constexpr unsigned char invalidDecisionFlag = 1;
+    static constexpr unsigned long DecisionOffset = 0;
+    static constexpr unsigned char InvalidDecisionFlag = 1;
 };
 
 } // namespace VorControl::ControlProtocol

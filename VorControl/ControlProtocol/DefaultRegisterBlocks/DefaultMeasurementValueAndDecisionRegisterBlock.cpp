@@ -21,8 +21,8 @@ void DefaultMeasurementValueAndDecisionRegisterBlock::SerializeMeasurementMsg(un
         SerializeInvalidMeasurement(buffer, offset);
         return;
     }
-    SerializeValue(buffer, offset + valueOffset, result, true);
-    SerializeValue(buffer, offset + decisionOffset, GetDecisionByte(data->item), false);
+    SerializeValue(buffer, offset + ValueOffset, result, true);
+    SerializeValue(buffer, offset + DecisionOffset, GetDecisionByte(data->item), false);
 }
 
 void DefaultMeasurementValueAndDecisionRegisterBlock::SerializeNullMsg(unsigned char* buffer, unsigned long offset) {
@@ -31,8 +31,8 @@ void DefaultMeasurementValueAndDecisionRegisterBlock::SerializeNullMsg(unsigned 
 
 void DefaultMeasurementValueAndDecisionRegisterBlock::SerializeInvalidMeasurement(unsigned char* buffer,
                                                                                   unsigned long offset) const {
-    SerializeInvalidMeasurementDecision(buffer, offset + decisionOffset);
-    SerializeInvalidMeasurementValue(buffer, offset + valueOffset);
+    SerializeInvalidMeasurementDecision(buffer, offset + DecisionOffset);
+    SerializeInvalidMeasurementValue(buffer, offset + ValueOffset);
 }
 
 } // namespace VorControl::ControlProtocol

@@ -21,8 +21,8 @@ public:
     void SerializeInvalidMeasurement(unsigned char* buffer, unsigned long offset) const;
 
 private:
-    static constexpr unsigned long valueOffset = 0;
-    static constexpr unsigned long decisionOffset = 4;
+    static constexpr unsigned long ValueOffset = 0;
+    static constexpr unsigned long DecisionOffset = 4;
 };
 
 } // namespace VorControl::ControlProtocol

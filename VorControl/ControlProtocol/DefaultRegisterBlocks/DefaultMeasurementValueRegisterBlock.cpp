@@ -17,7 +17,7 @@ void DefaultMeasurementValueRegisterBlock::SerializeMeasurementMsg(unsigned char
                                                                    const DefaultScanOutputInputData* data) {
     int result = 0;
     if (ConvertMeasurementValue(data->item, result)) {
-        SerializeValue(buffer, offset + valueOffset, result, true);
+        SerializeValue(buffer, offset + ValueOffset, result, true);
     } else {
         SerializeInvalidMeasurementValue(buffer, offset);
     }
@@ -33,7 +33,7 @@ double DefaultMeasurementValueRegisterBlock::GetMeasurementValue(const ResultIte
 
 void DefaultMeasurementValueRegisterBlock::SerializeInvalidMeasurementValue(unsigned char* buffer,
                                                                             unsigned long offset) const {
-    SerializeInvalidValue(buffer, offset + valueOffset, std::max<unsigned long long>(4, BytesPerRegister()), true);
+    SerializeInvalidValue(buffer, offset + ValueOffset, std::max<unsigned long long>(4, BytesPerRegister()), true);
 }
 
 bool DefaultMeasurementValueRegisterBlock::ConvertMeasurementValue(const ResultItem& item, int& result) {

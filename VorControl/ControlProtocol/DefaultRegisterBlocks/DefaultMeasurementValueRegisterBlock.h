@@ -23,7 +23,7 @@ protected:
     static bool ConvertMeasurementValue(const ResultItem& item, int& result);
 
 private:
-    static constexpr unsigned long valueOffset = 0;
+    static constexpr unsigned long ValueOffset = 0;
 };
 
 } // namespace VorControl::ControlProtocol

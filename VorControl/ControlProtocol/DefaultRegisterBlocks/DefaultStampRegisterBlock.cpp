@@ -32,15 +32,15 @@ void DefaultStampRegisterBlock::SerializeStampMsg(unsigned char* buffer, unsigne
     const unsigned char state = DigitalInputStateFromStamp(stamp);
 
     if (data->outputMode == 1) {
-        SerializeValue(buffer, offset + firstWordOffset, stamp->frameIndex, false);
+        SerializeValue(buffer, offset + FirstWordOffset, stamp->frameIndex, false);
         return;
     }
-    SerializeValue(buffer, offset + stateOffset, state, false);
-    SerializeValue(buffer, offset + lastWordOffset, stamp->encoderAtZ, true);
-    SerializeValue(buffer, offset + encoderOffset, encoder, true);
-    SerializeValue(buffer, offset + timeOffset, time, false);
-    SerializeValue(buffer, offset + firstWordOffset, stamp->frameIndex, false);
-    std::fill_n(buffer + offset + stateOffset + 1, 3, static_cast<unsigned char>(0));
+    SerializeValue(buffer, offset + StateOffset, state, false);
+    SerializeValue(buffer, offset + LastWordOffset, stamp->encoderAtZ, true);
+    SerializeValue(buffer, offset + EncoderOffset, encoder, true);
+    SerializeValue(buffer, offset + TimeOffset, time, false);
+    SerializeValue(buffer, offset + FirstWordOffset, stamp->frameIndex, false);
+    std::fill_n(buffer + offset + StateOffset + 1, 3, static_cast<unsigned char>(0));
 }
 
 void DefaultStampRegisterBlock::ExtendedStamp(void* msg, unsigned long long* time, long long* encoder) {

@@ -23,11 +23,11 @@ public:
     static unsigned char DigitalInputStateFromStamp(const yStamp* stamp);
 
 private:
-    static constexpr unsigned long stateOffset = 32;
-    static constexpr unsigned long lastWordOffset = 0;
-    static constexpr unsigned long encoderOffset = 8;
-    static constexpr unsigned long timeOffset = 16;
-    static constexpr unsigned long firstWordOffset = 24;
+    static constexpr unsigned long StateOffset = 32;
+    static constexpr unsigned long LastWordOffset = 0;
+    static constexpr unsigned long EncoderOffset = 8;
+    static constexpr unsigned long TimeOffset = 16;
+    static constexpr unsigned long FirstWordOffset = 24;
 };
 
 } // namespace VorControl::ControlProtocol

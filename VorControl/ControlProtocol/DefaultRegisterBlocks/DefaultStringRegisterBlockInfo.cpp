@@ -7,10 +7,10 @@ namespace VorControl::ControlProtocol {
 
 namespace {
 
-constexpr unsigned short defaultTextSize = 8;
+constexpr unsigned short DefaultTextSize = 8;
 
 unsigned short DefaultCount(unsigned char bytesPerRegister) {
-    return bytesPerRegister == 0 ? 0 : defaultTextSize / bytesPerRegister;
+    return bytesPerRegister == 0 ? 0 : DefaultTextSize / bytesPerRegister;
 }
 
 } // namespace

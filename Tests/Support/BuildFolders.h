@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace Tests {
+
+/// The path of a built program, library or folder, such as "vorsensor" or "plugins".
+std::string BuiltFile(const std::string& name);
+
+/// The path of a file of the source tree.
+std::string SourceFile(const std::string& name);
+
+/// The folder of real recordings: VOR_RECORDINGS, or one beside the source tree. It may be missing.
+std::filesystem::path RecordingsFolder();
+
+} // namespace Tests
