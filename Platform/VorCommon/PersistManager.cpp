@@ -72,18 +72,8 @@ std::string PersistManager::JobFileName(const std::string& name) {
 
 PersistManager::PersistManager(Environ environ)
     : environ(std::move(environ))
-    , jobFile(JobFileName(this->environ.job)) {
-    Vor::ThrowIfFailed(yThread_Construct(&thread, [this] {
-        RunThread();
-        return yOK;
-    }));
-    yThread_SetName(thread, "Persistence");
-    const yStatus started = yThread_Start(thread);
-    if (started != yOK) {
-        yThread_Destroy(thread);
-        Vor::Throw(started);
-    }
-}
+    , jobFile(JobFileName(this->environ.job))
+    , thread("Persistence", [this] { return RunThread(); }) {}
 
 PersistManager::~PersistManager() {
     {
@@ -91,8 +81,6 @@ PersistManager::~PersistManager() {
         ending = true;
     }
     queueChanged.notify_one();
-    yThread_Join(thread, yINFINITE, nullptr);
-    yThread_Destroy(thread);
 }
 
 unsigned long long PersistManager::Register(IPersistHandler& handler, const std::string& text) {
@@ -210,12 +198,12 @@ std::size_t PersistManager::IndexOf(PersistDomain domain) {
     Vor::Throw(yERROR_PARAMETER, "%d is not a persistence domain.", static_cast<int>(domain));
 }
 
-void PersistManager::RunThread() {
+yStatus PersistManager::RunThread() {
     std::unique_lock guard(queueMutex);
     while (true) {
         queueChanged.wait(guard, [this] { return ending || !queue.empty(); });
         if (queue.empty()) {
-            return;
+            return yOK;
         }
         {
             const std::function<void()> task = std::move(queue.front());

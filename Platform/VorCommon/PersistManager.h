@@ -1,11 +1,11 @@
 #pragma once
 
 #include "VorApi/Object.h"
+#include "VorApi/Threads/NamedThread.h"
 #include "VorCommon/IPersistRegistrar.h"
 #include "VorCommon/IPersistStore.h"
 #include "VorCommon/PersistDomain.h"
 #include "yApi/yStatus.h"
-#include "yApi/yThread.h"
 
 #include <array>
 #include <atomic>
@@ -127,7 +127,7 @@ private:
 
     static std::size_t IndexOf(PersistDomain domain);
 
-    void RunThread();
+    yStatus RunThread();
     void RunWhileWaiting(std::function<void()> step, std::function<void()> after);
     LoadedDomain Decorated(PersistDomain domain, bool hasFile, std::unique_ptr<ArchiveStore> store) const;
     std::string JobFile() const;
@@ -175,7 +175,7 @@ private:
     std::deque<std::function<void()>> queue;
     bool ending = false;
 
-    yThread thread = nullptr;
+    Vor::NamedThread thread; ///< last, so that it has ended before the other members are destroyed
 };
 
 } // namespace VorCommon

@@ -2,7 +2,9 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Object.h"
+#include "VorApi/Threads/NamedThread.h"
 #include "yApi/yFault.h"
 #include "yApi/yThread.h"
 
@@ -18,9 +20,7 @@ namespace VorCore {
 class ResultHub::Worker {
 public:
     Worker()
-        : thread([this] { Run(); }) {
-        pthread_setname_np(thread.native_handle(), "ResultHub");
-    }
+        : thread("ResultHub", [this] { return Run(); }) {}
 
     ~Worker() {
         {
@@ -29,7 +29,6 @@ public:
             queue.clear();
         }
         changed.notify_all();
-        thread.join();
     }
 
     Worker(const Worker&) = delete;
@@ -51,42 +50,44 @@ public:
                                 [this, target = published] { return delivered >= target; });
     }
 
+    /// Doesn't wait on the thread of the delivery itself.
     void WaitForRunningDelivery() {
-        if (std::this_thread::get_id() == thread.get_id()) {
+        std::unique_lock guard(mutex);
+        if (deliveringThread == std::this_thread::get_id()) {
             return;
         }
-        std::unique_lock guard(mutex);
-        changed.wait(guard, [this, begun = delivered] { return !delivering || delivered != begun; });
+        const auto isNone = [this] { return deliveringThread == std::thread::id(); };
+        changed.wait(guard, [&, begun = delivered] { return isNone() || delivered != begun; });
     }
 
     Vor::Event<void*> event;
 
 private:
-    /// Guards the rest but the thread; no handler runs while it is held. Innermost.
+    /// Guards the members below except the thread. No handler runs while it is held, and no other lock is taken.
     std::mutex mutex;
-    std::condition_variable changed;
+    std::condition_variable changed; ///< a set was queued or delivered, or the worker is to stop
     std::deque<Vor::Object> queue;
     std::uint64_t published = 0;
     std::uint64_t delivered = 0;
-    bool delivering = false;
+    std::thread::id deliveringThread; ///< set while handlers run
     bool stopping = false;
-    std::thread thread; ///< last, since it uses all of the above
+    Vor::NamedThread thread; ///< last, so that it has ended before the other members are destroyed
 
-    void Run() {
+    yStatus Run() {
         std::unique_lock guard(mutex);
         while (true) {
             changed.wait(guard, [this] { return stopping || !queue.empty(); });
             if (stopping) {
-                return;
+                return yOK;
             }
             auto set = std::move(queue.front());
             queue.pop_front();
-            delivering = true;
+            deliveringThread = std::this_thread::get_id();
             guard.unlock();
             event.Raise(set.Get());
             set = Vor::Object();
             guard.lock();
-            delivering = false;
+            deliveringThread = std::thread::id();
             ++delivered;
             changed.notify_all();
         }
@@ -95,13 +96,11 @@ private:
 
 namespace {
 
-void CallGuarded(const std::function<void(void*)>& handler, void* resultSet) {
+void CallAndLogFailure(const std::function<void(void*)>& handler, void* resultSet) {
     try {
         handler(resultSet);
     } catch (const std::exception& exception) {
-        Vor::LogError("Exception thrown by a result handler");
-        Vor::Exception::LogException(exception);
-        Vor::Exception::LogBackTrace(exception);
+        Vor::LogThrown(exception, "Exception thrown by a result handler");
     } catch (...) {
         Vor::LogError("Unknown exception thrown by a result handler");
     }
@@ -119,7 +118,7 @@ ResultHub::CallbackId ResultHub::AddResultHandler(std::function<void(void*)> han
     if (!handler) {
         return {};
     }
-    return worker->event.Add([handler = std::move(handler)](void* set) { CallGuarded(handler, set); });
+    return worker->event.Add([handler = std::move(handler)](void* set) { CallAndLogFailure(handler, set); });
 }
 
 void ResultHub::RemoveResultHandler(CallbackId& id) {
