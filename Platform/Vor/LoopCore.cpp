@@ -2,6 +2,7 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 
 #include <algorithm>
 #include <atomic>
@@ -42,18 +43,16 @@ void LoopCore::Post(std::function<void()> call) {
     asio::post(engine->context, [this, call = std::move(call)] {
         --engine->queued;
         ++engine->ran;
-        Guarded(call);
+        CallAndLogFailure(call);
     });
     Signal([this] { ++engine->queued; });
 }
 
-void LoopCore::Guarded(const std::function<void()>& call) {
+void LoopCore::CallAndLogFailure(const std::function<void()>& call) {
     try {
         call();
     } catch (const std::exception& e) {
-        LogError("Exception in a call of the main loop");
-        Exception::LogException(e);
-        Exception::LogBackTrace(e);
+        LogThrown(e, "Exception in a call of the main loop");
     } catch (...) {
         LogError("Exception of another type in a call of the main loop");
     }
@@ -125,7 +124,7 @@ void LoopCore::RunDueTimers() {
             timers.erase(first);
         }
         ++engine->ran;
-        Guarded(call);
+        CallAndLogFailure(call);
     }
 }
 

@@ -25,7 +25,7 @@ public:
     void Post(std::function<void()> call);
 
     /// Runs the call and logs what it throws.
-    static void Guarded(const std::function<void()>& call);
+    static void CallAndLogFailure(const std::function<void()>& call);
 
     Time Now() const;
     /// A duration that the clock can bear: at most some ten years.

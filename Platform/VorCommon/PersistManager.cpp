@@ -3,6 +3,7 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/Utf8.h"
+#include "VorApi/LogThrown.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorCommon/IPersistHandler.h"
 #include "VorCommon/LiveJob.h"
@@ -324,9 +325,7 @@ void PersistManager::TellJobLoaded() const {
     try {
         environ.jobLoaded(LoadedJob());
     } catch (const std::exception& e) {
-        Vor::LogError("It can't be told that another job was loaded.");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
+        Vor::LogThrown(e, "It can't be told that another job was loaded.");
     }
 }
 
@@ -361,10 +360,8 @@ void PersistManager::LoadHandlers(const LoadedDomain& loaded) {
                 }
             });
         } catch (const std::exception& e) {
-            Vor::LogError("Persist handler \"%s\" failed to %s the %s domain (%s).", component, action,
-                          PersistDomain_Name(loaded.domain), e.what());
-            Vor::Exception::LogException(e);
-            Vor::Exception::LogBackTrace(e);
+            Vor::LogThrown(e, "Persist handler \"%s\" failed to %s the %s domain (%s).", component, action,
+                           PersistDomain_Name(loaded.domain), e.what());
         } catch (...) {
             Vor::LogError("Persist handler \"%s\" failed to %s the %s domain (unknown exception). No further handler "
                           "takes part.",
@@ -420,9 +417,7 @@ PersistManager::SaveResult PersistManager::LogFailedSave(PersistDomain domain, c
     try {
         std::rethrow_exception(failure);
     } catch (const std::exception& e) {
-        Vor::LogError("The %s domain wasn't saved (%s).", PersistDomain_Name(domain), e.what());
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
+        Vor::LogThrown(e, "The %s domain wasn't saved (%s).", PersistDomain_Name(domain), e.what());
         const auto* known = dynamic_cast<const Vor::Exception*>(&e);
         return {known != nullptr ? known->Status() : yERROR, e.what()};
     }

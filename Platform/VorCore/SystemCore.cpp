@@ -1,7 +1,6 @@
 #include "VorCore/SystemCore.h"
 
-#include "Vor/Exception.h"
-#include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 
 #include <chrono>
 #include <utility>
@@ -32,7 +31,7 @@ void SystemCore::Start(bool, bool) {
         }
         environ.startScan();
     } catch (...) {
-        RaisePostStopQuietly();
+        RaisePostStopAndLogFailure();
         throw;
     }
     scanning = true;
@@ -53,13 +52,11 @@ void SystemCore::RaisePostStop() {
     }
 }
 
-void SystemCore::RaisePostStopQuietly() {
+void SystemCore::RaisePostStopAndLogFailure() {
     try {
         RaisePostStop();
     } catch (const std::exception& e) {
-        Vor::LogError("Telling that the scan hasn't started failed.");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
+        Vor::LogThrown(e, "Telling that the scan hasn't started failed.");
     }
 }
 

@@ -62,8 +62,7 @@ public:
 
 private:
     void RaisePostStop();
-    /// Logs what a handler throws.
-    void RaisePostStopQuietly();
+    void RaisePostStopAndLogFailure();
 
     const Environ environ;
     std::atomic<bool> scanning{false};
