@@ -66,14 +66,7 @@ ServiceHost::~ServiceHost() {
 VorCommon::PersistManager::Environ ServiceHost::PersistEnviron(Settings settings) {
     return {.dataFolder = settings.dataFolder.string(),
             .job = std::move(settings.job),
-            .setMainLoopBlocked =
-                [this](bool blocked) {
-                    if (blocked) {
-                        mainLoopBlock.emplace(runtimeCache);
-                    } else {
-                        mainLoopBlock.reset();
-                    }
-                },
+            .runtimeCache = &runtimeCache,
             .decorateStore = std::move(settings.decorateStore),
             .jobLoaded = std::move(settings.jobLoaded)};
 }

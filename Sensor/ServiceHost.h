@@ -13,7 +13,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -85,7 +84,6 @@ private:
     VorCommon::RuntimeCache runtimeCache;
     VorCommon::UpdateGate updateGate;
     VorCommon::ProblemsManager problems;
-    std::optional<VorCommon::RuntimeCache::MainLoopBlock> mainLoopBlock;
     Assembly assembly;
     VorPlugin::PluginManager plugins;
     VorCommon::PersistManager persistence;

@@ -7,10 +7,12 @@
 #include "VorCommon/ArchiveStore.h"
 #include "VorCommon/IPersistHandler.h"
 #include "VorCommon/LiveJob.h"
+#include "VorCommon/RuntimeCache.h"
 #include "yApi/yStatus.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 namespace VorCommon {
@@ -19,29 +21,6 @@ namespace {
 
 constexpr const char* JobExtension = ".vrjob";
 constexpr std::size_t MaxFileNameSize = 255;
-
-/// The main loop counts as blocked for as long as this lives.
-class BlockedScope {
-public:
-    explicit BlockedScope(const std::function<void(bool)>& setBlocked)
-        : setBlocked(setBlocked) {
-        Set(true);
-    }
-
-    ~BlockedScope() { Set(false); }
-
-    BlockedScope(const BlockedScope&) = delete;
-    BlockedScope& operator=(const BlockedScope&) = delete;
-
-private:
-    void Set(bool blocked) const {
-        if (setBlocked) {
-            setBlocked(blocked);
-        }
-    }
-
-    const std::function<void(bool)>& setBlocked;
-};
 
 /// The failure of the call as a pointer, null without one. The caught object's handler has ended on return, so that
 /// the pointer may be handed to another thread.
@@ -218,7 +197,10 @@ yStatus PersistManager::RunThread() {
 
 // Both steps run on the thread, the caller waits for the first and gets its failure.
 void PersistManager::RunWhileWaiting(std::function<void()> step, std::function<void()> after) {
-    const BlockedScope blocked(environ.setMainLoopBlocked);
+    std::optional<RuntimeCache::MainLoopBlock> blocked;
+    if (environ.runtimeCache != nullptr) {
+        blocked.emplace(*environ.runtimeCache);
+    }
     std::unique_lock guard(queueMutex);
     answered = false;
     queue.emplace_back([this, step = std::move(step), after = std::move(after)] {

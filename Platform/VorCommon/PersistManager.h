@@ -23,6 +23,7 @@
 namespace VorCommon {
 
 class ArchiveStore;
+class RuntimeCache;
 
 /// Owns the persistence thread and the files of the domains: the job is DATA/jobs/NAME.vrjob, the workspace
 /// DATA/workspace.vrdata. The handlers run on that thread while the main loop waits for them.
@@ -35,9 +36,10 @@ public:
     struct Environ {
         std::string dataFolder; ///< created when a domain is first saved
         std::string job;        ///< completed with ".vrjob"
-        /// Told true before the persistence thread is woken and false when it has answered. May be empty.
-        std::function<void(bool)> setMainLoopBlocked;
-        StoreDecorator decorateStore; ///< may be empty
+        /// Reports the main loop as blocked from before the persistence thread is woken until it has answered.
+        /// Borrowed; may be null.
+        RuntimeCache* runtimeCache = nullptr;
+        StoreDecorator decorateStore = nullptr; ///< may be empty
         /// Told the file name of a job that LoadJob() or Restore() has loaded, on the main loop, which isn't blocked
         /// any more. May be empty; what it throws is logged.
         std::function<void(const std::string& fileName)> jobLoaded = nullptr;

@@ -73,8 +73,7 @@ public:
 /// Saves one generation behind the other, and tells the begin and the end of each, until it is killed.
 [[noreturn]] void SaveOnAndOn(const std::string& folder) {
     Vor::MainLoop loop(Vor::MainLoop::Mode::Manual);
-    VorCommon::PersistManager manager(
-        {.dataFolder = folder, .job = JobName, .setMainLoopBlocked = nullptr, .decorateStore = nullptr});
+    VorCommon::PersistManager manager({.dataFolder = folder, .job = JobName});
     Handler handler;
     manager.Register(handler, "");
     manager.Load();

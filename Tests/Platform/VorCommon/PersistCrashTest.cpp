@@ -51,7 +51,7 @@ public:
 
 /// Saves without end; tells the generation on the disk before each save.
 [[noreturn]] void SaveWithoutEnd(const std::string& folder, int pipe) {
-    PersistManager manager({folder, "crash", nullptr, nullptr});
+    PersistManager manager({.dataFolder = folder, .job = "crash"});
     Writer writer;
     manager.Register(writer, "");
     manager.Load();
@@ -111,7 +111,7 @@ std::uint32_t WholeGeneration(const std::string& path) {
 }
 
 std::chrono::nanoseconds DurationOfASave(const std::string& folder) {
-    PersistManager manager({folder, "measured", nullptr, nullptr});
+    PersistManager manager({.dataFolder = folder, .job = "measured"});
     Writer writer;
     manager.Register(writer, "");
     manager.Load();

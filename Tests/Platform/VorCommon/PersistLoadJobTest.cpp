@@ -18,7 +18,7 @@ protected:
     PersistLoadJobTest() {
         MakeFiles();
         environ.jobLoaded = [this](const std::string& fileName) {
-            told.push_back(fileName + (blocked ? " blocked" : ""));
+            told.push_back(fileName + (cache.IsMainLoopBlocked() ? " blocked" : ""));
         };
         Start();
         manager->Register(second, "");
@@ -39,7 +39,7 @@ protected:
         EXPECT_TRUE(log.Contains(Vor::LevelUserError, "The job wasn't loaded: " + text)) << text;
         EXPECT_TRUE(calls.empty());
         EXPECT_TRUE(told.empty());
-        EXPECT_FALSE(blocked);
+        EXPECT_FALSE(cache.IsMainLoopBlocked());
         EXPECT_EQ(manager->LoadedJob(), "part.vrjob");
         EXPECT_EQ(manager->FilePath(PersistDomain::Job), jobPath);
     }
@@ -103,13 +103,13 @@ TEST_F(PersistLoadJobTest, HandlersRunOnThePersistenceThreadWhileTheMainLoopIsBl
     std::thread::id thread;
     std::string name;
     first.onLoad = [&](PersistDomain, const IPersistStore&) {
-        seen = blocked;
+        seen = cache.IsMainLoopBlocked();
         thread = std::this_thread::get_id();
         name = manager->LoadedJob();
     };
     manager->LoadJob("other");
     EXPECT_TRUE(seen);
-    EXPECT_FALSE(blocked);
+    EXPECT_FALSE(cache.IsMainLoopBlocked());
     EXPECT_NE(thread, std::this_thread::get_id());
     EXPECT_EQ(name, "other.vrjob");
 }

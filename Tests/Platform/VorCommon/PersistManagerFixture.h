@@ -7,10 +7,10 @@
 #include "VorCommon/ArchiveFile.h"
 #include "VorCommon/IPersistHandler.h"
 #include "VorCommon/PersistManager.h"
+#include "VorCommon/RuntimeCache.h"
 #include "yApi/yFault.h"
 #include "yApi/yStatus.h"
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -105,9 +105,8 @@ protected:
     Tests::TempFolder folder;
     const std::string jobPath = folder.File("jobs/part.vrjob");
     const std::string workspacePath = folder.File("workspace.vrdata");
-    std::atomic<bool> blocked{false};
-    PersistManager::Environ environ{folder.Path().string(), "part", [this](bool now) { blocked = now; }, nullptr,
-                                    nullptr};
+    VorCommon::RuntimeCache cache;
+    PersistManager::Environ environ{.dataFolder = folder.Path().string(), .job = "part", .runtimeCache = &cache};
     Names calls;
     Handler first{"first", calls};
     Handler second{"second", calls};

@@ -81,15 +81,15 @@ TEST_F(PersistManagerTest, HandlersRunOnThePersistenceThreadWhileTheMainLoopIsBl
     std::vector<bool> seen;
     char threadName[16] = "";
     first.onInit = [&](PersistDomain, IPersistStore&) {
-        seen.push_back(blocked);
+        seen.push_back(cache.IsMainLoopBlocked());
         pthread_getname_np(pthread_self(), threadName, sizeof threadName);
     };
-    first.onSave = [&](PersistDomain, IPersistStore&) { seen.push_back(blocked); };
-    EXPECT_FALSE(blocked);
+    first.onSave = [&](PersistDomain, IPersistStore&) { seen.push_back(cache.IsMainLoopBlocked()); };
+    EXPECT_FALSE(cache.IsMainLoopBlocked());
     manager->Load();
-    EXPECT_FALSE(blocked);
+    EXPECT_FALSE(cache.IsMainLoopBlocked());
     manager->Save(PersistDomain::Job).get().ThrowIfFailed();
-    EXPECT_FALSE(blocked);
+    EXPECT_FALSE(cache.IsMainLoopBlocked());
     EXPECT_EQ(seen, (std::vector<bool>{true, true, true}));
     EXPECT_STREQ(threadName, "Persistence");
 }
@@ -99,7 +99,7 @@ TEST_F(PersistManagerTest, TheMainLoopIsReleasedWhenALoadFails) {
     Tests::WriteWholeFile(jobPath, std::string(600, 'x'));
     Start();
     EXPECT_THROW(manager->Load(), Vor::Exception);
-    EXPECT_FALSE(blocked);
+    EXPECT_FALSE(cache.IsMainLoopBlocked());
 }
 
 TEST_F(PersistManagerTest, TheMainLoopIsReleasedBeforeTheFileIsWritten) {
@@ -111,7 +111,7 @@ TEST_F(PersistManagerTest, TheMainLoopIsReleasedBeforeTheFileIsWritten) {
     ASSERT_EQ(sqlite3_open(jobPath.c_str(), &other), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
     const std::shared_future<PersistManager::SaveResult> saved = manager->Save(PersistDomain::Job);
-    EXPECT_FALSE(blocked);
+    EXPECT_FALSE(cache.IsMainLoopBlocked());
     EXPECT_EQ(Entry(jobPath, "setting"), "stored");
     EXPECT_EQ(saved.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
     ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);

@@ -45,11 +45,11 @@ TEST_F(PersistRestoreTest, BothDomainsAreInitialisedAndThenTheFreshJobIsLoaded) 
 
 TEST_F(PersistRestoreTest, TheMainLoopIsBlockedFromTheFirstHandlerToTheLast) {
     std::vector<bool> seen;
-    first.onInit = [&](PersistDomain, IPersistStore&) { seen.push_back(blocked); };
-    first.onLoad = [&](PersistDomain, const IPersistStore&) { seen.push_back(blocked); };
+    first.onInit = [&](PersistDomain, IPersistStore&) { seen.push_back(cache.IsMainLoopBlocked()); };
+    first.onLoad = [&](PersistDomain, const IPersistStore&) { seen.push_back(cache.IsMainLoopBlocked()); };
     manager->Restore("demo", Fill);
     EXPECT_EQ(seen, (std::vector<bool>{true, true, true}));
-    EXPECT_FALSE(blocked);
+    EXPECT_FALSE(cache.IsMainLoopBlocked());
 }
 
 TEST_F(PersistRestoreTest, TheFilesAreReplacedWhenItReturnsAndOtherJobsStay) {
@@ -121,7 +121,7 @@ TEST_F(PersistRestoreTest, WhatCannotBeFilledLeavesAllAsItWas) {
         EXPECT_EQ(manager->LoadedJob(), "part.vrjob");
         EXPECT_EQ(Entry(demoPath, "setting"), "by the user");
         EXPECT_EQ(Entry(workspacePath, "setting"), "stored");
-        EXPECT_FALSE(blocked);
+        EXPECT_FALSE(cache.IsMainLoopBlocked());
     };
     const Vor::LogCapture log;
     EXPECT_FAILURE(manager->Restore("../demo", Fill), yERROR_PARAMETER,

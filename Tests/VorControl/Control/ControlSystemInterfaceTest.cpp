@@ -38,10 +38,7 @@ class ControlSystemInterfaceTest : public testing::Test {
 protected:
     Tests::TempFolder folder;
     Tests::FakeCore core;
-    VorCommon::PersistManager persistManager{{.dataFolder = folder.Path().string(),
-                                              .job = "first",
-                                              .setMainLoopBlocked = nullptr,
-                                              .decorateStore = nullptr}};
+    VorCommon::PersistManager persistManager{{.dataFolder = folder.Path().string(), .job = "first"}};
     VorPipe::PipeManager pipeManager;
     ControlSystemInterface subject{&core, &persistManager, &pipeManager};
     std::vector<std::string> raised;
