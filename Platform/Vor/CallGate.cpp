@@ -16,7 +16,7 @@ CallGate::Passage::~Passage() {
     if (passed) {
         const std::lock_guard lock(gate.mutex);
         --gate.running;
-        gate.left.notify_all();
+        gate.ended.notify_all();
     }
 }
 
@@ -33,7 +33,7 @@ void CallGate::WaitIdle() {
 
 void CallGate::WaitIdle(std::unique_lock<std::mutex>& lock) {
     if (!AsyncLoop::OnMainLoop()) {
-        left.wait(lock, [this] { return running == 0; });
+        ended.wait(lock, [this] { return running == 0; });
     }
 }
 

@@ -33,7 +33,7 @@ private:
 
     /// Guards the rest, for a few instructions; nothing else is locked under it.
     std::mutex mutex;
-    std::condition_variable left;
+    std::condition_variable ended; ///< a call ended
     bool closed = false;
     int running = 0;
 };

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int MaxWidth = 4096;
 
-/// One conversion as it stands in the text, without its per cent sign.
+/// One conversion as written in the text, without its per cent sign.
 struct Conversion {
     std::size_t position = 0; ///< from "n$", counted from 1; 0 is the next argument
     std::string flags;
@@ -28,7 +28,7 @@ public:
     explicit Scanner(const char* text)
         : text(text) {}
 
-    /// Reads a conversion; `text` stands behind it afterwards. False when it isn't one.
+    /// Reads a conversion and moves behind it. False when the text isn't one.
     bool Read(Conversion& out) {
         if (const char* mark = text; const auto number = Number()) {
             if (*text == '$' && *number > 0) {
@@ -235,26 +235,25 @@ std::string Fill(const Conversion& conversion, const FormatArg& arg) {
     }
 }
 
-/// Hands out the arguments of one text.
+/// The arguments of one text, in order and by position.
 class Arguments {
 public:
     explicit Arguments(std::span<const FormatArg> list)
         : list(list) {}
 
-    /// The argument of a position counted from 1, or the next one for 0; null when it is missing.
-    const FormatArg* Take(std::size_t position) {
-        const std::size_t index = position > 0 ? position - 1 : next;
-        if (index >= list.size()) {
-            return nullptr;
-        }
-        if (position == 0) {
-            ++next;
-        }
-        return &list[index];
+    /// The argument of a position counted from 1; null when it is missing.
+    const FormatArg* At(std::size_t position) const { return position <= list.size() ? &list[position - 1] : nullptr; }
+
+    /// Null when there are no more.
+    const FormatArg* Next() {
+        const FormatArg* const arg = At(next + 1);
+        next += arg != nullptr ? 1 : 0;
+        return arg;
     }
 
-    std::optional<int> TakeSize() {
-        const FormatArg* arg = Take(0);
+    /// Nothing when the argument is missing, no integer or out of range.
+    std::optional<int> NextSize() {
+        const FormatArg* const arg = Next();
         if (arg == nullptr || !IsInteger(*arg)) {
             return std::nullopt;
         }
@@ -270,10 +269,10 @@ private:
     std::size_t next = 0;
 };
 
-/// Takes "*" sizes from the arguments. False when one is missing or out of range.
-bool TakeSizes(Conversion& conversion, Arguments& arguments) {
+/// Replaces "*" sizes by arguments. False when one is missing or out of range.
+bool ReadSizes(Conversion& conversion, Arguments& arguments) {
     if (conversion.widthFromArgument) {
-        conversion.width = arguments.TakeSize();
+        conversion.width = arguments.NextSize();
         if (!conversion.width) {
             return false;
         }
@@ -283,7 +282,7 @@ bool TakeSizes(Conversion& conversion, Arguments& arguments) {
         }
     }
     if (conversion.precisionFromArgument) {
-        conversion.precision = arguments.TakeSize();
+        conversion.precision = arguments.NextSize();
         if (!conversion.precision) {
             return false;
         }
@@ -319,7 +318,10 @@ std::string FormatArgs(const char* format, std::span<const FormatArg> args) {
             continue;
         }
         Arguments before = arguments;
-        const FormatArg* arg = TakeSizes(conversion, arguments) ? arguments.Take(conversion.position) : nullptr;
+        const FormatArg* arg = nullptr;
+        if (ReadSizes(conversion, arguments)) {
+            arg = conversion.position > 0 ? arguments.At(conversion.position) : arguments.Next();
+        }
         if (arg == nullptr) {
             arguments = before;
             out.append(sign, scanner.Position());

@@ -9,8 +9,8 @@ namespace Vor::Properties::Internal {
 
 namespace {
 
-/// A text this long is shown whole in a message.
-constexpr std::size_t ShownTextSize = 40;
+/// Bytes up to which a message quotes a text.
+constexpr std::size_t MaxQuotedTextSize = 40;
 
 std::string Describe(const nlohmann::json& json) {
     switch (json.type()) {
@@ -25,7 +25,7 @@ std::string Describe(const nlohmann::json& json) {
         return "a number that isn't an integer";
     case nlohmann::json::value_t::string: {
         const auto& text = json.get_ref<const std::string&>();
-        return text.size() <= ShownTextSize ? "the text \"" + text + "\"" : "a text";
+        return text.size() <= MaxQuotedTextSize ? "the text \"" + text + "\"" : "a text";
     }
     case nlohmann::json::value_t::array:
         return "an array";

@@ -20,9 +20,9 @@ namespace asio = boost::asio;
 struct LoopCore::Engine {
     asio::io_context context;
     asio::executor_work_guard<asio::io_context::executor_type> work{context.get_executor()};
-    /// Stands at the time of the first timer; used under the core's mutex.
+    /// Expires when the first timer is due; used with the core's mutex held.
     asio::steady_timer wakeUp{context};
-    std::optional<Time> wakeUpAt;
+    std::optional<Time> wakeUpAt; ///< when `wakeUp` expires; empty while it isn't armed
     std::atomic<std::thread::id> thread;
     std::atomic<bool> stopRequested{false};
     /// Calls that were queued and have not begun; for a moment a call may begin before it is counted.
@@ -131,15 +131,15 @@ void LoopCore::RunDueTimers() {
 bool LoopCore::WaitUntil(Time deadline, const std::function<bool()>& done) {
     std::unique_lock lock(waitMutex);
     while (!done()) {
-        bool stands = false;
+        bool isManual = false;
         {
             const std::lock_guard clockLock(mutex);
-            stands = manual;
+            isManual = manual;
         }
         if (Now() >= deadline) {
             return false;
         }
-        if (stands) {
+        if (isManual) {
             waitChanged.wait(lock);
         } else {
             waitChanged.wait_until(lock, deadline);

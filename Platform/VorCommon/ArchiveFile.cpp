@@ -305,7 +305,7 @@ public:
         if (!replace && ArchiveFile(place).Exists()) {
             RefuseExisting(place);
         }
-        TakeBackInterruptedSave();
+        RollBackInterruptedSave();
         // The journal of a file that is gone would be taken for the new file's.
         Remove(place + "-journal");
         if (Rename(replace ? 0 : RENAME_NOREPLACE) != 0) {
@@ -335,7 +335,7 @@ private:
     }
 
     /// So that a file keeps its old content should it not be replaced after all.
-    void TakeBackInterruptedSave() const {
+    void RollBackInterruptedSave() const {
         try {
             if (ArchiveFile(place).Exists()) {
                 Database(place, SQLITE_OPEN_READWRITE).Execute("SELECT 1 FROM sqlite_schema");

@@ -223,8 +223,8 @@ void PersistManager::RunWhileWaiting(std::function<void()> step, std::function<v
     }
 }
 
-PersistManager::LoadedDomain PersistManager::Decorated(PersistDomain domain, bool hasFile,
-                                                       std::unique_ptr<ArchiveStore> store) const {
+PersistManager::LoadedDomain PersistManager::MakeLoadedDomain(PersistDomain domain, bool hasFile,
+                                                              std::unique_ptr<ArchiveStore> store) const {
     auto decorated = environ.decorateStore ? environ.decorateStore(*store, domain) : nullptr;
     return {domain, hasFile, std::move(store), std::move(decorated)};
 }
@@ -234,20 +234,20 @@ void PersistManager::LoadDomains() {
     for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
         auto store = std::make_unique<ArchiveStore>(FilePath(domain));
         const bool hasFile = store->Open();
-        domains.push_back(Decorated(domain, hasFile, std::move(store)));
+        domains.push_back(MakeLoadedDomain(domain, hasFile, std::move(store)));
     }
     SetLoadedJob(JobFile());
     for (LoadedDomain& loaded : domains) {
-        TakeTurns(std::move(loaded));
+        ApplyDomain(std::move(loaded));
     }
 }
 
 void PersistManager::LoadJobDomain(const std::string& fileName) {
     auto store = std::make_unique<ArchiveStore>(JobPath(fileName));
     store->OpenJob();
-    LoadedDomain loaded = Decorated(PersistDomain::Job, true, std::move(store));
+    LoadedDomain loaded = MakeLoadedDomain(PersistDomain::Job, true, std::move(store));
     SetLoadedJob(fileName);
-    TakeTurns(std::move(loaded));
+    ApplyDomain(std::move(loaded));
 }
 
 void PersistManager::RestoreDomains(const std::string& fileName, const JobFiller& fill) {
@@ -257,13 +257,13 @@ void PersistManager::RestoreDomains(const std::string& fileName, const JobFiller
     ArchiveFile(WorkspacePath()).Remove();
     ArchiveFile(JobPath(fileName)).Remove();
 
-    TakeTurns(Decorated(PersistDomain::Workspace, false, std::make_unique<ArchiveStore>(WorkspacePath())));
-    LoadedDomain job = Decorated(PersistDomain::Job, false, std::make_unique<ArchiveStore>(JobPath(fileName)));
-    LoadHandlers(job);
+    ApplyDomain(MakeLoadedDomain(PersistDomain::Workspace, false, std::make_unique<ArchiveStore>(WorkspacePath())));
+    LoadedDomain job = MakeLoadedDomain(PersistDomain::Job, false, std::make_unique<ArchiveStore>(JobPath(fileName)));
+    InitOrLoadHandlers(job);
     job.store->WriteAll(filled);
     job.hasFile = true;
     SetLoadedJob(fileName);
-    TakeTurns(std::move(job));
+    ApplyDomain(std::move(job));
     CommitRestored();
 }
 
@@ -293,14 +293,14 @@ void PersistManager::ChangeJob(const std::string& name,
     });
     const Vor::Object after = Vor::Object::Take(LiveJob());
     if (before.Get() != after.Get()) {
-        TellJobLoaded();
+        NotifyJobLoaded();
     }
     if (failure != nullptr) {
         std::rethrow_exception(std::move(failure));
     }
 }
 
-void PersistManager::TellJobLoaded() const {
+void PersistManager::NotifyJobLoaded() const {
     if (!environ.jobLoaded) {
         return;
     }
@@ -319,16 +319,16 @@ void PersistManager::SetLoadedJob(const std::string& fileName) {
     std::swap(liveJob, made);
 }
 
-void PersistManager::TakeTurns(LoadedDomain loaded) {
+void PersistManager::ApplyDomain(LoadedDomain loaded) {
     const std::size_t index = IndexOf(loaded.domain);
     modified[index] = false;
-    LoadHandlers(loaded);
+    InitOrLoadHandlers(loaded);
     loaded.decorated.reset();
     stores[index] = std::move(loaded.store);
 }
 
 // Every handler gets its turn, whatever the others threw, as long as that was a std::exception.
-void PersistManager::LoadHandlers(const LoadedDomain& loaded) {
+void PersistManager::InitOrLoadHandlers(const LoadedDomain& loaded) {
     IPersistStore& store = loaded.decorated ? *loaded.decorated : *loaded.store;
     const char* const action = loaded.hasFile ? "load" : "initialise";
     for (const unsigned long long id : HandlerIds()) {

@@ -131,7 +131,7 @@ private:
 
     yStatus RunThread();
     void RunWhileWaiting(std::function<void()> step, std::function<void()> after);
-    LoadedDomain Decorated(PersistDomain domain, bool hasFile, std::unique_ptr<ArchiveStore> store) const;
+    LoadedDomain MakeLoadedDomain(PersistDomain domain, bool hasFile, std::unique_ptr<ArchiveStore> store) const;
     std::string JobFile() const;
     std::string JobPath(const std::string& fileName) const;
     std::string WorkspacePath() const;
@@ -140,10 +140,10 @@ private:
     void RestoreDomains(const std::string& fileName, const JobFiller& fill);
     void CommitRestored();
     void ChangeJob(const std::string& name, const std::function<void(const std::string& fileName)>& change);
-    void TellJobLoaded() const;
+    void NotifyJobLoaded() const;
     void SetLoadedJob(const std::string& fileName);
-    void TakeTurns(LoadedDomain loaded);
-    void LoadHandlers(const LoadedDomain& loaded);
+    void ApplyDomain(LoadedDomain loaded);
+    void InitOrLoadHandlers(const LoadedDomain& loaded);
     void CommitInitialised();
     void SaveHandlers(PersistDomain domain);
     static SaveResult LogFailedSave(PersistDomain domain, const std::exception_ptr& failure);

@@ -15,8 +15,8 @@ struct yMsgQueueObject {
         : itemType(itemType)
         , allocator(allocator) {}
 
-    /// Takes the oldest items beyond the maximum count out. For the holder of the mutex.
-    std::vector<void*> TakeSurplus() {
+    /// Removes the oldest items beyond the maximum count and returns them. Called with the mutex held.
+    std::vector<void*> RemoveSurplus() {
         std::vector<void*> surplus;
         while (maxCount != 0 && items.size() > maxCount) {
             surplus.push_back(items.front());
@@ -25,7 +25,7 @@ struct yMsgQueueObject {
         return surplus;
     }
 
-    /// Not to be called while the mutex is held.
+    /// Called without the mutex.
     template <class Items>
     void Drop(const Items& dropped) {
         if (dropped.empty()) {
@@ -99,7 +99,7 @@ yStatus yMsgQueue_SetMaxCount(yMsgQueue queue, std::uint64_t maxCount) {
     {
         const std::lock_guard guard(queue->mutex);
         queue->maxCount = maxCount;
-        surplus = queue->TakeSurplus();
+        surplus = queue->RemoveSurplus();
     }
     queue->Drop(surplus);
     return yOK;
@@ -116,7 +116,7 @@ yStatus yMsgQueue_AddEx(yMsgQueue queue, void* const* item, std::uint32_t) {
     {
         const std::lock_guard guard(queue->mutex);
         queue->items.push_back(*item);
-        surplus = queue->TakeSurplus();
+        surplus = queue->RemoveSurplus();
         queue->added.notify_one();
     }
     queue->Drop(surplus);
