@@ -31,7 +31,6 @@ public:
     Kind GetKind() const;
     bool IsNull() const { return GetKind() == Kind::Null; }
     bool IsObject() const { return GetKind() == Kind::Object; }
-    bool IsArray() const { return GetKind() == Kind::Array; }
 
     /// The member of that name, created as null if there is none; a node of another kind becomes an object first.
     VorDataTree operator[](const std::string& name);

@@ -19,7 +19,7 @@ public:
 
 } // namespace
 
-const yType yType_LiveJob{"LiveJob", nullptr, &yObject_Delete<LiveJobObject>};
+const yType yType_LiveJob{nullptr, &yObject_Delete<LiveJobObject>};
 
 yStatus LiveJob_Construct(LiveJob* job, const std::string& fileName, yAllocator allocator) {
     if (job == nullptr) {

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-const yType yType_ResultInfo{"ResultInfo", nullptr, &yObject_Delete<ResultInfoObject>};
+const yType yType_ResultInfo{nullptr, &yObject_Delete<ResultInfoObject>};
 
 ResultInfoObject::ResultInfoObject(yAllocator allocator, std::uint16_t kind, std::string_view source)
     : yObject(yType_ResultInfo)

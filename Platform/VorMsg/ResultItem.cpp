@@ -19,7 +19,7 @@ void* SetOf(const void* item) {
 
 } // namespace
 
-const yType yType_ResultItem{"ResultItem", nullptr, &yObject_Delete<FreeResultItem>, &SetOf};
+const yType yType_ResultItem{nullptr, &yObject_Delete<FreeResultItem>, &SetOf};
 
 yStatus ResultItem_Construct(ResultItem* item, yMsgInfo msgInfo, ResultInfo resultInfo, yAllocator allocator) {
     if (const yStatus fault = yFault_Check("ResultItem_Construct"); fault != yOK) {

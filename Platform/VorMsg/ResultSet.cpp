@@ -1,6 +1,6 @@
 #include "VorMsg/ResultSet.h"
 
-const yType yType_ResultSet{"ResultSet", nullptr, &yObject_Delete<ResultSetObject>};
+const yType yType_ResultSet{nullptr, &yObject_Delete<ResultSetObject>};
 
 yStatus ResultSet_Construct(ResultSet* set, yAllocator allocator) {
     if (const yStatus fault = yFault_Check("ResultSet_Construct"); fault != yOK) {

@@ -19,7 +19,7 @@ public:
 
 } // namespace
 
-const yType yType_VvArrayMsg{"VvArrayMsg", &yType_VvMsg, &yObject_Delete<ArrayMsgObject>};
+const yType yType_VvArrayMsg{&yType_VvMsg, &yObject_Delete<ArrayMsgObject>};
 
 yStatus VvArrayMsg_Construct(VvArrayMsg* msg, yAllocator allocator) {
     return VvMsg_Make<ArrayMsgObject>("VvArrayMsg_Construct", msg, allocator);

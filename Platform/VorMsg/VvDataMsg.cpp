@@ -17,7 +17,7 @@ public:
 
 } // namespace
 
-const yType yType_VvDataMsg{"VvDataMsg", &yType_VvMsg, &yObject_Delete<DataMsgObject>};
+const yType yType_VvDataMsg{&yType_VvMsg, &yObject_Delete<DataMsgObject>};
 
 yStatus VvDataMsg_Construct(VvDataMsg* msg, std::uint64_t time, std::int64_t encoder, yAllocator allocator) {
     return VvMsg_Make<DataMsgObject>("VvDataMsg_Construct", msg, allocator, time, encoder);

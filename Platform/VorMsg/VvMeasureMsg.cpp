@@ -20,7 +20,7 @@ public:
 
 } // namespace
 
-const yType yType_VvMeasureMsg{"VvMeasureMsg", &yType_VvMsg, &yObject_Delete<MeasureMsgObject>};
+const yType yType_VvMeasureMsg{&yType_VvMsg, &yObject_Delete<MeasureMsgObject>};
 
 yStatus VvMeasureMsg_Construct(VvMeasureMsg* msg, double value, std::uint8_t decision, yAllocator allocator) {
     return VvMsg_Make<MeasureMsgObject>("VvMeasureMsg_Construct", msg, allocator, value, decision);

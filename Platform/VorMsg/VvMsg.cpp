@@ -3,7 +3,7 @@
 #include "VorMsg/VvMsgObject.h"
 
 /// Every message is made as one of the derived classes.
-const yType yType_VvMsg{"VvMsg", nullptr, nullptr};
+const yType yType_VvMsg{nullptr, nullptr};
 
 yStatus VvMsg_AddStamp(VvMsg msg, const yStamp& stamp) {
     if (!yObject_Is(msg, yType_VvMsg)) {

@@ -12,7 +12,7 @@ public:
 
 } // namespace
 
-const yType yType_VvNullMsg{"VvNullMsg", &yType_VvMsg, &yObject_Delete<NullMsgObject>};
+const yType yType_VvNullMsg{&yType_VvMsg, &yObject_Delete<NullMsgObject>};
 
 yStatus VvNullMsg_Construct(VvNullMsg* msg, yAllocator allocator) {
     return VvMsg_Make<NullMsgObject>("VvNullMsg_Construct", msg, allocator);

@@ -14,7 +14,7 @@ public:
 
 } // namespace
 
-const yType yType_VvStampMsg{"VvStampMsg", &yType_VvMsg, &yObject_Delete<StampMsgObject>};
+const yType yType_VvStampMsg{&yType_VvMsg, &yObject_Delete<StampMsgObject>};
 
 yStatus VvStampMsg_Construct(VvStampMsg* msg, const yStamp& stamp, yAllocator allocator) {
     return VvMsg_Make<StampMsgObject>("VvStampMsg_Construct", msg, allocator, stamp);

@@ -17,7 +17,7 @@ public:
 
 } // namespace
 
-const yType yType_VvStringMsg{"VvStringMsg", &yType_VvMsg, &yObject_Delete<StringMsgObject>};
+const yType yType_VvStringMsg{&yType_VvMsg, &yObject_Delete<StringMsgObject>};
 
 yStatus VvStringMsg_Construct(VvStringMsg* msg, std::string_view text, yAllocator allocator) {
     return VvMsg_Make<StringMsgObject>("VvStringMsg_Construct", msg, allocator, text);

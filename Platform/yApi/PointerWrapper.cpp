@@ -17,7 +17,7 @@ public:
 
 } // namespace
 
-const yType yType_PointerWrapper{"PointerWrapper", nullptr, &yObject_Delete<PointerWrapperObject>};
+const yType yType_PointerWrapper{nullptr, &yObject_Delete<PointerWrapperObject>};
 
 yStatus PointerWrapper_Construct(PointerWrapper* wrapper, void* pointer, std::uint32_t, yAllocator allocator) {
     if (const yStatus fault = yFault_Check("PointerWrapper_Construct"); fault != yOK) {

@@ -22,7 +22,7 @@ public:
 
 } // namespace
 
-const yType yType_yMsgInfo{"yMsgInfo", nullptr, &yObject_Delete<MsgInfoObject>};
+const yType yType_yMsgInfo{nullptr, &yObject_Delete<MsgInfoObject>};
 
 yStatus yMsgInfo_Construct(yMsgInfo* info, void* message, std::uint64_t origin, std::uint64_t tag,
                            yAllocator allocator) {

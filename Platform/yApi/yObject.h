@@ -8,9 +8,8 @@
 #include <new>
 #include <utility>
 
-/// Run-time type of shared objects. One static instance a class, compared by address.
+/// Run-time type of shared objects. Each class has one static instance, which is compared by address.
 struct yType {
-    const char* name;
     const yType* parent; ///< null for a class without a base
     void (*destroy)(void* handle);
     /// Of an object that lives inside another one: that one, which counts the shares. Null when no object does.
