@@ -22,12 +22,9 @@ inline constexpr std::uint64_t LevelError = 0x8000000000000002;
 inline constexpr std::uint64_t LevelDebug = 0x8000000000000004;
 inline constexpr std::uint64_t LevelTrace = 0x8000000000000008;
 inline constexpr std::uint64_t LevelUserFlag = 0x0000000100000000;
-inline constexpr std::uint64_t LevelUserInfo = LevelInfo | LevelUserFlag;
-inline constexpr std::uint64_t LevelUserWarning = LevelWarning | LevelUserFlag;
-inline constexpr std::uint64_t LevelUserError = LevelError | LevelUserFlag;
-inline constexpr std::uint64_t UserInfo = LevelUserInfo;
-inline constexpr std::uint64_t UserWarning = LevelUserWarning;
-inline constexpr std::uint64_t UserError = LevelUserError;
+inline constexpr std::uint64_t UserInfo = LevelInfo | LevelUserFlag;
+inline constexpr std::uint64_t UserWarning = LevelWarning | LevelUserFlag;
+inline constexpr std::uint64_t UserError = LevelError | LevelUserFlag;
 
 /// The log of the process. All functions may be called from any thread, also during static initialisation, and none
 /// throws but for want of memory.

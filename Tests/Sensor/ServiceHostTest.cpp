@@ -36,7 +36,7 @@ protected:
 
     std::string ErrorOfUserLog() const {
         for (const Vor::LogRecord& record : log.Records()) {
-            if (record.level == Vor::LevelUserError) {
+            if (record.level == Vor::UserError) {
                 return record.text;
             }
         }

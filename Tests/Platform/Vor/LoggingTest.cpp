@@ -43,9 +43,9 @@ TEST(LoggingTest, HelpersUseTheirLevelWordAndTheFunctionThatLogs) {
 }
 
 TEST(LoggingTest, UserLevelWordsHaveBit32) {
-    EXPECT_EQ(Vor::LevelUserInfo, 0x8000000100000000);
-    EXPECT_EQ(Vor::LevelUserWarning, 0x8000000100000001);
-    EXPECT_EQ(Vor::LevelUserError, 0x8000000100000002);
+    EXPECT_EQ(Vor::UserInfo, 0x8000000100000000);
+    EXPECT_EQ(Vor::UserWarning, 0x8000000100000001);
+    EXPECT_EQ(Vor::UserError, 0x8000000100000002);
 }
 
 TEST(LoggingTest, NullTextsAreTolerated) {

@@ -36,7 +36,7 @@ protected:
     void ExpectRefusal(const std::string& name, yStatus status, const std::string& text) {
         const Vor::LogCapture log;
         EXPECT_FAILURE(manager->LoadJob(name), status, text);
-        EXPECT_TRUE(log.Contains(Vor::LevelUserError, "The job wasn't loaded: " + text)) << text;
+        EXPECT_TRUE(log.Contains(Vor::UserError, "The job wasn't loaded: " + text)) << text;
         EXPECT_TRUE(calls.empty());
         EXPECT_TRUE(told.empty());
         EXPECT_FALSE(cache.IsMainLoopBlocked());

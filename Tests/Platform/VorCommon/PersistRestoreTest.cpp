@@ -130,7 +130,7 @@ TEST_F(PersistRestoreTest, WhatCannotBeFilledLeavesAllAsItWas) {
     EXPECT_FAILURE(manager->Restore("demo", [](IPersistStore&) { Vor::Throw(yERROR_STATE, "no template"); }),
                    yERROR_STATE, "no template");
     expectNothing();
-    EXPECT_TRUE(log.Contains(Vor::LevelUserError, "The restore failed: no template"));
+    EXPECT_TRUE(log.Contains(Vor::UserError, "The restore failed: no template"));
     EXPECT_EQ(StatusOf([&] {
                   manager->Restore("demo", [](IPersistStore& store) { Put(store, "/controls/x/config.json", "{"); });
               }),
@@ -151,7 +151,7 @@ TEST_F(PersistRestoreTest, AFileThatCannotBeWrittenIsAFailureThoughTheJobIsLoade
     const Vor::LogCapture log;
     const std::string text = "Archive '" + workspacePath + "': the disk failed.";
     EXPECT_FAILURE(manager->Restore("demo", Fill), yERROR_FULL, text);
-    EXPECT_TRUE(log.Contains(Vor::LevelUserError, "The restore failed: " + text));
+    EXPECT_TRUE(log.Contains(Vor::UserError, "The restore failed: " + text));
     EXPECT_EQ(told, Names{"demo.vrjob"});
     EXPECT_EQ(manager->LoadedJob(), "demo.vrjob");
     EXPECT_TRUE(manager->IsModified(PersistDomain::Workspace));

@@ -396,8 +396,8 @@ TEST_F(ControlManagerTest, AFailedLoadIsToldToTheUserAndTheNextServiceIsLoaded) 
     store.files[PathOf("b")] = EnabledConfiguration();
     manager->LoadPersistDomain(PersistDomain::Job, store);
     EXPECT_TRUE(log.Contains(Vor::LevelError, "EXCEPTION THROWN: "));
-    EXPECT_EQ(log.Count(Vor::LevelUserError, "Error loading control service 'a' configuration. Loading next service's "
-                                             "configuration."),
+    EXPECT_EQ(log.Count(Vor::UserError, "Error loading control service 'a' configuration. Loading next service's "
+                                        "configuration."),
               1U);
     EXPECT_TRUE(manager->GetInstance("b").IsEnabled());
 }
