@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-/// What a result item is: its kind and the data source that it comes from. A shared object.
+/// The kind of a result item and the data source that it comes from. A shared object.
 using ResultInfo = void*;
 
 extern const yType yType_ResultInfo;
@@ -16,11 +16,11 @@ inline constexpr std::uint16_t ResultInfo_TypeStamp = 11;
 inline constexpr std::uint16_t ResultInfo_TypeMeasurement = 19;
 inline constexpr std::uint16_t ResultInfo_TypeString = 20;
 
-/// The numeric id of a data source: std::hash of its text. Whoever publishes results and whoever filters them get it
-/// from here.
+/// The numeric id of a data source: std::hash of its text. Those who publish results and those who filter them must
+/// both use this function.
 unsigned long ResultInfo_IdOfText(std::string_view text);
 
-/// Numeric id is that of `source`.
+/// The numeric id is that of `source`.
 yStatus ResultInfo_Construct(ResultInfo* info, std::uint16_t type, std::string_view source,
                              yAllocator allocator = nullptr);
 

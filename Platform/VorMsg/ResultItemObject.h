@@ -4,7 +4,7 @@
 
 extern const yType yType_ResultItem;
 
-/// What a `ResultItem` points to, on its own or inside a set. It has one share of each of its parts.
+/// What a `ResultItem` points to, on its own or inside a set. It owns one share of each of its parts.
 class ResultItemObject : public yObject {
 public:
     ResultItemObject(yObject* set, void* msgInfo, void* resultInfo)

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The results of one scan, in order. A shared object, filled by its maker alone and read-only once others have it.
+/// The results of one scan, in order. A shared object, filled by one thread and read-only once others can reach it.
 using ResultSet = void*;
 
 extern const yType yType_ResultSet;
@@ -35,7 +35,7 @@ inline ResultItem ResultSet_At(ResultSet set, std::size_t index) {
     return index < ResultSet_Count(set) ? yObject_ToHandle(yObject_As<ResultSetObject>(set)->At(index)) : nullptr;
 }
 
-/// Whether the results come from a simulation; a new set's don't.
+/// Whether the results come from a simulation; false for a new set.
 inline bool ResultSet_FromSimulation(ResultSet set) {
     return set != nullptr && yObject_As<ResultSetObject>(set)->fromSimulation;
 }

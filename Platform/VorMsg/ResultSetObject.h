@@ -8,7 +8,7 @@
 #include <new>
 
 /// What a `ResultSet` points to. Items lie in chunks, so that adding never moves them and a set costs few allocations:
-/// the first chunk is part of the set, each later one makes the room four times as large.
+/// the first chunk is part of the set, each later one makes the set four times as large.
 class ResultSetObject : public yObject {
 public:
     explicit ResultSetObject(yAllocator allocator);

@@ -10,7 +10,7 @@ using VvMsg = void*;
 
 extern const yType yType_VvMsg;
 
-/// For the message's maker, before others have it.
+/// Only before other objects or threads can reach the message.
 yStatus VvMsg_AddStamp(VvMsg msg, const yStamp& stamp);
 
 /// 0 for a null message.

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-/// What all messages have. For the sources of the message classes.
+/// Base of all messages. Only the sources of the message classes include it.
 class VvMsgObject : public yObject {
 public:
     const yAllocator allocator;
@@ -18,7 +18,7 @@ protected:
     ~VvMsgObject() = default;
 };
 
-/// Makes a message of class `T`, unless the call named `name` is made to fail.
+/// Makes a message of class `T`. `name` is the construct function's, for `yFault_Check`.
 template <class T, class... Args>
 yStatus VvMsg_Make(const char* name, void** msg, yAllocator allocator, const Args&... args) {
     if (const yStatus fault = yFault_Check(name); fault != yOK) {

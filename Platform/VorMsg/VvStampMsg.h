@@ -2,7 +2,7 @@
 
 #include "VorMsg/VvMsg.h"
 
-/// A message that is nothing but its stamps.
+/// A message that has stamps and nothing else.
 using VvStampMsg = void*;
 
 extern const yType yType_VvStampMsg;

@@ -18,8 +18,8 @@ std::size_t yArrayList_Count(yArrayList list);
 /// The entry, borrowed; null at or past the count.
 void* yArrayList_At(yArrayList list, std::size_t index);
 
-/// Appends the handle without taking a share: the entry's share, which `yArrayList_Purge` gives back, is for the caller
-/// to take after the success. `yERROR_PARAMETER` for null or an object of another class.
+/// Appends the handle and adds no share: the caller adds the entry's share after the success, and `yArrayList_Purge`
+/// releases it. `yERROR_PARAMETER` for null or an object of another class.
 yStatus yArrayList_Add(yArrayList list, void* item);
-/// Empties the list, giving back one share per entry; the capacity stays.
+/// Empties the list and releases one share of each entry. The capacity stays.
 yStatus yArrayList_Purge(yArrayList list);

@@ -16,11 +16,11 @@ using yAssemblyConstruct = yStatus (*)(yAssembly* assembly);
 /// Makes an assembly with one reference and stores it in `*global`, whose address the assembly keeps.
 yStatus xyAssembly_ConstructInternal(yAssembly* global, const char* name, const yVersion& version,
                                      const yVersion& platformVersion);
-/// Calls `construct` and keeps the reference that it gives. `yERROR_STATE` after the assembly was finalized.
+/// Calls `construct` and owns the reference that it makes. `yERROR_STATE` after the assembly was finalized.
 yStatus xyAssembly_AddDependency(yAssembly assembly, yAssemblyConstruct construct);
 /// The last step of construction.
 yStatus xyAssembly_Finalize(yAssembly assembly);
-/// Gives up one reference. The last one releases the dependencies, last added first, sets the global to null and
+/// Releases one reference. The last one releases the dependencies, last added first, sets the global to null and
 /// destroys the assembly. Null is legal.
 yStatus xyAssembly_VRelease(yAssembly assembly);
 

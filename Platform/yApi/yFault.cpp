@@ -16,7 +16,7 @@ struct Fault {
     yStatus status;
     unsigned skip;
     unsigned times;
-    std::optional<std::thread::id> thread; ///< nothing for all threads
+    std::optional<std::thread::id> thread; ///< empty: all threads
 };
 
 struct Faults {
@@ -25,7 +25,7 @@ struct Faults {
     unsigned hits = 0;
 };
 
-/// Never destroyed, since threads may still ask while the process ends.
+/// Never destroyed, since threads may still call yFault_Check while the process ends.
 Faults& AllFaults() {
     static Faults& faults = *new Faults;
     return faults;

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// A message record: a message and two further fields, which are handed on unchanged. A shared object.
+/// A message record: a message and two further fields, which the platform passes on unchanged. A shared object.
 using yMsgInfo = void*;
 
 extern const yType yType_yMsgInfo;

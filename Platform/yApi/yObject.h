@@ -12,7 +12,8 @@
 struct yType {
     const yType* parent; ///< null for a class without a base
     void (*destroy)(void* handle);
-    /// Of an object that lives inside another one: that one, which counts the shares. Null when no object does.
+    /// Returns the object inside which this one lives and which counts its shares. Null for a class without such
+    /// objects.
     void* (*owner)(const void* handle) = nullptr;
 };
 
@@ -25,7 +26,7 @@ public:
 
     const yType* const type;
     std::atomic<std::int32_t> shares{1};
-    const bool owned; ///< lives inside another object
+    const bool owned; ///< lives inside another object, which `yType::owner` returns
 
 protected:
     explicit yObject(const yType& type, bool owned = false)
@@ -48,7 +49,7 @@ inline void* yObject_Share(void* handle) {
     return handle;
 }
 
-/// Gives up a share; the last one destroys the object. Null is legal and does nothing.
+/// Releases a share; the last one destroys the object. Null is legal and does nothing.
 inline void yObject_Release(void* handle) {
     if (handle == nullptr) {
         return;
@@ -75,12 +76,12 @@ inline bool yObject_Is(const void* handle, const yType& type) {
     return false;
 }
 
-/// The object's own class. The handle must not be null.
+/// The object's own class. The handle isn't null.
 inline const yType& yObject_Type(const void* handle) {
     return *static_cast<const yObject*>(handle)->type;
 }
 
-/// The allocator with which objects of a class are made when nobody asks for another one.
+/// The default allocator of a class's objects.
 yAllocator yType_Allocator(const yType& type);
 
 /// Shares of the object (of its owner, for one that lives inside another), 0 for null. For tests.
@@ -106,10 +107,11 @@ T* yObject_New(yAllocator allocator, Args&&... args) {
     }
 }
 
-/// The handle of an object, and the object of a handle.
+/// The handle of an object.
 inline void* yObject_ToHandle(yObject* object) {
     return object;
 }
+/// The object of a handle, which must be a `T`.
 template <class T>
 T* yObject_As(void* handle) {
     return static_cast<T*>(static_cast<yObject*>(handle));

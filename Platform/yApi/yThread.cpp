@@ -23,8 +23,7 @@ struct yThreadObject {
         try {
             status = function();
         } catch (...) {
-            // The status tells it; an exception of a thread's function must not end the process.
-            status = yERROR;
+            status = yERROR; // an exception of a thread's function must not end the process
         }
         const std::lock_guard guard(mutex);
         exitStatus = status;

@@ -8,10 +8,11 @@
 #include <cstdint>
 #include <functional>
 
-/// Time-outs and durations are microseconds; this one never ends.
+/// A time-out that never ends. Time-outs and durations are microseconds.
 inline constexpr std::uint64_t yINFINITE = UINT64_MAX;
 
-/// A named thread: construct, name, start, join, destroy, all by its owner. A null thread gives `yERROR_PARAMETER`.
+/// A named thread: construct, name, start, join, destroy, all by its owner. Calls with a null thread return
+/// `yERROR_PARAMETER`.
 using yThread = struct yThreadObject*;
 
 yStatus yThread_Construct(yThread* thread, std::function<yStatus()> function, yAllocator allocator = nullptr);
@@ -26,13 +27,13 @@ const char* yThread_Name(yThread thread);
 /// `yERROR` and goes no further.
 yStatus yThread_Start(yThread thread);
 
-/// Waits for the end of the function and gives its status in `exit`, which may be null. `yERROR_TIMEOUT` when it still
+/// Waits for the end of the function and stores its status in `exit`, which may be null. `yERROR_TIMEOUT` when it still
 /// runs at the time-out, `yERROR_STATE` for a thread that wasn't started, was joined before, or is the calling one.
 yStatus yThread_Join(yThread thread, std::uint64_t timeoutMicroseconds, yStatus* exit);
 
 yStatus yThread_Sleep(std::uint64_t microseconds);
 
-/// For waits: a duration that can be added to a clock's time without overflow; longer ones are cut to a century.
+/// For waits: the duration, limited to a century so that it can be added to a clock's time without overflow.
 inline std::chrono::microseconds yThread_Duration(std::uint64_t microseconds) {
     constexpr std::uint64_t Century = 3'155'760'000'000'000;
     return std::chrono::microseconds(static_cast<std::int64_t>(std::min(microseconds, Century)));
