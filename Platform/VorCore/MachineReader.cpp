@@ -58,7 +58,7 @@ std::map<std::string, unsigned long long> ReadMemoryInfo(const fs::path& path) {
 
 LinkState LinkStateOf(const fs::path& interface) {
     const std::string state = ReadWord(interface / "operstate");
-    // A driver that doesn't tell its state may still tell that of its carrier.
+    // A driver that doesn't report its state may still report whether there is a carrier.
     const bool up = state == "up" || (state == "unknown" && ReadNumber(interface / "carrier") == 1);
     return up ? LinkState::Up : LinkState::Down;
 }
@@ -129,7 +129,7 @@ void MachineReader::ReadProcessors(CoreMetrics::CoreMetricsGroup& metrics) {
     if (!readBefore || now.total == 0) {
         metrics.cpuUsage = 0ULL;
     } else if (now.total > previous.total) {
-        // The time of waiting may go backwards, and the rest's share beyond the whole.
+        // The kernel's count of waiting time may decrease, so the busy time may grow by more than the total.
         const unsigned long long busy = now.busy > previous.busy ? now.busy - previous.busy : 0;
         metrics.cpuUsage = std::min(100ULL, busy * 100 / (now.total - previous.total));
     }

@@ -8,10 +8,10 @@
 
 namespace VorCore {
 
-/// Reads the figures of a Linux machine. What it doesn't tell reads 0. For one thread at a time.
+/// Reads the figures of a Linux machine. One that the machine doesn't report is 0. For one thread at a time.
 class MachineReader {
 public:
-    /// `root` is where the folders proc and sys are found.
+    /// `root` is the folder that contains proc and sys.
     explicit MachineReader(std::vector<std::string> storageFolders, std::filesystem::path root = "/");
 
     /// Sets every member. The usage of the processors is that since the previous call, 0 at first. Network interfaces
@@ -33,8 +33,8 @@ private:
 
     const std::vector<std::string> storageFolders;
     const std::filesystem::path root;
-    ProcessorTime previous;
-    bool readBefore = false;
+    ProcessorTime previous; ///< at the last call of Read
+    bool readBefore = false; ///< `previous` is set
 };
 
 } // namespace VorCore

@@ -9,7 +9,7 @@
 
 namespace VorCore {
 
-/// Hands result sets to its handlers on a thread of its own, in order of publishing.
+/// Calls its handlers with each published result set, on a thread of its own and in order of publishing.
 class ResultHub {
 public:
     using CallbackId = Vor::Event<void*>::CallbackId;
@@ -21,19 +21,20 @@ public:
     ResultHub(const ResultHub&) = delete;
     ResultHub& operator=(const ResultHub&) = delete;
 
-    /// The handler gets a `ResultSet`, which is held for the call. Its exceptions are logged and go no further.
+    /// The handler is called with a `ResultSet`, which lives at least as long as the call. What it throws is logged.
     CallbackId AddResultHandler(std::function<void(void*)> handler);
 
-    /// On return the handler doesn't run and never will again; a handler that removes itself is not waited for. A
+    /// On return the handler isn't running and isn't called any more; it may be running only if it removes itself. A
     /// handler must not wait for a thread that is removing a handler. Clears the id.
     void RemoveResultHandler(CallbackId& id);
 
     std::size_t ResultHandlerCount() const;
 
-    /// Queues the set for delivery, with a share of its own, and returns. For any thread; there is no limit.
+    /// Adds a share of the set, queues it and returns. May be called on any thread. The queue has no limit.
     void Publish(void* resultSet);
 
-    /// Waits until all that was published before has been delivered. False at the time-out. Not for handlers.
+    /// Waits until the handlers have been called with all that was published before; false at the time-out. A handler
+    /// must not call it.
     bool Drain(std::uint64_t timeoutMicroseconds);
 
 private:

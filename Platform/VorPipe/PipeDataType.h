@@ -4,7 +4,7 @@
 
 namespace VorPipe {
 
-/// What the messages of a data source are.
+/// The kind of a data source's messages.
 enum class PipeDataType : std::uint16_t { None = 0, Stamp = 11, Measurement = 19, String = 20 };
 
 } // namespace VorPipe

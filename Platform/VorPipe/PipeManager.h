@@ -10,9 +10,9 @@
 
 namespace VorPipe {
 
-/// Knows the data sources of the running tools. Outputs are added, updated and removed on the main loop, where the
-/// events are raised, too, without the lock; reads may come from any thread. What a handler throws passes on, and the
-/// change is made all the same.
+/// The data sources of the running tools. They are added, updated and removed on the main loop, where the events are
+/// raised, too, without the lock; they may be read on any thread. The caller gets what a handler of an event throws;
+/// the change is made all the same.
 class PipeManager {
 public:
     /// Raises the created event. Throws yERROR_ALREADY_EXISTS.
@@ -22,7 +22,7 @@ public:
     /// Raises the deleted event while the output is still known, then forgets it. Throws yERROR_NOT_FOUND.
     void Remove(const std::string& name);
 
-    /// Names in order of the alphabet.
+    /// Names in alphabetical order.
     std::vector<std::string> List() const;
     /// Throws yERROR_NOT_FOUND.
     PipeOutput Output(const std::string& name) const;
@@ -35,10 +35,10 @@ private:
     using Outputs = std::map<std::string, PipeOutput>;
 
     void Forget(const std::string& name);
-    /// With `mutex` held. Throws yERROR_NOT_FOUND.
+    /// Called with `mutex` held. Throws yERROR_NOT_FOUND.
     Outputs::const_iterator Find(const std::string& name) const;
 
-    /// Guards `outputs`. A leaf: no event is raised under it.
+    /// Guards `outputs`. No event is raised and no other lock taken while it is held.
     mutable std::mutex mutex;
     Outputs outputs;
     Vor::LockedEvent<std::string> created;

@@ -6,16 +6,16 @@
 
 namespace VorPipe {
 
-/// A data source: what one output of a tool gives.
+/// A data source: one output of a tool.
 struct PipeOutput {
     struct Format {
         PipeDataType type = PipeDataType::None;
-        bool arrayed = false;
+        bool arrayed = false; ///< each result is a list of messages of the type
     };
 
-    std::string name;        ///< the data source's text, such as "profile/max"
-    std::string ownerName;   ///< for users, of the tool
-    std::string displayName; ///< for users, of the output itself
+    std::string name;        ///< identifies the data source, such as "profile/max"
+    std::string ownerName;   ///< the tool's name for users
+    std::string displayName; ///< the output's own name for users
     Format format;
 };
 

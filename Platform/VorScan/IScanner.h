@@ -9,16 +9,16 @@
 
 namespace VorScan {
 
-/// What a scanner can do. Main loop only.
+/// A scanner's actions, commands and alignment. Main loop only.
 class IScanner {
 public:
     virtual ~IScanner() = default;
 
-    /// Null: the scanner takes no actions.
+    /// Null if the scanner has no actions.
     virtual VorCommon::IActionTarget* ActionTarget() = 0;
-    /// Null: the scanner takes no commands.
+    /// Null if the scanner has no commands.
     virtual VorCommon::ICommandTarget* CommandTarget() = 0;
-    /// Raised when an alignment has ended, on whichever thread that is noticed.
+    /// Raised when an alignment has ended, on any thread.
     virtual Vor::Event<AlignCompletionStatus>& AlignmentCompletedEvent() = 0;
     virtual Vor::Params::Value<AlignState>& AlignmentState() = 0;
 };

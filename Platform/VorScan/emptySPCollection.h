@@ -4,7 +4,7 @@
 
 namespace VorScan {
 
-/// One in each translation unit, from its load to its exit.
+/// Each translation unit that includes this has its own.
 [[maybe_unused]] static const VorCommon::ServiceProviderCollection emptySPCollection{};
 
 } // namespace VorScan

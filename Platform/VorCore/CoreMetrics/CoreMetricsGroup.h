@@ -8,7 +8,7 @@
 
 namespace VorCore::CoreMetrics {
 
-/// What the core tells of the machine. The 64-bit members are told to clients by their position.
+/// The figures of the machine. Clients get the 64-bit members by their position.
 class CoreMetricsGroup : public Vor::Params::Group {
 public:
     CoreMetricsGroup();

@@ -19,7 +19,7 @@ public:
     const ScanEngineInfo& Info() const { return info; }
     IScanEngine& Engine() { return *engine; }
 
-    /// Throws yERROR_ALREADY_EXISTS for an id that is taken.
+    /// Throws yERROR_ALREADY_EXISTS for an id that another scanner has.
     void AddScanner(std::unique_ptr<ScannerInstance> scanner);
     /// Destroys the scanner. Throws yERROR_NOT_FOUND.
     void RemoveScanner(const std::string& scannerId);
@@ -33,6 +33,7 @@ private:
 
     /// The end if there is none.
     Scanners::iterator PositionOf(const std::string& scannerId);
+    /// Throws yERROR_NOT_FOUND.
     Scanners::iterator Locate(const std::string& scannerId);
 
     const std::string id;

@@ -21,7 +21,7 @@ public:
     const std::string& Id() const { return id; }
     const std::vector<std::string>& ListSensors() const { return sensors; }
     IScanner& Scanner() { return *scanner; }
-    /// Null: the scanner takes no commands.
+    /// Null if the scanner has no commands.
     VorCommon::ICommandTarget* CommandTarget() { return scanner->CommandTarget(); }
     /// Raised after the alignment state has changed.
     Vor::Event<>& ScannerAlignStateUpdatedEvent() { return alignStateUpdated; }
