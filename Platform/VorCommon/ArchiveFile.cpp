@@ -44,7 +44,7 @@ yStatus StatusOf(int result) {
     }
 }
 
-/// An open database. Closing one with a transaction under way takes the transaction back.
+/// An open database. Closing one with an open transaction rolls that back.
 class Database {
 public:
     Database(const std::string& path, int flags)
@@ -58,7 +58,7 @@ public:
         }
         sqlite3_busy_timeout(handle, BusyTimeoutMilliseconds);
         sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, static_cast<int>(2 * ArchiveFile::MaxEntrySize));
-        // A stranger's file brings its own schema: nothing of it is run.
+        // The file may come from anywhere: nothing of its schema is run.
         sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
         sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
@@ -134,7 +134,7 @@ void RequireArchiveTable(const Database& database) {
     }
 }
 
-/// SQLite itself takes what is missing of the last page for zeros.
+/// SQLite itself reads a last page that is cut short as if it ended with zeros.
 void RequireWholePages(const Database& database) {
     Statement pages(database, "SELECT page_count * page_size FROM pragma_page_count, pragma_page_size");
     pages.Step();
@@ -199,7 +199,7 @@ private:
 };
 
 void WriteEntries(const Database& database, const ArchiveFile::Entries& entries) {
-    // Not an upsert: a stranger's table may lack the primary key.
+    // Not an upsert: the table of another program may lack the primary key.
     Statement remove(database, "DELETE FROM sqlar WHERE name = ?1");
     Statement insert(database, "INSERT INTO sqlar(name, mode, mtime, sz, data) VALUES(?1, ?2, ?3, ?4, ?5)");
     const std::time_t now = std::time(nullptr);
@@ -217,7 +217,7 @@ void WriteEntries(const Database& database, const ArchiveFile::Entries& entries)
     }
 }
 
-/// Rollback journal, and the disk is waited for.
+/// With a rollback journal and waiting for the disk.
 void MakeCrashSafe(const Database& database) {
     database.Execute("PRAGMA journal_mode = DELETE");
     database.Execute("PRAGMA synchronous = FULL");
@@ -229,7 +229,7 @@ void CheckSystemCall(int result, const std::string& path, const char* what) {
     }
 }
 
-/// Returns when the file or the folder is on the disk. `path` is what errors speak of.
+/// Returns when the file or the folder is on the disk. Errors name `path`.
 void Sync(const std::string& name, int flags, const std::string& path) {
     const int descriptor = open(name.c_str(), O_RDONLY | O_CLOEXEC | flags);
     CheckSystemCall(descriptor < 0 ? -1 : 0, path, "can't be opened to be synchronised");
@@ -240,7 +240,7 @@ void Sync(const std::string& name, int flags, const std::string& path) {
     CheckSystemCall(result, path, "can't be synchronised");
 }
 
-/// A file's name is safe only when its folder is.
+/// A file's name is safely on the disk only when its folder is.
 void SyncFolderOf(const std::string& path) {
     const std::string folder = std::filesystem::path(path).parent_path().string();
     Sync(folder.empty() ? "." : folder, O_DIRECTORY, path);
@@ -279,7 +279,7 @@ void CheckFault(const char* name, const std::string& path) {
     }
 }
 
-/// A file that is made beside its place and appears there whole. Its name begins with a dot, so it is no job.
+/// A file that is written beside its place and then moved there. Its first name begins with a dot, so it is no job.
 class NewFile {
 public:
     explicit NewFile(const std::string& place)
@@ -290,7 +290,7 @@ public:
         RemoveMade();
     }
 
-    /// What isn't in its place goes.
+    /// Removes the file unless it was put in its place.
     ~NewFile() { RemoveMade(); }
 
     NewFile(const NewFile&) = delete;
@@ -306,7 +306,7 @@ public:
             RefuseExisting(place);
         }
         RollBackInterruptedSave();
-        // The journal of a file that is gone would be taken for the new file's.
+        // SQLite would apply the journal of a former file to the new one.
         Remove(place + "-journal");
         if (Rename(replace ? 0 : RENAME_NOREPLACE) != 0) {
             if (errno == EEXIST) {
@@ -330,18 +330,18 @@ private:
 
     int Rename(unsigned flags) const {
         const int result = renameat2(AT_FDCWD, made.c_str(), AT_FDCWD, place.c_str(), flags);
-        // Not every file system knows flags.
+        // Not every file system supports flags.
         return result != 0 && errno == EINVAL ? std::rename(made.c_str(), place.c_str()) : result;
     }
 
-    /// So that a file keeps its old content should it not be replaced after all.
+    /// The existing file must keep its old content if it isn't replaced in the end.
     void RollBackInterruptedSave() const {
         try {
             if (ArchiveFile(place).Exists()) {
                 Database(place, SQLITE_OPEN_READWRITE).Execute("SELECT 1 FROM sqlite_schema");
             }
         } catch (const Vor::Exception&) {
-            return; // there is nothing to keep
+            return; // no archive: there is nothing to keep
         }
     }
 
@@ -363,8 +363,8 @@ bool ArchiveFile::Exists() const {
 ArchiveFile::Entries ArchiveFile::Read() const {
     CheckFault("ArchiveFile_Read", path);
     RequireFile(*this);
-    // Not read-only: only a writer can take an interrupted save back. SQLite itself falls back to reading where it
-    // mayn't write.
+    // Not read-only: only a writer can roll back an interrupted save. SQLite itself opens a file that it may not write
+    // for reading.
     const Database database(path, SQLITE_OPEN_READWRITE);
     RequireArchiveTable(database);
     RequireWholePages(database);

@@ -9,9 +9,9 @@
 namespace VorCommon {
 
 /// One file that is an SQLite Archive: an SQLite database with the table `sqlar(name, mode, mtime, sz, data)`, as
-/// https://sqlite.org/sqlar.html defines it, so that `sqlite3 FILE -A --list` lists it. What is read is untrusted:
-/// whatever breaks a limit or the format is refused with a `Vor::Exception` that names the file and the reason, and the
-/// file stays as it is. Blocks on the disk. Not thread-safe.
+/// https://sqlite.org/sqlar.html defines it, so that `sqlite3 FILE -A --list` lists it. Files are untrusted: one that
+/// breaks a limit or the format is refused with a `Vor::Exception` that names the file and the reason, and stays as it
+/// is. Calls block until the disk has answered. Not thread-safe.
 class ArchiveFile {
 public:
     using Content = std::shared_ptr<const std::vector<unsigned char>>;
@@ -26,34 +26,34 @@ public:
     explicit ArchiveFile(std::string path);
 
     const std::string& Path() const { return path; }
-    /// True also when something is there that can't be read.
+    /// True also for a file that can't be read.
     bool Exists() const;
 
-    /// All files of the archive, without its folders. A save that was interrupted is taken back first.
+    /// All files of the archive, without its folders. An interrupted save is rolled back first.
     /// @throws Vor::Exception yERROR_NOT_FOUND without a file, yERROR_FORMAT when it is no archive, damaged or beyond
     ///         the limits, yERROR_BUSY when another program has it locked, else yERROR.
     Entries Read() const;
 
     /// Creates or replaces these entries, all or none, also when the process or the machine stops in between, and
-    /// returns when they are safely on the disk. What else the archive holds stays. A file that doesn't exist is
-    /// created with its folder; a file that is no archive is refused and stays.
+    /// returns when they are safely on the disk. Other entries stay. A file that doesn't exist is created with its
+    /// folder; a file that is no archive is refused and stays.
     /// @throws Vor::Exception as Read().
     void Write(const Entries& entries);
 
-    /// Whether a file that is made takes the place of one that is there.
+    /// What to do with a file that already exists in the place of a new one.
     enum class Existing { Refuse, Replace };
 
-    /// Makes the file, with its folder, of exactly these entries. It appears whole, or not at all.
+    /// Creates the file, and its folder, with exactly these entries. It appears whole, or not at all.
     /// @throws Vor::Exception as Write(), yERROR_ALREADY_EXISTS for a file that mustn't be replaced.
     void Make(const Entries& entries, Existing existing);
 
-    /// Makes a copy of the file, which may be in use, in a folder that is there. It appears whole, or not at all. The
-    /// file must be a whole archive; its entries aren't looked at.
+    /// Copies the file, which may be in use, into a folder that exists. The copy appears whole, or not at all. The file
+    /// must be a whole archive; its entries aren't checked.
     /// @throws Vor::Exception as Read(), yERROR_ALREADY_EXISTS for a file that mustn't be replaced.
     void CopyTo(const std::string& copy, Existing existing) const;
 
-    /// Removes the file, with what an interrupted save has left beside it. Nothing happens without one.
-    /// @throws Vor::Exception when it can't be removed; it then stays.
+    /// Removes the file and what an interrupted save has left beside it. Does nothing if there is no file.
+    /// @throws Vor::Exception when it can't be removed.
     void Remove();
 
 private:

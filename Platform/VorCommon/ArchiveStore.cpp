@@ -129,7 +129,6 @@ const ArchiveFile::Content* ArchiveStore::Find(const std::string& name) const {
     return nullptr;
 }
 
-// What couldn't be read again isn't written.
 void ArchiveStore::RequireRoom(const std::string& name, std::size_t size) const {
     std::size_t count = 1;
     std::size_t total = size;

@@ -16,7 +16,7 @@ public:
 
     /// Reads the archive if there is one.
     /// @return false when there is none.
-    /// @throws Vor::Exception as ArchiveFile::Read(); the store is then as it was.
+    /// @throws Vor::Exception as ArchiveFile::Read(); the store stays as it was.
     bool Open();
 
     PersistBuffer Read(const std::string& path) const override;
@@ -24,9 +24,9 @@ public:
     void Write(const std::string& path, const void* bytes, std::size_t size) override;
     bool Exists(const std::string& path) const override;
 
-    /// Puts what was written since the last commit into the archive, all or nothing. With nothing written an existing
-    /// archive isn't touched, and without content none is made.
-    /// @throws Vor::Exception as ArchiveFile::Write(); what was written is then forgotten.
+    /// Writes the changes since the last commit to the archive, all or nothing. Without changes an existing archive
+    /// isn't touched, and without content none is made.
+    /// @throws Vor::Exception as ArchiveFile::Write(); the changes are discarded then.
     void Commit();
     /// Reads the archive of a job, which must be there.
     /// @throws Vor::Exception as ArchiveFile::Read() and RequireJson().
@@ -34,20 +34,21 @@ public:
     /// @throws Vor::Exception yERROR_FORMAT, naming file, entry and reason, when an entry whose name ends with ".json"
     ///         is no JSON.
     void RequireJson() const;
-    /// All that it holds, by the name in the archive.
+    /// All files with the changes, by the name in the archive.
     ArchiveFile::Entries Files() const;
-    /// Writes all that the other store holds.
+    /// Writes all files of the other store.
     void WriteAll(const ArchiveStore& other);
-    /// Forgets what was written since the last commit.
+    /// Discards the changes since the last commit.
     void Discard();
 
 private:
     const ArchiveFile::Content* Find(const std::string& name) const;
+    /// Throws yERROR_FULL for content that would exceed the limits of a read.
     void RequireRoom(const std::string& name, std::size_t size) const;
 
     ArchiveFile file;
     ArchiveFile::Entries committed;
-    ArchiveFile::Entries written;
+    ArchiveFile::Entries written; ///< since the last commit
 };
 
 } // namespace VorCommon

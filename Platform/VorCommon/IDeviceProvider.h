@@ -5,7 +5,7 @@
 
 namespace VorCommon {
 
-/// Says which device a provider stands for. The answers may change while it lives.
+/// The device of a provider. What it returns may change from call to call.
 class IDeviceProvider {
 public:
     enum class DeviceStatus : std::int32_t { Connected = 0, NotConnected = -1 };

@@ -5,7 +5,7 @@
 
 namespace VorCommon {
 
-/// A device with digital outputs. Held weakly by those who use it.
+/// A device with digital outputs. Its users hold it weakly.
 class IDigitalOutputProvider {
 public:
     virtual ~IDigitalOutputProvider() = default;

@@ -6,7 +6,7 @@ class Structure;
 
 namespace VorCommon {
 
-/// Gives the figures that it keeps. On the main loop.
+/// Returns its figures. Called on the main loop.
 class IMetricsSource {
 public:
     virtual const Vor::Properties::Structure& GetMetrics() const = 0;

@@ -2,7 +2,7 @@
 
 namespace VorCommon {
 
-/// What kind of platform this is. None, or more than one, may be true. From any thread.
+/// The kind of this platform. None or several may be true. Called on any thread.
 class IPlatformAttributes {
 public:
     virtual bool IsPhysicalSensor() const = 0;

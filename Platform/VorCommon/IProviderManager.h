@@ -16,7 +16,7 @@ class __attribute__((visibility("default"))) IProviderManager {
 public:
     virtual ~IProviderManager() = default;
 
-    /// By provider id. A provider may be gone.
+    /// By provider id. A pointer is empty when its provider no longer exists.
     virtual std::map<std::string, std::weak_ptr<T>> Providers() const = 0;
 };
 

@@ -22,8 +22,8 @@ namespace {
 constexpr const char* JobExtension = ".vrjob";
 constexpr std::size_t MaxFileNameSize = 255;
 
-/// The failure of the call as a pointer, null without one. The caught object's handler has ended on return, so that
-/// the pointer may be handed to another thread.
+/// The exception of the call, or null. No handler of it is active any more on return, so that the pointer may be passed
+/// to another thread.
 template <typename Function>
 std::exception_ptr FailureOf(const Function& function) {
     try {
@@ -195,28 +195,27 @@ yStatus PersistManager::RunThread() {
     }
 }
 
-// Both steps run on the thread, the caller waits for the first and gets its failure.
 void PersistManager::RunWhileWaiting(std::function<void()> step, std::function<void()> after) {
     std::optional<RuntimeCache::MainLoopBlock> blocked;
     if (environ.runtimeCache != nullptr) {
         blocked.emplace(*environ.runtimeCache);
     }
     std::unique_lock guard(queueMutex);
-    answered = false;
+    hasStepEnded = false;
     queue.emplace_back([this, step = std::move(step), after = std::move(after)] {
-        // The failure is handed over whole: this thread keeps no share of the exception.
+        // The failure is moved: this thread keeps no reference to the exception.
         std::exception_ptr failure = FailureOf(step);
         {
             const std::lock_guard guard(queueMutex);
-            answered = true;
-            answer = std::move(failure);
+            hasStepEnded = true;
+            stepFailure = std::move(failure);
         }
-        answerGiven.notify_one();
+        stepEnded.notify_one();
         after();
     });
     queueChanged.notify_one();
-    answerGiven.wait(guard, [this] { return answered; });
-    std::exception_ptr failure = std::exchange(answer, nullptr);
+    stepEnded.wait(guard, [this] { return hasStepEnded; });
+    std::exception_ptr failure = std::exchange(stepFailure, nullptr);
     guard.unlock();
     if (failure != nullptr) {
         std::rethrow_exception(std::move(failure));
@@ -283,7 +282,7 @@ void PersistManager::CommitRestored() {
     }
 }
 
-// Runs the change on the thread, while the caller waits, and tells what became of it.
+// Runs the change on the thread while the caller waits, and notifies the application if another job was loaded.
 void PersistManager::ChangeJob(const std::string& name,
                                const std::function<void(const std::string& fileName)>& change) {
     const Vor::Object before = Vor::Object::Take(LiveJob());
@@ -327,7 +326,7 @@ void PersistManager::ApplyDomain(LoadedDomain loaded) {
     stores[index] = std::move(loaded.store);
 }
 
-// Every handler gets its turn, whatever the others threw, as long as that was a std::exception.
+// Every handler is called unless one throws something other than a std::exception.
 void PersistManager::InitOrLoadHandlers(const LoadedDomain& loaded) {
     IPersistStore& store = loaded.decorated ? *loaded.decorated : *loaded.store;
     const char* const action = loaded.hasFile ? "load" : "initialise";
@@ -354,7 +353,7 @@ void PersistManager::InitOrLoadHandlers(const LoadedDomain& loaded) {
     }
 }
 
-// What the handlers of a domain without a file wrote makes that file.
+// Makes the files of the domains that the handlers have initialised.
 void PersistManager::CommitInitialised() {
     for (const PersistDomain domain : {PersistDomain::Workspace, PersistDomain::Job}) {
         const std::unique_ptr<ArchiveStore>& store = stores[IndexOf(domain)];
@@ -369,7 +368,7 @@ void PersistManager::CommitInitialised() {
     }
 }
 
-// The first failure ends it, and nothing is kept of what was written.
+// At the first failure the remaining handlers aren't called, and what was written is discarded.
 void PersistManager::SaveHandlers(PersistDomain domain) {
     const std::unique_ptr<ArchiveStore>& store = stores[IndexOf(domain)];
     if (store == nullptr) {
@@ -415,7 +414,7 @@ std::vector<unsigned long long> PersistManager::HandlerIds() const {
     return ids;
 }
 
-// Calls the handler unless it is gone; gives the name by which logs speak of it.
+// Calls the handler unless it was deregistered. `component` gets its name in logs.
 void PersistManager::CallHandler(unsigned long long id, std::string& component,
                                  const std::function<void(IPersistHandler&)>& call) {
     IPersistHandler* handler = nullptr;

@@ -29,8 +29,7 @@ class RuntimeCache;
 /// DATA/workspace.vrdata. The handlers run on that thread while the main loop waits for them.
 class PersistManager : public IPersistRegistrar {
 public:
-    /// Gives the store that handlers see in place of the one given, which outlives it. Called on the persistence
-    /// thread.
+    /// Makes the store that handlers get in place of `store`, which outlives it. Called on the persistence thread.
     using StoreDecorator = std::function<std::unique_ptr<IPersistStore>(IPersistStore& store, PersistDomain domain)>;
 
     struct Environ {
@@ -40,18 +39,18 @@ public:
         /// Borrowed; may be null.
         RuntimeCache* runtimeCache = nullptr;
         StoreDecorator decorateStore = nullptr; ///< may be empty
-        /// Told the file name of a job that LoadJob() or Restore() has loaded, on the main loop, which isn't blocked
-        /// any more. May be empty; what it throws is logged.
+        /// Called with the file name of a job that LoadJob() or Restore() has loaded, on the main loop, which isn't
+        /// blocked any more. May be empty; what it throws is logged.
         std::function<void(const std::string& fileName)> jobLoaded = nullptr;
     };
 
-    /// Puts the content of a job into its empty store.
+    /// Writes the content of a job to its empty store.
     using JobFiller = std::function<void(IPersistStore& store)>;
 
-    /// What became of a save. A failure is also logged.
+    /// The result of a save. A failure is also logged.
     struct SaveResult {
         yStatus status = yOK;
-        std::string text; ///< what failed
+        std::string text; ///< of the failure
 
         /// @throws Vor::Exception with status and text of a save that failed.
         void ThrowIfFailed() const;
@@ -64,7 +63,7 @@ public:
     /// Starts the thread; touches no file.
     /// @throws Vor::Exception yERROR_PARAMETER for a bad job name.
     explicit PersistManager(Environ environ);
-    /// Ends the thread, after what was asked of it. Handlers must be gone, or outlive this.
+    /// Ends the thread after the saves that were begun. Handlers are deregistered, or outlive this.
     ~PersistManager();
 
     PersistManager(const PersistManager&) = delete;
@@ -75,36 +74,37 @@ public:
     void Announce(IPersistHandler& handler, PersistDomain domain, int flag) override;
 
     /// Initialises each domain that has no file and loads the others, the workspace first. Main loop only; blocks.
-    /// A failing handler is logged and doesn't keep the others from their turn, unless what it throws is no
-    /// std::exception, which ends that domain's turn.
-    /// @throws Vor::Exception when a file isn't a readable archive, naming file and reason; no handler was called then
-    ///         and no file was changed.
+    /// The exception of a handler is logged, and the other handlers are called. If it isn't a std::exception, no
+    /// further handler is called for that domain.
+    /// @throws Vor::Exception when a file isn't a readable archive, naming file and reason. Then no handler was called
+    ///         and no file changed.
     void Load();
 
-    /// Saves the domain. Main loop only; blocks while the handlers write, but not while the file is written.
+    /// Saves the domain. Main loop only; blocks while the handlers run, but not while the file is written.
     /// @return ready when the file is safely on the disk, or the save has failed and the file is as it was.
     std::shared_future<SaveResult> Save(PersistDomain domain);
 
-    /// Loads another job, or the running one anew; what wasn't saved of it is lost. The name is completed with its
+    /// Loads another job, or the running one again; changes that weren't saved are lost. The name is completed with its
     /// extension. Main loop only; blocks. Before a handler is called the whole file is read, and each entry whose name
     /// ends with ".json" parsed. Failing handlers are treated as in Load().
-    /// @throws Vor::Exception for a bad name, a file that isn't there, isn't a readable archive or holds an entry that
-    ///         is no JSON, naming file, entry and reason. That is told in the user's log, too, no handler was called,
-    ///         and the loaded job stays.
+    /// @throws Vor::Exception for a bad name, a missing file, one that isn't a readable archive or has an entry that is
+    ///         no JSON, naming file, entry and reason. The failure is also written to the user's log; no handler was
+    ///         called, and the loaded job stays.
     void LoadJob(const std::string& name);
 
-    /// Begins anew: lets the handlers initialise both domains, and loads the named job with what `fill` gives it. The
-    /// files of the workspace and of that job are replaced, other jobs stay. Main loop only; blocks, also while the
-    /// files are written. `fill` is called on the persistence thread, before all else.
-    /// @throws Vor::Exception, or what `fill` throws, which is told in the user's log, too. For a bad name, what `fill`
-    ///         throws or gives, and a file that can't be removed no handler was called and the loaded job stays. When a
-    ///         file can't be written the job is loaded all the same, counts as modified, and there is no such file.
+    /// Starts again from the defaults: the handlers initialise both domains and then load the named job with the
+    /// content that `fill` writes. The files of the workspace and of that job are replaced, other jobs stay. Main loop
+    /// only; blocks, also while the files are written. `fill` is called first, on the persistence thread.
+    /// @throws Vor::Exception, or what `fill` throws; the failure is also written to the user's log. After a bad name,
+    ///         an exception or bad content of `fill`, or a file that can't be removed, no handler was called and the
+    ///         loaded job stays. If a file can't be written, the job is loaded all the same and counts as modified, and
+    ///         the file doesn't exist.
     void Restore(const std::string& name, const JobFiller& fill);
 
     /// The file name of the loaded job with its extension; empty before the first Load(). Any thread.
     std::string LoadedJob() const;
-    /// A share of the object of the loaded job, a yType_LiveJob, which the caller gives up with yObject_Release. Each
-    /// load makes a new one. Null before the first Load(). Any thread.
+    /// The object of the loaded job, a yType_LiveJob, with a share that the caller releases with yObject_Release. Each
+    /// load makes a new object. Null before the first Load(). Any thread.
     void* LiveJob() const;
     /// Whether a change was announced since the domain was last loaded or saved. Any thread.
     bool IsModified(PersistDomain domain) const;
@@ -120,9 +120,9 @@ private:
 
     struct LoadedDomain {
         PersistDomain domain;
-        bool hasFile;
+        bool hasFile; ///< handlers load it; else they initialise it
         std::unique_ptr<ArchiveStore> store;
-        std::unique_ptr<IPersistStore> decorated;
+        std::unique_ptr<IPersistStore> decorated; ///< for the handlers in place of `store`; may be null
     };
 
     static constexpr std::size_t DomainCount = 2;
@@ -130,6 +130,7 @@ private:
     static std::size_t IndexOf(PersistDomain domain);
 
     yStatus RunThread();
+    /// Runs both steps on the thread. Returns when the first has ended, and throws what that throws.
     void RunWhileWaiting(std::function<void()> step, std::function<void()> after);
     LoadedDomain MakeLoadedDomain(PersistDomain domain, bool hasFile, std::unique_ptr<ArchiveStore> store) const;
     std::string JobFile() const;
@@ -154,13 +155,13 @@ private:
     std::array<std::unique_ptr<ArchiveStore>, DomainCount> stores; ///< persistence thread only
     std::array<std::atomic<bool>, DomainCount> modified{};
 
-    /// Guards what is told of the job. A leaf.
+    /// Guards the two members below. No other lock is taken while it is held.
     mutable std::mutex jobMutex;
     std::string jobFile;
     Vor::Object liveJob; ///< null: none is loaded yet
 
-    /// Guards the handlers and what is told of the running call. A leaf: nothing else is locked and no handler is
-    /// called under it.
+    /// Guards the handlers and the running call's id and thread. No other lock is taken and no handler called while it
+    /// is held.
     mutable std::mutex handlersMutex;
     std::condition_variable callEnded;
     std::vector<Handler> handlers;
@@ -168,12 +169,12 @@ private:
     unsigned long long runningId = 0; ///< 0: none
     std::thread::id runningThread;
 
-    /// Guards the queue of the thread, its end and its answer to the main loop. A leaf.
+    /// Guards the members below except the thread. No other lock is taken while it is held.
     std::mutex queueMutex;
     std::condition_variable queueChanged;
-    std::condition_variable answerGiven;
-    bool answered = false;
-    std::exception_ptr answer; ///< the failure of what the main loop waits for
+    std::condition_variable stepEnded;
+    bool hasStepEnded = false;      ///< the step for which the main loop waits
+    std::exception_ptr stepFailure; ///< of that step
     std::deque<std::function<void()>> queue;
     bool ending = false;
 

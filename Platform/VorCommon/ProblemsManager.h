@@ -10,20 +10,19 @@
 
 namespace VorCommon {
 
-/// The list of problems shown to the user. From any thread.
+/// The list of problems that the user sees. Called on any thread.
 class ProblemsManager {
 public:
     using Handle = std::uint64_t;
 
     struct Problem {
         Handle handle = 0;
-        /// 0 warns, 1 is a failure.
-        int severity = 0;
+        int severity = 0; ///< 0 warning, 1 failure
         std::string title;
         std::string text;
     };
 
-    /// Lists a problem and gives its handle, which is never 0; equal problems are listed once each time.
+    /// Adds a problem and returns its handle, which is never 0. Equal problems are separate entries.
     template <typename... Args>
     Handle Add(int severity, const char* title, const char* format, const Args&... args) {
         return AddText(severity, title, Vor::Format(format, args...));
@@ -37,7 +36,7 @@ public:
 private:
     Handle AddText(int severity, const char* title, std::string text);
 
-    /// Guards the list and the counter; nothing else is locked under it.
+    /// Guards the members below. No other lock is taken while it is held.
     mutable std::mutex mutex;
     std::map<Handle, Problem> problems;
     Handle lastHandle = 0;

@@ -7,18 +7,18 @@
 
 namespace VorCommon {
 
-/// Remembers the problems that one owner has raised, by run: the end of a run withdraws those of earlier runs that
-/// weren't registered in this one. No lock is held between the calls.
+/// The problems that one owner has raised, by run: the end of a run removes those of earlier runs that weren't
+/// registered in this one. No lock is held between the calls.
 class ProblemsTracker {
 public:
     /// The manager is borrowed and may be null.
     explicit ProblemsTracker(ProblemsManager* manager);
-    /// Withdraws all.
+    /// Removes all its problems.
     ~ProblemsTracker();
     ProblemsTracker(const ProblemsTracker&) = delete;
     ProblemsTracker& operator=(const ProblemsTracker&) = delete;
 
-    /// Begins a run; one that was left open counts as an earlier one.
+    /// Begins a run; one that wasn't ended counts as an earlier one.
     void Begin();
     void Register(ProblemsManager::Handle problem);
     /// Without a run it does nothing.

@@ -8,7 +8,7 @@ namespace VorCommon {
 
 class RuntimeCache final : public IRuntimeCache {
 public:
-    /// Says that the main loop is blocked for as long as one lives. They may overlap.
+    /// The main loop counts as blocked while one of these lives. Several may live at a time.
     class MainLoopBlock {
     public:
         explicit MainLoopBlock(RuntimeCache& cache);

@@ -18,17 +18,17 @@ public:
     /// Throws -1000 when the calling thread isn't inside.
     void Leave(int flag) override;
 
-    /// How often the gate is entered now; 0 when it is free.
+    /// How often its holder has entered the gate, 0 when it is free.
     int Depth() const;
     bool HeldByThisThread() const;
 
 private:
     const std::chrono::milliseconds patience;
-    /// Guards owner and depth, for a few instructions; nothing else is locked under it.
+    /// Guards owner and depth, for a few instructions. No other lock is taken while it is held.
     mutable std::mutex mutex;
     std::condition_variable freed;
     std::thread::id owner;
-    int depth = 0;
+    int depth = 0; ///< how often `owner` has entered
 };
 
 } // namespace VorCommon
