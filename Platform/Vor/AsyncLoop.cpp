@@ -21,7 +21,7 @@ struct Receiver {
 };
 
 struct Receivers {
-    /// Guards the rest; nothing else is locked under it.
+    /// Guards the members below. No other lock is taken while it is held.
     std::mutex mutex;
     std::map<AsyncLoop::ReceiverHandle, std::shared_ptr<Receiver>> byHandle;
     AsyncLoop::ReceiverHandle lastHandle = AsyncLoop::NoReceiver;

@@ -6,8 +6,8 @@
 
 namespace Vor {
 
-/// The loop that runs the work of the application's main thread, seen by those who want events there. It exists for
-/// the whole life of the process; what is enqueued while nobody runs it waits.
+/// The main loop, for those who need their events there. It exists for the whole life of the process; events that are
+/// enqueued while nobody runs it wait.
 class AsyncLoop {
 public:
     using ReceiverHandle = std::uint64_t;

@@ -15,7 +15,7 @@ namespace Vor {
 
 struct AsyncRunner::State {
     CallGate gate;
-    /// Guards the queue; nothing else is locked under it but the loop's own mutexes.
+    /// Guards the queue; ranks before the loop's mutexes.
     std::mutex mutex;
     std::deque<std::function<void()>> queue;
 
@@ -47,10 +47,10 @@ struct AsyncRunner::State {
 
 namespace {
 
-/// What a waiting caller and its closure share. Guarded by the wait's mutex of the loop.
+/// What a waiting caller and its closure share. Guarded by the loop's mutex for waits.
 struct Waiter {
     bool done = false;
-    bool abandoned = false;
+    bool abandoned = false; ///< the caller's time-out has passed
     std::exception_ptr failure;
 };
 
@@ -61,7 +61,7 @@ void RunFor(Waiter& waiter, std::function<void()>& call) {
     } catch (...) {
         failure = std::current_exception();
     }
-    // What the closure holds goes before the caller goes on.
+    // The caller may rely on it that the closure's objects no longer exist.
     call = nullptr;
     bool late = false;
     LoopCore::Instance().Signal([&] {

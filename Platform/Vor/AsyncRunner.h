@@ -5,8 +5,8 @@
 
 namespace Vor {
 
-/// Brings closures to the main loop. Its functions may be called from any thread; what a closure of Run throws is
-/// logged by the loop.
+/// Runs closures on the main loop. Its functions may be called from any thread; what a closure of Run throws is logged
+/// by the loop.
 class AsyncRunner {
 public:
     AsyncRunner();
@@ -17,7 +17,7 @@ public:
     AsyncRunner& operator=(const AsyncRunner&) = delete;
 
     /// Queues the closure and returns: it never runs inside this call, not even on the main loop. Closures run in the
-    /// order in which they were given. Throws when it can't be queued; yFault's name for that is "AsyncRunner_Run".
+    /// order of the calls. Throws when it can't be queued; the name of that fault is "AsyncRunner_Run".
     void Run(std::function<void()> call);
 
     /// Runs the closure on the main loop and returns when it is done; what it throws is thrown here. On the main loop

@@ -18,14 +18,14 @@ struct AsyncTimer::State : std::enable_shared_from_this<AsyncTimer::State> {
     AsyncTimer& owner;
     const std::function<void(AsyncTimer&)> callback;
     CallGate gate;
-    /// Guards the rest; ranks before the loop's mutex.
+    /// Guards the members below; ranks before the loop's mutex.
     std::mutex mutex;
-    std::optional<LoopCore::TimerKey> key;
-    std::uint64_t start = 0; ///< grows with each start and stop
+    std::optional<LoopCore::TimerKey> key; ///< empty while no timer is armed
+    std::uint64_t start = 0;               ///< grows with each start and stop
     std::chrono::microseconds period{};
     bool oneShot = false;
 
-    /// With the mutex held.
+    /// Called with the mutex held.
     void Disarm() {
         ++start;
         if (key) {
@@ -34,7 +34,7 @@ struct AsyncTimer::State : std::enable_shared_from_this<AsyncTimer::State> {
         }
     }
 
-    /// With the mutex held.
+    /// Called with the mutex held.
     void Arm(LoopCore::Time due) {
         key =
             LoopCore::Instance().AddTimer(due, [self = shared_from_this(), due, now = start] { self->Fire(due, now); });

@@ -5,10 +5,10 @@
 
 namespace Vor {
 
-/// Lets calls on the main loop through until it is closed.
+/// Admits calls on the main loop until it is closed.
 class CallGate {
 public:
-    /// A call that passes; false when the gate is closed.
+    /// A call's passage; false when the gate is closed, and the call must not be made then.
     class Passage {
     public:
         explicit Passage(CallGate& gate);
@@ -23,15 +23,15 @@ public:
         const bool passed;
     };
 
-    /// Afterwards no call passes and none runs, but that on the main loop itself it doesn't wait for a running one.
+    /// Afterwards no call is admitted and none runs. On the main loop itself it doesn't wait for a running one.
     void Close();
-    /// Waits as Close does, and leaves the gate as it is.
+    /// Waits as Close does, without closing the gate.
     void WaitIdle();
 
 private:
     void WaitIdle(std::unique_lock<std::mutex>& lock);
 
-    /// Guards the rest, for a few instructions; nothing else is locked under it.
+    /// Guards the members below, for a few instructions. No other lock is taken while it is held.
     std::mutex mutex;
     std::condition_variable ended; ///< a call ended
     bool closed = false;

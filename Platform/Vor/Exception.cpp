@@ -45,7 +45,7 @@ std::string CallText(void* address) {
     return Format("%s (%s)", Demangled(info.dli_sname), info.dli_fname);
 }
 
-/// Calls `visit` for the exception and each one nested in it; something that isn't a std::exception comes as null.
+/// Calls `visit` for the exception and each one nested in it, with null for what isn't a std::exception.
 template <typename Visitor>
 void WalkChain(const std::exception& e, Visitor visit) {
     visit(&e);

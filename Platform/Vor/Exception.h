@@ -11,8 +11,8 @@
 
 namespace Vor {
 
-/// A failure: a status, the place where it was found, and a text, which may be missing. The calls that led there are
-/// noted when it is made. Copying shares what it holds and never throws. Fit for std::throw_with_nested.
+/// A failure: a status, the place where it was found, and a text, which may be missing. The back trace is recorded when
+/// it is made. A copy shares its content and never throws. Works with std::throw_with_nested.
 class Exception : public std::exception {
 public:
     Exception(int line, const char* path, yStatus status, const char* function);
@@ -30,7 +30,7 @@ public:
 
     /// Logs the exception and those nested in it, outermost first, at error level. Neither function throws.
     static void LogException(const std::exception& e);
-    /// Logs the calls that led to each Vor::Exception of the chain, at error level.
+    /// Logs the back trace of each Vor::Exception of the chain, at error level.
     static void LogBackTrace(const std::exception& e);
 
 private:
@@ -44,7 +44,7 @@ private:
     std::shared_ptr<State> state;
 };
 
-/// Throw with the place of the call filled in.
+/// Throws an exception whose place is that of the call.
 [[noreturn]] inline void Throw(yStatus status, const std::source_location& where = std::source_location::current()) {
     throw Exception(static_cast<int>(where.line()), where.file_name(), status, where.function_name());
 }
@@ -55,7 +55,7 @@ template <typename... Args>
                     format.where.function_name(), format.text, args...);
 }
 
-/// Throw from within a handler, with the exception being handled nested inside the new one.
+/// Throws from within a handler; the exception being handled is nested in the new one.
 [[noreturn]] inline void ThrowNested(yStatus status,
                                      const std::source_location& where = std::source_location::current()) {
     std::throw_with_nested(Exception(static_cast<int>(where.line()), where.file_name(), status, where.function_name()));

@@ -10,7 +10,7 @@
 
 namespace Vor {
 
-/// One argument of Format: its value and how wide it was. Texts are borrowed for the call.
+/// One argument of Format: its value and its width. Texts are borrowed for the call.
 class FormatArg {
 public:
     enum class Kind { Signed, Unsigned, Bool, Floating, Text, Pointer };
@@ -59,11 +59,11 @@ private:
 };
 
 /// Fills the conversions of a printf-style text, for any text and any arguments, without undefined cases:
-/// - "%s", "%-8.3f", "%*d" take the next argument, "%2$s" the second; both may stand in one text;
+/// - "%s", "%-8.3f", "%*d" use the next argument, "%2$s" uses the second; one text may contain both forms;
 /// - "%%" is one per cent sign;
-/// - a conversion that isn't one ("%$1s", "%n", a "%" at the end), one whose argument is missing, and one wider than
-///   4096 are copied as they stand;
-/// - the argument's own type decides how it is read; a length ("h", "hh" apart, which cut) changes nothing, and an
+/// - an invalid conversion ("%$1s", "%n", a "%" at the end), one whose argument is missing, and one wider than 4096
+///   are copied unchanged;
+/// - the argument's own type decides how it is read: "h" and "hh" cut it, other lengths change nothing, and an
 ///   argument of another type than the conversion's is converted.
 std::string FormatArgs(const char* format, std::span<const FormatArg> args);
 

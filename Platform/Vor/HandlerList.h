@@ -15,7 +15,8 @@ namespace Internal {
 
 /// Callables run in the order in which they were added. An empty one is kept, and running it throws
 /// `std::bad_function_call`. A handler may add and remove handlers, itself too: an added one runs at the end of the
-/// same round, a removed one no more. A list without handlers is one pointer large. No lock: the owner serialises.
+/// same round, a removed one doesn't run any more. A list without handlers has the size of a pointer. No lock: the
+/// owner serialises.
 template <class... Args>
 class HandlerList {
 public:
@@ -76,7 +77,7 @@ private:
     struct State {
         std::vector<std::unique_ptr<Entry>> entries;
         HandlerId lastId = 0;
-        unsigned int rounds = 0;
+        unsigned int rounds = 0; ///< that are running, one inside the other
     };
 
     /// Entries stay in place while a round runs.

@@ -2,7 +2,7 @@
 
 namespace Vor {
 
-/// What an AsyncLoop calls for each event that was enqueued for it.
+/// The AsyncLoop calls it once for each event that was enqueued for it.
 class IAsyncEventReceiver {
 public:
     /// On the loop's thread. What it throws is logged there.

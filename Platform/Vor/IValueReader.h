@@ -8,7 +8,7 @@
 
 namespace Vor::Properties {
 
-/// Gives one value of a document. Each operation throws `yERROR_PARAMETER` if the value isn't of its kind or doesn't
+/// Reads one value of a document. Each operation throws `yERROR_PARAMETER` if the value isn't of its kind or doesn't
 /// fit its type.
 class IValueReader {
 public:
@@ -23,7 +23,7 @@ public:
     /// The integer value of an enumeration.
     virtual std::int32_t ReadEnum() = 0;
 
-    /// Valid until the reader reads again or goes.
+    /// Valid until the reader's next call or its destruction.
     virtual const std::string& ReadText() = 0;
 
     virtual ByteVector ReadBytes() = 0;

@@ -8,7 +8,7 @@
 
 namespace Vor::Properties {
 
-/// Takes one value of a document.
+/// Writes one value into a document.
 class IValueWriter {
 public:
     virtual ~IValueWriter() = default;

@@ -11,17 +11,17 @@
 
 namespace Vor::Properties::Internal {
 
-/// Where in a document a reader is: a chain of places on the stack of whoever walks the document.
+/// A place in a document, as a chain of objects on the stack of the code that walks the document.
 struct JsonPath {
-    const JsonPath* parent = nullptr;
-    const std::string* member = nullptr;
-    unsigned long index = 0;
+    const JsonPath* parent = nullptr;    ///< null for the document itself
+    const std::string* member = nullptr; ///< null for an array's element
+    unsigned long index = 0;             ///< of an array's element
 
     /// Such as "map[3].source"; "the document" for the outermost place.
     std::string Text() const;
 };
 
-/// Throws `yERROR_PARAMETER` with place, expectation and what is there instead.
+/// Throws `yERROR_PARAMETER` with a text that names the place, what was expected there and what was found.
 [[noreturn]] void RefuseJson(const JsonPath& path, const std::string& expected, const nlohmann::json& json);
 
 /// Reads one value of a JSON document. Both arguments must outlive it.
@@ -53,8 +53,8 @@ private:
     const JsonPath& path;
 };
 
-/// Handed to a value as its writer, it learns the value's kind and throws as a reader would if the JSON isn't of that
-/// kind. It needs no change of the value.
+/// Checks that JSON is of the kind of a tree's value, which it doesn't change: passed to the value as its writer, it
+/// throws what a JsonReader throws for another kind.
 class JsonKindCheck : public IValueWriter {
 public:
     JsonKindCheck(const nlohmann::json& json, const JsonPath& path)

@@ -35,7 +35,7 @@ const Json::array_t& ArrayOf(const Json& json, const JsonPath& path) {
     return json.get_ref<const Json::array_t&>();
 }
 
-/// Calls `visit(child, json, path)` for each member to be read that the document has.
+/// Calls `visit(child, json, path)` for each member that may be read and that the document has.
 template <class Visit>
 void ForEachMember(const Structure& structure, const Json& json, const JsonPath& path, Visit visit) {
     const Json::object_t& object = ObjectOf(json, path);
@@ -54,8 +54,8 @@ void ForEachMember(const Structure& structure, const Json& json, const JsonPath&
     }
 }
 
-/// Checks a document against a tree, which it leaves as it is: the kinds of all values, the number of elements and, if
-/// told to, what the values themselves say.
+/// Checks a document against a tree without changing the tree: the kinds of all values, the number of elements and,
+/// with `validate`, the values' own validation.
 class Checker : private INodeVisitorConst {
 public:
     explicit Checker(bool validate)
@@ -111,6 +111,7 @@ private:
     std::size_t items = 0;
 };
 
+/// Assigns a document that was checked to a tree.
 class Assigner : private INodeVisitor {
 public:
     void Assign(Node& node, const Json& source, const JsonPath& sourcePath) {
@@ -121,6 +122,7 @@ public:
         path = outerPath;
     }
 
+    /// Runs the handlers of the end of an update.
     void End() { updateEnd.Raise(); }
 
 private:

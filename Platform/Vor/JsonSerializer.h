@@ -16,7 +16,7 @@ public:
     static nlohmann::json SerializeSchema(const Node& node);
 
     /// Assigns what `json` holds, in the order of registration. Keys that the tree lacks are ignored, members that
-    /// `json` lacks keep their value, read-only values are assigned, write-only ones are not. An array takes the
+    /// `json` lacks keep their value, read-only values are assigned, write-only ones are not. An array gets the
     /// document's length. Handlers of the end of an update run last.
     ///
     /// Limits aren't checked: see `Validate`. A value of the wrong kind or out of its type's range, and more than
@@ -28,7 +28,7 @@ public:
     /// that is refused, be it by its limits, its kind or the number of elements. Assigns nothing.
     static void Validate(const Node& node, const nlohmann::json& json);
 
-    /// How many elements one document may bring, counted over all its arrays.
+    /// How many elements the arrays of one document may have in all.
     static constexpr unsigned long MaxItems = 65536;
 };
 

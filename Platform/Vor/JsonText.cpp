@@ -44,7 +44,7 @@ void CheckDepth(std::string_view text) {
     }
 }
 
-/// The reason alone: what was read last can be of any size and isn't always text.
+/// The reason without the bytes that were read last, which can be of any size and aren't always text.
 std::string Reason(const Json::exception& error) {
     std::string reason = error.what();
     reason.erase(0, reason.find("] ") + 2);
@@ -57,7 +57,7 @@ std::string Reason(const Json::exception& error) {
     return reason;
 }
 
-/// Finds out where the text stops being acceptable.
+/// Finds the place where the text is no JSON, and the reason.
 class FailureFinder : public nlohmann::json_sax<Json> {
 public:
     std::size_t position = 0;

@@ -12,9 +12,9 @@ public:
     /// The format of the entries that Exception::LogBackTrace makes.
     static constexpr const char* BackTraceFormat = "Back trace of status %d:%s";
 
-    /// From here on `write` gets each entry that isn't below the minimum level, in place of stderr; an empty function
-    /// gives stderr its place back. It is called on the thread that logs, on several at a time, with no lock held, and
-    /// once more on each thread that is logging while it is replaced.
+    /// From now on `write` is called with each entry that isn't below the minimum level, in place of the output to
+    /// stderr; an empty function restores that. It is called on the thread that logs, on several at a time, with no
+    /// lock held. A thread that is logging during the change may still call the former function once.
     static void Set(std::function<void(const LogRecord&)> write);
 };
 

@@ -18,7 +18,7 @@
 namespace Vor {
 
 struct LogCapture::Sink {
-    /// Guards the records; nothing else is locked under it.
+    /// Guards the records. No other lock is taken while it is held.
     std::mutex mutex;
     std::condition_variable added;
     std::vector<LogRecord> records;
@@ -111,7 +111,7 @@ public:
         }
         try {
             (*writer)(record);
-        } catch (...) { // NOLINT(bugprone-empty-catch): there is nowhere left to tell it
+        } catch (...) { // NOLINT(bugprone-empty-catch): no output is left for it
         }
     }
 
@@ -122,7 +122,7 @@ public:
     std::deque<LogRecord> userRecords;
     std::map<Logging::UserHandlerId, std::function<void(const LogRecord&)>> userHandlers;
     Logging::UserHandlerId lastHandler = 0;
-    /// Takes the place of the output unless it is null.
+    /// Used in place of the output unless it is null.
     std::shared_ptr<const std::function<void(const LogRecord&)>> replacement;
     std::atomic<int> minimumRank{Rank(LevelInfo)};
 

@@ -26,8 +26,8 @@ inline constexpr std::uint64_t UserInfo = LevelInfo | LevelUserFlag;
 inline constexpr std::uint64_t UserWarning = LevelWarning | LevelUserFlag;
 inline constexpr std::uint64_t UserError = LevelError | LevelUserFlag;
 
-/// The log of the process. All functions may be called from any thread, also during static initialisation, and none
-/// throws but for want of memory.
+/// The log of the process. All functions may be called from any thread, also during static initialisation, and throw
+/// only when there is no memory.
 class Logging {
 public:
     using UserHandlerId = std::uint64_t;
@@ -66,7 +66,7 @@ public:
     std::size_t CountLevel(std::uint64_t level) const;
     bool Contains(const std::string& text) const { return Count(text) > 0; }
     bool Contains(std::uint64_t level, const std::string& text) const { return Count(level, text) > 0; }
-    /// Waits until an entry with this text is there; false when there was none in time.
+    /// Waits for an entry with this text; false when there was none in time.
     bool WaitFor(const std::string& text, std::chrono::milliseconds deadline = std::chrono::seconds(10)) const;
 
     struct Sink;

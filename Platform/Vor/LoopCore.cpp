@@ -83,7 +83,7 @@ void LoopCore::RemoveTimer(const TimerKey& key) {
     }
 }
 
-// With the mutex held.
+// Called with the mutex held.
 void LoopCore::ArmWakeUp() {
     std::optional<Time> due;
     if (!manual && !timers.empty()) {

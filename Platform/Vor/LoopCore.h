@@ -21,14 +21,14 @@ public:
 
     static LoopCore& Instance();
 
-    /// Queues a call; calls of all threads run in the order in which they came in.
+    /// Queues a call; calls run in the order in which they were queued, from whatever thread.
     void Post(std::function<void()> call);
 
     /// Runs the call and logs what it throws.
     static void CallAndLogFailure(const std::function<void()>& call);
 
     Time Now() const;
-    /// A duration that the clock can bear: at most some ten years.
+    /// The duration, limited to about ten years so that it can be added to the clock's time.
     static std::chrono::microseconds Duration(unsigned long long microseconds);
     TimerKey AddTimer(Time due, std::function<void()> call);
     void RemoveTimer(const TimerKey& key);
@@ -36,7 +36,7 @@ public:
     /// Waits until `done`, which is called with the wait's mutex held, is true, or the loop's clock reaches `deadline`;
     /// the result is that of `done`.
     bool WaitUntil(Time deadline, const std::function<bool()>& done);
-    /// Makes a change that waiters look for, under the wait's mutex, and wakes them.
+    /// Runs `change` with the wait's mutex held and wakes the waiters, which check their conditions again.
     void Signal(const std::function<void()>& change);
 
     bool OnThread() const;
@@ -67,7 +67,7 @@ private:
 
     const std::unique_ptr<Engine> engine;
 
-    /// Guards the timers, the clock's mode and time, and the owner's flags; ranks before none.
+    /// Guards the timers, the clock's mode and time, and the owner's flags. No other lock is taken while it is held.
     mutable std::mutex mutex;
     std::map<TimerKey, std::function<void()>> timers;
     std::uint64_t lastTimer = 0;

@@ -15,7 +15,7 @@ struct TextHash {
 };
 
 struct Table {
-    /// Guards texts; innermost of all locks.
+    /// Guards `texts`. No other lock is taken while it is held.
     std::shared_mutex mutex;
     std::unordered_set<std::string, TextHash, std::equal_to<>> texts;
 };

@@ -5,8 +5,8 @@
 
 namespace Vor::Properties::Internal {
 
-/// A key of the property tree: a text of which the process keeps one copy, for ever, so that many thousand nodes with
-/// the same keys share it and compare them by address. Meant for names that are declared in code, not for data.
+/// A key of the property tree: a text of which the process keeps one copy for its whole life, so that thousands of
+/// nodes with the same keys share it and compare keys by address. For names that are declared in code, not for data.
 class Name {
 public:
     Name(std::string_view text);

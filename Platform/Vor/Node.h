@@ -16,8 +16,8 @@ class INodeVisitorConst;
 class Structure;
 
 /// An element of a property tree: a value, a structure or an array. Nodes refer to each other and never own each other:
-/// a child and a schema keyword are members of the class that registers them, and one node may stand in several trees.
-/// No lock: whoever owns a tree serialises access to it.
+/// a child and a schema keyword are members of the class that registers them, and one node may be in several trees.
+/// No lock: the owner of a tree serialises access to it.
 class Node {
 public:
     Node();
@@ -26,14 +26,14 @@ public:
 
     virtual ~Node();
 
-    /// Appends the message of each failed validation to `errors`. `context` is handed down the tree unchanged.
+    /// Appends the message of each failed validation to `errors`. `context` is passed down the tree unchanged.
     virtual void CheckValidationAndCollect(std::vector<std::string>& errors, unsigned long context);
 
     /// Appends the nodes whose value was changed.
     virtual void RetrieveChangedParameters(std::vector<Node*>& changed);
     virtual void ResetChangedParameters();
 
-    /// Takes over values and keywords of `other`, which is of the same kind; throws `std::bad_cast` if it isn't.
+    /// Copies values and keywords of `other`, which is of the same kind; throws `std::bad_cast` if it isn't.
     virtual void CopyValues(const Node& other);
 
     /// A write-only node is written to documents and never read from one.
@@ -49,7 +49,7 @@ public:
     HandlerId AddChangeHandler(std::function<void(Node&)> handler);
     void RemoveChangeHandler(HandlerId& id);
 
-    /// The registered keywords in their order; it is built when it is first asked for and lives as long as the node.
+    /// The registered keywords in their order. The structure is built by the first call and lives as long as the node.
     Structure& Schema();
     const Structure& Schema() const;
 
@@ -78,8 +78,8 @@ private:
     Extras& MakeExtras() const;
 
     mutable std::unique_ptr<Extras> extras;
-    /// Where the "type" keyword lies, counted from this node, as long as it is the only keyword. Most nodes have no
-    /// other, and so need no schema.
+    /// The distance in bytes from this node to its "type" keyword while that is the only keyword, else 0. Most nodes
+    /// have no other keyword, and so need no schema.
     mutable std::int16_t typeOffset = 0;
     bool writeOnly = false;
 };

@@ -13,7 +13,7 @@ namespace Internal {
 /// The schemas of an array's elements, in their order, not owned.
 class ReferenceArray : public Node {
 public:
-    /// Does nothing: what is referred to belongs to others.
+    /// Does nothing: the schemas belong to other objects.
     void CopyValues(const Node& other) override;
 
     void Accept(INodeVisitor& visitor) override;

@@ -12,8 +12,8 @@
 namespace Vor::Properties::Internal {
 
 /// Writes values and schemas of a tree into a document. `Place` is one node of the document and can be copied:
-/// `MakeObject()` keeps the members, `StartArray()` empties it, `Member(name)` and `Append()` give a place inside, and
-/// `Set` takes each kind of value.
+/// `MakeObject()` keeps the members, `StartArray()` empties it, `Member(name)` and `Append()` return a place inside,
+/// and there is a `Set` for each kind of value.
 template <class Place>
 class TreeWriter : private INodeVisitorConst, private IValueWriter {
 public:
@@ -38,7 +38,7 @@ public:
     }
 
 private:
-    /// What the kind of a node adds to its schema.
+    /// Writes what follows from a node's kind to its schema.
     class ShapeWriter : public INodeVisitorConst {
     public:
         ShapeWriter(TreeWriter& writer, Place target)

@@ -8,7 +8,7 @@ namespace Vor::Properties {
 
 class Node;
 
-/// Property trees as data trees. What the tree holds already stays, except for what is written anew.
+/// Property trees as data trees. What the data tree already contains stays unless it is written again.
 class VorDataTreeSerializer {
 public:
     static void Serialize(const Node& node, VorApi::VorDataTree tree);

@@ -7,7 +7,7 @@
 #include <utility>
 
 struct VorGetText::State {
-    /// Guards all below; nothing else is locked under it.
+    /// Guards the members below. No other lock is taken while it is held.
     mutable std::mutex mutex;
     std::unordered_set<std::string> texts;
     std::map<std::string, Translations> tables;

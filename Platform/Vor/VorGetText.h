@@ -10,7 +10,7 @@
 /// destructors of static objects.
 class VorGetText {
 public:
-    /// One text asked for.
+    /// One text that was requested.
     struct Call {
         std::string domain;
         std::string catalogue;
@@ -27,13 +27,13 @@ public:
     const char* DPGetText(const char* domain, const char* catalogue, const char* text);
 
     /// From now on texts are looked up in FOLDER/LANGUAGE/LC_MESSAGES/DOMAIN.CATALOGUE.mo, in the language of the
-    /// process' locale, which is the caller's to set. An empty folder ends it. Texts given out before stay as they are.
+    /// process' locale, which the caller sets. An empty folder ends it. Texts that were returned before don't change.
     void SetLocaleFolder(const std::string& folder);
 
-    /// A table that stands before the files, by catalogue. An empty map removes it.
+    /// Translations of a catalogue that are used before those of the files. An empty map removes them.
     void SetTranslations(const std::string& catalogue, Translations translations);
 
-    /// Each text that was asked for since the start or since ForgetCalls, once, in ascending order.
+    /// Each text that was requested since the start or since ForgetCalls, once, in ascending order.
     std::vector<Call> Calls() const;
     void ForgetCalls();
 

@@ -65,7 +65,7 @@ public:
     void Set(const char* value);
     void Set(const Vor::Properties::ByteVector& value);
 
-    /// These throw `yERROR_PARAMETER` if the node is of another kind; an integer is given if it fits.
+    /// These throw `yERROR_PARAMETER` if the node is of another kind. Integers of both kinds are returned if they fit.
     bool AsBool() const;
     std::int64_t AsInt64() const;
     std::uint64_t AsUInt64() const;

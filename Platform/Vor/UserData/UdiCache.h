@@ -7,7 +7,7 @@
 
 namespace Vor::UserData {
 
-/// The data that a machine controller hands to the sensor's tools, one area for the process. Any thread.
+/// The data that a machine controller passes to the sensor's tools, one area for the process. Any thread.
 class UdiCache {
 public:
     /// Bytes.
@@ -19,13 +19,13 @@ public:
     void Write(const void* data, std::size_t offset, std::size_t size);
     /// The bytes of a range. Throws yERROR_SIZE for what lies beyond the capacity.
     std::vector<unsigned char> Read(std::size_t offset, std::size_t size) const;
-    /// All zeros again.
+    /// Sets all bytes to zero.
     void Clear();
 
 private:
     UdiCache() = default;
 
-    mutable std::mutex mutex; ///< guards `bytes`; a leaf
+    mutable std::mutex mutex; ///< guards `bytes`; no other lock is taken while it is held
     std::array<unsigned char, Capacity> bytes{};
 };
 
