@@ -11,7 +11,7 @@ class AsyncRunner {
 public:
     AsyncRunner();
     /// Drops what is queued and waits for a closure that is running, so nothing of this runner runs afterwards. On the
-    /// main loop itself it doesn't wait. The caller must hold no lock that a running closure may want.
+    /// main loop itself it doesn't wait. The caller must hold no lock that a running closure may need.
     ~AsyncRunner();
     AsyncRunner(const AsyncRunner&) = delete;
     AsyncRunner& operator=(const AsyncRunner&) = delete;

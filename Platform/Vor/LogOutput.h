@@ -6,7 +6,7 @@
 
 namespace Vor {
 
-/// Where the log goes.
+/// The output of the log.
 class LogOutput {
 public:
     /// The format of the entries that Exception::LogBackTrace makes.

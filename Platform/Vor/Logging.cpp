@@ -65,7 +65,7 @@ public:
         return *instance;
     }
 
-    /// False when an entry of this level goes nowhere.
+    /// False when no output, capture or user's log gets an entry of this level.
     bool Wants(std::uint64_t level) const {
         return (level & LevelUserFlag) != 0 || captureCount.load(std::memory_order_relaxed) > 0 ||
                Rank(level) >= minimumRank.load(std::memory_order_relaxed);

@@ -23,7 +23,7 @@ public:
     static VorGetText& GetInstance();
 
     /// The translation of `text`, or the text itself when there is none. What is returned stays valid and equal for the
-    /// life of the process, whatever becomes of the argument; equal texts give equal pointers.
+    /// life of the process, whatever becomes of the argument; for equal texts the pointers are equal.
     const char* DPGetText(const char* domain, const char* catalogue, const char* text);
 
     /// From now on texts are looked up in FOLDER/LANGUAGE/LC_MESSAGES/DOMAIN.CATALOGUE.mo, in the language of the

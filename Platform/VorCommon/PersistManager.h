@@ -56,7 +56,7 @@ public:
         void ThrowIfFailed() const;
     };
 
-    /// The file name of a job: the name given, completed with ".vrjob" where that is missing.
+    /// The file name of a job: `name`, completed with ".vrjob" where that is missing.
     /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name, in UTF-8, that doesn't begin with a dot.
     static std::string JobFileName(const std::string& name);
 

@@ -20,7 +20,7 @@ struct Fault {
 };
 
 struct Faults {
-    std::mutex mutex; ///< guards the rest; innermost
+    std::mutex mutex; ///< guards the members below; no other lock is taken while it is held
     std::vector<Fault> armed;
     unsigned hits = 0;
 };

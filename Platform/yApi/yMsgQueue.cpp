@@ -47,7 +47,7 @@ struct yMsgQueueObject {
 
     const yType& itemType;
     const yAllocator allocator;
-    std::mutex mutex; ///< guards the rest; innermost: no handler runs while it is held
+    std::mutex mutex; ///< guards the members below; no handler runs and no other lock is taken while it is held
     std::condition_variable added;
     std::deque<void*> items;
     std::uint64_t maxCount = 0;

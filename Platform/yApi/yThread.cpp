@@ -44,7 +44,7 @@ struct yThreadObject {
 
     const yAllocator allocator;
     const std::function<yStatus()> function;
-    std::mutex mutex; ///< guards name, exitStatus and ended; innermost
+    std::mutex mutex; ///< guards name, exitStatus and ended; no other lock is taken while it is held
     std::condition_variable endedSignal;
     std::string name;
     yStatus exitStatus = yERROR;

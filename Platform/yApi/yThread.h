@@ -24,7 +24,7 @@ yStatus yThread_SetName(yThread thread, const char* name);
 const char* yThread_Name(yThread thread);
 
 /// `yERROR_STATE` for a thread that was started before. An exception that leaves the function ends the thread with
-/// `yERROR` and goes no further.
+/// `yERROR` and isn't passed on.
 yStatus yThread_Start(yThread thread);
 
 /// Waits for the end of the function and stores its status in `exit`, which may be null. `yERROR_TIMEOUT` when it still

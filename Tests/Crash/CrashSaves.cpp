@@ -33,7 +33,7 @@ using VorCommon::PersistDomain;
 constexpr const char* JobName = "crash";
 constexpr unsigned Blocks = 300;
 constexpr unsigned Services = 3;
-/// The kills come within so many times the length of a save.
+/// A kill comes within this many times the length of a save.
 constexpr int MaxSaves = 3;
 
 std::string PathOf(unsigned service) {
@@ -70,8 +70,8 @@ public:
     unsigned long generation = 0;
 };
 
-/// Saves one generation behind the other, and tells the begin and the end of each, until it is killed.
-[[noreturn]] void SaveOnAndOn(const std::string& folder) {
+/// Saves one generation after the other, and prints the begin and the end of each, until it is killed.
+[[noreturn]] void SaveUntilKilled(const std::string& folder) {
     Vor::MainLoop loop(Vor::MainLoop::Mode::Manual);
     VorCommon::PersistManager manager({.dataFolder = folder, .job = JobName});
     Handler handler;
@@ -93,7 +93,7 @@ void Require(bool condition, const std::string& text) {
     }
 }
 
-/// The program that saves, with what it tells.
+/// The program that saves, and its output.
 class Child {
 public:
     explicit Child(const std::string& folder) {
@@ -128,7 +128,7 @@ public:
         }
     }
 
-    /// The next of what it tells; false at the end.
+    /// Reads the next line of its output; false at the end.
     bool Read(std::string& word, unsigned long& generation) {
         std::array<char, 16> text{};
         if (std::fscanf(out, "%15s %lu", text.data(), &generation) != 2) {
@@ -143,7 +143,7 @@ private:
     std::FILE* out = nullptr;
 };
 
-/// The generation of which the whole job is.
+/// The generation of the whole job.
 unsigned long GenerationOf(const std::string& path) {
     VorCommon::ArchiveStore store(path);
     store.OpenJob();
@@ -169,7 +169,7 @@ std::chrono::microseconds LengthOfASave() {
     return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin);
 }
 
-/// Gives the generation that the job has afterwards.
+/// Returns the generation that the job has afterwards.
 unsigned long KillOnce(const std::string& folder, unsigned long former, std::chrono::microseconds delay) {
     Child child(folder);
     std::string word;
@@ -222,7 +222,7 @@ int main(int argc, char** argv) {
     Vor::LogOutput::Set([](const Vor::LogRecord&) {});
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.size() == 2 && arguments[0] == "--save") {
-        SaveOnAndOn(arguments[1]);
+        SaveUntilKilled(arguments[1]);
     }
     if (arguments.empty()) {
         std::cerr << "crash-saves COUNT [SEED]" << std::endl;

@@ -32,7 +32,7 @@ TEST(FormatTest, BrokenPlaceholderIsCopiedAndTheOthersAreFilled) {
     EXPECT_EQ(Format("%l", 1), "%l");
 }
 
-TEST(FormatTest, MissingArgumentsLeaveTheirConversionAsItStands) {
+TEST(FormatTest, MissingArgumentsLeaveTheirConversionUnchanged) {
     EXPECT_EQ(Format("%s and %d"), "%s and %d");
     EXPECT_EQ(Format("%s and %-8.3f", "one"), "one and %-8.3f");
     EXPECT_EQ(Format("%3$s %1$s", "one"), "%3$s one");
@@ -51,7 +51,7 @@ TEST(FormatTest, TwoPerCentSignsAreOne) {
     EXPECT_EQ(Format("%5%"), "%5%");
 }
 
-TEST(FormatTest, TakesFlagsWidthAndPrecision) {
+TEST(FormatTest, AppliesFlagsWidthAndPrecision) {
     EXPECT_EQ(Format("%05d|%-5d|%+d|% d|%5d", 42, 42, 42, 42, 42), "00042|42   |+42| 42|   42");
     EXPECT_EQ(Format("%#x|%X|%#o|%08.3f|%.0f|%e", 255, 255, 8, 3.14159, 2.5, 1500.0),
               "0xff|FF|010|0003.142|2|1.500000e+03");

@@ -180,7 +180,7 @@ TEST(JsonSerializerTest, ATypeKeywordAsAMemberIsWrittenAndNotRead) {
     EXPECT_EQ(JsonSerializer::Serialize(group), json({{"type", "fixed"}}));
 }
 
-TEST(JsonSerializerTest, AnArrayTakesTheLengthOfTheDocument) {
+TEST(JsonSerializerTest, AnArrayGetsTheLengthOfTheDocument) {
     Document document;
     document.lines.Resize(3);
     std::string journal;

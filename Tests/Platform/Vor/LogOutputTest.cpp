@@ -10,7 +10,7 @@
 
 using Vor::LogOutput;
 
-TEST(LogOutputTest, ReplacementGetsTheEntriesFromTheMinimumLevelUpUntilItIsTakenAway) {
+TEST(LogOutputTest, ReplacementGetsTheEntriesFromTheMinimumLevelUpUntilItIsRemoved) {
     std::vector<std::string> written;
     testing::internal::CaptureStderr();
     LogOutput::Set([&](const Vor::LogRecord& record) { written.push_back(record.text); });

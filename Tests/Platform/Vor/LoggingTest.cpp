@@ -125,14 +125,14 @@ TEST(LoggingTest, UserLogKeepsUserEntriesOnlyAndTheLatestOfThem) {
     EXPECT_TRUE(Logging::UserRecords().empty());
 }
 
-TEST(LoggingTest, UserHandlerIsToldOfUserEntriesUntilItIsRemoved) {
-    std::vector<std::string> told;
-    const auto id = Logging::AddUserHandler([&](const Vor::LogRecord& record) { told.push_back(record.text); });
+TEST(LoggingTest, UserHandlerGetsUserEntriesUntilItIsRemoved) {
+    std::vector<std::string> notified;
+    const auto id = Logging::AddUserHandler([&](const Vor::LogRecord& record) { notified.push_back(record.text); });
     Vor::LogUser(Vor::UserError, "VorControl", "one");
     Vor::LogError("not for the user");
     Logging::RemoveUserHandler(id);
     Vor::LogUser(Vor::UserError, "VorControl", "two");
-    EXPECT_EQ(told, std::vector<std::string>{"one"});
+    EXPECT_EQ(notified, std::vector<std::string>{"one"});
 }
 
 TEST(LoggingTest, FailureOfAUserHandlerStaysInside) {

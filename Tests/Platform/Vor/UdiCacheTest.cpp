@@ -23,7 +23,7 @@ TEST_F(UdiCacheTest, IsOneForTheProcess) {
     EXPECT_EQ(&UdiCache::GetInstance(), &cache);
 }
 
-TEST_F(UdiCacheTest, GivesWhatWasWrittenAtItsPlace) {
+TEST_F(UdiCacheTest, ReturnsWhatWasWrittenAtItsPlace) {
     const Bytes data{1, 2, 3};
     cache.Write(data.data(), 2, data.size());
     EXPECT_EQ(cache.Read(0, 6), (Bytes{0, 0, 1, 2, 3, 0}));
@@ -31,7 +31,7 @@ TEST_F(UdiCacheTest, GivesWhatWasWrittenAtItsPlace) {
     EXPECT_EQ(cache.Read(2, 3), (Bytes{1, 1, 3}));
 }
 
-TEST_F(UdiCacheTest, TakesBytesUpToItsEnd) {
+TEST_F(UdiCacheTest, AcceptsBytesUpToItsEnd) {
     const Bytes whole(UdiCache::Capacity, 0x5A);
     cache.Write(whole.data(), 0, whole.size());
     EXPECT_EQ(cache.Read(0, UdiCache::Capacity), whole);

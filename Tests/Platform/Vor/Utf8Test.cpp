@@ -5,7 +5,7 @@
 namespace Vor {
 namespace {
 
-TEST(Utf8, TakesEachLengthOfSequence) {
+TEST(Utf8, AcceptsEachLengthOfSequence) {
     EXPECT_TRUE(IsUtf8(""));
     EXPECT_TRUE(IsUtf8("abc"));
     EXPECT_TRUE(IsUtf8("\xC2\x80\xDF\xBF"));

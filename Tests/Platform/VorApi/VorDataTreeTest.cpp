@@ -32,7 +32,7 @@ TEST(VorDataTreeTest, IsAHandleSoThatACopyFillsTheSameTree) {
     EXPECT_EQ(tree.Dump(false), R"({"filled":true})");
 }
 
-TEST(VorDataTreeTest, MembersAreMadeWhenAskedForAndKeepTheirOrder) {
+TEST(VorDataTreeTest, MembersAreMadeWhenAccessedAndKeepTheirOrder) {
     VorDataTree tree;
     VorDataTree z = tree["z"];
     for (int i = 0; i < 100; ++i) {
@@ -125,7 +125,7 @@ TEST(VorDataTreeTest, IntegersAreGivenInBothSignsIfTheyFit) {
     EXPECT_FAILURE(tree.AsInt64(), yERROR_PARAMETER, "The data tree holds no integer of this range here.");
 }
 
-TEST(VorDataTreeTest, AnotherKindThanAskedForFails) {
+TEST(VorDataTreeTest, AnotherKindThanRequestedFails) {
     const VorDataTree tree;
     EXPECT_FAILURE(tree.AsBool(), yERROR_PARAMETER, "The data tree holds no boolean here.");
     EXPECT_FAILURE(tree.AsText(), yERROR_PARAMETER, "The data tree holds no text here.");

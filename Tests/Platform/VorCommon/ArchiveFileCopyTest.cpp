@@ -50,7 +50,7 @@ TEST_F(ArchiveFileCopyTest, ACopyHoldsTheWholeFile) {
     EXPECT_EQ(Files(), (std::vector<std::string>{"copy.vrjob", "part.vrjob"}));
 }
 
-TEST_F(ArchiveFileCopyTest, AFileInTheWayIsReplacedOnlyWhenAskedTo) {
+TEST_F(ArchiveFileCopyTest, AnExistingFileIsReplacedOnlyOnRequest) {
     ArchiveFile(source).Write({{"a", Tests::Bytes("1")}});
     ArchiveFile(copy).Write({{"a", Tests::Bytes("old")}, {"b", Tests::Bytes("old")}});
     EXPECT_FAILURE(ArchiveFile(source).CopyTo(copy, Existing::Refuse), yERROR_ALREADY_EXISTS,
@@ -117,7 +117,7 @@ TEST_F(ArchiveFileCopyTest, AnInterruptedSaveOfAReplacedFileIsForgotten) {
     EXPECT_EQ(Files(), std::vector<std::string>{"copy.vrjob"});
 }
 
-TEST_F(ArchiveFileCopyTest, ARemovedFileTakesItsJournalAlong) {
+TEST_F(ArchiveFileCopyTest, ARemovedFilesJournalIsRemovedToo) {
     ArchiveFile(source).Remove();
     ArchiveFile(source).Write({{"a", Tests::Bytes("1")}});
     Tests::WriteWholeFile(source + "-journal", "half");

@@ -167,7 +167,7 @@ TEST_F(ArchiveFileTest, AFailingCreationLeavesNoFile) {
     EXPECT_EQ(Text(file.Read().at("a")), "1");
 }
 
-TEST_F(ArchiveFileTest, AFailingReadGivesTheStatus) {
+TEST_F(ArchiveFileTest, AFailingReadThrowsTheStatus) {
     file.Write({{"a", Tests::Bytes("1")}});
     yFault_Set("ArchiveFile_Read", yERROR_TIMEOUT);
     ExpectReadFails(yERROR_TIMEOUT, "the disk failed");
@@ -273,7 +273,7 @@ TEST_F(ArchiveFileTest, ASymbolicLinkIsRefused) {
     ExpectRefused(yERROR_FORMAT, "entry 'a' is a symbolic link");
 }
 
-TEST_F(ArchiveFileTest, ANameThatStandsTwiceIsRefused) {
+TEST_F(ArchiveFileTest, ADuplicateNameIsRefused) {
     Execute("CREATE TABLE sqlar(name TEXT, mode INT, mtime INT, sz INT, data BLOB);"
             "INSERT INTO sqlar VALUES('a', 33188, 0, 1, x'31'); INSERT INTO sqlar VALUES('a', 33188, 0, 1, x'32')");
     ExpectRefused(yERROR_FORMAT, "entry 'a' stands twice");

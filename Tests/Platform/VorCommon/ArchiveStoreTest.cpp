@@ -38,7 +38,7 @@ protected:
 
 } // namespace
 
-TEST_F(ArchiveStoreTest, OpeningTellsWhetherThereIsAFile) {
+TEST_F(ArchiveStoreTest, OpeningReturnsWhetherThereIsAFile) {
     EXPECT_FALSE(store.Open());
     PutText(store, ConfigPath, "{}");
     store.Commit();

@@ -25,7 +25,7 @@ constexpr int RoundCount = 20;
 constexpr int FileCount = 5;
 constexpr std::size_t ContentSize = 60000; ///< many pages, so that a save is many writes
 
-/// Every file of generation g is full of the letter of g, so a mixture shows.
+/// Every file of a generation is full of that generation's letter, so a mixture is found.
 std::string ContentOf(unsigned generation) {
     return std::to_string(generation) + ":" + std::string(ContentSize, static_cast<char>('a' + generation % 26));
 }
@@ -49,8 +49,8 @@ public:
     unsigned generation = 0;
 };
 
-/// Saves without end; tells the generation on the disk before each save.
-[[noreturn]] void SaveWithoutEnd(const std::string& folder, int pipe) {
+/// Saves until it is killed, and writes the generation on the disk to the pipe before each save.
+[[noreturn]] void SaveUntilKilled(const std::string& folder, int pipe) {
     PersistManager manager({.dataFolder = folder, .job = "crash"});
     Writer writer;
     manager.Register(writer, "");
@@ -70,29 +70,30 @@ void SpinFor(std::chrono::nanoseconds duration) {
     }
 }
 
-/// Kills a saving process `delay` after it began its save number `saves` + 1. Gives the generation last told of.
+/// Kills a saving process `delay` after it began its save number `saves` + 1. Returns the last generation that it wrote
+/// to the pipe.
 std::uint32_t KillWhileSaving(const std::string& folder, int saves, std::chrono::nanoseconds delay) {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        SaveWithoutEnd(folder, ends[1]);
+        SaveUntilKilled(folder, ends[1]);
     }
     close(ends[1]);
-    std::uint32_t told = 0;
+    std::uint32_t saved = 0;
     for (int i = 0; i <= saves; ++i) {
-        EXPECT_EQ(read(ends[0], &told, sizeof told), static_cast<ssize_t>(sizeof told));
+        EXPECT_EQ(read(ends[0], &saved, sizeof saved), static_cast<ssize_t>(sizeof saved));
     }
     SpinFor(delay);
     kill(child, SIGKILL);
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFSIGNALED(status)) << "the saving process ended by itself";
-    while (read(ends[0], &told, sizeof told) == sizeof told) {
+    while (read(ends[0], &saved, sizeof saved) == sizeof saved) {
     }
     close(ends[0]);
-    return told;
+    return saved;
 }
 
 /// The one generation that all files of the archive have.
@@ -130,10 +131,10 @@ TEST(PersistCrashTest, AKilledSaveLeavesTheWholeOldOrTheWholeNewContent) {
     KillWhileSaving(folder.Path().string(), 1, std::chrono::nanoseconds(0));
     for (int round = 0; round < RoundCount; ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
-        const std::uint32_t told = KillWhileSaving(folder.Path().string(), round % 3, duration * round / RoundCount);
+        const std::uint32_t saved = KillWhileSaving(folder.Path().string(), round % 3, duration * round / RoundCount);
         const std::uint32_t found = WholeGeneration(path);
-        EXPECT_GE(found, told) << "a finished save was lost";
-        EXPECT_LE(found, told + 1);
+        EXPECT_GE(found, saved) << "a finished save was lost";
+        EXPECT_LE(found, saved + 1);
     }
 }
 
@@ -143,11 +144,11 @@ TEST(PersistCrashTest, AKilledFirstSaveLeavesNoFileOrAWholeOne) {
         const Tests::TempFolder folder;
         const std::string path = folder.File("jobs/crash.vrjob");
         const auto duration = DurationOfASave(folder.Path().string());
-        const std::uint32_t told = KillWhileSaving(folder.Path().string(), 0, duration * round / RoundCount);
+        const std::uint32_t saved = KillWhileSaving(folder.Path().string(), 0, duration * round / RoundCount);
         if (std::filesystem::exists(path)) {
             EXPECT_GE(WholeGeneration(path), 1U);
         } else {
-            EXPECT_EQ(told, 0U) << "a finished save was lost";
+            EXPECT_EQ(saved, 0U) << "a finished save was lost";
         }
     }
 }

@@ -12,13 +12,13 @@ using namespace Tests;
 
 namespace {
 
-/// The job "part" is loaded, and each handler has had its turn.
+/// The job "part" is loaded, and each handler has been called.
 class PersistLoadJobTest : public PersistManagerTest {
 protected:
     PersistLoadJobTest() {
         MakeFiles();
         environ.jobLoaded = [this](const std::string& fileName) {
-            told.push_back(fileName + (cache.IsMainLoopBlocked() ? " blocked" : ""));
+            notified.push_back(fileName + (cache.IsMainLoopBlocked() ? " blocked" : ""));
         };
         Start();
         manager->Register(second, "");
@@ -32,19 +32,19 @@ protected:
         ArchiveFile(OtherPath()).Write({{"setting", Bytes("other")}, {name, Bytes(content)}});
     }
 
-    /// LoadJob fails so, and nothing has become of it.
+    /// LoadJob fails this way and changes nothing.
     void ExpectRefusal(const std::string& name, yStatus status, const std::string& text) {
         const Vor::LogCapture log;
         EXPECT_FAILURE(manager->LoadJob(name), status, text);
         EXPECT_TRUE(log.Contains(Vor::UserError, "The job wasn't loaded: " + text)) << text;
         EXPECT_TRUE(calls.empty());
-        EXPECT_TRUE(told.empty());
+        EXPECT_TRUE(notified.empty());
         EXPECT_FALSE(cache.IsMainLoopBlocked());
         EXPECT_EQ(manager->LoadedJob(), "part.vrjob");
         EXPECT_EQ(manager->FilePath(PersistDomain::Job), jobPath);
     }
 
-    Names told;
+    Names notified;
 };
 
 std::string FileNameOf(void* liveJob) {
@@ -80,20 +80,20 @@ TEST_F(PersistLoadJobTest, TheLoadedJobMayBeLoadedAnew) {
     EXPECT_EQ(content, "changed by another program");
 }
 
-TEST_F(PersistLoadJobTest, TheApplicationIsToldOnceTheMainLoopIsFreeAgain) {
+TEST_F(PersistLoadJobTest, TheApplicationIsNotifiedOnceTheMainLoopIsFreeAgain) {
     MakeOther("note", "");
     manager->LoadJob("other");
-    EXPECT_EQ(told, Names{"other.vrjob"});
+    EXPECT_EQ(notified, Names{"other.vrjob"});
 }
 
-TEST_F(PersistLoadJobTest, AnApplicationThatFailsToBeToldIsLogged) {
+TEST_F(PersistLoadJobTest, AFailureToNotifyTheApplicationIsLogged) {
     MakeOther("note", "");
     manager.reset();
     environ.jobLoaded = [](const std::string&) { throw std::runtime_error("no paper"); };
     Start();
     const Vor::LogCapture log;
     manager->LoadJob("other");
-    EXPECT_TRUE(log.Contains(Vor::LevelError, "It can't be told that another job was loaded."));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "It can't be notified that another job was loaded."));
     EXPECT_EQ(manager->LoadedJob(), "other.vrjob");
 }
 

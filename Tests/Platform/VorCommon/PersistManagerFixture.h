@@ -44,7 +44,7 @@ inline std::string Entry(const std::string& file, const std::string& name) {
     return found == entries.end() ? "(none)" : std::string(found->second->begin(), found->second->end());
 }
 
-/// Notes its calls in a list that handlers may share, and does in them what a test asks for.
+/// Records its calls in a list that handlers may share, and calls the functions that a test has set.
 class Handler : public IPersistHandler {
 public:
     Handler(const char* name, Names& calls)

@@ -386,7 +386,7 @@ TEST_F(PersistManagerTest, AHandlerThatIsRemovedByAnotherIsNotCalledAnyMore) {
 
 namespace {
 
-/// Shows another content of one path, and marks what is written.
+/// Returns another content for one path, and marks what is written.
 class Overlay : public IPersistStore {
 public:
     explicit Overlay(IPersistStore& store)
@@ -406,7 +406,7 @@ private:
 
 } // namespace
 
-TEST_F(PersistManagerTest, HandlersSeeTheStoreThatTheApplicationGives) {
+TEST_F(PersistManagerTest, HandlersGetTheStoreOfTheApplication) {
     ArchiveFile(jobPath).Write({{"setting", Bytes("stored")}, {"other", Bytes("instead")}});
     std::vector<PersistDomain> decorated;
     environ.decorateStore = [&](IPersistStore& store, PersistDomain domain) -> std::unique_ptr<IPersistStore> {

@@ -7,13 +7,13 @@ using namespace Tests;
 
 namespace {
 
-/// The job "part" is loaded, there is a job "demo" that the user has changed, and each handler has had its turn.
+/// The job "part" is loaded, there is a job "demo" that the user has changed, and each handler has been called.
 class PersistRestoreTest : public PersistManagerTest {
 protected:
     PersistRestoreTest() {
         MakeFiles();
         ArchiveFile(demoPath).Write({{"setting", Bytes("by the user")}, {"extra", Bytes("by the user")}});
-        environ.jobLoaded = [this](const std::string& fileName) { told.push_back(fileName); };
+        environ.jobLoaded = [this](const std::string& fileName) { notified.push_back(fileName); };
         Start();
         manager->Register(second, "");
         manager->Load();
@@ -26,7 +26,7 @@ protected:
     }
 
     const std::string demoPath = folder.File("jobs/demo.vrjob");
-    Names told;
+    Names notified;
 };
 
 } // namespace
@@ -40,7 +40,7 @@ TEST_F(PersistRestoreTest, BothDomainsAreInitialisedAndThenTheFreshJobIsLoaded) 
     EXPECT_EQ(content, "fresh");
     EXPECT_EQ(manager->LoadedJob(), "demo.vrjob");
     EXPECT_EQ(manager->FilePath(PersistDomain::Job), demoPath);
-    EXPECT_EQ(told, Names{"demo.vrjob"});
+    EXPECT_EQ(notified, Names{"demo.vrjob"});
 }
 
 TEST_F(PersistRestoreTest, TheMainLoopIsBlockedFromTheFirstHandlerToTheLast) {
@@ -72,7 +72,7 @@ TEST_F(PersistRestoreTest, AWorkspaceWithoutDefaultsHasNoFileAfterwards) {
     EXPECT_FALSE(std::filesystem::exists(workspacePath));
 }
 
-TEST_F(PersistRestoreTest, WhatTheJobIsGivenStandsAboveWhatInitialisingWrote) {
+TEST_F(PersistRestoreTest, TheContentOfTheJobReplacesWhatInitialisingWrote) {
     first.onInit = [](PersistDomain domain, IPersistStore& store) {
         if (domain == PersistDomain::Job) {
             EXPECT_FALSE(store.Exists("/setting"));
@@ -89,7 +89,7 @@ TEST_F(PersistRestoreTest, TheLoadedJobMayBeTheRestoredOne) {
     manager->LoadJob("demo");
     manager->Restore("demo", Fill);
     EXPECT_EQ(Entry(demoPath, "extra"), "(none)");
-    EXPECT_EQ(told, (Names{"demo.vrjob", "demo.vrjob"}));
+    EXPECT_EQ(notified, (Names{"demo.vrjob", "demo.vrjob"}));
 }
 
 TEST_F(PersistRestoreTest, NothingIsModifiedAfterwardsUnlessAChangeIsAnnouncedMeanwhile) {
@@ -117,7 +117,7 @@ TEST_F(PersistRestoreTest, BothDomainsAreSavedToTheirNewFiles) {
 TEST_F(PersistRestoreTest, WhatCannotBeFilledLeavesAllAsItWas) {
     const auto expectNothing = [&] {
         EXPECT_TRUE(calls.empty());
-        EXPECT_TRUE(told.empty());
+        EXPECT_TRUE(notified.empty());
         EXPECT_EQ(manager->LoadedJob(), "part.vrjob");
         EXPECT_EQ(Entry(demoPath, "setting"), "by the user");
         EXPECT_EQ(Entry(workspacePath, "setting"), "stored");
@@ -152,7 +152,7 @@ TEST_F(PersistRestoreTest, AFileThatCannotBeWrittenIsAFailureThoughTheJobIsLoade
     const std::string text = "Archive '" + workspacePath + "': the disk failed.";
     EXPECT_FAILURE(manager->Restore("demo", Fill), yERROR_FULL, text);
     EXPECT_TRUE(log.Contains(Vor::UserError, "The restore failed: " + text));
-    EXPECT_EQ(told, Names{"demo.vrjob"});
+    EXPECT_EQ(notified, Names{"demo.vrjob"});
     EXPECT_EQ(manager->LoadedJob(), "demo.vrjob");
     EXPECT_TRUE(manager->IsModified(PersistDomain::Workspace));
     EXPECT_FALSE(manager->IsModified(PersistDomain::Job));

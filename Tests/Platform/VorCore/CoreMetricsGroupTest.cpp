@@ -13,7 +13,7 @@ namespace {
 
 using VorCommon::CommonMetrics::LinkState;
 
-TEST(CoreMetricsGroup, TellsAllOfTheMachine) {
+TEST(CoreMetricsGroup, HasAllFiguresOfTheMachine) {
     CoreMetricsGroup metrics;
     metrics.upTime = 1ULL;
     metrics.cpuUsage = 2ULL;

@@ -123,7 +123,7 @@ TEST_F(MachineReaderTest, ForgetsANetworkInterfaceThatIsGone) {
     EXPECT_EQ(metrics.networkInterfaces.At(0).linkSpeed.Get(), 1'000'000'000U);
 }
 
-TEST_F(MachineReaderTest, WhatTheMachineDoesntTellReadsZero) {
+TEST_F(MachineReaderTest, WhatTheMachineDoesntReportIsZero) {
     MachineReader reader({}, root.Path());
     Write("proc/uptime", "7.00 1.00\n");
     Write("proc/stat", "cpu  0 0 0 0 0 0 0 0 0 0\ncpu0 0 0 0 0 0 0 0 0 0 0\n");

@@ -59,7 +59,7 @@ protected:
     SystemCore core{Environ()};
 };
 
-TEST_F(SystemCoreTest, TellsOfTheStartBeforeItAndOfTheStopAfterIt) {
+TEST_F(SystemCoreTest, RaisesTheStartEventBeforeTheStartAndTheStopEventAfterTheStop) {
     EXPECT_EQ(core.GetRunState(), 0);
     core.Start(true, false);
     EXPECT_EQ(core.GetRunState(), 1);
@@ -80,7 +80,7 @@ TEST_F(SystemCoreTest, LeavesARunningScanAndAStandingOneAsTheyAre) {
     EXPECT_EQ(core.GetRunState(), 1);
 }
 
-TEST_F(SystemCoreTest, AStartThatFailsLeavesTheScanStandingAndTakesThePreStartBack) {
+TEST_F(SystemCoreTest, AStartThatFailsStartsNoScanAndRaisesThePostStopEvent) {
     startFails = true;
     EXPECT_FAILURE(core.Start(true, false), yERROR_PARAMETER, "start is broken");
     EXPECT_EQ(core.GetRunState(), 0);
@@ -149,30 +149,30 @@ TEST_F(SystemCoreTest, KeepsTheNetworkSettingsForTheNextStart) {
     EXPECT_TRUE(core.NextIpConfigs().empty());
 }
 
-TEST_F(SystemCoreTest, TellsTheTimeOfTheMachineUntilItIsSet) {
+TEST_F(SystemCoreTest, ReturnsTheTimeOfTheMachineUntilItIsSet) {
     const long long before = MachineTime();
-    const long long told = core.LocalNodeDateTime();
-    EXPECT_GE(told, before);
-    EXPECT_LE(told, MachineTime());
+    const long long reported = core.LocalNodeDateTime();
+    EXPECT_GE(reported, before);
+    EXPECT_LE(reported, MachineTime());
 }
 
 TEST_F(SystemCoreTest, ATimeThatIsSetGoesOnAndLeavesTheMachinesClock) {
     constexpr long long Year2000 = 946'684'800'000'000;
     const long long before = MachineTime();
     core.SetLocalNodeDateTime(Year2000);
-    const long long told = core.LocalNodeDateTime();
+    const long long reported = core.LocalNodeDateTime();
     const long long passed = MachineTime() - before;
-    EXPECT_GE(told, Year2000);
-    EXPECT_LE(told, Year2000 + passed);
+    EXPECT_GE(reported, Year2000);
+    EXPECT_LE(reported, Year2000 + passed);
     EXPECT_LT(passed, 60'000'000);
 }
 
-TEST_F(SystemCoreTest, TakesAnyTime) {
+TEST_F(SystemCoreTest, AcceptsAnyTime) {
     for (const long long time : {0LL, -1'000'000'000LL, std::numeric_limits<long long>::min()}) {
         core.SetLocalNodeDateTime(time);
-        const long long told = core.LocalNodeDateTime();
-        EXPECT_GE(told, time);
-        EXPECT_LT(told, time + 60'000'000);
+        const long long reported = core.LocalNodeDateTime();
+        EXPECT_GE(reported, time);
+        EXPECT_LT(reported, time + 60'000'000);
     }
 }
 

@@ -142,7 +142,7 @@ TEST_F(ResultSetTest, NullSetIsEmpty) {
     EXPECT_EQ(ResultSet_Add(nullptr, nullptr, resultInfo.Get(), 0), yERROR_PARAMETER);
 }
 
-TEST_F(ResultSetTest, FreeItemTakesOverTheSharesAndGivesThemBack) {
+TEST_F(ResultSetTest, FreeItemTakesOverTheSharesAndReleasesThem) {
     Vor::Object item;
     ASSERT_EQ(ResultItem_Construct(item.Out(), yObject_Share(msgInfo.Get()), yObject_Share(resultInfo.Get())), yOK);
     EXPECT_EQ(yObject_ShareCount(item.Get()), 1);

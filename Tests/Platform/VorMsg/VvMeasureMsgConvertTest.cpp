@@ -23,7 +23,7 @@ Converted Convert(double value, double scale = 1000.0) {
 
 } // namespace
 
-TEST(VvMeasureMsgConvert, GivesThousandths) {
+TEST(VvMeasureMsgConvert, ReturnsThousandths) {
     EXPECT_EQ(Convert(1.5), (Converted{1500, 0, 0}));
     EXPECT_EQ(Convert(-0.001), (Converted{-1, 0, 0}));
     EXPECT_EQ(Convert(0), (Converted{0, 0, 0}));

@@ -41,7 +41,7 @@ private:
     Vor::LockedEvent<std::string>::CallbackId updated;
 };
 
-TEST(PipeManager, KnowsWhatWasAdded) {
+TEST(PipeManager, ListsWhatWasAdded) {
     PipeManager manager;
     EventLog log(manager);
     manager.Add({"b", "Tool", "Text", {PipeDataType::String, true}});
@@ -56,7 +56,7 @@ TEST(PipeManager, KnowsWhatWasAdded) {
     EXPECT_EQ(log.lines, (std::vector<std::string>{"created b", "created a"}));
 }
 
-TEST(PipeManager, RefusesANameThatIsTaken) {
+TEST(PipeManager, RefusesANameThatIsInUse) {
     PipeManager manager;
     manager.Add(Measurement("a", "First"));
     EventLog log(manager);
@@ -66,7 +66,7 @@ TEST(PipeManager, RefusesANameThatIsTaken) {
     EXPECT_TRUE(log.lines.empty());
 }
 
-TEST(PipeManager, TellsOfAnUpdateOnceItIsMade) {
+TEST(PipeManager, RaisesTheUpdatedEventAfterTheUpdate) {
     PipeManager manager;
     manager.Add(Measurement("a", "First"));
     std::string seen;
@@ -99,7 +99,7 @@ TEST(PipeManager, AHandlerThatThrowsDoesntKeepADeletedOutput) {
     manager.OutputDeletedEvent().RemoveListener(id);
 }
 
-TEST(PipeManager, RefusesWhatItDoesntKnowAndTellsNobody) {
+TEST(PipeManager, RefusesUnknownNamesWithoutAnEvent) {
     PipeManager manager;
     EventLog log(manager);
     EXPECT_FAILURE(manager.Update(Measurement("a")), yERROR_NOT_FOUND, "There is no data source 'a'.");

@@ -10,7 +10,7 @@
 
 namespace Tests {
 
-/// A scanner that takes neither actions nor commands and counts itself.
+/// A scanner without actions and commands that counts its instances.
 class BareScanner : public VorScan::IScanner {
 public:
     explicit BareScanner(int& alive)

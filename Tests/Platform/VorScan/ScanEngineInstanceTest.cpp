@@ -8,7 +8,7 @@
 namespace Tests {
 namespace {
 
-TEST(ScanEngineInstance, TellsItsIdAndThatOfItsType) {
+TEST(ScanEngineInstance, ReturnsItsIdAndThatOfItsType) {
     const auto engine = MakeEngine("engine-1", "laser");
     EXPECT_EQ(engine->Id(), "engine-1");
     EXPECT_EQ(engine->Info().TypeName(), "laser");
@@ -35,7 +35,7 @@ TEST(ScanEngineInstance, FindsNoScannerThatItHasnt) {
     EXPECT_FAILURE(engine->FindScanner(""), yERROR_NOT_FOUND, "Scan engine engine has no scanner .");
 }
 
-TEST(ScanEngineInstance, RefusesAnIdThatIsTaken) {
+TEST(ScanEngineInstance, RefusesAnIdThatIsInUse) {
     int alive = 0;
     const auto engine = MakeEngine("engine", "engine");
     engine->AddScanner(MakeScanner("a", alive));

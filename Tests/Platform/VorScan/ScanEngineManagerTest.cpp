@@ -16,14 +16,14 @@ TEST(ScanEngineManager, ListsEnginesInOrderOfAdding) {
     EXPECT_EQ(manager.List(), (std::vector<std::string>{"z", "a"}));
 }
 
-TEST(ScanEngineManager, GivesAnEngineByItsIdAndNotByItsType) {
+TEST(ScanEngineManager, FindsAnEngineByItsIdAndNotByItsType) {
     VorScan::Internal::ScanEngineManager manager;
     manager.Add(MakeEngine("engine-1", "laser"));
     EXPECT_EQ(manager.GetInstance("engine-1").Info().TypeName(), "laser");
     EXPECT_FAILURE(manager.GetInstance("laser"), yERROR_NOT_FOUND, "There is no scan engine laser.");
 }
 
-TEST(ScanEngineManager, RefusesAnIdThatIsTaken) {
+TEST(ScanEngineManager, RefusesAnIdThatIsInUse) {
     VorScan::Internal::ScanEngineManager manager;
     manager.Add(MakeEngine("engine", "laser"));
     EXPECT_FAILURE(manager.Add(MakeEngine("engine", "camera")), yERROR_ALREADY_EXISTS,
@@ -32,7 +32,7 @@ TEST(ScanEngineManager, RefusesAnIdThatIsTaken) {
     EXPECT_EQ(manager.GetInstance("engine").Info().TypeName(), "laser");
 }
 
-TEST(ScanEngineManager, TakesItsScannersWithIt) {
+TEST(ScanEngineManager, DestroysItsScanners) {
     int alive = 0;
     {
         VorScan::Internal::ScanEngineManager manager;

@@ -32,7 +32,7 @@ TEST_F(yArrayListTest, AddStoresTheHandleWithoutTakingAShare) {
     EXPECT_EQ(yArrayList_At(list, 1), nullptr);
 }
 
-TEST_F(yArrayListTest, PurgeGivesBackOneSharePerEntry) {
+TEST_F(yArrayListTest, PurgeReleasesOneSharePerEntry) {
     for (int i = 0; i < 3; ++i) {
         ASSERT_EQ(yArrayList_Add(list, set), yOK);
         yObject_Share(set);

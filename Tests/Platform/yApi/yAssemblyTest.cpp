@@ -85,7 +85,7 @@ TEST_F(yAssemblyTest, KeepsDependenciesInOrderAndReleasesThem) {
     xyAssembly_VRelease(apiLib);
 }
 
-TEST_F(yAssemblyTest, TakesNoDependencyOnceFinalized) {
+TEST_F(yAssemblyTest, RefusesADependencyOnceFinalized) {
     Construct();
     ASSERT_EQ(xyAssembly_Finalize(global), yOK);
     EXPECT_EQ(xyAssembly_AddDependency(global, &yApiLib_Construct), yERROR_STATE);

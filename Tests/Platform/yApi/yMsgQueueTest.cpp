@@ -61,7 +61,7 @@ protected:
     std::int64_t liveBefore = 0;
 };
 
-TEST_F(yMsgQueueTest, GivesItemsInOrderOfAdding) {
+TEST_F(yMsgQueueTest, ReturnsItemsInOrderOfAdding) {
     Add(1);
     Add(2);
     EXPECT_EQ(yMsgQueue_Count(queue), 2U);
@@ -70,7 +70,7 @@ TEST_F(yMsgQueueTest, GivesItemsInOrderOfAdding) {
     EXPECT_EQ(yMsgQueue_Count(queue), 0U);
 }
 
-TEST_F(yMsgQueueTest, TakesOverTheShareAndHandsItToTheOneWhoRemoves) {
+TEST_F(yMsgQueueTest, TakesOverTheShareAndPassesItToTheOneWhoRemoves) {
     void* wrapper = nullptr;
     ASSERT_EQ(PointerWrapper_Construct(&wrapper, nullptr, 0), yOK);
     ASSERT_EQ(yMsgQueue_AddEx(queue, &wrapper, 0), yOK);
@@ -133,7 +133,7 @@ TEST_F(yMsgQueueTest, UnboundedUntilAMaximumIsSet) {
     EXPECT_TRUE(dropped.empty());
 }
 
-TEST_F(yMsgQueueTest, PurgeRunsTheDropHandlerWhenAsked) {
+TEST_F(yMsgQueueTest, PurgeRunsTheDropHandlerOnRequest) {
     ASSERT_EQ(yMsgQueue_SetDropHandler(queue, &yMsgQueueTest::Drop, this), yOK);
     Add(1);
     Add(2);

@@ -87,7 +87,7 @@ TEST(PointerWrapper, CarriesThePointerAndNeverFreesIt) {
     EXPECT_EQ(PointerWrapper_Pointer(nullptr), nullptr);
 }
 
-TEST(yMsgInfo, TakesOverTheMessageAndHandsTheFieldsOnUnchanged) {
+TEST(yMsgInfo, TakesOverTheMessageAndKeepsTheFieldsUnchanged) {
     const auto before = yObject_LiveCount();
     void* msg = MakeNull();
     void* info = nullptr;

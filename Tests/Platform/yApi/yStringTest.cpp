@@ -46,7 +46,7 @@ TEST(yString, CatRefusesNullAndCanBeMadeToFail) {
     EXPECT_STREQ(text.data(), "abc");
 }
 
-TEST(yString, FindFirstGivesTheFirstOccurrence) {
+TEST(yString, FindFirstReturnsTheFirstOccurrence) {
     const char* text = "x.vrjob.vrjob";
     EXPECT_EQ(yStrFindFirst(text, ".vrjob"), text + 1);
     EXPECT_EQ(yStrFindFirst(text, ".job"), nullptr);

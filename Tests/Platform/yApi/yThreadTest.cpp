@@ -30,7 +30,7 @@ protected:
     yThread thread = nullptr;
 };
 
-TEST_F(yThreadTest, RunsUnderItsNameAndGivesTheStatusAtTheJoin) {
+TEST_F(yThreadTest, RunsUnderItsNameAndReturnsTheStatusAtTheJoin) {
     std::string name;
     ASSERT_EQ(yThread_Construct(&thread,
                                 [&] {
@@ -154,7 +154,7 @@ TEST_F(yThreadTest, EmptyFunctionAndNullAreBadParameters) {
     EXPECT_EQ(yThread_Join(nullptr, 0, nullptr), yERROR_PARAMETER);
 }
 
-TEST(yThread, SleepTakesAtLeastTheGivenMicroseconds) {
+TEST(yThread, SleepLastsAtLeastTheGivenMicroseconds) {
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(yThread_Sleep(2000), yOK);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::microseconds(2000));
