@@ -5,8 +5,8 @@
 #include "VorApi/LogThrown.h"
 #include "VorApi/Object.h"
 #include "VorApi/Threads/NamedThread.h"
+#include "yApi/yDuration.h"
 #include "yApi/yFault.h"
-#include "yApi/yThread.h"
 
 #include <condition_variable>
 #include <deque>

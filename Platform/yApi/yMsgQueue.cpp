@@ -1,5 +1,6 @@
 #include "yApi/yMsgQueue.h"
 
+#include "yApi/yDuration.h"
 #include "yApi/yFault.h"
 #include "yApi/yThread.h"
 

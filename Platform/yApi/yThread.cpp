@@ -1,8 +1,8 @@
 #include "yApi/yThread.h"
 
+#include "yApi/yDuration.h"
 #include "yApi/yFault.h"
 
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <new>

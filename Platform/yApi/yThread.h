@@ -3,8 +3,6 @@
 #include "yApi/yMemory.h"
 #include "yApi/yStatus.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 
@@ -32,9 +30,3 @@ yStatus yThread_Start(yThread thread);
 yStatus yThread_Join(yThread thread, std::uint64_t timeoutMicroseconds, yStatus* exit);
 
 yStatus yThread_Sleep(std::uint64_t microseconds);
-
-/// For waits: the duration, limited to a century so that it can be added to a clock's time without overflow.
-inline std::chrono::microseconds yThread_Duration(std::uint64_t microseconds) {
-    constexpr std::uint64_t Century = 3'155'760'000'000'000;
-    return std::chrono::microseconds(static_cast<std::int64_t>(std::min(microseconds, Century)));
-}
