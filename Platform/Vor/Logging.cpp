@@ -1,6 +1,7 @@
 #include "Vor/Logging.h"
 
 #include "Vor/LogOutput.h"
+#include "yApi/yDuration.h"
 
 #include <algorithm>
 #include <atomic>
@@ -233,9 +234,9 @@ std::size_t LogCapture::CountLevel(std::uint64_t level) const {
         std::count_if(sink->records.begin(), sink->records.end(), [&](const auto& r) { return r.level == level; }));
 }
 
-bool LogCapture::WaitFor(const std::string& text, std::chrono::milliseconds deadline) const {
+bool LogCapture::WaitFor(const std::string& text, std::uint64_t timeoutMicroseconds) const {
     std::unique_lock lock(sink->mutex);
-    return sink->added.wait_for(lock, deadline, [&] {
+    return sink->added.wait_for(lock, yThread_Duration(timeoutMicroseconds), [&] {
         return std::any_of(sink->records.begin(), sink->records.end(), [&](const auto& r) { return r.text == text; });
     });
 }

@@ -5,7 +5,6 @@
 #include "Vor/LogRecord.h"
 
 #include <array>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -67,7 +66,7 @@ public:
     bool Contains(const std::string& text) const { return Count(text) > 0; }
     bool Contains(std::uint64_t level, const std::string& text) const { return Count(level, text) > 0; }
     /// Waits for an entry with this text; false when there was none in time.
-    bool WaitFor(const std::string& text, std::chrono::milliseconds deadline = std::chrono::seconds(10)) const;
+    bool WaitFor(const std::string& text, std::uint64_t timeoutMicroseconds = 10'000'000) const;
 
     struct Sink;
 
