@@ -94,6 +94,11 @@ yStatus Exception::Status() const {
     return state->status;
 }
 
+yStatus Exception::StatusOf(const std::exception& e) {
+    const auto* const ours = dynamic_cast<const Exception*>(&e);
+    return ours != nullptr ? ours->Status() : yERROR;
+}
+
 const char* Exception::what() const noexcept {
     return state->text.c_str();
 }

@@ -21,6 +21,8 @@ public:
         : Exception(line, path, status, function, Text{Format(format, args...)}) {}
 
     yStatus Status() const;
+    /// The status of a Vor::Exception, yERROR for another exception.
+    static yStatus StatusOf(const std::exception& e);
     /// The formatted text, or "" when there is none.
     const char* what() const noexcept override;
     bool HasText() const;

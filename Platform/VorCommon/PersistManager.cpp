@@ -383,10 +383,8 @@ void PersistManager::SaveHandlers(PersistDomain domain) {
         }
     } catch (const std::exception& e) {
         store->Discard();
-        const auto* failure = dynamic_cast<const Vor::Exception*>(&e);
-        Vor::ThrowNested(failure != nullptr ? failure->Status() : yERROR,
-                         "Persist handler \"%s\" failed to save the %s domain (%s).", component,
-                         PersistDomain_Name(domain), e.what());
+        Vor::ThrowNested(Vor::Exception::StatusOf(e), "Persist handler \"%s\" failed to save the %s domain (%s).",
+                         component, PersistDomain_Name(domain), e.what());
     } catch (...) {
         store->Discard();
         Vor::Throw(yERROR, "Persist handler \"%s\" failed to save the %s domain (unknown exception).", component,
@@ -399,8 +397,7 @@ PersistManager::SaveResult PersistManager::LogFailedSave(PersistDomain domain, c
         std::rethrow_exception(failure);
     } catch (const std::exception& e) {
         Vor::LogThrown(e, "The %s domain wasn't saved (%s).", PersistDomain_Name(domain), e.what());
-        const auto* known = dynamic_cast<const Vor::Exception*>(&e);
-        return {known != nullptr ? known->Status() : yERROR, e.what()};
+        return {Vor::Exception::StatusOf(e), e.what()};
     }
 }
 

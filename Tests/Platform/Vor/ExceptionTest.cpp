@@ -25,6 +25,11 @@ TEST(ExceptionTest, WithoutTextItSaysSoAndHasAnEmptyOne) {
     EXPECT_TRUE(Exception(1, "file.cpp", yERROR_STATE, "Start", "").HasText());
 }
 
+TEST(ExceptionTest, TheStatusOfAForeignOneIsTheGenericFailure) {
+    EXPECT_EQ(Exception::StatusOf(Exception(1, "file.cpp", yERROR_STATE, "Start")), yERROR_STATE);
+    EXPECT_EQ(Exception::StatusOf(std::runtime_error("broken")), yERROR);
+}
+
 TEST(ExceptionTest, TextWithStrayPerCentSignsServesAsFormat) {
     const Exception e(1, "file.cpp", yERROR, "Start", "100% of %s at 5%");
     EXPECT_STREQ(e.what(), "100% of %s at 5%");
