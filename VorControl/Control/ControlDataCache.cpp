@@ -2,8 +2,8 @@
 
 #include "Vor/AsyncLoop.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
-#include "VorControl/Control/LogThrown.h"
 
 #include <utility>
 
@@ -71,12 +71,10 @@ ControlDataCache::ControlDataCache(IControlSystemInterface& systemInterface,
 
 ControlDataCache::~ControlDataCache() {
     asyncRunner.reset();
-    try {
+    Vor::CleanUp([this] {
         scannerInfoQueue.Clear();
         systemStatsQueue.Clear();
-    } catch (const std::exception& e) {
-        LogThrown(e, "Exception thrown in destructor");
-    }
+    });
 }
 
 IControlSystemInterface::SystemStats ControlDataCache::SystemStats(unsigned long long timeout) {
@@ -123,7 +121,7 @@ void ControlDataCache::QuerySystemStats() {
         SystemStatsOperationFinish();
         systemStatsQueue.Add(std::move(result));
     } catch (const Vor::Exception& e) {
-        LogThrown(e, "Exception getting system stats");
+        Vor::LogThrown(e, "Exception getting system stats");
         SystemStatsOperationFinish();
     } catch (...) {
         SystemStatsOperationFinish();

@@ -2,14 +2,13 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorControl/Control/IControlDataCache.h"
 #include "VorControl/Control/IControlScanResults.h"
-#include "VorControl/Control/LogThrown.h"
 #include "yApi/yStatus.h"
 
-#include <exception>
 #include <utility>
 
 namespace VorControl {
@@ -46,14 +45,12 @@ ControlHost::ControlHost(IControlScanResults& scanResults, ControlProtocolOperat
 }
 
 ControlHost::~ControlHost() {
-    try {
+    Vor::CleanUp([this] {
         const Vor::Locker locker(lock.Get());
         if (!serviceMap.empty() || dataSourceCallbackIds.created.IsSet()) {
             protocolOperations.RemoveDataSourceEventHandler(dataSourceCallbackIds, OwnTimeout);
         }
-    } catch (const std::exception& e) {
-        LogThrown(e, "Exception thrown in destructor");
-    }
+    });
 }
 
 void ControlHost::StartScan(const std::string& serviceId) {

@@ -3,9 +3,9 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/VorGetText.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlScanResults.h"
-#include "VorControl/Control/LogThrown.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
@@ -42,7 +42,7 @@ public:
         try {
             gate.Leave(UpdateFlag);
         } catch (const std::exception& e) {
-            LogThrown(e, "Exception thrown in destructor");
+            Vor::LogThrown(e, "Exception thrown in destructor");
         }
     }
 
@@ -70,14 +70,12 @@ ControlInstance::ControlInstance(const ControlInstanceParams& params)
 }
 
 ControlInstance::~ControlInstance() {
-    try {
+    Vor::CleanUp([this] {
         protocol->RemoveControlScanResultsHandler();
         protocol->RemoveParamsInternalUpdateEventHandler(paramsCallback);
         protocol->RemoveOutputsInternalUpdateEventHandler(outputsCallback);
         protocol->RemovePersistenceDomainChangeEventHandler(domainCallback);
-    } catch (const std::exception& e) {
-        LogThrown(e, "Exception thrown in destructor");
-    }
+    });
 }
 
 const ControlInfo& ControlInstance::Info() const {
@@ -156,7 +154,7 @@ void ControlInstance::RemoveScanResultsHandler() {
     try {
         protocol->RemoveControlScanResultsHandler();
     } catch (const std::exception& e) {
-        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
     }
 }
 

@@ -3,6 +3,7 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/VorGetText.h"
+#include "VorApi/LogThrown.h"
 #include "VorCommon/IPersistRegistrar.h"
 #include "VorCommon/IPlatformAttributes.h"
 #include "VorControl/Control/ControlCreateException.h"
@@ -10,7 +11,6 @@
 #include "VorControl/Control/ControlInstance.h"
 #include "VorControl/Control/ControlRegistry.h"
 #include "VorControl/Control/IControlFactory.h"
-#include "VorControl/Control/LogThrown.h"
 #include "yApi/yStatus.h"
 
 #include <exception>
@@ -87,7 +87,7 @@ void ControlManager::Subscribe() {
 }
 
 void ControlManager::Unsubscribe() {
-    try {
+    Vor::CleanUp([this] {
         if (persistHandlerId) {
             environ.persistRegistrar->Deregister(*persistHandlerId);
         }
@@ -96,9 +96,7 @@ void ControlManager::Unsubscribe() {
                 subscription->event->Remove(subscription->callback);
             }
         }
-    } catch (const std::exception& e) {
-        LogThrown(e, "Exception thrown in destructor");
-    }
+    });
 }
 
 void ControlManager::BindEvents(IControlInstance& instance) {
@@ -143,11 +141,11 @@ void ControlManager::Create(const ControlInfo& info) {
         }
         instances.emplace(info.TypeName(), std::make_unique<ControlInstance>(params));
     } catch (const std::exception& e) {
-        LogThrown(e, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), e.what());
+        Vor::LogThrown(e, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), e.what());
         std::throw_with_nested(ControlCreateException(info.TypeName(), e));
     } catch (...) {
         const std::runtime_error unknown("something was thrown that is no exception");
-        LogThrown(unknown, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), unknown.what());
+        Vor::LogThrown(unknown, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), unknown.what());
         std::throw_with_nested(ControlCreateException(info.TypeName(), unknown));
     }
 }
@@ -185,7 +183,7 @@ void ControlManager::InitPersistDomain(PersistDomain domain, VorCommon::IPersist
             try {
                 persistControl.Init(*entry.second, domain, store);
             } catch (const std::exception& e) {
-                LogThrown(e, "EXCEPTION THROWN: ");
+                Vor::LogThrown(e, "EXCEPTION THROWN: ");
             }
         }
     };
@@ -213,7 +211,7 @@ bool ControlManager::LoadAll(PersistDomain domain, const VorCommon::IPersistStor
         try {
             persistControl.Load(*entry.second, domain, store);
         } catch (const std::exception& e) {
-            LogThrown(e, "EXCEPTION THROWN: ");
+            Vor::LogThrown(e, "EXCEPTION THROWN: ");
             Vor::LogUser(Vor::UserError, "VorControl",
                          VorGetText::GetInstance().DPGetText(
                              "BE", "beApp.ctrl",
@@ -230,7 +228,7 @@ void ControlManager::SavePersistDomain(PersistDomain domain, VorCommon::IPersist
         try {
             persistControl.Save(*entry.second, domain, store);
         } catch (const std::exception& e) {
-            LogThrown(e, "EXCEPTION THROWN: ");
+            Vor::LogThrown(e, "EXCEPTION THROWN: ");
         }
     }
 }
@@ -290,7 +288,7 @@ void ControlManager::RunLoad(const std::function<void()>& operation) {
         try {
             OnPersistenceLoad(PersistenceLoadOpState::End);
         } catch (const std::exception& e) {
-            LogThrown(e, "EXCEPTION THROWN: ");
+            Vor::LogThrown(e, "EXCEPTION THROWN: ");
         }
         throw;
     }
@@ -304,7 +302,8 @@ void ControlManager::LivePreStartScanEventHandler() {
                 entry.second->OnPreStartScan();
             }
         } catch (const Vor::Exception& e) {
-            LogThrown(e, "Error countered invoking pre-start event handler for control service %s", entry.second->Id());
+            Vor::LogThrown(e, "Error countered invoking pre-start event handler for control service %s",
+                           entry.second->Id());
         }
     }
 }
@@ -316,8 +315,8 @@ void ControlManager::LivePostStopScanEventHandler() {
                 entry.second->OnPostStopScan();
             }
         } catch (const Vor::Exception& e) {
-            LogThrown(e, "Error countered invoking post-start event handler for control service %s",
-                      entry.second->Id());
+            Vor::LogThrown(e, "Error countered invoking post-start event handler for control service %s",
+                           entry.second->Id());
         }
     }
 }

@@ -2,8 +2,8 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
-#include "VorControl/Control/LogThrown.h"
 
 #include <utility>
 
@@ -65,13 +65,11 @@ ControlProtocolOperations::ControlProtocolOperations(IControlSystemInterface& sy
 ControlProtocolOperations::~ControlProtocolOperations() {
     asyncRunner.reset();
     dispatcherRunning.store(false, std::memory_order_relaxed);
-    try {
+    Vor::CleanUp([this] {
         dispatcherQueue.Add(nullptr); // ends the queue wait
         Vor::ThrowIfFailed(yThread_Join(dispatcherThread.Get(), yINFINITE, nullptr));
         dispatcherQueue.Clear();
-    } catch (const std::exception& e) {
-        LogThrown(e, "Exception thrown in destructor");
-    }
+    });
     dispatcherThread.Reset();
     AbandonAlignment("Exception thrown in destructor");
 }
@@ -189,7 +187,7 @@ void ControlProtocolOperations::RunAction(const std::string& protocolId, ActionI
             NotifyOperationEnd(protocolId, yOK, "");
         }
     } catch (const Vor::Exception& e) {
-        LogThrown(e, "Exception processing action id %u", Number(action));
+        Vor::LogThrown(e, "Exception processing action id %u", Number(action));
         if (action == ActionId::Alignment) {
             AbandonAlignment("Exception cleaning up after an alignment");
         }
@@ -304,7 +302,7 @@ void ControlProtocolOperations::AbandonAlignment(const char* failureText) {
     try {
         scanEngineInterface.AlignmentCompletedEvent(alignment->scannerId).Remove(alignment->callbackId);
     } catch (const std::exception& e) {
-        LogThrown(e, failureText);
+        Vor::LogThrown(e, failureText);
     }
 }
 
@@ -318,7 +316,7 @@ yStatus ControlProtocolOperations::DispatcherThreadFx() {
         try {
             DispatchNext();
         } catch (const std::exception& e) {
-            LogThrown(e, "EXCEPTION THROWN: ");
+            Vor::LogThrown(e, "EXCEPTION THROWN: ");
         } catch (...) {
             Vor::LogError("EXCEPTION THROWN: ");
         }
@@ -343,7 +341,7 @@ void ControlProtocolOperations::EndOperation(const EndOfOpResult& result) {
         CleanUpAlignmentCompletedEvent(result.scannerId);
     } catch (const std::exception& e) {
         // A scanner that is gone must not keep the slot taken.
-        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
     }
     const std::uint32_t former = OperationFinish();
     OnOperationEnd(result.protocolId, result.status);

@@ -2,8 +2,8 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/Control/ControlPlugin.h"
-#include "VorControl/Control/LogThrown.h"
 #include "VorPlugin/PluginLib.h"
 #include "yApi/yStatus.h"
 
@@ -17,11 +17,7 @@ ControlRegistry::ControlRegistry(VorPlugin::PluginManager& plugins)
 }
 
 ControlRegistry::~ControlRegistry() {
-    try {
-        DetachPlugins();
-    } catch (const std::exception& e) {
-        LogThrown(e, "Exception thrown in destructor");
-    }
+    Vor::CleanUp([this] { DetachPlugins(); });
 }
 
 void ControlRegistry::AttachPlugins() {
@@ -53,10 +49,10 @@ void ControlRegistry::ProcessPluginLoad(const VorPlugin::PluginLib& lib, VorPlug
                     Remove(info.TypeName());
                 }
             } catch (const std::exception& e) {
-                LogThrown(e,
-                          load ? "Failed to add control service \"%s\" (%s)"
-                               : "Failed to remove control service \"%s\" (%s)",
-                          info.DisplayName(), e.what());
+                Vor::LogThrown(e,
+                               load ? "Failed to add control service \"%s\" (%s)"
+                                    : "Failed to remove control service \"%s\" (%s)",
+                               info.DisplayName(), e.what());
             }
         }
     }

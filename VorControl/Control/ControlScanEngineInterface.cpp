@@ -1,8 +1,8 @@
 #include "VorControl/Control/ControlScanEngineInterface.h"
 
 #include "Vor/JsonSerializer.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Params/PropertyValue.h"
-#include "VorControl/Control/LogThrown.h"
 #include "VorScan/Internal/ScanEngineManager.h"
 #include "yApi/yString.h"
 
@@ -49,7 +49,7 @@ void ControlScanEngineInterface::SoftwareTrigger(const std::string& scannerId) {
         }
         target.ExecuteAction(ActionTrigger, ExistingActionParameters(target, ActionTrigger));
     } catch (const Vor::Exception& e) {
-        LogThrown(e, "Failed to initiate software trigger operation for scanner %s", scannerId);
+        Vor::LogThrown(e, "Failed to initiate software trigger operation for scanner %s", scannerId);
         throw;
     }
 }
@@ -77,7 +77,7 @@ void ControlScanEngineInterface::AlignmentCommandHelper(const std::string& scann
         }
         target.InvokeCommand(actionName, *parameters);
     } catch (const Vor::Exception& e) {
-        LogThrown(e, "Failed %s for scanner %s", label, scannerId);
+        Vor::LogThrown(e, "Failed %s for scanner %s", label, scannerId);
         throw;
     }
 }

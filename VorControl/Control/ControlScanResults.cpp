@@ -2,12 +2,12 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
 #include "VorControl/Control/ControlScanResultsDispatcher.h"
 #include "VorCore/ResultHub.h"
 #include "VorMsg/ResultSet.h"
 
-#include <exception>
 #include <utility>
 
 namespace VorControl {
@@ -43,13 +43,7 @@ ControlScanResults::~ControlScanResults() {
     if (resultHub == nullptr) {
         return;
     }
-    try {
-        resultHub->RemoveResultHandler(hubCallbackId);
-    } catch (const std::exception& exception) {
-        Vor::LogError("Exception thrown in destructor");
-        Vor::Exception::LogException(exception);
-        Vor::Exception::LogBackTrace(exception);
-    }
+    Vor::CleanUp([this] { resultHub->RemoveResultHandler(hubCallbackId); });
 }
 
 Vor::Event<void*>::CallbackId ControlScanResults::AddResultHandler(const std::string& protocolId,

@@ -1,21 +1,15 @@
 #include "VorControl/Control/ControlScanResultsDispatcher.h"
 
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
+#include "VorApi/Threads/Locker.h"
 #include "VorMsg/ResultSet.h"
 
 #include <exception>
 #include <utility>
 
 namespace VorControl {
-
-namespace {
-
-void LogThrown(const std::exception& exception) {
-    Vor::LogError("EXCEPTION THROWN: ");
-    Vor::Exception::LogException(exception);
-    Vor::Exception::LogBackTrace(exception);
-}
-
-} // namespace
 
 ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* allocator) {
     Vor::ThrowIfFailed(yLock_Construct(listLock.Out()));
@@ -25,13 +19,7 @@ ControlScanResultsDispatcher::ControlScanResultsDispatcher(void* allocator) {
 }
 
 ControlScanResultsDispatcher::~ControlScanResultsDispatcher() {
-    try {
-        Stop();
-    } catch (const std::exception& exception) {
-        Vor::LogError("Exception thrown in destructor");
-        Vor::Exception::LogException(exception);
-        Vor::Exception::LogBackTrace(exception);
-    }
+    Vor::CleanUp([this] { Stop(); });
     thread.Reset();
 }
 
@@ -109,10 +97,10 @@ yStatus ControlScanResultsDispatcher::Run() {
         }
         return yOK;
     } catch (const Vor::Exception& exception) {
-        LogThrown(exception);
+        Vor::LogThrown(exception, "EXCEPTION THROWN: ");
         return exception.Status();
     } catch (const std::exception& exception) {
-        LogThrown(exception);
+        Vor::LogThrown(exception, "EXCEPTION THROWN: ");
         return yERROR;
     }
 }
@@ -135,7 +123,7 @@ void ControlScanResultsDispatcher::CallHandlers() {
     try {
         resultEvent.Raise(batch);
     } catch (const Vor::Exception& exception) {
-        LogThrown(exception);
+        Vor::LogThrown(exception, "EXCEPTION THROWN: ");
     }
 }
 
