@@ -2,12 +2,13 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
-#include "Vor/VorGetText.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlScanResults.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
+#include "VorControl/ControlProtocol/Translate.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
 
@@ -28,27 +29,8 @@ namespace {
 constexpr int UpdateFlag = 1;
 
 const char* Translate(const char* text) {
-    return VorGetText::GetInstance().DPGetText("BE", "beApp.ctrl", text);
+    return ControlProtocol::Translate("beApp.ctrl", text);
 }
-
-/// Leaves the gate at the end of an update, also when a handler of the update throws.
-class GateLeaver {
-public:
-    explicit GateLeaver(VorCommon::IUpdateGate& gate)
-        : gate(gate) {}
-    GateLeaver(const GateLeaver&) = delete;
-    GateLeaver& operator=(const GateLeaver&) = delete;
-    ~GateLeaver() {
-        try {
-            gate.Leave(UpdateFlag);
-        } catch (const std::exception& e) {
-            Vor::LogThrown(e, "Exception thrown in destructor");
-        }
-    }
-
-private:
-    VorCommon::IUpdateGate& gate;
-};
 
 } // namespace
 
@@ -212,7 +194,7 @@ auto ControlInstance::BeginUpdate(const Operation& operation) {
     try {
         return operation();
     } catch (...) {
-        const GateLeaver leaver(updateGate);
+        Vor::CleanUp([this] { updateGate.Leave(UpdateFlag); });
         throw;
     }
 }
@@ -226,7 +208,7 @@ std::shared_ptr<Vor::Params::Group> ControlInstance::BeginUpdateParameters() {
 }
 
 void ControlInstance::EndUpdateParameters() {
-    const GateLeaver leaver(updateGate);
+    const Vor::AtScopeEnd leaveGate([this] { updateGate.Leave(UpdateFlag); });
     if (const char* const version = protocol->ParamsVersion(PersistDomain::Job)) {
         protocol->EndUpdateParams(PersistDomain::Job, version);
     }
@@ -238,7 +220,7 @@ std::shared_ptr<IProtocolOutput> ControlInstance::BeginUpdateOutputsMap() {
 }
 
 void ControlInstance::EndUpdateOutputsMap() {
-    const GateLeaver leaver(updateGate);
+    const Vor::AtScopeEnd leaveGate([this] { updateGate.Leave(UpdateFlag); });
     protocol->EndUpdateOutputsMap(PersistDomain::Job, "");
     outputsUpdated.Raise(id, true);
 }
@@ -256,7 +238,7 @@ std::shared_ptr<IProtocolRegisterAssembly> ControlInstance::BeginUpdateRegisterA
 }
 
 void ControlInstance::EndUpdateRegisterAssembly(const char* assemblyId) {
-    const GateLeaver leaver(updateGate);
+    const Vor::AtScopeEnd leaveGate([this] { updateGate.Leave(UpdateFlag); });
     if (const char* const version = protocol->RegisterAssemblyVersion(PersistDomain::Job, assemblyId)) {
         protocol->EndUpdateRegisterAssembly(PersistDomain::Job, assemblyId, version);
     }

@@ -3,6 +3,7 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/VorGetText.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorCommon/IPersistRegistrar.h"
 #include "VorCommon/IPlatformAttributes.h"
@@ -20,25 +21,6 @@
 namespace VorControl {
 
 using VorCommon::PersistDomain;
-
-namespace {
-
-/// True for a scope.
-class ScopedFlag {
-public:
-    explicit ScopedFlag(std::atomic<bool>& flag)
-        : flag(flag) {
-        flag.store(true, std::memory_order_relaxed);
-    }
-    ScopedFlag(const ScopedFlag&) = delete;
-    ScopedFlag& operator=(const ScopedFlag&) = delete;
-    ~ScopedFlag() { flag.store(false, std::memory_order_relaxed); }
-
-private:
-    std::atomic<bool>& flag;
-};
-
-} // namespace
 
 ControlManager::ControlManager(ControlRegistry& registry, IControlScanResults& scanResults,
                                const ControlModuleEnviron& environ)
@@ -197,7 +179,8 @@ void ControlManager::InitPersistDomain(PersistDomain domain, VorCommon::IPersist
 void ControlManager::LoadPersistDomain(PersistDomain domain, const VorCommon::IPersistStore& store) {
     bool changed = false;
     {
-        const ScopedFlag loading(persistLoading);
+        persistLoading.store(true, std::memory_order_relaxed);
+        const Vor::AtScopeEnd loaded([this] { persistLoading.store(false, std::memory_order_relaxed); });
         RunLoad([&] { changed = LoadAll(domain, store); });
     }
     if (changed) {

@@ -2,6 +2,7 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
 #include "VorMsg/ResultSet.h"
@@ -116,10 +117,7 @@ void ControlScanResultsDispatcher::CallHandlers() {
     if (yArrayList_Count(batch) == 0) {
         return;
     }
-    struct PurgeAtEnd {
-        yArrayList batch;
-        ~PurgeAtEnd() { yArrayList_Purge(batch); }
-    } const purgeAtEnd{batch};
+    const Vor::AtScopeEnd purge([batch] { yArrayList_Purge(batch); });
     try {
         resultEvent.Raise(batch);
     } catch (const Vor::Exception& exception) {
