@@ -35,10 +35,10 @@ struct ControlProtocolOperations::PendingAlignment {
         : operations(&operations)
         , scannerId(std::move(scannerId)) {}
 
-    void Complete(const std::string& protocolId, AlignCompletionStatus status) {
+    void Complete(const std::string& serviceId, AlignCompletionStatus status) {
         const std::lock_guard guard(mutex);
         if (operations != nullptr) {
-            operations->AlignmentCompletedCallback(protocolId, scannerId, status);
+            operations->AlignmentCompletedCallback(serviceId, scannerId, status);
             operations = nullptr;
         }
     }
@@ -98,104 +98,104 @@ void ControlProtocolOperations::ValidateScannerId(const char* scannerId, ActionI
     }
 }
 
-void ControlProtocolOperations::StartScan(const std::string& protocolId) {
-    RunSynchronousOp(protocolId, ActionId::StartScan, {});
+void ControlProtocolOperations::StartScan(const std::string& serviceId) {
+    RunSynchronousOp(serviceId, ActionId::StartScan, {});
 }
 
-void ControlProtocolOperations::StopScan(const std::string& protocolId) {
-    RunSynchronousOp(protocolId, ActionId::StopScan, {});
+void ControlProtocolOperations::StopScan(const std::string& serviceId) {
+    RunSynchronousOp(serviceId, ActionId::StopScan, {});
 }
 
-void ControlProtocolOperations::Alignment(const std::string& protocolId, const char* scannerId) {
+void ControlProtocolOperations::Alignment(const std::string& serviceId, const char* scannerId) {
     ValidateScannerId(scannerId, ActionId::Alignment);
     ControlOperationsParams params;
     params.stringArg = scannerId;
-    RunSynchronousOp(protocolId, ActionId::Alignment, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::Alignment, std::move(params));
 }
 
-void ControlProtocolOperations::ClearAlignment(const std::string& protocolId, const char* scannerId) {
+void ControlProtocolOperations::ClearAlignment(const std::string& serviceId, const char* scannerId) {
     ValidateScannerId(scannerId, ActionId::ClearAlignment);
     ControlOperationsParams params;
     params.stringArg = scannerId;
-    RunSynchronousOp(protocolId, ActionId::ClearAlignment, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::ClearAlignment, std::move(params));
 }
 
-void ControlProtocolOperations::LoadJob(const std::string& protocolId, const char* jobName) {
+void ControlProtocolOperations::LoadJob(const std::string& serviceId, const char* jobName) {
     ValidateStringArg(jobName, "job name", ActionId::LoadJob);
     ControlOperationsParams params;
     params.stringArg = jobName;
-    RunSynchronousOp(protocolId, ActionId::LoadJob, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::LoadJob, std::move(params));
 }
 
-void ControlProtocolOperations::SoftwareTrigger(const std::string& protocolId, const char* scannerId) {
+void ControlProtocolOperations::SoftwareTrigger(const std::string& serviceId, const char* scannerId) {
     ValidateScannerId(scannerId, ActionId::SoftwareTrigger);
     ControlOperationsParams params;
     params.stringArg = scannerId;
-    RunSynchronousOp(protocolId, ActionId::SoftwareTrigger, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SoftwareTrigger, std::move(params));
 }
 
-void ControlProtocolOperations::FactoryRestore(const std::string& protocolId) {
-    RunSynchronousOp(protocolId, ActionId::FactoryRestore, {});
+void ControlProtocolOperations::FactoryRestore(const std::string& serviceId) {
+    RunSynchronousOp(serviceId, ActionId::FactoryRestore, {});
 }
 
-void ControlProtocolOperations::Restart(const std::string& protocolId) {
-    RunSynchronousOp(protocolId, ActionId::Restart, {});
+void ControlProtocolOperations::Restart(const std::string& serviceId) {
+    RunSynchronousOp(serviceId, ActionId::Restart, {});
 }
 
-void ControlProtocolOperations::SetNextIpConfig(const std::string& protocolId, const yIpConfig& config, bool flag) {
+void ControlProtocolOperations::SetNextIpConfig(const std::string& serviceId, const yIpConfig& config, bool flag) {
     ControlOperationsParams params;
     params.ipConfig = config;
     params.flagA = flag;
-    RunSynchronousOp(protocolId, ActionId::SetNextIpConfig, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SetNextIpConfig, std::move(params));
 }
 
-void ControlProtocolOperations::BlinkLed(const std::string& protocolId, bool systemLed, bool ledBlinkEnabled,
+void ControlProtocolOperations::BlinkLed(const std::string& serviceId, bool systemLed, bool ledBlinkEnabled,
                                          bool ledLightOn) {
     ControlOperationsParams params;
     params.flagB = systemLed;
     params.flagC = ledBlinkEnabled;
     params.flagD = ledLightOn;
-    RunSynchronousOp(protocolId, ActionId::BlinkLed, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::BlinkLed, std::move(params));
 }
 
-void ControlProtocolOperations::SetLocalNodeDateTime(const std::string& protocolId, long long dateTime) {
+void ControlProtocolOperations::SetLocalNodeDateTime(const std::string& serviceId, long long dateTime) {
     ControlOperationsParams params;
     params.dateTime = dateTime;
-    RunSynchronousOp(protocolId, ActionId::SetLocalNodeDateTime, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SetLocalNodeDateTime, std::move(params));
 }
 
-void ControlProtocolOperations::SetLocalNodeNtpHost(const std::string& protocolId, const std::string& host, bool flag) {
+void ControlProtocolOperations::SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag) {
     ControlOperationsParams params;
     params.ntpHost = host;
     params.flagA = flag;
-    RunSynchronousOp(protocolId, ActionId::SetLocalNodeNtpHost, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SetLocalNodeNtpHost, std::move(params));
 }
 
-void ControlProtocolOperations::RunSynchronousOp(const std::string& protocolId, ActionId action,
+void ControlProtocolOperations::RunSynchronousOp(const std::string& serviceId, ActionId action,
                                                  ControlOperationsParams params) {
     if (!OperationBegin()) {
         Vor::Throw(yERROR_BUSY, "Protocol %s operation %u rejected because another operation is in progress",
-                   protocolId, Number(action));
+                   serviceId, Number(action));
     }
-    asyncRunner->Run([this, protocolId, action, params = std::move(params)] { RunAction(protocolId, action, params); });
+    asyncRunner->Run([this, serviceId, action, params = std::move(params)] { RunAction(serviceId, action, params); });
 }
 
-void ControlProtocolOperations::RunAction(const std::string& protocolId, ActionId action,
+void ControlProtocolOperations::RunAction(const std::string& serviceId, ActionId action,
                                           const ControlOperationsParams& params) {
     try {
-        if (PerformAction(protocolId, action, params)) {
-            NotifyOperationEnd(protocolId, yOK, "");
+        if (PerformAction(serviceId, action, params)) {
+            NotifyOperationEnd(serviceId, yOK, "");
         }
     } catch (const Vor::Exception& e) {
         Vor::LogThrown(e, "Exception processing action id %u", Number(action));
         if (action == ActionId::Alignment) {
             AbandonAlignment("Exception cleaning up after an alignment");
         }
-        NotifyOperationEnd(protocolId, yERROR, "");
+        NotifyOperationEnd(serviceId, yERROR, "");
     }
 }
 
-bool ControlProtocolOperations::PerformAction(const std::string& protocolId, ActionId action,
+bool ControlProtocolOperations::PerformAction(const std::string& serviceId, ActionId action,
                                               const ControlOperationsParams& params) {
     switch (action) {
     case ActionId::StartScan:
@@ -205,7 +205,7 @@ bool ControlProtocolOperations::PerformAction(const std::string& protocolId, Act
         systemInterface.Stop();
         return true;
     case ActionId::Alignment:
-        StartAlignment(protocolId, params.stringArg);
+        StartAlignment(serviceId, params.stringArg);
         return false;
     case ActionId::ClearAlignment:
         scanEngineInterface.ClearAlignment(params.stringArg);
@@ -239,7 +239,7 @@ bool ControlProtocolOperations::PerformAction(const std::string& protocolId, Act
         systemInterface.SetLocalNodeDateTime(params.dateTime);
         return true;
     case ActionId::EndAtOnce:
-        NotifyOperationEnd(protocolId, yOK, "");
+        NotifyOperationEnd(serviceId, yOK, "");
         return false;
     case ActionId::SleepThenEnd:
         Vor::ThrowIfFailed(yThread_Sleep(SleepOfAction));
@@ -252,17 +252,17 @@ bool ControlProtocolOperations::PerformAction(const std::string& protocolId, Act
         Vor::Throw(static_cast<yStatus>(action), "Async test action id %u", Number(action));
     }
     Vor::LogError("Unexpected action id %u", Number(action));
-    NotifyOperationEnd(protocolId, yERROR_PARAMETER, "");
+    NotifyOperationEnd(serviceId, yERROR_PARAMETER, "");
     return false;
 }
 
-void ControlProtocolOperations::StartAlignment(const std::string& protocolId, const std::string& scannerId) {
+void ControlProtocolOperations::StartAlignment(const std::string& serviceId, const std::string& scannerId) {
     auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
     // The registration of an alignment without a scanner id outlives it.
     AbandonAlignment("Exception cleaning up after an alignment");
     const auto alignment = std::make_shared<PendingAlignment>(*this, scannerId);
     alignment->callbackId =
-        event.Add([alignment, protocolId](AlignCompletionStatus status) { alignment->Complete(protocolId, status); });
+        event.Add([alignment, serviceId](AlignCompletionStatus status) { alignment->Complete(serviceId, status); });
     {
         const std::lock_guard guard(alignMutex);
         pendingAlignment = alignment;
@@ -270,9 +270,9 @@ void ControlProtocolOperations::StartAlignment(const std::string& protocolId, co
     scanEngineInterface.Alignment(scannerId);
 }
 
-void ControlProtocolOperations::AlignmentCompletedCallback(const std::string& protocolId, const std::string& scannerId,
+void ControlProtocolOperations::AlignmentCompletedCallback(const std::string& serviceId, const std::string& scannerId,
                                                            AlignCompletionStatus status) {
-    NotifyOperationEnd(protocolId, status == AlignCompletionStatus::Succeeded ? yOK : yERROR, scannerId.c_str());
+    NotifyOperationEnd(serviceId, status == AlignCompletionStatus::Succeeded ? yOK : yERROR, scannerId.c_str());
 }
 
 void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(const std::string& scannerId) {
@@ -306,9 +306,9 @@ void ControlProtocolOperations::AbandonAlignment(const char* failureText) {
     }
 }
 
-void ControlProtocolOperations::NotifyOperationEnd(const std::string& protocolId, yStatus status,
+void ControlProtocolOperations::NotifyOperationEnd(const std::string& serviceId, yStatus status,
                                                    const char* scannerId) {
-    dispatcherQueue.Add(std::make_unique<EndOfOpResult>(EndOfOpResult{protocolId, status, scannerId}));
+    dispatcherQueue.Add(std::make_unique<EndOfOpResult>(EndOfOpResult{.protocolId = serviceId, .status = status, .scannerId = scannerId}));
 }
 
 yStatus ControlProtocolOperations::DispatcherThreadFx() {
@@ -350,33 +350,33 @@ void ControlProtocolOperations::EndOperation(const EndOfOpResult& result) {
     }
 }
 
-Vor::Event<int>& ControlProtocolOperations::OperationEndEvent(const std::string& protocolId) {
-    return opEndEvents[protocolId];
+Vor::Event<int>& ControlProtocolOperations::OperationEndEvent(const std::string& serviceId) {
+    return opEndEvents[serviceId];
 }
 
-Vor::Event<int>::CallbackId ControlProtocolOperations::AddOpEndEventHandler(const std::string& protocolId,
+Vor::Event<int>::CallbackId ControlProtocolOperations::AddOpEndEventHandler(const std::string& serviceId,
                                                                             std::function<void(int)> handler) {
     const std::lock_guard guard(opEndEventsMutex);
-    return OperationEndEvent(protocolId).Add(std::move(handler));
+    return OperationEndEvent(serviceId).Add(std::move(handler));
 }
 
-void ControlProtocolOperations::RemoveOpEndEventHandler(const std::string& protocolId,
+void ControlProtocolOperations::RemoveOpEndEventHandler(const std::string& serviceId,
                                                         Vor::Event<int>::CallbackId& id) {
     const Vor::Locker locker(opEndLock.Get());
     const std::lock_guard guard(opEndEventsMutex);
-    const auto found = opEndEvents.find(protocolId);
+    const auto found = opEndEvents.find(serviceId);
     if (found != opEndEvents.end()) {
         found->second.Remove(id);
         opEndEvents.erase(found);
     }
 }
 
-void ControlProtocolOperations::OnOperationEnd(const std::string& protocolId, int status) {
+void ControlProtocolOperations::OnOperationEnd(const std::string& serviceId, int status) {
     const Vor::Locker locker(opEndLock.Get());
     const Vor::Event<int>* event = nullptr;
     {
         const std::lock_guard guard(opEndEventsMutex);
-        const auto found = opEndEvents.find(protocolId);
+        const auto found = opEndEvents.find(serviceId);
         if (found == opEndEvents.end()) {
             return;
         }

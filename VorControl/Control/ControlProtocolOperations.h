@@ -73,28 +73,28 @@ public:
 
     /// Each throws yERROR_BUSY while another operation, whosever it is, is under way, and yERROR_PARAMETER for an
     /// argument that is null or, of a job name, empty.
-    void StartScan(const std::string& protocolId);
-    void StopScan(const std::string& protocolId);
+    void StartScan(const std::string& serviceId);
+    void StopScan(const std::string& serviceId);
     /// Ends when the scanner says so; there is no time-out.
-    void Alignment(const std::string& protocolId, const char* scannerId);
-    void ClearAlignment(const std::string& protocolId, const char* scannerId);
-    void LoadJob(const std::string& protocolId, const char* jobName);
-    void SoftwareTrigger(const std::string& protocolId, const char* scannerId);
-    void FactoryRestore(const std::string& protocolId);
-    void Restart(const std::string& protocolId);
-    void SetNextIpConfig(const std::string& protocolId, const yIpConfig& config, bool flag);
-    void BlinkLed(const std::string& protocolId, bool systemLed, bool ledBlinkEnabled, bool ledLightOn);
-    void SetLocalNodeDateTime(const std::string& protocolId, long long dateTime);
-    void SetLocalNodeNtpHost(const std::string& protocolId, const std::string& host, bool flag);
+    void Alignment(const std::string& serviceId, const char* scannerId);
+    void ClearAlignment(const std::string& serviceId, const char* scannerId);
+    void LoadJob(const std::string& serviceId, const char* jobName);
+    void SoftwareTrigger(const std::string& serviceId, const char* scannerId);
+    void FactoryRestore(const std::string& serviceId);
+    void Restart(const std::string& serviceId);
+    void SetNextIpConfig(const std::string& serviceId, const yIpConfig& config, bool flag);
+    void BlinkLed(const std::string& serviceId, bool systemLed, bool ledBlinkEnabled, bool ledLightOn);
+    void SetLocalNodeDateTime(const std::string& serviceId, long long dateTime);
+    void SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag);
 
     /// The door of all of these. It doesn't wait for the action.
-    void RunSynchronousOp(const std::string& protocolId, ActionId action, ControlOperationsParams params);
+    void RunSynchronousOp(const std::string& serviceId, ActionId action, ControlOperationsParams params);
 
     /// Handlers of a service's ends, called in order of adding with a lock held: a handler may start an operation, but
     /// must not remove handlers. Add them before the first operation. An empty function isn't added.
-    Vor::Event<int>::CallbackId AddOpEndEventHandler(const std::string& protocolId, std::function<void(int)> handler);
+    Vor::Event<int>::CallbackId AddOpEndEventHandler(const std::string& serviceId, std::function<void(int)> handler);
     /// Forgets all handlers of the service, also when the id isn't set. Waits for a handler that runs.
-    void RemoveOpEndEventHandler(const std::string& protocolId, Vor::Event<int>::CallbackId& id);
+    void RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id);
 
     /// Reads, done on the main loop while the caller waits for at most `timeout` microseconds; on the main loop itself
     /// and while it is blocked they are done in place. What the read throws is thrown.
@@ -118,7 +118,7 @@ public:
 
 private:
     struct EndOfOpResult {
-        std::string protocolId;
+        std::string protocolId; ///< the service that the operation was for
         yStatus status;
         std::string scannerId; ///< empty unless an alignment ended
     };
@@ -132,21 +132,21 @@ private:
     static void ValidateScannerId(const char* scannerId, ActionId action);
 
     /// On the main loop.
-    void RunAction(const std::string& protocolId, ActionId action, const ControlOperationsParams& params);
+    void RunAction(const std::string& serviceId, ActionId action, const ControlOperationsParams& params);
     /// Whether the action is done with and its end is still to be told.
-    bool PerformAction(const std::string& protocolId, ActionId action, const ControlOperationsParams& params);
-    void StartAlignment(const std::string& protocolId, const std::string& scannerId);
-    void AlignmentCompletedCallback(const std::string& protocolId, const std::string& scannerId,
+    bool PerformAction(const std::string& serviceId, ActionId action, const ControlOperationsParams& params);
+    void StartAlignment(const std::string& serviceId, const std::string& scannerId);
+    void AlignmentCompletedCallback(const std::string& serviceId, const std::string& scannerId,
                                     VorScan::AlignCompletionStatus status);
     void CleanUpAlignmentCompletedEvent(const std::string& scannerId);
     void AbandonAlignment(const char* failureText);
-    void NotifyOperationEnd(const std::string& protocolId, yStatus status, const char* scannerId);
+    void NotifyOperationEnd(const std::string& serviceId, yStatus status, const char* scannerId);
 
     yStatus DispatcherThreadFx();
     void DispatchNext();
     void EndOperation(const EndOfOpResult& result);
-    void OnOperationEnd(const std::string& protocolId, int status);
-    Vor::Event<int>& OperationEndEvent(const std::string& protocolId);
+    void OnOperationEnd(const std::string& serviceId, int status);
+    Vor::Event<int>& OperationEndEvent(const std::string& serviceId);
 
     bool MainLoopAvailable() const;
     bool CanReadInPlace() const;

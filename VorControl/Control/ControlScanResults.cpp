@@ -46,40 +46,40 @@ ControlScanResults::~ControlScanResults() {
     Vor::CleanUp([this] { resultHub->RemoveResultHandler(hubCallbackId); });
 }
 
-Vor::Event<void*>::CallbackId ControlScanResults::AddResultHandler(const std::string& protocolId,
+Vor::Event<void*>::CallbackId ControlScanResults::AddResultHandler(const std::string& serviceId,
                                                                    std::function<void(void*)> handler) {
     Vor::Event<void*>::CallbackId id;
     {
         const Vor::Locker locker(dispatcherLock.Get());
-        auto found = dispatchers.find(protocolId);
+        auto found = dispatchers.find(serviceId);
         if (found == dispatchers.end()) {
-            dispatchers.emplace(protocolId, std::make_shared<ControlScanResultsDispatcher>(allocator));
-            found = dispatchers.find(protocolId);
+            dispatchers.emplace(serviceId, std::make_shared<ControlScanResultsDispatcher>(allocator));
+            found = dispatchers.find(serviceId);
             if (found == dispatchers.end()) {
-                Vor::Throw(yERROR_NOT_FOUND, "Failed to add new dispatcher of protocol: %s.", protocolId);
+                Vor::Throw(yERROR_NOT_FOUND, "Failed to add new dispatcher of protocol: %s.", serviceId);
             }
         }
         id = found->second->AddResultHandler(std::move(handler));
     }
-    Vor::LogInfo("ControlScanResults::AddResultHandler new handler registered for protocol: %s", protocolId);
+    Vor::LogInfo("ControlScanResults::AddResultHandler new handler registered for protocol: %s", serviceId);
     return id;
 }
 
-void ControlScanResults::RemoveResultHandler(const std::string& protocolId, Vor::Event<void*>::CallbackId& id) {
+void ControlScanResults::RemoveResultHandler(const std::string& serviceId, Vor::Event<void*>::CallbackId& id) {
     {
         const Vor::Locker locker(dispatcherLock.Get());
-        const auto found = dispatchers.find(protocolId);
+        const auto found = dispatchers.find(serviceId);
         if (found == dispatchers.end()) {
-            Vor::LogWarning("Failed to find dispatcher of protocol: %s.", protocolId);
+            Vor::LogWarning("Failed to find dispatcher of protocol: %s.", serviceId);
             return;
         }
         found->second->RemoveResultHandler(id);
         if (found->second->ResultHandlerCount() == 0) {
             dispatchers.erase(found);
-            Vor::LogInfo("ControlScanResults::dispatcher removed for protocol: %s", protocolId);
+            Vor::LogInfo("ControlScanResults::dispatcher removed for protocol: %s", serviceId);
         }
     }
-    Vor::LogInfo("ControlScanResults::RemoveResultHandler handler removed for protocol: %s", protocolId);
+    Vor::LogInfo("ControlScanResults::RemoveResultHandler handler removed for protocol: %s", serviceId);
 }
 
 void ControlScanResults::ProcessResultSet(void* resultSet) {
@@ -91,42 +91,42 @@ void ControlScanResults::ProcessResultSet(void* resultSet) {
         return;
     }
     const Vor::Locker locker(dispatcherLock.Get());
-    for (const auto& [protocolId, dispatcher] : dispatchers) {
+    for (const auto& [serviceId, dispatcher] : dispatchers) {
         if (!dispatcher->ForwardScanResults()) {
             continue;
         }
         const auto forwarded =
-            dispatcher->ScanResultsFiltering() ? Filter(protocolId, resultSet) : Vor::Object::Share(resultSet);
+            dispatcher->ScanResultsFiltering() ? Filter(serviceId, resultSet) : Vor::Object::Share(resultSet);
         if (ResultSet_Count(forwarded.Get()) != 0) {
             Dispatch(dispatcher, forwarded.Get());
         }
     }
 }
 
-void ControlScanResults::UpdateOutputMap(const std::string& protocolId, const std::vector<std::string>& ids) {
+void ControlScanResults::UpdateOutputMap(const std::string& serviceId, const std::vector<std::string>& ids) {
     const Vor::Locker locker(outputMapLock.Get());
-    auto& map = FindMap(protocolId);
+    auto& map = FindMap(serviceId);
     map.clear();
     for (const auto& id : ids) {
         AddToMap(map, id);
     }
 }
 
-void ControlScanResults::SetForwardScanResultsToProtocol(const std::string& protocolId, bool enable) {
+void ControlScanResults::SetForwardScanResultsToProtocol(const std::string& serviceId, bool enable) {
     const Vor::Locker locker(dispatcherLock.Get());
-    const auto found = dispatchers.find(protocolId);
+    const auto found = dispatchers.find(serviceId);
     if (found == dispatchers.end()) {
-        Vor::LogError("Cannot set scan results forwarding until protocol %s is enabled", protocolId);
+        Vor::LogError("Cannot set scan results forwarding until protocol %s is enabled", serviceId);
         return;
     }
     found->second->SetForwardScanResults(enable);
 }
 
-void ControlScanResults::SetScanResultsFiltering(const std::string& protocolId, bool enable) {
+void ControlScanResults::SetScanResultsFiltering(const std::string& serviceId, bool enable) {
     const Vor::Locker locker(dispatcherLock.Get());
-    const auto found = dispatchers.find(protocolId);
+    const auto found = dispatchers.find(serviceId);
     if (found == dispatchers.end()) {
-        Vor::LogError("Cannot set scan results filtering until protocol %s is enabled", protocolId);
+        Vor::LogError("Cannot set scan results filtering until protocol %s is enabled", serviceId);
         return;
     }
     found->second->SetScanResultsFiltering(enable);
@@ -142,24 +142,24 @@ void ControlScanResults::RemoveFromMap(OutputMap& map, std::string id) {
     map.erase(ResultInfo_IdOfText(id));
 }
 
-ControlScanResults::OutputMap& ControlScanResults::FindMap(const std::string& protocolId) {
+ControlScanResults::OutputMap& ControlScanResults::FindMap(const std::string& serviceId) {
     const Vor::Locker locker(outputMapLock.Get());
-    auto found = outputMaps.find(protocolId);
+    auto found = outputMaps.find(serviceId);
     if (found == outputMaps.end()) {
-        outputMaps.emplace(protocolId, OutputMap());
-        found = outputMaps.find(protocolId);
+        outputMaps.emplace(serviceId, OutputMap());
+        found = outputMaps.find(serviceId);
         if (found == outputMaps.end()) {
-            Vor::LogError("Failed to add new map of protocol: %s", protocolId);
-            Vor::Throw(yERROR_NOT_FOUND, "Failed to add new map of protocol: %s", protocolId);
+            Vor::LogError("Failed to add new map of protocol: %s", serviceId);
+            Vor::Throw(yERROR_NOT_FOUND, "Failed to add new map of protocol: %s", serviceId);
         }
     }
     return found->second;
 }
 
-Vor::Object ControlScanResults::Filter(const std::string& protocolId, void* resultSet) {
+Vor::Object ControlScanResults::Filter(const std::string& serviceId, void* resultSet) {
     Vor::Object filtered;
     const Vor::Locker locker(outputMapLock.Get());
-    const auto found = outputMaps.find(protocolId);
+    const auto found = outputMaps.find(serviceId);
     if (found == outputMaps.end() || found->second.empty()) {
         return filtered;
     }

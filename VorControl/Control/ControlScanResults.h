@@ -28,13 +28,13 @@ public:
     ControlScanResults(const ControlScanResults&) = delete;
     ControlScanResults& operator=(const ControlScanResults&) = delete;
 
-    Vor::Event<void*>::CallbackId AddResultHandler(const std::string& protocolId,
+    Vor::Event<void*>::CallbackId AddResultHandler(const std::string& serviceId,
                                                    std::function<void(void*)> handler) override;
-    void RemoveResultHandler(const std::string& protocolId, Vor::Event<void*>::CallbackId& id) override;
+    void RemoveResultHandler(const std::string& serviceId, Vor::Event<void*>::CallbackId& id) override;
     void ProcessResultSet(void* resultSet) override;
-    void UpdateOutputMap(const std::string& protocolId, const std::vector<std::string>& ids) override;
-    void SetForwardScanResultsToProtocol(const std::string& protocolId, bool enable) override;
-    void SetScanResultsFiltering(const std::string& protocolId, bool enable) override;
+    void UpdateOutputMap(const std::string& serviceId, const std::vector<std::string>& ids) override;
+    void SetForwardScanResultsToProtocol(const std::string& serviceId, bool enable) override;
+    void SetScanResultsFiltering(const std::string& serviceId, bool enable) override;
 
 private:
     /// Numeric id of each data source that passes, and the text that it was computed from.
@@ -53,10 +53,10 @@ private:
 
     static void AddToMap(OutputMap& map, std::string id);
     static void RemoveFromMap(OutputMap& map, std::string id);
-    OutputMap& FindMap(const std::string& protocolId);
+    OutputMap& FindMap(const std::string& serviceId);
 
     /// The results of the service's output map, or nothing when the map is missing or empty.
-    Vor::Object Filter(const std::string& protocolId, void* resultSet);
+    Vor::Object Filter(const std::string& serviceId, void* resultSet);
     static void Dispatch(std::shared_ptr<IControlScanResultsDispatcher> dispatcher, void* resultSet);
 };
 

@@ -18,25 +18,25 @@ public:
     /// Adds a handler of the service's batches, which is called on a thread of the service's own. Its argument is a
     /// `yArrayList` of at least one `ResultSet`, in order of arrival, valid for the call only; a handler that keeps a
     /// set takes a share. The first handler starts with forwarding off and filtering on.
-    virtual Vor::Event<void*>::CallbackId AddResultHandler(const std::string& protocolId,
+    virtual Vor::Event<void*>::CallbackId AddResultHandler(const std::string& serviceId,
                                                            std::function<void(void*)> handler) = 0;
 
     /// On return the handler doesn't run and never will again. With the last handler go the service's thread, both
     /// flags and the sets not delivered yet. Clears the id.
-    virtual void RemoveResultHandler(const std::string& protocolId, Vor::Event<void*>::CallbackId& id) = 0;
+    virtual void RemoveResultHandler(const std::string& serviceId, Vor::Event<void*>::CallbackId& id) = 0;
 
     /// For the result hub: forwards a `ResultSet`, on the caller's thread.
     virtual void ProcessResultSet(void* resultSet) = 0;
 
     /// Replaces the texts of the data sources that pass the service's filter. An empty list lets nothing pass. Kept
     /// when the handlers are gone.
-    virtual void UpdateOutputMap(const std::string& protocolId, const std::vector<std::string>& ids) = 0;
+    virtual void UpdateOutputMap(const std::string& serviceId, const std::vector<std::string>& ids) = 0;
 
     /// Whether the service gets anything at all. Without a handler of the service it is logged and lost.
-    virtual void SetForwardScanResultsToProtocol(const std::string& protocolId, bool enable) = 0;
+    virtual void SetForwardScanResultsToProtocol(const std::string& serviceId, bool enable) = 0;
 
     /// Whether only results of the output map pass. Without a handler of the service it is logged and lost.
-    virtual void SetScanResultsFiltering(const std::string& protocolId, bool enable) = 0;
+    virtual void SetScanResultsFiltering(const std::string& serviceId, bool enable) = 0;
 
 protected:
     ~IControlScanResults() = default;
