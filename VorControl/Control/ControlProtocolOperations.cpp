@@ -108,30 +108,22 @@ void ControlProtocolOperations::StopScan(const std::string& serviceId) {
 
 void ControlProtocolOperations::Alignment(const std::string& serviceId, const char* scannerId) {
     ValidateScannerId(scannerId, ActionId::Alignment);
-    ControlOperationsParams params;
-    params.stringArg = scannerId;
-    RunSynchronousOp(serviceId, ActionId::Alignment, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::Alignment, {.stringArg = scannerId});
 }
 
 void ControlProtocolOperations::ClearAlignment(const std::string& serviceId, const char* scannerId) {
     ValidateScannerId(scannerId, ActionId::ClearAlignment);
-    ControlOperationsParams params;
-    params.stringArg = scannerId;
-    RunSynchronousOp(serviceId, ActionId::ClearAlignment, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::ClearAlignment, {.stringArg = scannerId});
 }
 
 void ControlProtocolOperations::LoadJob(const std::string& serviceId, const char* jobName) {
     ValidateStringArg(jobName, "job name", ActionId::LoadJob);
-    ControlOperationsParams params;
-    params.stringArg = jobName;
-    RunSynchronousOp(serviceId, ActionId::LoadJob, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::LoadJob, {.stringArg = jobName});
 }
 
 void ControlProtocolOperations::SoftwareTrigger(const std::string& serviceId, const char* scannerId) {
     ValidateScannerId(scannerId, ActionId::SoftwareTrigger);
-    ControlOperationsParams params;
-    params.stringArg = scannerId;
-    RunSynchronousOp(serviceId, ActionId::SoftwareTrigger, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SoftwareTrigger, {.stringArg = scannerId});
 }
 
 void ControlProtocolOperations::FactoryRestore(const std::string& serviceId) {
@@ -143,39 +135,28 @@ void ControlProtocolOperations::Restart(const std::string& serviceId) {
 }
 
 void ControlProtocolOperations::SetNextIpConfig(const std::string& serviceId, const yIpConfig& config, bool flag) {
-    ControlOperationsParams params;
-    params.ipConfig = config;
-    params.flagA = flag;
-    RunSynchronousOp(serviceId, ActionId::SetNextIpConfig, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SetNextIpConfig, {.ipConfig = config, .flagA = flag});
 }
 
 void ControlProtocolOperations::BlinkLed(const std::string& serviceId, bool systemLed, bool ledBlinkEnabled,
                                          bool ledLightOn) {
-    ControlOperationsParams params;
-    params.flagB = systemLed;
-    params.flagC = ledBlinkEnabled;
-    params.flagD = ledLightOn;
-    RunSynchronousOp(serviceId, ActionId::BlinkLed, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::BlinkLed,
+                     {.flagB = systemLed, .flagC = ledBlinkEnabled, .flagD = ledLightOn});
 }
 
 void ControlProtocolOperations::SetLocalNodeDateTime(const std::string& serviceId, long long dateTime) {
-    ControlOperationsParams params;
-    params.dateTime = dateTime;
-    RunSynchronousOp(serviceId, ActionId::SetLocalNodeDateTime, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SetLocalNodeDateTime, {.dateTime = dateTime});
 }
 
 void ControlProtocolOperations::SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag) {
-    ControlOperationsParams params;
-    params.ntpHost = host;
-    params.flagA = flag;
-    RunSynchronousOp(serviceId, ActionId::SetLocalNodeNtpHost, std::move(params));
+    RunSynchronousOp(serviceId, ActionId::SetLocalNodeNtpHost, {.flagA = flag, .ntpHost = host});
 }
 
 void ControlProtocolOperations::RunSynchronousOp(const std::string& serviceId, ActionId action,
                                                  ControlOperationsParams params) {
     if (!OperationBegin()) {
-        Vor::Throw(yERROR_BUSY, "Protocol %s operation %u rejected because another operation is in progress",
-                   serviceId, Number(action));
+        Vor::Throw(yERROR_BUSY, "Protocol %s operation %u rejected because another operation is in progress", serviceId,
+                   Number(action));
     }
     asyncRunner->Run([this, serviceId, action, params = std::move(params)] { RunAction(serviceId, action, params); });
 }
@@ -308,7 +289,8 @@ void ControlProtocolOperations::AbandonAlignment(const char* failureText) {
 
 void ControlProtocolOperations::NotifyOperationEnd(const std::string& serviceId, yStatus status,
                                                    const char* scannerId) {
-    dispatcherQueue.Add(std::make_unique<EndOfOpResult>(EndOfOpResult{.protocolId = serviceId, .status = status, .scannerId = scannerId}));
+    dispatcherQueue.Add(std::make_unique<EndOfOpResult>(
+        EndOfOpResult{.protocolId = serviceId, .status = status, .scannerId = scannerId}));
 }
 
 yStatus ControlProtocolOperations::DispatcherThreadFx() {
@@ -360,8 +342,7 @@ Vor::Event<int>::CallbackId ControlProtocolOperations::AddOpEndEventHandler(cons
     return OperationEndEvent(serviceId).Add(std::move(handler));
 }
 
-void ControlProtocolOperations::RemoveOpEndEventHandler(const std::string& serviceId,
-                                                        Vor::Event<int>::CallbackId& id) {
+void ControlProtocolOperations::RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id) {
     const Vor::Locker locker(opEndLock.Get());
     const std::lock_guard guard(opEndEventsMutex);
     const auto found = opEndEvents.find(serviceId);

@@ -52,15 +52,16 @@ public:
         FailAsync = 204
     };
 
+    /// The arguments of one operation. Those that it doesn't have keep their defaults.
     struct ControlOperationsParams {
-        std::string stringArg; ///< scanner id or job name
-        yIpConfig ipConfig;
-        bool flagA = false;
-        bool flagB = false;
-        bool flagC = false;
-        bool flagD = false;
-        std::string ntpHost;
-        std::int64_t dateTime = 0;
+        std::string stringArg = std::string(); ///< scanner id or job name
+        yIpConfig ipConfig = yIpConfig();      ///< next network settings
+        bool flagA = false; ///< SetNextIpConfig, SetLocalNodeNtpHost: whether the core keeps it for later starts
+        bool flagB = false; ///< BlinkLed: the LED of the system, not that of the scanner
+        bool flagC = false; ///< BlinkLed: whether the scanner's LED blinks
+        bool flagD = false; ///< BlinkLed: whether the scanner's LED is on
+        std::string ntpHost = std::string(); ///< time server
+        std::int64_t dateTime = 0;           ///< microseconds since the beginning of 1970, UTC
     };
 
     /// Borrows what it is given. Throws the status of a thread, lock or queue that can't be made.
