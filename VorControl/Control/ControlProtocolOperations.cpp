@@ -4,6 +4,7 @@
 #include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
+#include "yApi/yThread.h"
 
 #include <utility>
 
@@ -57,9 +58,7 @@ ControlProtocolOperations::ControlProtocolOperations(IControlSystemInterface& sy
     , runtimeCache(runtimeCache)
     , asyncRunner(std::make_unique<Vor::AsyncRunner>()) {
     Vor::ThrowIfFailed(yLock_Construct(opEndLock.Out()));
-    Vor::ThrowIfFailed(yThread_Construct(dispatcherThread.Out(), [this] { return DispatcherThreadFx(); }));
-    Vor::ThrowIfFailed(yThread_SetName(dispatcherThread.Get(), "CtlProtoOp.Disp"));
-    Vor::ThrowIfFailed(yThread_Start(dispatcherThread.Get()));
+    dispatcherThread = Vor::NamedThread("CtlProtoOp.Disp", [this] { return DispatcherThreadFx(); });
 }
 
 ControlProtocolOperations::~ControlProtocolOperations() {
@@ -67,7 +66,7 @@ ControlProtocolOperations::~ControlProtocolOperations() {
     dispatcherRunning.store(false, std::memory_order_relaxed);
     Vor::CleanUp([this] {
         dispatcherQueue.Add(nullptr); // ends the queue wait
-        Vor::ThrowIfFailed(yThread_Join(dispatcherThread.Get(), yINFINITE, nullptr));
+        dispatcherThread.Join();
         dispatcherQueue.Clear();
     });
     dispatcherThread.Reset();

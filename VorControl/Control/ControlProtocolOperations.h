@@ -4,13 +4,13 @@
 #include "VorApi/Event.h"
 #include "VorApi/Handle.h"
 #include "VorApi/Threads/MsgQueue.h"
+#include "VorApi/Threads/NamedThread.h"
 #include "VorControl/Control/IControlScanEngineInterface.h"
 #include "VorControl/Control/IControlSystemInterface.h"
 #include "VorScan/AlignCompletionStatus.h"
 #include "yApi/yIpConfig.h"
 #include "yApi/yLock.h"
 #include "yApi/yStatus.h"
-#include "yApi/yThread.h"
 
 #include <atomic>
 #include <cstdint>
@@ -164,7 +164,7 @@ private:
     std::atomic<std::uint32_t> operationInProgress = 0;
     std::atomic<bool> dispatcherRunning = true;
     Vor::MsgQueue<EndOfOpResult> dispatcherQueue;
-    Vor::Handle<yThread, yThread_Destroy> dispatcherThread;
+    Vor::NamedThread dispatcherThread;
     /// Guards `pendingAlignment`, not what it points to; innermost.
     std::mutex alignMutex;
     std::shared_ptr<PendingAlignment> pendingAlignment;

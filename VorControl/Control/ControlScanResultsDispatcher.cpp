@@ -6,6 +6,7 @@
 #include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
 #include "VorMsg/ResultSet.h"
+#include "yApi/yThread.h"
 
 #include <exception>
 #include <utility>
@@ -48,12 +49,9 @@ void ControlScanResultsDispatcher::Start() {
     }
     running.store(true, std::memory_order_relaxed);
     try {
-        Vor::ThrowIfFailed(yThread_Construct(thread.Out(), [this] { return Run(); }));
-        Vor::ThrowIfFailed(yThread_SetName(thread.Get(), "CtrlScnRstDisp"));
-        Vor::ThrowIfFailed(yThread_Start(thread.Get()));
+        thread = Vor::NamedThread("CtrlScnRstDisp", [this] { return Run(); });
     } catch (...) {
         running.store(false, std::memory_order_relaxed);
-        thread.Reset();
         throw;
     }
 }
@@ -63,9 +61,7 @@ void ControlScanResultsDispatcher::Stop() {
         return;
     }
     running.store(false, std::memory_order_relaxed);
-    yStatus exit = yOK;
-    Vor::ThrowIfFailed(yThread_Join(thread.Get(), yINFINITE, &exit));
-    if (exit != yOK) {
+    if (const yStatus exit = thread.Join(); exit != yOK) {
         Vor::LogInfo("ControlScanResultsDispatcher thread stopped with error:%d", exit);
     }
     thread.Reset();

@@ -2,10 +2,11 @@
 
 #include "VorApi/Handle.h"
 #include "VorApi/Threads/LockedEvent.h"
+#include "VorApi/Threads/NamedThread.h"
 #include "VorControl/Control/IControlScanResultsDispatcher.h"
 #include "yApi/yArrayList.h"
 #include "yApi/yLock.h"
-#include "yApi/yThread.h"
+#include "yApi/yStatus.h"
 
 #include <atomic>
 #include <cstdint>
@@ -40,7 +41,7 @@ private:
 
     const std::uint64_t sleepPeriod = 500; ///< microseconds
     const std::uint64_t listCapacity = 100;
-    Vor::Handle<yThread, yThread_Destroy> thread;
+    Vor::NamedThread thread;
     ResultList incomingResults;
     ResultList dispatchResults; ///< the thread's own while it runs
     /// Guards which list is the incoming one, and appending to it. Innermost: no handler runs while it is held.
