@@ -8,16 +8,19 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
 namespace VorControl {
 
-/// Keeps the last good copy of each state, and at most one query of each kind on its way to the main loop. A query that
-/// comes late fills the copy for the next call. Nobody may be in a call when the object goes.
+/// Keeps the last good copy of each state, and has at most one query of each kind on its way to the main loop. An
+/// answer that is too late for its caller fills the copy for the next call. No call may be running when the object is
+/// destroyed.
 class ControlDataCache : public IControlDataCache {
 public:
-    /// Both interfaces outlive the object. They are called on the main loop only.
+    /// Both interfaces outlive the object, and are called on the main loop only. Throws the status of a lock or queue
+    /// that can't be made.
     ControlDataCache(IControlSystemInterface& systemInterface, IControlScanEngineInterface& scanEngineInterface);
     ~ControlDataCache() override;
 
@@ -29,37 +32,46 @@ public:
                                                               unsigned long long timeout) override;
 
 private:
-    using Lock = Vor::Handle<yLock, yLock_Destroy>;
+    /// What is logged or thrown of the queries of a state.
+    struct Texts {
+        const char* queryFailed;    ///< null: a failed query isn't logged
+        const char* emptyingFailed; ///< has the status
+        const char* removalFailed;
+        const char* wasNotInProgress;
+    };
 
-    const std::uint64_t systemQueueMaxCount = 1;
-    const std::uint64_t scannerQueueMaxCount = 1;
+    /// One state: the last good copy, and what the query that may be on its way needs.
+    template <class Record>
+    struct State {
+        /// Fills a fresh record, on the main loop.
+        using Query = std::function<void(Record&)>;
+
+        explicit State(const Texts& texts)
+            : texts(texts) {}
+
+        Record Get(Vor::AsyncRunner& runner, const Query& query, unsigned long long timeout);
+        /// Moves an answer to the copy if one comes in time.
+        void UpdateCache(unsigned long long timeout);
+        void GetLatest(Vor::AsyncRunner& runner, const Query& query);
+        void RunQuery(const Query& query);
+        /// The queue's item with the new record: the one that nobody fetched, or a new one.
+        std::unique_ptr<Record> RenewItem(Record latest);
+        bool OperationBegin();
+        void OperationFinish();
+
+        const Texts texts;
+        /// Guards `copy`, for a copy only. A leaf.
+        Vor::Handle<yLock, yLock_Destroy> lock;
+        Record copy;
+        Vor::MsgQueue<Record> queue;
+        std::atomic<std::int32_t> inProgress{0}; ///< whether a query is on its way to the main loop: 0 or 1
+    };
+
     IControlSystemInterface& systemInterface;
     IControlScanEngineInterface& scanEngineInterface;
     std::unique_ptr<Vor::AsyncRunner> asyncRunner;
-    /// Guards `cachedSystemStats`, for a copy only. A leaf.
-    Lock systemLock;
-    IControlSystemInterface::SystemStats cachedSystemStats;
-    Vor::MsgQueue<IControlSystemInterface::SystemStats> systemStatsQueue;
-    /// Guards `cachedScannerInfo`, for a copy only. A leaf.
-    Lock scannerLock;
-    IControlScanEngineInterface::ScannerStateInfo cachedScannerInfo;
-    Vor::MsgQueue<IControlScanEngineInterface::ScannerStateInfo> scannerInfoQueue;
-    std::atomic<std::int32_t> systemStatsInProgress{0};
-    std::atomic<std::int32_t> scannerInfoInProgress{0};
-
-    void UpdateSystemStatsCache(unsigned long long timeout);
-    void GetLatestSystemStats();
-    void QuerySystemStats();
-    bool SystemStatsOperationBegin();
-    void SystemStatsOperationFinish();
-    void CopyDataFromSystemCache(IControlSystemInterface::SystemStats& out);
-
-    void UpdateScannerInfoCache(unsigned long long timeout);
-    void GetLatestScannerInfo(const std::string& scannerId);
-    void QueryScannerInfo(const std::string& scannerId);
-    bool ScannerInfoOperationBegin();
-    void ScannerInfoOperationFinish();
-    void CopyDataFromScannerCache(const std::string& scannerId, IControlScanEngineInterface::ScannerStateInfo& out);
+    State<IControlSystemInterface::SystemStats> systemStats;
+    State<IControlScanEngineInterface::ScannerStateInfo> scannerInfo;
 };
 
 } // namespace VorControl
