@@ -279,27 +279,24 @@ void ControlManager::RunLoad(const std::function<void()>& operation) {
 }
 
 void ControlManager::LivePreStartScanEventHandler() {
-    for (const auto& entry : instances) {
-        try {
-            if (entry.second->IsEnabled()) {
-                entry.second->OnPreStartScan();
-            }
-        } catch (const Vor::Exception& e) {
-            Vor::LogThrown(e, "Error countered invoking pre-start event handler for control service %s",
-                           entry.second->Id());
-        }
-    }
+    NotifyEnabled(&IControlInstance::OnPreStartScan,
+                  "Error countered invoking pre-start event handler for control service %s");
 }
 
 void ControlManager::LivePostStopScanEventHandler() {
+    NotifyEnabled(&IControlInstance::OnPostStopScan,
+                  "Error countered invoking post-start event handler for control service %s");
+}
+
+void ControlManager::NotifyEnabled(void (IControlInstance::*handler)(), const Vor::LocatedFormat& failureText) {
     for (const auto& entry : instances) {
+        IControlInstance& instance = *entry.second;
         try {
-            if (entry.second->IsEnabled()) {
-                entry.second->OnPostStopScan();
+            if (instance.IsEnabled()) {
+                (instance.*handler)();
             }
         } catch (const Vor::Exception& e) {
-            Vor::LogThrown(e, "Error countered invoking post-start event handler for control service %s",
-                           entry.second->Id());
+            Vor::LogThrown(e, failureText, instance.Id());
         }
     }
 }

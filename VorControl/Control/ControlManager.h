@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Vor/LocatedFormat.h"
 #include "VorControl/Control/ControlDataCache.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlModuleEnviron.h"
@@ -69,6 +70,8 @@ private:
     void LivePreStartScanEventHandler();
     void LivePostStopScanEventHandler();
     void FactoryRestoreEventHandler();
+    /// Calls the handler of each enabled service. A Vor::Exception is logged with the text and the service's id.
+    void NotifyEnabled(void (IControlInstance::*handler)(), const Vor::LocatedFormat& failureText);
 
     ControlRegistry& registry;
     ControlModuleEnviron environ;
