@@ -48,7 +48,6 @@ public:
     std::size_t CategoryCount() const { return categories.size(); }
     /// Fails with yERROR_PARAMETER at or past the count.
     const std::string& CategoryAt(std::size_t index) const;
-    bool HasFactory() const { return factory != nullptr; }
     /// Fails with yERROR_STATE while none is set.
     IControlFactory& Factory() const;
 

@@ -137,11 +137,6 @@ void ControlScanResults::AddToMap(OutputMap& map, std::string id) {
     map.emplace(key, std::move(id));
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the counterpart of AddToMap
-void ControlScanResults::RemoveFromMap(OutputMap& map, std::string id) {
-    map.erase(ResultInfo_IdOfText(id));
-}
-
 ControlScanResults::OutputMap& ControlScanResults::FindMap(const std::string& serviceId) {
     const Vor::Locker locker(outputMapLock.Get());
     auto found = outputMaps.find(serviceId);

@@ -52,7 +52,6 @@ private:
     std::map<std::string, std::shared_ptr<IControlScanResultsDispatcher>> dispatchers;
 
     static void AddToMap(OutputMap& map, std::string id);
-    static void RemoveFromMap(OutputMap& map, std::string id);
     OutputMap& FindMap(const std::string& serviceId);
 
     /// The results of the service's output map, or nothing when the map is missing or empty.

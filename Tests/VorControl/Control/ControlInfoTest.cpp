@@ -1,7 +1,7 @@
 #include "VorControl/Control/ControlInfo.h"
 
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/TestService.h"
-#include "Vor/Exception.h"
 #include "yApi/yStatus.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ TEST(ControlInfoTest, DefaultHasTheMarkerTextsAndIsSupportedEverywhere) {
     EXPECT_EQ(info.Icon().name, "");
     EXPECT_TRUE(info.Icon().bytes.empty());
     EXPECT_EQ(info.CategoryCount(), 0U);
-    EXPECT_FALSE(info.HasFactory());
+    EXPECT_TEXTLESS_FAILURE(info.Factory(), yERROR_STATE);
     EXPECT_TRUE(info.SupportedOnPhysicalSensor());
     EXPECT_TRUE(info.SupportedOnPhysicalVorbox());
     EXPECT_TRUE(info.SupportedOnVirtualSensor());
@@ -45,13 +45,7 @@ TEST(ControlInfoTest, SettersChainAndReplace) {
 TEST(ControlInfoTest, CategoriesKeepTheOrderOfAddingAndAreUnique) {
     ControlInfo info;
     info.AddCategory("z").AddCategory("a");
-    try {
-        info.AddCategory("z");
-        FAIL();
-    } catch (const Vor::Exception& e) {
-        EXPECT_EQ(e.Status(), yERROR_ALREADY_EXISTS);
-        EXPECT_STREQ(e.what(), "Category z already added");
-    }
+    EXPECT_FAILURE(info.AddCategory("z"), yERROR_ALREADY_EXISTS, "Category z already added");
     ASSERT_EQ(info.CategoryCount(), 2U);
     EXPECT_EQ(info.CategoryAt(0), "z");
     EXPECT_EQ(info.CategoryAt(1), "a");
@@ -60,23 +54,12 @@ TEST(ControlInfoTest, CategoriesKeepTheOrderOfAddingAndAreUnique) {
 TEST(ControlInfoTest, CategoryAtTheCountFails) {
     ControlInfo info;
     info.AddCategory("a");
-    try {
-        info.CategoryAt(1);
-        FAIL();
-    } catch (const Vor::Exception& e) {
-        EXPECT_EQ(e.Status(), yERROR_PARAMETER);
-        EXPECT_STREQ(e.what(), "Index 1 into the categories is out of bounds");
-    }
+    EXPECT_FAILURE(info.CategoryAt(1), yERROR_PARAMETER, "Index 1 into the categories is out of bounds");
 }
 
 TEST(ControlInfoTest, FactoryFailsUntilOneIsSet) {
     ControlInfo info;
-    try {
-        info.Factory();
-        FAIL();
-    } catch (const Vor::Exception& e) {
-        EXPECT_EQ(e.Status(), yERROR_STATE);
-    }
+    EXPECT_TEXTLESS_FAILURE(info.Factory(), yERROR_STATE);
     Tests::TestFactory factory([](const auto&) { return nullptr; });
     info.SetFactory(factory);
     EXPECT_EQ(&info.Factory(), &factory);

@@ -1,6 +1,8 @@
 #include "VorControl/Control/ControlPlugin.h"
 
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/TestService.h"
+#include "yApi/yStatus.h"
 
 #include <stdexcept>
 
@@ -55,7 +57,7 @@ TEST(ControlPluginTest, SetsTheFactoryOfTheRecordAndKeepsItAlive) {
 TEST(ControlPluginTest, ARecordWithoutFactoryStaysWithoutOne) {
     const auto plugin = ControlPlugin::Create();
     plugin->Add(ControlInfo(), nullptr);
-    EXPECT_FALSE(plugin->ControlInfoAt(0).HasFactory());
+    EXPECT_TEXTLESS_FAILURE(plugin->ControlInfoAt(0).Factory(), yERROR_STATE);
 }
 
 } // namespace
