@@ -4,7 +4,6 @@
 #include "Vor/JsonSerializer.h"
 #include "VorControl/ControlProtocol/AssemblyLock.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
-#include "VorControl/Providers/OutputMapLock.h"
 
 #include <algorithm>
 #include <vector>

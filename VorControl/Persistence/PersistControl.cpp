@@ -4,17 +4,20 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/JsonText.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorCommon/IPersistStore.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Persistence/PersistFields.h"
 #include "VorControl/Persistence/PersistInstanceProperties.h"
 #include "VorControl/Persistence/PersistLog.h"
+#include "VorControl/Persistence/RunUpdate.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
 #include "yApi/yString.h"
 #include "yApi/yThread.h"
 
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -26,11 +29,11 @@ using ControlProtocol::ProtocolPersistOptions;
 using ControlProtocol::ProtocolStatus;
 using nlohmann::json;
 using Persistence::LogForUser;
-using Persistence::LogThrown;
 using Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS;
 using Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION;
 using Persistence::PERSISTENCE_FIELD_NAME_VERSION;
 using Persistence::PersistLoadResult;
+using Persistence::RunUpdate;
 using VorCommon::IPersistStore;
 using VorCommon::PersistDomain;
 
@@ -293,7 +296,7 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, const
         LogForUser(Vor::UserError,
                    "Error loading parameters for service '%s'. Parameters may require manual configuration.",
                    instance.DisplayName());
-        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
         Vor::ThrowNested(Persistence::StatusOf(e), "Error loading parameters for service '%s'", instance.DisplayName());
     }
 }
@@ -320,21 +323,19 @@ bool PersistControl::ParametersVersionSupported(const IControlInstance& instance
 
 void PersistControl::UpdateControlInstanceParams(IControlInstance& instance, const json& parameters) {
     const auto params = instance.BeginUpdateParameters();
-    try {
-        Vor::Properties::JsonSerializer::Deserialize(*params, parameters);
-        instance.ParamsUpdate();
-    } catch (const std::exception& e) {
-        LogForUser(Vor::UserError,
-                   "Error updating parameters for service '%s'. Parameters may require manual configuration.",
-                   instance.DisplayName());
-        LogThrown(e, "Error updating parameters for service '%s'", instance.DisplayName());
-        instance.EndUpdateParameters();
-        Vor::ThrowNested(yERROR, "Error updating parameters for service '%s'", instance.DisplayName());
-    } catch (...) {
-        instance.EndUpdateParameters();
-        throw;
-    }
-    instance.EndUpdateParameters();
+    const auto update = [&] {
+        try {
+            Vor::Properties::JsonSerializer::Deserialize(*params, parameters);
+            instance.ParamsUpdate();
+        } catch (const std::exception& e) {
+            LogForUser(Vor::UserError,
+                       "Error updating parameters for service '%s'. Parameters may require manual configuration.",
+                       instance.DisplayName());
+            Vor::LogThrown(e, "Error updating parameters for service '%s'", instance.DisplayName());
+            Vor::ThrowNested(yERROR, "Error updating parameters for service '%s'", instance.DisplayName());
+        }
+    };
+    RunUpdate(update, [&] { instance.EndUpdateParameters(); });
 }
 
 json PersistControl::SaveControlInstance(IControlInstance& instance) const {
@@ -364,7 +365,7 @@ void PersistControl::SaveControlInstanceParams(const IControlInstance& instance,
     } catch (const std::exception& e) {
         LogForUser(Vor::UserError, "Error saving parameters for service '%s'. Please check the parameter settings.",
                    instance.DisplayName());
-        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
         Vor::ThrowNested(Persistence::StatusOf(e), "Error saving parameters for service '%s'", instance.DisplayName());
     }
 }

@@ -1,6 +1,7 @@
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/AddBlockParams.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
@@ -8,8 +9,10 @@
 #include "VorControl/Persistence/PersistFields.h"
 #include "VorControl/Persistence/PersistLog.h"
 #include "VorControl/Persistence/RegisterAssemblyDocument.h"
+#include "VorControl/Persistence/RunUpdate.h"
 #include "yApi/yStatus.h"
 
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -20,13 +23,13 @@ namespace VorControl {
 using ControlProtocol::AddBlockParams;
 using nlohmann::json;
 using Persistence::LogForUser;
-using Persistence::LogThrown;
 using Persistence::PERSISTENCE_FIELD_NAME_ATTRIBUTES;
 using Persistence::PERSISTENCE_FIELD_NAME_BLOCKS;
 using Persistence::PERSISTENCE_FIELD_NAME_ID;
 using Persistence::PERSISTENCE_FIELD_NAME_PROPERTIES;
 using Persistence::PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST;
 using Persistence::PersistLoadResult;
+using Persistence::RunUpdate;
 using Vor::Properties::JsonSerializer;
 
 namespace {
@@ -77,6 +80,20 @@ void RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(AddBl
     }
 }
 
+/// Runs a step of a save and returns its result. A failure of it is reported to the user and by `logFailure`, and
+/// thrown as one of the service.
+template <class Step, class Log>
+auto RunSaving(const std::string& name, const Step& step, const Log& logFailure) {
+    try {
+        return step();
+    } catch (const std::exception& e) {
+        LogForUser(Vor::UserError, "Error saving connection map for service '%s'. Please check the connection map.",
+                   name);
+        logFailure();
+        Vor::ThrowNested(Persistence::StatusOf(e), "Error saving connection map for service '%s'", name);
+    }
+}
+
 } // namespace
 
 void PersistControl::LoadControlInstanceRegisterAssembly(IControlInstance& instance, json& section) {
@@ -116,7 +133,7 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, json&
                    "Error loading connection map '%1$s' for service '%2$s'. Connection map may require manual "
                    "configuration.",
                    id, name);
-        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
         // The first conversion is no conversion, and stays in the text as it is.
         Vor::ThrowNested(Persistence::StatusOf(e), "Error loading connection map '%$1s' for service '%2$s'", id, name);
     }
@@ -124,23 +141,21 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, json&
 
 void PersistControl::UpdateRegisterAssembly(IControlInstance& instance, const json& entry, const std::string& id) {
     instance.BeginUpdateRegisterAssembly();
-    try {
-        LoadRegisterAssemblyBlocks(instance, entry, id);
-        instance.RegisterAssemblyUpdate(id.c_str());
-    } catch (const std::exception& e) {
-        const std::string& name = instance.DisplayName();
-        LogForUser(Vor::UserError,
-                   "Error filling connection map '%1$s' for service '%2$s'. Connection map may require manual "
-                   "configuration.",
-                   id, name);
-        Vor::LogError("Error filling connection map '%s' for service '%s'", id, name);
-        instance.EndUpdateRegisterAssembly(id.c_str());
-        Vor::ThrowNested(yERROR, "Error filling connection map '%1$s' for service '%2$s'", id, name);
-    } catch (...) {
-        instance.EndUpdateRegisterAssembly(id.c_str());
-        throw;
-    }
-    instance.EndUpdateRegisterAssembly(id.c_str());
+    const auto update = [&] {
+        try {
+            LoadRegisterAssemblyBlocks(instance, entry, id);
+            instance.RegisterAssemblyUpdate(id.c_str());
+        } catch (const std::exception&) {
+            const std::string& name = instance.DisplayName();
+            LogForUser(Vor::UserError,
+                       "Error filling connection map '%1$s' for service '%2$s'. Connection map may require manual "
+                       "configuration.",
+                       id, name);
+            Vor::LogError("Error filling connection map '%s' for service '%s'", id, name);
+            Vor::ThrowNested(yERROR, "Error filling connection map '%1$s' for service '%2$s'", id, name);
+        }
+    };
+    RunUpdate(update, [&] { instance.EndUpdateRegisterAssembly(id.c_str()); });
 }
 
 void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, const json& entry, const std::string& id) {
@@ -164,7 +179,7 @@ void PersistControl::LoadRegisterAssemblyBlocks(IControlInstance& instance, cons
         }
     } catch (const std::exception& e) {
         instance.ResetInstance(true, IControlInstance::DataToReset::RegisterAssemblies);
-        LogThrown(e, "Loading register assembly %s blocks for service %s", id, name);
+        Vor::LogThrown(e, "Loading register assembly %s blocks for service %s", id, name);
         throw;
     }
 }
@@ -173,29 +188,20 @@ void PersistControl::SaveControlInstanceRegisterAssembly(IControlInstance& insta
     if (!instance.HasRegisterAssemblyGroup()) {
         return;
     }
-    bool readingEntry = false; // the failure is of the content then, and not of the list or the locks
-    try {
-        for (const std::string& id : instance.RegisterAssemblyList()) {
-            instance.RegisterAssemblyBeginLock(id.c_str());
-            readingEntry = true;
-            try {
-                section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST].push_back(
-                    Persistence::SerializeRegisterAssembly(*instance.RegisterAssembly(id.c_str())));
-            } catch (...) {
-                instance.RegisterAssemblyEndLock(id.c_str());
-                throw;
-            }
-            readingEntry = false;
-            instance.RegisterAssemblyEndLock(id.c_str());
-        }
-    } catch (const std::exception& e) {
-        LogForUser(Vor::UserError, "Error saving connection map for service '%s'. Please check the connection map.",
-                   instance.DisplayName());
-        if (!readingEntry) {
-            Vor::LogError("Error locking/unlocking or getting list connection map for '%s'", instance.DisplayName());
-        }
-        Vor::ThrowNested(Persistence::StatusOf(e), "Error saving connection map for service '%s'",
-                         instance.DisplayName());
+    const std::string& name = instance.DisplayName();
+    const auto runLocking = [&](const auto& step) {
+        return RunSaving(name, step, [&] {
+            Vor::LogError("Error locking/unlocking or getting list connection map for '%s'", name);
+        });
+    };
+    for (const std::string& id : runLocking([&] { return instance.RegisterAssemblyList(); })) {
+        const auto save = [&] {
+            section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST].push_back(
+                Persistence::SerializeRegisterAssembly(*instance.RegisterAssembly(id.c_str())));
+        };
+        runLocking([&] { instance.RegisterAssemblyBeginLock(id.c_str()); });
+        RunUpdate([&] { RunSaving(name, save, [] {}); },
+                  [&] { runLocking([&] { instance.RegisterAssemblyEndLock(id.c_str()); }); });
     }
 }
 

@@ -3,7 +3,6 @@
 #include "Vor/Exception.h"
 #include "Vor/LocatedFormat.h"
 #include "Vor/Logging.h"
-#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/Translate.h"
 #include "yApi/yStatus.h"
 
@@ -18,8 +17,6 @@ void LogForUser(std::uint64_t level, const Vor::LocatedFormat& text, const Args&
     Vor::LogUser(level, "VorControl",
                  Vor::LocatedFormat(ControlProtocol::Translate("beApp.ctrl", text.text), text.where), args...);
 }
-
-using Vor::LogThrown;
 
 /// The status of a Vor::Exception, the generic failure of any other.
 inline yStatus StatusOf(const std::exception& exception) {

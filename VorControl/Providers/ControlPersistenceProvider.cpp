@@ -3,13 +3,13 @@
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
 #include "VorControl/Persistence/PersistFields.h"
-#include "VorControl/Persistence/PersistLog.h"
+#include "VorControl/Persistence/RunUpdate.h"
 #include "VorControl/Persistence/StoredText.h"
 #include "VorControl/Providers/ProviderLog.h"
-#include "VorControl/Providers/RunUpdate.h"
 #include "yApi/yStatus.h"
 #include "yApi/yString.h"
 
@@ -20,10 +20,10 @@
 namespace VorControl::Providers {
 
 using nlohmann::json;
-using Persistence::LogThrown;
 using Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS;
 using Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION;
 using Persistence::PersistLoadResult;
+using Persistence::RunUpdate;
 using Persistence::StoredText;
 using Vor::Properties::JsonSerializer;
 using VorCommon::PersistDomain_Name;
@@ -39,7 +39,7 @@ PersistLoadResult LoadCategory(const Category& load) {
     try {
         return load();
     } catch (const std::exception& e) {
-        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
         return PersistLoadResult::Failed;
     }
 }
@@ -77,7 +77,8 @@ ControlPersistenceProvider::AddPersistenceDataTable(PersistDomain domain) {
     try {
         return persistenceDataTable[domain];
     } catch (const std::exception& e) {
-        LogThrown(e, "%s failed to add a persistence domain table for domain %s", Name(), PersistDomain_Name(domain));
+        Vor::LogThrown(e, "%s failed to add a persistence domain table for domain %s", Name(),
+                       PersistDomain_Name(domain));
         throw;
     }
 }
@@ -159,13 +160,9 @@ PersistLoadResult ControlPersistenceProvider::Load(PersistDomain domain, const j
 }
 
 void ControlPersistenceProvider::InitParameters(PersistDomain domain) {
-    try {
-        protocol.ParamsReset(domain);
-    } catch (const std::exception&) {
-        Vor::LogError("%s encountered an error while initializing parameters for domain %s", Name(),
-                      PersistDomain_Name(domain));
-        throw;
-    }
+    RunLogged([&] { protocol.ParamsReset(domain); },
+              "%s encountered an error while initializing parameters for domain %s", Name(),
+              PersistDomain_Name(domain));
 }
 
 void ControlPersistenceProvider::SaveParameters(PersistDomain domain, json& section) {
@@ -178,8 +175,8 @@ void ControlPersistenceProvider::SaveParameters(PersistDomain domain, json& sect
         section[PERSISTENCE_FIELD_NAME_PARAMETERS] = JsonSerializer::Serialize(*params);
         section[PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION] = version;
     } catch (const std::exception& e) {
-        LogThrown(e, "%s encountered an error while persisting parameters for domain %s", Name(),
-                  PersistDomain_Name(domain));
+        Vor::LogThrown(e, "%s encountered an error while persisting parameters for domain %s", Name(),
+                       PersistDomain_Name(domain));
         throw;
     }
 }
@@ -213,7 +210,7 @@ PersistLoadResult ControlPersistenceProvider::LoadParameters(PersistDomain domai
             LoadParamsVersionCheck(domain, protocol.ParamsVersion(domain), stored ? stored->c_str() : nullptr);
         return updated ? result : PersistLoadResult::Failed;
     } catch (const std::exception& e) {
-        LogThrown(e, "%s encountered an error while loading parameters for domain %s", Name(), domainName);
+        Vor::LogThrown(e, "%s encountered an error while loading parameters for domain %s", Name(), domainName);
         ResetAfterFailure([&] { InitParameters(domain); });
         return PersistLoadResult::Failed;
     }
@@ -235,7 +232,7 @@ bool ControlPersistenceProvider::UpdateParameters(PersistDomain domain, Vor::Par
         }
         return true;
     } catch (const std::exception& e) {
-        LogThrown(e, "%s encountered error updating parameters for domain %s", Name(), PersistDomain_Name(domain));
+        Vor::LogThrown(e, "%s encountered error updating parameters for domain %s", Name(), PersistDomain_Name(domain));
         return false;
     }
 }

@@ -1,13 +1,14 @@
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/IOutputMapCheck.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorControl/Persistence/PersistFields.h"
-#include "VorControl/Persistence/PersistLog.h"
+#include "VorControl/Persistence/RunUpdate.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
-#include "VorControl/Providers/OutputMapLock.h"
-#include "VorControl/Providers/RunUpdate.h"
+#include "VorControl/Providers/ProviderLog.h"
 #include "yApi/yStatus.h"
 
 #include <nlohmann/json.hpp>
@@ -15,10 +16,11 @@
 namespace VorControl::Providers {
 
 using ControlProtocol::IProtocolOutput;
+using ControlProtocol::OutputMapLock;
 using nlohmann::json;
-using Persistence::LogThrown;
 using Persistence::PERSISTENCE_FIELD_NAME_OUTPUTS;
 using Persistence::PersistLoadResult;
+using Persistence::RunUpdate;
 using Vor::Properties::JsonSerializer;
 using VorCommon::PersistDomain_Name;
 
@@ -30,13 +32,9 @@ constexpr const char* NoVersion = "";
 } // namespace
 
 void ControlPersistenceProvider::InitOutputsMap(PersistDomain domain) {
-    try {
-        protocol.OutputsMapReset(domain);
-    } catch (const std::exception&) {
-        Vor::LogError("%s encountered an error while initializing outputs map for domain %s", Name(),
-                      PersistDomain_Name(domain));
-        throw;
-    }
+    RunLogged([&] { protocol.OutputsMapReset(domain); },
+              "%s encountered an error while initializing outputs map for domain %s", Name(),
+              PersistDomain_Name(domain));
 }
 
 void ControlPersistenceProvider::SaveOutputsMap(PersistDomain domain, json& section) {
@@ -44,23 +42,14 @@ void ControlPersistenceProvider::SaveOutputsMap(PersistDomain domain, json& sect
     if (outputs == nullptr) {
         Vor::Throw(yERROR_NOT_FOUND);
     }
-    bool isLocking = true; // the failure is of the lock then, and not of the content
-    try {
-        OutputMapLock outputsLock(*outputs);
-        isLocking = false;
-        section[PERSISTENCE_FIELD_NAME_OUTPUTS] = JsonSerializer::Serialize(outputs->OutputMap());
-        isLocking = true;
-        outputsLock.End();
-    } catch (const std::exception&) {
-        if (isLocking) {
-            Vor::LogError("%s encountered an error locking/unlocking outputs map for persisting into domain %s", Name(),
-                          PersistDomain_Name(domain));
-        } else {
-            Vor::LogError("%s encountered an error while persisting outputs map for domain %s", Name(),
-                          PersistDomain_Name(domain));
-        }
-        throw;
-    }
+    const auto runLocking = [&](const auto& step) {
+        return RunLogged(step, "%s encountered an error locking/unlocking outputs map for persisting into domain %s",
+                         Name(), PersistDomain_Name(domain));
+    };
+    OutputMapLock lock = runLocking([&] { return OutputMapLock(*outputs); });
+    RunLogged([&] { section[PERSISTENCE_FIELD_NAME_OUTPUTS] = JsonSerializer::Serialize(outputs->OutputMap()); },
+              "%s encountered an error while persisting outputs map for domain %s", Name(), PersistDomain_Name(domain));
+    runLocking([&] { lock.Unlock(); });
 }
 
 PersistLoadResult ControlPersistenceProvider::LoadOutputsMap(PersistDomain domain, const json& section) {
@@ -77,7 +66,7 @@ PersistLoadResult ControlPersistenceProvider::LoadOutputsMap(PersistDomain domai
         return RunUpdate([&] { return UpdateOutputsMap(domain, *outputs, section.at(PERSISTENCE_FIELD_NAME_OUTPUTS)); },
                          [&] { protocol.EndUpdateOutputsMap(domain, NoVersion); });
     } catch (const std::exception& e) {
-        LogThrown(e, "%s encountered an error while loading outputs map for domain %s", Name(), domainName);
+        Vor::LogThrown(e, "%s encountered an error while loading outputs map for domain %s", Name(), domainName);
         ResetAfterFailure([&] { InitOutputsMap(domain); });
         return PersistLoadResult::Failed;
     }
@@ -87,15 +76,16 @@ PersistLoadResult ControlPersistenceProvider::UpdateOutputsMap(PersistDomain dom
                                                                const json& document) {
     try {
         InitOutputsMap(domain);
-        OutputMapLock outputsLock(outputs);
+        OutputMapLock lock(outputs);
         JsonSerializer::Deserialize(outputs.OutputMap(), document);
         if (auto* const check = dynamic_cast<ControlProtocol::IOutputMapCheck*>(&outputs)) {
             check->CheckLoaded();
         }
-        outputsLock.End();
+        lock.Unlock();
         return PersistLoadResult::None;
     } catch (const std::exception& e) {
-        LogThrown(e, "%s encountered error updating outputs map for domain %s", Name(), PersistDomain_Name(domain));
+        Vor::LogThrown(e, "%s encountered error updating outputs map for domain %s", Name(),
+                       PersistDomain_Name(domain));
         return PersistLoadResult::Failed;
     }
 }

@@ -1,17 +1,17 @@
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/AddBlockParams.h"
-#include "VorControl/ControlProtocol/AssemblyLock.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorControl/Persistence/PersistFields.h"
-#include "VorControl/Persistence/PersistLog.h"
 #include "VorControl/Persistence/RegisterAssemblyDocument.h"
+#include "VorControl/Persistence/RunUpdate.h"
 #include "VorControl/Persistence/StoredText.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 #include "VorControl/Providers/ProviderLog.h"
-#include "VorControl/Providers/RunUpdate.h"
 #include "yApi/yStatus.h"
 #include "yApi/yString.h"
 
@@ -22,9 +22,9 @@
 
 namespace VorControl::Providers {
 
+using ControlProtocol::AssemblyLock;
 using ControlProtocol::IProtocolRegisterAssembly;
 using nlohmann::json;
-using Persistence::LogThrown;
 using Persistence::PERSISTENCE_FIELD_NAME_ATTRIBUTES;
 using Persistence::PERSISTENCE_FIELD_NAME_BLOCKS;
 using Persistence::PERSISTENCE_FIELD_NAME_DISPLAY_NAME;
@@ -34,6 +34,7 @@ using Persistence::PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST;
 using Persistence::PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST;
 using Persistence::PERSISTENCE_FIELD_NAME_VERSION;
 using Persistence::PersistLoadResult;
+using Persistence::RunUpdate;
 using Persistence::StoredText;
 using VorCommon::PersistDomain_Name;
 
@@ -62,30 +63,24 @@ const std::string& Shown(const Ids& ids) {
 } // namespace
 
 void ControlPersistenceProvider::InitRegisterAssemblyGroup(PersistDomain domain) {
-    try {
-        protocol.RegisterAssemblyGroupReset(domain);
-    } catch (const std::exception&) {
-        Vor::LogError("%s encountered an error while initializing connection map for domain %s", Name(),
-                      PersistDomain_Name(domain));
-        throw;
-    }
+    RunLogged([&] { protocol.RegisterAssemblyGroupReset(domain); },
+              "%s encountered an error while initializing connection map for domain %s", Name(),
+              PersistDomain_Name(domain));
 }
 
 void ControlPersistenceProvider::SaveRegisterAssemblyGroup(PersistDomain domain, json& section) {
-    std::vector<std::string> ids;
-    try {
-        const auto group = protocol.RegisterAssemblyGroup(domain);
-        if (group == nullptr) {
-            Vor::Throw(yERROR_NOT_FOUND);
-        }
-        section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST] = json::array();
-        section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST] = json::array();
-        ids = group->List();
-    } catch (const std::exception&) {
-        Vor::LogError("%s encountered an error setting up for persisting connection map into domain %s", Name(),
-                      PersistDomain_Name(domain));
-        throw;
-    }
+    const std::vector<std::string> ids = RunLogged(
+        [&] {
+            const auto group = protocol.RegisterAssemblyGroup(domain);
+            if (group == nullptr) {
+                Vor::Throw(yERROR_NOT_FOUND);
+            }
+            section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST] = json::array();
+            section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST] = json::array();
+            return group->List();
+        },
+        "%s encountered an error setting up for persisting connection map into domain %s", Name(),
+        PersistDomain_Name(domain));
     for (const std::string& id : ids) {
         SaveRegisterAssembly(domain, id, section);
     }
@@ -93,18 +88,22 @@ void ControlPersistenceProvider::SaveRegisterAssemblyGroup(PersistDomain domain,
 
 void ControlPersistenceProvider::SaveRegisterAssembly(PersistDomain domain, const std::string& id, json& section) {
     const char* const domainName = PersistDomain_Name(domain);
-    bool isLocking = false; // the failure is of the lock then, and not of the content
-    try {
-        const auto assembly = protocol.RegisterAssemblyGroup(domain)->RegisterAssembly(id.c_str());
-        isLocking = true;
-        ControlProtocol::AssemblyLock assemblyLock(*assembly);
-        isLocking = false;
+    const auto runLocking = [&](const auto& step) {
+        return RunLogged(step, "%s encountered error locking/unlocking connection map %s for persisting into domain %s",
+                         Name(), id, domainName);
+    };
+    const auto run = [&](const auto& step) {
+        return RunLogged(step, "%s encountered an error while persisting connection map %s for domain %s", Name(), id,
+                         domainName);
+    };
+    const auto assembly = run([&] { return protocol.RegisterAssemblyGroup(domain)->RegisterAssembly(id.c_str()); });
+    AssemblyLock lock = runLocking([&] { return AssemblyLock(*assembly); });
+    run([&] {
         section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST].push_back(
             Persistence::SerializeRegisterAssembly(*assembly));
-        isLocking = true;
-        assemblyLock.End();
-        isLocking = false;
-
+    });
+    runLocking([&] { lock.Unlock(); });
+    run([&] {
         const char* const version = protocol.RegisterAssemblyVersion(domain, id.c_str());
         if (version == nullptr) {
             Vor::LogError("%s does not have a version for register assembly %s for domain %s", Name(), id, domainName);
@@ -112,16 +111,7 @@ void ControlPersistenceProvider::SaveRegisterAssembly(PersistDomain domain, cons
         }
         section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST].push_back(
             {{PERSISTENCE_FIELD_NAME_VERSION, version}, {PERSISTENCE_FIELD_NAME_ID, id}});
-    } catch (const std::exception&) {
-        if (isLocking) {
-            Vor::LogError("%s encountered error locking/unlocking connection map %s for persisting into domain %s",
-                          Name(), id, domainName);
-        } else {
-            Vor::LogError("%s encountered an error while persisting connection map %s for domain %s", Name(), id,
-                          domainName);
-        }
-        throw;
-    }
+    });
 }
 
 PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyGroup(PersistDomain domain, const json& section) {
@@ -228,10 +218,11 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyEntry(PersistD
     try {
         return LoadRegisterAssembly(domain, ids, entry, versionRecord);
     } catch (const std::exception& e) {
-        LogThrown(e,
-                  "%s encountered an error while loading connection map %s. Please check if the connection map data "
-                  "sources are correct.",
-                  Name(), ids.id);
+        Vor::LogThrown(
+            e,
+            "%s encountered an error while loading connection map %s. Please check if the connection map data "
+            "sources are correct.",
+            Name(), ids.id);
         return PersistLoadResult::Failed;
     }
 }
@@ -292,10 +283,11 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyBlocks(Persist
         return RunUpdate([&] { return FillRegisterAssembly(*assembly, ids.id, entry); },
                          [&] { protocol.EndUpdateRegisterAssembly(domain, ids.id.c_str(), version); });
     } catch (const std::exception& e) {
-        LogThrown(e,
-                  "%s encountered an error while loading connection map %s. Please check if the connection map data "
-                  "sources are correct.",
-                  Name(), ids.id);
+        Vor::LogThrown(
+            e,
+            "%s encountered an error while loading connection map %s. Please check if the connection map data "
+            "sources are correct.",
+            Name(), ids.id);
         return PersistLoadResult::Failed;
     }
 }
@@ -310,10 +302,11 @@ PersistLoadResult ControlPersistenceProvider::FillRegisterAssembly(IProtocolRegi
         return assembly.Add(params) != 0 ? PersistLoadResult::AssemblyInPart : PersistLoadResult::None;
     } catch (const std::exception& e) {
         assembly.InitDefaultRegisterBlocksForRegisterAssembly();
-        LogThrown(e,
-                  "%s encountered an error while updating connection map %s. Please check if the connection map data "
-                  "sources are correct.",
-                  Name(), id);
+        Vor::LogThrown(
+            e,
+            "%s encountered an error while updating connection map %s. Please check if the connection map data "
+            "sources are correct.",
+            Name(), id);
         return PersistLoadResult::Failed;
     }
 }
