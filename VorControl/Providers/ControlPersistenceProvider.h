@@ -104,7 +104,7 @@ private:
     PersistLoadResult LoadRegisterAssemblyVersionCheck(PersistDomain domain, const RegisterAssemblyIntExtIds& ids,
                                                        const char* current, const char* stored);
     PersistLoadResult CheckForMissingRegisterAssemblyConfig(PersistDomain domain);
-    void TellUserThatUnsupported(const RegisterAssemblyIntExtIds& ids) const;
+    void ReportUnsupportedAssembly(const RegisterAssemblyIntExtIds& ids) const;
 
     ControlProtocol::IProtocol& protocol;
     /// Reentrant; guards the two below and serialises the operations. Ranks before the locks of what is kept, and is

@@ -56,7 +56,7 @@ bool HasIdAndVersion(const json& record) {
 
 /// What a message to the user calls an assembly.
 template <class Ids>
-const std::string& Shown(const Ids& ids) {
+const std::string& NameForUser(const Ids& ids) {
     return ids.displayName.empty() ? ids.id : ids.displayName;
 }
 
@@ -240,7 +240,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssembly(PersistDomain
     const StoredVersion stored = StoredText(versionRecord, PERSISTENCE_FIELD_NAME_VERSION);
     const auto group = protocol.RegisterAssemblyGroup(domain);
     if (group == nullptr || !group->HasRegisterAssembly(ids.id.c_str())) {
-        TellUserThatUnsupported(ids);
+        ReportUnsupportedAssembly(ids);
         Vor::LogWarning("%s could not load part of the configuration because register assembly %s is not found for "
                         "domain %s",
                         Name(), ids.id, PersistDomain_Name(domain));
@@ -254,7 +254,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssembly(PersistDomain
                                             stored ? stored->c_str() : nullptr);
 }
 
-void ControlPersistenceProvider::TellUserThatUnsupported(const RegisterAssemblyIntExtIds& ids) const {
+void ControlPersistenceProvider::ReportUnsupportedAssembly(const RegisterAssemblyIntExtIds& ids) const {
     if (ids.displayName.empty()) {
         LogForUser(Vor::UserWarning,
                    "%1$s could not load a connection map configuration because the connection map is no longer "
@@ -274,7 +274,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyBlocks(Persist
     try {
         const auto assembly = protocol.BeginUpdateRegisterAssembly(domain, ids.id.c_str(), version);
         if (assembly == nullptr) {
-            TellUserThatUnsupported(ids);
+            ReportUnsupportedAssembly(ids);
             Vor::LogWarning("%s could not load part of the configuration because version %s register assembly %s is "
                             "missing for domain %s",
                             Name(), version, ids.id, PersistDomain_Name(domain));
@@ -333,7 +333,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyVersionCheck(P
         LogForUser(Vor::UserInfo,
                    "%1$s connection map %2$s was upgraded from version \"%3$s\" to \"%4$s\". Please review the "
                    "connection map details.",
-                   name, Shown(ids), stored, current);
+                   name, NameForUser(ids), stored, current);
         Vor::LogInfo("%s register assembly %s was upgraded from version \"%s\" to \"%s\".", name, ids.id, stored,
                      current);
         return PersistLoadResult::Upgraded;
@@ -341,7 +341,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyVersionCheck(P
     LogForUser(Vor::UserWarning,
                "%1$s connection map %2$s was upgraded from version \"%3$s\" to \"%4$s\". This upgrade path is not "
                "supported. Please review the connection map details.",
-               name, Shown(ids), stored, current);
+               name, NameForUser(ids), stored, current);
     Vor::LogWarning("%s register assembly %s was upgraded from version \"%s\" to \"%s\". This upgrade path is not "
                     "supported.",
                     name, ids.id, stored, current);
