@@ -6,8 +6,8 @@
 
 namespace VorControl {
 
-/// Why a service could not be created, with its type name. It has the status and the text of the cause, or status 0 if
-/// that is no Vor::Exception, and the cause is nested in it.
+/// Reports why a service could not be created. It has the status and the text of the cause, or status 0 for a cause
+/// that is no Vor::Exception. The cause is nested in it.
 class ControlCreateException : public Vor::Exception {
 public:
     ControlCreateException(const std::string& typeName, const std::exception& cause);

@@ -18,7 +18,7 @@ constexpr std::uint64_t QueueMaxCount = 1;
 constexpr std::int32_t Idle = 0;
 constexpr std::int32_t InProgress = 1;
 
-/// On the main loop no answer can come while the caller waits there.
+/// A wait on the main loop itself is useless: the query runs there.
 unsigned long long UsefulWait(unsigned long long timeout) {
     return Vor::AsyncLoop::OnMainLoop() ? 0 : timeout;
 }

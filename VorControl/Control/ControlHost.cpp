@@ -18,7 +18,7 @@ using DataSourceProps = IControlSystemInterface::ControlDataSourceProperties;
 namespace {
 
 constexpr unsigned long long OwnTimeout = 1000000; ///< microseconds
-constexpr VorPipe::PipeDataType TypeNotAsked = static_cast<VorPipe::PipeDataType>(10);
+constexpr VorPipe::PipeDataType TypeNotRead = static_cast<VorPipe::PipeDataType>(10);
 
 } // namespace
 
@@ -137,7 +137,7 @@ void ControlHost::AddDataSourceEventHandler(const std::string& serviceId, const 
     if (!serviceMap.emplace(serviceId, function).second) {
         Vor::Throw(yERROR, "Unable to insert data source event callback function for service %s", serviceId);
     }
-    // A removal that never reached the main loop has left the subscription.
+    // After a removal that the main loop never ran, the subscription is still there.
     if (first && !dataSourceCallbackIds.created.IsSet()) {
         Subscribe(serviceId, timeout);
     }
@@ -195,14 +195,14 @@ void ControlHost::CallServiceDataSourceEventHandler(VorApi::EventType type, cons
 
 DataSourceProps ControlHost::PropertiesForEvent(VorApi::EventType type, const std::string& name) {
     DataSourceProps props;
-    props.type = TypeNotAsked;
+    props.type = TypeNotRead;
     try {
         DataSourceProperties(name, props, OwnTimeout);
     } catch (const Vor::Exception&) {
         if (type != VorApi::EventType::Deleted) {
             throw;
         }
-        // A data source that is gone may have nobody left to ask; services hear of its end all the same.
+        // The properties of a deleted data source may be gone. The services are notified of the deletion all the same.
         props = DataSourceProps{};
         props.name = name;
     }

@@ -16,7 +16,7 @@ class ControlProtocolOperations;
 class IControlDataCache;
 class IControlScanResults;
 
-/// The one host of all services. It borrows everything that it is given.
+/// The one host of all services. It owns nothing of what its constructor gets.
 class ControlHost : public IControlHost {
 public:
     ControlHost(IControlScanResults& scanResults, ControlProtocolOperations& protocolOperations,
@@ -75,12 +75,12 @@ public:
     void SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag) override;
     bool LocalNodeSyncTime(const std::string& host, unsigned long long timeout) override;
 
-    /// For ProtocolBase: the ends of a service's operations arrive on the thread "CtlProtoOp.Disp". Both are those of
-    /// ControlProtocolOperations.
+    /// For ProtocolBase: the handler is called at the end of each operation of the service, on the thread
+    /// "CtlProtoOp.Disp". See the functions of ControlProtocolOperations.
     Vor::Event<int>::CallbackId AddOpEndEventHandler(const std::string& serviceId, std::function<void(int)> handler);
     void RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id);
 
-    /// For ProtocolBase: a service has one handler, and its results arrive on a thread of its own.
+    /// For ProtocolBase: a service has one handler, which is called on a thread of this service.
     Vor::Event<void*>::CallbackId AddScanResultHandler(const std::string& serviceId,
                                                        std::function<void(void*)> handler);
     /// Clears the id. Waits for a batch that is being processed.
@@ -102,10 +102,10 @@ private:
     VorCommon::IRuntimeCache& runtimeCache;
     IControlSystemInterface::DataSourceEventHandlerContainer dataSourceHandlers;
     IControlSystemInterface::DataSourceEventCallbackIdContainer dataSourceCallbackIds;
-    /// Guards `serviceMap`. Held while the main loop is waited for and while functions of services run, so ranks before
-    /// all that these lock.
+    /// Guards `serviceMap`. Held during waits for the main loop and while functions of services run, so it ranks before
+    /// all locks that these use.
     Vor::Handle<yLock, yLock_Destroy> lock;
-    std::map<std::string, DataSourceEventFunction> serviceMap;
+    std::map<std::string, DataSourceEventFunction> serviceMap; ///< by service id
     VorCommon::ProblemsManager* problemsManager;
     IControlScanEngineInterface& scanEngineInterface;
     std::uint32_t localNodeId;

@@ -35,7 +35,7 @@ public:
     ControlInfo& SetIcon(const char* name, const std::vector<unsigned char>& bytes);
     /// Fails with yERROR_ALREADY_EXISTS if the category is there.
     ControlInfo& AddCategory(const char* text);
-    /// The factory isn't owned: it must outlive every copy of this record.
+    /// The record doesn't own the factory, which must outlive every copy of the record.
     void SetFactory(IControlFactory& newFactory);
     void SetSupportedEnvironment(const SupportedEnvironmentList& list);
 

@@ -9,7 +9,7 @@
 
 namespace VorControl {
 
-/// Wraps one service. Destroying it doesn't stop the service, which does that by itself in its destructor.
+/// Wraps one service. Its destructor doesn't stop the service, which stops in its own destructor.
 class ControlInstance : public IControlInstance {
 public:
     explicit ControlInstance(const ControlInstanceParams& params);
@@ -93,17 +93,17 @@ public:
 private:
     void StartProtocol();
     void StopProtocol();
-    /// Calls the operation; a Vor::Exception becomes a problem with `problemText`, and is thrown on.
+    /// Calls the operation. A Vor::Exception of it is added as a problem with `problemText`, and thrown on.
     void RunTracked(void (ControlProtocol::IProtocol::*operation)(), const char* problemText);
-    /// Lets no std::exception out, so that the enabled state is recorded whatever happens.
+    /// Logs a std::exception, so that Enable always records the enabled state.
     void RemoveScanResultsHandler();
     void ProtocolParamsInternalUpdateHandler(bool persist);
     void ProtocolOutputsInternalUpdateHandler(bool persist);
     void ProtocolPersistenceDomainChangeHandler(VorCommon::PersistDomain domain);
-    /// Enters the gate and calls the operation; when that fails the gate is left.
+    /// Enters the gate and calls the operation. If that throws, the gate is left.
     template <class Operation>
     auto BeginUpdate(const Operation& operation);
-    /// The job domain's group, or empty.
+    /// The job domain's group; empty when there is none.
     std::shared_ptr<ControlProtocol::IProtocolRegisterAssemblyGroup> DomainGroup() const;
     void RequireRegisterAssemblyGroup() const;
     /// The job domain's output map. Fails with yERROR_UNIMPLEMENTED without one.
@@ -111,8 +111,8 @@ private:
     void UpdateScanResult();
 
     const ControlInfo& info;
-    bool autoEnable = false;
-    bool enabled = false;
+    bool autoEnable = false; ///< the default of the enabled state
+    bool enabled = false;    ///< the argument of the last Enable
     std::string id;
     std::string displayName;
     std::shared_ptr<ControlProtocol::IProtocol> protocol;

@@ -17,7 +17,8 @@ namespace ControlProtocol {
 class IProtocol;
 }
 
-/// What a ControlInstance is built from. The info, the gate, the scan results and the problems manager outlive it.
+/// The arguments of ControlInstance's constructor. The info, the gate, the scan results and the problems manager
+/// outlive it.
 struct ControlInstanceParams {
     const ControlInfo* info = nullptr;
     VorCommon::IUpdateGate* updateGate = nullptr;

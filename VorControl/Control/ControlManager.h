@@ -21,12 +21,12 @@ namespace VorControl {
 class ControlInfo;
 class IControlScanResults;
 
-/// Owns the services and what they reach the system through. It has no lock: the persist operations run on the
+/// Owns the services and the objects by which they access the system. It has no lock: the persist operations run on the
 /// persistence thread, the event handlers on the thread that raises the event.
 class ControlManager : public IControlManager {
 public:
-    /// Creates the service of each supported type. Fails with ControlCreateException if one can't be created, and then
-    /// leaves nothing registered.
+    /// Creates the service of each supported type. Throws ControlCreateException if one can't be created; then nothing
+    /// is registered.
     ControlManager(ControlRegistry& registry, IControlScanResults& scanResults, const ControlModuleEnviron& environ);
     ~ControlManager() override;
 
@@ -46,7 +46,7 @@ public:
     AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) override;
     void RemovePersistenceLoadEventHandler(PersistenceLoadEvent::CallbackId callback) override;
 
-    /// Announces the change to the registrar, unless a domain is being loaded.
+    /// Reports the change to the registrar, unless a domain is being loaded.
     void NotifyDomainChange(VorCommon::PersistDomain domain);
     void SetPersistenceFileModified(VorCommon::PersistDomain domain);
     bool IsSupported(const ControlInfo& info) const;
@@ -65,7 +65,7 @@ private:
     void OnPersistenceLoad(PersistenceLoadOpState state);
     /// Raises the begin and the end of a load around the operation, the end also when the operation throws.
     void RunLoad(const std::function<void()>& operation);
-    /// Whether a service had something to report.
+    /// Returns whether a service had something to report.
     bool LoadAll(VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
     void LivePreStartScanEventHandler();
     void LivePostStopScanEventHandler();
@@ -83,9 +83,9 @@ private:
     ControlHost host;
     ControlProtocol::ControlProtocolEnviron protocolEnviron;
     std::map<std::string, std::unique_ptr<IControlInstance>> instances;
-    std::atomic<bool> persistLoading = false;
+    std::atomic<bool> persistLoading = false; ///< while LoadPersistDomain runs
     PersistControl persistControl;
-    std::optional<unsigned long long> persistHandlerId;
+    std::optional<unsigned long long> persistHandlerId; ///< of the registrar
     PersistenceLoadEvent persistenceLoad;
     Subscription preStart;
     Subscription postStop;

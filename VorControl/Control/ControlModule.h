@@ -6,12 +6,12 @@
 
 namespace VorControl {
 
-/// The control subsystem. The application builds and destroys it on the main loop's thread, or with the loop stopped;
-/// it never destroys it on a thread that the main loop waits for. On return of the constructor all services exist, and
-/// none is started: that is done when the persistence manager initialises or loads the job domain.
+/// The control subsystem. The application constructs and destroys it on the main loop's thread, or while the loop is
+/// stopped, and never destroys it on a thread that the main loop waits for. When the constructor returns, all services
+/// exist and none is started: they start when the persistence manager initialises or loads the job domain.
 class ControlModule {
 public:
-    /// A service that can't be created fails the whole with ControlCreateException, and leaves nothing behind.
+    /// Throws ControlCreateException if a service can't be created. Then nothing of the subsystem is left.
     ControlModule(VorPlugin::PluginManager& plugins, const ControlModuleEnviron& environ);
 
     IControlManager& Manager() { return manager; }

@@ -32,21 +32,21 @@ class ScanEngineManager;
 
 namespace VorControl {
 
-/// Everything that the control subsystem takes from the application. The application owns what the pointers name and
-/// keeps it alive longer than the module. Never null: platformAttributes, runtimeCache, updateGate.
+/// Everything that the control subsystem uses of the application. The application owns the objects, which outlive the
+/// module. Never null: platformAttributes, runtimeCache, updateGate.
 struct ControlModuleEnviron {
     VorCommon::IPlatformAttributes* platformAttributes = nullptr;
     VorCommon::IRuntimeCache* runtimeCache = nullptr;
     /// Memory allocator of the result pipe; null is the default one.
     void* pipeAllocator = nullptr;
-    /// Null: nobody persists the services. Must not call back while it registers or announces.
+    /// Null: the services aren't persisted. Must not call the manager while it registers or announces.
     VorCommon::IPersistRegistrar* persistRegistrar = nullptr;
     VorCommon::ProblemsManager* problemsManager = nullptr;
     /// Null: there are no scan results.
     VorCore::ResultHub* resultHub = nullptr;
     VorCommon::IUpdateGate* updateGate = nullptr;
     VorScan::Internal::ScanEngineManager* scanEngineManager = nullptr;
-    /// Each of the three events may be null, and is then never served.
+    /// Each of the three events may be null: then nothing is subscribed to it.
     Vor::Event<>* livePreStartScanEvent = nullptr;
     Vor::Event<>* livePostStopScanEvent = nullptr;
     Vor::Event<>* factoryRestoreEvent = nullptr;

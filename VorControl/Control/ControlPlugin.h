@@ -9,8 +9,8 @@
 
 namespace VorControl {
 
-/// What a plug-in publishes to announce its service types. The plug-in adds them before it publishes the object; from
-/// then on it is only read.
+/// A plug-in publishes this object to announce its service types. It adds them before it publishes the object, which is
+/// only read from then on.
 class ControlPlugin : public VorPlugin::IPlugin {
 public:
     static std::shared_ptr<ControlPlugin> Create();
@@ -22,11 +22,11 @@ public:
     /// This object, to be treated as a ControlPlugin*.
     void* GetObject() const override;
 
-    /// Adds a type, with `factory` as what makes it, and keeps the factory alive as long as this object.
+    /// Adds a service type, whose services `factory` creates. This object keeps the factory alive.
     void Add(const ControlInfo& info, std::shared_ptr<IControlFactory> factory);
 
     std::size_t ControlInfoCount() const { return infos.size(); }
-    /// Fails with std::out_of_range at or past the count.
+    /// Throws std::out_of_range at or past the count.
     const ControlInfo& ControlInfoAt(std::size_t index) const { return infos.at(index); }
 
 private:

@@ -24,8 +24,8 @@ unsigned Number(Action action) {
 
 } // namespace
 
-/// A registration for the end of an alignment. It tells one end: a second one, and one after the alignment was
-/// abandoned, is ignored.
+/// A registration for the end of an alignment. It reports one end: a second end is ignored, and so is an end after the
+/// alignment was abandoned.
 struct ControlProtocolOperations::PendingAlignment {
     std::mutex mutex; ///< guards `operations`; held while the end is queued, so ranks before the queue's mutex
     ControlProtocolOperations* operations;
@@ -238,7 +238,7 @@ bool ControlProtocolOperations::PerformAction(const std::string& serviceId, Acti
 
 void ControlProtocolOperations::StartAlignment(const std::string& serviceId, const std::string& scannerId) {
     auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
-    // The registration of an alignment without a scanner id outlives it.
+    // The registration of an alignment without a scanner id is still there after its end.
     AbandonAlignment("Exception cleaning up after an alignment");
     const auto alignment = std::make_shared<PendingAlignment>(*this, scannerId);
     alignment->callbackId =
@@ -321,7 +321,7 @@ void ControlProtocolOperations::EndOperation(const EndOfOpResult& result) {
     try {
         CleanUpAlignmentCompletedEvent(result.scannerId);
     } catch (const std::exception& e) {
-        // A scanner that is gone must not keep the slot taken.
+        // The slot must be freed even if the scanner doesn't exist any more.
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
     }
     const std::uint32_t former = OperationFinish();

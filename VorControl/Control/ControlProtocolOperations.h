@@ -26,9 +26,9 @@ class IRuntimeCache;
 
 namespace VorControl {
 
-/// Where services act on the sensor, one operation at a time in the whole sensor. An operation runs on the main loop;
-/// its caller doesn't wait, and its end reaches the handlers of the caller's service on the thread "CtlProtoOp.Disp",
-/// with yOK or with what stands for a failure. Any thread.
+/// Runs the operations of services on the sensor, one at a time in the whole sensor. An operation runs on the main loop
+/// and its caller doesn't wait. At its end the handlers of the caller's service are called on the thread
+/// "CtlProtoOp.Disp", with yOK or another status. Any thread may call.
 class ControlProtocolOperations {
 public:
     /// What an operation does. Those from 200 on exercise each way in which an operation can end.
@@ -64,19 +64,19 @@ public:
         std::int64_t dateTime = 0;           ///< microseconds since the beginning of 1970, UTC
     };
 
-    /// Borrows what it is given. Throws the status of a thread, lock or queue that can't be made.
+    /// The objects outlive this one. Throws the status of a thread, lock or queue that can't be made.
     ControlProtocolOperations(IControlSystemInterface& systemInterface,
                               IControlScanEngineInterface& scanEngineInterface, VorCommon::IRuntimeCache& runtimeCache);
-    /// Actions that haven't begun never do, and ends that weren't told yet are lost.
+    /// Actions that haven't begun are dropped, and so are ends that weren't reported yet.
     ~ControlProtocolOperations();
     ControlProtocolOperations(const ControlProtocolOperations&) = delete;
     ControlProtocolOperations& operator=(const ControlProtocolOperations&) = delete;
 
-    /// Each throws yERROR_BUSY while another operation, whosever it is, is under way, and yERROR_PARAMETER for an
-    /// argument that is null or, of a job name, empty.
+    /// Each throws yERROR_BUSY while another operation of this or any other service is in progress, and
+    /// yERROR_PARAMETER for a null argument and for an empty job name.
     void StartScan(const std::string& serviceId);
     void StopScan(const std::string& serviceId);
-    /// Ends when the scanner says so; there is no time-out.
+    /// Ends when the scanner reports the end; there is no time-out.
     void Alignment(const std::string& serviceId, const char* scannerId);
     void ClearAlignment(const std::string& serviceId, const char* scannerId);
     void LoadJob(const std::string& serviceId, const char* jobName);
@@ -88,24 +88,25 @@ public:
     void SetLocalNodeDateTime(const std::string& serviceId, long long dateTime);
     void SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag);
 
-    /// The door of all of these. It doesn't wait for the action.
+    /// Starts the action of each of the operations above. It doesn't wait for the action.
     void RunSynchronousOp(const std::string& serviceId, ActionId action, ControlOperationsParams params);
 
-    /// Handlers of a service's ends, called in order of adding with a lock held: a handler may start an operation, but
-    /// must not remove handlers. Add them before the first operation. An empty function isn't added.
+    /// Adds a handler of the ends of a service's operations. Handlers are called in order of adding, with a lock held:
+    /// a handler may start an operation, but must not remove handlers. Add it before the first operation. An empty
+    /// function isn't added.
     Vor::Event<int>::CallbackId AddOpEndEventHandler(const std::string& serviceId, std::function<void(int)> handler);
-    /// Forgets all handlers of the service, also when the id isn't set. Waits for a handler that runs.
+    /// Removes all handlers of the service, also when the id isn't set. Waits for a running handler.
     void RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id);
 
-    /// Reads, done on the main loop while the caller waits for at most `timeout` microseconds; on the main loop itself
-    /// and while it is blocked they are done in place. What the read throws is thrown.
-    /// 0 when there was no answer in time.
+    /// The reads run on the main loop while the caller waits for at most `timeout` microseconds. On the main loop
+    /// itself, and while it is blocked, they run on the caller's thread. What a read throws is thrown here.
+    /// Returns 0 when there was no answer in time.
     long long LocalNodeDateTime(unsigned long long timeout);
-    /// Empty when there was no answer in time.
+    /// Returns an empty text when there was no answer in time.
     std::string LocalNodeNtpHost(unsigned long long timeout);
-    /// False when there was no answer in time.
+    /// Returns false when there was no answer in time.
     bool LocalNodeSyncTime(const std::string& host, unsigned long long timeout);
-    /// Without an answer in time the ids are unchanged. While the main loop is blocked it does nothing.
+    /// Without an answer in time the ids don't change. Does nothing while the main loop is blocked.
     void AddDataSourceEventHandler(const IControlSystemInterface::DataSourceEventHandlerContainer& handlers,
                                    IControlSystemInterface::DataSourceEventCallbackIdContainer& ids,
                                    unsigned long long timeout);
@@ -114,7 +115,7 @@ public:
     /// Without an answer in time `out` is a cleared record.
     void DataSourceProperties(const std::string& name, IControlSystemInterface::ControlDataSourceProperties& out,
                               unsigned long long timeout);
-    /// A share of the loaded job's object, which the caller releases; null when there was no answer in time.
+    /// Returns a share of the loaded job's object, which the caller releases; null when there was no answer in time.
     void* LiveJob(unsigned long long timeout);
 
 private:
@@ -126,15 +127,16 @@ private:
 
     struct PendingAlignment;
 
+    /// Reserves the slot of the one operation; returns false when it isn't free.
     bool OperationBegin();
-    /// The former value of the slot.
+    /// Frees the slot and returns its former value.
     std::uint32_t OperationFinish();
     static void ValidateStringArg(const char* arg, const char* name, ActionId action);
     static void ValidateScannerId(const char* scannerId, ActionId action);
 
     /// On the main loop.
     void RunAction(const std::string& serviceId, ActionId action, const ControlOperationsParams& params);
-    /// Whether the action is done with and its end is still to be told.
+    /// Returns whether the action is finished and its end must still be reported.
     bool PerformAction(const std::string& serviceId, ActionId action, const ControlOperationsParams& params);
     void StartAlignment(const std::string& serviceId, const std::string& scannerId);
     void AlignmentCompletedCallback(const std::string& serviceId, const std::string& scannerId,
@@ -159,9 +161,9 @@ private:
     std::map<std::string, Vor::Event<int>> opEndEvents;
     /// Guards the structure of `opEndEvents`, for a few instructions; ranks behind `opEndLock`.
     std::mutex opEndEventsMutex;
-    /// Held while handlers run and while they are removed; ranks before whatever handlers lock.
+    /// Held while handlers run and while they are removed; ranks before all locks that handlers use.
     Vor::Handle<yLock, yLock_Destroy> opEndLock;
-    std::atomic<std::uint32_t> operationInProgress = 0;
+    std::atomic<std::uint32_t> operationInProgress = 0; ///< the slot of the one operation: 0 free, 1 taken
     std::atomic<bool> dispatcherRunning = true;
     Vor::MsgQueue<EndOfOpResult> dispatcherQueue;
     Vor::NamedThread dispatcherThread;

@@ -10,8 +10,8 @@ namespace VorControl {
 
 namespace {
 
-/// Runs the call on the main loop; false when the time passed first. On return the call neither runs nor will run, yet
-/// it may have run when the answer came too late.
+/// Runs the call on the main loop; returns false after the time-out. On return the call isn't running and will not run,
+/// but after a time-out it may have run.
 bool RunBounded(std::function<void()> call, unsigned long long timeout) {
     try {
         Vor::AsyncRunner runner;
@@ -25,7 +25,8 @@ bool RunBounded(std::function<void()> call, unsigned long long timeout) {
     }
 }
 
-/// A closure that comes late writes into the answer that it shares, and its caller is given a fresh one.
+/// Returns what `read` writes, or a fresh answer after the time-out. The closure shares the answer that it writes into,
+/// as it may run too late.
 template <class Answer>
 Answer ReadBounded(std::function<void(Answer&)> read, unsigned long long timeout) {
     const auto answer = std::make_shared<Answer>();
@@ -79,7 +80,7 @@ void ControlProtocolOperations::AddDataSourceEventHandler(
     }
     const auto made = std::make_shared<IControlSystemInterface::DataSourceEventCallbackIdContainer>(ids);
     RunBounded([this, handlers, made] { systemInterface.AddDataSourceEventHandler(handlers, *made); }, timeout);
-    // Also those of a subscription that was made too late: whoever holds the ids can end it.
+    // A subscription that was made too late has ids, too: they are needed to end it.
     ids = *made;
 }
 
@@ -98,15 +99,15 @@ void ControlProtocolOperations::DataSourceProperties(const std::string& name,
                                                      IControlSystemInterface::ControlDataSourceProperties& out,
                                                      unsigned long long timeout) {
     using Properties = IControlSystemInterface::ControlDataSourceProperties;
-    // The name may be one of the record's own.
-    const std::string asked = name; // NOLINT(performance-unnecessary-copy-initialization): see above
+    // `name` may be a member of `out`, which is cleared.
+    const std::string nameCopy = name; // NOLINT(performance-unnecessary-copy-initialization): see above
     out = Properties{};
     if (CanReadInPlace()) {
-        systemInterface.DataSourceProperties(asked, out);
+        systemInterface.DataSourceProperties(nameCopy, out);
         return;
     }
     out = ReadBounded<Properties>(
-        [this, asked](Properties& answer) { systemInterface.DataSourceProperties(asked, answer); }, timeout);
+        [this, nameCopy](Properties& answer) { systemInterface.DataSourceProperties(nameCopy, answer); }, timeout);
 }
 
 void* ControlProtocolOperations::LiveJob(unsigned long long timeout) {

@@ -11,11 +11,11 @@
 namespace VorControl {
 
 /// The catalogue of the service types of all plug-ins, by type name. It has no lock: the plug-in manager must not raise
-/// its load event while another thread reads the catalogue. A library that is loaded after the module was built is
-/// listed, but gets no service.
+/// its load event while another thread reads the catalogue. The types of a library that is loaded after the module was
+/// constructed are listed, but no service is created for them.
 class ControlRegistry {
 public:
-    /// Takes in what is loaded, then subscribes to the load event.
+    /// Adds the types of the libraries that are loaded, then subscribes to the load event.
     explicit ControlRegistry(VorPlugin::PluginManager& plugins);
     ~ControlRegistry();
 
@@ -24,16 +24,16 @@ public:
 
     void AttachPlugins();
     void DetachPlugins();
-    /// Adds or removes each record of the library. A record that fails is logged, and the others still come through.
+    /// Adds or removes each record of the library. A record that fails is logged, and the others are still processed.
     void ProcessPluginLoad(const VorPlugin::PluginLib& lib, VorPlugin::PluginEvent event);
 
-    /// Copies the record, but for its factory. Fails with yERROR_ALREADY_EXISTS.
+    /// Copies the record, which refers to the same factory. Fails with yERROR_ALREADY_EXISTS.
     void Add(const ControlInfo& info);
     /// Fails with yERROR_NOT_FOUND.
     void Remove(const std::string& typeName);
     /// Null when there is none.
     const ControlInfo* FindByTypeName(const std::string& typeName) const;
-    /// Ascending by type name. The pointers are good as long as the registry.
+    /// Ascending by type name. The pointers are valid as long as the registry exists.
     std::vector<const ControlInfo*> List() const;
 
 private:
@@ -42,7 +42,7 @@ private:
 
     VorPlugin::PluginManager& plugins;
     Infos infos;
-    /// The records that were removed, since services that were made from them may still run.
+    /// The records that were removed. They are kept because services made from them may still run.
     std::vector<Infos::node_type> retired;
     LoadEvent::CallbackId loadCallback;
 };

@@ -16,13 +16,13 @@ class ResultHub;
 
 namespace VorControl {
 
-/// The one subscriber of the result hub. Simulated results reach no service.
+/// The one subscriber of the result hub. Simulated results are forwarded to no service.
 class ControlScanResults : public IControlScanResults {
 public:
-    /// `hub` outlives the object; null means that no results come. `allocator` serves the result lists and the filtered
-    /// sets.
+    /// `hub` outlives the object; null means that there are no results. The result lists and the filtered sets are
+    /// allocated with `allocator`.
     ControlScanResults(VorCore::ResultHub* hub, void* allocator);
-    /// Waits until the hub's thread is out of `ProcessResultSet`, then stops the services' threads.
+    /// Waits until the hub's thread has left `ProcessResultSet`, then stops the services' threads.
     ~ControlScanResults();
 
     ControlScanResults(const ControlScanResults&) = delete;
@@ -37,7 +37,7 @@ public:
     void SetScanResultsFiltering(const std::string& serviceId, bool enable) override;
 
 private:
-    /// Numeric id of each data source that passes, and the text that it was computed from.
+    /// Numeric id of each data source that passes, and the text from which the id was computed.
     using OutputMap = std::map<unsigned long, std::string>;
 
     void* const allocator;

@@ -13,10 +13,10 @@
 
 namespace VorControl {
 
-/// Runs from construction to destruction. Its thread, "CtrlScnRstDisp", hands over in each cycle what came in during
-/// the one before, and then pauses for `sleepPeriod`. Nothing is dropped while it runs: the lists grow without limit. A
-/// `Vor::Exception` of a handler keeps the later handlers from that batch and is logged; any other exception ends the
-/// thread, after which results pile up until `Stop`.
+/// Runs from construction to destruction. In each cycle its thread, "CtrlScnRstDisp", calls the handlers with the
+/// results of the cycle before, and then pauses for `sleepPeriod`. No result is dropped while it runs: the lists grow
+/// without limit. After a `Vor::Exception` of a handler, which is logged, the later handlers don't get that batch. Any
+/// other exception ends the thread, and results are collected without being processed until `Stop`.
 class ControlScanResultsDispatcher : public IControlScanResultsDispatcher {
 public:
     explicit ControlScanResultsDispatcher(void* allocator);
@@ -43,8 +43,8 @@ private:
     const std::uint64_t listCapacity = 100;
     Vor::NamedThread thread;
     ResultList incomingResults;
-    ResultList dispatchResults; ///< the thread's own while it runs
-    /// Guards which list is the incoming one, and appending to it. Innermost: no handler runs while it is held.
+    ResultList dispatchResults; ///< used only by the thread while it runs
+    /// Guards which list is the incoming one, and appends to it. Innermost: no handler runs while it is held.
     Vor::Handle<yLock, yLock_Destroy> listLock;
     Vor::LockedEvent<void*> resultEvent;
     std::atomic<bool> running = false;

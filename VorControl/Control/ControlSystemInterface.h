@@ -21,7 +21,7 @@ namespace VorControl {
 
 class ControlSystemInterface : public IControlSystemInterface {
 public:
-    /// Borrows what it is given. An operation whose object is null throws yERROR_STATE.
+    /// The objects outlive this one. An operation whose object is null throws yERROR_STATE.
     ControlSystemInterface(VorCore::Core* core, VorCommon::PersistManager* persistManager,
                            VorPipe::PipeManager* pipeManager);
 

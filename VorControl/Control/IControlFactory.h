@@ -10,11 +10,11 @@ namespace ControlProtocol {
 class IProtocol;
 }
 
-/// Makes the service of one type. Implemented by the plug-in, which keeps it alive as long as its ControlPlugin.
+/// Creates the service of one type. Implemented by the plug-in; it must live as long as the ControlPlugin.
 class IControlFactory {
 public:
-    /// Called once, when the module is built, on the main loop. `environ` is valid only during the call. An empty
-    /// pointer or an exception is a failure, and the module isn't built.
+    /// Called once, on the main loop, while the module is constructed. `environ` is valid only during the call. An
+    /// empty pointer or an exception is a failure, which makes the module's constructor fail.
     virtual std::shared_ptr<ControlProtocol::IProtocol>
     Create(const ControlProtocol::ControlProtocolEnviron& environ) = 0;
 

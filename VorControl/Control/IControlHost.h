@@ -17,8 +17,8 @@ class ProblemsManager;
 
 namespace VorControl {
 
-/// What a service can ask of the system. All services share one host, which outlives them. `serviceId` is the caller's
-/// own id. Each operation runs on the caller's thread; the accessors give values that don't change.
+/// What the system offers to a service. All services share one host, which outlives them. `serviceId` is the id of the
+/// calling service. Each operation runs on the caller's thread; the accessors return values that don't change.
 class IControlHost {
 public:
     using DataSourceEventFunction =
@@ -26,8 +26,8 @@ public:
 
     virtual ~IControlHost() = default;
 
-    /// Operations on the sensor, one at a time for all services; see ControlProtocolOperations. They don't wait: the
-    /// end comes to the service's operation end handlers. A failure here, yERROR_BUSY above all, means that nothing
+    /// Operations on the sensor, one at a time for all services; see ControlProtocolOperations. They return at once,
+    /// and the end is reported to the service's operation end handlers. If one throws, usually yERROR_BUSY, nothing
     /// was started.
     virtual void StartScan(const std::string& serviceId) = 0;
     virtual void StopScan(const std::string& serviceId) = 0;
@@ -37,11 +37,13 @@ public:
     virtual void SoftwareTrigger(const std::string& serviceId, const char* scannerId) = 0;
     virtual void FactoryRestore(const std::string& serviceId) = 0;
     virtual void Restart(const std::string& serviceId) = 0;
+    /// `flag`: whether the settings are kept beyond the next start.
     virtual void SetNextIpConfig(const std::string& serviceId, const yIpConfig& config, bool flag) = 0;
+    /// Blinks the LED of the system, or else sets that of the default scanner.
     virtual void BlinkLed(const std::string& serviceId, bool systemLed, bool ledBlinkEnabled, bool ledLightOn) = 0;
 
-    /// These two answer within `timeout` microseconds, with the last known state if need be; see IControlDataCache. A
-    /// service that polls passes 0.
+    /// These two return within `timeout` microseconds, with the last known state if there is no newer one; see
+    /// IControlDataCache. A service that polls passes 0.
     virtual IControlSystemInterface::SystemStats SystemStats(unsigned long long timeout) = 0;
     virtual IControlScanEngineInterface::ScannerStateInfo ScannerInfo(const std::string& scannerId,
                                                                       unsigned long long timeout) = 0;
@@ -50,23 +52,24 @@ public:
     virtual VorCommon::IRuntimeCache::ServiceState ProfinetServiceRunningState() const = 0;
     virtual void SetProfinetServiceRunningState(VorCommon::IRuntimeCache::ServiceState state) = 0;
 
-    /// Whether the service gets scan results at all. Takes effect only while the service is enabled, and is false again
-    /// at each enable: set it in every Start. Never call it from ProcessResultSets.
+    /// Whether scan results are forwarded to the service. Has an effect only while the service is enabled, and is false
+    /// again at each enable: set it in every Start. Never call it from ProcessResultSets.
     virtual void SetForwardScanResultsToService(const std::string& serviceId, bool enable) = 0;
-    /// The data sources that pass the filter; an empty list lets nothing pass. Kept while the service is disabled.
+    /// The data sources that pass the filter; with an empty list none passes. Kept while the service is disabled.
     virtual void UpdateScanResultsOutputMap(const std::string& serviceId,
                                             const std::vector<std::string>& dataSources) = 0;
-    /// Whether only the data sources of the output map pass. As the forwarding, but true again at each enable.
+    /// Whether only the data sources of the output map pass. As for the forwarding, but true again at each enable.
     virtual void SetScanResultsFiltering(const std::string& serviceId, bool enable) = 0;
 
-    /// Has the function told of data sources that come, change and go; one function a service, else
-    /// yERROR_ALREADY_EXISTS. It runs on the main loop with a lock held and must neither add nor remove. May wait for
-    /// the main loop for `timeout` microseconds; not from Start, while a job is loaded nothing is subscribed.
+    /// Calls the function whenever a data source is created, changed or deleted. A service can have one function; a
+    /// second one fails with yERROR_ALREADY_EXISTS. The function runs on the main loop with a lock held, and must
+    /// neither add nor remove functions. Waits for the main loop for at most `timeout` microseconds. Don't call it in
+    /// Start: while a job is loaded no subscription is made.
     virtual void AddDataSourceEventHandler(const std::string& serviceId, const DataSourceEventFunction& function,
                                            unsigned long long timeout) = 0;
     virtual void RemoveDataSourceEventHandler(const std::string& serviceId, unsigned long long timeout) = 0;
     /// The following reads wait for the main loop for at most `timeout` microseconds.
-    /// `out` is cleared when there was no answer in time. Throws yERROR_NOT_FOUND for a data source that there isn't.
+    /// `out` is cleared when there was no answer in time. Throws yERROR_NOT_FOUND for an unknown data source.
     virtual void DataSourceProperties(const std::string& name,
                                       IControlSystemInterface::ControlDataSourceProperties& out,
                                       unsigned long long timeout) = 0;
@@ -84,10 +87,11 @@ public:
 
     /// Microseconds since the beginning of 1970, UTC; 0 when there was no answer in time.
     virtual long long LocalNodeDateTime(unsigned long long timeout) = 0;
-    /// Operations, as those above.
+    /// An operation, as those above.
     virtual void SetLocalNodeDateTime(const std::string& serviceId, long long dateTime) = 0;
     /// Empty when there was no answer in time.
     virtual std::string LocalNodeNtpHost(unsigned long long timeout) = 0;
+    /// An operation, as those above. `flag`: whether the host is kept for later starts.
     virtual void SetLocalNodeNtpHost(const std::string& serviceId, const std::string& host, bool flag) = 0;
     /// False when there was no answer in time.
     virtual bool LocalNodeSyncTime(const std::string& host, unsigned long long timeout) = 0;

@@ -30,12 +30,12 @@ namespace Providers {
 class IControlPersistenceProvider;
 }
 
-/// A service as the rest of the system sees it: enabling, configuration and its events. It has no lock of its own; a
-/// caller between a Begin and its End has the update gate. Each Begin pairs with one End on every path, but a Begin
-/// that throws has left the gate itself. Handlers are added and removed at start-up and teardown.
+/// A service as the rest of the system uses it: enabling, configuration and its events. It has no lock; between a Begin
+/// and its End the caller holds the update gate. Each Begin needs exactly one End on every path, but a Begin that
+/// throws has left the gate itself. Handlers are added and removed at start-up and teardown.
 ///
-/// A service keeps its configuration in one of two styles. What it answers for the job domain counts; where it has no
-/// answer, its operations without a domain do.
+/// A service keeps its configuration either in the job domain or without a domain. The operations here use what the
+/// service returns for the job domain, and its operations without a domain where it returns nothing.
 class IControlInstance {
 public:
     /// Arguments: instance id, whether the change is to be persisted.
@@ -47,7 +47,7 @@ public:
 
     enum class DataToReset : std::uint8_t {
         Params = 0,
-        /// Nothing is done for it beyond the enable state.
+        /// Resets nothing but the enable state.
         OutputsMap = 1,
         RegisterAssemblies = 2,
         DeviceManager = 3,
@@ -60,10 +60,10 @@ public:
     virtual const std::string& TypeName() const = 0;
     virtual const std::string& Id() const = 0;
     virtual const std::string& DisplayName() const = 0;
-    /// Starts or stops the service, each time that it is called. A failure to start or stop isn't thrown when it is a
-    /// std::exception: it shows in the log, in the problems and in the status.
+    /// Starts or stops the service, also when it is called again with the same value. A std::exception of the start or
+    /// stop isn't thrown on: the log, the problems and the status report it.
     virtual void Enable(bool on) = 0;
-    /// What was last asked of Enable, whether it succeeded or not.
+    /// The argument of the last Enable, whether that succeeded or not.
     virtual bool IsEnabled() const = 0;
     virtual ControlProtocol::ProtocolStatus GetProtocolStatus() const = 0;
 
@@ -80,15 +80,15 @@ public:
     AddPersistenceDomainChangeEventHandler(std::function<void(VorCommon::PersistDomain)> handler) = 0;
     virtual void RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId& id) = 0;
 
-    /// Enters the update gate and gives the parameters to change. Fails as Params does.
+    /// Enters the update gate and returns the parameters to change. Fails as Params does.
     virtual std::shared_ptr<Vor::Params::Group> BeginUpdateParameters() = 0;
-    /// Raises parameters updated and leaves the gate, also when nothing was changed.
+    /// Raises the event "parameters updated" and leaves the gate, also when nothing was changed.
     virtual void EndUpdateParameters() = 0;
-    /// Gives the output map to change; empty when the service keeps none in the job domain.
+    /// Returns the output map to change; empty when the service keeps none in the job domain.
     virtual std::shared_ptr<ControlProtocol::IProtocolOutput> BeginUpdateOutputsMap() = 0;
     virtual void EndUpdateOutputsMap() = 0;
     virtual void BeginUpdateRegisterAssembly() = 0;
-    /// Gives the assembly to change; empty when the service keeps none of that id in the job domain.
+    /// Returns the assembly to change; empty when the service keeps none of that id in the job domain.
     virtual std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     BeginUpdateRegisterAssembly(const char* assemblyId) = 0;
     virtual void EndUpdateRegisterAssembly(const char* assemblyId) = 0;
@@ -103,23 +103,23 @@ public:
     virtual const char* ParamsVersion() const = 0;
     virtual void ParamsUpdate() = 0;
 
-    /// Whether the service keeps an output map in the job domain. One that it keeps elsewhere isn't seen here.
+    /// Whether the service keeps an output map in the job domain. One in another domain doesn't count.
     virtual bool HasProtocolOutput() const = 0;
-    /// These two do nothing for a service without output map.
+    /// Both do nothing for a service without output map.
     virtual void OutputsMapBeginLock() = 0;
     virtual void OutputsMapEndLock() = 0;
-    /// Only between the two lock operations; good until the end. This and the command target fail with
+    /// Only between the two lock operations, and valid until the second. This and the command target fail with
     /// yERROR_UNIMPLEMENTED for a service without output map.
     virtual Vor::Params::Group& OutputsMap() const = 0;
     virtual bool HasOutputsCommandTarget() const = 0;
     virtual VorCommon::ICommandTarget& OutputsCommandTarget() const = 0;
-    /// Tells the service of the change and sets the filter of its scan results anew. Fails with yERROR_UNIMPLEMENTED
-    /// for a service without output map, after it was told.
+    /// Notifies the service of the change and updates the filter of its scan results. For a service without output map
+    /// it fails with yERROR_UNIMPLEMENTED after the notification.
     virtual void OutputsUpdate() = 0;
 
     /// As HasRegisterAssemblyGroup.
     virtual bool HasRegisterAssemblyCommandTarget() const = 0;
-    /// Of that assembly, which owns it. Fails as RegisterAssembly does.
+    /// The command target of that assembly, which owns it. Fails as RegisterAssembly does.
     virtual VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const = 0;
     virtual bool HasRegisterAssemblyGroup() const = 0;
     virtual bool HasRegisterAssembly(const char* assemblyId) const = 0;
@@ -127,11 +127,11 @@ public:
     virtual std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     RegisterAssembly(const char* assemblyId) const = 0;
     virtual std::vector<std::string> RegisterAssemblyList() const = 0;
-    /// These two do nothing for a service without register assemblies. They lock what the service calls its assembly of
-    /// that id without a domain.
+    /// Both do nothing for a service without register assemblies. They lock the assembly that the service returns for
+    /// the id without a domain.
     virtual void RegisterAssemblyBeginLock(const char* assemblyId) = 0;
     virtual void RegisterAssemblyEndLock(const char* assemblyId) = 0;
-    /// Tells the service of the change and sets the filter of its scan results anew.
+    /// Notifies the service of the change and updates the filter of its scan results.
     virtual void RegisterAssemblyUpdate(const char* assemblyId) = 0;
 
     virtual void ResetInstance(bool keepEnabled, DataToReset data) = 0;
@@ -143,7 +143,7 @@ public:
     virtual nlohmann::json& WorkspacePersistData() = 0;
     virtual bool HasPersistOption(VorCommon::PersistDomain domain,
                                   ControlProtocol::ProtocolPersistOptions option) const = 0;
-    /// Empty for a service whose configuration the framework keeps.
+    /// Empty for a service whose configuration PersistControl reads and writes itself.
     virtual std::shared_ptr<Providers::IControlPersistenceProvider> PersistenceProvider() const = 0;
     virtual void ResetProtocolToDefaultEnabledState() = 0;
     virtual bool ProtocolAutoEnableSetting() const = 0;

@@ -13,7 +13,7 @@ namespace VorControl {
 class ControlRegistry;
 class IControlInstance;
 
-/// The services of the sensor, by id. The set is fixed once the manager is built, so it may be read from any thread.
+/// The services of the sensor, by id. The set doesn't change after construction, so any thread may read it.
 class IControlManager : public VorCommon::IPersistHandler {
 public:
     enum class PersistenceLoadOpState : std::uint8_t { Begin = 0, End = 1 };

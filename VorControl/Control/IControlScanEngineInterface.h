@@ -16,7 +16,7 @@
 
 namespace VorControl {
 
-/// The way to the scan engines. Main loop only; other threads take the operations of IControlHost. An empty scanner id
+/// Access to the scan engines. Main loop only; other threads use the operations of IControlHost. An empty scanner id
 /// means the first scanner of the first engine that has scanners. Failures are Vor::Exception: yERROR_STATE without
 /// scan engines or provider, yERROR_NOT_FOUND without the engine or scanner, yERROR_UNIMPLEMENTED and yERROR_COMMAND
 /// when the scanner doesn't offer the operation.
@@ -24,11 +24,11 @@ class IControlScanEngineInterface {
 public:
     struct ScannerStateInfo {
         std::string id;
-        /// The least value when the scanner doesn't report it.
+        /// NoEncoderValue when the scanner doesn't report it.
         std::int64_t currentEncoderValue = 0;
-        /// Microseconds; all ones when the scanner doesn't report it.
+        /// Microseconds; NoSyncTime when the scanner doesn't report it.
         std::uint64_t currentSyncTime = 0;
-        std::uint8_t alignmentState = 0;
+        std::uint8_t alignmentState = 0; ///< a value of VorScan::AlignState
         bool laserEnabled = true;
 
         static constexpr std::int64_t NoEncoderValue = std::numeric_limits<std::int64_t>::min();
@@ -36,7 +36,7 @@ public:
     };
 
     virtual void SoftwareTrigger(const std::string& scannerId) = 0;
-    /// Starts an alignment; its end is told by AlignmentCompletedEvent.
+    /// Starts an alignment; AlignmentCompletedEvent reports its end.
     virtual void Alignment(const std::string& scannerId) = 0;
     virtual void ClearAlignment(const std::string& scannerId) = 0;
     /// Does nothing when the default scanner can't blink.
@@ -44,7 +44,7 @@ public:
     virtual Vor::Event<VorScan::AlignCompletionStatus>& AlignmentCompletedEvent(const std::string& scannerId) = 0;
     virtual Vor::Event<>& AlignmentStateUpdatedEvent(const std::string& engineId) = 0;
     virtual Vor::Params::Value<VorScan::AlignState>& GetAlignmentState(const std::string& engineId) = 0;
-    /// Leaves `out` as it is when the scanner doesn't tell its state.
+    /// Leaves `out` as it is when the scanner doesn't report its state.
     virtual void ScannerInfo(const std::string& scannerId, ScannerStateInfo& out) = 0;
     virtual std::vector<ControlAvailableDeviceProp> FindAvailableSensors() = 0;
     /// Null when the engine has no digital outputs.

@@ -8,34 +8,35 @@
 
 namespace VorControl {
 
-/// Carries the scan results from the result hub to the services. Any thread may call, with these exceptions: a
-/// service's result handler must call neither `AddResultHandler`, `RemoveResultHandler`,
-/// `SetForwardScanResultsToProtocol` nor `SetScanResultsFiltering`, nor anything that waits for a thread that does. A
-/// removal waits for the handler that runs, and the others wait for the removal: they would wait for each other for
-/// ever.
+/// Forwards the scan results from the result hub to the services. Any thread may call these functions, but a service's
+/// result handler must not call `AddResultHandler`, `RemoveResultHandler`, `SetForwardScanResultsToProtocol` or
+/// `SetScanResultsFiltering`, nor wait for a thread that does. A removal waits for the handler that is running, and the
+/// other functions wait for the removal: that is a deadlock.
 class IControlScanResults {
 public:
-    /// Adds a handler of the service's batches, which is called on a thread of the service's own. Its argument is a
-    /// `yArrayList` of at least one `ResultSet`, in order of arrival, valid for the call only; a handler that keeps a
-    /// set takes a share. The first handler starts with forwarding off and filtering on.
+    /// Adds a handler of the service's batches, which is called on a thread of this service. Its argument is a
+    /// `yArrayList` of at least one `ResultSet`, in order of arrival, valid only during the call; a handler that keeps
+    /// a set needs a share of it. When the first handler is added, forwarding is off and filtering is on.
     virtual Vor::Event<void*>::CallbackId AddResultHandler(const std::string& serviceId,
                                                            std::function<void(void*)> handler) = 0;
 
-    /// On return the handler doesn't run and never will again. With the last handler go the service's thread, both
-    /// flags and the sets not delivered yet. Clears the id.
+    /// On return the handler isn't running and will not be called again. The last removal also ends the service's
+    /// thread and drops both flags and the sets that weren't delivered. Clears the id.
     virtual void RemoveResultHandler(const std::string& serviceId, Vor::Event<void*>::CallbackId& id) = 0;
 
     /// For the result hub: forwards a `ResultSet`, on the caller's thread.
     virtual void ProcessResultSet(void* resultSet) = 0;
 
-    /// Replaces the texts of the data sources that pass the service's filter. An empty list lets nothing pass. Kept
-    /// when the handlers are gone.
+    /// Replaces the texts of the data sources that pass the service's filter. With an empty list none passes. The texts
+    /// are kept when the handlers are removed.
     virtual void UpdateOutputMap(const std::string& serviceId, const std::vector<std::string>& ids) = 0;
 
-    /// Whether the service gets anything at all. Without a handler of the service it is logged and lost.
+    /// Whether results are forwarded to the service. Without a handler of the service the call is logged and has no
+    /// effect.
     virtual void SetForwardScanResultsToProtocol(const std::string& serviceId, bool enable) = 0;
 
-    /// Whether only results of the output map pass. Without a handler of the service it is logged and lost.
+    /// Whether only results of the output map pass. Without a handler of the service the call is logged and has no
+    /// effect.
     virtual void SetScanResultsFiltering(const std::string& serviceId, bool enable) = 0;
 
 protected:

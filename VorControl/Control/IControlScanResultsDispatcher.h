@@ -7,14 +7,14 @@
 
 namespace VorControl {
 
-/// One service's stage of the result flow: collects result sets and hands them to the handlers in batches.
+/// One service's stage of the result flow: collects result sets and calls the handlers with them in batches.
 class IControlScanResultsDispatcher {
 public:
     virtual ~IControlScanResultsDispatcher() = default;
 
-    /// The handler gets a `yArrayList` of `ResultSet`, valid for the call only.
+    /// The handler's argument is a `yArrayList` of `ResultSet`, valid only during the call.
     virtual Vor::Event<void*>::CallbackId AddResultHandler(std::function<void(void*)> handler) = 0;
-    /// Waits for a batch that is being handled, unless called by its handler.
+    /// Waits for the handlers of a batch that is being processed, unless one of them makes the call.
     virtual void RemoveResultHandler(Vor::Event<void*>::CallbackId& id) = 0;
 
     /// Queues a `ResultSet`, with a share of its own. Never waits for a handler.
@@ -22,9 +22,10 @@ public:
 
     virtual std::size_t ResultHandlerCount() = 0;
 
-    /// `yERROR_STATE` while started.
+    /// Throws `yERROR_STATE` while it is started.
     virtual void Start() = 0;
-    /// Waits for a running handler and discards what is queued. Does nothing while stopped. Not for handlers.
+    /// Waits for a running handler and discards what is queued. Does nothing while it is stopped. A handler must not
+    /// call it.
     virtual void Stop() = 0;
 
     virtual void SetForwardScanResults(bool enable) = 0;

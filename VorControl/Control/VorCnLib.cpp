@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* VersionText = "1.0.0.0";
 
-yStatus Fill(yAssembly assembly) {
+yStatus AddDependenciesAndFinalize(yAssembly assembly) {
     for (const yAssemblyConstruct construct :
          {&yApiLib_Construct, &yTsLib_Construct, &VcLib_Construct, &VorCoreLib_Construct, &VorApiLib_Construct}) {
         if (const yStatus status = xyAssembly_AddDependency(assembly, construct); status != yOK) {
@@ -39,7 +39,7 @@ yStatus VorCnLib_Construct(yAssembly* assembly) {
     }
     yStatus status = xyAssembly_ConstructInternal(&xxVorCnLib_assembly, "VorCnLib", version, platformVersion);
     if (status == yOK) {
-        status = Fill(xxVorCnLib_assembly);
+        status = AddDependenciesAndFinalize(xxVorCnLib_assembly);
     }
     if (status != yOK) {
         if (xxVorCnLib_assembly != nullptr) {

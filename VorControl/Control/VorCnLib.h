@@ -6,8 +6,8 @@
 extern "C" yAssembly xxVorCnLib_assembly;
 
 extern "C" {
-/// Makes the assembly, or adds a reference to the one that is there. On failure nothing is left of it, and `assembly`
-/// isn't touched. Runs on the loader's thread.
+/// Makes the assembly, or adds a reference to the existing one. On failure nothing is left of it, and `assembly` is
+/// unchanged. Runs on the loader's thread.
 yStatus VorCnLib_Construct(yAssembly* assembly);
 
 yStatus yPlugin_ConstructAssembly(yAssembly* assembly);

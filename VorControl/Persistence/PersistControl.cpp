@@ -59,7 +59,7 @@ void WriteDocument(IPersistStore& store, const std::string& path, const json& do
     store.Write(path, text.data(), text.size());
 }
 
-/// The job domain's options hold for every domain.
+/// The options of the job domain apply to every domain.
 bool HasOption(const IControlInstance& instance, ProtocolPersistOptions option) {
     return instance.HasPersistOption(PersistDomain::Job, option);
 }
@@ -142,7 +142,7 @@ void PersistControl::LoadFileWithPersistenceProvider(IControlInstance& instance,
     }
 }
 
-// A service that the job disables has its defaults, whatever else the file holds.
+// A service that the job disables gets its defaults, whatever else is in the file.
 void PersistControl::LoadWithPersistenceProvider(IControlInstance& instance, PersistDomain domain,
                                                  const json& section) {
     const auto provider = instance.PersistenceProvider();
@@ -219,7 +219,7 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
     }
 }
 
-// Resets what the file will bring back.
+// Resets what the file will set.
 void PersistControl::ResetControlInstance(bool keepEnabled, IControlInstance& instance) {
     using DataToReset = IControlInstance::DataToReset;
     if (HasOption(instance, ProtocolPersistOptions::All)) {
@@ -252,7 +252,7 @@ bool PersistControl::ReadEnableSetting(const IControlInstance& instance, const j
     return properties.enabled.Get();
 }
 
-// A running service is left alone, one whose start failed is started again.
+// A running service isn't started again, but one whose start failed is.
 void PersistControl::ApplyEnableSetting(IControlInstance& instance, bool setting) const {
     const bool startAgain = setting && instance.GetProtocolStatus() == ProtocolStatus::FailedToStart;
     if (setting == instance.IsEnabled() && !startAgain) {

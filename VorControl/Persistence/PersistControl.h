@@ -15,28 +15,29 @@ namespace VorControl {
 
 class IControlInstance;
 
-/// Moves a service's configuration between the service and its file "/controls/TYPE/config.json" of a domain's store.
-/// The file is untrusted. Runs on the persistence thread; has no lock. Updates go through the update gate of the
-/// service, and what is saved is read under the locks of the objects. Of a service with a persistence provider the
-/// provider keeps the section of the service, and this class the file and whether the service runs.
+/// Loads and saves a service's configuration, the file "/controls/TYPE/config.json" of a domain's store. The file is
+/// untrusted. Runs on the persistence thread; has no lock. Updates use the update gate of the service, and what is
+/// saved is read under the locks of the objects. If the service has a persistence provider, that reads and writes the
+/// service's section of the file, and this class does the rest of the file and starts or stops the service.
 class PersistControl {
 public:
     /// For a domain that has no file yet.
     void Init(IControlInstance& instance, VorCommon::PersistDomain domain, VorCommon::IPersistStore& store);
 
-    /// Does nothing without the service's file. The service is started or stopped as its file says, also when its
-    /// settings fail. Waits without a limit for the service "hmi" to start or stop.
-    /// @throws Vor::Exception or nlohmann::json::exception; the service then has its defaults and whatever was loaded
-    ///         before the failure.
+    /// Does nothing without the service's file. The service is started or stopped as set in its file, also when its
+    /// settings can't be loaded. Waits without a limit for the service "hmi" to start or stop.
+    /// @throws Vor::Exception or nlohmann::json::exception; the service then has its defaults and what was loaded
+    /// before
+    ///         the failure.
     void Load(IControlInstance& instance, VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
 
-    /// @throws Vor::Exception, and the file stays as it was.
+    /// @throws Vor::Exception; then the file isn't changed.
     void Save(IControlInstance& instance, VorCommon::PersistDomain domain, VorCommon::IPersistStore& store);
 
-    /// Of the last Load(), also of one that threw.
+    /// The result of the last Load(), also of one that threw.
     Persistence::PersistLoadResult LastLoadResult() const { return lastLoadResult; }
 
-    /// The version of the file's format. No other is read.
+    /// The version of the file's format. A file of any other version is refused.
     const char* Version() const { return "1"; }
 
 private:

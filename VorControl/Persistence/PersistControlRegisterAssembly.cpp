@@ -45,7 +45,7 @@ bool HasText(const json& entry, const char* group, const char* key) {
     return value != found->end() && value->is_string();
 }
 
-/// Moves the id from the attributes, where the first release had it, to the properties.
+/// Moves the id from the attributes, where the first release stored it, to the properties.
 void ConvertRegisterAssemblyToPost1_0Format(json& entry) {
     json& attributes = entry.at(PERSISTENCE_FIELD_NAME_ATTRIBUTES);
     json& properties = entry[PERSISTENCE_FIELD_NAME_PROPERTIES];
@@ -70,7 +70,7 @@ std::string RegisterAssemblyIdFromCfg(json& entry) {
     return entry.at(PERSISTENCE_FIELD_NAME_PROPERTIES).at(PERSISTENCE_FIELD_NAME_ID).get<std::string>();
 }
 
-/// That service no longer has the block, of which a job of it held one.
+/// The service no longer has this block, of which a job had at most one.
 void RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(AddBlockParams& params) {
     for (unsigned long i = 0; i < params.blocks.Count(); ++i) {
         if (params.blocks.At(i).type.Get() == "Scanner") {
@@ -134,7 +134,7 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, json&
                    "configuration.",
                    id, name);
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        // The first conversion is no conversion, and stays in the text as it is.
+        // "%$1s" is no conversion: it is part of the text.
         Vor::ThrowNested(Persistence::StatusOf(e), "Error loading connection map '%$1s' for service '%2$s'", id, name);
     }
 }

@@ -5,7 +5,7 @@
 
 namespace VorControl {
 
-/// What is stored of every service, whatever its type.
+/// What is stored for every service, whatever its type.
 class PersistInstanceProperties : public Vor::Params::Group {
 public:
     PersistInstanceProperties();

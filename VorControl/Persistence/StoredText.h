@@ -7,8 +7,8 @@
 
 namespace VorControl::Persistence {
 
-/// The text under a key of an object; nothing when the document isn't an object, lacks the key or has no text there.
-/// What the framework hands on as a C text ends at a zero character, so the text does, too.
+/// The text of a key of an object; nothing when the document isn't an object, or has no such key or no text there.
+/// The text ends at its first zero character, as it is passed on as a C text.
 std::optional<std::string> StoredText(const nlohmann::json& object, const char* key);
 
 } // namespace VorControl::Persistence

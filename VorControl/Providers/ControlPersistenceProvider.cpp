@@ -30,10 +30,10 @@ using VorCommon::PersistDomain_Name;
 
 namespace {
 
-/// Each pass applies the whole document, so that parameters which change the set of parameters settle.
+/// Each pass applies the whole document again, as applying it can change the set of parameters.
 constexpr unsigned int MaxDynamicParamPasses = 5;
 
-/// What a failed category gives; its failure doesn't keep the next one from loading.
+/// Returns the result of a category. Its failure is logged, and the next category can be loaded.
 template <class Category>
 PersistLoadResult LoadCategory(const Category& load) {
     try {

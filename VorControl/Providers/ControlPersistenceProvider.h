@@ -19,9 +19,9 @@ class IProtocolRegisterAssembly;
 
 namespace VorControl::Providers {
 
-/// What a service makes in its constructor and returns from PersistenceProvider(). It asks the service for the objects
-/// of the domain, and brackets each change of them with the service's own begin and end of an update. All that runs
-/// under the provider's lock, so the service must not wait in there for another thread that uses the provider.
+/// A service makes its provider in its constructor and returns it from PersistenceProvider(). The provider gets the
+/// objects of the domain from the service, and changes each between the service's begin and end of an update. It does
+/// so under its lock, so meanwhile the service must not wait for another thread that uses the provider.
 class ControlPersistenceProvider : public IControlPersistenceProvider {
 public:
     /// What is registered for a domain, by PersistenceDataCategory.
@@ -48,8 +48,8 @@ public:
     PersistenceDataTable GetPersistenceDataTable(VorCommon::PersistDomain domain) const;
 
 protected:
-    /// One category each, called under the lock; override what a service keeps in another way. A failure to reset or
-    /// to save is thrown on, a failure to load gives Failed.
+    /// One category each, called under the lock. A service that keeps a category in another way overrides its
+    /// functions. A failure to reset or to save is thrown on; a failure to load returns Failed.
     virtual void InitParameters(VorCommon::PersistDomain domain);
     virtual void InitOutputsMap(VorCommon::PersistDomain domain);
     virtual void InitRegisterAssemblyGroup(VorCommon::PersistDomain domain);
@@ -67,12 +67,12 @@ private:
     using PersistDomain = VorCommon::PersistDomain;
     using PersistLoadResult = Persistence::PersistLoadResult;
 
-    /// How an assembly is called in the framework, and what the user sees. Either may be empty.
+    /// The id of an assembly, and its name for the user. Either may be empty.
     struct RegisterAssemblyIntExtIds {
         std::string id;
         std::string displayName;
     };
-    /// A version of the file, which may have none.
+    /// A version in the file, which may be missing.
     using StoredVersion = std::optional<std::string>;
 
     void Register(PersistDomain domain, PersistenceDataCategory category);
@@ -107,11 +107,11 @@ private:
     void ReportUnsupportedAssembly(const RegisterAssemblyIntExtIds& ids) const;
 
     ControlProtocol::IProtocol& protocol;
-    /// Reentrant; guards the two below and serialises the operations. Ranks before the locks of what is kept, and is
-    /// held while the service is asked and changed.
+    /// Reentrant; guards the two members below and serialises the operations. It is held during calls of the service,
+    /// and ranks before the locks of the service's objects.
     Vor::Handle<yLock, yLock_Destroy> lock;
     std::map<PersistDomain, PersistenceDataTable> persistenceDataTable;
-    /// Those met since the current load of register assemblies began.
+    /// The assemblies that the file of the current load has had so far.
     std::vector<std::string> loadedAssemblyIds;
 };
 

@@ -54,7 +54,7 @@ bool HasIdAndVersion(const json& record) {
            record.contains(PERSISTENCE_FIELD_NAME_VERSION);
 }
 
-/// What a message to the user calls an assembly.
+/// The name of an assembly in a message to the user.
 template <class Ids>
 const std::string& NameForUser(const Ids& ids) {
     return ids.displayName.empty() ? ids.id : ids.displayName;
@@ -292,7 +292,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyBlocks(Persist
     }
 }
 
-// An assembly that can't take the blocks gets its default ones.
+// An assembly to which the blocks can't be added gets its default ones.
 PersistLoadResult ControlPersistenceProvider::FillRegisterAssembly(IProtocolRegisterAssembly& assembly,
                                                                    const std::string& id, const json& entry) {
     try {

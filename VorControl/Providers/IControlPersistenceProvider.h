@@ -7,8 +7,8 @@
 
 namespace VorControl::Providers {
 
-/// Keeps the configuration of one service: what is registered for a domain is reset, written to the service's section
-/// of a file, and read back from it. Any thread; each operation waits for the one that runs.
+/// Resets the configuration of one service, saves it in the service's section of a file and loads it from there. Does
+/// so with what is registered for a domain. Any thread may call; each operation waits for the one that is running.
 class IControlPersistenceProvider {
 public:
     enum class PersistenceDataCategory { Params = 0, OutputsMap = 1, RegisterAssemblyGroup = 2 };
@@ -30,13 +30,13 @@ public:
 
     /// Resets what is registered for the domain. The first failure is thrown on.
     virtual void Init(VorCommon::PersistDomain domain) = 0;
-    /// The section is untrusted. A category that can't be loaded has its defaults, makes the result Failed, and doesn't
-    /// keep the others from loading; the result is that of the first category with something to report.
+    /// The section is untrusted. A category that can't be loaded gets its defaults and has the result Failed; the
+    /// others are still loaded. The result is that of the first category that has something to report.
     virtual Persistence::PersistLoadResult Load(VorCommon::PersistDomain domain, const nlohmann::json& section) = 0;
-    /// Leaves a section alone for a domain without registrations. The first failure is thrown on.
+    /// Doesn't change the section for a domain without registrations. The first failure is thrown on.
     virtual void Save(VorCommon::PersistDomain domain, nlohmann::json& section) = 0;
 
-    /// What the service keeps in the domain; called by its constructor.
+    /// Registers what the service keeps in the domain; called by the service's constructor.
     virtual void RegisterParams(VorCommon::PersistDomain domain) = 0;
     virtual void RegisterOutputsMap(VorCommon::PersistDomain domain) = 0;
     virtual void RegisterRegisterAssemblyGroup(VorCommon::PersistDomain domain) = 0;
