@@ -26,9 +26,8 @@ public:
 
     /// Does nothing without the service's file. The service is started or stopped as set in its file, also when its
     /// settings can't be loaded. Waits without a limit for the service "hmi" to start or stop.
-    /// @throws Vor::Exception or nlohmann::json::exception; the service then has its defaults and what was loaded
-    /// before
-    ///         the failure.
+    /// @throws Vor::Exception or nlohmann::json::exception; then the service has its defaults and what was loaded
+    ///         before the failure.
     void Load(IControlInstance& instance, VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
 
     /// @throws Vor::Exception; then the file isn't changed.

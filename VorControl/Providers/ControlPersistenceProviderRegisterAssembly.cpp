@@ -162,7 +162,7 @@ bool ControlPersistenceProvider::IsLoadableRegisterAssemblyGroupConfig(PersistDo
     return true;
 }
 
-// The list of assemblies is there; a list of their versions may be missing, as it once was.
+// The section has a list of assemblies. Earlier releases wrote no list of their versions.
 bool ControlPersistenceProvider::HasWellFormedRegisterAssemblyLists(PersistDomain domain, const json& section) {
     const char* const domainName = PersistDomain_Name(domain);
     const json& list = section.at(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);

@@ -55,7 +55,7 @@ public:
     }
 };
 
-/// The number of the query that gave the record; 0 for the zeroed one.
+/// The number of the query that returned the record; 0 for the zeroed one.
 inline std::uint64_t NumberOf(const VorControl::IControlSystemInterface::SystemStats& stats) {
     const auto value = stats.coreMetric0;
     if (value == 0) {
@@ -79,7 +79,7 @@ inline std::uint64_t NumberOf(const VorControl::IControlSystemInterface::SystemS
     return value;
 }
 
-/// Answers with the id asked for and the number of the query.
+/// Answers with the id of the argument and the number of the query.
 class FakeEngines : public VorControl::ControlScanEngineInterface {
 public:
     FakeEngines()
@@ -109,7 +109,7 @@ auto Elsewhere(Call call) {
     return std::async(std::launch::async, std::move(call)).get();
 }
 
-/// The main loop is this thread's, which drives it by hand.
+/// The main loop is this thread's, which runs it step by step.
 class ControlDataCacheFixture : public testing::Test {
 protected:
     ControlDataCacheFixture() { loop.RunReady(); } // what an earlier test left there

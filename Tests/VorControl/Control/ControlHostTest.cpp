@@ -55,7 +55,7 @@ protected:
         };
     }
 
-    /// A removal that doesn't reach the main loop in time, so the system still tells the host.
+    /// A removal that the main loop doesn't run in time, so the system still notifies the host.
     void RemoveInVain(const std::string& service) {
         std::thread([&] { host.RemoveDataSourceEventHandler(service, 0); }).join();
     }
@@ -207,7 +207,7 @@ TEST_F(ControlHostTest, ReadsAreThoseOfTheOperations) {
     EXPECT_EQ(out.displayName, "Max");
     EXPECT_EQ(system.TakeCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other", "LiveJob",
                                          "DataSourceProperties profile/max"}));
-    // Nobody runs the main loop, and the time given is zero.
+    // Nobody runs the main loop, and the time-out is zero.
     std::thread([&] { EXPECT_EQ(host.LocalNodeDateTime(0), 0); }).join();
 }
 

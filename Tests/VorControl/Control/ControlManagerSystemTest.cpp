@@ -27,7 +27,7 @@ namespace {
 
 constexpr const char* DispatcherName = "CtlProtoOp.Disp";
 
-/// A manager with the service "a", on a core that notes what is asked of it. The test's thread is the main loop's.
+/// A manager with the service "a", on a core that records its calls. The test's thread is the main loop's.
 class ControlManagerSystemTest : public testing::Test {
 protected:
     void Build(VorCore::Core* withCore) {

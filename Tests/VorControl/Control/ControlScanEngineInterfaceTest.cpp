@@ -38,7 +38,7 @@ struct BlinkParams : Vor::Params::Group {
     }
 };
 
-/// What "scannerInfo" gives: the members that a test adds.
+/// The result of "scannerInfo": the members that a test adds.
 struct InfoResult : Vor::Params::Group {
     Vor::Params::Value<bool> laserEnabled{true};
     Vor::Params::Value<long long> encoder{0};

@@ -38,7 +38,7 @@ protected:
 
     const std::int64_t liveBefore = yObject_LiveCount();
     Tests::Faults faults;
-    /// What handlers use lives until the dispatcher is gone.
+    /// What handlers use outlives the dispatcher.
     Tests::SetCollector collector;
     Tests::Signal entered;
     Tests::Signal leave;

@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-/// Without a hub: the tests hand sets to `ProcessResultSet` themselves.
+/// Without a hub: the tests call `ProcessResultSet` themselves.
 class ControlScanResultsTest : public testing::Test {
 protected:
     void TearDown() override {

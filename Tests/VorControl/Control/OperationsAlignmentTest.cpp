@@ -12,7 +12,7 @@ namespace {
 
 class OperationsAlignmentTest : public Tests::OperationsFixture {
 protected:
-    /// An alignment of the protocol "a" that the scanner has begun.
+    /// An alignment of the service "a" that the scanner has begun.
     void Begin(const char* scannerId) {
         operations->Alignment("a", scannerId);
         loop.RunReady();
@@ -109,7 +109,7 @@ TEST_F(OperationsAlignmentTest, AFailureWhileCleaningUpAfterAFailureStillFreesTh
     EXPECT_TRUE(log.Contains("Caught exception with status -999: gone at Alignment s1"));
     EXPECT_TRUE(log.Contains("Caught exception with status -999: gone at AlignmentCompletedEvent s1"));
     EXPECT_FALSE(SlotIsTaken());
-    // The registration couldn't be taken back, but it is deaf.
+    // The registration couldn't be removed, but its event is ignored.
     operations->StopScan("b");
     scanEngine.completed.Raise(AlignCompletionStatus::Succeeded);
     EXPECT_TRUE(SlotIsTaken());

@@ -141,7 +141,7 @@ TEST(OperationsOfARunningLoopTest, TheObjectGoesAfterAnActionThatIsRunning) {
     system.OnCall([&](const std::string&) {
         acting.Set();
         EXPECT_TRUE(going.Wait());
-        // The object goes meanwhile, yet what takes the action's end is still there.
+        // The destructor runs meanwhile, but the queue for the action's end still exists.
         for (int i = 0; i < 50; ++i) {
             std::this_thread::yield();
         }
@@ -181,7 +181,7 @@ TEST(OperationsUnderLoadTest, ManyProtocolsRaceForTheSlotAndEachThatGetsItIsTold
     for (int i = 0; i < Protocols; ++i) {
         threads.emplace_back([&, id = "p" + std::to_string(i)] {
             released.Wait();
-            // Its handler comes while others are told their ends.
+            // Its handler is added while the ends of others are reported.
             std::atomic<int> ownEnded = 0;
             auto callback = operations->AddOpEndEventHandler(id, [&](int status) {
                 ended += status;

@@ -41,7 +41,7 @@ public:
         changed.notify_all();
     }
 
-    /// The ends since the last call, once there are that many; fewer when they don't come in time.
+    /// The ends since the last call, once there are that many; fewer after the time-out.
     Texts Take(std::size_t count = 1) {
         std::unique_lock guard(mutex);
         changed.wait_for(guard, std::chrono::seconds(20), [&] { return ends.size() >= count; });
@@ -59,8 +59,8 @@ private:
     Texts ends;
 };
 
-/// Operations on a fake system. The test's thread is the main loop's and runs it step by step. The protocol "a" has a
-/// handler from the begin.
+/// Operations on a fake system. The test's thread is the main loop's and runs it step by step. The service "a" has a
+/// handler from the start.
 class OperationsFixture : public testing::Test {
 protected:
     using ActionId = VorControl::ControlProtocolOperations::ActionId;
@@ -81,7 +81,7 @@ protected:
 
     void RunAction(int id) { operations->RunSynchronousOp("a", static_cast<ActionId>(id), {}); }
 
-    /// Runs what was posted, and gives the ends that it brought.
+    /// Runs what was posted, and returns the ends that were reported.
     Texts RunToEnd(std::size_t count = 1) {
         loop.RunReady();
         return ends.Take(count);

@@ -42,7 +42,7 @@ protected:
         EXPECT_EQ(one.displayName, other.displayName);
     }
 
-    /// Each read gives what the system tells.
+    /// Each read returns what the system returns.
     void ReadAll() {
         EXPECT_EQ(operations->LocalNodeDateTime(Timeout), 1234567890123456);
         EXPECT_EQ(operations->LocalNodeNtpHost(Timeout), "time.host");
@@ -58,7 +58,7 @@ protected:
                                              "DataSourceProperties profile/max", "LiveJob"}));
     }
 
-    /// Each read gives what stands for no answer.
+    /// Each read returns the value for no answer.
     void ExpectNoAnswers() {
         EXPECT_EQ(operations->LocalNodeDateTime(Timeout), 0);
         EXPECT_EQ(operations->LocalNodeNtpHost(Timeout), "");
@@ -74,7 +74,7 @@ protected:
         EXPECT_TRUE(ids.created.IsSet());
     }
 
-    /// Runs the call on a thread of its own while this one is the main loop's and `serve` is called again and again.
+    /// Runs the call on another thread, while this one is the main loop's and calls `serve` again and again.
     template <class Call, class Serve>
     void OnOtherThread(const Call& call, const Serve& serve) {
         Tests::Signal done;
@@ -192,7 +192,7 @@ TEST_F(OperationsReadsTest, ATimeOutDoesNotEndBeforeItsTime) {
 }
 
 TEST_F(OperationsReadsTest, WhatARunningReadFindsTooLateIsNotLost) {
-    // The time passes while the read runs, so whether its caller still sees it is open; what it holds isn't.
+    // The time-out passes while the read runs, so its caller may or may not get the result; the result must be kept.
     system.OnCall([&](const std::string&) {
         loop.Elapse(std::chrono::microseconds(Timeout));
         std::this_thread::yield();

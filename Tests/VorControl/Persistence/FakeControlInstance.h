@@ -29,7 +29,7 @@ public:
     Vor::Params::Value<std::string> name;
 };
 
-/// Notes its calls, and fails in those for which a test sets an action.
+/// Records its calls, and fails in those for which a test sets an action.
 class FakeControlInstance : public VorControl::IControlInstance {
 public:
     /// Where its configuration lies in a store.
@@ -203,7 +203,7 @@ public:
     int gateDepth = 0;
 
     std::function<void()> onStatus;
-    /// By call, run after it is noted.
+    /// By call; run after the call is recorded.
     std::map<std::string, std::function<void()>> actions;
     mutable std::vector<std::string> calls;
 

@@ -34,7 +34,7 @@ using Calls = std::vector<std::string>;
 
 constexpr const char* MapId = "registerAssembly-0";
 
-/// A real assembly that notes what is asked of it, and fails where a test says.
+/// A real assembly that records its calls, and fails in those for which a test sets a function.
 class WatchedAssembly : public ProtocolRegisterAssemblyBase {
 public:
     WatchedAssembly(const char* id, Calls& calls)

@@ -17,7 +17,7 @@ namespace {
 
 using ControlPersistenceProviderTest = Tests::ProviderTest;
 
-/// Notes which categories are asked for, and fails or reports as a test says.
+/// Records the calls of the categories, which fail or return as a test sets.
 class NotingProvider : public ControlPersistenceProvider {
 public:
     using Domain = VorCommon::PersistDomain;

@@ -12,7 +12,7 @@ namespace {
 using VorControl::ControlProtocol::StandardOutputItem;
 using VorControl::ControlProtocol::StandardProtocolOutputMap;
 
-/// A map whose locking fails as a test says.
+/// A map whose locking fails with the statuses that a test sets.
 class StuckMap : public StandardProtocolOutputMap {
 public:
     StuckMap()
@@ -59,7 +59,7 @@ TEST_F(ProviderOutputsMapTest, TheMapIsSavedWithoutAVersion) {
     EXPECT_EQ(section.at("outputs").at("map"),
               json::parse(R"([{"outputId":3,"source":"a"},{"outputId":7,"source":"b"}])"));
     EXPECT_EQ(section.at("outputs").at("attributes"), json::parse(R"({"outputIdMin":0,"outputIdMax":100})"));
-    EXPECT_TEXTLESS_FAILURE(service.outputs->OutputMap(), yERROR_STATE); // the lock is left
+    EXPECT_TEXTLESS_FAILURE(service.outputs->OutputMap(), yERROR_STATE); // the lock isn't held any more
 }
 
 TEST_F(ProviderOutputsMapTest, AMissingMapFailsTheSave) {

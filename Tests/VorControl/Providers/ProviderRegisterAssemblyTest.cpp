@@ -6,7 +6,7 @@
 
 namespace {
 
-/// An assembly whose locking fails as a test says.
+/// An assembly whose locking fails with the statuses that a test sets.
 class StuckAssembly : public Tests::TestAssembly {
 public:
     StuckAssembly()
@@ -91,7 +91,8 @@ TEST_F(ProviderRegisterAssemblyTest, AssembliesAreSavedInOrderWithTheirVersions)
     EXPECT_EQ(list[1].at("blocks")[0].at("displayName"), "five");
     EXPECT_EQ(section.at("registerAssemblyVersionList"),
               json::parse(R"([{"id":"a","version":"7"},{"id":"b","version":"7"}])"));
-    EXPECT_TEXTLESS_FAILURE(service.AssemblyOf("b").AddedRegisterBlocks(), yERROR_STATE); // the lock is left
+    EXPECT_TEXTLESS_FAILURE(service.AssemblyOf("b").AddedRegisterBlocks(),
+                            yERROR_STATE); // the lock isn't held any more
 }
 
 TEST_F(ProviderRegisterAssemblyTest, AnEmptyGroupIsSavedAsTwoEmptyLists) {
