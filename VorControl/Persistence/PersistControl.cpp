@@ -54,7 +54,11 @@ json ReadDocument(const IPersistStore& store, const std::string& path) {
     return Vor::ParseJson(reinterpret_cast<const char*>(buffer.pointer + buffer.offset), buffer.size);
 }
 
+/// An empty document isn't written, so an older file stays.
 void WriteDocument(IPersistStore& store, const std::string& path, const json& doc) {
+    if (doc.empty()) {
+        return;
+    }
     const std::string text = doc.dump(-1, ' ');
     store.Write(path, text.data(), text.size());
 }
@@ -75,10 +79,7 @@ void PersistControl::Init(IControlInstance& instance, PersistDomain domain, IPer
     } else if (domain == PersistDomain::Job) {
         instance.ResetInstance(false, IControlInstance::DataToReset::All);
     } else if (domain == PersistDomain::Workspace && HasOption(instance, ProtocolPersistOptions::WorkspaceData)) {
-        const json& data = instance.WorkspacePersistData();
-        if (!data.empty()) {
-            WriteDocument(store, ConfigPath(instance), data);
-        }
+        WriteDocument(store, ConfigPath(instance), instance.WorkspacePersistData());
     }
 }
 
@@ -111,16 +112,11 @@ void PersistControl::Save(IControlInstance& instance, PersistDomain domain, IPer
     if (instance.PersistenceProvider() != nullptr) {
         json doc;
         SaveWithPersistenceProvider(instance, domain, doc);
-        if (!doc.empty()) {
-            WriteDocument(store, ConfigPath(instance), doc);
-        }
+        WriteDocument(store, ConfigPath(instance), doc);
     } else if (domain == PersistDomain::Job) {
         WriteDocument(store, ConfigPath(instance), SaveControlInstance(instance));
     } else if (domain == PersistDomain::Workspace && HasOption(instance, ProtocolPersistOptions::WorkspaceData)) {
-        const json& data = instance.WorkspacePersistData();
-        if (!data.empty()) {
-            WriteDocument(store, ConfigPath(instance), data);
-        }
+        WriteDocument(store, ConfigPath(instance), instance.WorkspacePersistData());
     }
 }
 
