@@ -1,7 +1,5 @@
-#include "FakeControlInstance.h"
+#include "PersistControlFixture.h"
 #include "Tests/Support/Failure.h"
-#include "Tests/Support/MemoryStore.h"
-#include "Tests/Support/Translations.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/AddBlockParams.h"
@@ -23,7 +21,6 @@
 using nlohmann::json;
 using Tests::FakeControlInstance;
 using VorCommon::PersistDomain;
-using VorControl::PersistControl;
 using VorControl::ControlProtocol::AddBlockParams;
 using VorControl::ControlProtocol::ProtocolRegisterAssemblyBase;
 using VorControl::Persistence::PersistLoadResult;
@@ -87,7 +84,7 @@ json Entry(const std::string& id, const std::vector<json>& blocks) {
     return EntryWith(id, json(blocks));
 }
 
-class PersistControlRegisterAssemblyTest : public testing::Test {
+class PersistControlRegisterAssemblyTest : public Tests::PersistControlFixture {
 protected:
     PersistControlRegisterAssemblyTest() {
         instance.options = FakeControlInstance::Options::RegisterAssemblies;
@@ -109,11 +106,6 @@ protected:
         return json::parse(store.files.at(FakeControlInstance::Path)).at("vor:control");
     }
 
-    void ExpectForUser(std::uint64_t level, const std::string& text, const std::string& format) const {
-        EXPECT_EQ(log.Count(level, text), 1U) << text;
-        EXPECT_TRUE(Tests::WasTranslated("beApp.ctrl", format)) << format;
-    }
-
     std::size_t Place(std::uint64_t level, const std::string& text) const {
         const auto records = log.Records();
         std::size_t place = 0;
@@ -129,11 +121,7 @@ protected:
         EXPECT_EQ(instance.gateDepth, 0);
     }
 
-    Vor::LogCapture log;
-    Tests::MemoryStore store;
-    FakeControlInstance instance;
     std::shared_ptr<WatchedAssembly> assembly;
-    PersistControl control;
 };
 
 } // namespace
