@@ -1,6 +1,6 @@
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 
-#include "VorControl/Control/LogThrown.h"
+#include "VorApi/LogThrown.h"
 
 namespace VorControl::ControlProtocol {
 
@@ -9,11 +9,11 @@ void TextIdStandardProtocolOutputMap::AddAll(Vor::Params::Group& args) {
     if (request.map.Count() == 0) {
         return;
     }
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     auto sources = AllSources();
     yStatus status = yOK;
-    const auto note = [&](const std::exception& exception, const std::string& source, yStatus failure) {
-        LogThrown(exception, "Error adding data source <%s>", source);
+    const auto logFailure = [&](const std::exception& exception, const std::string& source, yStatus failure) {
+        Vor::LogThrown(exception, "Error adding data source <%s>", source);
         status = status == yOK ? failure : status;
     };
     for (unsigned long i = 0; i < request.map.Count(); ++i) {
@@ -24,9 +24,9 @@ void TextIdStandardProtocolOutputMap::AddAll(Vor::Params::Group& args) {
         try {
             Add_Helper(item, false, &sources);
         } catch (const Vor::Exception& exception) {
-            note(exception, item.source.Get(), exception.Status());
+            logFailure(exception, item.source.Get(), exception.Status());
         } catch (const std::exception& exception) {
-            note(exception, item.source.Get(), yERROR_PARAMETER);
+            logFailure(exception, item.source.Get(), yERROR_PARAMETER);
         }
     }
     if (status != yOK) {
