@@ -3,12 +3,9 @@
 #include "Bench/Measure.h"
 #include "Vor/Exception.h"
 #include "Vor/LogOutput.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
-#include "VorControl/ControlProtocol/CompactBlocksParams.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "VorControl/ControlProtocol/RemoveBlockParams.h"
-#include "VorControl/ControlProtocol/UpdateBlockParams.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 
 #include <algorithm>
 #include <cstdio>

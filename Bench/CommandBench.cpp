@@ -18,7 +18,7 @@
 #include "VorControl/Control/ControlScanEngineInterface.h"
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/Control/ControlSystemInterface.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "VorCore/ResultHub.h"
 #include "VorCore/SystemCore.h"
 

@@ -3,13 +3,13 @@
 #include "Services/Common/PropertiesLock.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
 #include "VorControl/ControlProtocol/AssemblyLock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "yApi/yArrayList.h"
 
 #include <set>

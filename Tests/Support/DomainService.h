@@ -4,7 +4,7 @@
 #include "VorApi/Params/Value.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
-#include "VorControl/ControlProtocol/StandardOutputItemArgs.h"
+#include "VorControl/ControlProtocol/StandardOutputs.h"
 #include "VorControl/ControlProtocol/StandardProtocolOutputMap.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 

@@ -6,8 +6,8 @@ namespace VorControl::ControlProtocol {
 
 class IProtocolOutput;
 
-/// The edit commands of an output map: "add", "addAll", "remove", "removeAll", "compactId" and "updateId". None has a
-/// result. An unknown command throws yERROR_NOT_FOUND; a failure of the map passes through.
+/// The edit commands of an output map: "add", "addAll", "remove", "removeAll", "compactId" and "updateId". Their result
+/// is an empty group. Throws yERROR_NOT_FOUND for an unknown command, and what the map throws.
 class ProtocolOutputCommandTarget : public VorCommon::ICommandTarget {
 public:
     /// The map outlives the target.

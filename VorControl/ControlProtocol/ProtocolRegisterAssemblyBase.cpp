@@ -3,8 +3,8 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorApi/Threads/Locker.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
-#include "VorControl/ControlProtocol/AssemblyLock.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorControl/ControlProtocol/Translate.h"
 
 #include <algorithm>
@@ -27,9 +27,7 @@ ProtocolRegisterAssemblyBase::ProtocolRegisterAssemblyBase(bool isGlobalAddressS
                    Translate("beApp.ctrl", "Invalid value for register assembly identifier. Check the id/address field "
                                            "in the connection map."));
     }
-    yLock made = nullptr;
-    Vor::ThrowIfFailed(yLock_Construct(&made));
-    lock.reset(made);
+    Vor::ThrowIfFailed(yLock_Construct(lock.Out()));
 
     attributes.isGlobalAddressSpaceUsed = isGlobalAddressSpaceUsed;
     attributes.outputIdMin = outputIdMin;
@@ -41,17 +39,17 @@ ProtocolRegisterAssemblyBase::ProtocolRegisterAssemblyBase(bool isGlobalAddressS
 ProtocolRegisterAssemblyBase::~ProtocolRegisterAssemblyBase() = default;
 
 void ProtocolRegisterAssemblyBase::BeginLock() const {
-    Vor::ThrowIfFailed(yLock_Enter(lock.get()));
+    Vor::ThrowIfFailed(yLock_Enter(lock.Get()));
     lockHeld.store(true, std::memory_order_relaxed);
 }
 
 void ProtocolRegisterAssemblyBase::EndLock() const {
     lockHeld.store(false, std::memory_order_relaxed);
-    Vor::ThrowIfFailed(yLock_Exit(lock.get()));
+    Vor::ThrowIfFailed(yLock_Exit(lock.Get()));
 }
 
 void ProtocolRegisterAssemblyBase::AddSupportedBlockType(std::unique_ptr<ProtocolRegisterBlockInfo> info) {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     if (FindSupportedType(info->Type()) != nullptr) {
         Vor::Throw(yERROR_ALREADY_EXISTS, Translate("beApp.ctrl", "This register block type %s is already supported."),
                    info->DisplayName());
@@ -90,7 +88,7 @@ void ProtocolRegisterAssemblyBase::AddBlock(RegisterBlockParams& params, bool au
                    Translate("beApp.ctrl", "Data source type is missing from the add request. Please include the data "
                                            "source type in the request."));
     }
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     auto* const info = FindSupportedType(params.type.Get());
     if (info == nullptr) {
         Vor::Throw(yERROR_NOT_FOUND,
@@ -106,10 +104,10 @@ void ProtocolRegisterAssemblyBase::AddBlock(RegisterBlockParams& params, bool au
             info->DisplayName());
     }
     unsigned short end = 0;
-    progress.Note(FormatBlockParams(*info, params, end));
+    progress.SetResultOnce(FormatBlockParams(*info, params, end));
 
     const auto [position, shifted] = GetInsertPosition(params.outputId.Get(), end, autoShift, NoneGiven);
-    progress.Note(shifted ? BlocksShifted : 0);
+    progress.SetResultOnce(shifted ? BlocksShifted : 0);
 
     const auto block = info->ConstructBlock(params);
     blockIndex.Watch(*block);
@@ -120,7 +118,7 @@ void ProtocolRegisterAssemblyBase::AddBlock(RegisterBlockParams& params, bool au
 }
 
 void ProtocolRegisterAssemblyBase::ResetRegisterAssembly() {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     addedBlocks.clear();
     blockIndex.Cleared();
     for (const auto& info : supportedTypes) {
@@ -130,7 +128,7 @@ void ProtocolRegisterAssemblyBase::ResetRegisterAssembly() {
 
 void ProtocolRegisterAssemblyBase::InitDefaultRegisterBlocksForRegisterAssembly() {
     AddBlockParams request;
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     ResetRegisterAssembly();
     for (const auto& info : supportedTypes) {
         if (info->MinInstanceCount() != 0) {
@@ -153,7 +151,7 @@ ProtocolRegisterAssemblyBase::SupportedRegisterBlockTypes() {
 }
 
 std::size_t ProtocolRegisterAssemblyBase::SupportedRegisterBlockTypesCount() const {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     return supportedTypes.size();
 }
 
@@ -165,13 +163,13 @@ const std::list<std::shared_ptr<ProtocolRegisterBlock>>& ProtocolRegisterAssembl
 }
 
 std::size_t ProtocolRegisterAssemblyBase::AddedRegisterBlocksCount() const {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     return addedBlocks.size();
 }
 
 std::list<std::shared_ptr<ProtocolRegisterBlock>>
 ProtocolRegisterAssemblyBase::FindAddedBlocksOfTypes(const std::list<std::string>& types) {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     std::list<std::shared_ptr<ProtocolRegisterBlock>> found;
     std::copy_if(addedBlocks.begin(), addedBlocks.end(), std::back_inserter(found), [&](const auto& block) {
         return std::find(types.begin(), types.end(), block->Type()) != types.end();
@@ -181,7 +179,7 @@ ProtocolRegisterAssemblyBase::FindAddedBlocksOfTypes(const std::list<std::string
 
 std::map<std::string, std::shared_ptr<ProtocolRegisterBlock>>
 ProtocolRegisterAssemblyBase::FindAddedScanOutputBlocksSortedByDataSource() {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     std::map<std::string, std::shared_ptr<ProtocolRegisterBlock>> found;
     for (const auto& block : addedBlocks) {
         if (block->HasDataSource()) {
@@ -192,7 +190,7 @@ ProtocolRegisterAssemblyBase::FindAddedScanOutputBlocksSortedByDataSource() {
 }
 
 std::vector<std::string> ProtocolRegisterAssemblyBase::DataSourceList() const {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     std::vector<std::string> sources;
     for (const auto& block : addedBlocks) {
         if (block->HasDataSource()) {
@@ -211,7 +209,7 @@ const char* ProtocolRegisterAssemblyBase::DisplayName() const {
 }
 
 void ProtocolRegisterAssemblyBase::CopySupportedRegisterBlocks(const IProtocolRegisterAssembly& other) {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     ResetRegisterAssembly();
     AssemblyLock otherLock(other);
     for (const auto& block : other.AddedRegisterBlocks()) {
@@ -229,11 +227,11 @@ void ProtocolRegisterAssemblyBase::CopySupportedRegisterBlocks(const IProtocolRe
         request.autoShift = true;
         Add(request);
     }
-    otherLock.End();
+    otherLock.Unlock();
 }
 
 void ProtocolRegisterAssemblyBase::ChangeBigEndianSupportedBlocks(bool isBigEndian) {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     for (const auto& info : supportedTypes) {
         info->SetIsProtocolBigEndian(isBigEndian);
     }

@@ -1,13 +1,20 @@
 #pragma once
 
+#include "VorApi/Handle.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyCommandTarget.h"
 #include "VorControl/ControlProtocol/RegisterBlockIndex.h"
 #include "yApi/yLock.h"
 
 #include <atomic>
-#include <type_traits>
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace VorControl::ControlProtocol {
 
@@ -50,22 +57,25 @@ public:
     VorCommon::ICommandTarget& CommandTarget() override { return commandTarget; }
     void CopySupportedRegisterBlocks(const IProtocolRegisterAssembly& other) override;
 
-    /// The byte order of all supported types, and so of all blocks, at once.
+    /// Sets the byte order of all supported types, and so of all blocks.
     void ChangeBigEndianSupportedBlocks(bool isBigEndian);
 
 private:
     using Blocks = RegisterBlockIndex::Blocks;
 
-    /// What an add request has come to so far.
+    // Results of Add and Update.
+    static constexpr std::uint32_t BlocksShifted = 1;
+    static constexpr std::uint32_t RegisterCountIgnored = 2;
+
     struct AddProgress {
         unsigned int added = 0;
         std::uint32_t result = 0;
 
-        void Note(std::uint32_t code) { result = result == 0 ? code : result; }
+        void SetResultOnce(std::uint32_t code) { result = result == 0 ? code : result; }
     };
 
-    /// All of these expect the caller to hold the lock, but for AddBlock, RemoveBlock and FirstCompactedId, which take
-    /// it.
+    // AddBlock, RemoveBlock and FirstCompactedId enter the lock. The caller of the others holds it.
+
     void AddBlock(RegisterBlockParams& params, bool autoShift, AddProgress& progress);
     ProtocolRegisterBlockInfo* FindSupportedType(const std::string& type) const;
     std::uint32_t FormatBlockParams(const ProtocolRegisterBlockInfo& info, RegisterBlockParams& params,
@@ -78,35 +88,31 @@ private:
     [[noreturn]] static void ThrowOverlap(unsigned short start, unsigned short end, const ProtocolRegisterBlock& block);
     void UpdateOutputIdReadOnlyAttribute(const ProtocolRegisterBlock& block, const ProtocolRegisterBlockInfo& info);
 
-    /// Moves blocks up, from the given one on and as far as needed, so that none begins before `end`. Throws
+    /// Moves blocks up, from `from` on and as far as needed, so that none begins at `end` or before. Throws
     /// yERROR_FULL when a global address space has no room for all of them.
     void ShiftRegisterAddresses(Blocks::iterator from, unsigned short start, unsigned short end,
                                 unsigned short ignoreOutputId);
-    /// Whether the range and all blocks from the given one on fit into the address space when packed.
+    /// Whether the range and all blocks from `from` on fit into the address space without gaps.
     bool hasGap(Blocks::const_iterator from, unsigned short start, unsigned short end);
-    /// Registers of all blocks from the given one on, in 16 bits.
+    /// Registers of all blocks from `from` on, in 16 bits.
     unsigned short UsedRegistersCount(Blocks::const_iterator from) { return blockIndex.RegistersFrom(from); }
 
     std::uint32_t UpdateBlockProperties(Blocks::iterator position, const UpdateBlockParams& params);
-    /// Gives a block its place. True when others were shifted to make room.
+    /// Gives a block its output id and register count. True when others were shifted to make room.
     bool PlaceBlock(Blocks::iterator position, unsigned short id, unsigned short count, bool autoShift);
     void RemoveBlock(unsigned short id);
-    /// Out of the list and of the count of its type; gives the next one.
-    Blocks::iterator TakeOut(Blocks::iterator position);
-    /// Throws unless all blocks have room from there on, one behind the other.
+    /// Removes a block from the list and from the count of its type. Returns the position of the next one.
+    Blocks::iterator Erase(Blocks::iterator position);
+    /// The output id of the first block after Compact. Throws unless all blocks have room from there on.
     unsigned short FirstCompactedId(unsigned short start);
-
-    /// What a request returns when it did something else than asked for.
-    static constexpr std::uint32_t BlocksShifted = 1;
-    static constexpr std::uint32_t RegisterCountIgnored = 2;
 
     std::vector<std::unique_ptr<ProtocolRegisterBlockInfo>> supportedTypes;
     Blocks addedBlocks;
     RegisterBlockIndex blockIndex{addedBlocks};
     mutable std::atomic<bool> lockHeld{false};
-    /// Reentrant; guards the types, the blocks and the attributes. Ranks behind the lock of a group and, while blocks
+    /// Reentrant; guards the types, the blocks and the attributes. Entered after the lock of a group and, while blocks
     /// are copied, before the lock of the other assembly.
-    std::unique_ptr<std::remove_pointer_t<yLock>, yStatus (*)(yLock)> lock{nullptr, yLock_Destroy};
+    Vor::Handle<yLock, yLock_Destroy> lock;
     RegisterAssemblyAttributes attributes;
     RegisterAssemblyProperties properties;
     ProtocolRegisterAssemblyCommandTarget commandTarget{*this};

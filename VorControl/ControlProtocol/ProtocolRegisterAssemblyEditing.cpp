@@ -1,11 +1,9 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorApi/Threads/Locker.h"
-#include "VorControl/ControlProtocol/CompactBlocksParams.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "VorControl/ControlProtocol/RemoveBlockParams.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "VorControl/ControlProtocol/Translate.h"
-#include "VorControl/ControlProtocol/UpdateBlockParams.h"
 
 #include <iterator>
 
@@ -20,7 +18,7 @@ std::uint32_t ProtocolRegisterAssemblyBase::Update(const Vor::Params::Group& gro
                    id);
     }
     {
-        const Vor::Locker locker(lock.get());
+        const Vor::Locker locker(lock.Get());
         const auto position = blockIndex.Find(id);
         if (position != addedBlocks.end()) {
             return UpdateBlockProperties(position, request);
@@ -127,7 +125,7 @@ void ProtocolRegisterAssemblyBase::RemoveBlock(unsigned short id) {
                              "a valid output id in the request."),
                    id);
     }
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     const auto position = blockIndex.Find(id);
     if (position == addedBlocks.end()) {
         Vor::Throw(yERROR_NOT_FOUND, Translate("beApp.ctrl", "Cannot find a data source with output id %1$u."), id);
@@ -138,21 +136,21 @@ void ProtocolRegisterAssemblyBase::RemoveBlock(unsigned short id) {
                                            "cannot have fewer instances of this source than the current number."),
                    id);
     }
-    TakeOut(position);
+    Erase(position);
 }
 
 void ProtocolRegisterAssemblyBase::RemoveAll() {
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     try {
         for (auto position = addedBlocks.begin(); position != addedBlocks.end();) {
-            position = (*position)->AtMinInstance() ? std::next(position) : TakeOut(position);
+            position = (*position)->AtMinInstance() ? std::next(position) : Erase(position);
         }
     } catch (const Vor::Exception& exception) {
         Vor::LogUser(Vor::UserWarning, "VorControl", Translate("control", "%1$s"), exception.what());
     }
 }
 
-ProtocolRegisterAssemblyBase::Blocks::iterator ProtocolRegisterAssemblyBase::TakeOut(Blocks::iterator position) {
+ProtocolRegisterAssemblyBase::Blocks::iterator ProtocolRegisterAssemblyBase::Erase(Blocks::iterator position) {
     const auto block = *position;
     blockIndex.Removing(position);
     const auto next = addedBlocks.erase(position);
@@ -163,7 +161,7 @@ ProtocolRegisterAssemblyBase::Blocks::iterator ProtocolRegisterAssemblyBase::Tak
 std::uint32_t ProtocolRegisterAssemblyBase::Compact(const Vor::Params::Group& group) {
     const auto& request = dynamic_cast<const CompactBlocksParams&>(group);
     unsigned short next = FirstCompactedId(request.startingOutputId.Get());
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     for (const auto& block : addedBlocks) {
         block->SetOutputId(next);
         next = static_cast<unsigned short>(block->EndAddress() + 1);
@@ -177,7 +175,7 @@ unsigned short ProtocolRegisterAssemblyBase::FirstCompactedId(unsigned short sta
     if (start == NoneGiven) {
         return attributes.isGlobalAddressSpaceUsed.Get() ? min : 0;
     }
-    const Vor::Locker locker(lock.get());
+    const Vor::Locker locker(lock.Get());
     if (!attributes.isGlobalAddressSpaceUsed.Get()) {
         const int count = static_cast<int>(addedBlocks.size());
         if (count - 1 + start > NoneGiven - 1) {

@@ -19,15 +19,11 @@ void RemoveDuplicates(std::vector<std::string>& texts) {
 } // namespace
 
 ProtocolRegisterAssemblyGroup::ProtocolRegisterAssemblyGroup() {
-    Vor::ThrowIfFailed(yLock_Construct(&lock));
-}
-
-ProtocolRegisterAssemblyGroup::~ProtocolRegisterAssemblyGroup() {
-    yLock_Destroy(lock);
+    Vor::ThrowIfFailed(yLock_Construct(lock.Out()));
 }
 
 void ProtocolRegisterAssemblyGroup::Add(std::shared_ptr<IProtocolRegisterAssembly> assembly) {
-    const Vor::Locker locker(lock);
+    const Vor::Locker locker(lock.Get());
     const std::string id = assembly->Id();
     if (!assemblies.emplace(id, std::move(assembly)).second) {
         Vor::Throw(yERROR_PARAMETER,
@@ -45,7 +41,7 @@ std::vector<std::string> ProtocolRegisterAssemblyGroup::List() const {
     if (Empty()) {
         return ids;
     }
-    const Vor::Locker locker(lock);
+    const Vor::Locker locker(lock.Get());
     for (const auto& [id, assembly] : assemblies) {
         ids.push_back(id);
     }
@@ -56,7 +52,7 @@ bool ProtocolRegisterAssemblyGroup::HasRegisterAssembly(const char* id) const {
     if (id == nullptr || Empty()) {
         return false;
     }
-    const Vor::Locker locker(lock);
+    const Vor::Locker locker(lock.Get());
     return assemblies.contains(id);
 }
 
@@ -75,7 +71,7 @@ std::vector<std::string> ProtocolRegisterAssemblyGroup::DataSourceList() const {
     }
     std::vector<std::shared_ptr<IProtocolRegisterAssembly>> all;
     {
-        const Vor::Locker locker(lock);
+        const Vor::Locker locker(lock.Get());
         for (const auto& [id, assembly] : assemblies) {
             all.push_back(assembly);
         }
@@ -101,7 +97,7 @@ std::shared_ptr<IProtocolRegisterAssembly> ProtocolRegisterAssemblyGroup::FindRe
         Vor::Throw(yERROR_NOT_FOUND, Translate("com.vorlab.ctrl", "No register assembly has been added to the register "
                                                                   "assembly group"));
     }
-    const Vor::Locker locker(lock);
+    const Vor::Locker locker(lock.Get());
     const auto found = assemblies.find(id);
     if (found == assemblies.end()) {
         Vor::Throw(yERROR_NOT_FOUND,

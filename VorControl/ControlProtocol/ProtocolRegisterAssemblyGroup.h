@@ -1,12 +1,12 @@
 #pragma once
 
+#include "VorApi/Handle.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "yApi/yLock.h"
 
 #include <map>
 #include <memory>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace VorControl::ControlProtocol {
@@ -15,7 +15,6 @@ class ProtocolRegisterAssemblyGroup : public IProtocolRegisterAssemblyGroup {
 public:
     /// Throws the status of a lock that can't be made.
     ProtocolRegisterAssemblyGroup();
-    ~ProtocolRegisterAssemblyGroup() override;
     ProtocolRegisterAssemblyGroup(const ProtocolRegisterAssemblyGroup&) = delete;
     ProtocolRegisterAssemblyGroup& operator=(const ProtocolRegisterAssemblyGroup&) = delete;
 
@@ -31,9 +30,9 @@ public:
 private:
     std::shared_ptr<IProtocolRegisterAssembly> FindRegisterAssembly(const char* id) const;
 
-    /// Guards the map while it is filled and searched; Empty and DisplayName read without it. No assembly
-    /// is called under it, since whoever holds an assembly's lock may look the assembly up.
-    yLock lock = nullptr;
+    /// Guards the map while it is filled and searched; Empty and DisplayName read the map without it. No assembly is
+    /// called under it, since a thread that holds the lock of an assembly may search for assemblies here.
+    Vor::Handle<yLock, yLock_Destroy> lock;
     std::map<std::string, std::shared_ptr<IProtocolRegisterAssembly>> assemblies;
 };
 

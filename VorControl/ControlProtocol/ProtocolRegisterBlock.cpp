@@ -2,6 +2,7 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/NoneGiven.h"
 #include "VorControl/ControlProtocol/Translate.h"
 #include "VorMsg/VvMeasureMsg.h"
 #include "yApi/yString.h"

@@ -12,28 +12,25 @@
 
 namespace VorControl::ControlProtocol {
 
-/// An output id or a register count that wasn't given.
-inline constexpr unsigned short NoneGiven = 65535;
-
-/// One typed run of registers, and the document that shows and persists it. Concrete types turn commands, states and
-/// scan output into bytes and back through the protected primitives, which alone know byte order, register width
-/// and the invalid value.
+/// A run of registers of one type, and the document that describes and persists it. Derived classes convert commands,
+/// states and scan output to bytes and back with the protected primitives. Byte order, register width and the invalid
+/// value are handled in these primitives only.
 ///
 /// A block has no lock: the lock of its assembly guards the fields. Serialize and Deserialize run on the caller's
-/// thread and read the register count and the type information unlocked; whoever serialises while the assembly may
-/// change does so between its BeginLock and EndLock.
+/// thread and read the register count and the type information without a lock. Call them between BeginLock and EndLock
+/// of the assembly if it may change meanwhile.
 class ProtocolRegisterBlock : public Vor::Params::Group {
 public:
-    /// Keeps the reference to the type information, which must outlive the block. Throws yERROR_PARAMETER when a
-    /// global address space is used and no output id is given.
+    /// Keeps a reference to `info`, which must outlive the block. Throws yERROR_PARAMETER when a global address space
+    /// is used and no output id is given.
     ProtocolRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info);
     ~ProtocolRegisterBlock() override;
 
-    /// Writes the block's bytes from a record that the concrete type defines. Sizes are in bytes.
+    /// Writes the block's bytes from a record that the derived class defines. Sizes are in bytes.
     /// Throws yERROR_UNIMPLEMENTED when the type doesn't write.
     virtual void Serialize(void* destination, unsigned long long destinationSize, const void* source,
                            unsigned long long sourceSize);
-    /// Reads the block's bytes into a record that the concrete type defines. Sizes are in bytes.
+    /// Reads the block's bytes into a record that the derived class defines. Sizes are in bytes.
     /// Throws yERROR_UNIMPLEMENTED when the type doesn't read.
     virtual void Deserialize(void* destination, unsigned long long destinationSize, const void* source,
                              unsigned long long sourceSize);
@@ -49,10 +46,10 @@ public:
     void SetOutputId(unsigned short id);
     void SetRegisterCount(unsigned short count);
 
-    /// The handler runs before the output id or the register count takes another value, as long as the block lives. It
-    /// misses what an "actual" of these does.
+    /// The handler runs before each change of the output id or the register count, as long as the block lives. It
+    /// doesn't run for changes of their "actual" values.
     void AddPlacementHandler(const std::function<void(Vor::Properties::Node&)>& handler);
-    /// Whether output id and register count are the stored ones, and not an "actual".
+    /// Whether OutputId and RegisterCount return the stored values, and not "actual" ones.
     bool IsPlacementStored() const { return !outputId.IsActualEnabled() && !registerCount.IsActualEnabled(); }
 
     RegisterBlockCategory Category() const { return info.Category(); }
@@ -67,8 +64,8 @@ public:
     bool AtMaxInstance() const { return info.AtMaxInstance(); }
     bool AtMinInstance() const { return info.AtMinInstance(); }
 
-    /// In a global address space the address of the last register, one below the first for a block without
-    /// registers, in 16 bits; otherwise the output id.
+    /// In a global address space the address of the last register, in 16 bits; for a block without registers it is one
+    /// below the output id. Without a global address space the output id.
     unsigned short EndAddress() const;
     /// Bytes that Serialize writes: registers times bytes per register, cut to 16 bits.
     unsigned short SerializedOutputSize() const {
@@ -76,8 +73,8 @@ public:
     }
 
 protected:
-    // Offsets are in bytes whatever the register width. Each primitive throws yERROR_PARAMETER unless a register has
-    // one or two bytes, and none checks the size of the buffer.
+    // Offsets are in bytes for each register width. Each primitive throws yERROR_PARAMETER unless a register has one
+    // or two bytes. None of them checks the size of the buffer.
 
     /// Writes the value in the protocol's byte order. A value narrower than a register fills a whole register.
     template <class T>
@@ -86,10 +83,10 @@ protected:
     /// 0x11223344 is 11 22 33 44 in registers of one byte and 22 11 44 33 in registers of two.
     template <class T>
     void Serialize_BE(unsigned char* buffer, unsigned long long offset, T value) const;
-    /// Least significant byte first, whatever the register width.
+    /// Least significant byte first for each register width.
     template <class T>
     void Serialize_LE(unsigned char* buffer, unsigned long long offset, T value) const;
-    /// Text in reading order, cut to the field or followed by zeros; a terminator isn't guaranteed.
+    /// Text in reading order, cut to the field or followed by zeros. It may have no terminator.
     void SerializeString(unsigned char* buffer, unsigned long long offset, const char* text,
                          unsigned long long textLength, unsigned long long fieldLength) const;
     /// "No data" for a field of 1, 2, 4 or 8 bytes: the smallest signed or the greatest unsigned value. A field of
@@ -97,15 +94,16 @@ protected:
     void SerializeInvalidValue(unsigned char* buffer, unsigned long long offset, unsigned long long numOfBytes,
                                bool isSigned) const;
 
-    /// Plain byte order, whatever the register width: not the mirror of Serialize_BE in registers of two bytes.
+    /// The byte order doesn't depend on the register width, so in registers of two bytes Deserialize16_BE doesn't read
+    /// what Serialize_BE writes.
     void Deserialize16(unsigned short& value, const unsigned char* buffer, unsigned long long offset) const;
     void Deserialize16_BE(unsigned short& value, const unsigned char* buffer, unsigned long long offset) const;
     void Deserialize16_LE(unsigned short& value, const unsigned char* buffer, unsigned long long offset) const;
 
-    /// value * scale as a 32-bit integer, which is good only when both flags are zero.
+    /// value * scale as a 32-bit integer, which is valid only when both flags are zero.
     static void Convert64fTo32s(double value, double scale, int& result, int& firstFlag, int& secondFlag);
-    /// Appends ".vrjob" to a terminated file name unless its first ".vrjob" ends it. The capacity counts the
-    /// terminator. Throws yERROR_PARAMETER for an empty name, or the status when it doesn't fit.
+    /// Appends ".vrjob" to a terminated file name unless the name ends with its first ".vrjob". The capacity includes
+    /// the terminator. Throws yERROR_PARAMETER for an empty name, or the status when it doesn't fit.
     static void FormatFullJobFileName(char* fileName, unsigned long long capacity);
 
 private:

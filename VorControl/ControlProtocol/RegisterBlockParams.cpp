@@ -6,8 +6,8 @@ namespace VorControl::ControlProtocol {
 
 RegisterBlockParams::RegisterBlockParams()
     : Group("")
-    , outputId(65535)
-    , registerCount(65535) {
+    , outputId(NoneGiven)
+    , registerCount(NoneGiven) {
     Register("type", type, Translate("beApp.ctrl", "Register Block Type"), 100);
     Register("dataSource", dataSource, Translate("beApp.ctrl", "Scan Output Data Source"), 100);
     Register("displayName", displayName, Translate("beApp.ctrl", "Display Name"), 100);

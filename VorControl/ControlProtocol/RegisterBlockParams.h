@@ -2,12 +2,14 @@
 
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
+#include "VorControl/ControlProtocol/NoneGiven.h"
 
 #include <string>
 
 namespace VorControl::ControlProtocol {
 
-/// One block of an add request, and what each block is constructed from. An empty text and 65535 mean "none given".
+/// One block of a request to add blocks, and what each block is constructed from. An empty text and NoneGiven mean
+/// that no value is given.
 class RegisterBlockParams : public Vor::Params::Group {
 public:
     RegisterBlockParams();

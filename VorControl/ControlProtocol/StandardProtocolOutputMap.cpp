@@ -5,7 +5,7 @@ namespace VorControl::ControlProtocol {
 StandardProtocolOutputMap::StandardProtocolOutputMap(unsigned short maxCount, unsigned short outputIdMin,
                                                      unsigned short outputIdMax)
     : NumericIdProtocolOutputBase(maxCount) {
-    if (outputIdMin > outputIdMax || outputIdMax > 65534) {
+    if (outputIdMin > outputIdMax || outputIdMax == NoneGiven) {
         Vor::Throw(
             yERROR_PARAMETER,
             Translate("beApp.ctrl", "Minimum output id value %1$u and/or maximum output id value %2$u are invalid."),

@@ -1,19 +1,17 @@
 #pragma once
 
 #include "VorControl/ControlProtocol/NumericIdProtocolOutputBase.h"
-#include "VorControl/ControlProtocol/StandardOutputItemArgs.h"
-#include "VorControl/ControlProtocol/StandardOutputRemoveArgs.h"
-#include "VorControl/ControlProtocol/StandardOutputsArgs.h"
+#include "VorControl/ControlProtocol/StandardOutputs.h"
 
 namespace VorControl::ControlProtocol {
 
-/// The output map of services whose clients ask for outputs by number.
+/// The output map of services whose clients request outputs by number.
 class StandardProtocolOutputMap
     : public NumericIdProtocolOutputBase<StandardOutputs, StandardOutputItem, StandardOutputsArgs,
                                          StandardOutputItemArgs, StandardOutputRemoveArgs> {
 public:
-    /// The range tells clients which ids to use, both inclusive; the map numbers from 0 and holds no id to it. Throws
-    /// yERROR_PARAMETER when the range is empty or its end is above 65534.
+    /// The range, from outputIdMin to outputIdMax inclusive, is for clients only: the map numbers from 0 and accepts
+    /// ids outside of the range. Throws yERROR_PARAMETER when the range is empty or outputIdMax is 65535.
     StandardProtocolOutputMap(unsigned short maxCount, unsigned short outputIdMin, unsigned short outputIdMax);
 };
 

@@ -1,21 +1,19 @@
 #pragma once
 
 #include "VorControl/ControlProtocol/ProtocolOutputBase.h"
-#include "VorControl/ControlProtocol/TextIdStandardOutputItemArgs.h"
-#include "VorControl/ControlProtocol/TextIdStandardOutputRemoveArgs.h"
-#include "VorControl/ControlProtocol/TextIdStandardOutputsArgs.h"
+#include "VorControl/ControlProtocol/TextIdStandardOutputs.h"
 
 namespace VorControl::ControlProtocol {
 
-/// The output map of services whose clients ask for outputs by name. Ids are in byte order; an id that is taken is
-/// refused, whatever the request says of shifting.
+/// The output map of services whose clients request outputs by name. Ids are in byte order. An id that another entry
+/// has is always refused, since texts can't be shifted.
 class TextIdStandardProtocolOutputMap
     : public ProtocolOutputBase<TextIdStandardOutputs, TextIdStandardOutputItem, TextIdStandardOutputsArgs,
                                 TextIdStandardOutputItemArgs, TextIdStandardOutputRemoveArgs> {
 public:
     using ProtocolOutputBase::ProtocolOutputBase;
 
-    /// A source without an id gets its own name as the id. Throws the status of the first failure.
+    /// The id of a source without an id is its name. Throws the status of the first failure.
     void AddAll(Vor::Params::Group& args) override;
 };
 

@@ -9,7 +9,7 @@
 #include "Tests/Support/Signal.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
-#include "VorControl/ControlProtocol/TextIdStandardOutputItemArgs.h"
+#include "VorControl/ControlProtocol/TextIdStandardOutputs.h"
 
 #include <chrono>
 #include <memory>

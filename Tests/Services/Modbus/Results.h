@@ -2,8 +2,8 @@
 
 #include "Tests/Services/Modbus/Bytes.h"
 #include "Tests/Support/Results.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 
 #include <string>
 

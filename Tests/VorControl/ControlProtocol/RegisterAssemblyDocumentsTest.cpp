@@ -1,11 +1,7 @@
 #include "Tests/Support/Translations.h"
 #include "Vor/JsonSerializer.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
-#include "VorControl/ControlProtocol/CompactBlocksParams.h"
-#include "VorControl/ControlProtocol/RegisterAssemblyAttributes.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyProperties.h"
-#include "VorControl/ControlProtocol/RemoveBlockParams.h"
-#include "VorControl/ControlProtocol/UpdateBlockParams.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -1,11 +1,8 @@
 #pragma once
 
 #include "Tests/VorControl/ControlProtocol/TestBlocks.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
-#include "VorControl/ControlProtocol/CompactBlocksParams.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "VorControl/ControlProtocol/RemoveBlockParams.h"
-#include "VorControl/ControlProtocol/UpdateBlockParams.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 
 #include <optional>
 #include <utility>

@@ -2,10 +2,10 @@
 #include "Tests/Support/Failure.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
-#include "VorControl/ControlProtocol/AddBlockParams.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "VorControl/Persistence/PersistControl.h"
 #include "yApi/yStatus.h"
 

@@ -1,6 +1,6 @@
 #include "ProviderTest.h"
 #include "Vor/Exception.h"
-#include "VorControl/ControlProtocol/StandardOutputItem.h"
+#include "VorControl/ControlProtocol/StandardOutputs.h"
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "yApi/yFault.h"
 #include "yApi/yStatus.h"
