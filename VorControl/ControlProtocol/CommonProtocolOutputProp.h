@@ -9,14 +9,14 @@
 
 namespace VorControl::ControlProtocol {
 
-/// What the documents of all output maps have.
+/// The parameters that the documents of all output maps have.
 class CommonProtocolOutputProp : public Vor::Params::Group {
 public:
     CommonProtocolOutputProp();
 
     Vor::Params::Value<std::string> version;
-    Vor::Params::Array<VorPipe::PipeDataFormatProps>
-        acceptedDataFormats; ///< what the service takes; for clients, the map doesn't ask
+    /// For clients: the map adds sources of other formats, too.
+    Vor::Params::Array<VorPipe::PipeDataFormatProps> acceptedDataFormats;
 };
 
 } // namespace VorControl::ControlProtocol

@@ -8,8 +8,8 @@ class IControlHost;
 
 namespace VorControl::ControlProtocol {
 
-/// What a factory receives and hands to the constructor of ProtocolBase. There is one record, which is rewritten for
-/// each service: copy what is needed, and keep no reference to it. The host outlives every service.
+/// A factory receives this record and passes it to the constructor of ProtocolBase. There is one record, which is
+/// rewritten for each service: copy its values, and keep no reference to it. The host outlives every service.
 struct ControlProtocolEnviron {
     std::string typeName = "Lu-Lu-Lu!@#$%";
     std::string displayName = "Dun-Dun!@#$%";

@@ -9,51 +9,53 @@
 
 namespace VorControl::ControlProtocol {
 
-/// A list of data sources with an output id each, by which a service's clients ask for them. It is sorted by id, no id
-/// and no source stands in it twice, and it has a greatest number of entries.
+/// A list of data sources, each with the output id by which clients of a service request it. The list is sorted by id,
+/// contains no id and no source twice, and has a maximum number of entries.
 ///
-/// Every operation may be called on any thread and holds the map's reentrant lock for its own work. Failures are
-/// Vor::Exception, which a request of another class than the map's own isn't: that is a bad cast. A lock that fails
-/// throws its status.
+/// Every operation may be called on any thread and holds the map's reentrant lock while it works. A failure is thrown
+/// as a Vor::Exception, that of the lock too. A request that isn't of the map's own class is a std::bad_cast.
 class IProtocolOutput {
 public:
     virtual ~IProtocolOutput() = default;
 
-    /// Brackets a use of OutputMap(). EndLock ends the use even when brackets are nested.
+    /// The beginning and the end of a use of OutputMap(). EndLock ends the use even when it is an inner one.
     virtual void BeginLock() = 0;
     virtual void EndLock() = 0;
-    /// The document of the map. Good until EndLock; throws yERROR_STATE outside of BeginLock and EndLock.
+    /// The document of the map. Valid until EndLock; throws yERROR_STATE outside of BeginLock and EndLock.
     virtual Vor::Params::Group& OutputMap() const = 0;
 
-    /// The requests that Add, Remove, and AddAll and UpdateId take, with their defaults.
+    /// A new request of Add, with its defaults.
     virtual std::shared_ptr<Vor::Params::Group> CreateOutputMapItemArgs() = 0;
+    /// A new request of Remove, with its defaults.
     virtual std::shared_ptr<Vor::Params::Group> CreateOutputMapItemRemoveArgs() = 0;
+    /// A new request of AddAll and UpdateId, with its defaults.
     virtual std::shared_ptr<Vor::Params::Group> CreateOutputsArgs() = 0;
 
-    /// Throws yERROR_PARAMETER for an entry without id or source, or one whose id is taken where the request doesn't
-    /// ask to shift; yERROR_ALREADY_EXISTS for a source that the map has; yERROR_FULL. Nothing has changed then.
+    /// Throws yERROR_PARAMETER for an entry without id or source, and for an id that another entry has if the request
+    /// doesn't allow to shift; yERROR_ALREADY_EXISTS for a source that the map has; yERROR_FULL. A failure changes
+    /// nothing.
     virtual void Add(const Vor::Params::Group& args) = 0;
-    /// Adds the sources of the request's map and writes their ids into it. An entry that fails is logged and the rest
-    /// goes on; in the end the failure is thrown, and what was added stays.
+    /// Adds the sources of the request's map and writes their ids into it. A failing entry is logged, and the next
+    /// ones are still added. The failure is thrown at the end; what was added stays.
     virtual void AddAll(Vor::Params::Group& args) = 0;
-    /// Throws yERROR_NOT_FOUND for an id that the map hasn't; the ids before it in the request are removed by then.
+    /// Throws yERROR_NOT_FOUND for an id that isn't in the map; the ids before it in the request are removed then.
     virtual void Remove(const Vor::Params::Group& args) = 0;
 
     virtual unsigned long Count() const = 0;
-    /// In order of the ids. Valid until the map changes. Throws yERROR_NOT_FOUND for Count() itself, and
-    /// yERROR_PARAMETER beyond.
+    /// In order of the ids. Valid until the map changes. Throws yERROR_NOT_FOUND for an index equal to Count(), and
+    /// yERROR_PARAMETER for a greater one.
     virtual const Vor::Params::Group& At(unsigned long index) const = 0;
     virtual void Clear() = 0;
     /// In list order.
     virtual std::vector<std::string> DataSourceList() const = 0;
-    /// Numbers the entries anew, without gaps, where ids are numbers.
+    /// Renumbers the entries without gaps if ids are numbers.
     virtual void CompactId() = 0;
-    /// The request's map has two entries: the entry with the id of the first one gets the id of the second one, into
-    /// which its source is written. Throws yERROR_PARAMETER, yERROR_CONFLICT or yERROR_NOT_FOUND before any change; an
-    /// entry that then can't be added under its new id is gone.
+    /// The request's map has two entries: the first one has the present id of an entry, the second one its new id. The
+    /// source of the entry is written into the second one. Throws yERROR_PARAMETER, yERROR_CONFLICT or yERROR_NOT_FOUND
+    /// before any change. An entry that can't be added with its new id after that is lost.
     virtual void UpdateId(Vor::Params::Group& args) = 0;
 
-    /// The same operations by name.
+    /// The commands that change the map.
     virtual VorCommon::ICommandTarget& CommandTarget() = 0;
 };
 

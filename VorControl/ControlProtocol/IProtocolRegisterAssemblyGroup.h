@@ -8,7 +8,7 @@
 
 namespace VorControl::ControlProtocol {
 
-/// The assemblies of a protocol, by id. A group is filled before it is used.
+/// The assemblies of a service, by id. All of them are added before the group is used.
 class IProtocolRegisterAssemblyGroup {
 public:
     virtual ~IProtocolRegisterAssemblyGroup() = default;
@@ -21,11 +21,11 @@ public:
     virtual bool HasRegisterAssembly(const char* id) const = 0;
     /// Throws yERROR_PARAMETER without an id, yERROR_NOT_FOUND when there is no such assembly.
     virtual std::shared_ptr<IProtocolRegisterAssembly> RegisterAssembly(const char* id) const = 0;
-    /// Of that assembly, as RegisterAssembly finds it; good as long as the group.
+    /// The commands of that assembly, valid as long as the group. Throws as RegisterAssembly does.
     virtual VorCommon::ICommandTarget& CommandTarget(const char* id) const = 0;
-    /// The data sources of all assemblies, each once, at the place of its first use.
+    /// The data sources of all assemblies, in order of their first use, without duplicates.
     virtual std::vector<std::string> DataSourceList() const = 0;
-    /// Owned by the assembly; an empty text for an unknown id. The id must not be null.
+    /// Owned by the assembly. Empty for an unknown id. The id must not be null.
     virtual const char* DisplayName(const char* id) const = 0;
 };
 

@@ -8,12 +8,12 @@ class ProtocolRegisterBlock;
 class ProtocolRegisterBlockInfo;
 class RegisterBlockParams;
 
-/// Makes the blocks of one type. Called under the lock of the assembly that asks.
+/// Makes the blocks of one type. Called with the lock of the assembly held.
 class IProtocolRegisterBlockFactory {
 public:
     virtual ~IProtocolRegisterBlockFactory() = default;
 
-    /// The block keeps a reference to the information object, which must outlive it.
+    /// The block keeps a reference to `info`, which must outlive it.
     virtual std::shared_ptr<ProtocolRegisterBlock> Create(const RegisterBlockParams& params,
                                                           ProtocolRegisterBlockInfo& info) = 0;
 };

@@ -6,8 +6,8 @@
 
 namespace VorControl::ControlProtocol {
 
-/// What a service shows of itself and never saves: its status. A service that shows more derives its own class, adds
-/// its values, and hands it to ProtocolBase::Init.
+/// The properties of a service that are never saved: its status. A service with more of them derives its own class with
+/// further values and passes it to ProtocolBase::Init.
 class NonPersistentProperties : public Vor::Params::Group {
 public:
     NonPersistentProperties();

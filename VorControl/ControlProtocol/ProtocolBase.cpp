@@ -2,9 +2,9 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Params/PropertyValue.h"
 #include "VorCommon/IPlatformAttributes.h"
-#include "VorControl/Control/LogThrown.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "yApi/yStatus.h"
@@ -48,7 +48,7 @@ void ProtocolBase::StopOperationEndEvents() {
     try {
         host->RemoveOpEndEventHandler(id, operationEndCallback);
     } catch (const Vor::Exception& e) {
-        LogThrown(e, "EXCEPTION THROWN: ");
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
     }
 }
 
@@ -94,7 +94,7 @@ void ProtocolBase::UpdateProtocolStatus(ProtocolStatus status) {
 }
 
 void ProtocolBase::UpdateStatusAndRethrow(const std::exception& e, ProtocolStatus status) {
-    LogThrown(e, "EXCEPTION THROWN: ");
+    Vor::LogThrown(e, "EXCEPTION THROWN: ");
     UpdateProtocolStatus(status);
     try {
         throw;

@@ -16,16 +16,15 @@
 
 namespace VorControl::ControlProtocol {
 
-/// What a service derives from. The derived constructor calls Init once; the derived class implements Start and Stop
-/// and overrides what it needs. Its destructor leaves no thread of its own running, since nobody calls Stop before it,
-/// and the parts of this class go after it. A class that overrides OperationEndEventImpl calls StopOperationEndEvents
-/// first in its destructor.
+/// The base class of services. The constructor of the derived class calls Init once. The derived class implements Start
+/// and Stop and overrides further operations where needed. Its destructor ends its threads, since the framework doesn't
+/// call Stop before it. If it overrides OperationEndEventImpl, its destructor calls StopOperationEndEvents first.
 class ProtocolBase : public IProtocol {
 public:
     using NonPersistentProperties = ControlProtocol::NonPersistentProperties;
 
-    /// Fails with a bad cast unless the host is a ControlHost. No operation may be under way for a service of the same
-    /// id: its end would come to this one before the derived constructor has run.
+    /// Throws std::bad_cast unless the host is a ControlHost. No operation of a service of the same id may be running:
+    /// its end would be reported to this service before the constructor of the derived class has run.
     explicit ProtocolBase(const ControlProtocolEnviron& environ);
     ~ProtocolBase() override;
 
@@ -81,7 +80,7 @@ public:
     std::vector<std::string> RegisterAssemblyList() const override;
     void ConfigureDefaultRegisterAssembly() override;
 
-    /// Of the bound group, empty or not; without one those of the bound output map.
+    /// The data sources of the group of register assemblies if there is one, otherwise those of the output map.
     std::vector<std::string> DataSourceList() const override;
 
     void OnPreStartScan() override;
@@ -95,7 +94,7 @@ public:
     nlohmann::json& WorkspacePersistData() override;
     ProtocolPersistOptions PersistOptions(VorCommon::PersistDomain domain) const override;
 
-    /// Of the domain's group, empty or not; without one those of its output map.
+    /// The data sources of the domain's group if there is one, otherwise those of its output map.
     std::vector<std::string> DataSourceList(VorCommon::PersistDomain domain) override;
     std::shared_ptr<Vor::Params::Group> Params(VorCommon::PersistDomain domain) const override;
     const char* ParamsVersion(VorCommon::PersistDomain domain) const override;
@@ -123,13 +122,14 @@ public:
 
     IControlHost& GetControlHost() override;
     const IControlHost& GetControlHost() const override;
-    /// The bound metrics, else an empty structure.
+    /// An empty structure if the service has no metrics.
     const Vor::Properties::Structure& GetMetrics() const override;
 
 protected:
     void ScanStateChangeImpl(bool started) override;
     void OperationEndEventImpl(int status) override;
-    /// What a service that has a persistence provider overrides. They do nothing, and give nothing.
+    // A service with a persistence provider overrides these. They do nothing, and return false or an empty pointer.
+
     void ParamsResetImpl(VorCommon::PersistDomain domain) override;
     void OutputsMapResetImpl(VorCommon::PersistDomain domain) override;
     void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) override;
@@ -146,52 +146,52 @@ protected:
     void EndUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
                                        const char* version) override;
 
-    /// Takes the pointers, null ones too, but for the properties.
+    /// Stores the pointers, also null ones; null properties don't replace the built-in ones.
     void Init(const ProtocolInitParams& initParams);
     const std::string& Id() const { return id; }
     void SetIsRunning(bool value) { running.store(value, std::memory_order_relaxed); }
     bool IsRunning() const { return running.load(std::memory_order_relaxed); }
-    /// Takes no lock. Call it in Start and Stop only.
+    /// Enters no lock. Call it in Start and Stop only.
     void UpdateProtocolStatus(ProtocolStatus status);
-    /// Only within the handler of `e`: logs it, sets the status, and throws a Vor::Exception with the text of `e`, its
-    /// status or 0, and `e` nested in it.
+    /// Call it only in the handler of `e`. Logs `e`, sets the status, and throws a Vor::Exception with the text and the
+    /// status of `e`, or yERROR if it has none, and with `e` nested in it.
     [[noreturn]] void UpdateStatusAndRethrow(const std::exception& e, ProtocolStatus status);
 
-    /// Runs a client's command. Those that act on the sensor end later, on the operations thread, and the others in
-    /// here; each end comes to OperationEndEventImpl. Ask OperationInProgress first: a command that comes while another
-    /// runs fails, and its end hides that the other still runs. Throws only what isn't a std::exception, or what
-    /// OperationEndEventImpl throws when it is told of a failure.
+    /// Runs a client's command. Commands that act on the sensor end later, on the operations thread; the others end
+    /// before this returns. Each end is reported to OperationEndEventImpl. Check OperationInProgress first: a command
+    /// that is passed in while another one runs fails, and its end clears OperationInProgress too early. Throws only
+    /// exceptions that aren't a std::exception, and what OperationEndEventImpl throws after a failure.
     void ProcessReceivedCommonCommands(const ControlRegisterCommandData& data);
-    /// Whether a polled command is the one that was run last: the same id, and the same text where the id has one.
+    /// Whether a polled command is the same as the last one: the same id, and the same text if the command has one.
     static bool IsDuplicateCommand(const ControlRegisterCommandData& last, const ControlRegisterCommandData& current);
-    /// For the client: 0 no command completed yet, 1 in progress, 2 the last one succeeded, 3 it failed. Any thread.
+    /// For the client: 0 no command completed yet, 1 in progress, 2 the last one succeeded, 3 it failed. May be called
+    /// on any thread.
     std::uint8_t GetCommandStatus() const;
     void SetOperationInProgress(bool value) { operationInProgress.store(value, std::memory_order_release); }
     bool OperationInProgress() const { return operationInProgress.load(std::memory_order_acquire); }
     void OperationCompleted(int status);
     void OpEndEventHandler(int status);
-    /// No end of an operation comes to this service any more; waits for one that is being told. Not from
-    /// OperationEndEventImpl. A failure is logged.
+    /// After it has returned, OperationEndEventImpl isn't called any more for operations on the sensor. Waits for a
+    /// call that is running, so it must not be called in OperationEndEventImpl. A failure is logged.
     void StopOperationEndEvents();
 
-    /// Shows a problem to the user when messages were dropped since the start of the scan, and withdraws it when none
-    /// were. A null text stands for the common one. Reads `dropCount` of the bound metrics; without them it does
-    /// nothing.
+    /// Reports a problem to the user if messages were dropped since the start of the scan, otherwise removes it. A null
+    /// text means the default one. Uses `dropCount` of the service's metrics; does nothing if there are none.
     void CheckControlDrops(const char* text);
-    /// Withdraws the problems that this service shows to the user.
+    /// Removes the problems that this service has reported.
     void ClearAllProblems();
 
-    /// Good only while enabled, so each Start sets it anew.
+    /// The setting is lost when the service is disabled, so call it in each Start.
     void SetForwardScanResultsToProtocol(bool enable);
-    /// Whether the platform may have no scanner of its own.
+    /// Whether the platform may be without a scanner.
     bool ScannerIsOptional() const { return scannerIsOptional; }
     bool ScanningStopped() const { return scanningStopped.load(std::memory_order_relaxed); }
-    /// The drop count of the bound metrics when the scan was last started.
+    /// The drop count of the service's metrics at the last start of the scan.
     std::uint64_t LastDropCount() const { return lastDropCount.load(std::memory_order_relaxed); }
 
 private:
     const IProtocolRegisterAssemblyGroup& Group() const;
-    /// Sets the filter of the scan results to what the domain needs, if it is the job domain.
+    /// For the job domain: sets the filter of the scan results to its data sources.
     void RefreshScanResults(VorCommon::PersistDomain domain);
     std::uint64_t DropCount() const;
     void RunCommand(const ControlRegisterCommandData& data);
@@ -205,7 +205,7 @@ private:
     NonPersistentProperties builtInProperties;
     NonPersistentProperties* properties;
     /// Guards the values of `properties`: the framework holds it while it reads them, the service while it changes
-    /// them. Nothing else is locked under it.
+    /// them. No other lock is entered under it.
     Vor::Handle<yLock, yLock_Destroy> propertiesLock;
     std::atomic<bool> lockHeld = false;
     Vor::Params::Group* params = nullptr;
@@ -217,7 +217,8 @@ private:
     ParamsInternalUpdateEvent paramsInternalUpdate;
     OutputsInternalUpdateEvent outputsInternalUpdate;
     PersistenceDomainChangeEvent persistenceDomainChange;
-    /// Set by the thread that hands over a command, cleared by the one that ends it, with the status before it.
+    /// Set by the thread that passes in a command. Cleared by the thread that ends the command, after it has set
+    /// `completedOperationStatus`.
     std::atomic<bool> operationInProgress = false;
     std::atomic<std::uint8_t> completedOperationStatus = 0;
     Vor::Event<int>::CallbackId operationEndCallback;

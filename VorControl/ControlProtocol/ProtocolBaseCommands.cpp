@@ -1,7 +1,7 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/UserData/UdiCache.h"
-#include "VorControl/Control/LogThrown.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/Translate.h"
 #include "yApi/yStatus.h"
@@ -19,7 +19,7 @@ constexpr std::uint8_t CommandInProgress = 1;
 constexpr std::uint8_t CommandSucceeded = 2;
 constexpr std::uint8_t CommandFailed = 3;
 
-/// Whoever filled the record may not have ended the text.
+/// The text may have no terminator.
 std::string ArgumentText(const ControlRegisterCommandData& data) {
     return std::string(data.commandArgs.begin(), std::ranges::find(data.commandArgs, '\0'));
 }
@@ -31,8 +31,8 @@ void ProtocolBase::ProcessReceivedCommonCommands(const ControlRegisterCommandDat
     try {
         RunCommand(data);
     } catch (const std::exception& e) {
-        LogThrown(e, "Failed to process the received command from %s client with command id %u", displayName,
-                  static_cast<unsigned>(data.commandId));
+        Vor::LogThrown(e, "Failed to process the received command from %s client with command id %u", displayName,
+                       static_cast<unsigned>(data.commandId));
         OperationCompleted(yERROR);
     }
 }

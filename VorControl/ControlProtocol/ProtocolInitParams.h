@@ -13,15 +13,17 @@ class IProtocolOutput;
 class IProtocolRegisterAssemblyGroup;
 class NonPersistentProperties;
 
-/// The objects that a service hands to ProtocolBase::Init. The service owns them and keeps them until it is destroyed.
+/// The objects that a service passes to ProtocolBase::Init. The service owns them until it is destroyed.
 struct ProtocolInitParams {
     /// Null keeps the built-in ones.
     NonPersistentProperties* nonPersistentProperties = nullptr;
-    /// Null: the service has no parameters. A service whose configuration is persisted binds a group, empty if need be.
+    /// Null: the service has no parameters. A service whose configuration is persisted needs a group, even an empty
+    /// one.
     Vor::Params::Group* params = nullptr;
     IProtocolOutput* outputs = nullptr;
     VorCommon::ICommandTarget* outputsCommandTarget = nullptr;
-    /// Has `dropCount`, an unsigned 64-bit value, as its first child. A service that binds it overrides UpdateMetrics.
+    /// Its first child is `dropCount`, a Vor::Properties::Value<long long>. A service that sets it overrides
+    /// UpdateMetrics.
     Vor::Properties::Structure* metrics = nullptr;
     IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
 };

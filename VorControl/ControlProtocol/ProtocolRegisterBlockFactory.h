@@ -4,7 +4,7 @@
 
 namespace VorControl::ControlProtocol {
 
-/// Makes blocks of class T, which is constructed with the parameters of the request and its type information.
+/// Makes blocks of class T, which has a constructor with the same parameters as Create.
 template <class T>
 class ProtocolRegisterBlockFactory : public IProtocolRegisterBlockFactory {
 public:

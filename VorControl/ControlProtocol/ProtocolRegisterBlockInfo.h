@@ -13,10 +13,10 @@ namespace VorControl::ControlProtocol {
 class ProtocolRegisterBlock;
 class RegisterBlockParams;
 
-/// One block type of one assembly: answers every question about the type, makes its blocks and counts them. As a
-/// document it is read-only and tells clients which blocks an assembly offers.
+/// One block type of one assembly: has the facts of the type, makes its blocks and counts them. As a document it is
+/// read-only and describes to clients which blocks an assembly offers.
 ///
-/// It has no lock: the assembly that owns it serialises access. It outlives the blocks made through it.
+/// It has no lock: the assembly that owns it serialises access. It outlives the blocks that it makes.
 class ProtocolRegisterBlockInfo : public Vor::Params::Group {
 public:
     /// Throws yERROR_PARAMETER when the maximum number of instances is below the minimum.
@@ -34,11 +34,11 @@ public:
     bool IsRegisterCountConfigurable() const;
     bool HasDataSource() const;
 
-    /// Byte order of all blocks of this type; a change takes effect on live blocks at once.
+    /// The byte order of all blocks of this type, also of those that exist already.
     bool IsProtocolBigEndian() const { return isProtocolBigEndian; }
     void SetIsProtocolBigEndian(bool isBigEndian) { isProtocolBigEndian = isBigEndian; }
 
-    /// True: output ids are register addresses. Set by the assembly that the type is added to.
+    /// True: output ids are register addresses. The assembly that the type is added to sets it.
     bool IsGlobalAddressSpaceUsed() const { return isGlobalAddressSpaceUsed; }
     void SetIsGlobalAddressSpaceUsed(bool isUsed) { isGlobalAddressSpaceUsed = isUsed; }
 

@@ -10,7 +10,7 @@ namespace VorControl::ControlProtocol {
 
 namespace {
 
-/// An item of its own for the first element of an array message.
+/// A new item for the first element of an array message.
 Vor::Object FirstElementItem(ResultItem item, yMsgInfo arrayInfo) {
     const VvArrayMsg array = yMsgInfo_Message(arrayInfo);
     if (VvArrayMsg_Count(array) == 0) {

@@ -8,12 +8,12 @@
 
 namespace VorControl::ControlProtocol {
 
-/// A block that is fed by one data source of the scan: Serialize takes a DefaultScanOutputInputData and writes the
-/// whole block from its result item. Nothing is kept between two calls, and nothing is allocated but for an array
-/// message, of which the first element is written.
+/// A block with the values of one data source of the scan: Serialize writes the whole block from the result item of a
+/// DefaultScanOutputInputData. Of an array message, the first element is written. Nothing is kept between two calls,
+/// and memory is allocated for array messages only.
 class ProtocolScanOutputRegisterBlock : public ProtocolRegisterBlock {
 public:
-    /// The source record of Serialize. The item is borrowed for the call.
+    /// The source record of Serialize. The item must be valid during the call.
     struct DefaultScanOutputInputData {
         ResultItem item = nullptr;
         std::uint32_t outputMode = 0; ///< 1: the short form of the stamp block; otherwise the normal form
@@ -27,18 +27,19 @@ public:
     void SetDataSource(const std::string& source) override;
     const std::string& DataSource() const override;
 
-    /// Write one kind of message. Each throws yERROR_UNIMPLEMENTED when the type doesn't take that kind.
+    // Each of these writes one kind of message, or throws yERROR_UNIMPLEMENTED for a type without that kind.
+
     virtual void SerializeMeasurementMsg(unsigned char* buffer, unsigned long offset,
                                          const DefaultScanOutputInputData* data);
     virtual void SerializeStampMsg(unsigned char* buffer, unsigned long offset, const DefaultScanOutputInputData* data);
     virtual void SerializeStringMsg(unsigned char* buffer, unsigned long offset,
                                     const DefaultScanOutputInputData* data);
-    /// Writes what stands for a missing value.
+    /// Writes the bytes that mean "no value".
     virtual void SerializeNullMsg(unsigned char* buffer, unsigned long offset);
 
-    /// What Serialize does in every type that writes scan data. The destination must have exactly
-    /// SerializedOutputSize() bytes, the source must be one DefaultScanOutputInputData, else yERROR_SIZE is thrown.
-    /// A failure leaves the destination as far as it was written.
+    /// The body of Serialize in each type that writes scan data. Throws yERROR_SIZE unless the destination has exactly
+    /// SerializedOutputSize() bytes and the source is one DefaultScanOutputInputData. On a failure the destination may
+    /// be written in part.
     void SerializeScanData(void* destination, unsigned long long destinationSize, const void* source,
                            unsigned long long sourceSize);
     /// Calls the writer for the item's message. Throws yERROR_UNIMPLEMENTED for another kind of message and
@@ -49,7 +50,7 @@ public:
     static bool IsResultItemNullMsg(void* item);
 
 protected:
-    /// The message of an item, borrowed. Throws yERROR_PARAMETER when it has none.
+    /// The message of an item, which still owns it. Throws yERROR_PARAMETER when it has none.
     static void* Message(const ResultItem& item);
 
 private:

@@ -36,8 +36,8 @@ RegisterBlockIndex::Blocks::iterator RegisterBlockIndex::Find(unsigned short out
 }
 
 unsigned short RegisterBlockIndex::RegistersFrom(Blocks::const_iterator from) {
-    // The first time, one walk costs less than the sums of all blocks.
-    if (from != blocks.end() && std::exchange(sumAsked, true) && IsSearchable()) {
+    // For the first call, one walk costs less than the sums of all blocks.
+    if (from != blocks.end() && std::exchange(sumRequested, true) && IsSearchable()) {
         if (!sums.has_value()) {
             sums.emplace();
             for (const auto& block : blocks) {
@@ -88,7 +88,7 @@ bool RegisterBlockIndex::IsUpToDate() const {
 
 bool RegisterBlockIndex::IsSearchable() {
     if (changed->exchange(false, std::memory_order_relaxed)) {
-        // One walk costs less than sorting the blocks anew, so that waits for the next one.
+        // One walk costs less than sorting all blocks again, so the next search does that.
         Invalidate();
         return false;
     }
@@ -104,7 +104,7 @@ void RegisterBlockIndex::Invalidate() {
     stale = true;
     byOutputId.clear();
     unsettled.clear();
-    sumAsked = false;
+    sumRequested = false;
     sums.reset();
 }
 
@@ -148,7 +148,7 @@ bool RegisterBlockIndex::Forget(Blocks::iterator position) {
         return false;
     }
     if (unsettled.size() > Fewest + byOutputId.size() / 8) {
-        // When many blocks move, sorting all of them anew costs less.
+        // When many blocks move, sorting all of them again costs less.
         Invalidate();
         return false;
     }

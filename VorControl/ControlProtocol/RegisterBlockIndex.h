@@ -13,34 +13,34 @@ namespace VorControl::ControlProtocol {
 
 class ProtocolRegisterBlock;
 
-/// Saves the walks over an assembly's list: to the place of a block, to a block of a known output id, and for the sum
-/// of the registers. The list can be searched while each of its blocks has a register, ends without wrapping at 16
-/// bits, and begins behind the end of the one before it. Otherwise the list is walked.
+/// Finds blocks in the list of an assembly without a walk over it: the position for a range of addresses, the block
+/// with an output id, and the sum of the registers. The list is searchable if each block has a register, an end that
+/// fits in 16 bits, and a start behind the end of the block before it. A list that isn't searchable is walked.
 ///
-/// No lock of its own: that of the assembly guards it.
+/// Has no lock: the lock of the assembly guards it.
 class RegisterBlockIndex {
 public:
     using Blocks = std::list<std::shared_ptr<ProtocolRegisterBlock>>;
 
     explicit RegisterBlockIndex(Blocks& blocks);
 
-    /// The first block that overlaps the range or lies behind it, or the end of the list, in logarithmic time; the
-    /// front of the list while it can't be searched. No block before it has to do with the range.
+    /// The first block that overlaps the range or is behind it, or the end of the list, in logarithmic time. The
+    /// beginning of a list that isn't searchable. No block before the returned one overlaps the range.
     Blocks::iterator WalkStart(unsigned short start, unsigned short end);
-    /// The first block with this output id, or the end of the list; in logarithmic time while it can be searched.
+    /// The first block with this output id, or the end of the list. In logarithmic time if the list is searchable.
     Blocks::iterator Find(unsigned short outputId);
-    /// Registers of all blocks from the given one on, in 16 bits; in logarithmic time when asked again while the list
-    /// can be searched.
+    /// Registers of all blocks from `from` on, in 16 bits. The first call for a list walks it; later ones run in
+    /// logarithmic time if the list is searchable.
     unsigned short RegistersFrom(Blocks::const_iterator from);
 
-    /// For a block before it goes into the list: notices each later change of where it lies.
+    /// Call it before a block is inserted in the list: follows all later changes of its output id and register count.
     void Watch(ProtocolRegisterBlock& block);
-    /// For a block that is watched and has gone into the list.
+    /// Call it after a watched block was inserted in the list.
     void Added(Blocks::iterator position);
-    /// For a block that is about to leave the list.
+    /// Call it before a block is erased from the list.
     void Removing(Blocks::iterator position);
-    /// Calls what changes where a block lies, and follows; of the blocks in the list, each may change once before the
-    /// list is searched again.
+    /// Calls `change`, which changes the output id or the register count of a block. Between two searches, each block
+    /// of the list may be changed once.
     template <class Call>
     void Change(Blocks::iterator position, const Call& change) {
         const bool follows = Forget(position);
@@ -49,7 +49,7 @@ public:
             Follow();
         }
     }
-    /// The list has been emptied.
+    /// Call it after the list was cleared.
     void Cleared();
 
 private:
@@ -64,15 +64,15 @@ private:
     bool Fits(Blocks::iterator position) const;
 
     Blocks& blocks;
-    /// Set by the blocks that are watched; those that have left the list have an old one. Atomic, since they have
-    /// left the lock as well.
+    /// Set by the watched blocks. Blocks that are no longer in the list have an older flag. Atomic, since those aren't
+    /// guarded by the lock any more.
     std::shared_ptr<std::atomic<bool>> changed;
-    bool stale = false; ///< what follows is out of date
-    bool fits = true;
+    bool stale = false; ///< the members below are out of date
+    bool fits = true;   ///< the list is searchable
     std::map<unsigned short, Blocks::iterator> byOutputId;
-    /// In the list, but not yet in what it is searched by.
+    /// In the list, but not yet in `byOutputId` and `sums`.
     std::vector<Blocks::iterator> unsettled;
-    bool sumAsked = false;
+    bool sumRequested = false; ///< RegistersFrom was called for this list
     std::optional<RegisterSums> sums;
 };
 

@@ -5,7 +5,7 @@
 
 namespace VorControl::ControlProtocol {
 
-/// Register counts by output id, whose sums are found in logarithmic time (a binary indexed tree). All in 16 bits.
+/// Register counts by output id, with their sums in logarithmic time (a binary indexed tree). All in 16 bits.
 class RegisterSums {
 public:
     void Add(unsigned short outputId, unsigned short count) {
@@ -18,7 +18,7 @@ public:
         Add(outputId, static_cast<unsigned short>(0x10000 - count));
     }
 
-    /// Of this output id and all above it.
+    /// The sum for this output id and all greater ones.
     unsigned short From(unsigned short outputId) const {
         unsigned short sum = 0;
         for (std::size_t i = Reversed(outputId); i != 0; i &= i - 1) {
@@ -28,7 +28,7 @@ public:
     }
 
 private:
-    /// The tree counts from 1 and sums what lies below.
+    /// The tree has indices from 1 and sums up to an index.
     static std::size_t Reversed(unsigned short outputId) { return std::size_t{0x10000} - outputId; }
 
     std::vector<unsigned short> sums = std::vector<unsigned short>(0x10001);

@@ -15,7 +15,7 @@ using AssemblyLock = Vor::ScopeLock<const IProtocolRegisterAssembly, &IProtocolR
 using OutputMapLock = Vor::ScopeLock<IProtocolOutput, &IProtocolOutput::BeginLock, &IProtocolOutput::EndLock>;
 
 /// The lock of a service's non-persistent properties, for each change or read of them.
-using PropertiesLock = Vor::ScopeLock<IProtocol, &IProtocol::NonPersistentPropertiesBeginLock,
-                                      &IProtocol::NonPersistentPropertiesEndLock>;
+using PropertiesLock =
+    Vor::ScopeLock<IProtocol, &IProtocol::NonPersistentPropertiesBeginLock, &IProtocol::NonPersistentPropertiesEndLock>;
 
 } // namespace VorControl::ControlProtocol

@@ -10,7 +10,7 @@ class DefaultControlOutputRegisterBlock : public ProtocolRegisterBlock {
 public:
     using ProtocolRegisterBlock::ProtocolRegisterBlock;
 
-    /// From a DefaultCommandResultData. Both sizes must be exact, else yERROR_SIZE is thrown.
+    /// The source is a DefaultCommandResultData. Throws yERROR_SIZE unless both sizes are exact.
     void Serialize(void* destination, unsigned long long destinationSize, const void* source,
                    unsigned long long sourceSize) override;
 
@@ -18,7 +18,8 @@ protected:
     /// Doesn't check the size of the buffer.
     void SerializeCommandResultData(unsigned char* buffer, const DefaultCommandResultData* data) const;
 
-    /// Bytes of the destination.
+    // Offsets in the destination, in bytes.
+
     const unsigned long long requestWordOffset = 0;
     const unsigned long long commandResultOffset = 2;
 };

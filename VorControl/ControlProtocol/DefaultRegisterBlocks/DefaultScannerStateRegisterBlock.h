@@ -5,18 +5,18 @@
 
 namespace VorControl::ControlProtocol {
 
-/// The state of the scanner: a signed and an unsigned 64-bit value and two bytes. The offsets don't grow with the width
-/// of the registers: in registers of two bytes the two bytes overlap.
+/// The state of the scanner: a signed and an unsigned 64-bit value and two bytes. The offsets don't depend on the
+/// register width, so in registers of two bytes the two bytes overlap.
 class DefaultScannerStateRegisterBlock : public ProtocolRegisterBlock {
 public:
     DefaultScannerStateRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info);
 
-    /// From a DefaultScannerStateData. Both sizes must be exact, else yERROR_SIZE is thrown.
+    /// The source is a DefaultScannerStateData. Throws yERROR_SIZE unless both sizes are exact.
     void Serialize(void* destination, unsigned long long destinationSize, const void* source,
                    unsigned long long sourceSize) override;
 
 protected:
-    /// Bytes of the destination.
+    /// In the destination, in bytes.
     struct Offsets {
         unsigned long long signedScannerValue = 0;
         unsigned long long unsignedScannerValue = 8;
@@ -27,7 +27,7 @@ protected:
     DefaultScannerStateRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info,
                                      const Offsets& offsets);
 
-    /// Checks no size.
+    /// Doesn't check the size of the buffer.
     void SerializeScannerStateData(unsigned char* buffer, const DefaultScannerStateData* data) const;
 
     const Offsets offsets;

@@ -10,7 +10,7 @@ public:
     inline static const char* const DEFAULT_DISPLAY_NAME =
         VorGetText::GetInstance().DPGetText("BE", "com.vorlab.ctrl", "Sensor Group State");
 
-    /// Optional: an assembly may do without the block.
+    /// isOptional: an assembly may have no such block.
     explicit DefaultScannerStateRegisterBlockInfo(bool isOptional);
 };
 

@@ -5,23 +5,23 @@
 
 namespace VorControl::ControlProtocol {
 
-/// The state of the sensor: a 64-bit value, three state bytes, and the job's file name, one character a register. The
-/// offsets don't grow with the width of the registers: in registers of two bytes fields overlap, and the file name,
-/// which is written last, prevails.
+/// The state of the sensor: a 64-bit value, three state bytes, and the job's file name with one character in a
+/// register. The offsets don't depend on the register width, so in registers of two bytes fields overlap. There the
+/// file name, which is written last, overwrites the others.
 class DefaultSystemStateRegisterBlock : public ProtocolRegisterBlock {
 public:
     DefaultSystemStateRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info);
 
-    /// From a DefaultSystemStateData. Both sizes must be exact, else yERROR_SIZE is thrown; yERROR_PARAMETER for a
-    /// file name that is too long.
+    /// The source is a DefaultSystemStateData. Throws yERROR_SIZE unless both sizes are exact, and yERROR_PARAMETER for
+    /// a file name that is too long.
     void Serialize(void* destination, unsigned long long destinationSize, const void* source,
                    unsigned long long sourceSize) override;
 
-    /// Characters.
+    /// In characters.
     static unsigned char JobFileNameMaxSize() { return 64; }
 
 protected:
-    /// Bytes of the destination.
+    /// In the destination, in bytes.
     struct Offsets {
         unsigned long long stateValue = 0;
         unsigned long long firstStateByte = 8;
@@ -34,7 +34,7 @@ protected:
     DefaultSystemStateRegisterBlock(const RegisterBlockParams& params, ProtocolRegisterBlockInfo& info,
                                     const Offsets& offsets);
 
-    /// Checks no size.
+    /// Checks neither the size of the buffer nor the length of the file name.
     void SerializeSystemStatsData(unsigned char* buffer, const DefaultSystemStateData* data) const;
 
     const Offsets offsets;
