@@ -10,9 +10,9 @@
 
 namespace Vor {
 
-/// A list of callbacks, called in order of adding. Any thread may add, remove and raise at any time, also from within a
-/// callback: a raise calls those that were there at its begin and haven't been removed when their turn comes. Removal
-/// doesn't wait for a call that is running on another thread.
+/// A list of callbacks, called in order of adding. Any thread may add, remove and raise at any time, also in a
+/// callback. A raise calls the callbacks that were in the list when it began, except those that were removed meanwhile.
+/// Removal doesn't wait for a call that is running on another thread.
 template <class... Args>
 class Event {
     struct Entry {
@@ -24,11 +24,11 @@ class Event {
     };
     struct Entries {
         std::vector<std::shared_ptr<Entry>> list;
-        mutable std::atomic<std::size_t> walks{0}; ///< raises that walk the list, which meanwhile must not change
+        mutable std::atomic<std::size_t> walks{0}; ///< number of raises that walk the list; if any, it must not change
     };
 
 public:
-    /// A place in the list and a flag that it is set. A copy whose callback was removed meanwhile is harmless.
+    /// A callback in the list, or none. The id of a callback that was removed through a copy of it does nothing.
     class CallbackId {
     public:
         bool IsSet() const { return set; }
@@ -44,7 +44,7 @@ public:
     Event(const Event&) = delete;
     Event& operator=(const Event&) = delete;
 
-    /// An empty function isn't added and gives an id that isn't set.
+    /// An empty function isn't added; its id isn't set.
     CallbackId Add(std::function<void(Args...)> function) {
         CallbackId id;
         if (!function) {
@@ -61,7 +61,7 @@ public:
         return id;
     }
 
-    /// Clears the id. An id that isn't set does nothing.
+    /// Clears the id. Does nothing for an id that isn't set.
     void Remove(CallbackId& id) {
         const auto entry = id.entry.lock();
         id = CallbackId();
@@ -80,7 +80,7 @@ public:
 
     void Remove(CallbackId&& id) { Remove(id); }
 
-    /// An exception of a callback ends the walk and passes on.
+    /// Throws what a callback throws; the callbacks after it aren't called then.
     void Raise(Args... args) const {
         const Walk walk(*this);
         if (!walk.called) {
@@ -101,7 +101,7 @@ public:
     }
 
 private:
-    /// Keeps a list unchanged while it lives; the event itself may go meanwhile.
+    /// Keeps the list unchanged as long as it exists, even if the event is destroyed before.
     struct Walk {
         explicit Walk(const Event& event) {
             const std::lock_guard guard(event.mutex);
@@ -121,7 +121,7 @@ private:
         std::shared_ptr<const Entries> called;
     };
 
-    /// Guards `entries`. Innermost: nothing else is locked and no callback runs while it is held.
+    /// Guards `entries`. No other lock is entered and no callback runs while it is held.
     mutable std::mutex mutex;
     std::shared_ptr<Entries> entries; ///< replaced, not changed, while a raise walks it
 

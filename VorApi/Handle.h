@@ -4,7 +4,7 @@
 
 namespace Vor {
 
-/// Owner of a plain resource such as a lock, a thread or a list: `Handle<yLock, yLock_Destroy>`.
+/// Owns a resource of the C-style interface, for example a lock: `Handle<yLock, yLock_Destroy>`.
 template <class Resource, auto Destroy>
 class Handle {
 public:
@@ -26,7 +26,7 @@ public:
         }
     }
 
-    /// For construct functions, which store the new resource: destroys what was held.
+    /// The address at which a construct function stores the new resource. Destroys the present one.
     Resource* Out() {
         Reset();
         return &resource;

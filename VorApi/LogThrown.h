@@ -9,7 +9,7 @@
 
 namespace Vor {
 
-/// An entry at error level, with the exception and its back trace behind it.
+/// Logs a text at error level, then the exception and its back trace.
 template <typename... Args>
 void LogThrown(const std::exception& exception, const LocatedFormat& text, const Args&... args) {
     LogError(text, args...);
@@ -17,7 +17,7 @@ void LogThrown(const std::exception& exception, const LocatedFormat& text, const
     Exception::LogBackTrace(exception);
 }
 
-/// Runs `work` for a destructor, which lets no exception out: each is logged.
+/// Runs the work of a destructor, which must not throw: exceptions are logged.
 template <typename Work>
 void CleanUp(Work&& work, const std::source_location& where = std::source_location::current()) noexcept {
     const LocatedFormat text("Exception thrown in destructor", where);

@@ -6,12 +6,12 @@
 
 namespace Vor {
 
-/// One share of a shared object, given up at destruction.
+/// One share of a shared object, released at destruction.
 class Object {
 public:
     Object() = default;
 
-    /// Adopts a share that the caller has.
+    /// Takes over a share of the caller.
     static Object Take(void* handle) { return Object(handle); }
     /// Adds a share; the caller keeps its own.
     static Object Share(void* handle) { return Object(yObject_Share(handle)); }
@@ -26,14 +26,14 @@ public:
     }
     ~Object() { yObject_Release(handle); }
 
-    /// Borrowed; null for an empty object.
+    /// Doesn't add a share. Null for an empty object.
     void* Get() const { return handle; }
     explicit operator bool() const { return handle != nullptr; }
 
-    /// Hands the share to the caller and leaves the object empty.
+    /// Passes the share to the caller and leaves the object empty.
     void* Release() { return std::exchange(handle, nullptr); }
 
-    /// For construct functions, which store a new object with its one share: gives up what was held.
+    /// The address at which a construct function stores the new object with its one share. Releases the present one.
     void** Out() {
         yObject_Release(std::exchange(handle, nullptr));
         return &handle;

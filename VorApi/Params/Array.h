@@ -9,8 +9,8 @@
 
 namespace Vor::Params {
 
-/// An array with the keywords of a parameter. "minItems" and "maxItems" tell the client a limit; they aren't enforced
-/// here.
+/// An array with the keywords of a parameter. "minItems" and "maxItems" are limits for clients; the array doesn't
+/// enforce them.
 template <class T>
 class Array : public Properties::Array<T>, public ParamsBase {
     using Base = Properties::Array<T>;

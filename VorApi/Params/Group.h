@@ -33,7 +33,7 @@ public:
     }
 
 protected:
-    unsigned int TakeSortOrder(unsigned int step) {
+    unsigned int NextSortOrder(unsigned int step) {
         const unsigned int order = nextSortOrder;
         nextSortOrder += step;
         return order;
@@ -44,8 +44,8 @@ private:
     unsigned int nextSortOrder = 0;
 };
 
-/// A named set of parameters. A document class derives from it, holds its parameters as members and registers them in
-/// its constructor, which is the declaration of the document's schema.
+/// A named set of parameters. A document class derives from it, has its parameters as members and registers them in its
+/// constructor, which so declares the schema of the document.
 class Group : public StructBase {
 public:
     explicit Group(const std::string& extendedType = std::string())
@@ -53,14 +53,14 @@ public:
 
     void CopyValues(const Properties::Node& other) override { StructBase::CopyValues(other); }
 
-    /// Makes `parameter` a member under the key `name`, with the group's next sort order. An empty title stands for
+    /// Makes `parameter` a member under the key `name`, with the group's next sort order. An empty title means
     /// the name.
     template <class P>
     void Register(const std::string& name, P& parameter, const std::string& title = std::string(),
                   unsigned int sortStep = 100) {
         Structure::Register(name, parameter);
         parameter.SetTitle(title.empty() ? name : title);
-        parameter.SetSortOrder(TakeSortOrder(sortStep));
+        parameter.SetSortOrder(NextSortOrder(sortStep));
     }
 };
 

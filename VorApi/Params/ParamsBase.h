@@ -12,9 +12,9 @@
 
 namespace Vor::Params {
 
-/// The keywords that each parameter can have, be it a value, a group or an array. Each is itself a value, attached to
-/// the parameter's schema. "used" and "visibility" are two ways of telling a client whether a parameter matters, and
-/// exclude each other.
+/// The keywords that values, groups and arrays can have. Each keyword is itself a value, registered in the parameter's
+/// schema. "used" and "visibility" both describe whether a parameter is of interest to a client, and exclude each
+/// other.
 class ParamsBase {
 public:
     const std::string& GetTitle() const { return title.Get(); }
@@ -23,7 +23,7 @@ public:
     unsigned int GetSortOrder() const { return sortOrder.Get(); }
     void SetSortOrder(unsigned int order) { sortOrder.ConditionalSet(order); }
 
-    /// Can't be undone.
+    /// Can't be disabled again.
     void EnableReadOnly();
     bool IsReadOnlyEnabled() const { return readOnlyEnabled; }
     bool GetReadOnly() const { return readOnly && readOnly->Get(); }
@@ -71,15 +71,15 @@ protected:
     ParamsBase& operator=(const ParamsBase&) = delete;
     ~ParamsBase() = default;
 
-    /// Notes whether the read that follows has to pass over a read-only value. Never fails.
+    /// Remembers for the next read whether the parameter is read-only. Never fails.
     void CheckValidation(bool log) const;
 
-    /// Logs, if told to, and throws the failure of a validation.
+    /// Throws the failure of a validation, and logs it if `log`.
     [[noreturn]] void FailValidation(bool log, const char* text) const;
 
     void CopyValues(const ParamsBase& other);
 
-    /// Attaches the keywords that `CopyValues` brought.
+    /// Registers the keywords that `CopyValues` has copied.
     void RegisterCopied();
 
     /// Creates or frees an optional keyword.
@@ -96,7 +96,7 @@ protected:
         }
     }
 
-    /// Makes an optional keyword as it is on another parameter.
+    /// Makes an optional keyword equal to that of another parameter.
     template <class Keyword>
     void CopyKeyword(std::unique_ptr<Keyword>& keyword, const char* key, const std::unique_ptr<Keyword>& other) {
         Enable(keyword, key, other != nullptr);
@@ -114,7 +114,7 @@ protected:
     }
 
     bool ReadOnlyPending() const { return readOnlyPending; }
-    bool TakeReadOnlyPending() { return std::exchange(readOnlyPending, false); }
+    bool ClearReadOnlyPending() { return std::exchange(readOnlyPending, false); }
 
     bool readOnlyEnabled = false;
     bool usedEnabled = false;

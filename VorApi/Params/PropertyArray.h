@@ -77,7 +77,7 @@ public:
     }
 
     /// Removes the elements whose mark is set, in one pass. As in Clear, the handlers run for all of them before the
-    /// first one goes. Marks beyond the end are ignored.
+    /// first one is removed. Marks after the last element are ignored.
     void RemoveMarked(const std::vector<bool>& marks) {
         const auto isMarked = [&](std::size_t index) { return index < marks.size() && marks[index]; };
         for (std::size_t i = 0; i < items.size(); ++i) {
@@ -126,7 +126,7 @@ public:
     HandlerId AddItemAddedHandler(ItemHandler handler) { return itemAddedHandlers.Add(std::move(handler)); }
     void RemoveItemAddedHandler(HandlerId& id) { itemAddedHandlers.Remove(id); }
 
-    /// Runs before an element goes.
+    /// Runs before an element is removed.
     HandlerId AddItemRemovedHandler(ItemHandler handler) { return itemRemovedHandlers.Add(std::move(handler)); }
     void RemoveItemRemovedHandler(HandlerId& id) { itemRemovedHandlers.Remove(id); }
     bool HasItemRemovedHandlers() const { return itemRemovedHandlers.Count() != 0; }

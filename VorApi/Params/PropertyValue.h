@@ -19,12 +19,11 @@ namespace Vor::Properties {
 /// What a serialiser does with a value.
 class IValueIo {
 public:
-    /// Assigns what the reader gives. If that is a change, what has to run after the whole document is added to
-    /// `updateEnd`.
+    /// Assigns the value of the reader. If that is a change, adds the calls for the end of the document to `updateEnd`.
     virtual void ReadValue(IValueReader& reader, Vor::Event<>& updateEnd) = 0;
     virtual void WriteValue(IValueWriter& writer) const = 0;
 
-    /// Throws if the value that the reader gives must not be assigned.
+    /// Throws if the value of the reader must not be assigned.
     virtual void ValidateValue(IValueReader& reader) const = 0;
 
 protected:
@@ -71,7 +70,7 @@ private:
     Name text;
 };
 
-/// A stored value as its users see it.
+/// Access to a stored value.
 template <class T>
 class ValueWrapper {
 public:
@@ -80,7 +79,7 @@ public:
     virtual const T& Get() const { return GetStored(); }
     virtual const T& GetStored() const = 0;
 
-    /// The stored value, to be changed without notice to anybody.
+    /// The stored value, for a change without handlers and without the changed mark.
     virtual T& Modify() = 0;
     virtual operator const T&() const { return GetStored(); }
     virtual ~ValueWrapper() = default;
@@ -185,7 +184,7 @@ public:
     void ReadValue(IValueReader& reader, Vor::Event<>& updateEnd) override { Assign(Kind::Read(reader), updateEnd); }
     void WriteValue(IValueWriter& writer) const override { Kind::Write(writer, this->GetStored()); }
 
-    /// An unchanged value is accepted whatever the limits.
+    /// An unchanged value is always accepted.
     void ValidateValue(IValueReader& reader) const override {
         const T& value = Kind::Read(reader);
         if (!(value == stored)) {
@@ -193,7 +192,8 @@ public:
         }
     }
 
-    /// Throws `yERROR_PARAMETER` for a value that must not be assigned, logging why if `log`. Everything may be here.
+    /// Throws `yERROR_PARAMETER` for a value that must not be assigned, and logs the reason if `log`. Here all values
+    /// are accepted.
     virtual void CheckValidation(const T&, bool) const {}
 
     const T& GetStored() const override { return stored; }
@@ -201,13 +201,13 @@ public:
 
     bool IsChanged() const { return changed; }
 
-    /// Called by `OnUpdateEnd`, which runs after a document that changed this value was read.
+    /// The handlers run in `OnUpdateEnd`, after a document that changed this value was read.
     HandlerId AddUpdateEndHandler(UpdateEndHandler handler) { return updateEndHandlers.Add(std::move(handler)); }
     void RemoveUpdateEndHandler(HandlerId& id) { updateEndHandlers.Remove(id); }
     void OnUpdateEnd() { updateEndHandlers.Run(*this); }
 
 protected:
-    /// The second half of `ReadValue`.
+    /// Sets the value, and has `updateEnd` call OnUpdateEnd if that is a change.
     void Assign(const T& value, Vor::Event<>& updateEnd) {
         if (!(value == stored)) {
             updateEnd.Add([this] { OnUpdateEnd(); });

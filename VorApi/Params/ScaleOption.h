@@ -2,7 +2,7 @@
 
 namespace Vor::Params {
 
-/// The value of the "scale" keyword. Only the default has a meaning to this library; other values are passed through.
+/// The value of the "scale" keyword. The library uses the default only; other values are passed through.
 enum class ScaleOption : int { Default = 1 };
 
 } // namespace Vor::Params

@@ -38,13 +38,13 @@ public:
         return *this;
     }
 
-    /// Passes over the value that was validated while the parameter was read-only.
+    /// Ignores the value that was validated while the parameter was read-only.
     void ReadValue(Properties::IValueReader& reader, Vor::Event<>& updateEnd) override;
 
-    /// The limits hold for a read-only value too.
+    /// Applies the limits also to a read-only value.
     void CheckValidation(const T& value, bool log) const override;
 
-    /// The value of "actual" if that is enabled, else the stored one.
+    /// The value of "actual" if that is enabled, otherwise the stored one.
     const T& Get() const override { return actual ? actual->Get() : this->GetStored(); }
     operator const T&() const override { return Get(); }
 
@@ -157,7 +157,7 @@ void Value<T>::CopyValues(const Properties::Node& other) {
 
 template <class T>
 void Value<T>::ReadValue(Properties::IValueReader& reader, Vor::Event<>& updateEnd) {
-    const bool pending = TakeReadOnlyPending();
+    const bool pending = ClearReadOnlyPending();
     const T& incoming = Properties::Internal::ValueKind<T>::Read(reader);
     if (!pending || !(incoming == pendingValue)) {
         this->Assign(incoming, updateEnd);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VorApi/Event.h"
+#include "VorApi/Handle.h"
 #include "VorApi/Threads/Locker.h"
 
 #include <functional>
@@ -8,45 +9,45 @@
 
 namespace Vor {
 
-/// An event with a recursive lock of its own, which is held while its callbacks run: removal waits for a raise on
-/// another thread, and a callback may add and remove. A lock that fails is thrown with its status.
+/// An event with its own recursive lock, which is held while the callbacks run: removal waits for a raise on another
+/// thread, and a callback may add and remove. A failure of the lock is thrown with its status.
 template <class... Args>
 class LockedEvent {
 public:
     using CallbackId = typename Event<Args...>::CallbackId;
 
-    LockedEvent() { ThrowIfFailed(yLock_Construct(&lock)); }
-    ~LockedEvent() { yLock_Destroy(lock); }
+    LockedEvent() { ThrowIfFailed(yLock_Construct(lock.Out())); }
 
     LockedEvent(const LockedEvent&) = delete;
     LockedEvent& operator=(const LockedEvent&) = delete;
 
     CallbackId AddListener(std::function<void(Args...)> function) {
-        const Locker locker(lock);
+        const Locker locker(lock.Get());
         return event.Add(std::move(function));
     }
 
     void RemoveListener(CallbackId& id) {
-        const Locker locker(lock);
+        const Locker locker(lock.Get());
         event.Remove(id);
     }
 
-    /// An exception of a callback ends the walk and passes on.
+    /// Throws what a callback throws; the callbacks after it aren't called then.
     void Raise(Args... args) const {
-        const Locker locker(lock);
+        const Locker locker(lock.Get());
         event.Raise(args...);
     }
 
     std::size_t Count() const {
-        const Locker locker(lock);
+        const Locker locker(lock.Get());
         return event.Count();
     }
 
-    /// For whoever needs several of these calls in one.
-    yLock Lock() const { return lock; }
+    /// For a caller that combines several of these calls.
+    yLock Lock() const { return lock.Get(); }
 
 private:
-    yLock lock = nullptr; ///< guards the walk of `event`; ranks behind every lock of the one who raises
+    /// Held during each use of `event`. Entered after all locks of the thread that raises.
+    Handle<yLock, yLock_Destroy> lock;
     Event<Args...> event;
 };
 

@@ -5,7 +5,7 @@
 
 namespace Vor {
 
-/// Holds a lock for a scope. A lock that can't be entered is thrown with its status; a failure to leave is logged.
+/// Holds a lock for a scope. A failure to enter it is thrown with its status; a failure to leave it is logged.
 class Locker {
 public:
     explicit Locker(yLock lock)

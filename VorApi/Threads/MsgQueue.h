@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Vor/Exception.h"
+#include "VorApi/Handle.h"
 #include "VorApi/Object.h"
 #include "yApi/PointerWrapper.h"
 #include "yApi/yMsgQueue.h"
@@ -13,33 +14,30 @@
 
 namespace Vor {
 
-/// A thread-safe queue of heap objects, unbounded until a maximum count is set. A step that fails is thrown with its
-/// status.
+/// A thread-safe queue of heap objects, unbounded until a maximum count is set. A failure is thrown with its status.
 template <class T>
 class MsgQueue {
 public:
-    /// `onDrop` sees each object that the queue drops, before it is deleted, on the thread whose call dropped it. An
-    /// object that nobody removed is dropped, too.
+    /// `onDrop` is called for each object that the queue drops, before it is deleted, on the thread whose call drops
+    /// it. The destructor drops all objects that are still in the queue.
     explicit MsgQueue(std::function<void(T*)> onDrop = nullptr, yAllocator allocator = nullptr)
         : onDrop(std::move(onDrop))
         , allocator(allocator) {
-        yMsgQueue made = nullptr;
-        ThrowIfFailed(yMsgQueue_Construct(&made, yType_PointerWrapper, allocator));
-        queue.reset(made);
-        ThrowIfFailed(yMsgQueue_SetDropHandler(made, &MsgQueue::Drop, this));
+        ThrowIfFailed(yMsgQueue_Construct(queue.Out(), yType_PointerWrapper, allocator));
+        ThrowIfFailed(yMsgQueue_SetDropHandler(queue.Get(), &MsgQueue::Drop, this));
     }
 
     MsgQueue(const MsgQueue&) = delete;
     MsgQueue& operator=(const MsgQueue&) = delete;
 
-    ~MsgQueue() { yMsgQueue_PurgeEx(queue.get(), yMSG_QUEUE_PURGE_DROP); }
+    ~MsgQueue() { yMsgQueue_PurgeEx(queue.Get(), yMSG_QUEUE_PURGE_DROP); }
 
     /// A failing call deletes the object.
     void Add(std::unique_ptr<T> object) {
         Object wrapper;
         ThrowIfFailed(PointerWrapper_Construct(wrapper.Out(), object.get(), 0, allocator));
         void* item = yObject_Share(wrapper.Get());
-        const yStatus status = yMsgQueue_AddEx(queue.get(), &item, 0);
+        const yStatus status = yMsgQueue_AddEx(queue.Get(), &item, 0);
         if (status != yOK) {
             yObject_Release(item);
         }
@@ -47,35 +45,31 @@ public:
         static_cast<void>(object.release());
     }
 
-    /// Waits for an object and moves it to `object`. `yERROR_TIMEOUT` when none came; 0 doesn't wait.
+    /// Waits for an object and moves it to `object`. Returns `yERROR_TIMEOUT` if there was none. 0 doesn't wait.
     yStatus Remove(std::unique_ptr<T>& object, std::uint64_t timeoutMicroseconds) {
         Object wrapper;
-        const yStatus status = yMsgQueue_Remove(queue.get(), wrapper.Out(), timeoutMicroseconds);
+        const yStatus status = yMsgQueue_Remove(queue.Get(), wrapper.Out(), timeoutMicroseconds);
         if (status == yOK) {
             object.reset(static_cast<T*>(PointerWrapper_Pointer(wrapper.Get())));
         }
         return status;
     }
 
-    /// Objects beyond the count are dropped, oldest first.
-    void SetMaxCount(std::uint64_t maxCount) { ThrowIfFailed(yMsgQueue_SetMaxCount(queue.get(), maxCount)); }
+    /// Objects above the count are dropped, oldest first.
+    void SetMaxCount(std::uint64_t maxCount) { ThrowIfFailed(yMsgQueue_SetMaxCount(queue.Get(), maxCount)); }
 
     /// Drops everything.
-    void Clear() { ThrowIfFailed(yMsgQueue_PurgeEx(queue.get(), yMSG_QUEUE_PURGE_DROP)); }
+    void Clear() { ThrowIfFailed(yMsgQueue_PurgeEx(queue.Get(), yMSG_QUEUE_PURGE_DROP)); }
 
-    std::size_t Count() const { return yMsgQueue_Count(queue.get()); }
+    std::size_t Count() const { return yMsgQueue_Count(queue.Get()); }
 
-    /// The queue itself, whose items are `PointerWrapper`s: whoever removes one owns its share and the object.
-    yMsgQueue Handle() const { return queue.get(); }
+    /// The queue itself. Its items are `PointerWrapper`s: a caller that removes one owns its share and the object.
+    yMsgQueue Handle() const { return queue.Get(); }
 
 private:
-    struct Destroy {
-        void operator()(yMsgQueue queue) const { yMsgQueue_Destroy(queue); }
-    };
-
     std::function<void(T*)> onDrop;
     yAllocator allocator;
-    std::unique_ptr<yMsgQueueObject, Destroy> queue;
+    Vor::Handle<yMsgQueue, yMsgQueue_Destroy> queue;
 
     static yStatus Drop(void* receiver, void* item) {
         const Object wrapper = Object::Take(item);

@@ -9,12 +9,12 @@
 
 namespace Vor {
 
-/// A thread with a name, owned. One made without a function is no thread.
+/// Owns a thread with a name. Without a function it is empty and has no thread.
 class NamedThread {
 public:
     NamedThread() = default;
 
-    /// Starts the thread. If it can't be constructed, named or started, the status is thrown and nothing is left of it.
+    /// Starts the thread. Throws the status if it can't be constructed, named or started.
     NamedThread(const char* name, std::function<yStatus()> function) {
         ThrowIfFailed(yThread_Construct(thread.Out(), std::move(function)));
         ThrowIfFailed(yThread_SetName(thread.Get(), name));
@@ -31,7 +31,7 @@ public:
         return exit;
     }
 
-    /// Waits for the function's end if nobody has, and gives the thread up. Destruction does the same.
+    /// Waits for the function's end unless the thread was joined, and becomes empty. The destructor does the same.
     void Reset() { thread.Reset(); }
 
 private:

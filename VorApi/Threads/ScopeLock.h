@@ -6,7 +6,7 @@
 
 namespace Vor {
 
-/// Holds for a scope what a pair of member functions of `Object` brackets.
+/// Calls `Begin` of an object, and `End` at the end of the scope.
 template <class Object, auto Begin, auto End>
 class ScopeLock {
 public:
@@ -18,7 +18,7 @@ public:
     ScopeLock(const ScopeLock&) = delete;
     ScopeLock& operator=(const ScopeLock&) = delete;
 
-    /// Ends it before the scope does. Throws what `End` throws; the destructor logs it.
+    /// Calls `End` before the end of the scope and throws what it throws; the destructor logs that.
     void Unlock() { (std::exchange(object, nullptr)->*End)(); }
 
     ~ScopeLock() {
