@@ -174,7 +174,7 @@ TEST(GroupTest, CopyOfVisibilityOntoUsedFailsAfterTheChildrenWereCopied) {
 }
 
 TEST(GroupTest, ABlockSizedDocumentStaysSmall) {
-    // A group of six parameters, its heap aside.
+    // A group of six parameters, without its memory on the heap.
     EXPECT_LE(sizeof(Group), 640U);
     EXPECT_LE(sizeof(Value<std::string>), 680U);
     EXPECT_LE(sizeof(Value<unsigned short>), 640U);

@@ -12,7 +12,7 @@ using Vor::Properties::Internal::NodeType;
 
 namespace {
 
-/// Fails the test when it is asked for anything.
+/// Fails the test when it is read.
 class NoReader : public Vor::Properties::IValueReader {
 public:
     bool ReadBool() override { return Refuse(), false; }

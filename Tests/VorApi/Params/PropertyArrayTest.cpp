@@ -29,7 +29,7 @@ struct CountedItem : Vor::Params::Group {
 
 struct OtherItem : Vor::Params::Group {};
 
-/// Writes down what the handlers of an array see.
+/// Records the arguments of the handlers of an array.
 struct Journal {
     explicit Journal(Properties::Array<CountedItem>& array) {
         array.AddItemAddedHandler([this](Properties::Array<CountedItem>& where, CountedItem&) {

@@ -35,7 +35,7 @@ ProtocolRegisterBlockInfo Type(unsigned char width, bool bigEndian, unsigned sho
     return ProtocolRegisterBlockInfo(std::move(params));
 }
 
-/// A record that had something else in it before.
+/// A record that has other contents before.
 ControlRegisterCommandData Used() {
     ControlRegisterCommandData data;
     std::memset(static_cast<void*>(&data), 0xA5, sizeof(data));
@@ -48,7 +48,7 @@ ControlRegisterCommandData Read(ProtocolRegisterBlockInfo& info, const Bytes& so
     return data;
 }
 
-/// The head, then the text one character a register; the rest is filled with 'x'.
+/// The head, then the text with one character in a register; the rest is filled with 'x'.
 Bytes Command(const Bytes& head, const std::string& text, std::size_t size, std::size_t width = 1, bool big = true) {
     Bytes source(size, 'x');
     std::copy(head.begin(), head.end(), source.begin());

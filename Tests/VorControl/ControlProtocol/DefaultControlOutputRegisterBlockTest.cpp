@@ -11,7 +11,7 @@ using namespace Tests;
 
 namespace {
 
-/// What the block makes of a result, and behind it a canary.
+/// The bytes that the block writes for a result, and behind them bytes that must not change.
 Bytes Serialized(ProtocolRegisterBlockInfo& info) {
     const auto block = info.ConstructBlock(RegisterBlockParams());
     const DefaultCommandResultData data{0x1234, 0x03};

@@ -23,7 +23,7 @@ namespace {
 
 constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
-/// What the block makes of the item, and behind it two bytes of canary that must have stayed.
+/// The bytes that the block writes for the item, and behind them two bytes that must not change.
 Bytes Serialized(ProtocolRegisterBlockInfo& info, const Vor::Object& item, unsigned int outputMode = 0,
                  unsigned short registerCount = 65535) {
     RegisterBlockParams params;

@@ -121,7 +121,7 @@ TEST(DefaultSystemStateRegisterBlock, InWideRegistersTheFileNamePrevailsOverTheF
         SCOPED_TRACE(bigEndian);
         auto info = WideSystemState(bigEndian);
         const auto& value = bigEndian ? wideBigValue : littleValue;
-        // The length's second byte is the name's first: cleared with it.
+        // The second byte of the length is the first one of the name, and is cleared with it.
         EXPECT_EQ(Serialized(info, State("")), Join({value, {0x21, 0}, Bytes(128, 0), Canary(14)}));
         EXPECT_EQ(Serialized(info, State("ab")), Join({value, {0x21, 2, 'a', 0, 'b', 0}, Bytes(124, 0), Canary(14)}));
         const std::string name(34, 'n');

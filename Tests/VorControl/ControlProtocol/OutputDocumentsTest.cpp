@@ -18,7 +18,7 @@ struct Field {
     bool readOnly = false;
 };
 
-/// The members of a document that was just made, after the translator forgot its calls.
+/// Checks the members of a document that is Made, and that their titles were translated.
 void ExpectFields(const Vor::Params::Group& group, std::initializer_list<Field> expected) {
     const auto fields = JsonSerializer::SerializeSchema(group).at("properties");
     ASSERT_EQ(group.Members().size(), expected.size());
@@ -33,7 +33,7 @@ void ExpectFields(const Vor::Params::Group& group, std::initializer_list<Field> 
     }
 }
 
-/// Forgets the translator's calls before the document is made.
+/// Forgets the calls of the translator before the document is made.
 struct Forgetting {
     Forgetting() { VorGetText::GetInstance().ForgetCalls(); }
 };

@@ -15,7 +15,7 @@ namespace Tests {
 
 constexpr int NoId = 65535;
 
-/// Entries whose numbers never wrap: a dictionary.
+/// Entries whose numbers never wrap, in a dictionary.
 template <class IdType>
 class SortedEntries {
 public:
@@ -25,7 +25,7 @@ public:
     std::string SourceOf(const Id& id) const { return sources.at(id); }
     void Erase(const Id& id) { sources.erase(id); }
     void Clear() { sources.clear(); }
-    /// The source that it drives out goes to the next number, and so on.
+    /// The present source of the number moves to the next one, and so on.
     void Put(Id id, std::string source) {
         while (sources.contains(id)) {
             std::swap(source, sources[id]);
@@ -49,7 +49,8 @@ private:
     std::map<Id, std::string> sources;
 };
 
-/// Entries whose numbers may wrap: then the list is no longer sorted, and a search by halves finds what it finds.
+/// Entries whose numbers may wrap. Then the list isn't sorted any more, and the result of a binary search depends on
+/// its steps.
 class WrappingEntries {
 public:
     using Id = unsigned short;
@@ -97,7 +98,7 @@ private:
     std::vector<std::pair<Id, std::string>> list;
 };
 
-/// What an output map is told to do. Each operation gives the status that the map's one throws, or yOK.
+/// A simple model of an output map. Each operation returns the status that the map throws, or yOK.
 template <class Store>
 class OutputMapModel {
     using Id = typename Store::Id;

@@ -1,4 +1,4 @@
-// Random requests on output maps, against naive models of what they are told to do.
+// Random requests on output maps, compared with simple models of the maps.
 
 #include "Tests/Support/Failure.h"
 #include "Tests/VorControl/ControlProtocol/OutputMapModel.h"
@@ -21,7 +21,7 @@ enum class Action { Add, AddAll, Remove, RemoveList, RemoveBoth, Update, UpdateL
 constexpr const char* ActionNames[] = {"Add",    "AddAll",     "Remove",  "RemoveList", "RemoveBoth",
                                        "Update", "UpdateList", "Compact", "Clear"};
 
-/// A request, of which each action uses what it needs. Ids are numbers for both maps.
+/// A request. Each action uses some of the members. Ids are numbers for both maps.
 struct Request {
     Action action = Action::Add;
     int id = 0;
@@ -50,7 +50,7 @@ rc::Gen<std::string> SourceGen() {
                         [](int number) { return number == 0 ? std::string() : "s" + std::to_string(number); });
 }
 
-/// Close to each other, so that entries meet; `atTheEnd` of the numbers, too, where they wrap.
+/// Ids that are close to each other, so that entries overlap; with `atTheEnd` also the greatest numbers, which wrap.
 rc::Gen<int> IdGen(bool atTheEnd) {
     if (atTheEnd) {
         return rc::gen::oneOf(rc::gen::inRange(0, 12), rc::gen::inRange(65524, NoId + 1));
@@ -77,7 +77,7 @@ rc::Gen<std::vector<Request>> RequestsGen(bool atTheEnd) {
     return RequestListGen(request);
 }
 
-/// A map and its model, which do the same.
+/// A map and its model, which get the same requests.
 template <class Outputs, class OutputsArgs, class RemoveArgs, class Model>
 class Pair {
     using Id = typename Outputs::Id;

@@ -20,7 +20,7 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-/// The least that a service is: everything else is the base class's own.
+/// The smallest service: all other operations are those of the base class.
 class PlainService : public ProtocolBase {
 public:
     explicit PlainService(const ControlProtocolEnviron& environ)

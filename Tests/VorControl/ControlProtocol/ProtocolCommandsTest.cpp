@@ -22,7 +22,7 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-/// A service that notes the ends of its operations and the command status that it sees in them.
+/// A service that records the ends of its operations and the command status in them.
 class CommandService : public ProtocolBase {
 public:
     explicit CommandService(const ControlProtocolEnviron& environ)
@@ -88,7 +88,7 @@ protected:
     ProtocolCommandsTest() { UdiCache::GetInstance().Clear(); }
     ~ProtocolCommandsTest() override { UdiCache::GetInstance().Clear(); }
 
-    /// Hands the command over and waits for its end.
+    /// Passes the command in and waits for its end.
     void Run(const ControlRegisterCommandData& data) {
         service.ProcessReceivedCommonCommands(data);
         ASSERT_TRUE(service.ended.Wait());

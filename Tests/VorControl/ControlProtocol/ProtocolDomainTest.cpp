@@ -13,7 +13,7 @@ using Calls = std::vector<std::string>;
 
 namespace {
 
-/// A service whose scan results are filtered by an object that notes it.
+/// A service whose filter of scan results is recorded.
 class ProtocolDomainTest : public testing::Test {
 protected:
     VorControl::ControlProtocol::ControlProtocolEnviron Record() {
@@ -31,7 +31,7 @@ constexpr PersistDomain Domains[] = {PersistDomain::Job, PersistDomain::Workspac
 
 } // namespace
 
-// What a service does that keeps nothing domain by domain.
+// A service without objects for each domain.
 
 TEST_F(ProtocolDomainTest, APlainServiceHasNoAnswerForAnyDomain) {
     Tests::TestService plain(Record());
@@ -64,7 +64,7 @@ TEST_F(ProtocolDomainTest, APlainServicesFilterFollowsTheJobDomainToo) {
     EXPECT_EQ(*scanResults.calls, Calls{"map type"});
 }
 
-// What it does of the objects that it binds.
+// A service with objects in Init.
 
 TEST_F(ProtocolDomainTest, TheBoundOutputMapIsGiven) {
     Tests::TestService service(Record());
@@ -102,7 +102,7 @@ TEST_F(ProtocolDomainTest, ABoundGroupDecidesOverTheOutputMapEvenWhenEmpty) {
     EXPECT_TRUE(service.DataSourceList().empty());
 }
 
-// What it does of the objects of a domain.
+// A service with objects for a domain.
 
 TEST_F(ProtocolDomainTest, TheDataSourcesOfADomainAreItsGroupsAndElseItsMaps) {
     Tests::DomainService service(Record());

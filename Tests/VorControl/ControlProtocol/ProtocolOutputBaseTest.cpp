@@ -29,7 +29,7 @@ struct Filled : NumericOutputs {
     }
 };
 
-/// Writes a document past the map's operations, as a load does.
+/// Reads a document into the map without the map's operations, as a load of a job does.
 void Load(IProtocolOutput& map, const json& document) {
     map.BeginLock();
     JsonSerializer::Deserialize(map.OutputMap(), document);

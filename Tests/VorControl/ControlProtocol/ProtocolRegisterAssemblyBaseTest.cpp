@@ -22,7 +22,7 @@ struct FaultGuard {
     ~FaultGuard() { yFault_Clear(); }
 };
 
-/// This thread doesn't hold the lock: there is nothing to leave.
+/// Fails, since this thread doesn't hold the lock.
 void ExpectUnlocked(const ProtocolRegisterAssemblyBase& assembly) {
     EXPECT_TEXTLESS_FAILURE(assembly.EndLock(), yERROR_STATE);
 }
@@ -268,7 +268,7 @@ TEST(RegisterAssembly, RequestsOfAllKindsOnSeveralThreadsLeaveTheBlocksInOrder) 
     for (int t = 0; t < 3; ++t) {
         threads.emplace_back([&assembly, t] {
             for (int i = 0; i < 40; ++i) {
-                // Another thread's request may leave it nothing to do.
+                // Fails if a request of another thread has removed the block.
                 const auto id = static_cast<unsigned short>((7 * i + t) % 50);
                 FailureOf([&] { assembly.AddEntries({{"flexible", id}, {"one", id}}, true); });
                 FailureOf([&] { assembly.UpdateOne(id, {.outputId = 60, .displayName = "moved"}, true); });

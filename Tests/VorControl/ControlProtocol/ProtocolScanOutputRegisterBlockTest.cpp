@@ -15,7 +15,7 @@ using Input = ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData;
 
 namespace {
 
-/// Notes which writer is called, with what, and fails in it if told to.
+/// Records which writer is called with which arguments, and can fail in it.
 class NotingBlock : public BareScanBlock {
 public:
     using BareScanBlock::BareScanBlock;

@@ -17,7 +17,7 @@ rc::Gen<std::vector<Request>> RequestListGen(const rc::Gen<Request>& request) {
     return rc::gen::resize(longest, rc::gen::container<std::vector<Request>>(request));
 }
 
-/// The many refused entries are the user's log, not a test's output.
+/// Keeps the entries of the user's log for refused requests out of the output of the test.
 class SilentLog {
 public:
     SilentLog() {

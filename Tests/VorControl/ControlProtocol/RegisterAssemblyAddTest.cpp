@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* NothingAdded = "No data sources were added.";
 
-/// Adds one entry, which must fail; gives its text from the user's log.
+/// Adds one entry, which must fail; returns the text of the failure in the user's log.
 std::string LoggedFailure(TestAssembly& assembly, const Entry& entry, bool autoShift = false) {
     const Vor::LogCapture log;
     const auto failure = FailureOf([&] { assembly.AddEntries({entry}, autoShift); });

@@ -29,8 +29,8 @@ struct ModelBlock {
     bool operator==(const ModelBlock&) const = default;
 };
 
-/// What an assembly is told to do: lists that are walked from the front, each time. An operation gives the status that
-/// the assembly's one throws, or yOK, and its result code. 65535 is "none given".
+/// A simple model of an assembly: a list that each operation walks from the front. An operation returns the status that
+/// the assembly throws, or yOK, and its result code.
 class RegisterAssemblyModel {
 public:
     using Blocks = std::vector<ModelBlock>;
@@ -53,7 +53,7 @@ public:
             std::count_if(blocks.begin(), blocks.end(), [&](const auto& block) { return block.type == type; }));
     }
 
-    /// Fills in what the entries leave open.
+    /// Fills in the values that the entries don't have.
     Outcome Add(Blocks& entries, bool autoShift) {
         std::size_t added = 0;
         int code = 0;
@@ -162,7 +162,7 @@ public:
         return sources;
     }
 
-    /// The place in the list of the first block of each source.
+    /// The index of the first block of each source.
     std::map<std::string, std::size_t> PlacesOfSources() const {
         std::map<std::string, std::size_t> places;
         for (std::size_t i = blocks.size(); i-- > 0;) {
@@ -173,7 +173,7 @@ public:
         return places;
     }
 
-    /// Whether each block begins behind the end of the one before it, and the range holds all.
+    /// Whether each block begins behind the end of the one before it, and all are within the range.
     bool IsInOrder() const {
         int previousEnd = isGlobal ? least - 1 : -1;
         for (const auto& block : blocks) {

@@ -33,7 +33,7 @@ Texts LoggedBy(const Call& call) {
     return texts;
 }
 
-/// A type of which at least this many blocks have to be there.
+/// A type with this minimum number of blocks.
 void AddDemandedType(TestAssembly& assembly, unsigned short least) {
     auto params = TypeParams("demanded");
     params.minInstanceCount = least;
@@ -113,7 +113,7 @@ TEST(RegisterAssemblyRemove, TypeKeepsItsLeastNumber) {
 TEST(RegisterAssemblyRemove, EachEntryHasTheLockForItself) {
     TestAssembly assembly(true);
     assembly.WithTypes().AddEntries({{"one"}, {"one"}, {"one"}});
-    // An entry without an id asks for no lock; the second one that does can't have it.
+    // An entry without an id doesn't enter the lock; the second one with an id fails to enter it.
     yFault_Set("yLock_Enter", -85, 1, 1);
     EXPECT_EQ(assembly.RemoveIds({65535, 0, 1, 2}), 0U);
     yFault_Clear();

@@ -1,4 +1,4 @@
-// Random requests on two assemblies, against naive models of what they are told to do.
+// Random requests on two assemblies, compared with simple models of them.
 
 #include "Tests/Support/Failure.h"
 #include "Tests/VorControl/ControlProtocol/RandomRequests.h"
@@ -33,14 +33,14 @@ enum class Action { Add, Update, Remove, RemoveAll, Compact, Copy, Default, SetI
 constexpr const char* ActionNames[] = {"Add",  "Update",  "Remove", "RemoveAll",       "Compact",
                                        "Copy", "Default", "SetId",  "SetIdByDocument", "SetCount"};
 
-/// What requests there are.
+/// The kinds of requests in a test.
 struct Kind {
     bool isGlobal;
     bool isWithinRange;    ///< no block leaves the range, and each has a register
     bool isChangedOutside; ///< blocks are changed by others than the assembly
 };
 
-/// A request, of which each action uses what it needs.
+/// A request. Each action uses some of the members.
 struct Request {
     Action action = Action::Add;
     bool onSecond = false;
@@ -81,7 +81,7 @@ void showValue(const Request& request, std::ostream& out) {
     out << (request.autoShift ? " shift)" : ")");
 }
 
-/// Ids that are close to each other, so that blocks meet; also those at the end of a range, where they don't fit.
+/// Ids that are close to each other, so that blocks overlap; also those at the end of a range, where blocks don't fit.
 rc::Gen<int> IdGen(const Kind& kind) {
     const auto near = rc::gen::weightedOneOf<int>({{20, rc::gen::inRange(0, 60)}, {3, rc::gen::just(None)}});
     if (kind.isWithinRange) {
@@ -118,7 +118,7 @@ rc::Gen<Request> RequestGen(Action action, const Fields&... fields) {
 }
 
 rc::Gen<std::vector<Request>> RequestsGen(const Kind& kind) {
-    // An add request is held to the default of the one type that can have another count, which is 3.
+    // An add request is checked with the default of the one type that can have another count, which is 3.
     const int lowest = kind.isWithinRange ? 1 : 0;
     const auto added = rc::gen::oneOf(rc::gen::just(None), rc::gen::inRange(lowest, kind.isWithinRange ? 4 : 12));
     const auto updated = rc::gen::oneOf(rc::gen::just(None), rc::gen::inRange(lowest, 12));
@@ -141,7 +141,7 @@ rc::Gen<std::vector<Request>> RequestsGen(const Kind& kind) {
                                                            {outside, RequestGen(Action::SetCount, id, change)}}));
 }
 
-/// An assembly and its model, which do the same.
+/// An assembly and its model, which get the same requests.
 class Twins {
 public:
     Twins(const Kind& kind, unsigned short least, unsigned short most, const std::vector<ModelType>& types)

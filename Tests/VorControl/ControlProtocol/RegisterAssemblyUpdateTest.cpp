@@ -168,7 +168,7 @@ TEST(RegisterAssemblyUpdate, FixedIdIsRefusedAfterTheSize) {
     EXPECT_EQ(assembly.Places(), (Places{{3, 4, "bolt"}}));
     EXPECT_EQ(assembly.UpdateOne(3, {.outputId = 3, .registerCount = 5}), 0U);
 
-    // A shift and a compaction move it all the same.
+    // A shift and a compaction move it nevertheless.
     assembly.AddEntries({{"one", 1, {}, "", "one"}});
     EXPECT_EQ(assembly.UpdateOne(1, {.outputId = 3}, true), 1U);
     EXPECT_EQ(assembly.Places(), (Places{{3, 3, "one"}, {4, 8, "bolt"}}));
@@ -210,7 +210,7 @@ TEST(RegisterAssemblyUpdate, ShiftWithoutRoomThrowsNoText) {
     TestAssembly assembly(true, 0, 9);
     assembly.WithTypes().AddEntries({{"four", 0, {}, "", "a"}, {"four", 4, {}, "", "b"}, {"one", 9, {}, "", "c"}});
     const auto before = assembly.Places();
-    // The block that moves counts as well: its registers and those of all others come to 13, of 10.
+    // The moved block is counted, too: 13 registers are needed, and there are 10.
     EXPECT_TEXTLESS_FAILURE(assembly.UpdateOne(4, {.outputId = 0}, true), yERROR_FULL);
     EXPECT_EQ(assembly.Places(), before);
 }

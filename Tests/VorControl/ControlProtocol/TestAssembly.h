@@ -9,7 +9,7 @@
 
 namespace Tests {
 
-/// One entry of an add request; what isn't given stays as the document has it.
+/// One entry of an add request. Other values keep the defaults of the document.
 struct Entry {
     std::string type;
     std::optional<unsigned short> outputId = std::nullopt;
@@ -18,7 +18,7 @@ struct Entry {
     std::string displayName = std::string();
 };
 
-/// What an update request changes; what isn't given stays as the document has it.
+/// The new values of an update request. Other values keep the defaults of the document.
 struct Change {
     std::optional<unsigned short> outputId = std::nullopt;
     std::optional<unsigned short> registerCount = std::nullopt;

@@ -41,7 +41,7 @@ public:
     }
 };
 
-/// A plain type of one register of one byte, of which any number may exist.
+/// A type with registers of one byte and any number of blocks.
 template <class Block = OpenBlock>
 RegisterBlockInfoParams TypeParams(const std::string& type, unsigned short registers = 1) {
     RegisterBlockInfoParams params;
@@ -60,7 +60,7 @@ RegisterBlockInfoParams ScanTypeParams(const std::string& type, unsigned short r
     return params;
 }
 
-/// Bytes that are neither zeros nor ones, so that what a block leaves alone can be told.
+/// Bytes that no block writes, to find those that a block doesn't change.
 inline std::vector<unsigned char> Canary(std::size_t size) {
     return std::vector<unsigned char>(size, 0xA5);
 }

@@ -31,7 +31,7 @@ public:
         this->Add(args);
     }
 
-    /// In this order, each of which must fit.
+    /// In this order. Each of them must succeed.
     void AddEach(const Entries& entries) {
         for (const auto& [id, source] : entries) {
             AddOne(id, source);
@@ -84,7 +84,7 @@ using TextOutputs = TestOutputs<VorControl::ControlProtocol::TextIdStandardProto
                                 VorControl::ControlProtocol::TextIdStandardOutputsArgs,
                                 VorControl::ControlProtocol::TextIdStandardOutputRemoveArgs>;
 
-/// What was logged, an entry a line: "user error VorControl: text" or "error: text".
+/// The entries of the log as lines such as "user error VorControl: text" or "error: text".
 inline std::vector<std::string> Lines(const Vor::LogCapture& log) {
     std::vector<std::string> lines;
     for (const auto& record : log.Records()) {
