@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace Tests {
 
@@ -61,7 +61,7 @@ public:
     void OnPersistDomainLoaded(VorCommon::PersistDomain domain) override {
         Note(std::string("OnPersistDomainLoaded ") + VorCommon::PersistDomain_Name(domain), {});
     }
-    nlohmann::json& WorkspacePersistData() override { return workspaceData; }
+    nlohmann::json& WorkspacePersistData() override { return *workspaceData; }
 
     /// The operations that a service calls of its base class.
     using ProtocolBase::Id;
@@ -77,7 +77,7 @@ public:
 
     Vor::Params::Group params;
     VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
-    nlohmann::json workspaceData;
+    std::shared_ptr<nlohmann::json> workspaceData; ///< a test that needs it sets it
     std::vector<std::string> calls;
     /// Gets the calls too, with the id in front; it may be shared by several services.
     std::shared_ptr<std::vector<std::string>> sharedCalls;

@@ -9,9 +9,11 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "yApi/yStatus.h"
 
+#include <memory>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 using Tests::TestService;
 using VorCommon::PersistDomain;
@@ -422,7 +424,8 @@ TEST_F(ControlInstanceTest, PropertiesNeedTheirLock) {
 
 TEST_F(ControlInstanceTest, ForwardsTheRestToTheService) {
     EXPECT_STREQ(instance->ParamsVersion(), "1");
-    EXPECT_EQ(&instance->WorkspacePersistData(), &service->workspaceData);
+    service->workspaceData = std::make_shared<nlohmann::json>();
+    EXPECT_EQ(&instance->WorkspacePersistData(), service->workspaceData.get());
     EXPECT_TRUE(instance->HasPersistOption(PersistDomain::Job, ProtocolPersistOptions::Params));
     EXPECT_FALSE(instance->HasPersistOption(PersistDomain::Job, ProtocolPersistOptions::WorkspaceData));
     instance->ParamsUpdate();
