@@ -11,33 +11,14 @@ namespace Vor::Params {
 class StructBase : public Properties::Structure, public ParamsBase {
 public:
     /// An empty text means no "extendedType".
-    explicit StructBase(const std::string& extendedType = std::string())
-        : Structure(true)
-        , ParamsBase(static_cast<Properties::Node&>(*this))
-        , extendedType(extendedType) {
-        if (!extendedType.empty()) {
-            RegisterSchema("extendedType", this->extendedType);
-        }
-    }
-    ~StructBase() override = default;
+    explicit StructBase(const std::string& extendedType = std::string());
+    ~StructBase() override;
 
     /// Of an `other` that isn't a `StructBase`, only the children are copied.
-    void CopyValues(const Properties::Node& other) override {
-        Structure::CopyValues(other);
-        if (const auto* const source = dynamic_cast<const StructBase*>(&other)) {
-            ParamsBase::CopyValues(*source);
-            RegisterCopied();
-            extendedType.ConditionalSet(source->extendedType.Get());
-            nextSortOrder = source->nextSortOrder;
-        }
-    }
+    void CopyValues(const Properties::Node& other) override;
 
 protected:
-    unsigned int NextSortOrder(unsigned int step) {
-        const unsigned int order = nextSortOrder;
-        nextSortOrder += step;
-        return order;
-    }
+    unsigned int NextSortOrder(unsigned int step);
 
 private:
     Properties::Value<std::string> extendedType;
@@ -48,10 +29,10 @@ private:
 /// constructor, which so declares the schema of the document.
 class Group : public StructBase {
 public:
-    explicit Group(const std::string& extendedType = std::string())
-        : StructBase(extendedType) {}
+    explicit Group(const std::string& extendedType = std::string());
+    ~Group() override;
 
-    void CopyValues(const Properties::Node& other) override { StructBase::CopyValues(other); }
+    void CopyValues(const Properties::Node& other) override;
 
     /// Makes `parameter` a member under the key `name`, with the group's next sort order. An empty title means
     /// the name.

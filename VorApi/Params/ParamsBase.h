@@ -1,9 +1,6 @@
 #pragma once
 
-#include "Vor/Exception.h"
-#include "Vor/Logging.h"
 #include "Vor/Node.h"
-#include "Vor/VorGetText.h"
 #include "VorApi/Params/PropertyValue.h"
 
 #include <memory>
@@ -62,14 +59,10 @@ public:
     }
 
 protected:
-    explicit ParamsBase(Properties::Node& owner)
-        : owner(owner) {
-        owner.RegisterSchema(TitleKey(), title);
-        owner.RegisterSchema(SortOrderKey(), sortOrder);
-    }
+    explicit ParamsBase(Properties::Node& owner);
     ParamsBase(const ParamsBase&) = delete;
     ParamsBase& operator=(const ParamsBase&) = delete;
-    ~ParamsBase() = default;
+    ~ParamsBase();
 
     /// Remembers for the next read whether the parameter is read-only. Never fails.
     void CheckValidation(bool log) const;
@@ -108,10 +101,12 @@ protected:
     template <class Keyword>
     static Keyword& Present(const std::unique_ptr<Keyword>& keyword, const char* otherwise) {
         if (!keyword) {
-            Throw(yERROR_PARAMETER, otherwise);
+            ThrowNotEnabled(otherwise);
         }
         return *keyword;
     }
+
+    [[noreturn]] static void ThrowNotEnabled(const char* text);
 
     bool ReadOnlyPending() const { return readOnlyPending; }
     bool ClearReadOnlyPending() { return std::exchange(readOnlyPending, false); }
@@ -123,10 +118,6 @@ protected:
     bool descriptionEnabled = false;
 
 private:
-    static Properties::Internal::Name TitleKey();
-    static Properties::Internal::Name SortOrderKey();
-    static Properties::Internal::Name ReadOnlyKey();
-
     Properties::Value<bool>& ReadOnlyNode();
     Properties::Value<bool>& UsedNode();
 
@@ -141,126 +132,5 @@ private:
     Properties::Value<unsigned int> sortOrder;
     mutable bool readOnlyPending = false;
 };
-
-inline Properties::Internal::Name ParamsBase::TitleKey() {
-    static const Properties::Internal::Name key("title");
-    return key;
-}
-
-inline Properties::Internal::Name ParamsBase::SortOrderKey() {
-    static const Properties::Internal::Name key("sortOrder");
-    return key;
-}
-
-inline Properties::Internal::Name ParamsBase::ReadOnlyKey() {
-    static const Properties::Internal::Name key("readOnly");
-    return key;
-}
-
-inline Properties::Value<bool>& ParamsBase::ReadOnlyNode() {
-    if (!readOnly) {
-        readOnly = std::make_unique<Properties::Value<bool>>(false);
-    }
-    return *readOnly;
-}
-
-inline Properties::Value<bool>& ParamsBase::UsedNode() {
-    if (!used) {
-        used = std::make_unique<Properties::Value<bool>>(true);
-    }
-    return *used;
-}
-
-inline void ParamsBase::EnableReadOnly() {
-    owner.RegisterSchema(ReadOnlyKey(), ReadOnlyNode(), false);
-    readOnlyEnabled = true;
-}
-
-inline void ParamsBase::EnableUsed() {
-    if (visibilityEnabled) {
-        Throw(yERROR_PARAMETER, "Visibility is already enabled, cannot enable used.");
-    }
-    owner.RegisterSchema("used", UsedNode(), false);
-    usedEnabled = true;
-}
-
-inline void ParamsBase::EnableVisibility(bool enable) {
-    if (enable && usedEnabled && !visibility) {
-        Throw(yERROR_PARAMETER, "Used is already enabled, cannot enable visibility.");
-    }
-    Enable(visibility, "visibility", enable);
-    visibilityEnabled = enable;
-}
-
-inline void ParamsBase::EnableMeta(bool enable) {
-    Enable(meta, "x-meta", enable);
-    if (enable) {
-        meta->ConditionalSet(std::string());
-    }
-    metaEnabled = enable;
-}
-
-inline void ParamsBase::EnableDescription(bool enable) {
-    Enable(description, "description", enable);
-    descriptionEnabled = enable;
-}
-
-inline void ParamsBase::CheckValidation(bool log) const {
-    readOnlyPending = readOnlyEnabled && GetReadOnly();
-    if (readOnlyPending && log) {
-        LogWarning("%s is read-only and will not fail validation.", GetTitle());
-    }
-}
-
-inline void ParamsBase::FailValidation(bool log, const char* text) const {
-    VorGetText& texts = VorGetText::GetInstance();
-    const char* const translated = texts.DPGetText("BE", "beApp", text);
-    const std::string shown = GetTitle().empty() ? "<unnamed>" : GetTitle();
-    if (log) {
-        LogUser(UserError, texts.DPGetText("BE", "beApp", "Params validation"), translated, shown);
-    }
-    Throw(yERROR_PARAMETER, translated, shown);
-}
-
-inline void ParamsBase::CopyValues(const ParamsBase& other) {
-    title.ConditionalSet(other.title.Get());
-    sortOrder.ConditionalSet(other.sortOrder.Get());
-    if (readOnly || other.readOnly) {
-        SetReadOnly(other.GetReadOnly());
-    }
-    if (used || other.used) {
-        SetUsed(other.GetUsed());
-    }
-    EnableVisibility(other.visibilityEnabled);
-    if (visibilityEnabled) {
-        SetVisibility(other.GetVisibility());
-    }
-    readOnlyEnabled = other.readOnlyEnabled;
-    usedEnabled = other.usedEnabled;
-    EnableMeta(other.metaEnabled);
-    if (metaEnabled) {
-        SetMeta(other.GetMeta());
-    }
-    EnableDescription(other.descriptionEnabled);
-    if (descriptionEnabled) {
-        SetDescription(other.GetDescription());
-    }
-}
-
-inline void ParamsBase::RegisterCopied() {
-    if (readOnlyEnabled) {
-        owner.RegisterSchema(ReadOnlyKey(), ReadOnlyNode(), false);
-    } else {
-        owner.DeregisterSchema(ReadOnlyKey());
-    }
-    if (!usedEnabled) {
-        owner.DeregisterSchema("used");
-        return;
-    }
-    if (visibilityEnabled) {
-        Throw(yERROR_PARAMETER, "Visibility is already enabled, cannot enable used.");
-    }
-    owner.RegisterSchema("used", UsedNode(), false);
-}
 
 } // namespace Vor::Params

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "Vor/Exception.h"
 #include "Vor/HandlerList.h"
-#include "Vor/INodeVisitor.h"
 #include "Vor/Node.h"
 #include "Vor/Structure.h"
 #include "VorApi/Event.h"
@@ -13,6 +11,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace Vor::Properties {
 
@@ -35,34 +34,24 @@ namespace Internal {
 /// A node that holds one value.
 class ValueBase : public Node, public IValueIo {
 public:
-    void Accept(INodeVisitor& visitor) override { visitor.Visit(*this); }
-    void Accept(INodeVisitorConst& visitor) const override { visitor.Visit(*this); }
+    void Accept(INodeVisitor& visitor) override;
+    void Accept(INodeVisitorConst& visitor) const override;
 };
 
 /// The constant text of a "type" keyword. It is written and never read.
 class NodeType : public ValueBase {
 public:
-    explicit NodeType(Name text)
-        : text(text) {
-        Node::SetWriteOnly(true);
-    }
+    explicit NodeType(Name text);
 
-    void CopyValues(const Node& other) override {
-        text = dynamic_cast<const NodeType&>(other).text;
-        CopySchema(other);
-    }
+    void CopyValues(const Node& other) override;
 
     /// Throws `yERROR_WRITE_ONLY` for false.
-    void SetWriteOnly(bool writeOnly) override {
-        if (!writeOnly) {
-            Throw(yERROR_WRITE_ONLY);
-        }
-    }
+    void SetWriteOnly(bool writeOnly) override;
 
     /// Throws `yERROR_UNIMPLEMENTED`.
-    void ReadValue(IValueReader&, Vor::Event<>&) override { Throw(yERROR_UNIMPLEMENTED); }
-    void WriteValue(IValueWriter& writer) const override { writer.WriteText(text.Text()); }
-    void ValidateValue(IValueReader&) const override {}
+    void ReadValue(IValueReader& reader, Vor::Event<>& updateEnd) override;
+    void WriteValue(IValueWriter& writer) const override;
+    void ValidateValue(IValueReader& reader) const override;
 
     const std::string& Text() const { return text.Text(); }
 
@@ -103,16 +92,9 @@ public:
 /// The "items" keyword of a list: the type of its elements.
 class ListItems : public Structure {
 public:
-    explicit ListItems(const char* itemType)
-        : Structure(true)
-        , type(itemType) {
-        Register(Key(), type);
-    }
+    explicit ListItems(const char* itemType);
 
-    static Name Key() {
-        static const Name key("type");
-        return key;
-    }
+    static Name Key();
 
 private:
     NodeType type;
@@ -235,5 +217,23 @@ private:
     bool changed = false;
     Internal::HandlerList<Value<T>&> updateEndHandlers;
 };
+
+// The common ones are compiled once, in PropertyValue.cpp.
+extern template class Internal::ValueWrapper<bool>;
+extern template class Internal::ValueWrapper<unsigned short>;
+extern template class Internal::ValueWrapper<unsigned int>;
+extern template class Internal::ValueWrapper<unsigned long long>;
+extern template class Internal::ValueWrapper<long long>;
+extern template class Internal::ValueWrapper<std::string>;
+extern template class Internal::ValueWrapper<std::vector<std::string>>;
+extern template class Internal::ValueWrapper<std::vector<unsigned short>>;
+extern template class Value<bool>;
+extern template class Value<unsigned short>;
+extern template class Value<unsigned int>;
+extern template class Value<unsigned long long>;
+extern template class Value<long long>;
+extern template class Value<std::string>;
+extern template class Value<std::vector<std::string>>;
+extern template class Value<std::vector<unsigned short>>;
 
 } // namespace Vor::Properties

@@ -201,4 +201,21 @@ void Value<T>::SetExtendedType(const std::string& text) {
     }
 }
 
+// The common ones are compiled once, in Value.cpp.
+extern template class Value<bool>;
+extern template class Value<unsigned short>;
+extern template class Value<unsigned int>;
+extern template class Value<unsigned long long>;
+extern template class Value<long long>;
+extern template class Value<std::string>;
+extern template class Value<std::vector<std::string>>;
+extern template class Value<std::vector<unsigned short>>;
+
 } // namespace Vor::Params
+
+namespace Vor::Properties {
+
+extern template class Internal::ValueWrapper<Params::ScaleOption>;
+extern template class Value<Params::ScaleOption>;
+
+} // namespace Vor::Properties
