@@ -12,7 +12,7 @@ public:
     Object() = default;
 
     /// Takes over a share of the caller.
-    static Object Take(void* handle) { return Object(handle); }
+    static Object Adopt(void* handle) { return Object(handle); }
     /// Adds a share; the caller keeps its own.
     static Object Share(void* handle) { return Object(yObject_Share(handle)); }
 

@@ -285,12 +285,12 @@ void PersistManager::CommitRestored() {
 // Runs the change on the thread while the caller waits, and notifies the application if another job was loaded.
 void PersistManager::ChangeJob(const std::string& name,
                                const std::function<void(const std::string& fileName)>& change) {
-    const Vor::Object before = Vor::Object::Take(LiveJob());
+    const Vor::Object before = Vor::Object::Adopt(LiveJob());
     std::exception_ptr failure = FailureOf([&] {
         const std::string fileName = JobFileName(name);
         RunWhileWaiting([&] { change(fileName); }, [] {});
     });
-    const Vor::Object after = Vor::Object::Take(LiveJob());
+    const Vor::Object after = Vor::Object::Adopt(LiveJob());
     if (before.Get() != after.Get()) {
         NotifyJobLoaded();
     }

@@ -19,7 +19,7 @@ protected:
 };
 
 TEST_F(ObjectTest, TakeAdoptsTheShareAndGivesItUpAtTheEnd) {
-    const auto object = Vor::Object::Take(handle);
+    const auto object = Vor::Object::Adopt(handle);
     EXPECT_EQ(object.Get(), handle);
     EXPECT_TRUE(object);
     EXPECT_EQ(yObject_ShareCount(handle), 1);
@@ -35,7 +35,7 @@ TEST_F(ObjectTest, ShareAddsOne) {
 }
 
 TEST_F(ObjectTest, CopiesShareAndMovesDoNot) {
-    auto object = Vor::Object::Take(handle);
+    auto object = Vor::Object::Adopt(handle);
     auto copy = object;
     EXPECT_EQ(yObject_ShareCount(handle), 2);
     const auto moved = std::move(copy);
@@ -47,7 +47,7 @@ TEST_F(ObjectTest, CopiesShareAndMovesDoNot) {
 }
 
 TEST_F(ObjectTest, ReleaseHandsTheShareToTheCaller) {
-    auto object = Vor::Object::Take(handle);
+    auto object = Vor::Object::Adopt(handle);
     EXPECT_EQ(object.Release(), handle);
     EXPECT_FALSE(object);
     EXPECT_EQ(yObject_ShareCount(handle), 1);
@@ -55,7 +55,7 @@ TEST_F(ObjectTest, ReleaseHandsTheShareToTheCaller) {
 }
 
 TEST_F(ObjectTest, OutGivesUpWhatWasHeld) {
-    auto object = Vor::Object::Take(handle);
+    auto object = Vor::Object::Adopt(handle);
     EXPECT_EQ(VvNullMsg_Construct(object.Out()), yOK);
     EXPECT_EQ(yObject_LiveCount(), before + 1);
 }

@@ -72,7 +72,7 @@ private:
     Vor::Handle<yMsgQueue, yMsgQueue_Destroy> queue;
 
     static yStatus Drop(void* receiver, void* item) {
-        const Object wrapper = Object::Take(item);
+        const Object wrapper = Object::Adopt(item);
         const std::unique_ptr<T> object(static_cast<T*>(PointerWrapper_Pointer(item)));
         if (const auto& onDrop = static_cast<MsgQueue*>(receiver)->onDrop) {
             onDrop(object.get());

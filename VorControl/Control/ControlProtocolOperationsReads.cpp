@@ -115,7 +115,7 @@ void* ControlProtocolOperations::LiveJob(unsigned long long timeout) {
         return systemInterface.LiveJob();
     }
     return ReadBounded<Vor::Object>(
-               [this](Vor::Object& answer) { answer = Vor::Object::Take(systemInterface.LiveJob()); }, timeout)
+               [this](Vor::Object& answer) { answer = Vor::Object::Adopt(systemInterface.LiveJob()); }, timeout)
         .Release();
 }
 

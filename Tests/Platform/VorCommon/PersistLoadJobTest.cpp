@@ -48,7 +48,7 @@ protected:
 };
 
 std::string FileNameOf(void* liveJob) {
-    const Vor::Object owned = Vor::Object::Take(liveJob);
+    const Vor::Object owned = Vor::Object::Adopt(liveJob);
     return owned ? LiveJob_FileName(owned.Get()) : "(none)";
 }
 
@@ -226,7 +226,7 @@ TEST_F(PersistLoadJobTest, ARefusedJobLeavesAnUnsavedChangeMarked) {
 }
 
 TEST_F(PersistLoadJobTest, TheLiveJobIsAShareThatOutlivesItsJob) {
-    const Vor::Object part = Vor::Object::Take(manager->LiveJob());
+    const Vor::Object part = Vor::Object::Adopt(manager->LiveJob());
     ASSERT_TRUE(yObject_Is(part.Get(), yType_LiveJob));
     EXPECT_EQ(yObject_ShareCount(part.Get()), 2);
     EXPECT_EQ(LiveJob_FileName(part.Get()), "part.vrjob");
@@ -240,11 +240,11 @@ TEST_F(PersistLoadJobTest, TheLiveJobIsAShareThatOutlivesItsJob) {
 }
 
 TEST_F(PersistLoadJobTest, TheSameJobLoadedAnewIsAnotherObjectAndARefusedOneIsNone) {
-    const Vor::Object before = Vor::Object::Take(manager->LiveJob());
+    const Vor::Object before = Vor::Object::Adopt(manager->LiveJob());
     EXPECT_THROW(manager->LoadJob("gone"), Vor::Exception);
-    EXPECT_EQ(Vor::Object::Take(manager->LiveJob()).Get(), before.Get());
+    EXPECT_EQ(Vor::Object::Adopt(manager->LiveJob()).Get(), before.Get());
     manager->LoadJob("part");
-    EXPECT_NE(Vor::Object::Take(manager->LiveJob()).Get(), before.Get());
+    EXPECT_NE(Vor::Object::Adopt(manager->LiveJob()).Get(), before.Get());
 }
 
 TEST_F(PersistLoadJobTest, NoObjectIsLeftBehind) {

@@ -200,7 +200,7 @@ TEST_F(ControlHostTest, ReadsAreThoseOfTheOperations) {
     EXPECT_EQ(host.LocalNodeDateTime(Timeout), 77);
     EXPECT_EQ(host.LocalNodeNtpHost(Timeout), "time.host");
     EXPECT_TRUE(host.LocalNodeSyncTime("other", Timeout));
-    const Vor::Object job = Vor::Object::Take(host.LiveJob(Timeout));
+    const Vor::Object job = Vor::Object::Adopt(host.LiveJob(Timeout));
     EXPECT_EQ(job.Get(), system.liveJob.Get());
     Properties out;
     host.DataSourceProperties("profile/max", out, Timeout);

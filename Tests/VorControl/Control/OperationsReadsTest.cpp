@@ -51,7 +51,7 @@ protected:
         out.name = "former";
         operations->DataSourceProperties("profile/max", out, Timeout);
         ExpectEqual(out, source);
-        const Vor::Object job = Vor::Object::Take(operations->LiveJob(Timeout));
+        const Vor::Object job = Vor::Object::Adopt(operations->LiveJob(Timeout));
         EXPECT_EQ(job.Get(), system.liveJob.Get());
         EXPECT_EQ(yObject_ShareCount(job.Get()), 2);
         EXPECT_EQ(system.TakeCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other",
@@ -198,7 +198,7 @@ TEST_F(OperationsReadsTest, WhatARunningReadFindsTooLateIsNotLost) {
         std::this_thread::yield();
     });
     OnOtherThread([&] {
-        Vor::Object::Take(operations->LiveJob(Timeout));
+        Vor::Object::Adopt(operations->LiveJob(Timeout));
         EXPECT_EQ(yObject_ShareCount(system.liveJob.Get()), 1);
     });
     OnOtherThread([&] { operations->AddDataSourceEventHandler(handlers, ids, Timeout); });
