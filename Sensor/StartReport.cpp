@@ -5,7 +5,7 @@
 #include "Vor/JsonSerializer.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/IControlManager.h"
-#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 
 #include <algorithm>
 #include <memory>
@@ -18,38 +18,8 @@ namespace Sensor {
 namespace {
 
 using VorControl::IControlInstance;
-using VorControl::ControlProtocol::IProtocolRegisterAssembly;
+using VorControl::ControlProtocol::AssemblyLock;
 using VorControl::ControlProtocol::ProtocolStatus;
-
-/// Holds the lock of a service's non-persistent properties.
-class PropertiesLock {
-public:
-    explicit PropertiesLock(IControlInstance& instance)
-        : instance(instance) {
-        instance.NonPersistentPropertiesBeginLock();
-    }
-    ~PropertiesLock() { instance.NonPersistentPropertiesEndLock(); }
-    PropertiesLock(const PropertiesLock&) = delete;
-    PropertiesLock& operator=(const PropertiesLock&) = delete;
-
-private:
-    IControlInstance& instance;
-};
-
-/// Holds the lock of a register assembly.
-class AssemblyLock {
-public:
-    explicit AssemblyLock(const IProtocolRegisterAssembly& assembly)
-        : assembly(assembly) {
-        assembly.BeginLock();
-    }
-    ~AssemblyLock() { assembly.EndLock(); }
-    AssemblyLock(const AssemblyLock&) = delete;
-    AssemblyLock& operator=(const AssemblyLock&) = delete;
-
-private:
-    const IProtocolRegisterAssembly& assembly;
-};
 
 const char* TextOf(ProtocolStatus status) {
     switch (status) {
@@ -70,7 +40,9 @@ const char* TextOf(ProtocolStatus status) {
 }
 
 nlohmann::json PropertiesOf(IControlInstance& instance) {
-    const PropertiesLock lock(instance);
+    const Vor::ScopeLock<IControlInstance, &IControlInstance::NonPersistentPropertiesBeginLock,
+                         &IControlInstance::NonPersistentPropertiesEndLock>
+        lock(instance);
     return Vor::Properties::JsonSerializer::Serialize(instance.Properties());
 }
 

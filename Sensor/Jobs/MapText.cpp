@@ -2,8 +2,7 @@
 
 #include "Sensor/PrintableText.h"
 #include "Vor/JsonSerializer.h"
-#include "VorControl/ControlProtocol/AssemblyLock.h"
-#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 
 #include <algorithm>
 #include <vector>
@@ -103,11 +102,10 @@ void PrintTableOf(std::ostream& out, const json& rows, const Cells& keys, const 
 
 json BlocksOf(const VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly) {
     json blocks = json::array();
-    VorControl::ControlProtocol::AssemblyLock lock(assembly);
+    const VorControl::ControlProtocol::AssemblyLock lock(assembly);
     for (const auto& block : assembly.AddedRegisterBlocks()) {
         blocks.push_back(Vor::Properties::JsonSerializer::Serialize(*block));
     }
-    lock.End();
     return blocks;
 }
 
@@ -127,10 +125,10 @@ MapText::MapText(JobService& job, const JobService::Selection& selection)
         }
     }
     if (onlyOutputs || (selection.assembly.empty() && instance.HasProtocolOutput())) {
-        instance.OutputsMapBeginLock();
-        const json document = Vor::Properties::JsonSerializer::Serialize(instance.OutputsMap());
-        instance.OutputsMapEndLock();
-        outputs = document.at("map");
+        const Vor::ScopeLock<VorControl::IControlInstance, &VorControl::IControlInstance::OutputsMapBeginLock,
+                             &VorControl::IControlInstance::OutputsMapEndLock>
+            lock(instance);
+        outputs = Vor::Properties::JsonSerializer::Serialize(instance.OutputsMap()).at("map");
     }
 }
 

@@ -1,15 +1,14 @@
 #include "Services/Ascii/AsciiProtocol.h"
 
-#include "Services/Common/PropertiesLock.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
-#include "VorControl/ControlProtocol/AssemblyLock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
 #include <set>
@@ -49,29 +48,6 @@ ValueKind KindOf(const std::string& type) {
     }
     return type == "Stamp" ? ValueKind::Stamp : ValueKind::Text;
 }
-
-/// The lock of an output map for a scope.
-class MapLock {
-public:
-    explicit MapLock(IProtocolOutput& map)
-        : map(map) {
-        map.BeginLock();
-    }
-    ~MapLock() {
-        try {
-            map.EndLock();
-        } catch (const std::exception& e) {
-            Vor::LogError("Exception thrown in destructor");
-            Vor::Exception::LogException(e);
-            Vor::Exception::LogBackTrace(e);
-        }
-    }
-    MapLock(const MapLock&) = delete;
-    MapLock& operator=(const MapLock&) = delete;
-
-private:
-    IProtocolOutput& map;
-};
 
 /// What the virtual sensor measures of its part.
 struct DefaultBlock {
@@ -177,7 +153,7 @@ void AsciiProtocol::Close() {
 }
 
 void AsciiProtocol::Show(const std::string& address, const std::string& failure) {
-    const Common::PropertiesLock lock(*this);
+    const PropertiesLock lock(*this);
     properties.address = address;
     properties.failure = failure;
 }
@@ -274,7 +250,7 @@ std::vector<OutputDefinition> AsciiProtocol::Definitions() const {
                                    .dataSource = block->DataSource()});
         }
     }
-    const MapLock lock(*map);
+    const OutputMapLock lock(*map);
     const auto& entries = map->OutputMap().map;
     for (unsigned long i = 0; i < entries.Count(); ++i) {
         definitions.push_back({.id = entries.At(i).outputId.Get(), .dataSource = entries.At(i).source.Get()});

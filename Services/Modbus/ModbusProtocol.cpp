@@ -1,11 +1,11 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
-#include "Services/Common/PropertiesLock.h"
 #include "Services/Common/Translate.h"
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/StateRecords.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
 namespace Services::Modbus {
@@ -110,7 +110,7 @@ void ModbusProtocol::Close() {
 }
 
 void ModbusProtocol::Show(const std::string& address, const std::string& failure) {
-    const Common::PropertiesLock lock(*this);
+    const PropertiesLock lock(*this);
     properties.address = address;
     properties.failure = failure;
 }

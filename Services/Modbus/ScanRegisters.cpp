@@ -4,6 +4,7 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorMsg/ResultInfo.h"
 #include "VorMsg/ResultItem.h"
 #include "VorMsg/VvNullMsg.h"
@@ -16,32 +17,11 @@ namespace Services::Modbus {
 
 namespace {
 
+using VorControl::ControlProtocol::AssemblyLock;
 using VorControl::ControlProtocol::IProtocolRegisterAssembly;
 using VorControl::ControlProtocol::ProtocolRegisterBlock;
 using VorControl::ControlProtocol::ProtocolScanOutputRegisterBlock;
 using VorControl::ControlProtocol::RegisterBlockCategory;
-
-class AssemblyLock {
-public:
-    explicit AssemblyLock(const IProtocolRegisterAssembly& assembly)
-        : assembly(assembly) {
-        assembly.BeginLock();
-    }
-    ~AssemblyLock() {
-        try {
-            assembly.EndLock();
-        } catch (const std::exception& e) {
-            Vor::LogError("Exception thrown in destructor");
-            Vor::Exception::LogException(e);
-            Vor::Exception::LogBackTrace(e);
-        }
-    }
-    AssemblyLock(const AssemblyLock&) = delete;
-    AssemblyLock& operator=(const AssemblyLock&) = delete;
-
-private:
-    const IProtocolRegisterAssembly& assembly;
-};
 
 Vor::Object MissingItem() {
     Vor::Object message;

@@ -2,9 +2,9 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
-#include "VorControl/ControlProtocol/AssemblyLock.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
 #include <string_view>
@@ -156,16 +156,9 @@ void SampleService::Process(ResultSet set) {
 }
 
 void SampleService::Show(std::vector<unsigned char> bytes, unsigned long long addedResults) {
-    // Required: properties other than the status change only between these two calls.
-    NonPersistentPropertiesBeginLock();
-    try {
-        properties.registers = Vor::Properties::ByteVector(std::move(bytes));
-        properties.resultCount = properties.resultCount.Get() + addedResults;
-    } catch (...) {
-        NonPersistentPropertiesEndLock();
-        throw;
-    }
-    NonPersistentPropertiesEndLock();
+    const PropertiesLock lock(*this); // Required: properties other than the status change only under this lock.
+    properties.registers = Vor::Properties::ByteVector(std::move(bytes));
+    properties.resultCount = properties.resultCount.Get() + addedResults;
 }
 
 } // namespace Services::Sample
