@@ -47,21 +47,13 @@ SignalWatch::SignalWatch(std::function<void()> stop, std::chrono::milliseconds p
     , patience(patience)
     , overdue(std::move(overdue))
     , signalled(signalfd(-1, &block.Signals(), SFD_CLOEXEC | SFD_NONBLOCK))
-    , ended(eventfd(0, EFD_CLOEXEC)) {
-    Vor::ThrowIfFailed(yThread_Construct(&thread, [this] { return Run(); }));
-    yThread_SetName(thread, "Signals");
-    const yStatus status = yThread_Start(thread);
-    if (status != yOK) {
-        yThread_Destroy(thread);
-        Vor::Throw(status);
-    }
-}
+    , ended(eventfd(0, EFD_CLOEXEC))
+    , thread("Signals", [this] { return Run(); }) {}
 
 SignalWatch::~SignalWatch() {
     const std::uint64_t one = 1;
-    // An event counter that is 0 takes a one.
+    // It can't fail: the counter is 0.
     [[maybe_unused]] const ssize_t written = write(ended.Get(), &one, sizeof(one));
-    yThread_Destroy(thread);
 }
 
 void SignalWatch::Trigger() {

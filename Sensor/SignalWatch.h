@@ -1,6 +1,6 @@
 #pragma once
 
-#include "yApi/yThread.h"
+#include "VorApi/Threads/NamedThread.h"
 
 #include <chrono>
 #include <csignal>
@@ -60,7 +60,7 @@ private:
     Block block;
     Descriptor signalled;
     Descriptor ended;
-    yThread thread = nullptr;
+    Vor::NamedThread thread; ///< the last member: it uses the others until it has ended
 };
 
 } // namespace Sensor

@@ -45,35 +45,23 @@ void Scanner::Start() {
     frameCount.store(0, std::memory_order_relaxed);
     start = Clock::now();
     if (settings.trigger == TriggerMode::Time) {
-        StartThread();
+        stopping = false;
+        thread = Vor::NamedThread("Scanner", [this] { return Run(); });
     }
     scanning = true;
-}
-
-void Scanner::StartThread() {
-    stopping = false;
-    Vor::ThrowIfFailed(yThread_Construct(&thread, [this] { return Run(); }));
-    yStatus status = yThread_SetName(thread, "Scanner");
-    if (status == yOK) {
-        status = yThread_Start(thread);
-    }
-    if (status != yOK) {
-        yThread_Destroy(std::exchange(thread, nullptr));
-        Vor::Throw(status);
-    }
 }
 
 void Scanner::Stop() {
     if (!scanning) {
         return;
     }
-    if (thread != nullptr) {
+    if (thread) {
         {
             const std::lock_guard guard(mutex);
             stopping = true;
         }
         stopRequested.notify_one();
-        yThread_Destroy(std::exchange(thread, nullptr));
+        thread.Reset();
     }
     end = Clock::now();
     scanning = false;

@@ -4,7 +4,7 @@
 #include "Sensor/Scan/ResultSetMaker.h"
 #include "Sensor/Scan/ScannerState.h"
 #include "Sensor/Scan/TriggerMode.h"
-#include "yApi/yThread.h"
+#include "VorApi/Threads/NamedThread.h"
 
 #include <atomic>
 #include <chrono>
@@ -54,7 +54,6 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void StartThread();
     yStatus Run();
     bool SleepUntil(Clock::time_point time);
     bool AtEnd() const;
@@ -73,7 +72,7 @@ private:
     std::condition_variable stopRequested;
     bool stopping = false;
 
-    yThread thread = nullptr;
+    Vor::NamedThread thread; ///< while a scan by time runs
     bool scanning = false;
     Clock::time_point start;
     Clock::time_point end; ///< once a scan has stopped

@@ -3,8 +3,8 @@
 #include "Services/Common/TcpListen.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/Threads/NamedThread.h"
 #include "yApi/yStatus.h"
-#include "yApi/yThread.h"
 
 #include <algorithm>
 #include <future>
@@ -70,7 +70,6 @@ private:
     /// Runs `work` on the network thread and waits for its result or exception.
     template <typename Work>
     auto OnThread(Work work) -> decltype(work());
-    void StopThread();
 
     bool IsAt(const TcpServerSettings& wanted) const;
     void Move(const TcpServerSettings& next);
@@ -97,7 +96,7 @@ private:
     asio::steady_timer idleTimer{io};
     asio::steady_timer pollTimer{io};
     ConnectionList connections; ///< the one idle for longest first
-    yThread thread = nullptr;
+    Vor::NamedThread thread;
 };
 
 /// One client. It lives as long as the server's list or an operation under way refers to it.
@@ -266,23 +265,12 @@ TcpServer::Impl::Impl(const char* threadName, TcpCounters& counters, const TcpSe
         pollTimer.expires_at(Clock::now());
         Poll();
     }
-    Vor::ThrowIfFailed(yThread_Construct(
-        &thread, [this] { return Run(io); }, nullptr));
-    yStatus status = yThread_SetName(thread, threadName);
-    if (status == yOK) {
-        status = yThread_Start(thread);
-    }
-    if (status != yOK) {
-        yThread_Destroy(thread);
-        Vor::Throw(status);
-    }
+    thread = Vor::NamedThread(threadName, [this] { return Run(io); });
 }
 
 TcpServer::Impl::~Impl() {
     io.stop();
-    yStatus exitStatus = yOK;
-    yThread_Join(thread, yINFINITE, &exitStatus);
-    yThread_Destroy(thread);
+    thread.Reset();
     counters.connected.store(0, std::memory_order_relaxed);
 }
 
