@@ -111,7 +111,7 @@ void AsciiProtocol::Start() {
         Open();
     } catch (const std::exception& e) {
         server.reset();
-        Show("", e.what());
+        SetProperties("", e.what());
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
     UpdateProtocolStatus(ProtocolStatus::Running);
@@ -130,14 +130,14 @@ void AsciiProtocol::Stop() {
 void AsciiProtocol::Open() {
     const AsciiSettings settings = params->Settings();
     outputs.SetFormat(settings.format);
-    ShowOutputs();
+    PublishOutputs();
     counters.Reset();
     ISensor& sensor = *this;
     server = std::make_unique<AsciiServer>(outputs, sensor, counters, wakeup, settings);
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
     GetControlHost().SetScanResultsFiltering(Id(), true);
     SetForwardScanResultsToProtocol(true);
-    Show(server->Url(), "");
+    SetProperties(server->Url(), "");
     SetIsRunning(true);
 }
 
@@ -148,11 +148,11 @@ void AsciiProtocol::Close() {
     SetIsRunning(false);
     server.reset();
     outputs.Reset();
-    Show("", "");
+    SetProperties("", "");
     SetForwardScanResultsToProtocol(false);
 }
 
-void AsciiProtocol::Show(const std::string& address, const std::string& failure) {
+void AsciiProtocol::SetProperties(const std::string& address, const std::string& failure) {
     const PropertiesLock lock(*this);
     properties.address = address;
     properties.failure = failure;
@@ -171,30 +171,30 @@ void AsciiProtocol::ParamsUpdate() {
         server->Update(settings);
     } catch (const std::exception& e) {
         if (server->IsListening()) {
-            Show(server->Url(), e.what());
+            SetProperties(server->Url(), e.what());
             throw;
         }
         Close();
-        Show("", e.what());
+        SetProperties("", e.what());
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
     outputs.SetFormat(settings.format);
-    Show(server->Url(), "");
+    SetProperties(server->Url(), "");
 }
 
 void AsciiProtocol::OutputsUpdate() {
-    ShowOutputs();
+    PublishOutputs();
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
 }
 
 void AsciiProtocol::ConfigureDefaultRegisterAssembly() {
     ResetAssembly();
-    ShowOutputsSoon();
+    PublishOutputsLater();
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
 }
 
 void AsciiProtocol::RegisterAssemblyUpdate(const char*) {
-    ShowOutputs();
+    PublishOutputs();
 }
 
 void AsciiProtocol::ResetAssembly() {
@@ -221,20 +221,20 @@ void AsciiProtocol::ResetMap() {
     }
 }
 
-void AsciiProtocol::ShowOutputs() {
+void AsciiProtocol::PublishOutputs() {
     outputsChanging = false;
     outputs.Replace(Definitions());
 }
 
-void AsciiProtocol::ShowOutputsSoon() {
+void AsciiProtocol::PublishOutputsLater() {
     if (!IsRunning()) {
-        ShowOutputs();
+        PublishOutputs();
         return;
     }
     outputsChanging = true;
     mainLoop.Run([this] {
         if (outputsChanging) {
-            ShowOutputs();
+            PublishOutputs();
         }
     });
 }

@@ -88,14 +88,14 @@ private:
 
     void Open();
     void Close();
-    void Show(const std::string& address, const std::string& failure);
+    void SetProperties(const std::string& address, const std::string& failure);
     /// Gives the service the outputs that it has by default.
     void ResetAssembly();
     void ResetMap();
     /// Lets clients see the outputs as they are now.
-    void ShowOutputs();
+    void PublishOutputs();
     /// The same, when the changes that are under way have come to their end.
-    void ShowOutputsSoon();
+    void PublishOutputsLater();
     std::vector<OutputDefinition> Definitions() const;
 
     static constexpr const char* ParametersVersion = "1";

@@ -45,14 +45,14 @@ void AsciiProtocol::OutputsMapResetImpl(PersistDomain domain) {
         } else {
             ResetMap();
         }
-        ShowOutputsSoon();
+        PublishOutputsLater();
     }
 }
 
 void AsciiProtocol::RegisterAssemblyGroupResetImpl(PersistDomain domain) {
     if (domain == PersistDomain::Job) {
         ResetAssembly();
-        ShowOutputsSoon();
+        PublishOutputsLater();
     }
 }
 
@@ -92,14 +92,14 @@ void AsciiProtocol::EndUpdateParamsImpl(PersistDomain domain, const char* /*vers
 void AsciiProtocol::EndUpdateOutputsMapImpl(PersistDomain domain, const char* /*version*/) {
     if (domain == PersistDomain::Job) {
         mapUpdating = false;
-        ShowOutputsSoon();
+        PublishOutputsLater();
     }
 }
 
 void AsciiProtocol::EndUpdateRegisterAssemblyImpl(PersistDomain domain, const char* /*assemblyId*/,
                                                   const char* /*version*/) {
     if (domain == PersistDomain::Job) {
-        ShowOutputsSoon();
+        PublishOutputsLater();
     }
 }
 

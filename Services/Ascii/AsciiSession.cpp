@@ -10,7 +10,7 @@ AsciiSession::AsciiSession(RequestHandler& handler, bool mayWrite)
     , reader(handler.Format().terminator) {}
 
 AsciiSession::~AsciiSession() {
-    handler.Forget(client);
+    handler.EndPush(client);
 }
 
 std::size_t AsciiSession::Process() {
@@ -24,7 +24,7 @@ std::size_t AsciiSession::Process() {
             }
             answer.clear();
             handler.AnswerPending(client, answer);
-            Put(answer);
+            AppendLine(answer);
             ++answered;
         }
         if (begin == inputEnd || client.hasQuit || !HasRoom()) {
@@ -35,7 +35,7 @@ std::size_t AsciiSession::Process() {
         if (status != LineReader::Status::Incomplete) {
             answer.clear();
             handler.Answer(status, reader.Line(), client, answer);
-            Put(answer);
+            AppendLine(answer);
             answered += client.pending == nullptr ? 1 : 0;
         }
     }
@@ -49,7 +49,7 @@ std::size_t AsciiSession::Process() {
     return answered;
 }
 
-void AsciiSession::Put(const std::string& line) {
+void AsciiSession::AppendLine(const std::string& line) {
     std::memcpy(output.data() + outputEnd, line.data(), line.size());
     outputEnd += line.size();
 }

@@ -40,7 +40,7 @@ private:
     static constexpr std::size_t OutputCapacity = 2 * AnswerCapacity;
 
     bool HasRoom() const { return OutputCapacity - outputEnd >= AnswerCapacity; }
-    void Put(const std::string& line);
+    void AppendLine(const std::string& line);
 
     RequestHandler& handler;
     ClientState client;

@@ -81,11 +81,11 @@ bool Outputs::Process(ResultSet set) {
             sources[found->second] = {Vor::Object::Share(item), version};
         }
     }
-    return Tell();
+    return PushFrame();
 }
 
-bool Outputs::Tell() {
-    bool told = false;
+bool Outputs::PushFrame() {
+    bool pushed = false;
     for (std::size_t i = 0; i < subscriptions.size();) {
         const auto queue = subscriptions[i].queue.lock();
         if (queue == nullptr) {
@@ -99,13 +99,13 @@ bool Outputs::Tell() {
         AppendColumns(line, subscriptions[i].columns);
         line += format.terminator;
         if (line.size() <= MaxLineSize && queue->Add(line)) {
-            told = true;
+            pushed = true;
         } else {
             ++dropped;
         }
         ++i;
     }
-    return told;
+    return pushed;
 }
 
 void Outputs::AppendValues(std::string& answer, const std::vector<Argument>& ids) {

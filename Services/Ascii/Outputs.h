@@ -82,7 +82,7 @@ private:
     std::vector<std::optional<std::size_t>> Resolve(const std::vector<Argument>& ids) const;
     const std::string& TextOf(Column& column);
     void AppendColumns(std::string& line, const std::vector<std::optional<std::size_t>>& chosen);
-    bool Tell();
+    bool PushFrame();
 
     /// Guards the members below. Nothing is locked under it but the queues; it is held for the writing of a frame.
     mutable std::mutex mutex;

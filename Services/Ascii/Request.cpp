@@ -25,7 +25,7 @@ void SkipSeparators(std::string_view& text, std::string_view delimiter) {
 }
 
 /// Takes the characters up to the next separator.
-std::string_view TakeWord(std::string_view& text, std::string_view delimiter) {
+std::string_view ParseWord(std::string_view& text, std::string_view delimiter) {
     std::size_t size = 0;
     while (size < text.size() && SeparatorSize(text.substr(size), delimiter) == 0) {
         ++size;
@@ -36,7 +36,7 @@ std::string_view TakeWord(std::string_view& text, std::string_view delimiter) {
 }
 
 /// Takes a text from the mark that opens it to the one that closes it.
-std::optional<std::string> TakeQuoted(std::string_view& text) {
+std::optional<std::string> ParseQuoted(std::string_view& text) {
     std::string word;
     for (std::size_t i = 1; i < text.size(); ++i) {
         if (text[i] != '"') {
@@ -56,24 +56,24 @@ std::optional<std::string> TakeQuoted(std::string_view& text) {
 
 Request Request::Parse(std::string_view line, std::string_view delimiter) {
     Request request;
-    request.command = TakeWord(line, delimiter);
+    request.command = ParseWord(line, delimiter);
     SkipSeparators(line, delimiter);
     request.rest = line;
     return request;
 }
 
-std::optional<std::vector<Argument>> Arguments(std::string_view rest, std::string_view delimiter) {
+std::optional<std::vector<Argument>> ParseArguments(std::string_view rest, std::string_view delimiter) {
     std::vector<Argument> words;
     SkipSeparators(rest, delimiter);
     while (!rest.empty()) {
         if (rest.front() == '"') {
-            auto word = TakeQuoted(rest);
+            auto word = ParseQuoted(rest);
             if (!word || (!rest.empty() && SeparatorSize(rest, delimiter) == 0)) {
                 return std::nullopt;
             }
             words.push_back({std::move(*word), true});
         } else {
-            const std::string_view word = TakeWord(rest, delimiter);
+            const std::string_view word = ParseWord(rest, delimiter);
             if (word.find('"') != std::string_view::npos) {
                 return std::nullopt;
             }
@@ -84,11 +84,11 @@ std::optional<std::vector<Argument>> Arguments(std::string_view rest, std::strin
     return words;
 }
 
-std::optional<std::string> WholeText(std::string_view rest) {
+std::optional<std::string> ParseText(std::string_view rest) {
     if (!rest.starts_with('"')) {
         return std::string(rest);
     }
-    auto text = TakeQuoted(rest);
+    auto text = ParseQuoted(rest);
     return rest.empty() ? text : std::nullopt;
 }
 

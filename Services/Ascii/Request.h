@@ -24,9 +24,9 @@ struct Request {
 
 /// The words of `rest`, with blanks or delimiters between them. A word in quotation marks may hold any of both; two
 /// marks in it stand for one. None when a quotation mark isn't closed, or stands within a word.
-std::optional<std::vector<Argument>> Arguments(std::string_view rest, std::string_view delimiter);
+std::optional<std::vector<Argument>> ParseArguments(std::string_view rest, std::string_view delimiter);
 
 /// `rest` as one text, which may stand in quotation marks. None for such a text that doesn't end with the closing mark.
-std::optional<std::string> WholeText(std::string_view rest);
+std::optional<std::string> ParseText(std::string_view rest);
 
 } // namespace Services::Ascii

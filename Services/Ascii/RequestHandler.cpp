@@ -68,7 +68,7 @@ const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
         {"RESULT", &Self::Result, "RESULT [OUTPUT]...",
          "Tells values of the last frame: of these outputs, or of all numbers."},
         {"STAMP", &Self::Stamp, "STAMP", "Tells the stamp of the last frame: frame, time, encoder, index, inputs."},
-        {"OUTPUTS", &Self::List, "OUTPUTS", "Tells each output, and its data source."},
+        {"OUTPUTS", &Self::ListOutputs, "OUTPUTS", "Tells each output, and its data source."},
         {"PUSH", &Self::Push, "PUSH [ON [OUTPUT]...|OFF]", "Sends a line a frame, or tells whether it does."},
         {"STATE", &Self::State, "STATE", "Tells whether the sensor scans, is aligned and is busy, and its job."},
         {"STATUS", &Self::State, "STATUS", "The same as STATE."},
@@ -95,7 +95,7 @@ void RequestHandler::Answer(LineReader::Status status, std::string_view line, Cl
         if (status == LineReader::Status::Invalid) {
             Vor::Throw(yERROR_FORMAT, "the line has characters that aren't text");
         }
-        Handle(line, client, answer);
+        AnswerLine(line, client, answer);
     } catch (const Vor::Exception& e) {
         answer.resize(begin);
         AnswerError(answer, e.Status(), e.HasText() ? e.what() : TextOf(e.Status()));
@@ -107,7 +107,7 @@ void RequestHandler::Answer(LineReader::Status status, std::string_view line, Cl
     }
 }
 
-void RequestHandler::Handle(std::string_view line, ClientState& client, std::string& answer) {
+void RequestHandler::AnswerLine(std::string_view line, ClientState& client, std::string& answer) {
     const Request request = Request::Parse(line, format.delimiter);
     const Command* const command = Find(request.command);
     if (command == nullptr) {
@@ -139,7 +139,7 @@ void RequestHandler::AnswerPending(ClientState& client, std::string& answer) {
     answer += format.terminator;
 }
 
-void RequestHandler::Forget(ClientState& client) {
+void RequestHandler::EndPush(ClientState& client) {
     if (client.push != nullptr) {
         outputs.Unsubscribe(client.push.get());
         client.push = nullptr;
@@ -160,7 +160,7 @@ void RequestHandler::AddText(std::string& answer, std::string_view text) const {
 }
 
 std::vector<Argument> RequestHandler::ArgumentsOf(const Call& call, std::size_t max) const {
-    auto words = Arguments(call.rest, format.delimiter);
+    auto words = ParseArguments(call.rest, format.delimiter);
     if (!words) {
         Vor::Throw(yERROR_FORMAT, "a quotation mark is missing, or stands within a word");
     }
@@ -170,7 +170,7 @@ std::vector<Argument> RequestHandler::ArgumentsOf(const Call& call, std::size_t 
     return std::move(*words);
 }
 
-void RequestHandler::Run(const Call& call, const ControlRegisterCommandData& command, const char* failure) {
+void RequestHandler::RunCommand(const Call& call, const ControlRegisterCommandData& command, const char* failure) {
     if (!call.client.mayWrite) {
         Vor::Throw(yERROR_READ_ONLY, "clients of your network may not command the sensor");
     }
@@ -193,10 +193,10 @@ void RequestHandler::RunOnScanner(const Call& call, std::uint8_t id, const char*
         }
         std::ranges::copy(scanner, command.commandArgs.begin());
     }
-    Run(call, command, failure);
+    RunCommand(call, command, failure);
 }
 
-void RequestHandler::Ask(const Call& call, PendingAnswer::Kind kind) {
+void RequestHandler::RequestState(const Call& call, PendingAnswer::Kind kind) {
     ArgumentsOf(call, NoArguments);
     call.client.pending = std::make_shared<PendingAnswer>(kind);
     sensor.ReadState(call.client.pending);
@@ -206,14 +206,14 @@ void RequestHandler::Start(const Call& call) {
     ArgumentsOf(call, NoArguments);
     ControlRegisterCommandData command;
     command.commandId = ControlRegisterCommandData::Start;
-    Run(call, command, "the sensor couldn't start to scan");
+    RunCommand(call, command, "the sensor couldn't start to scan");
 }
 
 void RequestHandler::Stop(const Call& call) {
     ArgumentsOf(call, NoArguments);
     ControlRegisterCommandData command;
     command.commandId = ControlRegisterCommandData::Stop;
-    Run(call, command, "the sensor couldn't stop");
+    RunCommand(call, command, "the sensor couldn't stop");
 }
 
 void RequestHandler::Trigger(const Call& call) {
@@ -230,7 +230,7 @@ void RequestHandler::ClearAlign(const Call& call) {
 }
 
 void RequestHandler::LoadJob(const Call& call) {
-    const auto name = WholeText(call.rest);
+    const auto name = ParseText(call.rest);
     ControlRegisterCommandData command;
     if (!name || name->empty()) {
         Vor::Throw(yERROR_PARAMETER, "the name of the job is missing: LOADJOB NAME");
@@ -240,11 +240,11 @@ void RequestHandler::LoadJob(const Call& call) {
     }
     command.commandId = ControlRegisterCommandData::LoadJob;
     std::ranges::copy(*name, command.commandArgs.begin());
-    Run(call, command, "the job couldn't be loaded; the former one goes on");
+    RunCommand(call, command, "the job couldn't be loaded; the former one goes on");
 }
 
 void RequestHandler::UserData(const Call& call) {
-    const auto text = WholeText(call.rest);
+    const auto text = ParseText(call.rest);
     ControlRegisterCommandData command;
     if (!text || text->empty()) {
         Vor::Throw(yERROR_PARAMETER, "the text is missing: USERDATA TEXT");
@@ -255,7 +255,7 @@ void RequestHandler::UserData(const Call& call) {
     command.commandId = ControlRegisterCommandData::SetUserData;
     std::ranges::copy(*text, command.commandArgs.begin());
     command.SetCommandArgsSize(text->size());
-    Run(call, command, "the text couldn't be handed over");
+    RunCommand(call, command, "the text couldn't be handed over");
 }
 
 void RequestHandler::Result(const Call& call) {
@@ -267,7 +267,7 @@ void RequestHandler::Stamp(const Call& call) {
     outputs.AppendStamp(call.answer);
 }
 
-void RequestHandler::List(const Call& call) {
+void RequestHandler::ListOutputs(const Call& call) {
     ArgumentsOf(call, NoArguments);
     outputs.AppendList(call.answer);
 }
@@ -285,21 +285,21 @@ void RequestHandler::Push(const Call& call) {
         words.erase(words.begin());
         const auto queue = std::make_shared<PushQueue>(PushCapacity);
         outputs.Subscribe(queue, words);
-        Forget(call.client);
+        EndPush(call.client);
         call.client.push = queue;
     } else if (IsWord(words.front().text, "OFF") && words.size() == 1) {
-        Forget(call.client);
+        EndPush(call.client);
     } else {
         Vor::Throw(yERROR_PARAMETER, "PUSH takes ON, with outputs if you like, or OFF");
     }
 }
 
 void RequestHandler::State(const Call& call) {
-    Ask(call, PendingAnswer::Kind::State);
+    RequestState(call, PendingAnswer::Kind::State);
 }
 
 void RequestHandler::Job(const Call& call) {
-    Ask(call, PendingAnswer::Kind::Job);
+    RequestState(call, PendingAnswer::Kind::Job);
 }
 
 void RequestHandler::Version(const Call& call) {
@@ -327,7 +327,7 @@ void RequestHandler::Help(const Call& call) {
 
 void RequestHandler::Quit(const Call& call) {
     ArgumentsOf(call, NoArguments);
-    Forget(call.client);
+    EndPush(call.client);
     call.client.hasQuit = true;
 }
 

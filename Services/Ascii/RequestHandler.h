@@ -47,7 +47,7 @@ public:
     /// Appends the answer that `client` waits for, which has come.
     void AnswerPending(ClientState& client, std::string& answer);
     /// The client has gone.
-    void Forget(ClientState& client);
+    void EndPush(ClientState& client);
 
 private:
     /// What a request's member function gets.
@@ -65,16 +65,16 @@ private:
     static const std::vector<Command>& Commands();
     static const Command* Find(std::string_view name);
 
-    void Handle(std::string_view line, ClientState& client, std::string& answer);
+    void AnswerLine(std::string_view line, ClientState& client, std::string& answer);
     void AnswerError(std::string& answer, int status, std::string_view text);
     void AddText(std::string& answer, std::string_view text) const;
     std::vector<Argument> ArgumentsOf(const Call& call, std::size_t max) const;
     /// `failure` is the text for a command that the sensor refuses or can't do.
-    void Run(const Call& call, const VorControl::ControlProtocol::ControlRegisterCommandData& command,
-             const char* failure);
+    void RunCommand(const Call& call, const VorControl::ControlProtocol::ControlRegisterCommandData& command,
+                    const char* failure);
     /// Runs a command whose argument may be a scanner.
     void RunOnScanner(const Call& call, std::uint8_t command, const char* failure);
-    void Ask(const Call& call, PendingAnswer::Kind kind);
+    void RequestState(const Call& call, PendingAnswer::Kind kind);
 
     void Start(const Call& call);
     void Stop(const Call& call);
@@ -85,7 +85,7 @@ private:
     void UserData(const Call& call);
     void Result(const Call& call);
     void Stamp(const Call& call);
-    void List(const Call& call);
+    void ListOutputs(const Call& call);
     void Push(const Call& call);
     void State(const Call& call);
     void Job(const Call& call);

@@ -45,7 +45,7 @@ bool ControlRegisters::Read(std::uint16_t address, std::uint16_t count, unsigned
 unsigned char ControlRegisters::Write(const RegisterWrite& write) {
     CommandInput next;
     bool isCommand = false;
-    const unsigned char code = Take(write, next, isCommand);
+    const unsigned char code = ApplyWrite(write, next, isCommand);
     if (isCommand) {
         commands.Run(next);
     }
@@ -53,7 +53,7 @@ unsigned char ControlRegisters::Write(const RegisterWrite& write) {
 }
 
 // All of a write but the command's run, which may end in EndCommand at once.
-unsigned char ControlRegisters::Take(const RegisterWrite& write, CommandInput& next, bool& isCommand) {
+unsigned char ControlRegisters::ApplyWrite(const RegisterWrite& write, CommandInput& next, bool& isCommand) {
     const auto readCount = static_cast<std::uint16_t>(write.read.size() / 2);
     const std::lock_guard lock(mutex);
     if (!IsInInput(write) || (readCount > 0 && !image.Read(write.readAddress, readCount, write.read.data()))) {

@@ -70,7 +70,7 @@ private:
         std::optional<unsigned> place;
     };
 
-    unsigned char Take(const RegisterWrite& write, CommandInput& next, bool& isCommand);
+    unsigned char ApplyWrite(const RegisterWrite& write, CommandInput& next, bool& isCommand);
     bool IsInInput(const RegisterWrite& write) const;
     void SerializeResult();
     RegisterImage::Part InputPart() const;

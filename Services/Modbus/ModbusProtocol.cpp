@@ -21,7 +21,7 @@ constexpr unsigned short LastRegister = 65534;
 constexpr const char* AssemblyVersion = "1";
 
 template <class Work>
-void Attempt(const Work& work) {
+void IgnoreFailure(const Work& work) {
     try {
         work();
     } catch (const Vor::Exception&) {
@@ -69,7 +69,7 @@ void ModbusProtocol::Start() {
         Open();
     } catch (const std::exception& e) {
         server.reset();
-        Show("", e.what());
+        SetProperties("", e.what());
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
     UpdateProtocolStatus(ProtocolStatus::Running);
@@ -90,11 +90,11 @@ void ModbusProtocol::Open() {
     assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
     registers.Rebuild();
     counters.Reset();
-    server = std::make_unique<ModbusServer>(control, counters, settings, [this] { Poll(); });
+    server = std::make_unique<ModbusServer>(control, counters, settings, [this] { ReadStates(); });
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
     GetControlHost().SetScanResultsFiltering(Id(), true);
     SetForwardScanResultsToProtocol(true);
-    Show(server->Url(), "");
+    SetProperties(server->Url(), "");
     SetIsRunning(true);
 }
 
@@ -105,11 +105,11 @@ void ModbusProtocol::Close() {
     SetIsRunning(false);
     server.reset();
     registers.ForgetValues();
-    Show("", "");
+    SetProperties("", "");
     SetForwardScanResultsToProtocol(false);
 }
 
-void ModbusProtocol::Show(const std::string& address, const std::string& failure) {
+void ModbusProtocol::SetProperties(const std::string& address, const std::string& failure) {
     const PropertiesLock lock(*this);
     properties.address = address;
     properties.failure = failure;
@@ -172,14 +172,14 @@ void ModbusProtocol::ParamsUpdate() {
         server->Update(settings);
     } catch (const std::exception& e) {
         if (server->IsListening()) {
-            Show(server->Url(), e.what());
+            SetProperties(server->Url(), e.what());
             throw;
         }
         Close();
-        Show("", e.what());
+        SetProperties("", e.what());
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
-    Show(server->Url(), "");
+    SetProperties(server->Url(), "");
     assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
     registers.Rebuild();
 }
@@ -234,13 +234,13 @@ void ModbusProtocol::OperationEndEventImpl(int) {
 }
 
 // A state that can't be had leaves the last one.
-void ModbusProtocol::Poll() {
+void ModbusProtocol::ReadStates() {
     if (!control.HasStates()) {
         return;
     }
     IControlHost& host = GetControlHost();
-    Attempt([&] { control.SetSystemState(SystemState(host.SystemStats(0))); });
-    Attempt([&] {
+    IgnoreFailure([&] { control.SetSystemState(SystemState(host.SystemStats(0))); });
+    IgnoreFailure([&] {
         const auto info = host.ScannerInfo("", 0);
         // A record without an id is of no scanner.
         if (!info.id.empty()) {

@@ -69,11 +69,11 @@ private:
     bool IsBusy() const override { return OperationInProgress(); }
     void Run(const CommandInput& input) override;
     /// On the network thread.
-    void Poll();
+    void ReadStates();
 
     void Open();
     void Close();
-    void Show(const std::string& address, const std::string& failure);
+    void SetProperties(const std::string& address, const std::string& failure);
 
     ModbusProperties properties;
     const std::shared_ptr<ModbusParams> params = std::make_shared<ModbusParams>();

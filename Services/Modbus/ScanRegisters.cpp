@@ -101,12 +101,12 @@ void ScanRegisters::Rebuild() {
         }
     }
     sources = std::move(next);
-    LeaveOut(others);
+    FindOwnParts(others);
     control.Replace(places, std::move(ranges), bytes);
 }
 
 // `others` ascend. What is left of the bytes goes to `own`.
-void ScanRegisters::LeaveOut(const std::vector<RegisterRange>& others) {
+void ScanRegisters::FindOwnParts(const std::vector<RegisterRange>& others) {
     own.clear();
     std::size_t begin = 0;
     const auto add = [&](std::size_t end) {

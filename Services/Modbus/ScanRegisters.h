@@ -50,7 +50,7 @@ private:
     using Sources = std::unordered_map<unsigned long, Source>; ///< by numeric id
 
     void AddSlot(Sources& next, const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock>& block);
-    void LeaveOut(const std::vector<RegisterRange>& others);
+    void FindOwnParts(const std::vector<RegisterRange>& others);
     void Publish(std::size_t begin, std::size_t end);
     void Serialize(Slot& slot, ResultItem item);
     void SerializeMissing(Slot& slot);

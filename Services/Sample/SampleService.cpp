@@ -117,7 +117,7 @@ void SampleService::Rebuild() {
         }
         bytes = registers;
     }
-    Show(std::move(bytes), 0);
+    SetProperties(std::move(bytes), 0);
 }
 
 void SampleService::ProcessResultSets(void* resultSets) {
@@ -152,10 +152,10 @@ void SampleService::Process(ResultSet set) {
         }
         bytes = registers;
     }
-    Show(std::move(bytes), 1);
+    SetProperties(std::move(bytes), 1);
 }
 
-void SampleService::Show(std::vector<unsigned char> bytes, unsigned long long addedResults) {
+void SampleService::SetProperties(std::vector<unsigned char> bytes, unsigned long long addedResults) {
     const PropertiesLock lock(*this); // Required: properties other than the status change only under this lock.
     properties.registers = Vor::Properties::ByteVector(std::move(bytes));
     properties.resultCount = properties.resultCount.Get() + addedResults;

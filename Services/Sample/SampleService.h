@@ -38,7 +38,7 @@ private:
     /// Makes the registers fit the blocks, each without a value.
     void Rebuild();
     void Process(ResultSet set);
-    void Show(std::vector<unsigned char> bytes, unsigned long long addedResults);
+    void SetProperties(std::vector<unsigned char> bytes, unsigned long long addedResults);
 
     SampleProperties properties;
     SampleParams params;

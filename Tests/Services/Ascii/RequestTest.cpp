@@ -10,7 +10,7 @@ namespace {
 
 /// The words, those in quotation marks with the marks; "refused" for none.
 std::vector<std::string> Words(const std::string& rest, const std::string& delimiter = ",") {
-    const auto arguments = Arguments(rest, delimiter);
+    const auto arguments = ParseArguments(rest, delimiter);
     if (!arguments) {
         return {"refused"};
     }
@@ -57,11 +57,11 @@ TEST(Request, RefusesAQuotationMarkThatIsMissingOrInTheWrongPlace) {
 }
 
 TEST(Request, TakesTheRestAsOneText) {
-    EXPECT_EQ(WholeText("my job, second"), "my job, second");
-    EXPECT_EQ(WholeText("\"my \"\"job\"\"\""), "my \"job\"");
-    EXPECT_EQ(WholeText(""), "");
-    EXPECT_EQ(WholeText("\"my job\" x"), std::nullopt);
-    EXPECT_EQ(WholeText("\"my job"), std::nullopt);
+    EXPECT_EQ(ParseText("my job, second"), "my job, second");
+    EXPECT_EQ(ParseText("\"my \"\"job\"\"\""), "my \"job\"");
+    EXPECT_EQ(ParseText(""), "");
+    EXPECT_EQ(ParseText("\"my job\" x"), std::nullopt);
+    EXPECT_EQ(ParseText("\"my job"), std::nullopt);
 }
 
 } // namespace
