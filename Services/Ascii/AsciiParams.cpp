@@ -22,7 +22,7 @@ bool IsPrintable(char character) {
     return character >= ' ' && character <= '~';
 }
 
-/// Nothing that stands in a number, a word or a quoted text.
+/// No character that numbers, words or quoted texts contain.
 bool IsDelimiter(const std::string& value) {
     return !value.empty() && value.size() <= MaxSymbolSize && std::ranges::all_of(value, [](char character) {
         return character == '\t' ||

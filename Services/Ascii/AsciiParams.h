@@ -12,7 +12,7 @@ namespace Services::Ascii {
 
 enum class DecimalSeparator : std::int32_t { Point = 0, Comma = 1 };
 
-/// What a server takes of the parameters.
+/// The parameters as the server uses them.
 struct AsciiSettings {
     Common::TcpServerSettings tcp;
     LineFormat format;
@@ -22,11 +22,11 @@ class AsciiParams : public Common::TcpServerParams {
 public:
     AsciiParams();
 
-    /// Puts every value back to its default.
+    /// Sets every value to its default.
     void Reset();
 
-    /// Throws yERROR_PARAMETER with the text of the first value that is outside its limits, or with one that says which
-    /// two values don't go together.
+    /// Throws yERROR_PARAMETER with a text for the user when a value is outside its limits, or when two values don't go
+    /// together.
     AsciiSettings Settings();
 
     SymbolParam delimiter;

@@ -4,14 +4,14 @@
 
 namespace Services::Ascii {
 
-/// What the service shows of itself.
+/// The properties of the service.
 class AsciiProperties : public Common::TcpServerProperties {
 public:
     AsciiProperties();
 
     /// Answers with ERROR, since the service was started.
     Vor::Params::Value<unsigned long long> errors;
-    /// Lines of frames that clients were too slow for.
+    /// Lines of frames that were dropped because their clients read too slowly.
     Vor::Params::Value<unsigned long long> dropped;
 };
 

@@ -49,7 +49,7 @@ ValueKind KindOf(const std::string& type) {
     return type == "Stamp" ? ValueKind::Stamp : ValueKind::Text;
 }
 
-/// What the virtual sensor measures of its part.
+/// The blocks of a service without a map of its own: what the virtual sensor measures.
 struct DefaultBlock {
     const char* type;
     const char* displayName;
@@ -308,15 +308,15 @@ void AsciiProtocol::OperationEndEventImpl(int status) {
     if (ended == nullptr) {
         return;
     }
-    const auto tell = [this, ended, hasBegun, status] {
-        // A command that fails before it has begun was refused because of another service's.
+    const auto answer = [this, ended, hasBegun, status] {
+        // A command that fails before it has begun was refused because another service's operation runs.
         ended->End(status == yERROR && !hasBegun ? yERROR_BUSY : status);
         wakeup.Set();
     };
-    if (outputsChanging) { // the client that has loaded a job finds the job's outputs
-        mainLoop.Run(tell);
+    if (outputsChanging) { // the answer to LOADJOB comes after the job's outputs are published
+        mainLoop.Run(answer);
     } else {
-        tell();
+        answer();
     }
 }
 
@@ -340,11 +340,11 @@ void AsciiProtocol::ReadState(const std::shared_ptr<PendingAnswer>& answer) {
 void AsciiProtocol::ProcessResultSets(void* resultSets) {
     const auto sets = static_cast<yArrayList>(resultSets);
     const std::size_t count = yArrayList_Count(sets);
-    bool told = false;
+    bool pushed = false;
     for (std::size_t i = 0; i < count; ++i) {
-        told = outputs.Process(yArrayList_At(sets, i)) || told;
+        pushed = outputs.Process(yArrayList_At(sets, i)) || pushed;
     }
-    if (told) {
+    if (pushed) {
         wakeup.Set();
     }
 }

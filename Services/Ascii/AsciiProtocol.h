@@ -23,8 +23,9 @@
 
 namespace Services::Ascii {
 
-/// The service of lines of text over TCP. Clients ask for the blocks of one register assembly, "registerAssembly-0", by
-/// their numbers, and for the entries of an output map by their names. All of it is kept in the job.
+/// The service that exchanges lines of text over TCP. Clients request the blocks of one register assembly,
+/// "registerAssembly-0", by their numbers, and the entries of an output map by their names. Assembly, map and
+/// parameters are saved in the job.
 class AsciiProtocol : public VorControl::ControlProtocol::ProtocolBase, private ISensor {
 public:
     explicit AsciiProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
@@ -34,19 +35,19 @@ public:
     void Stop() override;
 
     void ParamsReset() override;
-    /// Takes the changed parameters while the service runs. If it can't listen at a new address or port, it goes on
-    /// where it was, says why in the property `failure`, and throws.
+    /// Applies the changed parameters while the service runs. If it can't listen at a new address or port, it continues
+    /// at the former one, sets the property `failure` to the reason, and throws.
     void ParamsUpdate() override;
     void OutputsUpdate() override;
     void ConfigureDefaultRegisterAssembly() override;
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     void ProcessResultSets(void* resultSets) override;
 
-    /// The data sources of the assembly, then those that only the output map has.
+    /// The data sources of the assembly, then those that are in the output map only.
     std::vector<std::string> DataSourceList() const override;
     std::vector<std::string> DataSourceList(VorCommon::PersistDomain domain) override;
 
-    /// Brings the counters up to date.
+    /// Updates the counters.
     void NonPersistentPropertiesBeginLock() override;
 
     using ProtocolBase::BeginUpdateParams;
@@ -89,12 +90,12 @@ private:
     void Open();
     void Close();
     void SetProperties(const std::string& address, const std::string& failure);
-    /// Gives the service the outputs that it has by default.
+    /// Set the default outputs.
     void ResetAssembly();
     void ResetMap();
-    /// Lets clients see the outputs as they are now.
+    /// Makes the current blocks and map entries the outputs of the clients.
     void PublishOutputs();
-    /// The same, when the changes that are under way have come to their end.
+    /// The same on the main loop, after all changes of the present load; at once while the service doesn't run.
     void PublishOutputsLater();
     std::vector<OutputDefinition> Definitions() const;
 
@@ -107,17 +108,17 @@ private:
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup> assemblies;
     const std::shared_ptr<VorControl::ControlProtocol::TextIdStandardProtocolOutputMap> map;
     const std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> provider;
-    bool mapUpdating = false; ///< between begin and end of an update, which the framework serialises
+    bool mapUpdating = false; ///< from begin to end of an update; the framework runs one update at a time
     Ascii::Outputs outputs;
     ServerCounters counters;
     Common::Wakeup wakeup;
     std::unique_ptr<AsciiServer> server;
-    /// Guards the next two. A leaf.
+    /// Guards the next two. No lock is acquired under it.
     std::mutex commandMutex;
-    std::shared_ptr<PendingAnswer> running; ///< the command that is under way
-    std::thread::id runner;                 ///< the thread that is handing it over
-    /// The outputs change while clients look at them, when a job is loaded for instance. So they go on with the former
-    /// ones until the main loop runs again.
+    std::shared_ptr<PendingAnswer> running; ///< the answer to the command in progress
+    std::thread::id runner;                 ///< the thread that starts the command, while it does
+    /// Whether changed outputs wait to be published on the main loop. Until then clients have the former ones: the load
+    /// of a job changes the outputs several times.
     std::atomic<bool> outputsChanging{false};
     Vor::AsyncRunner mainLoop;
 };

@@ -1,4 +1,4 @@
-// What the service keeps in the job.
+// What the service saves in the job.
 
 #include "Services/Ascii/AsciiProtocol.h"
 #include "Vor/Exception.h"
@@ -40,7 +40,7 @@ void AsciiProtocol::ParamsResetImpl(PersistDomain domain) {
 
 void AsciiProtocol::OutputsMapResetImpl(PersistDomain domain) {
     if (domain == PersistDomain::Job) {
-        if (mapUpdating) { // what is loaded doesn't mix with the default entries
+        if (mapUpdating) { // the loaded entries replace the default ones
             map->Clear();
         } else {
             ResetMap();
@@ -75,8 +75,8 @@ AsciiProtocol::BeginUpdateRegisterAssemblyImpl(PersistDomain domain, const char*
     return domain == PersistDomain::Job ? assemblies->RegisterAssembly(assemblyId) : nullptr;
 }
 
-// Parameters that can't be used leave the service as it was, with the reason in `failure`: that is no reason to give
-// them up.
+// Parameters that can't be used leave the service as it was, with the reason in `failure`. They stay for the user to
+// correct.
 void AsciiProtocol::EndUpdateParamsImpl(PersistDomain domain, const char* /*version*/) {
     if (domain != PersistDomain::Job) {
         return;

@@ -8,16 +8,16 @@
 
 namespace Services::Ascii {
 
-/// Serves lines of text over TCP on one thread of its own, "AsciiNet". The operations are for one thread at a time;
-/// each waits for the network thread, which takes microseconds.
+/// Serves lines of text over TCP on a thread of its own, "AsciiNet". The operations are for one thread at a time; each
+/// waits microseconds for the network thread.
 class AsciiServer {
 public:
-    /// Listens when it returns. Throws Vor::Exception with a text for the user when it can't. All but the settings must
-    /// outlive the server.
+    /// Listens when it returns. Throws a Vor::Exception with a text for the user when it can't. All but the settings
+    /// must outlive the server.
     AsciiServer(Outputs& outputs, ISensor& sensor, ServerCounters& counters, Common::Wakeup& wakeup,
                 const AsciiSettings& settings);
 
-    /// As TcpServer::Update.
+    /// See TcpServer::Update.
     void Update(const AsciiSettings& settings);
 
     bool IsListening() const { return server.IsListening(); }

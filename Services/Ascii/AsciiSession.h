@@ -11,8 +11,8 @@
 
 namespace Services::Ascii {
 
-/// The lines of one connection: answers come in the order of the requests, each whole, with the lines of frames between
-/// them. While a request has no answer yet, those behind it wait. Both sides are bounded.
+/// The lines of one connection. Answers are sent in the order of the requests, and lines of frames between them. While
+/// a request waits for its answer, the requests behind it wait, too. The buffers of both directions are bounded.
 class AsciiSession : public Common::ITcpSession {
 public:
     /// `handler` must outlive the session.

@@ -7,16 +7,16 @@
 
 namespace Services::Ascii {
 
-/// What requests ask of the sensor. None of the operations waits; the end of each is told by PendingAnswer::End, maybe
-/// before it returns, and by the server's Wakeup.
+/// The sensor as the requests use it. The operations don't wait. When one has ended, possibly before it returns,
+/// PendingAnswer::End is called and the server's Wakeup is set.
 class ISensor {
 public:
     virtual ~ISensor() = default;
 
-    /// Runs a command. False when one is under way: then nothing was begun, and no end is told.
+    /// Runs a command. Returns false, and runs nothing, when another command is in progress.
     virtual bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,
                      const std::shared_ptr<PendingAnswer>& answer) = 0;
-    /// Finds out the state as it is now.
+    /// Reads the present state into the answer.
     virtual void ReadState(const std::shared_ptr<PendingAnswer>& answer) = 0;
 };
 

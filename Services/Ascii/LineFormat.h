@@ -10,11 +10,11 @@ enum class Notation : std::int32_t { Fixed = 0, Scientific = 1, Shortest = 2 };
 /// How lines and the values in them are written.
 struct LineFormat {
     std::string delimiter = ",";     ///< between the fields of a line
-    std::string terminator = "\r\n"; ///< control characters; each of them ends a received line, too
+    std::string terminator = "\r\n"; ///< control characters; each of them also ends a received line
     char decimalSeparator = '.';
     Notation notation = Notation::Fixed;
-    int decimals = 3;                    ///< behind the separator; Notation::Shortest has as many as the value needs
-    std::string invalidText = "INVALID"; ///< stands for a value that is missing
+    int decimals = 3;                    ///< digits behind the separator, except for Notation::Shortest
+    std::string invalidText = "INVALID"; ///< written for a missing value
 };
 
 } // namespace Services::Ascii

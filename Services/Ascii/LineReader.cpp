@@ -35,7 +35,7 @@ LineReader::Status LineReader::Feed(unsigned char byte) {
         return Status::Incomplete;
     }
     if (ends[byte]) {
-        return End();
+        return EndLine();
     }
     if (size == buffer.size()) {
         tooLong = true;
@@ -47,7 +47,7 @@ LineReader::Status LineReader::Feed(unsigned char byte) {
     return Status::Incomplete;
 }
 
-// Twice IAC stands for the byte itself, of which no UTF-8 text has any.
+// IAC twice means the byte itself, which no UTF-8 text contains.
 bool LineReader::IsTelnet(unsigned char byte) {
     switch (telnet) {
     case Telnet::None:
@@ -71,7 +71,7 @@ bool LineReader::IsTelnet(unsigned char byte) {
     return false;
 }
 
-LineReader::Status LineReader::End() {
+LineReader::Status LineReader::EndLine() {
     line = WithoutBlanks({buffer.data(), size});
     const bool wasTooLong = tooLong;
     const bool wasInvalid = hasControl || !Vor::IsUtf8(line);

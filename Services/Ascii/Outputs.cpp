@@ -169,7 +169,7 @@ std::uint64_t Outputs::Dropped() const {
     return dropped;
 }
 
-// A number without quotation marks is a block's; any other word, and such a number that no block has, is a name.
+// A number without quotation marks is a block's if there is such a block; everything else is a name.
 std::optional<std::size_t> Outputs::Find(const Argument& id) const {
     if (!id.isQuoted) {
         const auto block = blocks.find(id.text);
@@ -207,7 +207,7 @@ const std::string& Outputs::TextOf(Column& column) {
     return column.text;
 }
 
-// Stops behind MaxLineSize, however many outputs follow.
+// Stops as soon as the line is longer than MaxLineSize.
 void Outputs::AppendColumns(std::string& answer, const std::vector<std::optional<std::size_t>>& chosen) {
     for (const auto& place : chosen) {
         if (answer.size() > MaxLineSize) {

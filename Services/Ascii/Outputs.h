@@ -18,46 +18,46 @@
 
 namespace Services::Ascii {
 
-/// What clients can ask for: a block of the assembly, by its number, or an entry of the output map, by its name.
+/// What clients can request: a block of the assembly, by its number, or an entry of the output map, by its name.
 struct OutputDefinition {
-    std::string id; ///< of a block its number, in decimal
+    std::string id; ///< the name, or the decimal number of a block
     bool isBlock = false;
     ValueKind kind = ValueKind::Any;
     std::string dataSource;
 };
 
-/// The outputs with their last values, and the clients to whom each frame is told. What is read at once belongs to one
-/// frame. Any thread.
+/// The outputs with their last values, and the queues of the clients to whom each frame is sent. The values that one
+/// call reads belong to one frame. For any thread.
 class Outputs {
 public:
     /// The longest answer, and the longest line of a frame.
     static constexpr std::size_t MaxLineSize = std::size_t{32} * 1024;
 
-    /// Takes the outputs as they are now. One whose data source had a value keeps it.
+    /// Replaces all outputs. The last values of their data sources stay.
     void Replace(const std::vector<OutputDefinition>& definitions);
-    /// Writes values in another way from now on.
+    /// Sets the format for the values from now on.
     void SetFormat(const LineFormat& next);
-    /// Forgets all values, and begins anew to count frames.
+    /// Removes all values, and sets the counts of frames and dropped lines to 0.
     void Reset();
 
-    /// Takes the results of one frame and tells it to all subscribers. Returns whether there was any line to tell.
-    /// Allocates nothing, once the lines have reached their size.
+    /// Stores the results of one frame and adds its line to the queue of each subscriber. Returns whether a line was
+    /// added. Allocates nothing, once the lines have reached their size.
     bool Process(ResultSet set);
 
-    /// Appends the fields of outputs, each behind a delimiter. Without any id it takes all blocks or, if there are
-    /// none, all entries of the map. Throws yERROR_NOT_FOUND for an output that there isn't, and yERROR_SIZE when the
-    /// line would be longer than MaxLineSize.
+    /// Appends the fields of outputs, each behind a delimiter. Without ids these are all blocks or, if there are none,
+    /// all entries of the map. Throws yERROR_NOT_FOUND for an unknown output, and yERROR_SIZE when the line would be
+    /// longer than MaxLineSize.
     void AppendValues(std::string& line, const std::vector<Argument>& ids);
     /// Appends the last stamp among the outputs. Throws yERROR_NOT_FOUND when no output is a stamp.
     void AppendStamp(std::string& line);
-    /// Appends of each output its id, and its data source. Throws yERROR_SIZE as AppendValues does.
+    /// Appends id and data source of each output. Throws yERROR_SIZE as AppendValues does.
     void AppendList(std::string& line) const;
 
-    /// Tells each frame to a queue, as long as somebody else holds it. Throws what AppendValues throws. An output that
-    /// is taken away later has no value.
+    /// Adds a line for each frame to a queue, until Unsubscribe or until nobody else holds the queue. Throws what
+    /// AppendValues throws. An output that is removed later has no value in these lines.
     void Subscribe(const std::shared_ptr<PushQueue>& queue, const std::vector<Argument>& ids);
     void Unsubscribe(const PushQueue* queue);
-    /// Lines that had no room in their queue.
+    /// The number of lines for which a queue had no room.
     std::uint64_t Dropped() const;
 
 private:
@@ -68,7 +68,7 @@ private:
     struct Column {
         OutputDefinition definition;
         std::size_t source;
-        std::string text; ///< of the item of `version`
+        std::string text; ///< the fields of the item of `version`
         std::uint64_t version;
     };
     struct Subscription {
@@ -77,14 +77,15 @@ private:
         std::vector<std::optional<std::size_t>> columns;
     };
 
-    /// All of these expect the caller to hold the mutex.
+    /// The caller of these holds the mutex.
     std::optional<std::size_t> Find(const Argument& id) const;
     std::vector<std::optional<std::size_t>> Resolve(const std::vector<Argument>& ids) const;
     const std::string& TextOf(Column& column);
     void AppendColumns(std::string& line, const std::vector<std::optional<std::size_t>>& chosen);
     bool PushFrame();
 
-    /// Guards the members below. Nothing is locked under it but the queues; it is held for the writing of a frame.
+    /// Guards the members below, while a frame is stored and written. Only the mutexes of the queues are locked under
+    /// it.
     mutable std::mutex mutex;
     LineFormat format;
     std::vector<Column> columns;

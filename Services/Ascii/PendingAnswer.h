@@ -8,8 +8,8 @@
 
 namespace Services::Ascii {
 
-/// A request whose answer isn't there yet. Whoever works on it fills the members in and sets `hasEnded` last; then they
-/// belong to the session that asked.
+/// A request whose answer comes later. Whoever processes it writes the members, then calls End; after that they belong
+/// to the session of the request.
 struct PendingAnswer {
     enum class Kind { Command, State, Job };
 
@@ -24,9 +24,9 @@ struct PendingAnswer {
 
     const Kind kind;
     yStatus status = yERROR;
-    const char* failure = nullptr; ///< what a command's failure without a status of its own means
+    const char* failure = nullptr; ///< text for a command that fails with yERROR
 
-    /// Of a state and of a job.
+    /// The answer of the kinds State and Job.
     bool isScanning = false;
     std::uint8_t alignment = 0; ///< 0 not aligned, 1 aligned, 2 aligning
     bool isBusy = false;

@@ -9,22 +9,22 @@
 
 namespace Services::Ascii {
 
-/// The lines that wait for one client. It is bounded: a line that has no room is dropped and counted. Any thread; no
-/// operation allocates.
+/// The lines that wait for one client. The queue is bounded: a line for which there is no room is dropped and counted.
+/// For any thread; no operation allocates.
 class PushQueue {
 public:
     explicit PushQueue(std::size_t capacity);
 
-    /// Whether there was room.
+    /// Returns whether there was room.
     bool Add(std::string_view line);
-    /// Takes the oldest lines, whole ones only, as many as have room. Returns their size.
+    /// Moves the oldest lines to `place`, as many whole ones as fit. Returns their size.
     std::size_t MoveTo(std::span<unsigned char> place);
     std::uint64_t Dropped() const;
 
 private:
-    /// Guards the members below. A leaf: it is held for a copy only.
+    /// Guards the members below, only while a line is copied. No lock is acquired under it.
     mutable std::mutex mutex;
-    std::vector<unsigned char> bytes; ///< of each line its size, then its characters
+    std::vector<unsigned char> bytes; ///< for each line its size, then its characters
     std::size_t begin = 0;
     std::size_t end = 0;
     std::uint64_t dropped = 0;

@@ -10,7 +10,7 @@ bool IsBlank(char character) {
     return character == ' ' || character == '\t';
 }
 
-/// How many bytes at the begin of `text` separate words; 0 for none.
+/// The size of the separator at the start of `text`; 0 when there is none.
 std::size_t SeparatorSize(std::string_view text, std::string_view delimiter) {
     if (!delimiter.empty() && text.starts_with(delimiter)) {
         return delimiter.size();
@@ -24,7 +24,7 @@ void SkipSeparators(std::string_view& text, std::string_view delimiter) {
     }
 }
 
-/// Takes the characters up to the next separator.
+/// Removes the characters up to the next separator from `text` and returns them.
 std::string_view ParseWord(std::string_view& text, std::string_view delimiter) {
     std::size_t size = 0;
     while (size < text.size() && SeparatorSize(text.substr(size), delimiter) == 0) {
@@ -35,7 +35,7 @@ std::string_view ParseWord(std::string_view& text, std::string_view delimiter) {
     return word;
 }
 
-/// Takes a text from the mark that opens it to the one that closes it.
+/// Removes the quoted text at the start of `text` and returns it without its quotation marks.
 std::optional<std::string> ParseQuoted(std::string_view& text) {
     std::string word;
     for (std::size_t i = 1; i < text.size(); ++i) {

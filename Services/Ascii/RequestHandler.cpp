@@ -21,7 +21,7 @@ bool IsWord(std::string_view text, std::string_view word) {
         text, word, [](char left, char right) { return std::toupper(static_cast<unsigned char>(left)) == right; });
 }
 
-/// Why a command has failed, where the sensor gives nothing but a status.
+/// Why a command has failed, when the sensor returns only a status.
 const char* TextOf(yStatus status) {
     switch (status) {
     case yERROR:

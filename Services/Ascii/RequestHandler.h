@@ -15,20 +15,20 @@
 
 namespace Services::Ascii {
 
-/// What the handler knows of one client.
+/// The state of one client.
 struct ClientState {
     bool mayWrite = false;
     bool hasQuit = false;
-    std::shared_ptr<PushQueue> push = {};        ///< null while no frames are told
-    std::shared_ptr<PendingAnswer> pending = {}; ///< of the last request, while it has no answer
+    std::shared_ptr<PushQueue> push = {};        ///< null while no frames are pushed
+    std::shared_ptr<PendingAnswer> pending = {}; ///< answer of the last request, until it is sent
 };
 
-/// Answers one request at a time. Used by the network thread only.
+/// Answers one request at a time. For the network thread.
 class RequestHandler {
 public:
-    /// Of what waits for one client while frames are told.
+    /// Capacity in bytes of the queue of frames for one client.
     static constexpr std::size_t PushCapacity = 2 * Outputs::MaxLineSize;
-    /// The most that the tools take.
+    /// The longest text that the sensor's tools accept.
     static constexpr std::size_t MaxUserDataSize = sizeof(VorControl::ControlProtocol::DefaultUserDataInputData);
 
     /// All but `format` must outlive the handler.
@@ -41,16 +41,16 @@ public:
     const LineFormat& Format() const { return format; }
     void SetFormat(const LineFormat& value) { format = value; }
 
-    /// Answers a line that has ended. The answer, with its terminator, is appended to `answer`, or comes later: then
-    /// `client.pending` is set.
+    /// Answers a line. The answer with its terminator is appended to `answer`, or `client.pending` is set and the
+    /// answer comes later.
     void Answer(LineReader::Status status, std::string_view line, ClientState& client, std::string& answer);
-    /// Appends the answer that `client` waits for, which has come.
+    /// Appends the answer to the pending request of `client`, which has ended.
     void AnswerPending(ClientState& client, std::string& answer);
-    /// The client has gone.
+    /// Ends the pushing of frames to the client.
     void EndPush(ClientState& client);
 
 private:
-    /// What a request's member function gets.
+    /// The arguments of a command's function.
     struct Call {
         std::string_view rest;
         ClientState& client;
@@ -69,10 +69,10 @@ private:
     void AnswerError(std::string& answer, int status, std::string_view text);
     void AddText(std::string& answer, std::string_view text) const;
     std::vector<Argument> ArgumentsOf(const Call& call, std::size_t max) const;
-    /// `failure` is the text for a command that the sensor refuses or can't do.
+    /// `failure` is the text for the client when the sensor fails with yERROR.
     void RunCommand(const Call& call, const VorControl::ControlProtocol::ControlRegisterCommandData& command,
                     const char* failure);
-    /// Runs a command whose argument may be a scanner.
+    /// Runs a command with an optional scanner as its argument.
     void RunOnScanner(const Call& call, std::uint8_t command, const char* failure);
     void RequestState(const Call& call, PendingAnswer::Kind kind);
 

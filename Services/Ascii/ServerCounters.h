@@ -7,10 +7,10 @@
 
 namespace Services::Ascii {
 
-/// What a server counts: written by its network thread, read by any.
+/// Counts of a server. Written by its network thread, read by any thread.
 struct ServerCounters : Common::TcpCounters {
-    std::atomic<std::uint64_t> requests = 0; ///< lines, each of which was answered
-    std::atomic<std::uint64_t> errors = 0;   ///< those that were answered with ERROR
+    std::atomic<std::uint64_t> requests = 0; ///< lines that were answered
+    std::atomic<std::uint64_t> errors = 0;   ///< lines that were answered with ERROR
 
     void Reset() {
         for (std::atomic<std::uint64_t>* counter : {&connected, &refused, &requests, &errors}) {

@@ -6,13 +6,13 @@
 
 namespace Services::Ascii {
 
-/// A parameter that is a few characters in a line, of a set that keeps the line readable. Another value is refused, as
-/// one outside its limits is.
+/// A parameter for the characters that structure a line. A value that `check` rejects is refused like a value outside
+/// of its limits.
 class SymbolParam : public Vor::Params::Value<std::string> {
 public:
     using Check = bool (*)(const std::string& value);
 
-    /// `requirement` is a text for the user, "%1$s must be ...", and lives as long as the program.
+    /// `requirement` is a text for the user, "%1$s must be ...", with static lifetime.
     SymbolParam(Check check, const char* requirement)
         : check(check)
         , requirement(requirement) {}

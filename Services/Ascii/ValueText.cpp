@@ -19,10 +19,10 @@ namespace Services::Ascii {
 namespace {
 
 constexpr std::size_t StampFields = 5;
-/// The greatest double has 309 digits before the separator.
+/// The largest double has 309 digits before the separator.
 constexpr std::size_t NumberSize = 400;
 
-/// The message of an item, of an array its first element; null for none.
+/// The message of an item, or its first element if it is an array; null when there is none.
 VvMsg MessageOf(ResultItem item) {
     if (item == nullptr) {
         return nullptr;
@@ -118,7 +118,7 @@ void AppendNumber(std::string& line, const LineFormat& format, double value) {
                             ? std::to_chars(begin, end, value, std::chars_format::scientific, format.decimals)
                             : std::to_chars(begin, end, value);
     std::string_view text(begin, static_cast<std::size_t>(result.ptr - begin));
-    // A value that is rounded to nothing has no sign.
+    // A value that is rounded to 0 has no sign.
     const std::size_t mantissa = std::min(text.find('e'), text.size());
     if (text.front() == '-' && text.substr(0, mantissa).find_first_not_of("-0.") == std::string_view::npos) {
         text.remove_prefix(1);

@@ -9,9 +9,9 @@
 
 namespace Services::Ascii {
 
-/// What a field shows of a result.
+/// The part of a result that is written.
 enum class ValueKind {
-    Any,         ///< the whole result, as what it is
+    Any,         ///< the whole result, by its own type
     Measurement, ///< value and decision
     Value,
     Decision,
@@ -19,18 +19,18 @@ enum class ValueKind {
     Text
 };
 
-/// Texts in a result are cut behind this many bytes.
+/// Longer texts of a result are cut, in bytes.
 constexpr std::size_t MaxTextSize = 1024;
 
-/// Appends the fields of one result, with the delimiter between them. `item` may be null: no result. Each kind but Any
-/// has the same number of fields whatever the result is. Allocates nothing but to let `line` grow.
+/// Appends the fields of one result, with the delimiter between them. `item` may be null: no result. The number of
+/// fields depends on the kind only, except for Any. Allocates only when `line` grows.
 void AppendValue(std::string& line, const LineFormat& format, ValueKind kind, ResultItem item);
 
-/// Appends a number; none that isn't finite.
+/// Appends a finite number.
 void AppendNumber(std::string& line, const LineFormat& format, double value);
 
-/// Appends a text in quotation marks, of which those inside are doubled; control characters become spaces, and a text
-/// that isn't UTF-8 has question marks where it isn't ASCII.
+/// Appends a text in quotation marks. Quotation marks inside are doubled, control characters become spaces, and in a
+/// text that isn't UTF-8 each byte that isn't ASCII becomes a question mark.
 void AppendQuoted(std::string& line, std::string_view text);
 
 } // namespace Services::Ascii

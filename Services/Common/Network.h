@@ -7,13 +7,13 @@
 
 namespace Services::Common {
 
-/// An address as IPv6 has it; an IPv4 address is the one that is mapped to it, ::ffff:A.B.C.D.
+/// An IPv6 address, or an IPv4 address mapped to IPv6, ::ffff:A.B.C.D.
 using NetworkAddress = std::array<unsigned char, 16>;
 
 /// The addresses that begin with the same bits. Networks of IPv4 and of IPv6 have no address in common.
 class Network {
 public:
-    /// "A.B.C.D/n", "X::/n" or one address; bits behind the first n don't matter. None for any other text.
+    /// "A.B.C.D/n", "X::/n" or one address; bits behind the first n are ignored. Nothing for any other text.
     static std::optional<Network> Parse(const std::string& text);
 
     bool Contains(const NetworkAddress& address) const;
@@ -23,9 +23,10 @@ private:
     unsigned length = 0; ///< bits
 };
 
-/// Throws yERROR_PARAMETER, with a text for the user that names the entry, when one is no network.
+/// Throws yERROR_PARAMETER, with a text for the user that names the entry, when an entry isn't a network.
 std::vector<Network> ParseNetworks(const std::vector<std::string>& texts);
 
+/// Whether one of the networks contains the address.
 bool Contain(const std::vector<Network>& networks, const NetworkAddress& address);
 
 } // namespace Services::Common

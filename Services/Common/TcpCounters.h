@@ -5,10 +5,10 @@
 
 namespace Services::Common {
 
-/// What a server counts of its connections: written by its network thread, read by any.
+/// Counts of a server's connections. Written by its network thread, read by any thread.
 struct TcpCounters {
     std::atomic<std::uint64_t> connected = 0; ///< connections that are open now
-    std::atomic<std::uint64_t> refused = 0;   ///< connections that were closed as soon as they were made
+    std::atomic<std::uint64_t> refused = 0;   ///< connections that were closed at once
 };
 
 } // namespace Services::Common

@@ -10,7 +10,7 @@
 
 namespace Services::Common {
 
-/// Listens at the address and port of the settings. Throws Vor::Exception with a text for the user when it can't.
+/// Listens at the address and port of the settings. Throws a Vor::Exception with a text for the user when it can't.
 boost::asio::ip::tcp::acceptor Listen(boost::asio::io_context& io, const TcpServerSettings& wanted);
 
 } // namespace Services::Common

@@ -29,11 +29,11 @@ using asio::ip::tcp;
 using boost::system::error_code;
 using Clock = std::chrono::steady_clock;
 
-/// Bounds what the kernel keeps of the replies to a client that doesn't take them.
+/// Bounds what the kernel keeps of the replies to a client that doesn't read them.
 constexpr int SendBufferSize = 64 * 1024;
 constexpr std::chrono::milliseconds AcceptRetryPeriod{100};
 
-/// None when the client has gone already.
+/// Nothing when the client has already closed the connection.
 std::optional<NetworkAddress> PeerOf(const tcp::socket& socket) {
     error_code error;
     const asio::ip::address address = socket.remote_endpoint(error).address();
@@ -95,7 +95,7 @@ private:
     asio::steady_timer acceptRetryTimer{io};
     asio::steady_timer idleTimer{io};
     asio::steady_timer pollTimer{io};
-    ConnectionList connections; ///< the one idle for longest first
+    ConnectionList connections; ///< ordered by their last request, the oldest first
     Vor::NamedThread thread;
 };
 
@@ -122,18 +122,18 @@ public:
 
     Clock::time_point LastRequest() const { return lastRequest; }
 
-    /// Counts as busy from now on.
+    /// The idle time starts anew.
     void Touch() {
         lastRequest = Clock::now();
         server.connections.splice(server.connections.end(), server.connections, position);
     }
 
-    /// Whether the client may go on although it made no request since `oldest`.
+    /// Whether the connection stays open although the client made no request since `oldest`.
     bool MayBeSilent(Clock::time_point oldest) const {
         return session->IsWorking() || (session->IsSubscribed() && (session->Replies().empty() || lastSent > oldest));
     }
 
-    /// Follows changed networks.
+    /// Applies changed networks.
     void ApplyNetworks() {
         session->SetMayWrite(Contain(server.settings.writers, peer));
         if (!Contain(server.settings.readers, peer)) {
@@ -151,7 +151,7 @@ public:
         server.Remove(position);
     }
 
-    /// Answers what was received and sends what there is, and goes on to receive only when all replies are gone.
+    /// Answers the requests that were received and sends the replies. Receives more only when all replies are sent.
     void Pump() {
         if (!socket.is_open() || blocked) {
             return;
@@ -187,7 +187,7 @@ public:
     }
 
 private:
-    /// Waits first and reads then: the session may move what it has received meanwhile.
+    /// Waits, then reads: while it waits, the session may move its received bytes.
     void Receive() {
         if (receiving || inputEnded || session->ReceiveSpace().empty()) {
             return;
@@ -244,7 +244,7 @@ private:
     Clock::time_point lastRequest;
     Clock::time_point lastSent;
     bool receiving = false;
-    bool blocked = false;    ///< the client doesn't take what is sent
+    bool blocked = false;    ///< the socket's send buffer is full
     bool inputEnded = false; ///< the client has closed its side
     ConnectionList::iterator position;
 };
@@ -314,10 +314,10 @@ bool TcpServer::Impl::IsAt(const TcpServerSettings& wanted) const {
            (wanted.port == settings.port || wanted.port == acceptor.local_endpoint(ignored).port());
 }
 
-// The former place is left first, since it may be part of the new one: a port on one address and on all of them.
+// Stops listening at the former place first, since the new one may include it: the same port on all addresses.
 void TcpServer::Impl::Move(const TcpServerSettings& next) {
     error_code ignored;
-    // Port 0 stands for the port that was got, should the server have to return there.
+    // Port 0 would be another free port, should the server have to return.
     TcpServerSettings former = settings;
     former.port = acceptor.local_endpoint(ignored).port();
     const bool wasListening = acceptor.is_open();
@@ -403,7 +403,7 @@ void TcpServer::Impl::Remove(ConnectionList::iterator position) {
     counters.connected.store(connections.size(), std::memory_order_relaxed);
 }
 
-// Waits for the time that was set; a poll that comes late doesn't move those after it.
+// Polls at fixed times: a late poll doesn't delay the ones after it.
 void TcpServer::Impl::Poll() {
     pollTimer.async_wait([this](const error_code& cancelled) {
         if (cancelled) {
@@ -415,7 +415,7 @@ void TcpServer::Impl::Poll() {
     });
 }
 
-// The timer waits for the one connection that is idle for longest; a request moves no timer, only its connection.
+// The timer waits for the connection that has been idle longest. A request only moves its connection in the list.
 void TcpServer::Impl::ArmIdleTimer() {
     if (settings.idleTimeOut.count() == 0 || connections.empty()) {
         idleTimer.cancel();

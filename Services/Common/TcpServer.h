@@ -16,20 +16,20 @@ namespace Services::Common {
 
 struct TcpServerSettings {
     std::string address = "127.0.0.1"; ///< IPv4 or IPv6, as digits; "0.0.0.0" and "::" listen on all interfaces
-    std::uint16_t port = 0;            ///< 0 takes any free port
-    unsigned maxConnections = 32;      ///< one more is closed as soon as it is made
+    std::uint16_t port = 0;            ///< 0 for any free port
+    unsigned maxConnections = 32;      ///< one more is closed at once
     /// A connection with no whole request in this time is closed; 0 leaves it open. One whose session is subscribed is
-    /// closed when it takes nothing of what was sent in this time.
+    /// closed when its client has read nothing in this time although something was sent.
     std::chrono::milliseconds idleTimeOut{60000};
-    /// Who is served at all; another client is closed as soon as it connects.
+    /// Whose clients are served. Another client is closed as soon as it connects.
     std::vector<Network> readers = ParseNetworks({"0.0.0.0/0", "::/0"});
-    /// Which of them may do more than read.
+    /// Whose clients may do more than read.
     std::vector<Network> writers = ParseNetworks({"127.0.0.0/8", "::1/128"});
 };
 
-/// Serves TCP clients, each with a session of its own, on one thread. All clients share that thread, and none can hold
-/// it: sockets never block, and one whose replies aren't taken isn't read until they are.
-/// The operations are for one thread at a time; each waits for the network thread, which takes microseconds.
+/// Serves TCP clients, each with a session of its own, on one thread. No client can block that thread: sockets never
+/// block, and a client that doesn't read its replies isn't read from until it does.
+/// The operations are for one thread at a time; each waits microseconds for the network thread.
 class TcpServer {
 public:
     static constexpr std::chrono::milliseconds PollPeriod{100};
@@ -37,12 +37,12 @@ public:
     /// What the network thread calls.
     struct Hooks {
         std::function<std::unique_ptr<ITcpSession>(bool mayWrite)> makeSession;
-        /// Called at once and then after each PollPeriod, if there is one: it must not wait for anything.
+        /// Called at once and then after each PollPeriod, unless it is empty. It must not wait for anything.
         std::function<void()> poll = {};
     };
 
-    /// Listens when it returns. Throws Vor::Exception with a text for the user when it can't. `counters` and `wakeup`,
-    /// if there is one, must outlive the server.
+    /// Listens when it returns. Throws a Vor::Exception with a text for the user when it can't. `counters` and
+    /// `wakeup`, if there is one, must outlive the server.
     TcpServer(const char* threadName, TcpCounters& counters, const TcpServerSettings& settings, Hooks hooks,
               Wakeup* wakeup = nullptr);
     /// Closes all connections and ends the thread.
@@ -50,14 +50,15 @@ public:
     TcpServer(const TcpServer&) = delete;
     TcpServer& operator=(const TcpServer&) = delete;
 
-    /// Takes new settings, for the connections that are there too. Another address or port moves the server there and
-    /// closes its connections; should that fail, it throws as the constructor does and everything stays as it was
-    /// (IsListening() tells, should even that fail). `applied` is called on the network thread unless it throws.
+    /// Applies new settings, also to the open connections. Another address or port moves the server there and closes
+    /// its connections. When that fails, it throws as the constructor does and the server stays as it was, or, when
+    /// even that fails, listens no more: see IsListening(). `applied` is called on the network thread unless it throws.
     void Update(const TcpServerSettings& settings, const std::function<void()>& applied);
 
     bool IsListening() const;
-    /// The port really taken, and where clients find it, such as "tcp://127.0.0.1:502".
+    /// The port that is used, also when the settings say 0.
     std::uint16_t Port() const;
+    /// Where clients connect, such as "tcp://127.0.0.1:502".
     std::string Url() const;
 
 private:

@@ -23,7 +23,7 @@ public:
 protected:
     TcpServerParams();
 
-    /// Register address and port, and the rest; each once, where the service wants them among its own.
+    /// Register address and port, and the rest. Each is called once, at its place among the service's own parameters.
     void RegisterPlace();
     void RegisterLimits(const char* idleDescription, const char* writeDescription);
 
@@ -33,7 +33,7 @@ protected:
 
     /// Throws yERROR_PARAMETER with the text of the first value of the whole group that is outside its limits.
     void CheckLimits();
-    /// Throws yERROR_PARAMETER with a text that names the entry which is no network.
+    /// Throws yERROR_PARAMETER with a text that names the entry that isn't a network.
     TcpServerSettings TcpSettings() const;
 
     static void Describe(Vor::Params::ParamsBase& parameter, const char* description);

@@ -7,16 +7,16 @@
 
 namespace Services::Common {
 
-/// What a TCP service shows of itself: its status, where clients find it, why it can't serve them, and what they do.
+/// The properties of a TCP service: its status, where clients connect, why it can't serve them, and counters.
 class TcpServerProperties : public VorControl::ControlProtocol::NonPersistentProperties {
 public:
     TcpServerProperties();
 
-    /// Such as "tcp://127.0.0.1:502", with the port that was really taken; empty while the service doesn't listen.
+    /// Such as "tcp://127.0.0.1:502", with the port that is used; empty while the service doesn't listen.
     Vor::Params::Value<std::string> address;
-    /// Empty, or why the service couldn't listen as its parameters say.
+    /// Why the service couldn't listen as its parameters say; empty when it could.
     Vor::Params::Value<std::string> failure;
-    /// As TcpCounters, since the service was started.
+    /// See TcpCounters; since the service was started.
     Vor::Params::Value<unsigned long long> connected;
     Vor::Params::Value<unsigned long long> refused;
     Vor::Params::Value<unsigned long long> requests;

@@ -18,12 +18,12 @@ Wakeup::~Wakeup() {
     close(descriptor);
 }
 
-// An error says that the counter is full, so it is set.
+// An error means that the counter is full, so it is set.
 void Wakeup::Set() {
     eventfd_write(descriptor, 1);
 }
 
-// An error says that the counter is empty.
+// An error means that the counter is empty.
 void Wakeup::Clear() {
     eventfd_t count = 0;
     eventfd_read(descriptor, &count);

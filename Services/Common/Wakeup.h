@@ -2,11 +2,11 @@
 
 namespace Services::Common {
 
-/// Tells the network thread of a server that sessions have something to send. Any thread; allocates nothing, never
-/// waits, and may be used while no server listens to it.
+/// Wakes the network thread of a server when sessions have something to send. For any thread. It allocates nothing,
+/// never waits, and may be used while no server waits for it.
 class Wakeup {
 public:
-    /// Throws Vor::Exception when the system has no more descriptors.
+    /// Throws a Vor::Exception when the system has no more descriptors.
     Wakeup();
     ~Wakeup();
     Wakeup(const Wakeup&) = delete;
@@ -15,7 +15,7 @@ public:
     void Set();
     void Clear();
 
-    /// Becomes readable with Set, until Clear.
+    /// Readable from Set until Clear.
     int Descriptor() const { return descriptor; }
 
 private:

@@ -38,7 +38,7 @@ void AddType(IProtocolRegisterAssembly& assembly, const char* type, const char* 
     assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(params));
 }
 
-/// A block without data source, of which a map may have one and none has to have any.
+/// A type of block without data source. A map contains at most one block of it.
 template <class Block>
 BlockType MakeControlType(const char* type, const char* displayName, RegisterBlockCategory category,
                           unsigned short inputSize = 0) {

@@ -4,9 +4,9 @@
 
 namespace Services::Modbus {
 
-/// A client's command in 65 registers of 16 bits: request word, command, and 63 registers of arguments. A job name
-/// stands in the low bytes of its registers and becomes a whole file name; user data are all 126 bytes of them, high
-/// byte first in both byte orders.
+/// A client's command in 65 registers of 16 bits: request word, command, and 63 registers of arguments. A job name is
+/// in the low bytes of the arguments and becomes a complete file name; user data are all 126 bytes of them, high byte
+/// first in both byte orders.
 class ControlInputBlock : public VorControl::ControlProtocol::DefaultControlInputRegisterBlock {
 public:
     static constexpr unsigned short Registers = 65;
@@ -14,8 +14,8 @@ public:
 
     using DefaultControlInputRegisterBlock::DefaultControlInputRegisterBlock;
 
-    /// Gives a ControlRegisterCommandData. Each register of the source is high, low when the type is big endian and
-    /// low, high when not.
+    /// The destination is a ControlRegisterCommandData. In the source, the bytes of each register are high, low when
+    /// the type is big endian, else low, high.
     void Deserialize(void* destination, unsigned long long destinationSize, const void* source,
                      unsigned long long sourceSize) override;
 };

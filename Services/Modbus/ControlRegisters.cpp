@@ -52,7 +52,7 @@ unsigned char ControlRegisters::Write(const RegisterWrite& write) {
     return code;
 }
 
-// All of a write but the command's run, which may end in EndCommand at once.
+// Doesn't run the command: its end may be reported, to EndCommand, before the run returns.
 unsigned char ControlRegisters::ApplyWrite(const RegisterWrite& write, CommandInput& next, bool& isCommand) {
     const auto readCount = static_cast<std::uint16_t>(write.read.size() / 2);
     const std::lock_guard lock(mutex);
@@ -136,7 +136,7 @@ void ControlRegisters::SetScannerState(const DefaultScannerStateData& state) {
     image.Write(std::array{scanner.Part()});
 }
 
-// Of the answer and of the system's state, which shows whether a command is under way.
+// Both the answer and the system's state, which contains whether a command is in progress.
 void ControlRegisters::SerializeResult() {
     output.Serialize(result);
     systemState.secondStateByte = result.commandResult == InProgress;

@@ -15,7 +15,7 @@
 
 namespace Services::Modbus {
 
-/// The first registers of the blocks that no scan feeds, as far as a map has them.
+/// The first registers of the blocks without data source. A block that the map doesn't contain has none.
 struct ControlPlaces {
     std::optional<unsigned> controlInput;
     std::optional<unsigned> controlOutput;
@@ -24,44 +24,44 @@ struct ControlPlaces {
     bool isBigEndian = true;
 };
 
-/// The registers that no scan feeds: a client's command, the answer to it, the states of the system and of the scanner.
-/// Their content lives here, so that a new map only moves them.
+/// The registers of the blocks without data source: a client's command, the answer to it, the states of the system and
+/// of the scanner. This object owns their content, so a new map only moves them.
 ///
-/// Clients write through this object, which sees to the handshake: a write that changes the request word takes a
-/// command. The answer echoes that word with the command's status, which is 1 until the command has ended; both change
-/// in one piece. A status that comes later than its command's end isn't taken.
+/// Clients write through this object, which implements the handshake: a write that changes the request word runs a
+/// command. The answer repeats that word with the command's status, which is 1 until the command has ended; both change
+/// together. A status after the command's end is ignored.
 ///
-/// The operations may be called on any thread, but for Write, which has one caller.
+/// All operations but Write may be called on any thread; Write is for one thread.
 class ControlRegisters : public IRegisterMap {
 public:
     /// Both must outlive this object.
     ControlRegisters(RegisterImage& image, ICommandRunner& commands);
 
     bool Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const override;
-    /// Runs the command, if it takes one, before it returns.
+    /// Runs the command, if the write changes the request word, before it returns.
     unsigned char Write(const RegisterWrite& write) override;
 
-    /// Gives the image a new map. `ranges` and `bytes` are those of RegisterImage::Replace; the bytes at the places are
-    /// filled in.
+    /// Gives the image a new map. `ranges` and `bytes` are those of RegisterImage::Replace; the bytes at `places` are
+    /// written by this function.
     void Replace(const ControlPlaces& places, std::vector<RegisterRange> ranges, std::vector<unsigned char> bytes);
 
-    /// The command that was taken last has ended: 2 done, 3 failed.
+    /// The last command has ended: `status` is 2 for done, 3 for failed.
     void EndCommand(unsigned char status);
 
-    /// Whether the map shows a state at all.
+    /// Whether the map contains a state.
     bool HasStates() const;
-    /// The second state byte is this object's own: 1 while a command is under way.
+    /// `state.secondStateByte` is ignored: this object writes 1 there while a command is in progress, else 0.
     void SetSystemState(const VorControl::ControlProtocol::DefaultSystemStateData& state);
     void SetScannerState(const VorControl::ControlProtocol::DefaultScannerStateData& state);
 
 private:
-    /// One block with its bytes as the wire has them. It is this object's own: those of the assembly are guarded by the
-    /// assembly's lock, for which the network thread never waits.
+    /// One block with its bytes in the order of the wire. The blocks of the assembly can't be used instead: they are
+    /// guarded by the assembly's lock, for which the network thread never waits.
     struct Cell {
         explicit Cell(BlockType made);
         template <class Record>
         void Serialize(const Record& record);
-        /// Empty when the map lacks the block.
+        /// Empty when the map doesn't contain the block.
         RegisterImage::Part Part() const;
 
         BlockType type;
@@ -70,6 +70,8 @@ private:
         std::optional<unsigned> place;
     };
 
+    /// Writes and reads the registers. `next` receives the content of the command registers; `isCommand` is set when
+    /// the write changes the request word. Returns the exception code.
     unsigned char ApplyWrite(const RegisterWrite& write, CommandInput& next, bool& isCommand);
     bool IsInInput(const RegisterWrite& write) const;
     void SerializeResult();
@@ -77,8 +79,8 @@ private:
 
     RegisterImage& image;
     ICommandRunner& commands;
-    /// Guards the members below. Ranks after the assembly's lock and before the image's mutex; it is held for copies
-    /// only.
+    /// Guards the members below, only while they are copied. Ranks after the assembly's lock and before the image's
+    /// mutex.
     mutable std::mutex mutex;
     CommandInput input{};
     std::optional<unsigned> inputPlace;

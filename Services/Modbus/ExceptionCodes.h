@@ -2,7 +2,7 @@
 
 namespace Services::Modbus {
 
-/// Exception codes: MODBUS Application Protocol V1.1b3, 7.
+/// Exception codes, see MODBUS Application Protocol V1.1b3, 7.
 inline constexpr unsigned char NoException = 0;
 inline constexpr unsigned char IllegalFunction = 1;
 inline constexpr unsigned char IllegalDataAddress = 2;

@@ -6,13 +6,13 @@
 
 namespace Services::Modbus {
 
-/// Sizes in bytes: MODBUS Messaging on TCP/IP Implementation Guide V1.0b, 3.1.3, and MODBUS Application Protocol
+/// Sizes in bytes, see MODBUS Messaging on TCP/IP Implementation Guide V1.0b, 3.1.3, and MODBUS Application Protocol
 /// V1.1b3, 4.1.
 inline constexpr std::size_t HeaderSize = 7;
 inline constexpr std::size_t MaxPduSize = 253;
 inline constexpr std::size_t MaxFrameSize = HeaderSize + MaxPduSize;
 
-/// One request or reply. `pdu` points into the bytes that were decoded: it is valid as long as they are.
+/// One request or reply. `pdu` points into the decoded bytes and is valid as long as they are.
 struct Frame {
     std::uint16_t transaction = 0;
     unsigned char unit = 0;
@@ -22,13 +22,13 @@ struct Frame {
 };
 
 enum class FrameStatus {
-    Complete,   ///< `frame` is the first one of the bytes and takes Size() of them
+    Complete,   ///< `frame` is the first frame; it consists of the first Size() bytes
     Incomplete, ///< the bytes are the beginning of a frame
-    Invalid,    ///< no frame begins with these bytes, and none can be found behind them
+    Invalid,    ///< no frame begins with these bytes; the stream can't be used any further
 };
 
-/// Looks at the front of `bytes`. A wrong protocol identifier is told from 4 bytes on, a length that no frame has
-/// from 6.
+/// Decodes the first frame of `bytes`. A wrong protocol identifier is detected in the first 4 bytes, an impossible
+/// length in the first 6.
 FrameStatus DecodeFrame(std::span<const unsigned char> bytes, Frame& frame) noexcept;
 
 /// Writes the 7 bytes in front of a PDU of `pduSize` bytes.

@@ -6,7 +6,7 @@
 
 namespace Services::Modbus {
 
-/// The registers of a command as they stand on the wire.
+/// The registers of a command in the order of the wire.
 using CommandInput = std::array<unsigned char, ControlInputBlock::InputSize>;
 
 /// Runs the commands of clients, one at a time.
@@ -14,11 +14,11 @@ class ICommandRunner {
 public:
     virtual ~ICommandRunner() = default;
 
-    /// Whether a command is under way.
+    /// Whether a command is in progress.
     virtual bool IsBusy() const = 0;
 
-    /// Starts a command. Doesn't wait for anything; the end, which may come before this returns, is told to
-    /// ControlRegisters::EndCommand exactly once.
+    /// Starts a command, without waiting for anything. ControlRegisters::EndCommand is called once at its end, possibly
+    /// before this returns.
     virtual void Run(const CommandInput& input) = 0;
 };
 

@@ -9,18 +9,18 @@
 
 namespace Services::Modbus {
 
-/// Of values of more than one register: which of their registers comes first.
+/// Whether the high or the low register of a value of several registers comes first.
 enum class ByteOrder : std::int32_t { Big = 0, Little = 1 };
 
 class ModbusParams : public Common::TcpServerParams {
 public:
     ModbusParams();
 
-    /// Puts every value back to its default.
+    /// Sets every value to its default.
     void Reset();
 
-    /// The values for the server. Throws yERROR_PARAMETER with the text of the first value that is outside its limits
-    /// or no network.
+    /// The values for the server. Throws yERROR_PARAMETER with a text for the user when a value is outside its limits
+    /// or isn't a network.
     ServerSettings Settings();
 
     bool IsBigEndian() const { return byteOrder.Get() == ByteOrder::Big; }

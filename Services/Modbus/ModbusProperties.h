@@ -4,7 +4,7 @@
 
 namespace Services::Modbus {
 
-/// What the service shows of itself.
+/// The properties of the service.
 class ModbusProperties : public Common::TcpServerProperties {
 public:
     ModbusProperties();

@@ -20,6 +20,7 @@ constexpr unsigned short FirstRegister = 0;
 constexpr unsigned short LastRegister = 65534;
 constexpr const char* AssemblyVersion = "1";
 
+/// A state that can't be read leaves the last one in the registers.
 template <class Work>
 void IgnoreFailure(const Work& work) {
     try {
@@ -146,12 +147,12 @@ void ModbusProtocol::ParamsResetImpl(PersistDomain domain) {
 }
 
 std::shared_ptr<Vor::Params::Group> ModbusProtocol::BeginUpdateParamsImpl(PersistDomain domain, const char*) {
-    paramsTried = false;
+    paramsUpdated = false;
     return Params(domain);
 }
 
 void ModbusProtocol::EndUpdateParamsImpl(PersistDomain, const char*) {
-    if (paramsTried) {
+    if (paramsUpdated) {
         return;
     }
     try {
@@ -163,7 +164,7 @@ void ModbusProtocol::EndUpdateParamsImpl(PersistDomain, const char*) {
 }
 
 void ModbusProtocol::ParamsUpdate() {
-    paramsTried = true;
+    paramsUpdated = true;
     if (!IsRunning()) {
         return;
     }
@@ -200,7 +201,7 @@ ModbusProtocol::BeginUpdateRegisterAssemblyImpl(PersistDomain domain, const char
     return domain == PersistDomain::Job && HasRegisterAssembly(assemblyId) ? assembly : nullptr;
 }
 
-// Until here clients see the former map.
+// Until now clients have read the former map.
 void ModbusProtocol::EndUpdateRegisterAssemblyImpl(PersistDomain, const char*, const char*) {
     registers.Rebuild();
 }
@@ -217,7 +218,7 @@ void ModbusProtocol::NonPersistentPropertiesBeginLock() {
     properties.exceptions = counters.exceptions.load(std::memory_order_relaxed);
 }
 
-// A command that can't be read, a load of a job without a name for instance, has failed.
+// A command that can't be read, such as the load of a job without a name, has failed.
 void ModbusProtocol::Run(const CommandInput& input) {
     ControlRegisterCommandData command;
     try {
@@ -233,7 +234,6 @@ void ModbusProtocol::OperationEndEventImpl(int) {
     control.EndCommand(GetCommandStatus());
 }
 
-// A state that can't be had leaves the last one.
 void ModbusProtocol::ReadStates() {
     if (!control.HasStates()) {
         return;
@@ -242,7 +242,7 @@ void ModbusProtocol::ReadStates() {
     IgnoreFailure([&] { control.SetSystemState(SystemState(host.SystemStats(0))); });
     IgnoreFailure([&] {
         const auto info = host.ScannerInfo("", 0);
-        // A record without an id is of no scanner.
+        // Without an id there is no scanner.
         if (!info.id.empty()) {
             control.SetScannerState(ScannerState(info));
         }

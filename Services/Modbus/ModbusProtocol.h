@@ -18,8 +18,8 @@
 
 namespace Services::Modbus {
 
-/// The Modbus TCP service: one register assembly, "registerAssembly-0", whose registers clients read, and through which
-/// they give commands. The job keeps it and the parameters, each with a version.
+/// The Modbus TCP service. Clients read the registers of one register assembly, "registerAssembly-0", and send commands
+/// through them. Assembly and parameters are saved in the job, each with a version.
 class ModbusProtocol : public VorControl::ControlProtocol::ProtocolBase, private ICommandRunner {
 public:
     explicit ModbusProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
@@ -39,15 +39,15 @@ public:
 
     using ProtocolBase::ParamsReset;
     void ParamsReset() override;
-    /// Takes the changed parameters while the service runs. If it can't listen at a new address or port, it goes on
-    /// where it was, says why in the property `failure`, and throws.
+    /// Applies the changed parameters while the service runs. If it can't listen at a new address or port, it continues
+    /// at the former one, sets the property `failure` to the reason, and throws.
     void ParamsUpdate() override;
 
     void ConfigureDefaultRegisterAssembly() override;
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     void ProcessResultSets(void* resultSets) override;
 
-    /// Brings the counters up to date.
+    /// Updates the counters.
     void NonPersistentPropertiesBeginLock() override;
 
 protected:
@@ -56,7 +56,7 @@ protected:
     void ParamsResetImpl(VorCommon::PersistDomain domain) override;
     std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(VorCommon::PersistDomain domain,
                                                               const char* version) override;
-    /// Takes the parameters where ParamsUpdate hasn't. Parameters that can't be used stay, and the user is told.
+    /// Applies the parameters if ParamsUpdate hasn't. Parameters that can't be used stay, and the user log says so.
     void EndUpdateParamsImpl(VorCommon::PersistDomain domain, const char* version) override;
     void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) override;
     std::shared_ptr<VorControl::ControlProtocol::IProtocolRegisterAssembly>
@@ -68,7 +68,7 @@ protected:
 private:
     bool IsBusy() const override { return OperationInProgress(); }
     void Run(const CommandInput& input) override;
-    /// On the network thread.
+    /// Copies the states of system and scanner into their registers. Called on the network thread.
     void ReadStates();
 
     void Open();
@@ -82,8 +82,8 @@ private:
         std::make_shared<VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup>();
     const std::shared_ptr<VorControl::Providers::ControlPersistenceProvider> provider =
         std::make_shared<VorControl::Providers::ControlPersistenceProvider>(*this);
-    /// Whether ParamsUpdate has tried the parameters of the present update. Guarded by the update gate.
-    bool paramsTried = false;
+    /// Whether ParamsUpdate was called in the present update. Guarded by the update gate.
+    bool paramsUpdated = false;
     RegisterImage image;
     ControlRegisters control;
     ScanRegisters registers;

@@ -14,8 +14,8 @@ struct RegisterRange {
     unsigned end;
 };
 
-/// The registers as clients read them. What is written in one call becomes visible whole: no read sees a part of it.
-/// All operations may be called on any thread and allocate nothing but for Replace.
+/// The registers as clients read them. No read returns a part of what one call writes. All operations may be called on
+/// any thread; only Replace allocates.
 class RegisterImage {
 public:
     /// Bytes of the map from byte `offset` on.
@@ -24,17 +24,17 @@ public:
         std::span<const unsigned char> bytes = {};
     };
 
-    /// As IRegisterMap::Read.
+    /// See IRegisterMap::Read.
     bool Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const;
 
-    /// Takes a new map. `ranges` ascend, without overlap. `bytes` are the registers from address 0 on, high byte first.
+    /// Sets a new map. `ranges` ascend, without overlap. `bytes` are the registers from address 0 on, high byte first.
     void Replace(std::vector<RegisterRange> newRanges, std::vector<unsigned char> newBytes);
 
     /// Overwrites parts of the registers, all within the map.
     void Write(std::span<const Part> parts);
 
 private:
-    /// Guards the members below. A leaf: it is held for a copy only.
+    /// Guards the members below, only while they are copied. No lock is acquired under it.
     mutable std::mutex mutex;
     std::vector<RegisterRange> ranges;
     std::vector<unsigned char> bytes;

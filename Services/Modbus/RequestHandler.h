@@ -9,10 +9,10 @@
 
 namespace Services::Modbus {
 
-/// Answers one request at a time from the registers; keeps nothing between two of them. Not thread-safe.
+/// Answers one request at a time from the registers, without a state of its own. Not thread-safe.
 class RequestHandler {
 public:
-    /// `registers` and `counters` must outlive the handler. `unit` is the one unit identifier that is served, 0 serves
+    /// `registers` and `counters` must outlive the handler. `unit` is the only unit identifier that is served; 0 serves
     /// all.
     RequestHandler(IRegisterMap& registers, ServerCounters& counters, unsigned char unit)
         : registers(registers)
@@ -22,7 +22,7 @@ public:
     void SetUnit(unsigned char value) { unit = value; }
 
     /// Writes the reply frame, at most MaxFrameSize bytes, and returns its size. Every request has a reply. Without
-    /// `mayWrite` the writing functions are unknown to the client.
+    /// `mayWrite` the writing functions are answered as unknown.
     std::size_t Answer(const Frame& request, bool mayWrite, unsigned char* reply);
 
 private:

@@ -105,7 +105,7 @@ void ScanRegisters::Rebuild() {
     control.Replace(places, std::move(ranges), bytes);
 }
 
-// `others` ascend. What is left of the bytes goes to `own`.
+// `others` ascend. The bytes between them are `own`.
 void ScanRegisters::FindOwnParts(const std::vector<RegisterRange>& others) {
     own.clear();
     std::size_t begin = 0;
@@ -150,7 +150,7 @@ void ScanRegisters::Process(ResultSet set) {
         }
         found->second.lastItem = Vor::Object::Share(item);
         for (Slot& slot : found->second.slots) {
-            // A block whose size was edited has its old place until the edit is announced.
+            // The size of a block may have been edited; Rebuild is called at the end of the edit.
             if (slot.block->SerializedOutputSize() == slot.size) {
                 Serialize(slot, item);
                 begin = std::min(begin, slot.offset);
@@ -199,11 +199,11 @@ void ScanRegisters::SerializeMissing(Slot& slot) {
     try {
         WriteInto(slot, missing.Get());
     } catch (const std::exception&) {
-        std::memset(&bytes[slot.offset], 0, slot.size); // a block that knows no missing value is all zeros
+        std::memset(&bytes[slot.offset], 0, slot.size); // zeros where the block can't write a missing value
     }
 }
 
-// Text stands in reading order on the wire, as its block writes it.
+// A text block writes its characters in the order of the wire.
 void ScanRegisters::WriteInto(Slot& slot, ResultItem item) {
     const ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData data{.item = item};
     unsigned char* const place = &bytes[slot.offset];

@@ -14,22 +14,22 @@
 namespace Services::Modbus {
 
 /// Writes scan results through the blocks of an assembly into a register image. The operations may be called on any
-/// thread: each works under the assembly's lock, which guards the members too and ranks before the image's mutex.
+/// thread: each holds the assembly's lock, which also guards the members and ranks before the image's mutex.
 class ScanRegisters {
 public:
     /// `image` and `control`, which writes to the same image, must outlive this object.
     ScanRegisters(std::shared_ptr<VorControl::ControlProtocol::IProtocolRegisterAssembly> assembly,
                   RegisterImage& image, ControlRegisters& control);
 
-    /// Follows the blocks of the assembly as they are now. A block gets the last value of its data source, or what
-    /// stands for a missing value when there was none; the blocks without data source are left to `control`.
+    /// Applies the current blocks of the assembly. Each block is written with the last value of its data source, or
+    /// with a missing value when there was none. The blocks without data source are written by `control`.
     void Rebuild();
 
-    /// Forgets the last values; the next Rebuild starts without any.
+    /// Removes the last values; the next Rebuild writes missing values.
     void ForgetValues();
 
-    /// Writes the results of one frame, which become visible to readers all at once. Allocates nothing. A block that
-    /// can't write its result shows a missing value; that is logged once until the block writes again.
+    /// Writes the results of one frame, which readers get all at once. Allocates nothing. A block that can't write its
+    /// result is written with a missing value, and logged once until it can write again.
     void Process(ResultSet set);
 
 private:
@@ -50,6 +50,7 @@ private:
     using Sources = std::unordered_map<unsigned long, Source>; ///< by numeric id
 
     void AddSlot(Sources& next, const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock>& block);
+    /// Sets `own` to the bytes outside of `others`.
     void FindOwnParts(const std::vector<RegisterRange>& others);
     void Publish(std::size_t begin, std::size_t end);
     void Serialize(Slot& slot, ResultItem item);
@@ -60,10 +61,10 @@ private:
     RegisterImage& image;
     ControlRegisters& control;
     Sources sources;
-    std::vector<unsigned char> bytes; ///< the image that is being made, in the order of the wire
-    /// What lies between the blocks of `control`, in ascending order.
+    std::vector<unsigned char> bytes; ///< the content of the registers, in the order of the wire
+    /// The parts of `bytes` between the blocks of `control`, in ascending order.
     std::vector<RegisterImage::Part> own;
-    std::vector<RegisterImage::Part> written; ///< for Publish; has room for `own`
+    std::vector<RegisterImage::Part> written; ///< used by Publish, a member so that nothing is allocated there
     Vor::Object missing;                      ///< an item without a value
 };
 

@@ -7,10 +7,10 @@
 
 namespace Services::Modbus {
 
-/// What a server counts: written by its network thread, read by any.
+/// Counts of a server. Written by its network thread, read by any thread.
 struct ServerCounters : Common::TcpCounters {
-    std::atomic<std::uint64_t> requests = 0;   ///< whole requests, each of which was answered
-    std::atomic<std::uint64_t> exceptions = 0; ///< those that were answered with an exception
+    std::atomic<std::uint64_t> requests = 0;   ///< requests that were answered
+    std::atomic<std::uint64_t> exceptions = 0; ///< requests that were answered with an exception
 
     void Reset() {
         for (std::atomic<std::uint64_t>* counter : {&connected, &refused, &requests, &exceptions}) {

@@ -10,9 +10,9 @@
 
 namespace Services::Modbus {
 
-/// The frames of one connection: replies come in the order of the requests. Both sides are bounded: while replies fill
-/// their buffer no further request is answered, and while requests wait there is no room to receive. How the stream is
-/// cut into pieces changes nothing in the replies. Not thread-safe.
+/// The frames of one connection. Replies are sent in the order of the requests. Both buffers are bounded: while the
+/// replies fill theirs, no further request is answered, and while the requests fill theirs, nothing is received. Not
+/// thread-safe.
 class Session : public Common::ITcpSession {
 public:
     /// `handler` must outlive the session.
@@ -34,8 +34,8 @@ public:
     }
     void Sent(std::size_t count) override;
 
-    /// Something that is no frame was received: the stream can't be followed any further. Replies to the requests
-    /// before it are still there.
+    /// Something that isn't a frame was received, so the next frame can't be found. The replies to the requests before
+    /// it are still sent.
     bool Broken() const override { return broken; }
 
 private:

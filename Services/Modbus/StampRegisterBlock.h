@@ -4,7 +4,7 @@
 
 namespace Services::Modbus {
 
-/// A stamp whose registers are 0 while there is none.
+/// A stamp whose registers are 0 for a missing value.
 class StampRegisterBlock : public VorControl::ControlProtocol::DefaultStampRegisterBlock {
 public:
     using DefaultStampRegisterBlock::DefaultStampRegisterBlock;

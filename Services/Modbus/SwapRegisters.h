@@ -6,7 +6,7 @@
 
 namespace Services::Modbus {
 
-/// A register is written low byte first by its block and goes over the wire high byte first.
+/// Swaps the bytes of each register: blocks write the low byte first, the wire has the high byte first.
 inline void SwapRegisters(std::span<unsigned char> bytes) {
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
         std::swap(bytes[i], bytes[i + 1]);

@@ -9,7 +9,7 @@ using VorControl::ControlProtocol::DefaultSystemStateData;
 
 namespace {
 
-/// In bytes of the destination.
+/// Offsets in bytes of the destination.
 constexpr unsigned StateValueOffset = 0;
 constexpr unsigned FirstStateOffset = 8;
 constexpr unsigned NameLengthOffset = 10;

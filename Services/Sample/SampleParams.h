@@ -5,8 +5,8 @@
 
 namespace Services::Sample {
 
-/// The settings of the service. The constructor is the declaration of their schema: keys, titles, limits, defaults.
-/// What is registered here is saved with the job and loaded again without further work.
+/// The settings of the service. The constructor declares their schema: keys, titles, limits, defaults. Registered
+/// settings are saved and loaded with the job without further code.
 class SampleParams : public Vor::Params::Group {
 public:
     SampleParams() {

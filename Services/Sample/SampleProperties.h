@@ -6,7 +6,7 @@
 
 namespace Services::Sample {
 
-/// What the service shows of itself and never saves, besides its status. Read and written under the properties lock.
+/// The properties of the service besides its status. They are never saved. Read and written under the properties lock.
 class SampleProperties : public VorControl::ControlProtocol::NonPersistentProperties {
 public:
     SampleProperties() {

@@ -44,26 +44,26 @@ SampleService::SampleService(const ControlProtocolEnviron& environ)
     : ProtocolBase(environ) // Required: the base class copies what it needs of the record; keep no reference to it.
     , assembly(MakeAssembly()) {
     assemblies.Add(assembly);
-    // Required, once: what is bound here is what the framework persists, shows and resets.
+    // Required, once: the framework saves, publishes and resets what is bound here.
     ProtocolInitParams init;
-    init.nonPersistentProperties = &properties; // Optional: without it there is the status alone.
+    init.nonPersistentProperties = &properties; // Optional: without them the service has the status only.
     init.params = &params;                      // Required: a group, empty if there are no parameters.
     init.registerAssemblyGroup = &assemblies;   // Optional: a service without registers binds none.
     Init(init);
 }
 
 void SampleService::Start() {
-    // Required: the status is how everybody sees what became of the start.
+    // Required: the status reports the progress of the start.
     UpdateProtocolStatus(ProtocolStatus::Starting);
     try {
         Rebuild();
-        // Required for scan results: the sources that pass, and that any are wanted. The second is lost at each Stop.
+        // Required for scan results: the sources for the filter, and that results are wanted, at each Start.
         GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
         SetForwardScanResultsToProtocol(true);
-        // Optional: without the filter the service gets each result set whole.
+        // Optional: without the filter the service receives complete result sets.
         GetControlHost().SetScanResultsFiltering(Id(), true);
     } catch (const std::exception& e) {
-        // Required: it logs the failure, sets the status and throws on, so that the user is told the reason.
+        // Required: logs the failure, sets the status and throws again, so that the user is told the reason.
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
     UpdateProtocolStatus(ProtocolStatus::Running);
@@ -72,7 +72,7 @@ void SampleService::Start() {
 void SampleService::Stop() {
     UpdateProtocolStatus(ProtocolStatus::Stopping);
     try {
-        // Optional: the results end with the service's handler anyway, but so none is processed from here on.
+        // Optional: from here on no results are processed. They end anyway when the service's handler is removed.
         SetForwardScanResultsToProtocol(false);
         if (!params.keepAtStop.Get()) {
             Rebuild();
@@ -92,13 +92,13 @@ void SampleService::ParamsUpdate() {
 }
 
 void SampleService::ConfigureDefaultRegisterAssembly() {
-    // The service has no blocks of its own choice: the user adds them.
+    // The service has no default blocks: the user adds them.
     assembly->InitDefaultRegisterBlocksForRegisterAssembly();
     Rebuild();
 }
 
 void SampleService::RegisterAssemblyUpdate(const char* /*assemblyId*/) {
-    // The filter of the scan results follows by itself.
+    // The framework updates the filter of the scan results.
     Rebuild();
 }
 
@@ -123,7 +123,7 @@ void SampleService::Rebuild() {
 void SampleService::ProcessResultSets(void* resultSets) {
     const auto sets = static_cast<yArrayList>(resultSets);
     for (std::size_t i = 0; i < yArrayList_Count(sets); ++i) {
-        // Required: nothing may leave this function, since an exception here costs the rest of the batch.
+        // Required: no exception may leave this function, or the rest of the batch is lost.
         try {
             Process(yArrayList_At(sets, i));
         } catch (const std::exception& e) {
@@ -145,7 +145,7 @@ void SampleService::Process(ResultSet set) {
             const ResultItem item = FindItem(set, block->DataSource());
             const std::size_t size = block->SerializedOutputSize();
             if (item == nullptr || block->OutputId() + size > registers.size()) {
-                continue; // Its source isn't in this set, or the block is newer than the registers.
+                continue; // The set has no result for the block, or the block was added after Rebuild.
             }
             const ProtocolScanOutputRegisterBlock::DefaultScanOutputInputData data{item, 0};
             block->Serialize(registers.data() + block->OutputId(), size, &data, sizeof(data));

@@ -13,29 +13,29 @@
 namespace Services::Sample {
 
 /// The smallest useful service: it keeps the last value of each measurement in its registers, as a client would read
-/// them, and shows them in its property `registers`. A real service serves them over its protocol instead.
+/// them, and publishes them in its property `registers`. A real service serves them over its protocol instead.
 class SampleService : public VorControl::ControlProtocol::ProtocolBase {
 public:
     explicit SampleService(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
 
-    /// Required of each service.
+    /// Required of every service.
     void Start() override;
     void Stop() override;
 
     /// Required of a service with parameters: without it a reset leaves them as they are.
     void ParamsReset() override;
-    /// Optional: a service that ignores it takes changed parameters at its next Start.
+    /// Optional: without it changed parameters apply from the next Start on.
     void ParamsUpdate() override;
 
-    /// Required of a service with register assemblies: the base class refuses both.
+    /// Required of a service with register assemblies: in the base class both throw.
     void ConfigureDefaultRegisterAssembly() override;
     void RegisterAssemblyUpdate(const char* assemblyId) override;
 
-    /// Required of a service that uses scan results. Called on a thread of the service's own.
+    /// Required of a service that uses scan results. Called on the service's own thread.
     void ProcessResultSets(void* resultSets) override;
 
 private:
-    /// Makes the registers fit the blocks, each without a value.
+    /// Sizes the registers for the blocks, and writes each block without a value.
     void Rebuild();
     void Process(ResultSet set);
     void SetProperties(std::vector<unsigned char> bytes, unsigned long long addedResults);
