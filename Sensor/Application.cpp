@@ -52,11 +52,13 @@ VirtualSensor::Settings Application::SensorSettings() {
     return {.scan = {.frameRate = commandLine.frameRate,
                      .once = commandLine.once,
                      .ended =
-                         [this] { loop.Post([this] { report.Line("The scan stands still behind the last frame."); }); },
+                         [this] {
+                             loop.Post([this] { report.PrintLine("The scan stands still behind the last frame."); });
+                         },
                      .trigger = commandLine.trigger},
             .alignment = commandLine.alignment,
             .storageFolders = {commandLine.dataFolder.string()},
-            .tell = [this](const std::string& line) { report.Line(line); },
+            .print = [this](const std::string& line) { report.PrintLine(line); },
             .factoryRestore = [this] { RestoreFactory(); },
             .restart = [this] { Restart(); }};
 }
@@ -68,23 +70,23 @@ ServiceHost::Settings Application::HostSettings() {
                                     VorCommon::PersistDomain) -> std::unique_ptr<VorCommon::IPersistStore> {
                 return std::make_unique<Jobs::OverlayStore>(store, overlay);
             },
-            .jobLoaded = [this](const std::string& fileName) { TellJob(fileName); }};
+            .jobLoaded = [this](const std::string& fileName) { ReportJob(fileName); }};
 }
 
 int Application::Run() {
-    report.Line("vorsensor " VOR_VERSION);
+    report.PrintLine("vorsensor " VOR_VERSION);
     LoadPlugins();
     host.CreateServices();
-    TakeSettings();
+    ApplySettings();
     PrepareJob();
     LoadJob();
     EnableServices();
-    Report();
+    ReportStart();
     StartScan();
     loop.Run();
     StopScan();
     host.StopServices();
-    report.Line(restarting ? "Stopped, to be started again." : "Stopped.");
+    report.PrintLine(restarting ? "Stopped, to be started again." : "Stopped.");
     return restarting ? RestartStatus : 0;
 }
 
@@ -95,17 +97,17 @@ void Application::LoadPlugins() {
         if (commandLine.pluginFolderGiven) {
             throw StartError("--plugins " + commandLine.pluginFolder.string() + ": " + e.what());
         }
-        report.Line(std::string("No plug-ins: ") + e.what());
+        report.PrintLine(std::string("No plug-ins: ") + e.what());
     }
     for (const VorPlugin::PluginManager::Refusal& refusal : host.Plugins().Refusals()) {
-        report.Line("Plug-in " + refusal.path + " is refused: " + refusal.reason);
+        report.PrintLine("Plug-in " + refusal.path + " is refused: " + refusal.reason);
     }
-    for (const std::string& sentence : host.TakenTypeNames()) {
-        report.Line(sentence);
+    for (const std::string& sentence : host.DuplicateTypeNames()) {
+        report.PrintLine(sentence);
     }
 }
 
-void Application::TakeSettings() {
+void Application::ApplySettings() {
     const UserLog::Silence silence(log);
     for (const Jobs::ServiceSetting& setting : commandLine.settings) {
         overlay.Add(setting, host.Services());
@@ -125,8 +127,8 @@ void Application::PrepareJob() {
     if (made) {
         Jobs::JobTemplate::Write(job, recording, file);
     }
-    report.Line("Data folder: " + commandLine.dataFolder.string());
-    report.Line("Job: " + file + (made ? " (just made)" : exists ? "" : " (not saved yet, defaults)"));
+    report.PrintLine("Data folder: " + commandLine.dataFolder.string());
+    report.PrintLine("Job: " + file + (made ? " (just made)" : exists ? "" : " (not saved yet, defaults)"));
 }
 
 void Application::LoadJob() {
@@ -148,23 +150,23 @@ void Application::EnableServices() {
     }
 }
 
-void Application::Report() {
-    report.Services(host.Services(), host.StartFailures());
-    report.Input(commandLine.recording.empty() ? "generated part" : commandLine.recording.string(), recording,
-                 SensorSettings().scan);
-    report.Maps(host.Services(), Scan::ResultSetMaker::DataSources(recording));
+void Application::ReportStart() {
+    report.PrintServices(host.Services(), host.StartFailures());
+    report.PrintInput(commandLine.recording.empty() ? "generated part" : commandLine.recording.string(), recording,
+                      SensorSettings().scan);
+    report.PrintMaps(host.Services(), Scan::ResultSetMaker::DataSources(recording));
 }
 
 void Application::StartScan() {
     if (!commandLine.scan) {
-        report.Line("Not scanning.");
+        report.PrintLine("Not scanning.");
         return;
     }
     try {
         sensor.Core().Start(true, false);
-        report.Line("Scanning.");
+        report.PrintLine("Scanning.");
     } catch (const std::exception& e) {
-        report.Line(std::string("Not scanning: ") + e.what());
+        report.PrintLine(std::string("Not scanning: ") + e.what());
     }
 }
 
@@ -177,22 +179,23 @@ void Application::StopScan() {
     }
 }
 
-void Application::TellJob(const std::string& fileName) {
-    report.Line("Loaded job: " + fileName);
-    report.Services(host.Services(), {});
-    report.MissingSources(host.Services(), Scan::ResultSetMaker::DataSources(recording));
+void Application::ReportJob(const std::string& fileName) {
+    report.PrintLine("Loaded job: " + fileName);
+    report.PrintServices(host.Services(), {});
+    report.PrintMissingSources(host.Services(), Scan::ResultSetMaker::DataSources(recording));
 }
 
 void Application::RestoreFactory() {
-    report.Line("Factory restore: both domains are initialised and a fresh demo job is loaded. Clients may have to "
-                "connect again.");
+    report.PrintLine(
+        "Factory restore: both domains are initialised and a fresh demo job is loaded. Clients may have to "
+        "connect again.");
     host.Persistence().Restore(Jobs::JobTemplate::Demo, [this](VorCommon::IPersistStore& store) {
         Jobs::JobTemplate::Fill(Jobs::JobTemplate::Demo, recording, store);
     });
 }
 
 void Application::Restart() {
-    report.Line("Restart: the program ends with status " + std::to_string(RestartStatus) + ".");
+    report.PrintLine("Restart: the program ends with status " + std::to_string(RestartStatus) + ".");
     restarting = true;
     restartTimer.Start(RestartDelay.count(), true);
 }

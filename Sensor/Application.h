@@ -41,15 +41,15 @@ private:
     VirtualSensor::Settings SensorSettings();
     ServiceHost::Settings HostSettings();
     void LoadPlugins();
-    void TakeSettings();
+    void ApplySettings();
     void PrepareJob();
     void LoadJob();
     /// Those that the user asked for, with the settings that the user gave.
     void EnableServices();
-    void Report();
+    void ReportStart();
     void StartScan();
     void StopScan();
-    void TellJob(const std::string& fileName);
+    void ReportJob(const std::string& fileName);
     void RestoreFactory();
     void Restart();
     [[noreturn]] void GiveUp() const;

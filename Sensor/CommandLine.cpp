@@ -151,7 +151,7 @@ void RequireValue(const CLI::App& app, const char* name, const std::string& valu
 }
 
 /// Jobs need no option of the sensor but the folder of data, and those that need its services that of plug-ins.
-void RequireFoldersAlone(const CLI::App& app, const Jobs::JobCommand& command) {
+void RefuseSensorOptions(const CLI::App& app, const Jobs::JobCommand& command) {
     for (const CLI::Option* option : app.get_options()) {
         const bool isPlugins = option->check_lname("plugins") || option->check_lname("verbose");
         const bool isForJobs = option->check_lname("data") || (isPlugins && Jobs::JobMapTool::IsFor(command));
@@ -161,7 +161,7 @@ void RequireFoldersAlone(const CLI::App& app, const Jobs::JobCommand& command) {
     }
 }
 
-CommandLine Take(const CLI::App& app, const Options& options) {
+CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     RequireValue(app, "--data", options.data);
     RequireValue(app, "--plugins", options.plugins);
     RequireValue(app, "--job", options.job);
@@ -215,9 +215,9 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         throw StartError(std::string(error.what()) + "; --help tells the options.");
     }
-    result = Take(app, options);
+    result = MakeCommandLine(app, options);
     if (jobs.parsed()) {
-        RequireFoldersAlone(app, jobCommand);
+        RefuseSensorOptions(app, jobCommand);
         result.jobCommand = jobCommand;
     }
     return result;

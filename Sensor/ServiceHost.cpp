@@ -93,7 +93,7 @@ void ServiceHost::LoadPlugins(const std::filesystem::path& folder) {
     plugins.LoadFolder(folder);
 }
 
-std::vector<std::string> ServiceHost::TakenTypeNames() const {
+std::vector<std::string> ServiceHost::DuplicateTypeNames() const {
     std::vector<std::string> sentences;
     std::map<std::string, std::string> owners;
     for (std::size_t index = 0; index < plugins.Count(); ++index) {

@@ -45,7 +45,7 @@ public:
     VorPlugin::PluginManager& Plugins() { return plugins; }
 
     /// A sentence for each service type of a plug-in whose name an earlier one has taken.
-    std::vector<std::string> TakenTypeNames() const;
+    std::vector<std::string> DuplicateTypeNames() const;
 
     /// Creates the services, none of which is started. A plug-in whose service can't be created is named in the log and
     /// left out. Throws a Vor::Exception.

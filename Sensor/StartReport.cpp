@@ -57,12 +57,12 @@ std::string TextAt(const nlohmann::json& properties, const char* name) {
 StartReport::StartReport(std::ostream& out)
     : out(out) {}
 
-void StartReport::Line(const std::string& text) {
+void StartReport::PrintLine(const std::string& text) {
     out << PrintableText(text) << std::endl;
 }
 
-void StartReport::Input(const std::string& name, const Scan::Recording& recording,
-                        const Scan::Scanner::Settings& scan) {
+void StartReport::PrintInput(const std::string& name, const Scan::Recording& recording,
+                             const Scan::Scanner::Settings& scan) {
     std::ostringstream text;
     text << "Input: " << name << ", " << recording.frames.size() << " frames, " << recording.RowCount()
          << (recording.kind == Scan::RecordingKind::Profiles ? " points, " : " values, ");
@@ -72,29 +72,29 @@ void StartReport::Input(const std::string& name, const Scan::Recording& recordin
         text << scan.frameRate << " frames a second";
     }
     text << ", " << (scan.once ? "once" : "over and over");
-    Line(text.str());
+    PrintLine(text.str());
 }
 
-void StartReport::Services(VorControl::IControlManager& manager,
-                           const std::map<std::string, std::string>& startFailures) {
+void StartReport::PrintServices(VorControl::IControlManager& manager,
+                                const std::map<std::string, std::string>& startFailures) {
     const std::vector<std::string> ids = manager.List();
     if (ids.empty()) {
-        Line("Services: none");
+        PrintLine("Services: none");
     }
     for (const std::string& id : ids) {
         const auto failure = startFailures.find(id);
-        Service(manager.GetInstance(id), failure == startFailures.end() ? std::string() : failure->second);
+        PrintService(manager.GetInstance(id), failure == startFailures.end() ? std::string() : failure->second);
     }
 }
 
-void StartReport::Service(VorControl::IControlInstance& instance, const std::string& startFailure) {
+void StartReport::PrintService(VorControl::IControlInstance& instance, const std::string& startFailure) {
     std::string text = "Service " + instance.Id() + " (" + instance.DisplayName() + "): ";
     try {
         const nlohmann::json properties = PropertiesOf(instance);
-        // A service whose start was cut short may not have told so itself.
-        const ProtocolStatus told = instance.GetProtocolStatus();
-        const bool failed = !startFailure.empty() && told != ProtocolStatus::Running;
-        text += TextOf(failed ? ProtocolStatus::FailedToStart : told);
+        // A service whose start was interrupted may still have another status.
+        const ProtocolStatus status = instance.GetProtocolStatus();
+        const bool failed = !startFailure.empty() && status != ProtocolStatus::Running;
+        text += TextOf(failed ? ProtocolStatus::FailedToStart : status);
         if (const std::string address = TextAt(properties, "address"); !address.empty()) {
             text += " at " + address;
         }
@@ -106,23 +106,24 @@ void StartReport::Service(VorControl::IControlInstance& instance, const std::str
     } catch (const std::exception& e) {
         text += std::string("its state can't be read (") + e.what() + ")";
     }
-    Line(text);
+    PrintLine(text);
 }
 
-void StartReport::Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources) {
+void StartReport::PrintMaps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources) {
     ForEachMap(manager, [&](IControlInstance& instance, const std::string& assembly, const std::vector<Row>& rows) {
-        Table(instance, assembly, rows);
-        Missing(rows, dataSources);
+        PrintTable(instance, assembly, rows);
+        PrintMissing(rows, dataSources);
     });
 }
 
-void StartReport::MissingSources(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources) {
+void StartReport::PrintMissingSources(VorControl::IControlManager& manager,
+                                      const std::vector<std::string>& dataSources) {
     ForEachMap(manager, [&](IControlInstance&, const std::string&, const std::vector<Row>& rows) {
-        Missing(rows, dataSources);
+        PrintMissing(rows, dataSources);
     });
 }
 
-void StartReport::ForEachMap(VorControl::IControlManager& manager, const RowsFunction& tell) {
+void StartReport::ForEachMap(VorControl::IControlManager& manager, const RowsFunction& print) {
     for (const std::string& id : manager.List()) {
         IControlInstance& instance = manager.GetInstance(id);
         try {
@@ -130,10 +131,10 @@ void StartReport::ForEachMap(VorControl::IControlManager& manager, const RowsFun
                 continue;
             }
             for (const std::string& assembly : instance.RegisterAssemblyList()) {
-                tell(instance, assembly, Rows(instance, assembly));
+                print(instance, assembly, Rows(instance, assembly));
             }
         } catch (const std::exception& e) {
-            Line("Map of " + id + ": can't be read (" + e.what() + ")");
+            PrintLine("Map of " + id + ": can't be read (" + e.what() + ")");
         }
     }
 }
@@ -153,13 +154,13 @@ std::vector<StartReport::Row> StartReport::Rows(VorControl::IControlInstance& in
     return rows;
 }
 
-void StartReport::Table(VorControl::IControlInstance& instance, const std::string& assembly,
-                        const std::vector<Row>& rows) {
+void StartReport::PrintTable(VorControl::IControlInstance& instance, const std::string& assembly,
+                             const std::vector<Row>& rows) {
     if (rows.empty()) {
-        Line("Map of " + instance.Id() + ", " + assembly + ": empty");
+        PrintLine("Map of " + instance.Id() + ", " + assembly + ": empty");
         return;
     }
-    Line("Map of " + instance.Id() + ", " + assembly + ":");
+    PrintLine("Map of " + instance.Id() + ", " + assembly + ":");
     const Row titles{"Address", "Type", "Data source", "Name"};
     std::size_t addresses = TextWidth(titles.addresses);
     std::size_t types = TextWidth(titles.type);
@@ -170,19 +171,19 @@ void StartReport::Table(VorControl::IControlInstance& instance, const std::strin
         sources = std::max(sources, TextWidth(row.dataSource));
     }
     const auto print = [&](const Row& row) {
-        Line("  " + PaddedText(row.addresses, addresses) + "  " + PaddedText(row.type, types) + "  " +
-             PaddedText(row.dataSource, sources) + "  " + row.displayName);
+        PrintLine("  " + PaddedText(row.addresses, addresses) + "  " + PaddedText(row.type, types) + "  " +
+                  PaddedText(row.dataSource, sources) + "  " + row.displayName);
     };
     print(titles);
     std::for_each(rows.begin(), rows.end(), print);
 }
 
-void StartReport::Missing(const std::vector<Row>& rows, const std::vector<std::string>& dataSources) {
+void StartReport::PrintMissing(const std::vector<Row>& rows, const std::vector<std::string>& dataSources) {
     for (const Row& row : rows) {
         if (!row.dataSource.empty() &&
             std::find(dataSources.begin(), dataSources.end(), row.dataSource) == dataSources.end()) {
-            Line("The input has no data source " + row.dataSource + ": the registers at " + row.addresses +
-                 " won't get a value.");
+            PrintLine("The input has no data source " + row.dataSource + ": the registers at " + row.addresses +
+                      " won't get a value.");
         }
     }
 }

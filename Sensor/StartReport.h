@@ -22,20 +22,20 @@ class StartReport {
 public:
     explicit StartReport(std::ostream& out);
 
-    void Line(const std::string& text);
+    void PrintLine(const std::string& text);
 
     /// Frames, rows and pace of the input, which `name` names.
-    void Input(const std::string& name, const Scan::Recording& recording, const Scan::Scanner::Settings& scan);
+    void PrintInput(const std::string& name, const Scan::Recording& recording, const Scan::Scanner::Settings& scan);
 
     /// A line for each service: its state, where it is found, and why it failed, by its own words or else by those of
     /// `startFailures`, which holds reasons by id.
-    void Services(VorControl::IControlManager& manager, const std::map<std::string, std::string>& startFailures);
+    void PrintServices(VorControl::IControlManager& manager, const std::map<std::string, std::string>& startFailures);
 
     /// A table for each register assembly of an enabled service, then a line for each of its data sources that isn't
     /// among `dataSources`.
-    void Maps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
+    void PrintMaps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
     /// As Maps, without the tables.
-    void MissingSources(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
+    void PrintMissingSources(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
 
 private:
     struct Row {
@@ -50,10 +50,10 @@ private:
                                             const std::vector<Row>& rows)>;
 
     static std::vector<Row> Rows(VorControl::IControlInstance& instance, const std::string& assembly);
-    void Service(VorControl::IControlInstance& instance, const std::string& startFailure);
-    void ForEachMap(VorControl::IControlManager& manager, const RowsFunction& tell);
-    void Table(VorControl::IControlInstance& instance, const std::string& assembly, const std::vector<Row>& rows);
-    void Missing(const std::vector<Row>& rows, const std::vector<std::string>& dataSources);
+    void PrintService(VorControl::IControlInstance& instance, const std::string& startFailure);
+    void ForEachMap(VorControl::IControlManager& manager, const RowsFunction& print);
+    void PrintTable(VorControl::IControlInstance& instance, const std::string& assembly, const std::vector<Row>& rows);
+    void PrintMissing(const std::vector<Row>& rows, const std::vector<std::string>& dataSources);
 
     std::ostream& out;
 };

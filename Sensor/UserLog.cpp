@@ -21,7 +21,7 @@ bool IsDetail(const Vor::LogRecord& record) {
     return (!user && !serious) || record.format == Vor::LogOutput::BackTraceFormat;
 }
 
-void Tell(const Vor::LogRecord& record) {
+void WriteLine(const Vor::LogRecord& record) {
     if (IsDetail(record)) {
         return;
     }
@@ -47,7 +47,7 @@ UserLog::UserLog(bool verbose) {
     } else {
         Vor::LogOutput::Set([silent = silent](const Vor::LogRecord& record) {
             if (!*silent) {
-                Tell(record);
+                WriteLine(record);
             }
         });
     }

@@ -24,7 +24,7 @@ VorCore::SystemCore::Environ VirtualSensor::CoreEnviron() {
             .stopScan = [this] { scanner.Stop(); },
             .factoryRestore = [this] { RestoreFactory(); },
             .restart = [this] { settings.restart(); },
-            .blinkLed = [this] { settings.tell("System LED blinks."); },
+            .blinkLed = [this] { settings.print("System LED blinks."); },
             .preStartScan = &preStartScan,
             .postStopScan = &postStopScan,
             .storageFolders = settings.storageFolders};
@@ -34,7 +34,7 @@ Scan::ScannerActions::Environ VirtualSensor::ActionsEnviron() {
     return {.trigger = [this] { scanner.Trigger(); },
             .blinkLed =
                 [this](bool blinks, bool on) {
-                    settings.tell(blinks ? "LED blinks." : on ? "LED on." : "LED off.");
+                    settings.print(blinks ? "LED blinks." : on ? "LED on." : "LED off.");
                 },
             .state = [this] { return scanner.State(); }};
 }

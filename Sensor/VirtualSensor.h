@@ -25,7 +25,7 @@ public:
         /// On these the core measures the storage.
         std::vector<std::string> storageFolders = {};
         /// Gets what the user is told, a line at a time.
-        std::function<void(const std::string& line)> tell = [](const std::string&) {};
+        std::function<void(const std::string& line)> print = [](const std::string&) {};
         /// What a factory restore does once its event is raised.
         std::function<void()> factoryRestore = [] {};
         std::function<void()> restart = [] {};

@@ -32,7 +32,7 @@ constexpr const char* EnabledKey = "enabled";
 constexpr const char* FileVersion = "1";
 
 /// What users and developers were told that isn't good news, each text once.
-std::vector<std::string> ToldIn(const Vor::LogCapture& log) {
+std::vector<std::string> MessagesIn(const Vor::LogCapture& log) {
     std::vector<std::string> texts;
     for (const Vor::LogRecord& record : log.Records()) {
         const bool isForUser = (record.level & Vor::LevelUserFlag) != 0;
@@ -53,13 +53,14 @@ std::string Joined(const std::vector<std::string>& texts) {
 }
 
 /// What a failure says, and what was told on the way to it.
-std::string Reason(const Vor::Exception& failure, std::vector<std::string> told) {
+std::string Reason(const Vor::Exception& failure, std::vector<std::string> messages) {
     if (!failure.HasText()) {
-        return told.empty() ? Vor::Format("it failed with status %d.", failure.Status()) : Joined(told).substr(1);
+        return messages.empty() ? Vor::Format("it failed with status %d.", failure.Status())
+                                : Joined(messages).substr(1);
     }
     const std::string text = failure.what();
-    std::erase_if(told, [&](const std::string& line) { return line.find(text) != std::string::npos; });
-    return text + Joined(told);
+    std::erase_if(messages, [&](const std::string& line) { return line.find(text) != std::string::npos; });
+    return text + Joined(messages);
 }
 
 /// Ends an update of a map, whatever becomes of it.
@@ -102,7 +103,7 @@ void JobService::Load() {
     AddMissingVersions(section);
     const Vor::LogCapture log;
     const PersistLoadResult result = instance.PersistenceProvider()->Load(PersistDomain::Job, section);
-    notes = ToldIn(log);
+    notes = MessagesIn(log);
     if (result == PersistLoadResult::Failed) {
         Vor::Throw(yERROR_PARAMETER, "entry '%s' can't be applied.%s", path, Joined(notes));
     }
@@ -181,7 +182,7 @@ void JobService::Edit(const Selection& selection, const std::string& command, co
                       [&] { instance.EndUpdateRegisterAssembly(id.c_str()); });
         }
     } catch (const Vor::Exception& e) {
-        Vor::ThrowNested(e.Status(), "%s", Reason(e, ToldIn(log)));
+        Vor::ThrowNested(e.Status(), "%s", Reason(e, MessagesIn(log)));
     }
 }
 

@@ -146,7 +146,7 @@ json BlocksOf(const std::string& job, const Scan::Recording& recording) {
     return DemoValuesBlocks(recording);
 }
 
-void Put(VorCommon::IPersistStore& store, const char* path, const json& config) {
+void WriteConfig(VorCommon::IPersistStore& store, const char* path, const json& config) {
     const std::string text = config.dump(-1, ' ');
     store.Write(path, text.data(), text.size());
 }
@@ -171,8 +171,8 @@ nlohmann::json JobTemplate::AsciiConfig(const std::string& job, const Scan::Reco
 }
 
 void JobTemplate::Fill(const std::string& job, const Scan::Recording& recording, VorCommon::IPersistStore& store) {
-    Put(store, "/controls/modbus/config.json", ModbusConfig(job, recording));
-    Put(store, "/controls/ascii/config.json", AsciiConfig(job, recording));
+    WriteConfig(store, "/controls/modbus/config.json", ModbusConfig(job, recording));
+    WriteConfig(store, "/controls/ascii/config.json", AsciiConfig(job, recording));
 }
 
 void JobTemplate::Write(const std::string& job, const Scan::Recording& recording, const std::string& filePath) {

@@ -82,7 +82,7 @@ void JobTool::List() {
         throw StartError("jobs list: " + folder.string() + ": " + error.message() + ".");
     }
     if (names.empty()) {
-        Line("No jobs in " + folder.string());
+        PrintLine("No jobs in " + folder.string());
         return;
     }
     std::sort(names.begin(), names.end());
@@ -90,11 +90,11 @@ void JobTool::List() {
     for (const std::string& name : names) {
         width = std::max(width, TextWidth(PrintableText(name)));
     }
-    Line(Spaced("Name", width) + Spaced("Modified", 19) + "Size");
+    PrintLine(Spaced("Name", width) + Spaced("Modified", 19) + "Size");
     for (const std::string& name : names) {
         const std::string path = PathOf(name);
         const auto size = std::filesystem::file_size(path, error);
-        Line(Spaced(name, width) + Spaced(ModificationTime(path), 19) + (error ? "?" : std::to_string(size)));
+        PrintLine(Spaced(name, width) + Spaced(ModificationTime(path), 19) + (error ? "?" : std::to_string(size)));
     }
 }
 
@@ -108,24 +108,24 @@ void JobTool::Show(const JobCommand& command) {
 }
 
 void JobTool::PrintText(const JobContent& content) {
-    Line("Job " + content.name + ": " + content.path + ", " + std::to_string(content.size) + " bytes, modified " +
-         content.modified);
-    Line("Entries:");
+    PrintLine("Job " + content.name + ": " + content.path + ", " + std::to_string(content.size) + " bytes, modified " +
+              content.modified);
+    PrintLine("Entries:");
     std::size_t width = 0;
     for (const JobContent::Entry& entry : content.entries) {
         width = std::max(width, TextWidth(PrintableText(entry.name)));
     }
     for (const JobContent::Entry& entry : content.entries) {
-        Line("  " + Spaced(entry.name, width) + std::to_string(entry.size) + " bytes");
+        PrintLine("  " + Spaced(entry.name, width) + std::to_string(entry.size) + " bytes");
     }
     for (const JobContent::Service& service : content.services) {
         const char* const state = !service.enabled   ? "not said whether enabled"
                                   : *service.enabled ? "enabled"
                                                      : "disabled";
-        Line("Service " + service.id + ": " + state + ", " + std::to_string(service.blocks) +
-             (service.blocks == 1 ? " block" : " blocks"));
+        PrintLine("Service " + service.id + ": " + state + ", " + std::to_string(service.blocks) +
+                  (service.blocks == 1 ? " block" : " blocks"));
         for (const auto& [name, value] : service.parameters.items()) {
-            Line("  " + name + " = " + value.dump());
+            PrintLine("  " + name + " = " + value.dump());
         }
     }
 }
@@ -134,12 +134,12 @@ void JobTool::Copy(const JobCommand& command) {
     const std::string from = PathOf(command.name);
     const std::string to = PathOf(command.copyName);
     ArchiveFile(from).CopyTo(to, ExistingOf(command));
-    Line("Copied to " + to);
+    PrintLine("Copied to " + to);
 }
 
 void JobTool::Export(const JobCommand& command) {
     ArchiveFile(PathOf(command.name)).CopyTo(command.file, ExistingOf(command));
-    Line("Exported to " + command.file);
+    PrintLine("Exported to " + command.file);
 }
 
 void JobTool::Import(const JobCommand& command) {
@@ -149,14 +149,14 @@ void JobTool::Import(const JobCommand& command) {
     VorCommon::ArchiveStore imported(command.file);
     imported.OpenJob();
     ArchiveFile(path).Make(imported.Files(), ExistingOf(command));
-    Line("Imported to " + path);
+    PrintLine("Imported to " + path);
 }
 
 std::string JobTool::PathOf(const std::string& name) const {
     return (folder / VorCommon::PersistManager::JobFileName(name)).string();
 }
 
-void JobTool::Line(const std::string& text) {
+void JobTool::PrintLine(const std::string& text) {
     out << PrintableText(text) << std::endl;
 }
 

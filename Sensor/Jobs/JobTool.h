@@ -27,7 +27,7 @@ private:
     /// Where the job is or would be.
     std::string PathOf(const std::string& name) const;
     void PrintText(const JobContent& content);
-    void Line(const std::string& text);
+    void PrintLine(const std::string& text);
 
     const std::filesystem::path folder;
     std::ostream& out;

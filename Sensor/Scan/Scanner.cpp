@@ -78,7 +78,7 @@ void Scanner::Trigger() {
         Vor::Throw(yERROR_STATE, "The scan stands still behind the last frame of the recording.");
     }
     PublishNext(Clock::now());
-    TellEnd();
+    NotifyEnd();
 }
 
 ScannerState Scanner::State() const {
@@ -104,7 +104,7 @@ yStatus Scanner::Run() {
                 next = now;
             }
         }
-        TellEnd();
+        NotifyEnd();
         return yOK;
     } catch (const std::exception& e) {
         Vor::LogError("The scan ended with an error.");
@@ -127,7 +127,7 @@ void Scanner::PublishNext(Clock::time_point now) {
     hub.Publish(set.Get());
 }
 
-void Scanner::TellEnd() const {
+void Scanner::NotifyEnd() const {
     if (AtEnd() && settings.ended) {
         settings.ended();
     }

@@ -59,7 +59,7 @@ private:
     bool AtEnd() const;
     /// Makes the next frame, which comes at `now`.
     void PublishNext(Clock::time_point now);
-    void TellEnd() const;
+    void NotifyEnd() const;
 
     const Recording& recording;
     VorCore::ResultHub& hub;

@@ -13,10 +13,10 @@ namespace {
 TEST(StartReport, TellsTheInput) {
     std::ostringstream out;
     StartReport report(out);
-    report.Input("generated part", Scan::GeneratePart(), {});
-    report.Input("v.csv", Scan::RecordingParser::Parse("frame,name,value\n0,a,1\n1,a,2\n1,b,2\n", "v.csv"),
-                 {.frameRate = 0.5, .once = true});
-    report.Input("generated part", Scan::GeneratePart(), {.trigger = Scan::TriggerMode::Software});
+    report.PrintInput("generated part", Scan::GeneratePart(), {});
+    report.PrintInput("v.csv", Scan::RecordingParser::Parse("frame,name,value\n0,a,1\n1,a,2\n1,b,2\n", "v.csv"),
+                      {.frameRate = 0.5, .once = true});
+    report.PrintInput("generated part", Scan::GeneratePart(), {.trigger = Scan::TriggerMode::Software});
     EXPECT_EQ(out.str(), "Input: generated part, 120 frames, 19320 points, 10 frames a second, over and over\n"
                          "Input: v.csv, 2 frames, 3 values, 0.5 frames a second, once\n"
                          "Input: generated part, 120 frames, 19320 points, a frame a trigger, over and over\n");
@@ -24,7 +24,7 @@ TEST(StartReport, TellsTheInput) {
 
 TEST(StartReport, PrintsNoControlCharacters) {
     std::ostringstream out;
-    StartReport(out).Line("a\x1b[31m\nb\x7f Öl");
+    StartReport(out).PrintLine("a\x1b[31m\nb\x7f Öl");
     EXPECT_EQ(out.str(), "a?[31m?b? Öl\n");
 }
 

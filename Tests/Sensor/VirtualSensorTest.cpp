@@ -50,7 +50,7 @@ protected:
     VirtualSensor sensor{recording,
                          {.scan = {.trigger = Scan::TriggerMode::Software},
                           .storageFolders = {folder.Path().string()},
-                          .tell = [this](const std::string& line) { events.push_back(line); },
+                          .print = [this](const std::string& line) { events.push_back(line); },
                           .factoryRestore = [this] { events.push_back("restored"); },
                           .restart = [this] { events.push_back("restarted"); }}};
 };
