@@ -113,9 +113,9 @@ void Application::ApplySettings() {
         overlay.Add(setting, host.Services());
     }
     const std::vector<std::string> known = host.Services().List();
-    for (const std::string& id : commandLine.enable) {
-        if (std::find(known.begin(), known.end(), id) == known.end()) {
-            throw StartError("--enable " + id + ": unknown service.");
+    for (const std::string& serviceId : commandLine.enable) {
+        if (std::find(known.begin(), known.end(), serviceId) == known.end()) {
+            throw StartError("--enable " + serviceId + ": unknown service.");
         }
     }
 }
@@ -140,8 +140,8 @@ void Application::LoadJob() {
 }
 
 void Application::EnableServices() {
-    for (const std::string& id : commandLine.enable) {
-        VorControl::IControlInstance& instance = host.Services().GetInstance(id);
+    for (const std::string& serviceId : commandLine.enable) {
+        VorControl::IControlInstance& instance = host.Services().GetInstance(serviceId);
         if (instance.IsEnabled()) {
             continue;
         }

@@ -35,8 +35,8 @@ bool Offers(const VorPlugin::PluginLib& library, const std::string& typeName) {
 }
 
 /// The reason in an entry of the log by which a service tells that its start failed; empty for other entries.
-std::string StartFailure(const Vor::LogRecord& record, const std::string& id) {
-    const std::string begin = "Protocol (" + id + ") failed to start (";
+std::string StartFailure(const Vor::LogRecord& record, const std::string& serviceId) {
+    const std::string begin = "Protocol (" + serviceId + ") failed to start (";
     const std::string end = ").";
     const std::string& text = record.text;
     if (text.size() < begin.size() + end.size() || !text.starts_with(begin) || !text.ends_with(end)) {
@@ -113,9 +113,9 @@ void ServiceHost::LoadDomains() {
     const Vor::LogCapture log;
     persistence.Load();
     for (const Vor::LogRecord& record : log.Records()) {
-        for (const std::string& id : Services().List()) {
-            if (std::string reason = StartFailure(record, id); !reason.empty()) {
-                startFailures.insert_or_assign(id, std::move(reason));
+        for (const std::string& serviceId : Services().List()) {
+            if (std::string reason = StartFailure(record, serviceId); !reason.empty()) {
+                startFailures.insert_or_assign(serviceId, std::move(reason));
             }
         }
     }
@@ -150,17 +150,17 @@ void ServiceHost::StopServices() {
     if (module == nullptr) {
         return;
     }
-    for (const std::string& id : Services().List()) {
+    for (const std::string& serviceId : Services().List()) {
         try {
-            VorControl::IControlInstance& instance = Services().GetInstance(id);
+            VorControl::IControlInstance& instance = Services().GetInstance(serviceId);
             if (instance.IsEnabled()) {
                 instance.Enable(false);
             }
         } catch (const std::exception& e) {
-            Vor::LogError("Service %s can't be stopped.", id);
+            Vor::LogError("Service %s can't be stopped.", serviceId);
             Vor::Exception::LogException(e);
         } catch (...) {
-            Vor::LogError("Service %s can't be stopped, for something that is no exception.", id);
+            Vor::LogError("Service %s can't be stopped, for something that is no exception.", serviceId);
         }
     }
 }

@@ -77,13 +77,13 @@ void StartReport::PrintInput(const std::string& name, const Scan::Recording& rec
 
 void StartReport::PrintServices(VorControl::IControlManager& manager,
                                 const std::map<std::string, std::string>& startFailures) {
-    const std::vector<std::string> ids = manager.List();
-    if (ids.empty()) {
+    const std::vector<std::string> serviceIds = manager.List();
+    if (serviceIds.empty()) {
         PrintLine("Services: none");
     }
-    for (const std::string& id : ids) {
-        const auto failure = startFailures.find(id);
-        PrintService(manager.GetInstance(id), failure == startFailures.end() ? std::string() : failure->second);
+    for (const std::string& serviceId : serviceIds) {
+        const auto failure = startFailures.find(serviceId);
+        PrintService(manager.GetInstance(serviceId), failure == startFailures.end() ? std::string() : failure->second);
     }
 }
 
@@ -124,8 +124,8 @@ void StartReport::PrintMissingSources(VorControl::IControlManager& manager,
 }
 
 void StartReport::ForEachMap(VorControl::IControlManager& manager, const RowsFunction& print) {
-    for (const std::string& id : manager.List()) {
-        IControlInstance& instance = manager.GetInstance(id);
+    for (const std::string& serviceId : manager.List()) {
+        IControlInstance& instance = manager.GetInstance(serviceId);
         try {
             if (!instance.IsEnabled() || !instance.HasRegisterAssemblyGroup()) {
                 continue;
@@ -134,7 +134,7 @@ void StartReport::ForEachMap(VorControl::IControlManager& manager, const RowsFun
                 print(instance, assembly, Rows(instance, assembly));
             }
         } catch (const std::exception& e) {
-            PrintLine("Map of " + id + ": can't be read (" + e.what() + ")");
+            PrintLine("Map of " + serviceId + ": can't be read (" + e.what() + ")");
         }
     }
 }

@@ -21,7 +21,7 @@ void AddForce(CLI::App& app, JobCommand& command) {
 /// What map and edit have in common.
 void AddMap(CLI::App& app, JobCommand& command) {
     app.add_option("NAME", command.name, "The job")->required()->type_name("");
-    app.add_option("SERVICE", command.service, "The service, such as modbus")->required()->type_name("");
+    app.add_option("SERVICE", command.serviceId, "The service, such as modbus")->required()->type_name("");
     CLI::Option* assembly =
         app.add_option("--assembly", command.assembly, "Which assembly of a service that has several")->type_name("ID");
     app.add_flag("--outputs", command.outputs, "The service's output map instead of its assemblies")
@@ -89,9 +89,9 @@ std::string JobCommand::Text() const {
     case Action::Export:
         return "jobs export " + name + " " + file;
     case Action::Map:
-        return "jobs map " + name + " " + service;
+        return "jobs map " + name + " " + serviceId;
     case Action::Edit:
-        return "jobs edit " + name + " " + service + " " + edit;
+        return "jobs edit " + name + " " + serviceId + " " + edit;
     case Action::Import:
         break;
     }

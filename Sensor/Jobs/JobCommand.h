@@ -22,7 +22,7 @@ struct JobCommand {
     bool json = false;
 
     /// Whose map is shown or edited.
-    std::string service = {};
+    std::string serviceId = {};
     /// "table", "csv" or "json".
     std::string format = "table";
     /// Of several; empty when none was named.

@@ -48,10 +48,10 @@ std::size_t BlockCount(const json& assemblies) {
     return count;
 }
 
-JobContent::Service Described(const std::string& id, const json& document) {
+JobContent::Service Described(const std::string& serviceId, const json& document) {
     const json section = MemberOf(document, "vor:control");
     const json enabled = MemberOf(section, "enabled");
-    return {.id = id,
+    return {.id = serviceId,
             .enabled = enabled.is_boolean() ? std::optional<bool>(enabled.get<bool>()) : std::nullopt,
             .parameters = MemberOf(section, "parameters"),
             .blocks = BlockCount(MemberOf(section, "registerAssemblyList"))};
@@ -70,9 +70,9 @@ JobContent JobContent::Read(const std::string& path) {
     content.modified = ModificationTime(path);
     for (const auto& [name, bytes] : store.Files()) {
         content.entries.push_back({name, bytes->size()});
-        if (const std::string id = ServiceOf(name); !id.empty()) {
+        if (const std::string serviceId = ServiceOf(name); !serviceId.empty()) {
             const auto* text = reinterpret_cast<const char*>(bytes->data());
-            content.services.push_back(Described(id, Vor::ParseJson(text, bytes->size())));
+            content.services.push_back(Described(serviceId, Vor::ParseJson(text, bytes->size())));
         }
     }
     return content;

@@ -51,7 +51,7 @@ void JobMapTool::Run(const JobCommand& command) {
         VorPlugin::PluginManager plugins;
         plugins.LoadFolder(pluginFolder);
         OfflineServices services(plugins);
-        JobService service(services, path, command.service);
+        JobService service(services, path, command.serviceId);
         for (const std::string& note : service.Notes()) {
             notes << PrintableText(note) << std::endl;
         }

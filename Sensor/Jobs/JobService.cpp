@@ -77,17 +77,17 @@ void Bracketed(const Update& update, const End& end) {
 
 } // namespace
 
-JobService::JobService(OfflineServices& services, const std::string& jobPath, const std::string& service)
-    : instance(services.Get(service))
-    , path("/controls/" + service + "/config.json")
+JobService::JobService(OfflineServices& services, const std::string& jobPath, const std::string& serviceId)
+    : instance(services.Get(serviceId))
+    , path("/controls/" + serviceId + "/config.json")
     , store(jobPath) {
     store.OpenJob();
     if (!store.Exists(path)) {
         Vor::Throw(yERROR_PARAMETER, "the job holds nothing of service '%s'. Expected one that jobs show names.",
-                   service);
+                   serviceId);
     }
     if (instance.PersistenceProvider() == nullptr) {
-        Vor::Throw(yERROR_PARAMETER, "service '%s' keeps its settings in a way of its own.", service);
+        Vor::Throw(yERROR_PARAMETER, "service '%s' keeps its settings in a way of its own.", serviceId);
     }
     const VorCommon::PersistBuffer buffer = store.Read(path);
     settings = Vor::ParseJson(reinterpret_cast<const char*>(buffer.pointer + buffer.offset), buffer.size);

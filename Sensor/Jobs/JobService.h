@@ -28,7 +28,7 @@ public:
 
     /// Loads the settings, also those of a disabled service. Throws a Vor::Exception when the job can't be loaded,
     /// holds nothing of the service, or what it holds can't be applied.
-    JobService(OfflineServices& services, const std::string& jobPath, const std::string& service);
+    JobService(OfflineServices& services, const std::string& jobPath, const std::string& serviceId);
 
     VorControl::IControlInstance& Instance() { return instance; }
     /// What the user should know of the load: what it left out or has upgraded.

@@ -112,7 +112,7 @@ json BlocksOf(const VorControl::ControlProtocol::IProtocolRegisterAssembly& asse
 } // namespace
 
 MapText::MapText(JobService& job, const JobService::Selection& selection)
-    : service(job.Instance().Id()) {
+    : serviceId(job.Instance().Id()) {
     VorControl::IControlInstance& instance = job.Instance();
     const bool onlyOutputs = job.IsOutputs(selection);
     if (!onlyOutputs) {
@@ -174,7 +174,7 @@ void MapText::PrintCsv(std::ostream& out) const {
 }
 
 void MapText::PrintJson(std::ostream& out) const {
-    json document = {{"service", service}, {"assemblies", assemblies}};
+    json document = {{"service", serviceId}, {"assemblies", assemblies}};
     if (!outputs.is_null()) {
         document["outputs"] = outputs;
     }

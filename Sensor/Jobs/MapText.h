@@ -23,7 +23,7 @@ public:
     void PrintJson(std::ostream& out) const;
 
 private:
-    std::string service;
+    std::string serviceId;
     nlohmann::json assemblies = nlohmann::json::array();
     nlohmann::json outputs; ///< null: they aren't meant
 };

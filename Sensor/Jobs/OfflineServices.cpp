@@ -35,13 +35,13 @@ VorControl::ControlModuleEnviron OfflineServices::ModuleEnviron() {
     return environ;
 }
 
-VorControl::IControlInstance& OfflineServices::Get(const std::string& id) {
+VorControl::IControlInstance& OfflineServices::Get(const std::string& serviceId) {
     VorControl::IControlManager& services = module->Manager();
     const std::vector<std::string> known = services.List();
-    if (std::find(known.begin(), known.end(), id) == known.end()) {
-        Vor::Throw(yERROR_PARAMETER, "there is no service '%s'. Expected one of: %s.", id, Listed(known));
+    if (std::find(known.begin(), known.end(), serviceId) == known.end()) {
+        Vor::Throw(yERROR_PARAMETER, "there is no service '%s'. Expected one of: %s.", serviceId, Listed(known));
     }
-    return services.GetInstance(id);
+    return services.GetInstance(serviceId);
 }
 
 } // namespace Sensor::Jobs

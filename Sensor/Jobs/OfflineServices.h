@@ -28,7 +28,7 @@ public:
     OfflineServices& operator=(const OfflineServices&) = delete;
 
     /// Throws a Vor::Exception that names the services there are when there is no such one.
-    VorControl::IControlInstance& Get(const std::string& id);
+    VorControl::IControlInstance& Get(const std::string& serviceId);
 
 private:
     VorControl::ControlModuleEnviron ModuleEnviron();

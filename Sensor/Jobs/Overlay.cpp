@@ -17,8 +17,8 @@ namespace Sensor::Jobs {
 
 namespace {
 
-std::string PathOf(const std::string& service) {
-    return "/controls/" + service + "/config.json";
+std::string PathOf(const std::string& serviceId) {
+    return "/controls/" + serviceId + "/config.json";
 }
 
 [[noreturn]] void Refuse(const ServiceSetting& setting, const std::string& reason) {
@@ -32,7 +32,7 @@ std::shared_ptr<Vor::Params::Group> ParamsOf(const ServiceSetting& setting, VorC
         if (e.Status() != yERROR_NOT_FOUND) {
             throw;
         }
-        Refuse(setting, "service \"" + setting.service + "\" has no parameters");
+        Refuse(setting, "service \"" + setting.serviceId + "\" has no parameters");
     }
 }
 
@@ -55,10 +55,10 @@ nlohmann::json ValueOf(const ServiceSetting& setting, const nlohmann::json& curr
 
 void Overlay::Add(const ServiceSetting& setting, VorControl::IControlManager& manager) {
     const std::vector<std::string> known = manager.List();
-    if (std::find(known.begin(), known.end(), setting.service) == known.end()) {
-        Refuse(setting, "unknown service \"" + setting.service + "\", known: " + Listed(known));
+    if (std::find(known.begin(), known.end(), setting.serviceId) == known.end()) {
+        Refuse(setting, "unknown service \"" + setting.serviceId + "\", known: " + Listed(known));
     }
-    VorControl::IControlInstance& instance = manager.GetInstance(setting.service);
+    VorControl::IControlInstance& instance = manager.GetInstance(setting.serviceId);
     const auto params = ParamsOf(setting, instance);
     const nlohmann::json current = Vor::Properties::JsonSerializer::Serialize(*params);
     if (!current.contains(setting.parameter)) {
@@ -66,7 +66,7 @@ void Overlay::Add(const ServiceSetting& setting, VorControl::IControlManager& ma
         for (const auto& item : current.items()) {
             names.push_back(item.key());
         }
-        Refuse(setting, "service \"" + setting.service + "\" has no parameter \"" + setting.parameter +
+        Refuse(setting, "service \"" + setting.serviceId + "\" has no parameter \"" + setting.parameter +
                             "\", known: " + Listed(names));
     }
     nlohmann::json value = ValueOf(setting, current[setting.parameter]);
@@ -79,7 +79,7 @@ void Overlay::Add(const ServiceSetting& setting, VorControl::IControlManager& ma
         }
         Refuse(setting, "the value isn't taken (" + reason + ")");
     }
-    Service& service = services[PathOf(setting.service)];
+    Service& service = services[PathOf(setting.serviceId)];
     service.version = instance.ParamsVersion();
     service.values[setting.parameter] = std::move(value);
 }

@@ -8,7 +8,7 @@ namespace Sensor::Jobs {
 struct ServiceSetting {
     /// As the user wrote it, for errors.
     std::string option;
-    std::string service;
+    std::string serviceId;
     std::string parameter;
     std::string value;
 

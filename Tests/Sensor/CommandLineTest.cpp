@@ -116,7 +116,7 @@ TEST(CommandLine, SetMayBeRepeated) {
     const CommandLine line = Parse({"--set", "modbus.port=1", "--once", "--set", "other.name=a b"});
     ASSERT_EQ(line.settings.size(), 2U);
     EXPECT_EQ(line.settings[0].parameter, "port");
-    EXPECT_EQ(line.settings[1].service, "other");
+    EXPECT_EQ(line.settings[1].serviceId, "other");
     EXPECT_EQ(line.settings[1].value, "a b");
     EXPECT_TRUE(line.once);
 }
@@ -124,7 +124,7 @@ TEST(CommandLine, SetMayBeRepeated) {
 TEST(CommandLine, ModbusPortIsASetting) {
     const CommandLine line = Parse({"--modbus-port", "0", "--set", "modbus.unitId=3"});
     ASSERT_EQ(line.settings.size(), 2U);
-    EXPECT_EQ(line.settings[1].service, "modbus");
+    EXPECT_EQ(line.settings[1].serviceId, "modbus");
     EXPECT_EQ(line.settings[1].parameter, "port");
     EXPECT_EQ(line.settings[1].value, "0");
     EXPECT_EQ(line.settings[1].option, "--modbus-port 0");

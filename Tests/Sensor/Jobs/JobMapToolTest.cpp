@@ -40,10 +40,10 @@ protected:
         }
     }
     static JobCommand Map(const std::string& format = "table", const std::string& name = "demo") {
-        return {.action = Action::Map, .name = name, .service = "modbus", .format = format};
+        return {.action = Action::Map, .name = name, .serviceId = "modbus", .format = format};
     }
     static JobCommand Edit(const std::string& command, const std::string& document, const std::string& name = "demo") {
-        return {.action = Action::Edit, .name = name, .service = "modbus", .edit = command, .document = document};
+        return {.action = Action::Edit, .name = name, .serviceId = "modbus", .edit = command, .document = document};
     }
     json Stored() const {
         const auto bytes = ArchiveFile(PathOf("demo")).Read().at("controls/modbus/config.json");
@@ -115,7 +115,7 @@ TEST_F(JobMapToolTest, TellsWhatIsNotThere) {
         << Refusal(Map("table", "gone"));
     EXPECT_EQ(Refusal(Map("table", "../demo")).find("jobs map ../demo modbus: '../demo' is not a job name"), 0U);
     JobCommand unknown = Map();
-    unknown.service = "abacus";
+    unknown.serviceId = "abacus";
     EXPECT_EQ(Refusal(unknown).find("jobs map demo abacus: there is no service 'abacus'. Expected one of: "), 0U)
         << Refusal(unknown);
     EXPECT_NE(Refusal(unknown).find("modbus"), std::string::npos);

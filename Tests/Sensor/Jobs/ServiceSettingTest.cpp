@@ -9,7 +9,7 @@ namespace {
 
 TEST(ServiceSetting, HasServiceParameterAndValue) {
     const ServiceSetting setting = ServiceSetting::Parse("modbus.port=1502");
-    EXPECT_EQ(setting.service, "modbus");
+    EXPECT_EQ(setting.serviceId, "modbus");
     EXPECT_EQ(setting.parameter, "port");
     EXPECT_EQ(setting.value, "1502");
     EXPECT_EQ(setting.option, "--set modbus.port=1502");
