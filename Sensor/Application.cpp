@@ -20,10 +20,10 @@ namespace Sensor {
 
 namespace {
 
-/// How long an end may take from the signal on.
+/// How long the program may take to end after the signal.
 constexpr std::chrono::milliseconds Patience{1800};
 
-/// How long clients may see that their restart was done.
+/// How long clients can read that their restart has succeeded.
 constexpr std::chrono::microseconds RestartDelay{100'000};
 
 Scan::Recording ReadInput(const CommandLine& commandLine) {

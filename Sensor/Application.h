@@ -17,24 +17,24 @@
 
 namespace Sensor {
 
-/// The virtual sensor. For one thread, which becomes the main loop's and mustn't have made others.
+/// The virtual sensor. For one thread, which becomes the main loop's. It must be the program's only thread so far.
 class Application {
 public:
-    /// Reads the input. Throws a StartError. `out` gets what the user is told and must outlive this.
+    /// Reads the input. Throws a StartError. Messages for the user are printed to `out`, which must outlive this.
     Application(const CommandLine& commandLine, std::ostream& out);
     /// Stops the scan, then the services.
     ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    /// A supervisor is asked to start the program again.
+    /// The exit status that asks a supervisor to start the program again.
     static constexpr int RestartStatus = 75;
 
-    /// Starts the services, then the scan, and returns once SIGINT or SIGTERM has come, with 0, or a client has asked
-    /// for a restart, with RestartStatus. Throws a StartError for what the user asked for and can't have.
+    /// Starts the services, then the scan. Returns 0 after SIGINT or SIGTERM, and RestartStatus after a client's
+    /// restart command. Throws a StartError when something that the user requested can't be done.
     int Run();
 
-    /// Once Run has created them. For the main loop's thread.
+    /// For the main loop's thread, after Run has created them.
     VorControl::IControlManager& Services() { return host.Services(); }
 
 private:
@@ -44,7 +44,7 @@ private:
     void ApplySettings();
     void PrepareJob();
     void LoadJob();
-    /// Those that the user asked for, with the settings that the user gave.
+    /// Enables the services of the command line, with its settings.
     void EnableServices();
     void ReportStart();
     void StartScan();

@@ -21,7 +21,7 @@ constexpr double MaxFrameRate = 100000;
 constexpr int MaxPort = 65535;
 constexpr unsigned MaxAlignTime = 3'600'000;
 
-/// The value of an environment variable that names a folder; empty when it isn't set or isn't absolute.
+/// The folder in an environment variable; empty when the variable isn't set or isn't an absolute path.
 std::filesystem::path FolderOf(const char* variable) {
     const char* value = std::getenv(variable);
     const std::filesystem::path folder = value == nullptr ? "" : value;
@@ -38,7 +38,7 @@ std::filesystem::path HomeFolder() {
     return home;
 }
 
-/// Where the XDG base directory specification puts data of the user.
+/// As the XDG base directory specification defines it.
 std::filesystem::path DefaultDataFolder() {
     const std::filesystem::path data = FolderOf("XDG_DATA_HOME");
     if (!data.empty()) {
@@ -150,7 +150,7 @@ void RequireValue(const CLI::App& app, const char* name, const std::string& valu
     }
 }
 
-/// Jobs need no option of the sensor but the folder of data, and those that need its services that of plug-ins.
+/// For a job command only --data is accepted, and --plugins and --verbose for one that uses the services.
 void RefuseSensorOptions(const CLI::App& app, const Jobs::JobCommand& command) {
     for (const CLI::Option* option : app.get_options()) {
         const bool isPlugins = option->check_lname("plugins") || option->check_lname("verbose");

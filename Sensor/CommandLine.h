@@ -12,13 +12,13 @@
 
 namespace Sensor {
 
-/// What the user asked for, with the defaults filled in.
+/// The options of the user, with the defaults filled in.
 struct CommandLine {
     std::filesystem::path dataFolder;
     std::filesystem::path pluginFolder;
-    /// Whether the user named the folder.
+    /// Whether the folder is an option of the user, not the default.
     bool pluginFolderGiven = false;
-    /// Empty: the one that suits the input.
+    /// Empty: the job for the kind of the input.
     std::string job;
     /// Empty: the generated part.
     std::filesystem::path recording;
@@ -28,11 +28,11 @@ struct CommandLine {
     Scan::TriggerMode trigger = Scan::TriggerMode::Time;
     Scan::ScannerAlignment::Settings alignment = {.time = std::chrono::milliseconds(200)};
     bool verbose = false;
-    /// In the order in which they hold: a later one wins.
+    /// A later setting of a parameter replaces an earlier one.
     std::vector<Jobs::ServiceSetting> settings;
-    /// Services to start at first although the job leaves them disabled.
+    /// Services to enable at the start, even if the job disables them.
     std::vector<std::string> enable;
-    /// To be run instead of the sensor.
+    /// The command to run instead of the sensor.
     std::optional<Jobs::JobCommand> jobCommand;
     /// Text to print instead of running: the help or the version.
     std::string answer;

@@ -13,7 +13,7 @@ namespace {
 
 using VorPipe::PipeDataType;
 
-/// A data source that has a name of its own for users.
+/// A data source with a display name.
 struct Known {
     std::string_view name;
     const char* displayName;

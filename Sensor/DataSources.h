@@ -10,7 +10,7 @@ namespace Scan {
 struct Recording;
 }
 
-/// The data sources of a recording, in the order in which a result set holds them, with names for users.
+/// The data sources of a recording with their display names, in the order of the items of a result set.
 std::vector<VorPipe::PipeOutput> DataSourcesOf(const Scan::Recording& recording);
 
 } // namespace Sensor

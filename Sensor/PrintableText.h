@@ -4,13 +4,13 @@
 
 namespace Sensor {
 
-/// The text with a question mark in place of each control character, of which a job's texts may hold some.
+/// Replaces each control character with a question mark. The texts of a job may contain control characters.
 std::string PrintableText(std::string text);
 
-/// The text, filled up with spaces to a number of characters. It is UTF-8.
+/// Appends spaces to a text in UTF-8, up to `width` characters.
 std::string PaddedText(const std::string& text, std::size_t width);
 
-/// Characters of a text in UTF-8.
+/// The number of characters of a text in UTF-8.
 std::size_t TextWidth(const std::string& text);
 
 } // namespace Sensor

@@ -34,7 +34,7 @@ bool Offers(const VorPlugin::PluginLib& library, const std::string& typeName) {
     return std::find(names.begin(), names.end(), typeName) != names.end();
 }
 
-/// The reason in an entry of the log by which a service tells that its start failed; empty for other entries.
+/// The reason in the log entry for the failed start of a service; empty for another entry.
 std::string StartFailure(const Vor::LogRecord& record, const std::string& serviceId) {
     const std::string begin = "Protocol (" + serviceId + ") failed to start (";
     const std::string end = ").";

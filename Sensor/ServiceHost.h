@@ -20,50 +20,50 @@ namespace Sensor {
 
 class VirtualSensor;
 
-/// What the services live in: the objects of the platform, the plug-ins and the control module. For the main loop's
-/// thread.
+/// Owns the services, with the plug-ins, the control module and the objects of the platform that they need. For the
+/// main loop's thread.
 class ServiceHost {
 public:
     struct Settings {
         std::filesystem::path dataFolder;
         std::string job;
         VorCommon::PersistManager::StoreDecorator decorateStore = nullptr;
-        /// As PersistManager::Environ::jobLoaded.
+        /// See PersistManager::Environ::jobLoaded.
         std::function<void(const std::string& fileName)> jobLoaded = nullptr;
     };
 
-    /// The sensor is borrowed. Throws a Vor::Exception.
+    /// `sensor` must outlive this. Throws a Vor::Exception.
     ServiceHost(Settings settings, VirtualSensor& sensor);
     /// Stops every service.
     ~ServiceHost();
     ServiceHost(const ServiceHost&) = delete;
     ServiceHost& operator=(const ServiceHost&) = delete;
 
-    /// Opens the plug-ins of a folder; those that are refused are told by Plugins(). Throws a Vor::Exception when the
-    /// folder can't be read.
+    /// Loads the plug-ins of a folder. Plugins().Refusals() lists those that can't be loaded. Throws a Vor::Exception
+    /// when the folder can't be read.
     void LoadPlugins(const std::filesystem::path& folder);
     VorPlugin::PluginManager& Plugins() { return plugins; }
 
-    /// A sentence for each service type of a plug-in whose name an earlier one has taken.
+    /// A sentence for each service type that is left out because an earlier plug-in has a type of the same name.
     std::vector<std::string> DuplicateTypeNames() const;
 
-    /// Creates the services, none of which is started. A plug-in whose service can't be created is named in the log and
-    /// left out. Throws a Vor::Exception.
+    /// Creates the services without starting them. A plug-in whose service can't be created is unloaded, and logged for
+    /// the user. Throws a Vor::Exception.
     void CreateServices();
-    /// Once the services are created.
+    /// After CreateServices.
     VorControl::IControlManager& Services() { return module->Manager(); }
     VorCommon::PersistManager& Persistence() { return persistence; }
 
     /// Loads the workspace and the job, which starts the enabled services. Throws a Vor::Exception when a file can't be
     /// read.
     void LoadDomains();
-    /// Why a service, by id, failed to start in LoadDomains; it isn't here when it didn't.
+    /// The services that failed to start in LoadDomains, by id, with the reason.
     const std::map<std::string, std::string>& StartFailures() const { return startFailures; }
 
     void StopServices();
 
 private:
-    /// The assembly of the control library, as long as it lives.
+    /// A reference to the assembly of the control library.
     class Assembly {
     public:
         Assembly();

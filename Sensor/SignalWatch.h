@@ -8,19 +8,19 @@
 
 namespace Sensor {
 
-/// Catches SIGINT and SIGTERM on a thread of its own, named "Signals". To be made before any other thread, so that none
-/// of them takes the signals instead.
+/// Handles SIGINT and SIGTERM on a thread of its own, named "Signals". Construct it before any other thread is started,
+/// so that the signals are blocked in all of them.
 class SignalWatch {
 public:
-    /// `stop` is called once, at the first of the signals; `overdue` when the watch still lives `patience` later. Both
-    /// run on the thread of the watch. Throws a Vor::Exception.
+    /// `stop` is called once, at the first signal, and `overdue` when this still exists `patience` later. Both are
+    /// called on the thread "Signals". Throws a Vor::Exception.
     SignalWatch(std::function<void()> stop, std::chrono::milliseconds patience, std::function<void()> overdue);
-    /// Waits for a call that is running, and lets the signals through again.
+    /// Waits for the end of a running call, and unblocks the signals.
     ~SignalWatch();
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
 
-    /// Does what a signal does. From any thread.
+    /// Has the effect of a signal. For any thread.
     void Trigger();
 
 private:
@@ -37,7 +37,7 @@ private:
         int descriptor;
     };
 
-    /// Keeps the signals from the calling thread, and from those that it makes, while it lives.
+    /// Blocks the signals in the calling thread, and in the threads that it starts, during its lifetime.
     class Block {
     public:
         Block();
@@ -52,6 +52,7 @@ private:
     };
 
     yStatus Run();
+    /// Returns whether a signal has arrived. `ending` is set when the destructor runs.
     bool WaitForSignal(int timeoutMilliseconds, bool& ending);
 
     const std::function<void()> stop;

@@ -16,25 +16,25 @@ class IControlManager;
 
 namespace Sensor {
 
-/// Tells the user at start what the sensor does, a line at a time, each flushed. Control characters, which a job's
-/// texts may hold, are printed as question marks.
+/// Prints what the sensor does for the user, and flushes each line. Control characters, which the texts of a job may
+/// contain, are printed as question marks.
 class StartReport {
 public:
     explicit StartReport(std::ostream& out);
 
     void PrintLine(const std::string& text);
 
-    /// Frames, rows and pace of the input, which `name` names.
+    /// Prints frames, rows and frame rate of the input, whose name is `name`.
     void PrintInput(const std::string& name, const Scan::Recording& recording, const Scan::Scanner::Settings& scan);
 
-    /// A line for each service: its state, where it is found, and why it failed, by its own words or else by those of
-    /// `startFailures`, which holds reasons by id.
+    /// Prints a line for each service: its status, its address, and why it failed. The reason is the service's property
+    /// `failure`, or else that of `startFailures`, by id.
     void PrintServices(VorControl::IControlManager& manager, const std::map<std::string, std::string>& startFailures);
 
-    /// A table for each register assembly of an enabled service, then a line for each of its data sources that isn't
-    /// among `dataSources`.
+    /// Prints a table for each register assembly of the enabled services, and a line for each of its data sources that
+    /// isn't in `dataSources`.
     void PrintMaps(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
-    /// As Maps, without the tables.
+    /// As PrintMaps, without the tables.
     void PrintMissingSources(VorControl::IControlManager& manager, const std::vector<std::string>& dataSources);
 
 private:
@@ -45,7 +45,7 @@ private:
         std::string displayName;
     };
 
-    /// The rows of a register assembly of an instance.
+    /// Prints the rows of a register assembly.
     using RowsFunction = std::function<void(VorControl::IControlInstance& instance, const std::string& assembly,
                                             const std::vector<Row>& rows)>;
 

@@ -14,7 +14,7 @@ bool IsOf(const Vor::LogRecord& record, std::uint64_t level) {
     return (record.level & level & 0xFF) != 0;
 }
 
-/// Developers find these in the verbose log.
+/// Entries for developers, which only the verbose log contains.
 bool IsDetail(const Vor::LogRecord& record) {
     const bool user = (record.level & Vor::LevelUserFlag) != 0;
     const bool serious = IsOf(record, Vor::LevelWarning) || IsOf(record, Vor::LevelError);
@@ -26,7 +26,7 @@ void WriteLine(const Vor::LogRecord& record) {
         return;
     }
     const char* kind = IsOf(record, Vor::LevelError) ? "error: " : IsOf(record, Vor::LevelWarning) ? "warning: " : "";
-    // One piece, so that lines of several threads don't mix.
+    // One write, so that the lines of several threads don't mix.
     std::cerr << kind + record.text + "\n";
 }
 

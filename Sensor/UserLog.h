@@ -5,11 +5,11 @@
 
 namespace Sensor {
 
-/// While it lives, the log tells users what they should know, a line an entry on stderr: warnings, errors and the
-/// user's log. With `verbose` it tells developers everything.
+/// During its lifetime the entries for users, which are warnings, errors and the user log, are printed to stderr, one
+/// line an entry. With `verbose` all entries are printed, in the format for developers.
 class UserLog {
 public:
-    /// While it lives, users are told nothing: whatever fails becomes an error of its own.
+    /// During its lifetime nothing is logged for users, since each failure is reported otherwise.
     class Silence {
     public:
         explicit Silence(const UserLog& log);

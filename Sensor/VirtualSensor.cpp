@@ -39,7 +39,7 @@ Scan::ScannerActions::Environ VirtualSensor::ActionsEnviron() {
             .state = [this] { return scanner.State(); }};
 }
 
-// A service that fails at the event doesn't keep the sensor from being restored.
+// The sensor is restored even if a service fails at the event.
 void VirtualSensor::RestoreFactory() {
     try {
         factoryRestore.Raise();

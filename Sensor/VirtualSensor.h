@@ -16,31 +16,32 @@
 
 namespace Sensor {
 
-/// The sensor that services drive: its scan with the data sources, its scan engine and its core. For the main loop.
+/// The sensor that the services control: its scan with the data sources, its scan engine and its core. For the main
+/// loop's thread.
 class VirtualSensor {
 public:
     struct Settings {
         Scan::Scanner::Settings scan = {};
         Scan::ScannerAlignment::Settings alignment = {};
-        /// On these the core measures the storage.
+        /// Whose storage the core measures.
         std::vector<std::string> storageFolders = {};
-        /// Gets what the user is told, a line at a time.
+        /// Prints a line for the user.
         std::function<void(const std::string& line)> print = [](const std::string&) {};
-        /// What a factory restore does once its event is raised.
+        /// Called by a factory restore after its event.
         std::function<void()> factoryRestore = [] {};
         std::function<void()> restart = [] {};
     };
 
-    /// The recording is borrowed. Throws a Vor::Exception as Scanner does.
+    /// `recording` must outlive this. Throws what Scanner throws.
     VirtualSensor(const Scan::Recording& recording, Settings settings);
-    /// Stops the scan, without its event.
+    /// Stops the scan without raising the event.
     ~VirtualSensor() = default;
     VirtualSensor(const VirtualSensor&) = delete;
     VirtualSensor& operator=(const VirtualSensor&) = delete;
 
     VorCore::ResultHub& Hub() { return hub; }
     VorCore::Core& Core() { return core; }
-    /// Knows all data sources of the recording, as long as this lives.
+    /// Contains all data sources of the recording.
     VorPipe::PipeManager& Pipe() { return pipe; }
     VorScan::Internal::ScanEngineManager& ScanEngines() { return scanEngines; }
 

@@ -27,7 +27,7 @@ void RunJobCommand(const Sensor::CommandLine& commandLine) {
 } // namespace
 
 int main(int argc, char** argv) {
-    // Whoever reads the output may go, and the sensor goes on.
+    // The sensor keeps running when the reader of its output ends.
     std::signal(SIGPIPE, SIG_IGN);
     try {
         const Sensor::CommandLine commandLine = Sensor::CommandLine::Parse(argc, argv);

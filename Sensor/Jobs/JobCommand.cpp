@@ -18,7 +18,7 @@ void AddForce(CLI::App& app, JobCommand& command) {
     app.add_flag("--force", command.force, "Replace what exists already (default: refuse)");
 }
 
-/// What map and edit have in common.
+/// The arguments that map and edit have in common.
 void AddMap(CLI::App& app, JobCommand& command) {
     app.add_option("NAME", command.name, "The job")->required()->type_name("");
     app.add_option("SERVICE", command.serviceId, "The service, such as modbus")->required()->type_name("");

@@ -8,36 +8,36 @@ class App;
 
 namespace Sensor::Jobs {
 
-/// What a user wants done with the jobs of a data folder.
+/// A command of the user for the jobs of a data folder.
 struct JobCommand {
     enum class Action { List, Show, Copy, Export, Import, Map, Edit };
 
     Action action = Action::List;
-    /// Of the job that is shown, copied, exported, edited or made. Empty for an import: that of the file.
+    /// The job. May be empty for an import: then the job has the name of the file.
     std::string name = {};
-    std::string copyName = {};
-    /// Where to or from a job is exported or imported.
+    std::string copyName = {}; ///< of the new job of a copy
+    /// The file of an export or import.
     std::string file = {};
     bool force = false;
     bool json = false;
 
-    /// Whose map is shown or edited.
+    /// The service of a map or edit.
     std::string serviceId = {};
     /// "table", "csv" or "json".
     std::string format = "table";
-    /// Of several; empty when none was named.
+    /// Which assembly of a service with several; may be empty.
     std::string assembly = {};
-    /// The output map, and no assembly.
+    /// The output map instead of an assembly.
     bool outputs = false;
-    /// The command of an edit, and what it is given in JSON.
+    /// The command of an edit, and its parameters in JSON.
     std::string edit = {};
     std::string document = "{}";
 
-    /// Adds "jobs" with its own commands to the command line. `command` is set when one of them is there, and must live
-    /// as long as the command line.
+    /// Adds "jobs" with its own commands to the command line. Parsing one of them sets `command`, which must outlive
+    /// `app`.
     static CLI::App& Define(CLI::App& app, JobCommand& command);
 
-    /// As the user wrote it, without options, for errors.
+    /// The command without its options, for errors.
     std::string Text() const;
 };
 

@@ -8,14 +8,14 @@
 
 namespace Sensor::Jobs {
 
-/// What a job's file holds.
+/// The content of a job's file.
 struct JobContent {
     struct Entry {
         std::string name;
         std::size_t size; ///< bytes
     };
 
-    /// A service's configuration, as far as its file tells.
+    /// A service's configuration. What its file doesn't contain has no value.
     struct Service {
         std::string id;
         std::optional<bool> enabled;
@@ -30,15 +30,15 @@ struct JobContent {
     std::vector<Entry> entries;
     std::vector<Service> services;
 
-    /// Reads a job's file as the sensor does that loads it. Throws a Vor::Exception that names file, entry and reason.
+    /// Reads a job's file as a sensor does. Throws a Vor::Exception that names file, entry and reason.
     static JobContent Read(const std::string& path);
 
     nlohmann::json ToJson() const;
 };
 
-/// The name of a job by that of its file.
+/// The name of a job from the name of its file.
 std::string JobNameOf(const std::string& fileName);
-/// When the file was changed, in local time, as "2026-01-31 23:59:59"; empty when it can't be told.
+/// When the file was changed, in local time, as "2026-01-31 23:59:59"; empty when the file can't be read.
 std::string ModificationTime(const std::string& path);
 
 } // namespace Sensor::Jobs

@@ -25,7 +25,7 @@ void Print(const MapText& map, const std::string& format, std::ostream& out) {
     }
 }
 
-/// What the user may do about it.
+/// A hint for the user how to continue after a failure.
 const char* AdviceOn(yStatus status) {
     return status == yERROR_NOT_FOUND ? " jobs list tells the jobs, jobs map what a map holds." : "";
 }

@@ -7,15 +7,15 @@
 
 namespace Sensor::Jobs {
 
-/// Shows and edits the maps that services have in the jobs of a data folder, through the services of the plug-ins,
-/// whether a sensor runs or not. An edit is done whole, or the job stays as it was.
+/// Prints and edits the maps of services in the jobs of a data folder. It uses the services of the plug-ins, and works
+/// whether a sensor runs or not. When an edit fails, the job isn't changed.
 class JobMapTool {
 public:
-    /// `out` gets what the user asked for, `notes` what else is to be told; both must outlive this.
+    /// Results are printed to `out`, and notes about the load of the job to `notes`. Both must outlive this.
     JobMapTool(const std::filesystem::path& dataFolder, std::filesystem::path pluginFolder, std::ostream& out,
                std::ostream& notes);
 
-    /// Whether the command is one for this, and not for JobTool.
+    /// Whether the command is for this class, not for JobTool.
     static bool IsFor(const JobCommand& command);
 
     /// Throws a StartError that names the command and the reason.

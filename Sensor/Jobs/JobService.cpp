@@ -31,7 +31,7 @@ constexpr const char* SectionKey = "vor:control";
 constexpr const char* EnabledKey = "enabled";
 constexpr const char* FileVersion = "1";
 
-/// What users and developers were told that isn't good news, each text once.
+/// The messages for users and the errors in a log, each text once.
 std::vector<std::string> MessagesIn(const Vor::LogCapture& log) {
     std::vector<std::string> texts;
     for (const Vor::LogRecord& record : log.Records()) {
@@ -52,7 +52,7 @@ std::string Joined(const std::vector<std::string>& texts) {
     return all;
 }
 
-/// What a failure says, and what was told on the way to it.
+/// The text of a failure, followed by the messages that were logged before it.
 std::string Reason(const Vor::Exception& failure, std::vector<std::string> messages) {
     if (!failure.HasText()) {
         return messages.empty() ? Vor::Format("it failed with status %d.", failure.Status())
@@ -63,7 +63,7 @@ std::string Reason(const Vor::Exception& failure, std::vector<std::string> messa
     return text + Joined(messages);
 }
 
-/// Ends an update of a map, whatever becomes of it.
+/// Calls `end` after `update`, also when that throws.
 template <class Update, class End>
 void Bracketed(const Update& update, const End& end) {
     try {
@@ -109,7 +109,7 @@ void JobService::Load() {
     }
 }
 
-// Settings from before there were versions are taken for those of the service.
+// Settings without versions, from before versions existed, are loaded as if they had the service's present versions.
 void JobService::AddMissingVersions(json& section) const {
     const auto list = section.find(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
     if (list == section.end() || !list->is_array() ||

@@ -17,34 +17,34 @@ namespace Sensor::Jobs {
 
 class OfflineServices;
 
-/// One service with the settings that a job's file has for it: its maps can be read and edited, and saved in the job.
+/// One service with its settings from a job's file. Its maps can be read and edited, and saved in the job.
 class JobService {
 public:
-    /// Which of the service's maps is meant.
+    /// Selects maps of the service.
     struct Selection {
-        std::string assembly = {}; ///< empty: the only one, or all
+        std::string assembly = {}; ///< the id; empty: the only one, or all
         bool outputs = false;      ///< the output map instead
     };
 
-    /// Loads the settings, also those of a disabled service. Throws a Vor::Exception when the job can't be loaded,
-    /// holds nothing of the service, or what it holds can't be applied.
+    /// Loads the settings, also those of a disabled service. Throws a Vor::Exception when the job can't be loaded, has
+    /// no settings of the service, or the settings can't be applied.
     JobService(OfflineServices& services, const std::string& jobPath, const std::string& serviceId);
 
     VorControl::IControlInstance& Instance() { return instance; }
-    /// What the user should know of the load: what it left out or has upgraded.
+    /// Messages for the user about the load: what was left out or upgraded.
     const std::vector<std::string>& Notes() const { return notes; }
 
-    /// The assemblies that are meant. Throws yERROR_PARAMETER when the service hasn't that one.
+    /// The ids of the selected assemblies. Throws yERROR_PARAMETER when the service doesn't have the selected one.
     std::vector<std::string> Assemblies(const Selection& selection) const;
-    /// Whether the output map is meant, because it is selected or is the only map. Throws yERROR_PARAMETER when it is
-    /// selected and the service has none.
+    /// Whether the output map is selected, or is the only map. Throws yERROR_PARAMETER when it is selected and the
+    /// service has none.
     bool IsOutputs(const Selection& selection) const;
 
-    /// Runs an edit command of the map that is selected. Throws a Vor::Exception, with what the library says, when the
-    /// command isn't known, its document isn't taken or the edit fails; Save would then keep what was done of it.
+    /// Runs an edit command on the selected map. Throws a Vor::Exception with the library's messages when the command
+    /// is unknown, `document` isn't valid, or the edit fails. A failed edit may be incomplete: don't call Save then.
     void Edit(const Selection& selection, const std::string& command, const nlohmann::json& document);
 
-    /// Puts the settings into the job's file; whether the service is enabled stays. Throws a Vor::Exception.
+    /// Writes the settings to the job's file. Whether the service is enabled isn't changed. Throws a Vor::Exception.
     void Save();
 
 private:

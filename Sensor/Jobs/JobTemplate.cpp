@@ -33,7 +33,7 @@ json Block(const char* type, const std::string& displayName, unsigned registerCo
             {"registerCount", registerCount}, {"outputId", address}, {"dataSource", dataSource}};
 }
 
-/// One of the blocks by which a client drives the sensor.
+/// One of the blocks by which a client controls the sensor.
 json Block(const char* type, const char* displayName, unsigned registerCount, unsigned address) {
     return {{"version", BlockVersion},
             {"type", type},
@@ -80,7 +80,7 @@ json DemoValuesBlocks(const Scan::Recording& recording) {
     return blocks;
 }
 
-/// A service that runs with one assembly, of registers at addresses or of numbered blocks.
+/// An enabled service with one assembly, of registers at addresses or of numbered blocks.
 json Section(json parameters, json blocks, bool isGlobalAddressSpaceUsed) {
     constexpr const char* AssemblyId = "registerAssembly-0";
     json assembly = {{"attributes",
@@ -97,7 +97,7 @@ json Section(json parameters, json blocks, bool isGlobalAddressSpaceUsed) {
             {"registerAssemblyVersionList", json::array({{{"id", AssemblyId}, {"version", "1"}}})}};
 }
 
-/// The port is one that needs no privilege; values of several registers have their high word first.
+/// The port needs no privilege; values of several registers have their high word first.
 json ModbusParameters() {
     return {{"address", "127.0.0.1"},
             {"port", 1502},

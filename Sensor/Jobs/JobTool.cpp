@@ -21,7 +21,7 @@ ArchiveFile::Existing ExistingOf(const JobCommand& command) {
     return command.force ? ArchiveFile::Existing::Replace : ArchiveFile::Existing::Refuse;
 }
 
-/// What the user may do about it.
+/// A hint for the user how to continue after a failure.
 std::string AdviceOn(yStatus status, JobCommand::Action action) {
     switch (status) {
     case yERROR_NOT_FOUND:

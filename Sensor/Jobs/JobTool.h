@@ -8,10 +8,11 @@
 
 namespace Sensor::Jobs {
 
-/// Works on the jobs of a data folder, whether a sensor uses it or not. A job is made whole, or not at all.
+/// Lists, prints, copies, exports and imports the jobs of a data folder, whether a sensor uses it or not. When a
+/// command fails, no incomplete job is left.
 class JobTool {
 public:
-    /// `out` gets what the user is told and must outlive this.
+    /// Messages for the user are printed to `out`, which must outlive this.
     JobTool(const std::filesystem::path& dataFolder, std::ostream& out);
 
     /// Throws a StartError that names the command, the file and the reason.
@@ -24,7 +25,7 @@ private:
     void Export(const JobCommand& command);
     void Import(const JobCommand& command);
 
-    /// Where the job is or would be.
+    /// The path of a job, whether it exists or not.
     std::string PathOf(const std::string& name) const;
     void PrintText(const JobContent& content);
     void PrintLine(const std::string& text);

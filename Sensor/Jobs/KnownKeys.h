@@ -4,8 +4,8 @@
 
 namespace Sensor::Jobs {
 
-/// Throws yERROR_PARAMETER, with the place and the keys known there, when the document has a key that isn't in `known`,
-/// which holds what the document has been read into.
+/// Throws yERROR_PARAMETER, with the place and the keys known there, when the document has a key that isn't in `known`:
+/// the serialized parameters that the document was read into.
 void RequireKnownKeys(const nlohmann::json& document, const nlohmann::json& known);
 
 } // namespace Sensor::Jobs

@@ -33,7 +33,7 @@ Cells CellsOf(const json& row, const Cells& keys) {
     return cells;
 }
 
-/// The columns that any row has.
+/// The columns for which at least one row has a value.
 Cells KeysOf(const json& rows, const Cells& keys) {
     Cells present;
     for (const std::string& key : keys) {

@@ -17,17 +17,17 @@ class PluginManager;
 
 namespace Sensor::Jobs {
 
-/// The services of the plug-ins without a sensor: none is started, there are no scan results, and nobody persists them.
-/// The calling thread becomes the main loop's.
+/// The services of the plug-ins without a sensor: they aren't started, get no scan results, and aren't saved or loaded
+/// by a persistence manager. The calling thread becomes the main loop's.
 class OfflineServices {
 public:
-    /// The plug-ins are borrowed. Throws a Vor::Exception when a service can't be created.
+    /// `plugins` must outlive this. Throws a Vor::Exception when a service can't be created.
     explicit OfflineServices(VorPlugin::PluginManager& plugins);
     ~OfflineServices();
     OfflineServices(const OfflineServices&) = delete;
     OfflineServices& operator=(const OfflineServices&) = delete;
 
-    /// Throws a Vor::Exception that names the services there are when there is no such one.
+    /// Throws a Vor::Exception that lists the known services when the service is unknown.
     VorControl::IControlInstance& Get(const std::string& serviceId);
 
 private:

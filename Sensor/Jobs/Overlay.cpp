@@ -36,7 +36,7 @@ std::shared_ptr<Vor::Params::Group> ParamsOf(const ServiceSetting& setting, VorC
     }
 }
 
-/// The text as a value of the kind that the parameter has now.
+/// The text as a value of the same kind as the parameter's present value.
 nlohmann::json ValueOf(const ServiceSetting& setting, const nlohmann::json& current) {
     if (current.is_string()) {
         return setting.value;

@@ -14,7 +14,7 @@ class IControlManager;
 
 namespace Sensor::Jobs {
 
-/// Values that stand for those of a job as long as the program runs.
+/// Parameter values that replace those of the job as long as the program runs.
 class Overlay {
 public:
     /// The overlaid parameters of a service.
@@ -24,15 +24,15 @@ public:
         std::map<std::string, nlohmann::json> values;
     };
 
-    /// Adds a setting, in place of an earlier one of the same parameter. Its text is read as what the parameter is: a
-    /// number, true or false, a text, or any JSON for the rest. Throws a StartError that names the option for an
-    /// unknown service or parameter and for a value that the parameter doesn't take.
+    /// Adds a setting, which replaces an earlier one of the same parameter. Its text is parsed by the kind of the
+    /// parameter: a number, true or false, a text, or JSON for all others. Throws a StartError that names the option
+    /// for an unknown service or parameter and for an invalid value.
     void Add(const ServiceSetting& setting, VorControl::IControlManager& manager);
 
-    /// Gives a service that isn't started its overlaid values, since its job has no file of it.
+    /// Applies the overlaid values to a service that isn't started and has no file in the job.
     void Apply(VorControl::IControlInstance& instance) const;
 
-    /// Null for a service of which nothing is overlaid. `path` is that of the service's file in its store.
+    /// Null for a service without overlaid values. `path` is the path of the service's file in the job.
     const Service* Find(const std::string& path) const;
     bool IsEmpty() const { return services.empty(); }
 

@@ -14,7 +14,7 @@ constexpr const char* SectionKey = "vor:control";
 constexpr const char* ParametersKey = "parameters";
 constexpr const char* VersionKey = "parametersVersion";
 
-/// The document, or nothing when it isn't a service's file.
+/// The document, or nothing when the bytes aren't a service's file.
 std::optional<nlohmann::json> ServiceDocument(const void* bytes, std::size_t size) {
     try {
         nlohmann::json document = Vor::ParseJson(static_cast<const char*>(bytes), size);

@@ -5,13 +5,12 @@
 
 namespace Sensor::Jobs {
 
-/// Shows the files of services with the overlaid parameters in place of the stored ones, and writes them with the
-/// stored ones again, so that a job isn't changed by what the user set on the command line. A parameter that has got
-/// another value than the overlaid one meanwhile is written as it is. A file that isn't a service's is left alone, and
-/// so is one that can't be read: its reader tells why.
+/// Reads the files of services with the overlaid parameters instead of the stored ones, and writes them with the stored
+/// ones, so that the settings of the command line don't change the job. A parameter whose value was changed meanwhile
+/// is written as it is. Other files, and files that can't be parsed, pass through unchanged.
 class OverlayStore : public VorCommon::IPersistStore {
 public:
-    /// Both are borrowed.
+    /// Both must outlive this.
     OverlayStore(VorCommon::IPersistStore& store, const Overlay& overlay);
 
     VorCommon::PersistBuffer Read(const std::string& path) const override;

@@ -4,7 +4,7 @@
 
 namespace Sensor::Jobs {
 
-/// A parameter of a service that the user sets on the command line.
+/// The value of a service's parameter from the command line.
 struct ServiceSetting {
     /// As the user wrote it, for errors.
     std::string option;

@@ -2,7 +2,7 @@
 
 namespace Sensor::Scan {
 
-/// How alignments end, if they do.
+/// How alignments end.
 enum class AlignOutcome { Succeed, Fail, Never };
 
 } // namespace Sensor::Scan

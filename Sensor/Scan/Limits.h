@@ -4,7 +4,7 @@
 
 namespace Sensor::Scan {
 
-/// The range in which a measurement is good, both ends included. Without an end given, everything is.
+/// The range of accepted values, including both ends. By default every value is accepted.
 struct Limits {
     double least = -std::numeric_limits<double>::infinity();
     double greatest = std::numeric_limits<double>::infinity();

@@ -9,7 +9,7 @@ namespace {
 constexpr int FrameCount = 120;
 constexpr int PointCount = 161;
 
-/// Whole numbers of micrometres throughout, so that no rounding depends on the machine.
+/// Lengths are whole micrometres, so that the result doesn't depend on the machine's rounding.
 constexpr int Left = -20000;
 constexpr int Pitch = 250;
 constexpr int Belt = -1500;

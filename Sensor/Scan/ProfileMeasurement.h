@@ -8,18 +8,15 @@
 
 namespace Sensor::Scan {
 
-/// What the tools measure of one profile, in millimetres.
+/// The measurements of one profile, in millimetres.
 struct ProfileMeasurement {
-    /// Of z.
-    double max;
-    double min;
-    /// The arithmetic mean of z.
-    double mean;
-    /// Greatest minus least x of the points with z above 0; none without such a point.
-    std::optional<double> width;
-    std::size_t count;
+    double max;                  ///< of z
+    double min;                  ///< of z
+    double mean;                 ///< the arithmetic mean of z
+    std::optional<double> width; ///< greatest minus least x of the points with z above 0, if there are any
+    std::size_t count;           ///< of points
 
-    /// `points` holds at least one.
+    /// `points` has at least one element.
     static ProfileMeasurement Of(const std::vector<Point>& points);
 };
 

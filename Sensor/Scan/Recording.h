@@ -19,7 +19,7 @@ struct NamedValue {
     double value;
 };
 
-/// What one scan saw: points in a recording of profiles, at least one; values in a recording of named values, each
+/// One scan. In a recording of profiles it has at least one point; in a recording of named values it has values, each
 /// name at most once.
 struct Frame {
     std::vector<Point> points;
@@ -28,7 +28,7 @@ struct Frame {
 
 enum class RecordingKind { Profiles, Values };
 
-/// The input of a scan, unchanged once it is made.
+/// The input of a scan.
 struct Recording {
     RecordingKind kind = RecordingKind::Profiles;
     /// The names of a recording of named values, in order of first appearance.

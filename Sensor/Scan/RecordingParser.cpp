@@ -21,7 +21,7 @@ constexpr std::string_view ValuesHeader = "frame,name,value";
 constexpr std::string_view ReservedName = "stamp";
 constexpr std::size_t MaxQuotedBytes = 40;
 
-/// `field` for an error message: cut to a readable length and free of what would spoil a terminal.
+/// `field` for an error message: shortened, and without characters that a terminal would interpret.
 std::string Quoted(std::string_view field) {
     std::string text = "\"";
     for (const char character : field.substr(0, MaxQuotedBytes)) {

@@ -12,12 +12,12 @@
 namespace Sensor::Scan {
 
 /// Reads a recording: comma-separated text with one header line, `frame,x,z` (a point a row, millimetres) or
-/// `frame,name,value` (a named value a row). Rows of a frame stand together and frames ascend; what their numbers skip
-/// is no frame. Lines end with LF or CR LF, fields are unquoted, no value is named "stamp", a byte order mark is
-/// skipped. Whatever isn't exactly that is refused whole, with a StartError of the form "FILE, line N: reason".
+/// `frame,name,value` (a named value a row). The rows of a frame are together, and frame numbers ascend, possibly with
+/// gaps. Lines end with LF or CR LF, fields are unquoted, no value is named "stamp", a byte order mark is skipped.
+/// Everything else is refused with a StartError of the form "FILE, line N: reason".
 class RecordingParser {
 public:
-    /// Each of these is refused when it is exceeded.
+    /// A recording that exceeds one of these limits is refused.
     static constexpr std::size_t MaxFileBytes = 64U << 20;
     static constexpr std::size_t MaxFrames = 1000000;
     static constexpr std::size_t MaxLineBytes = 1024;
@@ -26,7 +26,7 @@ public:
 
     static Recording ReadFile(const std::filesystem::path& file);
 
-    /// `file` only names the text in errors.
+    /// `file` is the name of the text in errors.
     static Recording Parse(std::string_view text, const std::string& file);
 
 private:
@@ -51,7 +51,7 @@ private:
     std::size_t lineNumber = 0;
     std::uint64_t frameNumber = 0;
     std::unordered_map<std::string_view, std::uint32_t> nameIndices;
-    /// By name: the count of frames when it was last seen.
+    /// For each name the number of frames when it was read last, to find it twice in one frame.
     std::vector<std::size_t> lastSeen;
     Recording recording;
 };

@@ -32,7 +32,7 @@ std::uint16_t TypeOf(std::string_view source) {
     return source == ProfileText ? ResultInfo_TypeString : ResultInfo_TypeMeasurement;
 }
 
-/// Appends a message as a result of the source that `info` tells of.
+/// Appends a message as a result of the source that `info` describes.
 void Append(ResultSet set, Vor::Object message, Vor::Object info) {
     Vor::Object record;
     Vor::ThrowIfFailed(yMsgInfo_Construct(record.Out(), message.Get(), 0, 0));

@@ -11,26 +11,26 @@
 
 namespace Sensor::Scan {
 
-/// The sensor's tools: makes the result set of a frame, with one item per data source in the order of DataSources().
+/// The sensor's tools: creates the result set of a frame, with one item per data source in the order of DataSources().
 /// A measurement without a value is a null message.
 class ResultSetMaker {
 public:
-    /// What the encoder advances from one frame to the next.
+    /// The encoder's difference from one frame to the next.
     static constexpr std::int64_t EncoderTicksPerFrame = 1000;
 
     explicit ResultSetMaker(const Recording& recording);
 
-    /// The data sources that a recording has: of profiles `profile/max`, `profile/min`, `profile/mean`,
-    /// `profile/width`, `profile/points`, `profile/text`, `profile/stamp`; of named values `values/NAME` for each name,
+    /// The data sources of a recording. Profiles: `profile/max`, `profile/min`, `profile/mean`,
+    /// `profile/width`, `profile/points`, `profile/text`, `profile/stamp`. Named values: `values/NAME` for each name,
     /// then `values/stamp`.
     static std::vector<std::string> DataSources(const Recording& recording);
 
-    /// Sets the limits of a measurement's decision, 1 inside and 0 outside; without limits it is 1. Not while Make
-    /// runs. Throws yERROR_NOT_FOUND for an unknown data source.
+    /// Sets the limits of a measurement's decision, 1 inside and 0 outside. The default has no limits. Don't call it
+    /// while Make runs. Throws yERROR_NOT_FOUND for an unknown data source.
     void SetLimits(const std::string& dataSource, const Limits& limits);
 
-    /// A new ResultSet. `frameIndex` counts the frames of the scan from 0, `time` is microseconds since its start.
-    /// Any thread.
+    /// A new ResultSet. `frameIndex` counts the frames of the scan from 0, `time` is in microseconds since its start.
+    /// For any thread.
     Vor::Object Make(const Frame& frame, std::uint64_t frameIndex, std::uint64_t time) const;
 
 private:

@@ -10,7 +10,7 @@ namespace Sensor::Scan {
 
 namespace {
 
-/// How far the scan may fall behind, as when the machine was suspended, before it gives up catching up.
+/// When the scan is later than this, for instance because the machine was suspended, it doesn't catch up.
 constexpr std::chrono::seconds MaxLag{1};
 
 std::chrono::steady_clock::duration PeriodOf(double frameRate) {

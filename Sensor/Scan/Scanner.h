@@ -25,28 +25,29 @@ public:
     struct Settings {
         /// Frames a second, above 0.
         double frameRate = 10;
-        /// Stand still behind the last frame instead of beginning again.
+        /// Stop making frames after the last one instead of beginning again.
         bool once = false;
-        /// Called once it stands still, on the thread that published the last frame. May be empty.
+        /// Called after the last frame of a recording that is played once, on the thread that published it. May be
+        /// empty.
         std::function<void()> ended = nullptr;
         TriggerMode trigger = TriggerMode::Time;
     };
 
-    /// Recording and hub are borrowed. Throws a Vor::Exception without a frame or with a rate that isn't above 0.
+    /// `recording` and `hub` must outlive this. Throws a Vor::Exception when the recording has no frame or the rate
+    /// isn't above 0.
     Scanner(const Recording& recording, VorCore::ResultHub& hub, Settings settings);
-    /// Stops.
     ~Scanner();
     Scanner(const Scanner&) = delete;
     Scanner& operator=(const Scanner&) = delete;
 
-    /// Begins a scan with the first frame, which is published at once or at the first trigger. Frame index, encoder
-    /// and time count from here. Does nothing while the scan runs.
+    /// Starts a scan with the first frame, which is published at once or at the first trigger. Frame index, encoder and
+    /// time start from 0. Does nothing while the scan runs.
     void Start();
-    /// No frame is published after it returns. Waits no longer than one frame takes to make.
+    /// No frame is published after it returns. Waits at most until the present frame is published.
     void Stop();
 
-    /// Publishes the next frame before it returns. Throws a Vor::Exception yERROR_STATE if frames come by time, if no
-    /// scan runs, or if the scan stands still behind its last frame.
+    /// Publishes the next frame before it returns. Throws yERROR_STATE when frames are made by time, when no scan runs,
+    /// or after the last frame of a recording that is played once.
     void Trigger();
 
     ScannerState State() const;
@@ -57,7 +58,7 @@ private:
     yStatus Run();
     bool SleepUntil(Clock::time_point time);
     bool AtEnd() const;
-    /// Makes the next frame, which comes at `now`.
+    /// Publishes the next frame with the time `now`.
     void PublishNext(Clock::time_point now);
     void NotifyEnd() const;
 
@@ -67,7 +68,7 @@ private:
     const Clock::duration period;
     const ResultSetMaker maker;
 
-    /// Guards `stopping`. Nothing else is locked under it.
+    /// Guards `stopping`. No lock is acquired under it.
     std::mutex mutex;
     std::condition_variable stopRequested;
     bool stopping = false;
@@ -75,8 +76,8 @@ private:
     Vor::NamedThread thread; ///< while a scan by time runs
     bool scanning = false;
     Clock::time_point start;
-    Clock::time_point end; ///< once a scan has stopped
-    /// Frames that the scan has made. Written by the thread that makes them.
+    Clock::time_point end; ///< of the last scan that was stopped
+    /// Frames of the scan so far. Written by the thread that publishes them.
     std::atomic<std::uint64_t> frameCount{0};
 };
 

@@ -17,7 +17,7 @@ const std::string ScannerInfoId = "scannerInfo";
 constexpr const char* BlinkEnabledKey = "ledBlinkEnabled";
 constexpr const char* LightOnKey = "ledLightOn";
 
-/// An action's parameters, of which it has none.
+/// The parameters of an action that has none.
 class NoParameters : public Vor::Properties::Structure {
 public:
     NoParameters()

@@ -14,19 +14,20 @@
 
 namespace Sensor::Scan {
 
-/// The alignment of the virtual scanner with its commands "align" and "clearAlign", which take no parameters and give
-/// an empty result. For the main loop, where all events are raised. An alignment that ends sets the state, tells
+/// The alignment of the virtual scanner with its commands "align" and "clearAlign", which have no parameters and an
+/// empty result. For the main loop, where all events are raised. The end of an alignment sets the state, calls
 /// `stateUpdated`, and raises the completed event, in this order.
 class ScannerAlignment : public VorCommon::ICommandTarget {
 public:
     struct Settings {
-        std::chrono::milliseconds time{1000}; ///< how long an alignment takes; 0 ends it at the next turn of the loop
+        std::chrono::milliseconds time{
+            1000}; ///< how long an alignment takes; with 0 it ends in the next turn of the loop
         AlignOutcome outcome = AlignOutcome::Succeed;
     };
 
     explicit ScannerAlignment(Settings settings);
 
-    /// Called after each change of the state; empty at first.
+    /// Sets a function that is called after each change of the state.
     void SetStateUpdated(std::function<void()> function) { stateUpdated = std::move(function); }
 
     VorScan::AlignState CurrentState() const { return state.Get(); }
@@ -36,8 +37,8 @@ public:
     std::vector<VorCommon::CommandInfo> ListCommands() const override;
     /// Throws yERROR_NOT_FOUND for an unknown command.
     std::shared_ptr<Vor::Params::Group> GetCommandParams(const std::string& id) const override;
-    /// "align" begins an alignment and returns; it throws yERROR_BUSY while one runs. "clearAlign" takes the scanner
-    /// back to not aligned; an alignment that runs ends as failed before the call returns. Throws yERROR_NOT_FOUND for
+    /// "align" begins an alignment and returns; it throws yERROR_BUSY while one runs. "clearAlign" sets the
+    /// state to not aligned; a running alignment fails before the call returns. Throws yERROR_NOT_FOUND for
     /// an unknown command.
     std::shared_ptr<Vor::Params::Group> InvokeCommand(const std::string& id, Vor::Params::Group& params) override;
     bool IsCommandSupported(const std::string& id) override;

@@ -4,11 +4,11 @@
 
 namespace Sensor::Scan {
 
-/// What a scanner tells of its scan, or of the last one while it stands still.
+/// The state of a scan, or of the last one while no scan runs.
 struct ScannerState {
     bool scanning = false;
-    std::int64_t encoder = 0; ///< of the last frame; 0 before the first
-    std::uint64_t time = 0;   ///< microseconds since the scan started, which stop with it; 0 before the first scan
+    std::int64_t encoder = 0; ///< at the last frame; 0 before the first
+    std::uint64_t time = 0;   ///< microseconds from the start of the scan to now or to its end; 0 before the first scan
 };
 
 } // namespace Sensor::Scan

@@ -2,7 +2,7 @@
 
 namespace Sensor::Scan {
 
-/// What makes a frame: the passing of time, or each Scanner::Trigger.
+/// When a frame is published: at the frame rate, or at each Scanner::Trigger.
 enum class TriggerMode { Time, Software };
 
 } // namespace Sensor::Scan

@@ -9,15 +9,14 @@
 
 namespace Sensor::Scan {
 
-/// The scan engine of the virtual sensor, which offers no further services.
+/// The scan engine of the virtual sensor. Its service registry is empty.
 class VirtualScanEngine : public VorScan::IScanEngine {
 public:
-    /// Of the engine, which is also that of its type, of its one scanner, and of the one sensor of that.
-    static constexpr const char* Id = "virtual";
+    static constexpr const char* Id = "virtual"; ///< also the name of its type
     static constexpr const char* ScannerId = "scanner-0";
     static constexpr const char* SensorId = "sensor-0";
 
-    /// The engine with its scanner, a VirtualScanner. What `environ` refers to must outlive it.
+    /// The engine with its one scanner, a VirtualScanner with one sensor. What `environ` refers to must outlive it.
     static std::unique_ptr<VorScan::Internal::ScanEngineInstance> Make(ScannerActions::Environ environ,
                                                                        ScannerAlignment::Settings settings);
 

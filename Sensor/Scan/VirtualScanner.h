@@ -6,7 +6,7 @@
 
 namespace Sensor::Scan {
 
-/// The scanner of the virtual sensor as the scan engine shows it. Main loop only.
+/// The scanner of the virtual sensor in its scan engine. For the main loop.
 class VirtualScanner : public VorScan::IScanner {
 public:
     VirtualScanner(ScannerActions::Environ environ, ScannerAlignment::Settings settings);
