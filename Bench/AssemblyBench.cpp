@@ -1,4 +1,4 @@
-// What it costs to edit an assembly of many blocks of one register, and what a block weighs.
+// The costs of editing an assembly of many blocks of one register, and the memory of a block.
 
 #include "Bench/Measure.h"
 #include "Vor/Exception.h"
@@ -90,7 +90,7 @@ double Seconds(const Call& call) {
 Cost AddAll(const std::vector<unsigned short>& ids, bool autoShift) {
     const auto request = AddRequest(ids, autoShift);
     const auto assembly = NewAssembly();
-    // What earlier runs have left goes back to the system: it would do for few blocks and not for many.
+    // Returns the memory of earlier runs to the system; it would be enough for few blocks and not for many.
     malloc_trim(0);
     const double memory = UsedMemory();
     const double seconds = Seconds([&] { assembly->Add(*request); });
@@ -135,7 +135,7 @@ double Copy(std::size_t count) {
     return Seconds([&] { assembly->CopySupportedRegisterBlocks(*source); });
 }
 
-/// The last block goes to the front, and all others one up.
+/// The last block moves to the first place, and all others one place up.
 double UpdateThatShiftsAll(std::size_t count) {
     const auto assembly = Filled(count);
     UpdateBlockParams request;
@@ -145,7 +145,7 @@ double UpdateThatShiftsAll(std::size_t count) {
     return Seconds([&] { assembly->Update(request); });
 }
 
-/// Half as many blocks as asked, with gaps of one register, each of which takes up a block that is in the way.
+/// Half of `count` blocks, with gaps of one register. Each block of the request shifts one block into its gap.
 double AddShiftingOne(std::size_t count) {
     auto ids = Ids(count / 2, true);
     for (auto& id : ids) {
@@ -157,7 +157,7 @@ double AddShiftingOne(std::size_t count) {
     return Seconds([&] { assembly->Add(*request); });
 }
 
-/// A full range, in which no entry of the request finds room.
+/// A full range, without room for any entry of the request.
 double AddWithoutRoom(std::size_t count) {
     const auto assembly = Filled(count, static_cast<unsigned short>(count - 1));
     const auto request = AddRequest(Ids(count, true), true);
@@ -265,7 +265,7 @@ void Compare(Bench::Report& report, const std::string& order, bool shuffled, int
     report.Note("memory of a block, " + order, bytesPerBlock, "bytes", 16.0 * 1024);
 }
 
-/// Each block asks for the place of the first, which moves all others.
+/// Adds each block at the place of the first one, which moves all others.
 void AddShifting(Bench::Report& report, std::size_t count) {
     const auto label = std::to_string(count) + " blocks, each shifting all before it";
     report.Note(label, AddAll(std::vector<unsigned short>(count, 0), true).seconds * 1e3, "ms");

@@ -1,6 +1,6 @@
-// From the write of a command register to the start of the scan on the main loop: a Modbus client on one core, the
-// service and the main loop on the other. The reference is the plainest server that does the same: a thread that
-// receives the request, posts a closure and replies.
+// The time from the write of a command register to the start of the scan on the main loop, with a Modbus client on one
+// core, the service and the main loop on the other. The reference is the simplest server that does the same: a thread
+// that receives the request, posts a closure and replies.
 
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
@@ -19,6 +19,7 @@
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/Control/ControlSystemInterface.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorCore/ResultHub.h"
 #include "VorCore/SystemCore.h"
 
@@ -53,7 +54,7 @@ constexpr int ClientCore = 1;
 constexpr std::uint16_t CommandAddress = 1000;
 constexpr std::uint16_t AnswerAddress = 1100;
 
-/// Threads that are started from here on run there too.
+/// Pins the calling thread, and the threads that it starts from now on.
 void PinTo(int core) {
     cpu_set_t cores;
     CPU_ZERO(&cores);
@@ -61,7 +62,7 @@ void PinTo(int core) {
     sched_setaffinity(0, sizeof cores, &cores);
 }
 
-/// When the scan was last started, as nanoseconds of the clock; 0 while it wasn't.
+/// When the scan was last started, in nanoseconds of the clock; 0 after WaitForStart.
 std::atomic<Clock::rep> started{0};
 
 void NoteStart() {
@@ -109,7 +110,7 @@ public:
     explicit Client(std::uint16_t port)
         : socket(port) {}
 
-    /// Microseconds from each write to the start that it causes. `done` is waited for between two commands.
+    /// Returns the microseconds from each write to the start that it causes. `done` runs between two commands.
     std::vector<double> Run(const std::function<void()>& done) {
         std::vector<double> times;
         for (int i = 0; i < Commands; ++i) {
@@ -131,7 +132,7 @@ public:
         return times;
     }
 
-    /// Reads the answer registers until the last command is done.
+    /// Reads the answer registers until the last command has status 2 (done).
     void WaitUntilDone() {
         std::array<unsigned char, HeaderSize + 5> request{};
         EncodeHeader(request.data(), 1, 1, 5);
@@ -150,7 +151,7 @@ private:
     std::uint16_t word = 0;
 };
 
-/// The plainest server: one client, one frame at a time, no checks.
+/// The simplest server: one client, one frame at a time, no checks.
 class BareServer {
 public:
     BareServer()
@@ -194,7 +195,7 @@ private:
     std::thread thread;
 };
 
-/// The service on a host with real operations, of which only the start of the scan is the benchmark's.
+/// The service on a host with real operations. Only the start of the scan is replaced by NoteStart.
 class OwnServer {
 public:
     OwnServer()
@@ -221,9 +222,8 @@ public:
     OwnServer& operator=(const OwnServer&) = delete;
 
     std::uint16_t Port() {
-        service.NonPersistentPropertiesBeginLock();
+        const VorControl::ControlProtocol::PropertiesLock lock(service);
         const std::string url = dynamic_cast<ModbusProperties&>(service.Properties()).address.Get();
-        service.NonPersistentPropertiesEndLock();
         return static_cast<std::uint16_t>(std::stoi(url.substr(url.rfind(':') + 1)));
     }
 
@@ -272,7 +272,7 @@ int main(int argc, char** argv) {
         report.Skip("command to the start of the scan", "needs two cores");
         return report.Finish();
     }
-    Vor::Logging::SetMinimumLevel(Vor::LevelWarning); // as in a sensor that isn't told to be verbose
+    Vor::Logging::SetMinimumLevel(Vor::LevelWarning); // as in a sensor without --verbose
     PinTo(ServerCore);
     Vor::MainLoop loop;
     OwnServer own;

@@ -1,5 +1,5 @@
-// The road of a result set from the hub to the services that filter it, against loops written by hand for the same.
-// A rate is items that reach a service in a second of the process's CPU time, all threads included.
+// The distribution of result sets from the hub to services that filter them, against loops written by hand for the
+// same. A rate is the number of items that reach services in a second of the process's CPU time, including all threads.
 
 #include "Bench/Measure.h"
 #include "Vor/Logging.h"
@@ -62,12 +62,12 @@ std::vector<Vor::Object> MakeSets(std::size_t items) {
     return sets;
 }
 
-/// Counts down what the services got; the publisher waits for the end without using CPU time.
+/// Counts down the result sets that the services receive. The publisher waits for the end without using CPU time.
 class Countdown {
 public:
     void Expect(std::size_t count) { left.store(count); }
 
-    void Take(std::size_t count) {
+    void Subtract(std::size_t count) {
         if (left.fetch_sub(count) == count) {
             const std::lock_guard guard(mutex);
             done.notify_all();
@@ -85,7 +85,7 @@ private:
     std::condition_variable done;
 };
 
-/// The library: each service filters by a map of all the sources, so that every item passes.
+/// The library. Each service filters by a map of all sources, so that every item passes.
 class Library {
 public:
     Library(std::size_t services, std::size_t items)
@@ -95,7 +95,7 @@ public:
         for (std::size_t i = 0; i < services; ++i) {
             const auto id = "service" + std::to_string(i);
             results.AddResultHandler(
-                id, [this](void* batch) { countdown.Take(yArrayList_Count(static_cast<yArrayList>(batch))); });
+                id, [this](void* batch) { countdown.Subtract(yArrayList_Count(static_cast<yArrayList>(batch))); });
             results.UpdateOutputMap(id, SourceNames(items));
             results.SetForwardScanResultsToProtocol(id, true);
         }
@@ -120,7 +120,7 @@ public:
         return passed / (Bench::ProcessCpuSeconds() - begin);
     }
 
-    /// Of a filtered set, by the mean of a round.
+    /// The mean number of allocations for a filtered set, in one round.
     double Allocations() {
         const auto begin = Bench::Allocations();
         Round();
@@ -161,7 +161,7 @@ std::vector<std::vector<Item>> MakePlainSets(std::size_t items) {
     return sets;
 }
 
-/// A loop by hand over plain sets. `Service` tells what a service filters by and what it keeps of an item.
+/// A loop written by hand over plain sets. `Service` is a filter and a queue of filtered items.
 template <class Service>
 class Loop {
 public:
@@ -204,8 +204,8 @@ private:
     }
 };
 
-/// For each item one lookup in a map and one share of message and of information; then one append of the filtered items
-/// under a mutex. The service takes the list and gives the shares back.
+/// For each item one lookup in a map and one reference to message and information; then the filtered items are appended
+/// to a list under a mutex. The service removes the list and releases the references.
 class MapAndShares {
 public:
     void Pass(const std::string& source) { passing.emplace(ResultInfo_IdOfText(source), source); }
@@ -237,7 +237,7 @@ private:
     std::vector<std::vector<Item>> taken;
 };
 
-/// The least that one can do: a hash set instead of the map, plain pointers instead of shares.
+/// The minimum: a hash set instead of the map, plain pointers instead of references.
 class HashAndPointers {
 public:
     void Pass(const std::string& source) { passing.insert(ResultInfo_IdOfText(source)); }
@@ -283,8 +283,7 @@ void Measure(Bench::Report& report, std::size_t services, std::size_t items, boo
         report.AddRate(Label(services, items, "hash set and plain pointers"), comparison, "M items/s", std::nullopt,
                        1e-6);
     }
-    // A set of up to 16 items is one allocation; each time that four times the room is needed costs one
-    // more. The rest is for a list that grows.
+    // A set of up to 16 items is one allocation, and each fourfold size one more. The 0.5 are for a list that grows.
     std::size_t chunks = 1;
     for (std::size_t room = 16; room < items; room *= 4) {
         ++chunks;

@@ -1,4 +1,4 @@
-// What it costs to load the map of a service from a job's file and to save it there, against a plain array of
+// The costs of loading the map of a service from a job's file and of saving it there, against a plain array of
 // structures that is read from and written to the same file.
 
 #include "Bench/Measure.h"
@@ -20,9 +20,9 @@ using nlohmann::json;
 
 namespace {
 
-constexpr const char* path = "/controls/modbus/config.json";
+constexpr const char* ConfigPath = "/controls/modbus/config.json";
 
-/// A block as one would keep it by hand.
+/// A block in a plain structure.
 struct Block {
     std::string version;
     std::string type;
@@ -67,14 +67,14 @@ void Write(const std::string& file, const json& document) {
     VorCommon::ArchiveStore store(file);
     store.Open();
     const std::string text = document.dump(-1, ' ');
-    store.Write(path, text.data(), text.size());
+    store.Write(ConfigPath, text.data(), text.size());
     store.Commit();
 }
 
 std::vector<Block> Read(const std::string& file) {
     VorCommon::ArchiveStore store(file);
     store.Open();
-    const VorCommon::PersistBuffer buffer = store.Read(path);
+    const VorCommon::PersistBuffer buffer = store.Read(ConfigPath);
     const auto* text = buffer.pointer + buffer.offset;
     const json document = json::parse(text, text + buffer.size);
     std::vector<Block> blocks;
@@ -85,7 +85,7 @@ std::vector<Block> Read(const std::string& file) {
     return blocks;
 }
 
-/// A job with that many blocks.
+/// A job with `count` blocks.
 class Job {
 public:
     explicit Job(const std::filesystem::path& folder, std::size_t count)
@@ -129,7 +129,7 @@ private:
     const std::string file;
 };
 
-/// A folder that goes with its content.
+/// A temporary folder, removed with its content at destruction.
 class Folder {
 public:
     Folder() {

@@ -16,7 +16,7 @@ namespace Bench {
     std::exit(1);
 }
 
-/// A connection to a server on this machine that sends at once.
+/// A connection to a server on this machine, without delay (TCP_NODELAY).
 class LoopbackSocket {
 public:
     explicit LoopbackSocket(std::uint16_t port)

@@ -146,17 +146,17 @@ void Report::Skip(const std::string& label, const std::string& reason) {
 
 void Report::Print(const Line& line) {
     lines.push_back(line);
-    failed = failed || !line.kept;
-    const char* verdict = !line.limited ? "" : line.kept ? "  ok" : "  MISSED";
+    failed = failed || !line.isWithinLimit;
+    const char* verdict = !line.hasLimit ? "" : line.isWithinLimit ? "  ok" : "  MISSED";
     if (line.kind == "figure") {
         std::printf("  %-52s %12.4g %-10s", line.label.c_str(), line.value, line.unit.c_str());
-        if (line.limited) {
+        if (line.hasLimit) {
             std::printf(" (at most %g)", line.limit);
         }
     } else {
         std::printf("  %-52s %12.4g %-10s reference %10.4g  ratio %6.3f [%.3f, %.3f]", line.label.c_str(), line.value,
                     line.unit.c_str(), line.reference, line.ratio, line.lowest, line.highest);
-        if (line.limited) {
+        if (line.hasLimit) {
             std::printf(" (at %s %g)", line.kind == "rate" ? "least" : "most", line.limit);
         }
     }
@@ -174,9 +174,9 @@ int Report::Finish() {
                 entry["ratio"] = line.ratio;
                 entry["spread"] = {line.lowest, line.highest};
             }
-            if (line.limited) {
+            if (line.hasLimit) {
                 entry["limit"] = line.limit;
-                entry["kept"] = line.kept;
+                entry["kept"] = line.isWithinLimit;
             }
             document["results"].push_back(entry);
         }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// What the benchmarks share: clocks, counted allocations, comparisons run in turns, and the report.
+// Shared by the benchmarks: clocks, counted allocations, comparisons of alternating runs, and the report.
 namespace Bench {
 
 double WallSeconds();
@@ -15,7 +15,7 @@ double ProcessCpuSeconds();
 /// Number of allocations (operator new and malloc through it) of the whole process since it started.
 std::uint64_t Allocations();
 
-/// Keeps the optimiser from dropping a result.
+/// Prevents the optimiser from removing a result.
 template <class T>
 void Keep(const T& value) {
     asm volatile("" : : "r,m"(value) : "memory");
@@ -23,7 +23,7 @@ void Keep(const T& value) {
 
 double Median(std::vector<double> values);
 
-/// Costs of a subject and of its reference, measured in turns; the ratio is the median of the paired ratios.
+/// Costs of a subject and of its reference, measured in alternating runs.
 struct Comparison {
     double subject;   ///< median cost
     double reference; ///< median cost
@@ -32,39 +32,38 @@ struct Comparison {
     double highest;   ///< greatest of the paired ratios
 };
 
-/// Each function does the same work and returns its cost, in whatever unit both share. The first pair warms up and
-/// doesn't count.
+/// Both functions do the same work and return its cost, in the same unit. The first pair warms up and isn't counted.
 Comparison Compare(int pairs, const std::function<double()>& subject, const std::function<double()>& reference);
 
-/// Prints a line a result, and writes all of them to the file given with "--json FILE".
+/// Prints a line for each result, and writes all of them to the file of the option "--json FILE".
 class Report {
 public:
     Report(const std::string& name, int argc, char** argv);
 
-    /// Costs are in unit; a ratio above the limit makes the report fail. scale multiplies the printed costs.
+    /// Printed costs are multiplied by `scale` to get `unit`. A ratio above `limit` makes the report fail.
     void Add(const std::string& label, const Comparison& comparison, const std::string& unit,
              std::optional<double> limit = std::nullopt, double scale = 1.0);
 
-    /// The same for figures where more is better: the ratio must be at least the limit.
+    /// The same for figures where more is better: a ratio below `atLeast` makes the report fail.
     void AddRate(const std::string& label, const Comparison& comparison, const std::string& unit,
                  std::optional<double> atLeast = std::nullopt, double scale = 1.0);
 
-    /// A figure alone, with an optional limit that it must not exceed.
+    /// A single figure. A value above `atMost` makes the report fail.
     void Note(const std::string& label, double value, const std::string& unit,
               std::optional<double> atMost = std::nullopt);
     void Skip(const std::string& label, const std::string& reason);
 
-    /// True when the option was given, e.g. "--quick".
+    /// Whether the command line has the option, such as "--quick".
     bool Has(const std::string& option) const;
 
-    /// Writes the file; 0, or 1 when a limit was missed.
+    /// Writes the file. Returns the exit status: 0, or 1 when a limit was missed.
     int Finish();
 
 private:
     struct Line {
         std::string label, unit, kind;
         double value, reference, ratio, lowest, highest, limit;
-        bool limited, kept;
+        bool hasLimit, isWithinLimit;
     };
 
     void Print(const Line& line);

@@ -1,5 +1,5 @@
-// The Modbus server against a bare one: round trips of 100 registers with 1 and 8 clients, and what well-behaved
-// clients feel of misbehaving ones. Servers run on core 0, clients on core 1.
+// The Modbus server against a bare one: round trips of 100 registers with 1 and 8 clients, and the influence of
+// misbehaving clients on well-behaved ones. Servers run on core 0, clients on core 1.
 
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
@@ -43,7 +43,7 @@ constexpr int ClientCore = 1;
 constexpr unsigned Registers = 100;
 constexpr std::size_t ReplySize = HeaderSize + 2 + 2 * Registers;
 
-/// Threads that are started from here on run there too.
+/// Pins the calling thread, and the threads that it starts from now on.
 void PinTo(int core) {
     cpu_set_t cores;
     CPU_ZERO(&cores);
@@ -102,7 +102,7 @@ Figures Run(std::uint16_t port, int clients, std::chrono::milliseconds duration)
     return {static_cast<double>(all.size()) / seconds, *place};
 }
 
-/// The loop that everybody writes around the C library: one thread, select, receive, reply.
+/// The usual loop around the C library: one thread, select, receive, reply.
 class BareServer {
 public:
     BareServer()

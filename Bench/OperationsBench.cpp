@@ -1,8 +1,9 @@
-// What an operation costs the service that starts it: StartScan until it returns, against the bare post of a closure as
-// small as its action. Between two calls everything is drained, so that each claims the free slot. Once the caller is
-// the main loop's thread itself, so that a post wakes nobody, and wall time is measured; once the main loop sleeps on
-// another thread and each post wakes it. Then the time is that of the caller's processor: on a machine with few cores,
-// the woken threads would run in the middle of the call, and the wall time would tell of the scheduler.
+// The cost of an operation for the service that starts it: StartScan until it returns, against the bare post of a
+// closure as small as its action. Between two calls all queues are drained, so that each call finds the free slot. In
+// the first comparison the caller is the main loop's thread itself, so a post wakes no thread, and wall time is
+// measured. In the second one the main loop sleeps on another thread and each post wakes it. There the caller's CPU
+// time is measured: on a machine with few cores the woken threads may run in the middle of the call, and wall time
+// would measure the scheduler.
 
 #include "Bench/Measure.h"
 #include "Vor/AsyncRunner.h"
@@ -30,7 +31,7 @@ constexpr int Pairs = 11;
 constexpr double Limit = 3;
 const std::string Service = "modbus";
 
-/// A system whose scan starts at once.
+/// A system that only counts the starts of its scan.
 class System : public VorControl::ControlSystemInterface {
 public:
     System()
@@ -49,7 +50,7 @@ double ThreadCpuSeconds() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// The median cost of a call in seconds; `drain` runs after each and isn't measured.
+/// The median cost of a call in seconds. `drain` runs after each call and isn't measured.
 double Cost(Clock now, const std::function<void()>& call, const std::function<void()>& drain) {
     std::vector<double> costs;
     costs.reserve(CallsPerRound);
@@ -62,7 +63,7 @@ double Cost(Clock now, const std::function<void()>& call, const std::function<vo
     return Bench::Median(std::move(costs));
 }
 
-/// Compares the two ways; `settle` returns when what was posted before has run.
+/// Compares StartScan with a post. `settle` returns when everything that was posted before has run.
 void Measure(Bench::Report& report, const std::string& label, Clock now, const std::function<void()>& settle) {
     System system;
     VorControl::ControlScanEngineInterface scanEngine(nullptr);
@@ -109,7 +110,7 @@ void MeasureFromAnotherThread(Bench::Report& report) {
         loop.Run();
     });
     Vor::MainLoop* loop = made.get_future().get();
-    // The loop has run what was posted before; then it has the time to fall asleep.
+    // Waits until the loop has run what was posted before, and gives it time to fall asleep.
     Measure(report, "StartScan against a post, the main loop is woken", ThreadCpuSeconds, [&] {
         std::promise<void> passed;
         loop->Post([&] { passed.set_value(); });

@@ -1,4 +1,4 @@
-// What it costs to edit output maps of many entries.
+// The costs of editing output maps of many entries.
 
 #include "Bench/Measure.h"
 #include "VorControl/ControlProtocol/StandardProtocolOutputMap.h"
@@ -137,7 +137,7 @@ void EditOne(Bench::Report& report, std::size_t count) {
              }
          }));
 
-    // Each goes behind the last entry.
+    // Each entry moves behind the last one.
     typename Kind::Args update;
     update.map.Resize(2);
     note("update", Seconds([&] {
@@ -168,7 +168,7 @@ int main(int argc, char** argv) {
                      [](std::size_t n) { return RemoveAllByList<Numeric>(n, true); });
     Compare<Text>(report, "remove all by list, shuffled", runs,
                   [](std::size_t n) { return RemoveAllByList<Text>(n, true); });
-    // Each entry goes to its place by moving all behind it, value by value: the square of the number.
+    // Each added entry moves all entries behind it, value by value: the cost grows with the square of the number.
     report.Note("text, add all, shuffled, 1,000", AddAll<Text>(1000, true) * 1e3, "ms");
     if (!report.Has("--quick")) {
         report.Note("text, add all, shuffled, 10,000", AddAll<Text>(Few, true) * 1e3, "ms");

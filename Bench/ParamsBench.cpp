@@ -1,5 +1,5 @@
-// A document of parameters written to JSON text, parsed, validated and read back, against nlohmann/json used directly
-// for the same; and what a parameter costs in memory.
+// The costs of writing a document of parameters to JSON text, parsing, validating and reading it, against nlohmann/json
+// used directly for the same; and the memory of a parameter.
 
 #include "Bench/Measure.h"
 #include "Vor/JsonSerializer.h"
@@ -30,7 +30,7 @@ std::string NameOf(std::size_t i) {
     return "parameter" + std::to_string(i);
 }
 
-/// Member i is of kind i modulo the number of kinds. Round r holds other values than round r - 1.
+/// Member i is of kind i modulo the number of kinds. Each round fills in other values than the one before.
 struct PlainDocument {
     explicit PlainDocument(std::size_t count)
         : booleans(count)
@@ -199,7 +199,7 @@ private:
     std::vector<std::unique_ptr<Vor::Properties::Node>> members;
 };
 
-/// Six values with titles and read-only marks, as a register block has them.
+/// Six read-only values with titles, as in a register block.
 struct BlockDocument : Vor::Params::Group {
     BlockDocument() {
         Add("version", version, "Version");
@@ -225,7 +225,7 @@ struct BlockDocument : Vor::Params::Group {
     Vor::Params::Value<std::string> dataSource;
 };
 
-/// The five values of the request that made it.
+/// Five values, as in the request for a block.
 struct BlockRequest : Vor::Params::Group {
     BlockRequest() {
         Register("type", type);

@@ -1,5 +1,5 @@
-// What it costs to turn a result item into the bytes of a block: each ready-made type, through its virtual Serialize,
-// against code written by hand for that one layout, which reads the item through the same calls of the platform.
+// The costs of writing a result item to the bytes of a block: each default type, through its virtual Serialize, against
+// code written by hand for that layout, which reads the item through the same calls of the platform.
 
 #include "Bench/Measure.h"
 #include "Vor/Exception.h"

@@ -1,9 +1,9 @@
-// How long services wait for the state of the system while the main loop is busy. Eight of them poll with a time-out of
-// 0, on threads of their own, and pause between two polls as services do: on two cores, threads that never sleep would
-// measure the scheduler. The main loop runs closures of a few milliseconds each without a pause, and between them the
-// queries. Each call's wall time is measured, and all but the slowest percent must stay within the time-out and a
-// millisecond. Callers that do wait are shown beside threads that wait as long for an empty queue: how late those wake
-// up is the machine's doing.
+// How long services wait for the state of the system while the main loop is busy. Eight services poll with a time-out
+// of 0, each on its own thread, and pause between two polls as services do: with threads that never sleep, the
+// benchmark would measure the scheduler. The main loop runs closures of a few milliseconds each without a pause, and
+// the queries between them. The wall time of each call is measured, and the 99th percentile must be below the time-out
+// plus one millisecond. For calls with a time-out of 2 ms, threads that wait as long for an empty queue are the
+// reference: how late they wake up is a property of the machine.
 
 #include "Bench/Measure.h"
 #include "Vor/MainLoop.h"
@@ -35,7 +35,7 @@ constexpr auto ClosureTime = std::chrono::milliseconds(4);
 constexpr unsigned long long Patience = 2000; ///< of the pollers that wait, in microseconds
 constexpr double Allowed = 1000;              ///< microseconds beyond a time-out of 0
 
-/// State of a usual size.
+/// A system with a state of usual size.
 class System : public VorControl::ControlSystemInterface {
 public:
     System()
@@ -53,7 +53,7 @@ public:
     }
 };
 
-/// The main loop on a thread of its own, which is busy all the time.
+/// A main loop on a thread of its own that is always busy.
 class BusyMainLoop {
 public:
     BusyMainLoop() {

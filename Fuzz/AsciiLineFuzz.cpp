@@ -1,5 +1,5 @@
-// Any stream of bytes: it must do no harm, how it is cut into pieces must change nothing in the answers, and each
-// answer is one line.
+// Any stream of bytes. The answers must be whole lines, and must not depend on the sizes of the pieces in which the
+// stream arrives.
 
 #include "Services/Ascii/AsciiSession.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 using namespace Services::Ascii;
 
-/// Each command ends at once, as its first argument says.
+/// Each command ends at once; its argument selects how: "b" refused as busy, "f" failed, else done.
 class Sensor : public ISensor {
 public:
     bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,
@@ -36,7 +36,7 @@ public:
     }
 };
 
-std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t takenAtATime,
+std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t maxSentSize,
                  const LineFormat& format) {
     Outputs outputs;
     outputs.SetFormat(format);
@@ -55,7 +55,7 @@ std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::s
         session->Received(size);
         stream = stream.subspan(size);
         while (session->Process() > 0 || !session->Replies().empty()) {
-            const auto replies = session->Replies().first(std::min(takenAtATime, session->Replies().size()));
+            const auto replies = session->Replies().first(std::min(maxSentSize, session->Replies().size()));
             answers.append(replies.begin(), replies.end());
             session->Sent(replies.size());
         }

@@ -1,4 +1,4 @@
-// Any stream of bytes: it must do no harm, and how it is cut into pieces must change nothing in the replies.
+// Any stream of bytes. The replies must not depend on the sizes of the pieces in which the stream arrives.
 
 #include "Services/Modbus/Session.h"
 
@@ -13,8 +13,8 @@ namespace {
 
 using namespace Services::Modbus;
 
-/// Registers that hold their own address, but for a block of 130 at 1000 that may be written. Every second hundred has
-/// no block. A write that makes the first register of the block odd is refused.
+/// Each register contains its own address. Every second hundred belongs to no block. 130 registers from 1000 on may be
+/// written; they start with twice their address, and a write that makes the first one odd is refused.
 class Registers : public IRegisterMap {
 public:
     Registers() {
@@ -81,7 +81,7 @@ struct Outcome {
     bool operator==(const Outcome&) const = default;
 };
 
-Outcome Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t takenAtATime, bool mayWrite) {
+Outcome Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t maxSentSize, bool mayWrite) {
     Registers registers;
     ServerCounters counters;
     RequestHandler handler(registers, counters, 0);
@@ -94,7 +94,7 @@ Outcome Feed(std::span<const unsigned char> stream, std::size_t step, std::size_
         session.Received(size);
         stream = stream.subspan(size);
         while (session.Process() > 0 || !session.Replies().empty()) {
-            const auto replies = session.Replies().first(std::min(takenAtATime, session.Replies().size()));
+            const auto replies = session.Replies().first(std::min(maxSentSize, session.Replies().size()));
             outcome.replies.insert(outcome.replies.end(), replies.begin(), replies.end());
             session.Sent(replies.size());
         }

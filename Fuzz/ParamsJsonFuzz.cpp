@@ -1,5 +1,5 @@
-// JSON text into a tree of parameters of every kind. What is accepted must be written and read back equal, and what is
-// refused must change nothing.
+// JSON text for a tree of parameters of every kind. An accepted text must be written and read back equal, and a refused
+// one must change nothing.
 
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"

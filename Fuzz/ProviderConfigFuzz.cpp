@@ -47,7 +47,7 @@ public:
     Vor::Params::Value<std::vector<std::string>> names;
 };
 
-/// Keeps parameters, two assemblies and an output map with the job, and takes no scan results.
+/// Saves parameters, two assemblies and an output map in the job, and uses no scan results.
 class Service : public ProtocolBase {
 public:
     Service(const ControlProtocolEnviron& environ, std::shared_ptr<IProtocolOutput> map)
@@ -85,7 +85,7 @@ protected:
         settings->names = std::vector<std::string>();
     }
     std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(PersistDomain, const char*) override { return settings; }
-    /// The set of parameters hasn't settled as long as the port is odd.
+    /// The set of parameters changes again as long as the port is odd.
     bool UpdateDynamicParamsImpl(PersistDomain) override { return settings->port.Get() % 2 != 0; }
     void OutputsMapResetImpl(PersistDomain) override { map->Clear(); }
     std::shared_ptr<IProtocolOutput> BeginUpdateOutputsMapImpl(PersistDomain, const char*) override { return map; }
@@ -135,7 +135,7 @@ json Saved(Service& service) {
     return section;
 }
 
-/// What a service has taken is saved and, where another takes that as it is, saved the same again.
+/// What a service has loaded must be saved, and when another service loads that without changes, saved again equal.
 template <class Map, class... Arguments>
 void RunOn(Sensor& sensor, const json& section, const Arguments&... arguments) {
     auto first = sensor.Make(std::make_shared<Map>(arguments...));
@@ -155,7 +155,7 @@ void RunOn(Sensor& sensor, const json& section, const Arguments&... arguments) {
 
 } // namespace
 
-/// A service with a persistence provider takes or refuses any section of a job's file.
+/// A service with a persistence provider accepts or refuses any section of a job's file.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static Sensor sensor;
     json section;

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-/// Any text is a recording whose frames hold together, or is refused.
+/// Any text is refused, or is a recording with consistent frames.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     try {
         const Sensor::Scan::Recording recording = Sensor::Scan::RecordingParser::Parse(

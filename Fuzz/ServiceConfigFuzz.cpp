@@ -60,7 +60,7 @@ public:
     Vor::Params::Array<Client> clients;
 };
 
-/// Has parameters and one register assembly, and takes no scan results.
+/// Has parameters and one register assembly, and uses no scan results.
 class Service : public ProtocolBase {
 public:
     explicit Service(const ControlProtocolEnviron& environ)
@@ -94,7 +94,7 @@ public:
     Bench()
         : instance(Record()) {}
 
-    /// False when the file was refused.
+    /// Returns false when the file is refused.
     bool Load(const VorCommon::IPersistStore& store) {
         bool loaded = true;
         try {
@@ -153,8 +153,8 @@ std::string Content(const VorCommon::IPersistStore& store) {
 
 } // namespace
 
-/// Any file is taken or refused, leaves the update gate free, and a service that took one can be saved; what is saved
-/// then is loaded as it is.
+/// Any file is accepted or refused, and leaves the update gate open. A service that has loaded one can be saved, and
+/// the saved file is loaded and saved again equal.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     VorCommon::ArchiveStore store("never-committed.vrjob");
     store.Write(Path, data, size);
