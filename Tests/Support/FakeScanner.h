@@ -13,8 +13,7 @@
 
 namespace Tests {
 
-/// Takes the actions and commands that a test names, and remembers what is asked of it. A hook that is empty gives an
-/// empty group.
+/// Has the actions and commands that a test sets, and records its calls. An empty hook returns an empty group.
 class FakeTarget : public VorCommon::IActionTarget, public VorCommon::ICommandTarget {
 public:
     using Parameters = std::shared_ptr<Vor::Properties::Structure>;
@@ -22,7 +21,7 @@ public:
 
     std::vector<std::string> actions;
     std::vector<std::string> commands;
-    bool givesCommandParams = true;
+    bool hasCommandParams = true;
     std::function<Parameters()> onParameters;
     std::function<Result(Vor::Properties::Structure& parameters)> onExecute;
     std::vector<std::string> calls;
@@ -59,7 +58,7 @@ public:
 
     Result GetCommandParams(const std::string& id) const override {
         const_cast<FakeTarget*>(this)->calls.push_back("GetCommandParams " + id);
-        return givesCommandParams ? std::make_shared<Vor::Params::Group>() : nullptr;
+        return hasCommandParams ? std::make_shared<Vor::Params::Group>() : nullptr;
     }
 
     Result InvokeCommand(const std::string& id, Vor::Params::Group& params) override {
@@ -78,13 +77,13 @@ private:
 class FakeScanner : public VorScan::IScanner {
 public:
     FakeTarget target;
-    bool takesActions = true;
-    bool takesCommands = true;
+    bool hasActions = true;
+    bool hasCommands = true;
     Vor::Event<VorScan::AlignCompletionStatus> alignmentCompleted;
     Vor::Params::Value<VorScan::AlignState> alignmentState;
 
-    VorCommon::IActionTarget* ActionTarget() override { return takesActions ? &target : nullptr; }
-    VorCommon::ICommandTarget* CommandTarget() override { return takesCommands ? &target : nullptr; }
+    VorCommon::IActionTarget* ActionTarget() override { return hasActions ? &target : nullptr; }
+    VorCommon::ICommandTarget* CommandTarget() override { return hasCommands ? &target : nullptr; }
     Vor::Event<VorScan::AlignCompletionStatus>& AlignmentCompletedEvent() override { return alignmentCompleted; }
     Vor::Params::Value<VorScan::AlignState>& AlignmentState() override { return alignmentState; }
 };

@@ -10,14 +10,14 @@
 
 namespace Tests {
 
-/// A result handler that keeps what it got.
+/// A result handler that collects the sets.
 class SetCollector {
 public:
     std::function<void(void*)> Handler() {
-        return [this](void* batch) { Take(batch); };
+        return [this](void* batch) { Append(batch); };
     }
 
-    void Take(void* batch) {
+    void Append(void* batch) {
         auto sets = SetsOf(batch);
         const std::lock_guard guard(mutex);
         batchSizes.push_back(sets.size());
@@ -27,7 +27,7 @@ public:
         changed.notify_all();
     }
 
-    /// Waits until that many sets came; false when they didn't come in time.
+    /// Waits until `count` sets were received; false at the deadline.
     bool WaitFor(std::size_t count) {
         std::unique_lock guard(mutex);
         return changed.wait_for(guard, std::chrono::seconds(20), [&] { return received.size() >= count; });

@@ -141,7 +141,7 @@ TEST_F(ControlScanEngineInterfaceTest, ATriggerWithoutParametersIsRefused) {
 }
 
 TEST_F(ControlScanEngineInterfaceTest, AScannerThatTakesNoActionsCantBeTriggered) {
-    scanner.takesActions = false;
+    scanner.hasActions = false;
     EXPECT_FAILURE(subject.SoftwareTrigger(""), yERROR_UNIMPLEMENTED, "No actions supported by scanner S1");
     EXPECT_FALSE(log.Contains("Attempting software trigger for scanner S1"));
     EXPECT_TRUE(log.Contains(Vor::LevelError, "Failed to initiate software trigger operation for scanner "));
@@ -170,7 +170,7 @@ TEST_F(ControlScanEngineInterfaceTest, AnotherExceptionOfTheScannerPassesUnlogge
 }
 
 TEST_F(ControlScanEngineInterfaceTest, AlignmentGoesThroughTheCommandTarget) {
-    scanner.takesActions = false;
+    scanner.hasActions = false;
     scanner.target.commands = {"clearAlign", "align"};
     subject.Alignment("S1");
     EXPECT_THAT(scanner.target.calls, ElementsAre("GetCommandParams align", "InvokeCommand align"));
@@ -198,7 +198,7 @@ TEST_F(ControlScanEngineInterfaceTest, AScannerThatCantAlignIsRefused) {
 }
 
 TEST_F(ControlScanEngineInterfaceTest, AScannerThatTakesNoCommandsCantAlign) {
-    scanner.takesCommands = false;
+    scanner.hasCommands = false;
     EXPECT_FAILURE(subject.Alignment(""), yERROR_UNIMPLEMENTED, "No commands supported by scanner S1");
     EXPECT_FALSE(log.Contains("Attempting alignment for scanner S1"));
     EXPECT_TRUE(log.Contains(Vor::LevelError, "Failed alignment for scanner "));
@@ -206,7 +206,7 @@ TEST_F(ControlScanEngineInterfaceTest, AScannerThatTakesNoCommandsCantAlign) {
 
 TEST_F(ControlScanEngineInterfaceTest, AnAlignmentWithoutParametersIsRefused) {
     scanner.target.commands = {"align"};
-    scanner.target.givesCommandParams = false;
+    scanner.target.hasCommandParams = false;
     EXPECT_TEXTLESS_FAILURE(subject.Alignment("S1"), yERROR_PARAMETER);
     EXPECT_THAT(scanner.target.calls, ElementsAre("GetCommandParams align"));
     EXPECT_TRUE(log.Contains(Vor::LevelError, "Failed alignment for scanner S1"));
@@ -259,7 +259,7 @@ TEST_F(ControlScanEngineInterfaceTest, BlinkingWithoutItsParametersFails) {
     EXPECT_EQ(Tests::FailureOf([&] { subject.BlinkLed(true, true); })->status, yERROR_NOT_FOUND);
     scanner.target.onParameters = [] { return InfoResult::WithText("ledBlinkEnabled"); };
     EXPECT_THROW(subject.BlinkLed(true, true), std::bad_cast);
-    scanner.takesActions = false;
+    scanner.hasActions = false;
     EXPECT_FAILURE(subject.BlinkLed(true, true), yERROR_UNIMPLEMENTED, "No actions supported by scanner S1");
     EXPECT_THAT(scanner.target.calls, testing::Not(testing::Contains("ExecuteAction blinkLed")));
 }
@@ -351,7 +351,7 @@ TEST_F(ControlScanEngineInterfaceTest, TheStateOfAScannerWithoutParametersOrTarg
     scanner.target.onParameters = [] { return nullptr; };
     Info info;
     EXPECT_FAILURE(subject.ScannerInfo("", info), yERROR_PARAMETER, "Action parameters returned a nullptr.");
-    scanner.takesActions = false;
+    scanner.hasActions = false;
     EXPECT_FAILURE(subject.ScannerInfo("", info), yERROR_UNIMPLEMENTED, "No actions supported by scanner S1");
     EXPECT_EQ(info.id, "");
 }

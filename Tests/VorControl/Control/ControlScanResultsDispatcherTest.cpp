@@ -154,7 +154,7 @@ TEST_F(ControlScanResultsDispatcherTest, WhatArrivesDuringACycleFormsOneBatch) {
     dispatcher->AddResultHandler([&](void* batch) {
         entered.Set();
         leave.Wait();
-        collector.Take(batch);
+        collector.Append(batch);
     });
     dispatcher->AddResult(Tests::MakeResultSet({"first"}).Get());
     ASSERT_TRUE(entered.Wait());
@@ -193,7 +193,7 @@ TEST_F(ControlScanResultsDispatcherTest, RemovalWaitsForTheBatchInProgress) {
 TEST_F(ControlScanResultsDispatcherTest, StopDiscardsBothListsAndStartBeginsAnew) {
     Make();
     dispatcher->AddResultHandler([&](void* batch) {
-        collector.Take(batch);
+        collector.Append(batch);
         entered.Set();
         leave.Wait();
     });

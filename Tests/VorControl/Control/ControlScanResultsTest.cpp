@@ -320,7 +320,7 @@ TEST_F(ControlScanResultsTest, HandlerMayReplaceItsOutputMap) {
     Vor::Event<void*>::CallbackId id;
     id = results->AddResultHandler("a", [&](void* batch) {
         results->UpdateOutputMap("a", {"y"});
-        collector.Take(batch);
+        collector.Append(batch);
     });
     results->SetForwardScanResultsToProtocol("a", true);
     results->UpdateOutputMap("a", {"x"});
@@ -427,7 +427,7 @@ TEST_F(ControlScanResultsTest, SlowServiceLosesNothingAndDelaysNoOther) {
     Tests::SetCollector slow;
     auto id = results->AddResultHandler("slow", [&](void* batch) {
         leave.Wait();
-        slow.Take(batch);
+        slow.Append(batch);
     });
     results->SetForwardScanResultsToProtocol("slow", true);
     results->SetScanResultsFiltering("slow", false);
