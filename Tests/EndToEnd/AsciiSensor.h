@@ -16,7 +16,7 @@
 
 namespace Tests {
 
-/// A block of the service's assembly, without number: it gets the next one.
+/// A block of the service's assembly. Blocks are numbered from 0 on.
 struct AsciiBlock {
     const char* type;
     const char* dataSource;
@@ -27,7 +27,7 @@ class AsciiSensor {
 public:
     using Names = std::vector<std::pair<std::string, std::string>>; ///< id and data source
 
-    /// The service with what it has by default.
+    /// Starts the sensor; the service has its default outputs.
     explicit AsciiSensor(const nlohmann::json& parameters = nlohmann::json::object(),
                          std::vector<std::string> arguments = {}) {
         WriteJob("line", Config(parameters));
@@ -42,7 +42,7 @@ public:
             {"vor:control", {{"enabled", true}, {"parameters", std::move(parameters)}, {"parametersVersion", "1"}}}};
     }
 
-    /// With outputs of its own.
+    /// A service with its own outputs.
     static nlohmann::json Config(const nlohmann::json& parameters, const std::vector<AsciiBlock>& blocks,
                                  const Names& names) {
         nlohmann::json config = Config(parameters);
@@ -71,15 +71,8 @@ public:
 
     std::string ServiceLine() { return program->WaitForLine("Service ascii (e-ascii):").value_or("none"); }
 
-    /// Waits until the service runs; its port, 0 when it doesn't run.
-    std::uint16_t WaitForPort() {
-        const std::string line = ServiceLine();
-        const std::string running = "Running at tcp://127.0.0.1:";
-        const auto at = line.find(running);
-        EXPECT_NE(at, std::string::npos) << line << program->Errors();
-        return at == std::string::npos ? std::uint16_t{0}
-                                       : static_cast<std::uint16_t>(std::stoi(line.substr(at + running.size())));
-    }
+    /// Waits until the service runs and returns its port; 0 when it doesn't run.
+    std::uint16_t WaitForPort() { return VirtualSensor::PortOf(ServiceLine(), *program); }
 
     Program& Process() { return *program; }
 

@@ -1,23 +1,22 @@
-// The ASCII service of the started program, with the clients that its users have at hand.
+// The ASCII service of the started program, with the usual clients.
 
 #include "Tests/EndToEnd/AsciiSensor.h"
 #include "Tests/Services/Ascii/TextClient.h"
 #include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/Threads.h"
 
 #include <algorithm>
-#include <chrono>
 #include <sstream>
 
 namespace Tests {
 namespace {
 
-using namespace std::chrono_literals;
 using Services::Ascii::TextClient;
 using Texts = std::vector<std::string>;
 
 const std::string UnknownCommand = "ERROR,-998,\"unknown command; HELP lists the commands\"";
 
-/// The lines that nc gets for what printf makes of `text`.
+/// Sends `text`, formatted by printf, with nc, and returns the lines that nc receives.
 Texts Netcat(std::uint16_t port, const std::string& text, const std::string& pipe = "") {
     const Answer answer = RunToEnd({"sh", "-c",
                                     "printf '" + text + "' | nc " + (pipe.empty() ? "-N " : "") + "-w 10 127.0.0.1 " +
@@ -37,13 +36,7 @@ bool HasNetcat() {
     return RunToEnd({"sh", "-c", "command -v nc"}).status == 0;
 }
 
-/// Ends the sensor as its user does, and checks that it ends well.
-void EndWell(AsciiSensor& sensor) {
-    sensor.Process().Signal(SIGTERM);
-    EXPECT_EQ(sensor.Process().WaitForExit(2s), 0) << sensor.Process().Output() << sensor.Process().Errors();
-}
-
-/// The field at an index of a line.
+/// The field of a line; "(none)" when the line has fewer.
 std::string Field(const std::string& line, std::size_t index, char delimiter = ',') {
     std::istringstream stream(line);
     std::string field;
@@ -55,13 +48,10 @@ std::string Field(const std::string& line, std::size_t index, char delimiter = '
     return field;
 }
 
-/// Waits until a request is answered otherwise than so.
-std::string Other(TextClient& client, const std::string& request, const std::string& former) {
-    const auto end = std::chrono::steady_clock::now() + Program::Deadline;
-    std::string answer = client.Ask(request);
-    while (answer == former && std::chrono::steady_clock::now() < end) {
-        answer = client.Ask(request);
-    }
+/// Repeats a request until its answer isn't `former` any more, and returns the answer.
+std::string WaitForChange(TextClient& client, const std::string& request, const std::string& former) {
+    std::string answer;
+    WaitUntil([&] { return (answer = client.Ask(request)) != former; });
     return answer;
 }
 
@@ -77,7 +67,7 @@ TEST(AsciiService, IsDrivenWithNetcat) {
         Netcat(port, "START\\nSTATE\\nALIGN\\nSTATE\\n"),
         (Texts{"OK", "OK,SCANNING,UNALIGNED,IDLE,\"line.vrjob\"", "OK", "OK,SCANNING,ALIGNED,IDLE,\"line.vrjob\""}));
     TextClient client(port);
-    EXPECT_NE(Other(client, "RESULT height", "OK,INVALID"), "OK,INVALID");
+    EXPECT_NE(WaitForChange(client, "RESULT height", "OK,INVALID"), "OK,INVALID");
     const Texts results = Netcat(port, "STOP\\nRESULT 0\\nRESULT height width\\nRESULT 6\\nSTAMP\\nRESULT 5\\n");
     ASSERT_EQ(results.size(), 6u);
     EXPECT_EQ(results[0], "OK");
@@ -88,7 +78,7 @@ TEST(AsciiService, IsDrivenWithNetcat) {
     EXPECT_EQ(results[5], results[4]);
     EXPECT_EQ(Netcat(port, "RESULT nothing\\nDANCE\\n"),
               (Texts{"ERROR,-999,\"there is no output nothing\"", UnknownCommand}));
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(AsciiService, PushesFramesToNetcat) {
@@ -105,7 +95,7 @@ TEST(AsciiService, PushesFramesToNetcat) {
         EXPECT_EQ(std::stoi(Field(lines[i], 1)), std::stoi(Field(lines[i - 1], 1)) + 1) << "each frame, once";
         EXPECT_EQ(std::stoi(Field(lines[i], 3)), std::stoi(Field(lines[i - 1], 3)) + 1) << "with its own stamp";
     }
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(AsciiService, TakesTheHabitsOfTelnet) {
@@ -130,7 +120,7 @@ TEST(AsciiService, TakesTheHabitsOfTelnet) {
     client.Send("\nQUIT\r\n");
     EXPECT_EQ(client.Line(), "OK") << "the line feed behind the carriage return is no line of its own";
     EXPECT_EQ(client.Line(), "(closed)");
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(AsciiService, IsDrivenByTheProgramOfItsPage) {
@@ -144,7 +134,7 @@ TEST(AsciiService, IsDrivenByTheProgramOfItsPage) {
     EXPECT_EQ(std::ranges::count(answer.output, '\n'), 11) << answer.output;
     EXPECT_NE(answer.output.find(" mm high, 26.000 mm wide\n"), std::string::npos) << answer.output;
     EXPECT_NE(answer.output.find("\nstopped at frame "), std::string::npos) << answer.output;
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(AsciiService, ServesTheOthersWhileOneReadsSlowly) {
@@ -165,7 +155,7 @@ TEST(AsciiService, ServesTheOthersWhileOneReadsSlowly) {
         last = frame;
     }
     EXPECT_EQ(TextClient(port).Ask("STOP"), "OK") << "commands are taken";
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(AsciiService, WritesInvalidValuesAsItsJobSays) {
@@ -175,10 +165,10 @@ TEST(AsciiService, WritesInvalidValuesAsItsJobSays) {
                        {"--recording", folder.File("below.csv"), "--once"});
     TextClient client(sensor.WaitForPort());
     ASSERT_TRUE(sensor.Process().WaitForLine("stands still behind the last frame"));
-    EXPECT_EQ(Other(client, "RESULT height", "OK;n/a"), "OK;-1,25");
+    EXPECT_EQ(WaitForChange(client, "RESULT height", "OK;n/a"), "OK;-1,25");
     EXPECT_EQ(client.Ask("RESULT width;lowest;3"), "OK;n/a;-2,50;n/a;n/a") << "a width needs a point above 0";
     EXPECT_EQ(client.Ask("RESULT text"), "OK;\"frame 0: max -1.250 mm\"") << "a text is as the tool made it";
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(AsciiService, FollowsTheMapOfAJobThatItsClientLoads) {
@@ -193,19 +183,16 @@ TEST(AsciiService, FollowsTheMapOfAJobThatItsClientLoads) {
     const std::string list = "OK,0,\"profile/min\",\"bottom\",\"profile/min\",\"say\",\"profile/text\"";
     EXPECT_EQ(client.Ask("OUTPUTS"), list) << "its map is there as soon as the load has ended";
     EXPECT_EQ(client.Ask("START"), "OK");
-    const std::string result = Other(client, "RESULT 0 bottom", "OK,INVALID,INVALID");
+    const std::string result = WaitForChange(client, "RESULT 0 bottom", "OK,INVALID,INVALID");
     EXPECT_EQ(Field(result, 1), Field(result, 2));
     EXPECT_EQ(client.Ask("RESULT height"), "ERROR,-999,\"there is no output height\"");
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(AsciiService, IsStartedByItsUserAlthoughTheJobLeavesItDisabled) {
     VirtualSensor sensor({"--job", "bare", "--enable", "ascii", "--set", "ascii.invalidText=-"});
-    const std::string line = sensor.Process().WaitForLine("Service ascii").value_or("none");
-    const std::string running = "Service ascii (e-ascii): Running at tcp://127.0.0.1:";
-    ASSERT_EQ(line.substr(0, running.size()), running);
-    TextClient client(static_cast<std::uint16_t>(std::stoi(line.substr(running.size()))));
-    EXPECT_EQ(Field(Other(client, "RESULT height", "OK,-"), 0), "OK");
+    TextClient client(sensor.WaitForAsciiPort());
+    EXPECT_EQ(Field(WaitForChange(client, "RESULT height", "OK,-"), 0), "OK");
     const Answer unknown =
         RunToEnd({VirtualSensor::File(), "--data", TempFolder().Path().string(), "--enable", "telex"});
     EXPECT_EQ(unknown.status, 2);

@@ -1,4 +1,4 @@
-// Maps edited in the file of a job, and what the clients of a running sensor read by them.
+// Maps that are edited in a job's file, and what the clients of a running sensor read then.
 
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
@@ -10,7 +10,7 @@ namespace {
 
 using Services::Ascii::TextClient;
 
-/// The answer of the ASCII service that tells a measurement, and its value once more.
+/// The answer of the ASCII service with the measurement in the registers and, once more, its value.
 std::string AsResult(const std::vector<std::uint16_t>& registers) {
     if (registers.size() < 3) {
         return modbus_strerror(errno);

@@ -10,13 +10,13 @@
 
 namespace Tests {
 
-/// What clients are to read of the last frame of a profile recording, computed in whole thousandths from the digits of
-/// the file: rounding is exact.
+/// The values of the last frame of a profile recording that clients must read. They are computed in whole thousandths
+/// from the digits of the file, so rounding is exact.
 struct LastFrame {
     std::int64_t index = -1;
     std::int64_t max = 0;
     std::int64_t min = 0;
-    std::int64_t mean = 0; ///< ties away from zero
+    std::int64_t mean = 0; ///< rounded half away from zero
     std::int64_t width = 0;
     std::int64_t points = 0;
     bool hasWidth = false;
@@ -46,7 +46,7 @@ struct LastFrame {
         Measure(xs, zs);
     }
 
-    /// A measurement in the registers of a client: thousandths of a millimetre, or of a point.
+    /// The measurements in registers: thousandths of a millimetre, or of a point.
     std::vector<std::int64_t> Values() const { return {max, min, mean, hasWidth ? width : INT32_MIN, points * 1000}; }
 
 private:

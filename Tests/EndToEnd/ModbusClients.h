@@ -17,15 +17,15 @@
 
 namespace Tests {
 
-/// One of three independent clients. Its functions give nothing but what that client's user sees.
+/// One of three independent clients.
 struct ModbusClient {
     const char* name;
     /// Empty when the server answers with an exception.
     std::function<std::vector<std::uint16_t>(std::uint16_t port, int address, int count, bool input)> read;
-    /// 0, or the exception code with which the server refuses.
+    /// Returns the exception code of the server's answer, 0 for none.
     std::function<int(std::uint16_t port, int address, const std::vector<std::uint16_t>& words)> write;
-    /// The file without which it can't run.
-    std::string needs;
+    /// A file that it needs to run.
+    std::string requiredFile;
 };
 
 inline void PrintTo(const ModbusClient& client, std::ostream* out) {
@@ -69,22 +69,22 @@ inline int WriteWithMbpoll(std::uint16_t port, int address, const std::vector<st
         command.push_back(std::to_string(word));
     }
     const Answer answer = RunToEnd(command);
-    const std::string told = answer.output + answer.errors;
-    if (told.find("Written " + std::to_string(words.size())) != std::string::npos) {
+    const std::string printed = answer.output + answer.errors;
+    if (printed.find("Written " + std::to_string(words.size())) != std::string::npos) {
         return 0;
     }
     const std::vector<std::pair<const char*, int>> exceptions = {
         {"Illegal function", 1}, {"Illegal data address", 2}, {"Illegal data value", 3}, {"busy", 6}};
     for (const auto& [text, code] : exceptions) {
-        if (told.find(text) != std::string::npos) {
+        if (printed.find(text) != std::string::npos) {
             return code;
         }
     }
-    ADD_FAILURE() << told;
+    ADD_FAILURE() << printed;
     return -1;
 }
 
-/// The answer of the script that uses the client of the JavaScript world.
+/// Runs client.js, which uses a JavaScript client, and returns its answer.
 inline nlohmann::json AskScript(std::uint16_t port, const std::vector<std::string>& arguments) {
     std::vector<std::string> command = {"node", SourceFile("Tests/EndToEnd/client.js"), std::to_string(port)};
     command.insert(command.end(), arguments.begin(), arguments.end());
@@ -111,12 +111,12 @@ inline int WriteWithScript(std::uint16_t port, int address, const std::vector<st
     return document.is_object() && document.contains("exception") ? document["exception"].get<int>() : 0;
 }
 
-/// A test that each client passes by itself.
+/// A test that is run with each client.
 class ModbusClientTest : public testing::TestWithParam<ModbusClient> {
 protected:
     void SetUp() override {
-        if (!std::filesystem::exists(GetParam().needs)) {
-            GTEST_SKIP() << "there is no " << GetParam().needs;
+        if (!std::filesystem::exists(GetParam().requiredFile)) {
+            GTEST_SKIP() << "there is no " << GetParam().requiredFile;
         }
     }
 };

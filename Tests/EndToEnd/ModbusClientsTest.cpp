@@ -1,16 +1,17 @@
-// Three independent clients read what the started program measures of real recordings.
+// Three independent clients read the measurements of real recordings from the started program.
 
 #include "Tests/EndToEnd/ModbusClients.h"
 
 #include "Tests/EndToEnd/LastFrame.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
+#include "Tests/Support/Threads.h"
 
 namespace Tests {
 namespace {
 
 constexpr int MeasurementRegisters = 3;
 
-/// A value of several registers and its decision, as a client reads them at an address.
+/// A measurement in the registers of a client.
 struct Measured {
     std::int64_t value;
     std::int64_t decision;
@@ -30,26 +31,26 @@ protected:
         ModbusClientTest::SetUp();
     }
 
-    /// Starts the sensor and waits until it stands still behind the last frame.
-    std::uint16_t Play(VirtualSensor& sensor) {
+    /// Waits until the sensor has published the last frame, and returns its port.
+    std::uint16_t WaitForEnd(VirtualSensor& sensor) {
         const std::uint16_t port = sensor.WaitForPort();
         EXPECT_TRUE(sensor.WaitForLastFrame()) << sensor.Process().Errors();
         return port;
     }
 
-    /// The measurement at an address once it is there: the frame is on its way through the service's thread.
+    /// The first `count` measurements of the map. Waits until they are as expected: the last frame may still be
+    /// processed by the service's thread.
     std::vector<Measured> ReadMeasurements(std::uint16_t port, int count, const std::vector<Measured>& expected) {
-        const auto end = std::chrono::steady_clock::now() + Program::Deadline;
-        for (;;) {
-            std::vector<Measured> measured;
+        std::vector<Measured> measured;
+        WaitUntil([&] {
+            measured.clear();
             const auto registers = GetParam().read(port, 0, count * MeasurementRegisters, false);
             for (std::size_t at = 0; at + 2 < registers.size(); at += MeasurementRegisters) {
                 measured.push_back({Signed32(registers, at), registers[at + 2]});
             }
-            if (measured == expected || std::chrono::steady_clock::now() > end) {
-                return measured;
-            }
-        }
+            return measured == expected;
+        });
+        return measured;
     }
 };
 
@@ -65,7 +66,7 @@ TEST_P(ModbusClientsTest, ReadsTheLastOfManySweeps) {
     const std::string file = RecordingFile("sweeps.csv");
     const LastFrame frame(file);
     VirtualSensor sensor({"--recording", file, "--once", "--frame-rate", "200"});
-    const std::uint16_t port = Play(sensor);
+    const std::uint16_t port = WaitForEnd(sensor);
     EXPECT_EQ(ReadMeasurements(port, 5, Expected(frame)), Expected(frame));
 
     const auto stamp = GetParam().read(port, StampAddress, 18, true);
@@ -85,13 +86,13 @@ TEST_P(ModbusClientsTest, ReadsTheOneProfileOfTwoBoxes) {
     const std::string file = RecordingFile("boxes.csv");
     VirtualSensor sensor({"--recording", file, "--once", "--frame-rate", "200"});
     const auto expected = Expected(LastFrame(file));
-    EXPECT_EQ(ReadMeasurements(Play(sensor), 5, expected), expected);
+    EXPECT_EQ(ReadMeasurements(WaitForEnd(sensor), 5, expected), expected);
 }
 
 TEST_P(ModbusClientsTest, ReadsTheLastDiameter) {
     VirtualSensor sensor({"--recording", RecordingFile("diameters.csv"), "--once", "--frame-rate", "200"});
     const std::vector<Measured> expected = {{123, 1}};
-    EXPECT_EQ(ReadMeasurements(Play(sensor), 1, expected), expected);
+    EXPECT_EQ(ReadMeasurements(WaitForEnd(sensor), 1, expected), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, ModbusClientsTest, AllModbusClients, NameOfClient);

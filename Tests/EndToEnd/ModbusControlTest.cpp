@@ -1,8 +1,9 @@
-// Three independent clients drive the started program through its registers.
+// Three independent clients control the started program through its registers.
 
 #include "Tests/EndToEnd/ModbusClients.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
 #include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/Threads.h"
 #include "VorCommon/ArchiveStore.h"
 
 #include <limits>
@@ -14,7 +15,7 @@ constexpr int CommandAddress = 1000;
 constexpr int AnswerAddress = 1100;
 constexpr int SystemAddress = 1200;
 constexpr int ScannerAddress = 1300;
-constexpr std::uint16_t Moved = 300; ///< by how much the measurements stand higher in the second job
+constexpr std::uint16_t Offset = 300; ///< offset of the measurements in the second job
 
 enum CommandId : std::uint16_t {
     Start = 1,
@@ -31,7 +32,7 @@ enum CommandStatus : std::uint16_t { InProgress = 1, Done = 2, Failed = 3 };
 
 enum ExceptionCode { None = 0, IllegalFunction = 1, IllegalAddress = 2, IllegalValue = 3, Busy = 6 };
 
-/// One character a register, as the command registers take the name of a job.
+/// The name of a job in command registers, one character a register.
 std::vector<std::uint16_t> Characters(const std::string& text) {
     return {text.begin(), text.end()};
 }
@@ -49,23 +50,23 @@ protected:
 
     int Write(int address, const std::vector<std::uint16_t>& words) { return GetParam().write(port, address, words); }
 
-    /// Hands a command over without waiting for its end; the exception code.
+    /// Sends a command without waiting for its end. Returns the exception code.
     int Send(CommandId id, const std::vector<std::uint16_t>& arguments = {}) {
         std::vector<std::uint16_t> words = {++requestWord, id};
         words.insert(words.end(), arguments.begin(), arguments.end());
         return Write(CommandAddress, words);
     }
 
-    /// The status of the last command once it has ended.
+    /// Waits for the end of the last command and returns its status.
     std::uint16_t WaitForStatus() {
-        const auto end = std::chrono::steady_clock::now() + Program::Deadline;
-        for (;;) {
+        std::uint16_t status = InProgress;
+        WaitUntil([&] {
             const auto answer = Read(AnswerAddress, 3);
             EXPECT_EQ(answer[0], requestWord) << "the echo of the command";
-            if (answer[1] != InProgress || std::chrono::steady_clock::now() > end) {
-                return answer[1];
-            }
-        }
+            status = answer[1];
+            return status != InProgress;
+        });
+        return status;
     }
 
     std::uint16_t Run(CommandId id, const std::vector<std::uint16_t>& arguments = {}) {
@@ -81,17 +82,6 @@ protected:
 
     std::uint64_t FrameIndex(int stampAddress = StampAddress) { return Unsigned64(Read(stampAddress, 18), 12); }
 
-    /// Waits for a condition on what the client reads.
-    bool Eventually(const std::function<bool()>& condition) {
-        const auto end = std::chrono::steady_clock::now() + Program::Deadline;
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > end) {
-                return false;
-            }
-        }
-        return true;
-    }
-
     std::string LoadedJob() {
         const auto system = Read(SystemAddress, 40);
         return Text(system, 6, 32).substr(0, system[5]);
@@ -101,7 +91,7 @@ protected:
     std::uint16_t requestWord = 0;
 };
 
-/// A job made of the one that the program has written, with its measurements elsewhere.
+/// Writes a copy of the demo job with its measurements at other addresses.
 void WriteMovedJob(const VirtualSensor& sensor, const std::string& name) {
     const std::string entry = "/controls/modbus/config.json";
     VorCommon::ArchiveStore demo(sensor.JobFile("demo"));
@@ -112,7 +102,7 @@ void WriteMovedJob(const VirtualSensor& sensor, const std::string& name) {
     auto& blocks = config["vor:control"]["registerAssemblyList"][0]["blocks"];
     for (auto& block : blocks) {
         if (block["outputId"] < CommandAddress) {
-            block["outputId"] = block["outputId"].get<int>() + Moved;
+            block["outputId"] = block["outputId"].get<int>() + Offset;
         }
     }
     const std::string text = config.dump();
@@ -128,14 +118,17 @@ TEST_P(ModbusControlTest, StartsTheScanSeesValuesMoveAndStopsIt) {
     EXPECT_EQ(FrameIndex(), 0U);
 
     EXPECT_EQ(Run(Start), Done);
-    EXPECT_TRUE(Eventually([&] { return Read(SystemAddress, 40)[4] == 1; })) << "the state of the run";
+    EXPECT_TRUE(WaitUntil([&] { return Read(SystemAddress, 40)[4] == 1; })) << "the state of the run";
     const std::uint64_t first = FrameIndex();
-    EXPECT_TRUE(Eventually([&] { return FrameIndex() > first; }));
+    EXPECT_TRUE(WaitUntil([&] { return FrameIndex() > first; }));
 
     EXPECT_EQ(Run(Stop), Done);
-    EXPECT_TRUE(Eventually([&] { return Read(SystemAddress, 40)[4] == 0; }));
+    EXPECT_TRUE(WaitUntil([&] { return Read(SystemAddress, 40)[4] == 0; }));
     std::uint64_t last = FrameIndex();
-    EXPECT_TRUE(Eventually([&] { return std::exchange(last, FrameIndex()) == last; })) << "frames on their way";
+    EXPECT_TRUE(WaitUntil([&] {
+        const std::uint64_t former = std::exchange(last, FrameIndex());
+        return former == last;
+    })) << "frames on their way";
     for (int i = 0; i < 10; ++i) {
         EXPECT_EQ(FrameIndex(), last);
     }
@@ -145,10 +138,10 @@ TEST_P(ModbusControlTest, AlignsAndClearsTheAlignment) {
     VirtualSensor sensor({"--no-scan", "--align-time", "50"});
     Connect(sensor);
     EXPECT_EQ(Run(Align), Done);
-    EXPECT_TRUE(Eventually([&] { return Read(ScannerAddress, 10)[8] == 1; })) << "aligned";
+    EXPECT_TRUE(WaitUntil([&] { return Read(ScannerAddress, 10)[8] == 1; })) << "aligned";
     EXPECT_EQ(Run(Align), Done) << "again";
     EXPECT_EQ(Run(ClearAlign), Done);
-    EXPECT_TRUE(Eventually([&] { return Read(ScannerAddress, 10)[8] == 0; })) << "not aligned";
+    EXPECT_TRUE(WaitUntil([&] { return Read(ScannerAddress, 10)[8] == 0; })) << "not aligned";
 }
 
 TEST_P(ModbusControlTest, SeesAnAlignmentFail) {
@@ -174,17 +167,17 @@ TEST_P(ModbusControlTest, LoadsAnotherJobAndReadsByItsMap) {
     Connect(sensor);
     WriteMovedJob(sensor, "second");
     const std::vector<std::uint16_t> demo = Read(0, 15);
-    EXPECT_TRUE(Eventually([&] { return LoadedJob() == "demo.vrjob"; }));
+    EXPECT_TRUE(WaitUntil([&] { return LoadedJob() == "demo.vrjob"; }));
 
     EXPECT_EQ(Load("second"), Done);
-    EXPECT_TRUE(Eventually([&] { return LoadedJob() == "second.vrjob"; }));
-    const std::uint64_t first = FrameIndex(StampAddress + Moved);
-    EXPECT_TRUE(Eventually([&] { return FrameIndex(StampAddress + Moved) > first; }));
-    EXPECT_EQ(Read(Moved, 15)[2], 1U) << "a decision";
+    EXPECT_TRUE(WaitUntil([&] { return LoadedJob() == "second.vrjob"; }));
+    const std::uint64_t first = FrameIndex(StampAddress + Offset);
+    EXPECT_TRUE(WaitUntil([&] { return FrameIndex(StampAddress + Offset) > first; }));
+    EXPECT_EQ(Read(Offset, 15)[2], 1U) << "a decision";
     EXPECT_EQ(Write(0, {1}), IllegalAddress) << "there is no block any more";
 
     EXPECT_EQ(Load("demo.vrjob"), Done);
-    EXPECT_TRUE(Eventually([&] { return LoadedJob() == "demo.vrjob"; }));
+    EXPECT_TRUE(WaitUntil([&] { return LoadedJob() == "demo.vrjob"; }));
     EXPECT_EQ(Read(0, 15).size(), demo.size());
 }
 
@@ -196,9 +189,9 @@ TEST_P(ModbusControlTest, KeepsTheJobWhenAnotherIsMissingOrDamaged) {
     EXPECT_EQ(Load("damaged"), Failed);
     EXPECT_EQ(Load("../demo"), Failed);
     EXPECT_EQ(Load(""), Failed);
-    EXPECT_TRUE(Eventually([&] { return LoadedJob() == "demo.vrjob"; }));
+    EXPECT_TRUE(WaitUntil([&] { return LoadedJob() == "demo.vrjob"; }));
     const std::uint64_t first = FrameIndex();
-    EXPECT_TRUE(Eventually([&] { return FrameIndex() > first; })) << "the scan goes on";
+    EXPECT_TRUE(WaitUntil([&] { return FrameIndex() > first; })) << "the scan goes on";
     const std::string log = sensor.Process().Errors();
     EXPECT_NE(log.find(sensor.JobFile("nowhere")), std::string::npos) << log;
     EXPECT_NE(log.find(sensor.JobFile("damaged")), std::string::npos) << log;
@@ -211,7 +204,7 @@ TEST_P(ModbusControlTest, TriggersSingleFrames) {
     EXPECT_EQ(text(), "");
     for (std::uint64_t frame = 0; frame < 3; ++frame) {
         EXPECT_EQ(Run(Trigger), Done);
-        EXPECT_TRUE(Eventually([&] { return text().starts_with("frame " + std::to_string(frame) + ":"); })) << text();
+        EXPECT_TRUE(WaitUntil([&] { return text().starts_with("frame " + std::to_string(frame) + ":"); })) << text();
         EXPECT_EQ(FrameIndex(), frame);
     }
     EXPECT_EQ(Run(Stop), Done);
@@ -253,7 +246,7 @@ TEST_P(ModbusControlTest, MayOnlyReadFromWhereItMayNotWrite) {
 
 INSTANTIATE_TEST_SUITE_P(Of, ModbusControlTest, AllModbusClients, NameOfClient);
 
-/// What doesn't depend on the client.
+/// Tests that don't depend on the client.
 class ControlledSensorTest : public ModbusControlTest {};
 
 TEST_P(ControlledSensorTest, KeepsTheConnectionWhenAJobIsLoaded) {
@@ -263,7 +256,7 @@ TEST_P(ControlledSensorTest, KeepsTheConnectionWhenAJobIsLoaded) {
     ModbusReader other(port);
     ASSERT_EQ(other.Read(0, 15).size(), 15U);
     EXPECT_EQ(Load("second"), Done);
-    EXPECT_EQ(other.Read(Moved, 15).size(), 15U) << "over the same connection";
+    EXPECT_EQ(other.Read(Offset, 15).size(), 15U) << "over the same connection";
 }
 
 TEST_P(ControlledSensorTest, TakesARequestWordOnceWhoeverWritesIt) {
@@ -272,7 +265,7 @@ TEST_P(ControlledSensorTest, TakesARequestWordOnceWhoeverWritesIt) {
     EXPECT_EQ(Run(Start), Done);
     EXPECT_EQ(Write(CommandAddress, {requestWord, Invalid}), None) << "a second client with the same word";
     EXPECT_EQ(Read(AnswerAddress, 3), (std::vector<std::uint16_t>{requestWord, Done, 0}));
-    EXPECT_TRUE(Eventually([&] { return FrameIndex() > 0; }));
+    EXPECT_TRUE(WaitUntil([&] { return FrameIndex() > 0; }));
 }
 
 TEST_P(ControlledSensorTest, RunsTheExampleOfTheDocumentation) {
@@ -289,7 +282,7 @@ TEST_P(ControlledSensorTest, RunsTheExampleOfTheDocumentation) {
     };
     const Answer started = example({"start"});
     EXPECT_EQ(started.status, 0) << started.output << started.errors;
-    EXPECT_TRUE(Eventually([&] { return FrameIndex() > 0; }));
+    EXPECT_TRUE(WaitUntil([&] { return FrameIndex() > 0; }));
     EXPECT_EQ(example({"stop"}).status, 0);
     EXPECT_EQ(example({"align"}).status, 1);
     EXPECT_EQ(example({"load-job", "demo"}).status, 0);

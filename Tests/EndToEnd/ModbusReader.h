@@ -10,7 +10,7 @@
 
 namespace Tests {
 
-/// A client made with the C library of that protocol.
+/// A client that uses the C library of the protocol.
 class ModbusReader {
 public:
     explicit ModbusReader(std::uint16_t port)
@@ -25,7 +25,7 @@ public:
     ModbusReader(const ModbusReader&) = delete;
     ModbusReader& operator=(const ModbusReader&) = delete;
 
-    /// Empty when the server answers with an exception; errno tells which.
+    /// Empty when the server answers with an exception, which is in errno.
     std::vector<std::uint16_t> Read(int address, int count, bool input = false) {
         std::vector<std::uint16_t> registers(static_cast<std::size_t>(count));
         const int read = input ? modbus_read_input_registers(context, address, count, registers.data())
@@ -52,7 +52,7 @@ inline std::uint64_t Unsigned64(const std::vector<std::uint16_t>& registers, std
     return value;
 }
 
-/// Text of two characters a register, up to its first zero.
+/// The text in `count` registers, two characters a register, up to the first zero.
 inline std::string Text(const std::vector<std::uint16_t>& registers, std::size_t at, std::size_t count) {
     std::string text;
     for (std::size_t i = at; i < at + count; ++i) {

@@ -1,66 +1,42 @@
-// The Modbus service of the started program, with the embedded input.
+// The Modbus service of the started program, with the generated part as input.
 
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
+#include "Tests/Services/Modbus/RawClient.h"
 #include "Tests/Support/BuildFolders.h"
-
-#include <arpa/inet.h>
-#include <sys/socket.h>
 
 #include <nlohmann/json.hpp>
 
 namespace Tests {
 namespace {
 
-using namespace std::chrono_literals;
+using Services::Modbus::RawClient;
 
-/// Ends the sensor as its user does, and checks that it ends well.
-void EndWell(VirtualSensor& sensor, int signal = SIGTERM) {
-    sensor.Process().Signal(signal);
-    EXPECT_EQ(sensor.Process().WaitForExit(2s), 0) << sensor.Process().Output() << sensor.Process().Errors();
-}
-
-/// A bare connection to the service.
-class Connection {
-public:
-    explicit Connection(std::uint16_t port)
-        : fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    }
-    ~Connection() { close(fd); }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-
-    const int fd;
-};
 
 TEST(ModbusService, EndsWellOnEachSignal) {
     for (const int signal : {SIGTERM, SIGINT}) {
         VirtualSensor sensor;
         ASSERT_NE(sensor.WaitForPort(), 0);
         ASSERT_TRUE(sensor.Process().WaitForLine("Scanning."));
-        EndWell(sensor, signal);
+        ExpectEndWell(sensor.Process(), signal);
     }
 }
 
 TEST(ModbusService, EndsWellWithClientsThatMisbehave) {
     VirtualSensor sensor({"--frame-rate", "1000"});
     const std::uint16_t port = sensor.WaitForPort();
-    const unsigned char request[] = {0, 1, 0, 0, 0, 6, 1, 3, 0, 0, 0, 56};
-    const Connection silent(port);
-    const Connection half(port);
-    const Connection deaf(port);
-    EXPECT_EQ(send(half.fd, request, 7, MSG_NOSIGNAL), 7);
+    const Services::Modbus::Bytes request = {0, 1, 0, 0, 0, 6, 1, 3, 0, 0, 0, 56};
+    const RawClient silent(port);
+    EXPECT_TRUE(silent.Connected());
+    RawClient half(port);
+    half.Send({request.begin(), request.begin() + 7});
+    RawClient deaf(port);
     for (int refusals = 0; refusals < 10;) {
-        refusals += send(deaf.fd, request, sizeof request, MSG_NOSIGNAL | MSG_DONTWAIT) < 0 ? 1 : 0;
+        refusals += deaf.SendSome(request) == 0 ? 1 : 0;
     }
     ModbusReader reader(port);
     EXPECT_EQ(reader.Read(0, 56).size(), 56u) << "the others are served";
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(ModbusService, ShowsOneFrameInEachRequest) {
@@ -114,8 +90,8 @@ TEST(ModbusService, SaysThatItsPortIsInUseAndTheSensorGoesOn) {
     EXPECT_TRUE(second.Process().WaitForLine("Scanning."));
     ModbusReader reader(port);
     EXPECT_EQ(reader.Read(0, 3).size(), 3u);
-    EndWell(second);
-    EndWell(first);
+    ExpectEndWell(second.Process());
+    ExpectEndWell(first.Process());
 }
 
 TEST(ModbusService, TakesItsParametersFromTheCommandLine) {
@@ -157,7 +133,7 @@ TEST(ModbusService, HasItsMapInTheJobWhichAnyToolCanList) {
                                              "12 Measurement profile/points", "16 Stamp profile/stamp",
                                              "40 String profile/text", "1000 ControlInput", "1100 ControlOutput",
                                              "1200 System", "1300 Scanner"}));
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 TEST(ModbusService, IsLeftAloneByPlugInsThatMisbehave) {
@@ -177,7 +153,7 @@ TEST(ModbusService, IsLeftAloneByPlugInsThatMisbehave) {
     EXPECT_NE(sensor.Process().Output().find("text.so is refused: "), std::string::npos) << sensor.Process().Output();
     ModbusReader reader(port);
     EXPECT_EQ(reader.Read(0, 15).size(), 15u);
-    EndWell(sensor);
+    ExpectEndWell(sensor.Process());
 }
 
 } // namespace

@@ -14,9 +14,11 @@
 #include <unistd.h>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 namespace Tests {
 
-/// A program that is started with arguments and ended at destruction. Whatever a test waits for has a deadline.
+/// A program that is started with arguments and killed at destruction. Each wait has a deadline.
 class Program {
 public:
     static constexpr std::chrono::seconds Deadline{20};
@@ -53,7 +55,8 @@ public:
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    /// The next line on stdout that holds the text; none when the program ended or the deadline passed before.
+    /// Waits for the next line on stdout that contains the text. Nothing when the program ends or the deadline passes
+    /// before.
     std::optional<std::string> WaitForLine(const std::string& text) {
         const auto end = std::chrono::steady_clock::now() + Deadline;
         for (;;) {
@@ -72,7 +75,8 @@ public:
 
     void Signal(int number) { kill(pid, number); }
 
-    /// The exit status, 128 and the signal's number after a signal, none when it runs on at the deadline.
+    /// Waits for the exit status, which is 128 plus the signal's number after a signal. Nothing when the program still
+    /// runs at the deadline.
     std::optional<int> WaitForExit(std::chrono::milliseconds deadline = Deadline) {
         const auto end = std::chrono::steady_clock::now() + deadline;
         while (!status && ReadSome(end)) {
@@ -90,7 +94,7 @@ public:
         return status;
     }
 
-    /// All that was written to stdout.
+    /// Everything that was read from stdout.
     const std::string& Output() const { return all; }
     std::string Errors() const { return ReadWholeFile(folder.File("stderr")); }
 
@@ -115,16 +119,22 @@ private:
     pid_t pid = -1;
     int output = -1;
     std::optional<int> status;
-    std::string unread;
+    std::string unread; ///< what WaitForLine hasn't returned yet
     std::string all;
 };
 
-/// What a program wrote to stdout, run to its end.
+/// What a program that has ended wrote.
 struct Answer {
     int status;
     std::string output;
     std::string errors;
 };
+
+/// Ends the program as its user does, and expects that it ends in time with status 0.
+inline void ExpectEndWell(Program& program, int signal = SIGTERM) {
+    program.Signal(signal);
+    EXPECT_EQ(program.WaitForExit(std::chrono::seconds(2)), 0) << program.Output() << program.Errors();
+}
 
 inline Answer RunToEnd(const std::vector<std::string>& command) {
     Program program(command);

@@ -1,4 +1,4 @@
-// What becomes of the program and its jobs when a service asks for a restart or a factory restore.
+// The program and its jobs when a service requests a restart or a factory restore.
 
 #include "Tests/EndToEnd/VirtualSensor.h"
 #include "Tests/Support/BuildFolders.h"
@@ -8,8 +8,6 @@
 
 namespace Tests {
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr const char* ServiceConfig = R"({"version":"1","vor:control":{"enabled":true}})";
 
@@ -32,7 +30,7 @@ protected:
 
     std::string JobFile(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
 
-    /// Lets the job "test" enable a service.
+    /// Enables a service in the job "test".
     void Enable(const std::string& service) const { Write(JobFile("test"), "/controls/" + service + "/config.json"); }
 
     std::vector<std::string> Command() const {
@@ -66,8 +64,7 @@ TEST_F(RestartTest, AFactoryRestoreLoadsAFreshDemoJobAndKeepsTheOthers) {
     Program program(Command());
     ASSERT_TRUE(program.WaitForLine("Factory restore: ")) << program.Errors();
     ASSERT_TRUE(program.WaitForLine("Loaded job: demo.vrjob")) << program.Errors();
-    program.Signal(SIGTERM);
-    EXPECT_EQ(program.WaitForExit(2s), 0) << program.Errors();
+    ExpectEndWell(program);
     EXPECT_EQ(Entries(JobFile("demo")),
               (std::vector<std::string>{"controls/ascii/config.json", "controls/modbus/config.json"}));
     EXPECT_EQ(Entries(JobFile("test")), std::vector<std::string>{"controls/restoresFactory/config.json"});

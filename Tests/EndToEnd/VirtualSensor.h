@@ -19,7 +19,7 @@ inline std::string RecordingFile(const std::string& name) {
     return (RecordingsFolder() / name).string();
 }
 
-/// The virtual sensor as its user starts it, with a data folder of its own.
+/// The virtual sensor, started with a data folder of its own.
 class VirtualSensor {
 public:
     static std::string File() { return BuiltFile("vorsensor"); }
@@ -27,14 +27,22 @@ public:
     explicit VirtualSensor(std::vector<std::string> arguments = {}, const std::string& port = "0")
         : program(Command(std::move(arguments), port, data.Path().string())) {}
 
-    /// Waits for the line that tells the state of the Modbus service, and gives it.
+    /// Waits for the line with the state of the Modbus service.
     std::string ServiceLine() { return program.WaitForLine("Service modbus (Modbus TCP):").value_or("none"); }
 
-    /// Waits until the Modbus service runs; its port, 0 when it doesn't run.
-    std::uint16_t WaitForPort() { return PortOf(ServiceLine()); }
-    /// The same of the ASCII service, whose line comes before.
+    /// Waits until the Modbus service runs and returns its port; 0 when it doesn't run.
+    std::uint16_t WaitForPort() { return PortOf(ServiceLine(), program); }
+    /// The same for the ASCII service, whose line is printed before.
     std::uint16_t WaitForAsciiPort() {
-        return PortOf(program.WaitForLine("Service ascii (e-ascii):").value_or("none"));
+        return PortOf(program.WaitForLine("Service ascii (e-ascii):").value_or("none"), program);
+    }
+    /// The port in the line of a service; 0 when the service doesn't run.
+    static std::uint16_t PortOf(const std::string& line, const Program& sensor) {
+        const std::string running = "Running at tcp://127.0.0.1:";
+        const auto at = line.find(running);
+        EXPECT_NE(at, std::string::npos) << line << sensor.Errors();
+        return at == std::string::npos ? std::uint16_t{0}
+                                       : static_cast<std::uint16_t>(std::stoi(line.substr(at + running.size())));
     }
 
     bool WaitForLastFrame() { return program.WaitForLine("stands still behind the last frame").has_value(); }
@@ -44,14 +52,6 @@ public:
     std::string JobFile(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
 
 private:
-    std::uint16_t PortOf(const std::string& line) const {
-        const std::string running = "Running at tcp://127.0.0.1:";
-        const auto at = line.find(running);
-        EXPECT_NE(at, std::string::npos) << line << program.Errors();
-        return at == std::string::npos ? std::uint16_t{0}
-                                       : static_cast<std::uint16_t>(std::stoi(line.substr(at + running.size())));
-    }
-
     static std::vector<std::string> Command(std::vector<std::string> arguments, const std::string& port,
                                             const std::string& folder) {
         const bool ownPlugins = std::ranges::find(arguments, "--plugins") != arguments.end();

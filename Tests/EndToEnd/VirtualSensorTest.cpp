@@ -1,4 +1,4 @@
-// The started program and its user: what it tells, what it refuses, how it ends.
+// The started program: what it prints, what it refuses, how it ends.
 
 #include "Tests/EndToEnd/VirtualSensor.h"
 
@@ -10,9 +10,7 @@
 namespace Tests {
 namespace {
 
-using namespace std::chrono_literals;
-
-/// The program with a data folder that the test prepares.
+/// The program, and a data folder that the test prepares.
 class PreparedSensor : public ::testing::Test {
 protected:
     std::string JobFile(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
@@ -84,8 +82,7 @@ TEST_F(PreparedSensor, NeverWritesAnExistingJobUnasked) {
     for (const std::string value : {"0", "7"}) {
         Program program(Command({"--modbus-port", "0", "--set", "modbus.unitId=" + value}));
         ASSERT_TRUE(program.WaitForLine("Scanning."));
-        program.Signal(SIGTERM);
-        EXPECT_EQ(program.WaitForExit(2s), 0);
+        ExpectEndWell(program);
         const std::string after = ReadWholeFile(JobFile("demo"));
         EXPECT_FALSE(after.empty());
         if (!before.empty()) {
@@ -103,8 +100,7 @@ TEST_F(PreparedSensor, NamesTheSourcesThatTheInputLacks) {
     EXPECT_TRUE(program.WaitForLine("The input has no data source profile/max: the registers at 0-2 "));
     EXPECT_TRUE(program.WaitForLine("The input has no data source profile/text: the registers at 40-55 "));
     EXPECT_TRUE(program.WaitForLine("Not scanning."));
-    program.Signal(SIGINT);
-    EXPECT_EQ(program.WaitForExit(2s), 0);
+    ExpectEndWell(program, SIGINT);
 }
 
 TEST_F(PreparedSensor, RunsOnWhenAStartThrowsNoException) {
@@ -112,8 +108,7 @@ TEST_F(PreparedSensor, RunsOnWhenAStartThrowsNoException) {
     Program program(Command({"--job", "test", "--plugins", BuiltFile("test-plugins")}));
     EXPECT_TRUE(program.WaitForLine("Service startThrowsInt"));
     EXPECT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
-    program.Signal(SIGTERM);
-    EXPECT_EQ(program.WaitForExit(2s), 0) << program.Errors();
+    ExpectEndWell(program);
     EXPECT_NE(program.Errors().find("unknown exception"), std::string::npos) << program.Errors();
 }
 
@@ -148,8 +143,7 @@ TEST_F(PreparedSensor, EndsInTimeWhenAServiceDoesntStop) {
     Program program(Command({"--job", "test", "--plugins", BuiltFile("test-plugins")}));
     ASSERT_TRUE(program.WaitForLine("Service stopHangs (Fixture stopHangs): Running"));
     ASSERT_TRUE(program.WaitForLine("Scanning."));
-    program.Signal(SIGTERM);
-    EXPECT_EQ(program.WaitForExit(2s), 0);
+    ExpectEndWell(program);
     EXPECT_NE(program.Errors().find("a service doesn't stop"), std::string::npos) << program.Errors();
 }
 

@@ -1,13 +1,12 @@
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MemoryStore.h"
+#include "Tests/Support/Results.h"
 #include "Vor/ByteVector.h"
-#include "VorApi/Object.h"
 #include "VorApi/Params/PropertyValue.h"
+#include "VorApi/Threads/ScopeLock.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
-#include "VorMsg/ResultSet.h"
-#include "VorMsg/VvMeasureMsg.h"
 #include "VorPlugin/PluginManager.h"
 
 #include <chrono>
@@ -25,7 +24,7 @@ using Bytes = std::vector<unsigned char>;
 
 namespace {
 
-/// The sample service in a module of its own, loaded from its library as a sensor does it.
+/// The sample service in a module, loaded from its library as a sensor does.
 class SampleServiceTest : public testing::Test {
 protected:
     SampleServiceTest() {
@@ -47,56 +46,48 @@ protected:
         WatchResults();
     }
 
-    /// Publishes a result set with one measurement, and waits until the service has taken it.
+    /// Publishes a result set with one measurement, and waits until the service has processed it.
     void Publish(const std::string& source, double value) {
-        Vor::Object message;
-        Vor::Object record;
-        Vor::Object info;
-        Vor::Object set;
-        ASSERT_EQ(VvMeasureMsg_Construct(message.Out(), value, 1), yOK);
-        ASSERT_EQ(yMsgInfo_Construct(record.Out(), message.Release(), 0, 0), yOK);
-        ASSERT_EQ(ResultInfo_Construct(info.Out(), ResultInfo_TypeMeasurement, source), yOK);
-        ASSERT_EQ(ResultSet_Construct(set.Out()), yOK);
-        ASSERT_EQ(ResultSet_Add(set.Get(), record.Release(), info.Release(), 0), yOK);
-        const int before = Taken();
-        environ.hub.Publish(set.Get());
+        const int before = Processed();
+        environ.hub.Publish(Tests::Results().Measurement(source, value).Get());
         std::unique_lock lock(mutex);
-        ASSERT_TRUE(changed.wait_for(lock, std::chrono::seconds(10), [&] { return taken > before; }));
+        ASSERT_TRUE(changed.wait_for(lock, std::chrono::seconds(10), [&] { return processed > before; }));
     }
 
     template <class T>
     T Property(const char* name) {
-        Sample().NonPersistentPropertiesBeginLock();
-        const T value = dynamic_cast<Vor::Properties::Value<T>&>(Sample().Properties().At(name)).Get();
-        Sample().NonPersistentPropertiesEndLock();
-        return value;
+        const PropertiesLock lock(Sample());
+        return dynamic_cast<Vor::Properties::Value<T>&>(Sample().Properties().At(name)).Get();
     }
 
     Bytes Registers() { return Property<Vor::Properties::ByteVector>("registers").Bytes(); }
 
-    std::mutex mutex; ///< guards `taken`
+    std::mutex mutex; ///< guards `processed`
     std::condition_variable changed;
-    int taken = 0;
+    int processed = 0;
     VorPlugin::PluginManager plugins;
     Tests::ControlEnviron environ;
     Tests::MemoryStore store;
     std::unique_ptr<VorControl::ControlModule> module;
 
 private:
+    using PropertiesLock =
+        Vor::ScopeLock<VorControl::IControlInstance, &VorControl::IControlInstance::NonPersistentPropertiesBeginLock,
+                       &VorControl::IControlInstance::NonPersistentPropertiesEndLock>;
+
     /// The handler runs under the properties lock, before the count is stored.
     void WatchResults() {
-        Sample().NonPersistentPropertiesBeginLock();
+        const PropertiesLock lock(Sample());
         Sample().Properties().At("resultCount").AddChangeHandler([this](Vor::Properties::Node&) {
             const std::lock_guard lock(mutex);
-            ++taken;
+            ++processed;
             changed.notify_all();
         });
-        Sample().NonPersistentPropertiesEndLock();
     }
 
-    int Taken() {
+    int Processed() {
         const std::lock_guard lock(mutex);
-        return taken;
+        return processed;
     }
 };
 

@@ -10,7 +10,7 @@
 
 namespace Tests {
 
-/// A plain TCP socket to a port of 127.0.0.1. Whatever it waits for has a deadline.
+/// A plain TCP socket to a port of 127.0.0.1. Each wait has a deadline.
 class TcpClient {
 public:
     static constexpr int DeadlineMilliseconds = 10000;
@@ -37,13 +37,14 @@ public:
     void HalfClose() { shutdown(fd, SHUT_WR); }
 
 protected:
-    /// Sends as much as the connection takes without waiting; how many bytes that was.
+    /// Sends as much as possible without waiting; returns the number of bytes.
     std::size_t SendSomeOf(const void* bytes, std::size_t size) {
         const ssize_t sent = send(fd, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
         return sent < 0 ? 0 : static_cast<std::size_t>(sent);
     }
 
-    bool Readable() {
+    /// Waits for bytes or the end of the connection; false at the deadline.
+    bool WaitForBytes() {
         pollfd wait{fd, POLLIN, 0};
         return poll(&wait, 1, DeadlineMilliseconds) == 1;
     }

@@ -1,17 +1,17 @@
-// What the service keeps in the job: it lives in a module, fed by the result hub.
+// What the service saves in the job. It runs in a module and gets results from the result hub.
 
 #include "Services/Ascii/AsciiProtocol.h"
 #include "Tests/Services/Ascii/TextClient.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MainLoopThread.h"
 #include "Tests/Support/MemoryStore.h"
+#include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/TestService.h"
-#include "Vor/JsonSerializer.h"
+#include "Tests/Support/Threads.h"
 #include "Vor/Logging.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
 
-#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,7 +22,6 @@
 namespace Services::Ascii {
 namespace {
 
-using namespace std::chrono_literals;
 using nlohmann::json;
 using VorCommon::PersistDomain;
 using VorControl::ControlProtocol::ProtocolStatus;
@@ -70,24 +69,10 @@ protected:
         return json::parse(store.files.at(ConfigPath));
     }
 
-    std::uint16_t Port() {
-        Instance().NonPersistentPropertiesBeginLock();
-        const json document = Vor::Properties::JsonSerializer::Serialize(Instance().Properties());
-        Instance().NonPersistentPropertiesEndLock();
-        const std::string address = document["address"];
-        return address.empty() ? std::uint16_t{0}
-                               : static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
-    }
+    std::uint16_t Port() { return Tests::PortOf(Tests::PropertiesOf(Instance())["address"]); }
 
-    /// Waits until the list of outputs is so.
-    bool Lists(TextClient& client, const std::string& expected) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (client.Ask("OUTPUTS") != expected) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-        }
-        return true;
+    bool WaitForOutputs(TextClient& client, const std::string& expected) {
+        return Tests::WaitUntil([&] { return client.Ask("OUTPUTS") == expected; });
     }
 
     Tests::MainLoopThread mainLoop;
@@ -140,9 +125,9 @@ TEST_F(AsciiJobTest, SavesWhatItLoaded) {
 TEST_F(AsciiJobTest, GivesClientsTheOutputsOfAnotherJobWhileTheyStay) {
     Load(Config({{"port", 0}}, Blocks, Map));
     TextClient client(Port());
-    EXPECT_TRUE(Lists(client, List));
+    EXPECT_TRUE(WaitForOutputs(client, List));
     Load(Config({{"port", 0}}, json::array({Blocks[0]}), json::array({Map[1]})));
-    EXPECT_TRUE(Lists(client, "OK,0,\"a\",\"height\",\"a\""));
+    EXPECT_TRUE(WaitForOutputs(client, "OK,0,\"a\",\"height\",\"a\""));
     Load({{"version", "1"}, {"vor:control", {{"enabled", true}}}});
     EXPECT_EQ(client.Ask("OUTPUTS"), "OK,0,\"a\",\"height\",\"a\"")
         << "a job that says nothing of them changes nothing";
@@ -155,7 +140,7 @@ TEST_F(AsciiJobTest, HasItsDefaultsWithADamagedJob) {
     config["vor:control"]["outputs"]["map"] = {{{"outputId", 7}}};
     Load(config);
     TextClient client(Port());
-    EXPECT_TRUE(Lists(client, "OK,0,\"a\",7,\"s\"")) << "a map that can't be read is empty";
+    EXPECT_TRUE(WaitForOutputs(client, "OK,0,\"a\",7,\"s\"")) << "a map that can't be read is empty";
     LoadText("{");
     EXPECT_EQ(client.Ask("RESULT 0"), "OK,INVALID") << "the service runs on";
 }
@@ -165,7 +150,7 @@ TEST_F(AsciiJobTest, GoesOnWithParametersThatDoNotGoTogether) {
     TextClient client(Port());
     const Vor::LogCapture log;
     Load(Config({{"port", 0}, {"decimalSeparator", 1}}, Blocks, json::array({Map[0]})));
-    EXPECT_TRUE(Lists(client, "OK,0,\"a\",7,\"s\",\"depth\",\"b\"")) << "the rest of the job is there";
+    EXPECT_TRUE(WaitForOutputs(client, "OK,0,\"a\",7,\"s\",\"depth\",\"b\"")) << "the rest of the job is there";
     EXPECT_EQ(Save()["vor:control"]["parameters"]["decimalSeparator"], 1)
         << "and the parameters are kept to be put right";
 }

@@ -15,7 +15,7 @@ namespace {
 using nlohmann::json;
 using Vor::Properties::JsonSerializer;
 
-/// What the parameters say to these values; empty when they take them.
+/// The text with which the parameters refuse the values; empty when they accept them.
 std::string Refusal(const json& values) {
     AsciiParams params;
     try {

@@ -1,4 +1,4 @@
-// Clients of the running service; the operations on the sensor are real, what they act on is fake.
+// Clients of the running service. The operations are real, the sensor behind them is a fake.
 
 #include "Services/Ascii/AsciiProtocol.h"
 
@@ -6,7 +6,9 @@
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MainLoopThread.h"
 #include "Tests/Support/Results.h"
+#include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/Signal.h"
+#include "Tests/Support/Threads.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/TextIdStandardOutputs.h"
@@ -45,45 +47,24 @@ protected:
         values["port"] = 0;
         Vor::Properties::JsonSerializer::Deserialize(service->Params(), values);
         service->Start();
-        const std::string address = Properties()["address"];
-        port = static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
+        port = Tests::PortOf(Properties()["address"]);
         client = std::make_unique<TextClient>(port);
     }
 
-    json Properties() {
-        service->NonPersistentPropertiesBeginLock();
-        json document = Vor::Properties::JsonSerializer::Serialize(service->Properties());
-        service->NonPersistentPropertiesEndLock();
-        return document;
+    json Properties() { return Tests::PropertiesOf(*service); }
+
+    bool WaitForProperty(const char* property, std::uint64_t value) {
+        return Tests::WaitUntil([&] { return Properties()[property] == value; });
     }
 
-    /// Waits until a property has this value.
-    bool Becomes(const char* property, std::uint64_t value) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (Properties()[property] != value) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-            std::this_thread::yield();
-        }
-        return true;
-    }
-
-    /// Waits until a request is answered so.
-    bool Answers(const std::string& request, const std::string& expected) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (client->Ask(request) != expected) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-        }
-        return true;
+    bool WaitForAnswer(const std::string& request, const std::string& expected) {
+        return Tests::WaitUntil([&] { return client->Ask(request) == expected; });
     }
 
     void Publish(const Results& results) { environ.application.hub.Publish(results.Get()); }
 
-    /// From now on the main loop stands still in each call of the sensor, until `release` is set.
-    void Hold() {
+    /// From now on the main loop waits in each call of the sensor until `release` is set.
+    void HoldMainLoop() {
         environ.system.OnCall([this](const std::string&) {
             held.Set();
             release.Wait();
@@ -135,7 +116,7 @@ TEST_F(AsciiProtocolTest, SaysWhyACommandFailed) {
 }
 
 TEST_F(AsciiProtocolTest, AnswersBusyWhileACommandRunsAndServesTheOthers) {
-    Hold();
+    HoldMainLoop();
     EXPECT_TRUE(client->Send("START\r\n"));
     ASSERT_TRUE(held.Wait());
     TextClient other(port);
@@ -150,7 +131,7 @@ TEST_F(AsciiProtocolTest, AnswersBusyWhileACommandRunsAndServesTheOthers) {
 TEST_F(AsciiProtocolTest, AnswersBusyWhileAnOperationOfAnotherServiceRuns) {
     Tests::Signal ended;
     const auto id = environ.host.AddOpEndEventHandler("other", [&](int) { ended.Set(); });
-    Hold();
+    HoldMainLoop();
     environ.host.StartScan("other");
     ASSERT_TRUE(held.Wait());
     {
@@ -159,13 +140,13 @@ TEST_F(AsciiProtocolTest, AnswersBusyWhileAnOperationOfAnotherServiceRuns) {
     }
     release.Set();
     EXPECT_TRUE(ended.Wait());
-    EXPECT_TRUE(Answers("STOP", "OK"));
+    EXPECT_TRUE(WaitForAnswer("STOP", "OK"));
     auto handler = id;
     environ.host.RemoveOpEndEventHandler("other", handler);
 }
 
 TEST_F(AsciiProtocolTest, AnswersAClientThatHasClosedItsSide) {
-    Hold();
+    HoldMainLoop();
     client->Send("START\r\nVERSION\r\n");
     ASSERT_TRUE(held.Wait());
     client->HalfClose();
@@ -200,7 +181,7 @@ TEST_F(AsciiProtocolTest, HasOutputsToBeginWith) {
               "\"profile/mean\",\"points\",\"profile/points\",\"stamp\",\"profile/stamp\",\"text\",\"profile/text\","
               "\"width\",\"profile/width\"");
     Publish(Results().Measurement("profile/max", 10.0014).Text("profile/text", "frame 1: max 10.001 mm"));
-    EXPECT_TRUE(Answers("RESULT height", "OK,10.001"));
+    EXPECT_TRUE(WaitForAnswer("RESULT height", "OK,10.001"));
     EXPECT_EQ(client->Ask("RESULT 0 6"), "OK,10.001,1,\"frame 1: max 10.001 mm\"");
     EXPECT_EQ(client->Ask("RESULT width text"), "OK,INVALID,\"frame 1: max 10.001 mm\"");
 }
@@ -217,12 +198,12 @@ TEST_F(AsciiProtocolTest, TakesResultsOfTheAssemblyAndOfTheMap) {
     EXPECT_EQ(service->DataSourceList(PersistDomain::Job), service->DataSourceList());
     EXPECT_EQ(service->DataSourceList(PersistDomain::Workspace), Texts());
     Publish(Results().Measurement("values/extra", 4));
-    EXPECT_TRUE(Answers("RESULT extra", "OK,4.000")) << "its results pass the filter";
+    EXPECT_TRUE(WaitForAnswer("RESULT extra", "OK,4.000")) << "its results pass the filter";
 }
 
 TEST_F(AsciiProtocolTest, FollowsAnEditedAssembly) {
     Publish(Results().Measurement("profile/max", 3));
-    EXPECT_TRUE(Answers("RESULT 0", "OK,3.000,1"));
+    EXPECT_TRUE(WaitForAnswer("RESULT 0", "OK,3.000,1"));
     service->RegisterAssembly("registerAssembly-0")->ResetRegisterAssembly();
     service->RegisterAssemblyUpdate("registerAssembly-0");
     EXPECT_EQ(client->Ask("RESULT 0"), "ERROR,-999,\"there is no output 0\"");
@@ -239,7 +220,7 @@ TEST_F(AsciiProtocolTest, SendsALineAFrame) {
     }
     EXPECT_EQ(client->Ask("PUSH OFF"), "OK");
     Publish(Results().Measurement("profile/max", 0));
-    EXPECT_TRUE(Answers("RESULT height", "OK,0.000"));
+    EXPECT_TRUE(WaitForAnswer("RESULT height", "OK,0.000"));
 }
 
 TEST_F(AsciiProtocolTest, LetsASlowReaderOfFramesCostOnlyItself) {
@@ -264,7 +245,7 @@ TEST_F(AsciiProtocolTest, LetsASlowReaderOfFramesCostOnlyItself) {
         ASSERT_EQ(last.substr(0, 5), "DATA,");
         number = std::stoi(last.substr(5));
         ++received;
-        if (received == 50) { // it takes lines again, and its gaps show in the numbers
+        if (received == 50) { // the client reads again; the frame numbers have gaps
             Publish(Results().Measurement("profile/max", frames));
             quick.Line();
             ++frames;
@@ -287,7 +268,7 @@ TEST_F(AsciiProtocolTest, ClosesAReaderOfFramesThatTakesNothingForTheIdleTime) {
         ASSERT_NE(quiet.Line(), "(closed)");
     }
     EXPECT_TRUE(client->WaitForClose()) << "silent without frames";
-    EXPECT_TRUE(Becomes("connected", 1)) << "the slow one is closed, too";
+    EXPECT_TRUE(WaitForProperty("connected", 1)) << "the slow one is closed, too";
     EXPECT_EQ(quiet.Ask("PUSH"), "OK,ON,0") << "one that takes its lines stays, though there are none now";
 }
 
@@ -323,7 +304,7 @@ TEST_F(AsciiProtocolTest, FollowsItsNetworks) {
 
 TEST_F(AsciiProtocolTest, TakesAnotherFormatWhileItRuns) {
     Publish(Results().Measurement("profile/max", 1.5));
-    EXPECT_TRUE(Answers("RESULT 0", "OK,1.500,1"));
+    EXPECT_TRUE(WaitForAnswer("RESULT 0", "OK,1.500,1"));
     EXPECT_EQ(client->Ask("PUSH ON 0 width"), "OK");
     Vor::Properties::JsonSerializer::Deserialize(
         service->Params(), {{"delimiter", ";"}, {"decimalSeparator", 1}, {"terminator", "\x03"}, {"invalidText", "-"}});
@@ -346,7 +327,7 @@ TEST_F(AsciiProtocolTest, GoesOnAsItWasWithParametersThatDoNotGoTogether) {
 }
 
 TEST_F(AsciiProtocolTest, StopsAtOnceWhateverItsClientsDo) {
-    Hold();
+    HoldMainLoop();
     TextClient half(port);
     half.Send("RESU");
     client->Send("START\r\n");
@@ -362,11 +343,11 @@ TEST_F(AsciiProtocolTest, StopsAtOnceWhateverItsClientsDo) {
     EXPECT_EQ(client->Ask("STOP"), "ERROR,-976,\"busy: another command is in progress\"")
         << "the former one still runs";
     release.Set();
-    EXPECT_TRUE(Answers("STOP", "OK"));
+    EXPECT_TRUE(WaitForAnswer("STOP", "OK"));
 }
 
 TEST_F(AsciiProtocolTest, EndsWhileACommandRuns) {
-    Hold();
+    HoldMainLoop();
     client->Send("START\r\n");
     ASSERT_TRUE(held.Wait());
     service->RemoveControlScanResultsHandler();
@@ -378,7 +359,7 @@ TEST_F(AsciiProtocolTest, EndsWhileACommandRuns) {
 
 TEST_F(AsciiProtocolTest, ForgetsValuesAndCountsWhenItStartsAnew) {
     Publish(Results().Measurement("profile/max", 1.5));
-    EXPECT_TRUE(Answers("RESULT 0", "OK,1.500,1"));
+    EXPECT_TRUE(WaitForAnswer("RESULT 0", "OK,1.500,1"));
     service->Stop();
     Start();
     EXPECT_EQ(client->Ask("RESULT 0"), "OK,INVALID,INVALID");

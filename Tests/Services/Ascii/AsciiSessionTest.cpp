@@ -1,4 +1,4 @@
-// The lines of one client: what it sends, and what it gets.
+// The requests of one client and the answers to it.
 
 #include "Services/Ascii/AsciiSession.h"
 
@@ -28,7 +28,7 @@ protected:
         outputs.Process(Results().Measurement("max", 1.5).Measurement("min", -2).Get());
     }
 
-    /// Hands bytes over as the server does; returns how many requests were answered.
+    /// Passes bytes to the session as the server does; returns how many requests it answered.
     std::size_t Receive(AsciiSession& to, const std::string& text) {
         std::size_t answered = 0;
         std::size_t begin = 0;

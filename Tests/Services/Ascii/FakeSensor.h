@@ -9,7 +9,7 @@
 
 namespace Services::Ascii {
 
-/// A sensor that notes its commands, and ends them when a test says so.
+/// Records the commands. They end at once, or when a test calls End.
 class FakeSensor : public ISensor {
 public:
     bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,
@@ -34,7 +34,7 @@ public:
 
     void End(yStatus status) { std::exchange(running, nullptr)->End(status); }
 
-    /// "ID TEXT" of each command since the last call.
+    /// Returns "ID TEXT" of each command since the last call.
     std::vector<std::string> TakeCommands() {
         std::vector<std::string> texts;
         for (const auto& command : std::exchange(commands, {})) {

@@ -8,7 +8,7 @@
 namespace Services::Ascii {
 namespace {
 
-/// The lines of a stream; what isn't a line stands in brackets.
+/// The lines of a stream, and the other results in brackets.
 std::vector<std::string> Lines(const std::string& stream, const std::string& terminator = "\r\n") {
     LineReader reader(terminator);
     std::vector<std::string> lines;

@@ -8,7 +8,7 @@
 namespace Services::Ascii {
 namespace {
 
-/// The words, those in quotation marks with the marks; "refused" for none.
+/// The words, quoted ones with their quotation marks; "refused" when they can't be parsed.
 std::vector<std::string> Words(const std::string& rest, const std::string& delimiter = ",") {
     const auto arguments = ParseArguments(rest, delimiter);
     if (!arguments) {

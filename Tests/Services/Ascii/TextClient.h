@@ -15,13 +15,14 @@ public:
         return send(fd, text.data(), text.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(text.size());
     }
 
+    /// Sends as much as possible without waiting; returns the number of bytes.
     std::size_t SendSome(const std::string& text) { return SendSomeOf(text.data(), text.size()); }
 
     /// The next line, without its end; "(closed)" at the end of the connection, "(nothing)" at the deadline.
     std::string Line(const std::string& terminator = "\r\n") {
         std::size_t end = received.find(terminator);
         while (end == std::string::npos) {
-            if (!Readable()) {
+            if (!WaitForBytes()) {
                 return "(nothing)";
             }
             char bytes[4096];
@@ -42,7 +43,7 @@ public:
         return Line();
     }
 
-    /// Waits for the other side to close; what comes before is thrown away.
+    /// Waits until the server closes the connection, and ignores what it sends before.
     bool WaitForClose() {
         std::string line = Line();
         while (line != "(closed)" && line != "(nothing)") {

@@ -32,8 +32,8 @@ inline Bytes ReadRequest(unsigned transaction, unsigned address, unsigned quanti
     return bytes;
 }
 
-/// Registers that hold their own address, all from `first` to `last`. Those from `firstInput` to `lastInput` may be
-/// written, which is recorded and changes nothing.
+/// Registers from `first` to `last`, each with its own address as its content. Writes from `firstInput` to `lastInput`
+/// are recorded; they don't change the content.
 class AddressRegisters : public IRegisterMap {
 public:
     explicit AddressRegisters(unsigned first = 0, unsigned last = 65535)

@@ -1,4 +1,4 @@
-// The layouts of the blocks that no scan feeds, as they leave and enter the blocks: before the order of the wire.
+// The layouts of the blocks without data source, in the byte order of the blocks, not of the wire.
 
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/CommandReader.h"
@@ -38,7 +38,7 @@ protected:
         return bytes;
     }
 
-    /// The status with which the block refuses these sizes.
+    /// The status with which the block refuses the sizes; yOK when it doesn't.
     yStatus Refusal(std::size_t destinationSize, std::size_t sourceSize, bool reads = false) {
         Bytes destination(600, Canary);
         const Bytes source(600, 0);
@@ -55,8 +55,8 @@ protected:
         return yOK;
     }
 
-    /// Registers as the block is given them, from bytes in the order of the wire.
-    Bytes Given(Bytes wire) const {
+    /// Converts bytes from the order of the wire to that of the block.
+    Bytes InBlockOrder(Bytes wire) const {
         if (!GetParam()) {
             for (std::size_t i = 0; i + 1 < wire.size(); i += 2) {
                 std::swap(wire[i], wire[i + 1]);
@@ -69,7 +69,7 @@ protected:
         ControlRegisterCommandData command;
         command.commandArgs.fill('?');
         command.commandArgsSize = 99;
-        const Bytes source = Given(wire);
+        const Bytes source = InBlockOrder(wire);
         block->Deserialize(&command, sizeof command, source.data(), source.size());
         return command;
     }

@@ -14,18 +14,18 @@ class Runner : public ICommandRunner {
 public:
     bool IsBusy() const override { return busy; }
     void Run(const CommandInput& input) override {
-        runs.push_back(Word(input.data()));
+        requestWords.push_back(Word(input.data()));
         if (onRun) {
             onRun();
         }
     }
 
     bool busy = false;
-    std::vector<unsigned> runs; ///< request words
+    std::vector<unsigned> requestWords; ///< of the commands that were run
     std::function<void()> onRun;
 };
 
-/// The command's registers at 10 to 74, the answer at 80 to 82, the states at 100 and 150.
+/// Registers with the command at 10 to 74, the answer at 80 to 82, the states at 100 and 150.
 class ControlRegistersTest : public testing::Test {
 protected:
     ControlRegistersTest() {
@@ -46,7 +46,7 @@ protected:
     }
 
     Bytes Answer() { return Read(80, 3); }
-    /// Whether the system's state shows that a command is under way.
+    /// The register of the system's state that is 1 while a command is in progress.
     unsigned Busy() { return Word(Read(138, 1).data()); }
 
     RegisterImage image;
@@ -65,8 +65,8 @@ TEST_F(ControlRegistersTest, TakesACommandWhenAWriteChangesTheRequestWord) {
     std::vector<Bytes> seen;
     runner.onRun = [&] { seen.push_back(Answer()); };
     EXPECT_EQ(Write(10, {1, 7}), NoException);
-    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1}));
-    EXPECT_EQ(seen, (std::vector<Bytes>{Words({1, 1, 0})})) << "the echo is there before the command runs";
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{1}));
+    EXPECT_EQ(seen, (std::vector<Bytes>{Words({1, 1, 0})})) << "the echo is there before the command requestWords";
     EXPECT_EQ(Read(10, 3), Words({1, 7, 0}));
     EXPECT_EQ(Busy(), 1u);
     control.EndCommand(2);
@@ -75,7 +75,7 @@ TEST_F(ControlRegistersTest, TakesACommandWhenAWriteChangesTheRequestWord) {
     EXPECT_EQ(Write(10, {2}), NoException);
     control.EndCommand(3);
     EXPECT_EQ(Answer(), Words({2, 3, 0}));
-    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1, 2}));
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{1, 2}));
 }
 
 TEST_F(ControlRegistersTest, BearsACommandThatEndsBeforeItsRunReturns) {
@@ -89,13 +89,13 @@ TEST_F(ControlRegistersTest, BearsACommandThatEndsBeforeItsRunReturns) {
 TEST_F(ControlRegistersTest, RunsNothingWithoutAChangeOfTheRequestWord) {
     EXPECT_EQ(Write(10, {0, 1}), NoException) << "0 is what stands there at first";
     EXPECT_EQ(Write(11, {2, 'a', 'b'}), NoException);
-    EXPECT_EQ(runner.runs, std::vector<unsigned>());
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>());
     EXPECT_EQ(Read(10, 4), Words({0, 2, 'a', 'b'}));
     EXPECT_EQ(Answer(), Words({0, 0, 0}));
     EXPECT_EQ(Write(10, {5}), NoException);
     control.EndCommand(2);
     EXPECT_EQ(Write(10, {5, 1}), NoException);
-    EXPECT_EQ(runner.runs, (std::vector<unsigned>{5}));
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{5}));
     EXPECT_EQ(Answer(), Words({5, 2, 0}));
 }
 
@@ -106,7 +106,7 @@ TEST_F(ControlRegistersTest, RefusesAnotherRequestWordWhileACommandIsUnderWay) {
     EXPECT_EQ(Write(11, {9}), NoException) << "arguments may be written";
     EXPECT_EQ(Write(10, {1, 8}), NoException) << "with the same request word, too";
     EXPECT_EQ(Read(10, 3), Words({1, 8, 0}));
-    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1}));
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{1}));
     control.EndCommand(2);
     EXPECT_EQ(Write(10, {2, 2, 3}), NoException);
     EXPECT_EQ(Answer(), Words({2, 1, 0}));
@@ -118,7 +118,7 @@ TEST_F(ControlRegistersTest, RefusesACommandWhileTheRunnerIsBusy) {
     EXPECT_EQ(Read(10, 2), Words({0, 0}));
     EXPECT_EQ(Answer(), Words({0, 0, 0}));
     EXPECT_EQ(Write(11, {1}), NoException);
-    EXPECT_EQ(runner.runs, std::vector<unsigned>());
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>());
 }
 
 TEST_F(ControlRegistersTest, TakesTheFirstEndOfACommandOnly) {
@@ -157,7 +157,7 @@ TEST_F(ControlRegistersTest, KeepsTheBitsThatAMaskNames) {
     EXPECT_EQ(Read(11, 1), Words({0x0017})) << "the example of MODBUS Application Protocol V1.1b3, 6.16";
     const Bytes bit = Words({0x0100});
     EXPECT_EQ(control.Write({.address = 10, .values = bit, .keep = 0xFEFF}), NoException);
-    EXPECT_EQ(runner.runs, (std::vector<unsigned>{0x0100})) << "a mask may change the request word";
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{0x0100})) << "a mask may change the request word";
     const Bytes other = Words({0x0001});
     EXPECT_EQ(control.Write({.address = 10, .values = other, .keep = 0xFFFE}), ServerDeviceBusy);
     EXPECT_EQ(control.Write({.address = 10, .values = bit, .keep = 0xFEFF}), NoException);
@@ -177,7 +177,7 @@ TEST_F(ControlRegistersTest, WritesNothingWhenItCannotRead) {
     EXPECT_EQ(control.Write({.address = 10, .values = values, .readAddress = 0, .read = read}), IllegalDataAddress);
     EXPECT_EQ(control.Write({.address = 9, .values = values, .readAddress = 10, .read = read}), IllegalDataAddress);
     EXPECT_EQ(Read(10, 2), Words({0, 0}));
-    EXPECT_EQ(runner.runs, std::vector<unsigned>());
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>());
 }
 
 TEST_F(ControlRegistersTest, ShowsTheStates) {
@@ -212,7 +212,7 @@ TEST_F(ControlRegistersTest, KeepsItsContentInANewMap) {
     EXPECT_EQ(Read(65, 3), Words({1, 2, 0}));
     EXPECT_EQ(Read(70, 4), Words({7, 0, 0, 0}));
     EXPECT_EQ(Write(0, {1}), NoException);
-    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1})) << "the same request word is no change there either";
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{1})) << "the same request word is no change there either";
 }
 
 TEST_F(ControlRegistersTest, RunsCommandsInAMapWithoutAnAnswer) {
@@ -220,7 +220,7 @@ TEST_F(ControlRegistersTest, RunsCommandsInAMapWithoutAnAnswer) {
     places.controlInput = 0;
     control.Replace(places, {{0, 65}}, Bytes(130, 0));
     EXPECT_EQ(Write(0, {1}), NoException);
-    EXPECT_EQ(runner.runs, (std::vector<unsigned>{1}));
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{1}));
     EXPECT_EQ(Write(0, {2}), ServerDeviceBusy);
     control.EndCommand(2);
     EXPECT_EQ(Write(0, {2}), NoException);

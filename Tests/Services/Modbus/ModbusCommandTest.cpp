@@ -1,11 +1,14 @@
-// Clients drive the service through its registers; the operations on the sensor are real, what they act on is fake.
+// Clients send commands to the service through its registers. The operations are real, the sensor behind them is a
+// fake.
 
 #include "Services/Modbus/ModbusProtocol.h"
 #include "Tests/Services/Modbus/RawClient.h"
 #include "Tests/Services/Modbus/Results.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MainLoopThread.h"
+#include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/Signal.h"
+#include "Tests/Support/Threads.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 #include "Vor/UserData/UdiCache.h"
@@ -40,7 +43,7 @@ Bytes WriteRequest(unsigned address, const std::vector<unsigned>& words) {
     return request + values;
 }
 
-/// A name as the command registers take it, one character a register.
+/// A command with a name as its argument, one character a register.
 std::vector<unsigned> Characters(unsigned requestWord, unsigned command, const std::string& text) {
     std::vector<unsigned> words = {requestWord, command};
     words.insert(words.end(), text.begin(), text.end());
@@ -64,19 +67,11 @@ protected:
         values["port"] = 0;
         Vor::Properties::JsonSerializer::Deserialize(service->Params(), values);
         service->Start();
-        service->NonPersistentPropertiesBeginLock();
-        const std::string address = Vor::Properties::JsonSerializer::Serialize(service->Properties())["address"];
-        service->NonPersistentPropertiesEndLock();
-        port = static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
+        port = Tests::PortOf(Properties()["address"]);
         client = std::make_unique<RawClient>(port);
     }
 
-    json Properties() {
-        service->NonPersistentPropertiesBeginLock();
-        json document = Vor::Properties::JsonSerializer::Serialize(service->Properties());
-        service->NonPersistentPropertiesEndLock();
-        return document;
-    }
+    json Properties() { return Tests::PropertiesOf(*service); }
 
     static Bytes Read(RawClient& from, unsigned address, unsigned count) {
         const Bytes reply = from.Ask(ReadRequest(1, address, count));
@@ -84,39 +79,30 @@ protected:
     }
     Bytes Read(unsigned address, unsigned count) { return Read(*client, address, count); }
 
-    /// The exception code of a write, 0 when it was taken.
+    /// Returns the exception code, 0 for none.
     static unsigned Write(RawClient& from, unsigned address, const std::vector<unsigned>& words) {
         const Bytes reply = from.Ask(WriteRequest(address, words));
         return reply.size() == 9 ? reply[8] : reply.size() == 12 ? 0 : 255;
     }
     unsigned Write(unsigned address, const std::vector<unsigned>& words) { return Write(*client, address, words); }
 
-    bool Reads(unsigned address, const Bytes& expected) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (Read(address, static_cast<unsigned>(expected.size() / 2)) != expected) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-        }
-        return true;
+    bool WaitForRegisters(unsigned address, const Bytes& expected) {
+        const auto count = static_cast<unsigned>(expected.size() / 2);
+        return Tests::WaitUntil([&] { return Read(address, count) == expected; });
     }
 
-    /// The status of the last command once it isn't in progress any more.
-    unsigned StatusAtEnd() {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        for (;;) {
-            const unsigned status = Word(Read(Answer + 1, 1).data());
-            if (status != 1 || std::chrono::steady_clock::now() > deadline) {
-                return status;
-            }
-        }
+    /// Waits for the end of the last command and returns its status, 1 when it doesn't end.
+    unsigned WaitForStatus() {
+        unsigned status = 1;
+        Tests::WaitUntil([&] { return (status = Word(Read(Answer + 1, 1).data())) != 1; });
+        return status;
     }
 
-    /// What the sensor was asked for, in order.
+    /// The calls of the sensor since the last call of this, in order.
     std::vector<std::string> Calls() { return environ.system.TakeCalls(); }
 
-    /// From now on the main loop stands still in each call of the sensor, until `release` is set.
-    void Hold() {
+    /// From now on the main loop waits in each call of the sensor until `release` is set.
+    void HoldMainLoop() {
         environ.system.OnCall([this](const std::string&) {
             held.Set();
             release.Wait();
@@ -135,17 +121,17 @@ protected:
 TEST_F(ModbusCommandTest, RunsACommandAndShowsItsEnd) {
     EXPECT_EQ(Read(Answer, 3), Words({0, 0, 0}));
     EXPECT_EQ(Write(Command, {1, 1}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Start"}));
     EXPECT_EQ(Write(Command, {2, 2}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({2, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({2, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Stop"}));
 }
 
 TEST_F(ModbusCommandTest, RunsTheSameCommandAgainForAnotherRequestWord) {
     for (const unsigned requestWord : {1u, 2u, 1u, 0xFFFFu, 0u}) {
         EXPECT_EQ(Write(Command, {requestWord, 1}), 0u);
-        EXPECT_TRUE(Reads(Answer, Words({requestWord, 2, 0})));
+        EXPECT_TRUE(WaitForRegisters(Answer, Words({requestWord, 2, 0})));
         EXPECT_EQ(Calls(), (std::vector<std::string>{"Start"})) << requestWord;
     }
 }
@@ -153,23 +139,23 @@ TEST_F(ModbusCommandTest, RunsTheSameCommandAgainForAnotherRequestWord) {
 TEST_F(ModbusCommandTest, TakesTheSameRequestWordFromAnotherClientForNoChange) {
     RawClient other(port);
     EXPECT_EQ(Write(Command, {1, 1}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     EXPECT_EQ(Write(other, Command, {1, 2}), 0u);
     EXPECT_EQ(Read(Command, 2), Words({1, 2})) << "the registers are common to all clients";
     EXPECT_EQ(Write(other, Command, {2, 2}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({2, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({2, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Start", "Stop"}));
 }
 
 TEST_F(ModbusCommandTest, RunsEachCommand) {
     EXPECT_EQ(Write(Command, {1, 4}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     EXPECT_EQ(environ.scanEngine.TakeCalls(), (std::vector<std::string>{"ClearAlignment "}));
     EXPECT_EQ(Write(Command, Characters(2, 5, "part 7")), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({2, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({2, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"LoadJob part 7.vrjob"}));
     EXPECT_EQ(Write(Command, {3, 6}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({3, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({3, 2, 0})));
     EXPECT_EQ(environ.scanEngine.TakeCalls(), (std::vector<std::string>{"SoftwareTrigger "}));
     EXPECT_EQ(Write(Command, {4, 0}), 0u);
     EXPECT_EQ(Read(Answer, 3), Words({4, 2, 0})) << "no command is done at once";
@@ -193,7 +179,7 @@ TEST_F(ModbusCommandTest, ShowsHowAnAlignmentEnds) {
     EXPECT_EQ(Read(Answer, 3), Words({1, 1, 0}));
     EXPECT_EQ(Word(Read(System + 38, 1).data()), 1) << "an operation is in progress";
     environ.scanEngine.completed.Raise(VorScan::AlignCompletionStatus::Succeeded);
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     EXPECT_EQ(Word(Read(System + 38, 1).data()), 0);
     environ.scanEngine.OnCall([&](const std::string& call) {
         if (call == "Alignment ") {
@@ -201,7 +187,7 @@ TEST_F(ModbusCommandTest, ShowsHowAnAlignmentEnds) {
         }
     });
     EXPECT_EQ(Write(Command, {2, 3}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({2, 3, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({2, 3, 0})));
 }
 
 TEST_F(ModbusCommandTest, HandsUserDataOnAsTheyStoodOnTheWire) {
@@ -226,7 +212,7 @@ TEST_F(ModbusCommandTest, HandsUserDataOnAsTheyStoodOnTheWire) {
 TEST_F(ModbusCommandTest, FailsACommandWhoseActionFails) {
     environ.system.OnCall([](const std::string&) { Vor::Throw(yERROR_NOT_FOUND, "there is no such job"); });
     EXPECT_EQ(Write(Command, Characters(1, 5, "nowhere")), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({1, 3, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 3, 0})));
 }
 
 TEST_F(ModbusCommandTest, FailsALoadWithoutAJobName) {
@@ -235,7 +221,7 @@ TEST_F(ModbusCommandTest, FailsALoadWithoutAJobName) {
     EXPECT_EQ(Read(Answer, 3), Words({7, 3, 0}));
     EXPECT_EQ(Calls(), std::vector<std::string>());
     EXPECT_EQ(Write(Command, {8, 1}), 0u) << "and goes on";
-    EXPECT_TRUE(Reads(Answer, Words({8, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({8, 2, 0})));
 }
 
 TEST_F(ModbusCommandTest, RunsNothingWhenOnlyArgumentsAreWritten) {
@@ -243,12 +229,12 @@ TEST_F(ModbusCommandTest, RunsNothingWhenOnlyArgumentsAreWritten) {
     EXPECT_EQ(Read(Answer, 3), Words({0, 0, 0}));
     EXPECT_EQ(Write(Command + 1, {2}), 0u);
     EXPECT_EQ(client->Ask({0, 9, 0, 0, 0, 6, 1, 6, 0x03, 0xE8, 0, 1}).size(), 12u) << "the request word alone runs it";
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Stop"}));
 }
 
 TEST_F(ModbusCommandTest, RefusesANewCommandWhileOneIsUnderWay) {
-    Hold();
+    HoldMainLoop();
     RawClient other(port);
     EXPECT_EQ(Write(Command, {1, 1, 77}), 0u);
     ASSERT_TRUE(held.Wait());
@@ -264,23 +250,23 @@ TEST_F(ModbusCommandTest, RefusesANewCommandWhileOneIsUnderWay) {
     EXPECT_EQ(Write(other, Command + 2, {78}), 0u) << "arguments may be written";
     EXPECT_EQ(Read(Answer, 3), Words({1, 1, 0}));
     release.Set();
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     EXPECT_EQ(Write(other, Command, {2, 2}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({2, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({2, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Start", "Stop"}));
 }
 
 TEST_F(ModbusCommandTest, FailsACommandWhileAnotherServiceActsOnTheSensor) {
-    Hold();
+    HoldMainLoop();
     environ.host.StartScan("another");
     ASSERT_TRUE(held.Wait());
     EXPECT_EQ(Write(Command, {1, 2}), 0u);
     EXPECT_EQ(Read(Answer, 3), Words({1, 3, 0}));
     release.Set();
     unsigned requestWord = 1;
-    do { // the other service's operation ends at some time
+    do { // until the other service's operation has ended
         EXPECT_EQ(Write(Command, {++requestWord, 2}), 0u);
-    } while (StatusAtEnd() == 3 && requestWord < 10000);
+    } while (WaitForStatus() == 3 && requestWord < 10000);
     EXPECT_EQ(Read(Answer, 3), Words({requestWord, 2, 0}));
 }
 
@@ -306,7 +292,7 @@ TEST_F(ModbusCommandTest, NeverShowsAnEndBeforeTheCommandHasEnded) {
     });
     for (unsigned requestWord = 1; requestWord <= Count; ++requestWord) {
         ASSERT_EQ(Write(Command, {requestWord, 1 + requestWord % 2}), 0u);
-        ASSERT_TRUE(Reads(Answer, Words({requestWord, 2, 0})));
+        ASSERT_TRUE(WaitForRegisters(Answer, Words({requestWord, 2, 0})));
     }
     stop = true;
     watching.join();
@@ -314,7 +300,7 @@ TEST_F(ModbusCommandTest, NeverShowsAnEndBeforeTheCommandHasEnded) {
 }
 
 TEST_F(ModbusCommandTest, StopsWithin200MillisecondsWhileTheMainLoopStandsStill) {
-    Hold();
+    HoldMainLoop();
     EXPECT_EQ(Write(Command, {1, 1}), 0u);
     ASSERT_TRUE(held.Wait());
     const auto begin = std::chrono::steady_clock::now();
@@ -326,12 +312,12 @@ TEST_F(ModbusCommandTest, StopsWithin200MillisecondsWhileTheMainLoopStandsStill)
     service->Stop();
     release.Set();
     Start();
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     EXPECT_EQ(Read(Command, 2), Words({1, 1}));
 }
 
 TEST_F(ModbusCommandTest, MayGoWhileItsCommandIsUnderWay) {
-    Hold();
+    HoldMainLoop();
     EXPECT_EQ(Write(Command, {1, 1}), 0u);
     ASSERT_TRUE(held.Wait());
     service.reset();
@@ -340,7 +326,7 @@ TEST_F(ModbusCommandTest, MayGoWhileItsCommandIsUnderWay) {
 }
 
 TEST_F(ModbusCommandTest, AnswersReadersWhileTheMainLoopStandsStill) {
-    Hold();
+    HoldMainLoop();
     EXPECT_EQ(Write(Command, {1, 1}), 0u);
     ASSERT_TRUE(held.Wait());
     for (unsigned i = 0; i < 100; ++i) {
@@ -363,39 +349,40 @@ TEST_F(ModbusCommandTest, ShowsTheStates) {
     info.laserEnabled = true;
     environ.dataCache.SetInfo(info);
     const Bytes scanner = Words({0xFFFF, 0xFFFF, 0xFFFF, 0xFC18, 0, 0, 0x0A0B, 0x0C0D, 1, 1});
-    EXPECT_TRUE(Reads(Scanner, scanner));
-    EXPECT_TRUE(Reads(System, Words({0x0102, 0x0304, 0x0506, 0x0708, 1, 10}) + Bytes{'d', 'e', 'm', 'o', '.', 'v'} +
-                                  Bytes{'r', 'j', 'o', 'b'} + Bytes(54, 0) + Words({0, 55})));
+    EXPECT_TRUE(WaitForRegisters(Scanner, scanner));
+    EXPECT_TRUE(WaitForRegisters(System, Words({0x0102, 0x0304, 0x0506, 0x0708, 1, 10}) +
+                                             Bytes{'d', 'e', 'm', 'o', '.', 'v'} + Bytes{'r', 'j', 'o', 'b'} +
+                                             Bytes(54, 0) + Words({0, 55})));
     const auto calls = environ.dataCache.TakeCalls();
     ASSERT_GE(calls.size(), 2u);
     EXPECT_EQ(calls[0], "SystemStats 0");
     EXPECT_EQ(calls[1], "ScannerInfo  0");
     service->Stop();
     Start({{"byteOrder", 1}});
-    EXPECT_TRUE(Reads(Scanner, Words({0xFC18, 0xFFFF, 0xFFFF, 0xFFFF, 0x0C0D, 0x0A0B, 0, 0, 1, 1})));
-    EXPECT_TRUE(Reads(System, Words({0x0708, 0x0506, 0x0304, 0x0102, 1, 10}) + Bytes{'d', 'e', 'm', 'o'}));
+    EXPECT_TRUE(WaitForRegisters(Scanner, Words({0xFC18, 0xFFFF, 0xFFFF, 0xFFFF, 0x0C0D, 0x0A0B, 0, 0, 1, 1})));
+    EXPECT_TRUE(WaitForRegisters(System, Words({0x0708, 0x0506, 0x0304, 0x0102, 1, 10}) + Bytes{'d', 'e', 'm', 'o'}));
 }
 
 TEST_F(ModbusCommandTest, ShowsZerosUntilTheScannerHasAnsweredAndThenItsLastState) {
     VorControl::IControlSystemInterface::SystemStats stats;
     stats.coreMetric0 = 1;
     environ.dataCache.SetStats(stats);
-    EXPECT_TRUE(Reads(System, Words({0, 0, 0, 1})));
+    EXPECT_TRUE(WaitForRegisters(System, Words({0, 0, 0, 1})));
     stats.coreMetric0 = 2;
     environ.dataCache.SetStats(stats);
-    EXPECT_TRUE(Reads(System, Words({0, 0, 0, 2}))) << "so the scanner has been asked, too";
+    EXPECT_TRUE(WaitForRegisters(System, Words({0, 0, 0, 2}))) << "so the scanner has been asked, too";
     EXPECT_EQ(Read(Scanner, 10), Bytes(20, 0)) << "also the laser, which a fresh record says to be on";
     VorControl::IControlScanEngineInterface::ScannerStateInfo info;
     info.id = "scanner-0";
     info.currentSyncTime = 7;
     environ.dataCache.SetInfo(info);
     const Bytes known = Words({0, 0, 0, 0, 0, 0, 0, 7, 0, 1});
-    EXPECT_TRUE(Reads(Scanner, known));
+    EXPECT_TRUE(WaitForRegisters(Scanner, known));
     environ.dataCache.SetInfo({});
     for (unsigned time = 3; time < 5; ++time) {
         stats.coreMetric0 = time;
         environ.dataCache.SetStats(stats);
-        EXPECT_TRUE(Reads(System, Words({0, 0, 0, time})));
+        EXPECT_TRUE(WaitForRegisters(System, Words({0, 0, 0, time})));
     }
     EXPECT_EQ(Read(Scanner, 10), known);
 }
@@ -444,7 +431,7 @@ TEST_F(ModbusCommandTest, FollowsItsNetworksWhileItRuns) {
     EXPECT_EQ(Write(Command, {1, 1}), 1u) << "stays as it was";
     change({{"writeNetworks", {"127.0.0.1"}}});
     EXPECT_EQ(Write(Command, {1, 1}), 0u);
-    EXPECT_TRUE(Reads(Answer, Words({1, 2, 0})));
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
     change({{"readNetworks", {"::/0"}}});
     EXPECT_TRUE(client->WaitForClose());
 }

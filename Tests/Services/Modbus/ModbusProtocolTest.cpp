@@ -4,7 +4,9 @@
 #include "Tests/Services/Modbus/Results.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MemoryStore.h"
+#include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/TestService.h"
+#include "Tests/Support/Threads.h"
 #include "Vor/JsonSerializer.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
@@ -44,7 +46,7 @@ json Config(const json& parameters, const json& blocks, bool enabled = true) {
 
 const json TwoBlocks = {Block("Measurement", "profile/max", 0), Block("MeasurementValue", "profile/min", 3)};
 
-/// The service as an application has it: in a module, fed by the result hub, with its settings in a job.
+/// The service as in an application: in a module, with results from the result hub, and its settings in a job.
 class ModbusProtocolTest : public testing::Test {
 protected:
     ModbusProtocolTest() {
@@ -65,23 +67,15 @@ protected:
         module->Manager().LoadPersistDomain(PersistDomain::Job, store);
     }
 
-    json Properties() {
-        Instance().NonPersistentPropertiesBeginLock();
-        json document = Vor::Properties::JsonSerializer::Serialize(Instance().Properties());
-        Instance().NonPersistentPropertiesEndLock();
-        return document;
-    }
+    json Properties() { return Tests::PropertiesOf(Instance()); }
 
     std::string Address() { return Properties()["address"]; }
     std::string Failure() { return Properties()["failure"]; }
     int Status() { return Properties()["status"]; }
 
-    std::uint16_t Port() {
-        const std::string address = Address();
-        return static_cast<std::uint16_t>(std::stoi(address.substr(address.rfind(':') + 1)));
-    }
+    std::uint16_t Port() { return Tests::PortOf(Address()); }
 
-    /// The registers as a client reads them; what follows the header of the reply, for an exception.
+    /// The bytes of the registers that a client reads; for an exception, the function and the exception code.
     Bytes Read(unsigned address, unsigned count) {
         RawClient client(Port());
         const Bytes reply = client.Ask(ReadRequest(1, address, count));
@@ -91,15 +85,9 @@ protected:
 
     void Publish(const Results& results) { environ.hub.Publish(results.Get()); }
 
-    /// Waits until a client reads these registers.
-    bool Reads(unsigned address, const Bytes& expected) {
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (Read(address, static_cast<unsigned>(expected.size() / 2)) != expected) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-        }
-        return true;
+    bool WaitForRegisters(unsigned address, const Bytes& expected) {
+        const auto count = static_cast<unsigned>(expected.size() / 2);
+        return Tests::WaitUntil([&] { return Read(address, count) == expected; });
     }
 
     void ChangeParameters(const json& values) {
@@ -139,14 +127,14 @@ TEST_F(ModbusProtocolTest, ServesTheRegistersOfItsJob) {
     EXPECT_EQ(Failure(), "");
     EXPECT_EQ(Read(0, 5), Words({0x8000, 0, 2, 0x8000, 0}));
     Publish(Results().Measurement("profile/max", 1.5, 1).Measurement("profile/min", -0.002));
-    EXPECT_TRUE(Reads(0, Words({0, 1500, 1, 0xFFFF, 0xFFFE})));
+    EXPECT_TRUE(WaitForRegisters(0, Words({0, 1500, 1, 0xFFFF, 0xFFFE})));
     EXPECT_EQ(Read(5, 1), (Bytes{0x83, 2}));
 }
 
 TEST_F(ModbusProtocolTest, ReadsFollowTheByteOrderAtOnce) {
     Load(Config({{"port", 0}, {"byteOrder", 1}}, TwoBlocks));
     Publish(Results().Measurement("profile/max", 70000, 1));
-    EXPECT_TRUE(Reads(0, Words({70000000 & 0xFFFF, 70000000 >> 16, 1})));
+    EXPECT_TRUE(WaitForRegisters(0, Words({70000000 & 0xFFFF, 70000000 >> 16, 1})));
     const std::uint16_t port = Port();
     ChangeParameters({{"byteOrder", 0}});
     EXPECT_EQ(Read(0, 3), Words({70000000 >> 16, 70000000 & 0xFFFF, 1})) << "also without a further frame";
@@ -178,13 +166,13 @@ TEST_F(ModbusProtocolTest, ShowsOneFrameWholeToEachRequest) {
             }
         }
     }
-    EXPECT_TRUE(Reads(0, Words({0, 200})));
+    EXPECT_TRUE(WaitForRegisters(0, Words({0, 200})));
 }
 
 TEST_F(ModbusProtocolTest, FollowsAnEditOfItsMap) {
     Load(Config({{"port", 0}}, TwoBlocks));
     Publish(Results().Measurement("profile/max", 1));
-    EXPECT_TRUE(Reads(0, Words({0, 1000, 1})));
+    EXPECT_TRUE(WaitForRegisters(0, Words({0, 1000, 1})));
     Instance().BeginUpdateRegisterAssembly();
     AddBlocks(*Instance().RegisterAssembly(AssemblyId), {{"MeasurementValue", "profile/mean", 100}});
     Instance().RegisterAssemblyUpdate(AssemblyId);
@@ -192,13 +180,13 @@ TEST_F(ModbusProtocolTest, FollowsAnEditOfItsMap) {
     EXPECT_EQ(Read(100, 2), Words({0x8000, 0}));
     EXPECT_EQ(Read(0, 3), Words({0, 1000, 1})) << "the other blocks keep their values";
     Publish(Results().Measurement("profile/mean", 0.5));
-    EXPECT_TRUE(Reads(100, Words({0, 500})));
+    EXPECT_TRUE(WaitForRegisters(100, Words({0, 500})));
 }
 
 TEST_F(ModbusProtocolTest, StartsWithoutValuesWhenItIsEnabledAgain) {
     Load(Config({{"port", 0}}, TwoBlocks));
     Publish(Results().Measurement("profile/max", 1));
-    EXPECT_TRUE(Reads(0, Words({0, 1000, 1})));
+    EXPECT_TRUE(WaitForRegisters(0, Words({0, 1000, 1})));
     Instance().Enable(false);
     EXPECT_EQ(Status(), 1);
     EXPECT_EQ(Address(), "");
@@ -206,7 +194,7 @@ TEST_F(ModbusProtocolTest, StartsWithoutValuesWhenItIsEnabledAgain) {
     EXPECT_EQ(Status(), 0);
     EXPECT_EQ(Read(0, 3), Words({0x8000, 0, 2}));
     Publish(Results().Measurement("profile/max", 2));
-    EXPECT_TRUE(Reads(0, Words({0, 2000, 1})));
+    EXPECT_TRUE(WaitForRegisters(0, Words({0, 2000, 1})));
 }
 
 TEST_F(ModbusProtocolTest, SaysWhyItCannotStartAndTriesAgainAtTheNextLoad) {
@@ -267,7 +255,7 @@ TEST_F(ModbusProtocolTest, KeepsClientsAndTheirCommandAcrossALoadOfAnotherMap) {
 TEST_F(ModbusProtocolTest, MovesToAnotherPortAndKeepsItsValues) {
     Load(Config({{"port", 0}}, TwoBlocks));
     Publish(Results().Measurement("profile/max", 1));
-    EXPECT_TRUE(Reads(0, Words({0, 1000, 1})));
+    EXPECT_TRUE(WaitForRegisters(0, Words({0, 1000, 1})));
     const std::uint16_t former = Port();
     AddressRegisters none;
     ServerCounters counters;
@@ -349,7 +337,7 @@ TEST_F(ModbusProtocolTest, ItsMapIsEditedByCommands) {
         << "the connection is the same";
     EXPECT_EQ(Read(0, 3), (Bytes{0x83, 2}));
     Publish(Results().Measurement("profile/max", 2));
-    EXPECT_TRUE(Reads(50, Words({0, 2000, 1})));
+    EXPECT_TRUE(WaitForRegisters(50, Words({0, 2000, 1})));
 }
 
 TEST_F(ModbusProtocolTest, KeepsItsSettingsWhenAJobHoldsNoneOfIt) {

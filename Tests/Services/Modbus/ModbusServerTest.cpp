@@ -2,6 +2,7 @@
 
 #include "Tests/Services/Modbus/Bytes.h"
 #include "Tests/Services/Modbus/RawClient.h"
+#include "Tests/Support/Threads.h"
 #include "Vor/Exception.h"
 
 #include <atomic>
@@ -16,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const Bytes Reply1(Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0, 77});
+const Bytes ReplyTo77(Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0, 77});
 
 std::string FailureOf(const ServerSettings& settings) {
     AddressRegisters registers;
@@ -29,16 +30,8 @@ std::string FailureOf(const ServerSettings& settings) {
     return "no failure";
 }
 
-/// Waits until a counter has this value.
-bool Becomes(const std::atomic<std::uint64_t>& counter, std::uint64_t value) {
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (counter != value) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
+bool WaitForCount(const std::atomic<std::uint64_t>& counter, std::uint64_t value) {
+    return Tests::WaitUntil([&] { return counter == value; });
 }
 
 const Bytes WriteOne = {0, 9, 0, 0, 0, 6, 1, 6, 0, 7, 0, 1};
@@ -52,10 +45,10 @@ protected:
         port = server->Port();
     }
 
-    /// A client whose connection the server has taken.
+    /// A client that has received a reply.
     std::unique_ptr<RawClient> Client() {
         auto client = std::make_unique<RawClient>(port);
-        EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
+        EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
         return client;
     }
 
@@ -98,7 +91,7 @@ TEST_F(ModbusServerTest, AnswersARequestThatComesByteByByte) {
     for (const unsigned char byte : ReadRequest(9, 77, 1)) {
         client.Send({byte});
     }
-    EXPECT_EQ(client.ReceiveReply(), Reply1);
+    EXPECT_EQ(client.ReceiveReply(), ReplyTo77);
 }
 
 TEST_F(ModbusServerTest, AnswersARequestCutAtEveryLength) {
@@ -108,9 +101,9 @@ TEST_F(ModbusServerTest, AnswersARequestCutAtEveryLength) {
     for (std::size_t cut = 1; cut < request.size(); ++cut) {
         const auto middle = request.begin() + static_cast<std::ptrdiff_t>(cut);
         client.Send(Bytes(request.begin(), middle));
-        EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1) << "the others are served meanwhile";
+        EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77) << "the others are served meanwhile";
         client.Send(Bytes(middle, request.end()));
-        EXPECT_EQ(client.ReceiveReply(), Reply1) << cut;
+        EXPECT_EQ(client.ReceiveReply(), ReplyTo77) << cut;
     }
 }
 
@@ -134,8 +127,8 @@ TEST_F(ModbusServerTest, AnswersAllRequestsOfAClientThatHasClosedItsSide) {
     RawClient client(port);
     client.Send(ReadRequest(9, 77, 1) + ReadRequest(9, 77, 1));
     client.HalfClose();
-    EXPECT_EQ(client.ReceiveReply(), Reply1);
-    EXPECT_EQ(client.ReceiveReply(), Reply1);
+    EXPECT_EQ(client.ReceiveReply(), ReplyTo77);
+    EXPECT_EQ(client.ReceiveReply(), ReplyTo77);
     EXPECT_TRUE(client.WaitForClose());
 }
 
@@ -147,7 +140,7 @@ TEST_F(ModbusServerTest, ServesManyClients) {
     }
     EXPECT_EQ(counters.connected, 32u);
     for (const auto& client : clients) {
-        EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
+        EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
     }
 }
 
@@ -156,10 +149,10 @@ TEST_F(ModbusServerTest, ClosesTheConnectionAfterAnotherProtocolOrABadLength) {
     for (const Bytes& bad : {Bytes{'G', 'E', 'T', ' ', '/', '\r'}, Bytes{0, 1, 0, 0, 0, 1}, Bytes{0, 1, 0, 0, 1, 0}}) {
         RawClient client(port);
         client.Send(ReadRequest(9, 77, 1) + bad);
-        EXPECT_EQ(client.ReceiveReply(), Reply1);
+        EXPECT_EQ(client.ReceiveReply(), ReplyTo77);
         EXPECT_TRUE(client.WaitForClose());
     }
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
 }
 
 TEST_F(ModbusServerTest, ClosesOneConnectionTooManyAtOnce) {
@@ -168,11 +161,11 @@ TEST_F(ModbusServerTest, ClosesOneConnectionTooManyAtOnce) {
     const auto second = Client();
     RawClient third(port);
     EXPECT_TRUE(third.WaitForClose());
-    EXPECT_EQ(first->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(first->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
     EXPECT_EQ(counters.connected, 2u);
     first->HalfClose();
     EXPECT_TRUE(first->WaitForClose());
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
 }
 
 TEST_F(ModbusServerTest, ClosesASilentConnection) {
@@ -181,7 +174,7 @@ TEST_F(ModbusServerTest, ClosesASilentConnection) {
     const auto talked = Client();
     EXPECT_TRUE(silent.WaitForClose());
     EXPECT_TRUE(talked->WaitForClose());
-    EXPECT_TRUE(Becomes(counters.connected, 0));
+    EXPECT_TRUE(WaitForCount(counters.connected, 0));
 }
 
 TEST_F(ModbusServerTest, ClosesAConnectionThatNeverEndsItsRequest) {
@@ -224,14 +217,15 @@ TEST_F(ModbusServerTest, StopsReadingFromAClientThatDoesNotTakeItsReplies) {
     for (unsigned i = 0; i < 1000; ++i) {
         requests = requests + ReadRequest(i, i, 125);
     }
-    // The kernel's buffers fill on both sides; from then on nothing more is taken, and the others are served.
+    // When the kernel's buffers on both sides are full, the server reads no more requests, and serves the other
+    // clients.
     std::size_t sent = 0;
     for (int refusals = 0; refusals < 50;) {
         const std::size_t some = greedy.SendSome(requests);
         sent += some;
         refusals = some == 0 ? refusals + 1 : 0;
         ASSERT_LT(sent, 64u * 1024 * 1024);
-        ASSERT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+        ASSERT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
     }
     const Bytes first = greedy.ReceiveReply();
     EXPECT_EQ(first.size(), 259u) << "it gets its replies as soon as it takes them";
@@ -253,7 +247,7 @@ TEST_F(ModbusServerTest, MovesToAnotherPortAndClosesItsConnections) {
     server->Update({.address = "0.0.0.0", .port = former});
     EXPECT_EQ(server->Url(), "tcp://0.0.0.0:" + std::to_string(former));
     EXPECT_TRUE(client->WaitForClose());
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
 }
 
 TEST_F(ModbusServerTest, StaysWhereItIsWhenItCannotMove) {
@@ -264,8 +258,8 @@ TEST_F(ModbusServerTest, StaysWhereItIsWhenItCannotMove) {
     EXPECT_THROW(server->Update({.port = other.Port(), .unit = 5}), Vor::Exception);
     EXPECT_TRUE(server->IsListening());
     EXPECT_EQ(server->Port(), port);
-    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
 }
 
 TEST_F(ModbusServerTest, EndsWithConnectionsOpenAndFreesItsPort) {
@@ -279,7 +273,7 @@ TEST_F(ModbusServerTest, EndsWithConnectionsOpenAndFreesItsPort) {
     EXPECT_TRUE(client->WaitForClose());
     EXPECT_FALSE(RawClient(port).Connected());
     Open({.port = port});
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
 }
 
 TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
@@ -288,14 +282,14 @@ TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
     auto second = Client();
     EXPECT_EQ(counters.connected, 2u);
     EXPECT_TRUE(RawClient(port).WaitForClose());
-    EXPECT_TRUE(Becomes(counters.refused, 1));
+    EXPECT_TRUE(WaitForCount(counters.refused, 1));
     EXPECT_EQ(counters.requests, 2u);
     EXPECT_EQ(counters.exceptions, 0u);
     EXPECT_EQ(first->Ask({0, 9, 0, 0, 0, 2, 1, 43}), (Bytes{0, 9, 0, 0, 0, 3, 1, 0xAB, 1}));
     EXPECT_EQ(counters.requests, 3u);
     EXPECT_EQ(counters.exceptions, 1u);
     second.reset();
-    EXPECT_TRUE(Becomes(counters.connected, 1));
+    EXPECT_TRUE(WaitForCount(counters.connected, 1));
     server.reset();
     EXPECT_EQ(counters.connected, 0u);
     EXPECT_EQ(counters.requests, 3u);
@@ -322,16 +316,16 @@ TEST_F(ModbusServerTest, LetsAClientThatMayNotWriteRead) {
     Open({.writers = ParseNetworks({"10.0.0.0/8"})});
     const auto client = Client();
     EXPECT_EQ(client->Ask(WriteOne), MayNotWrite);
-    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
 }
 
 TEST_F(ModbusServerTest, ClosesAClientThatMayNotReadAtOnce) {
     Open({.readers = ParseNetworks({"127.0.0.2", "10.0.0.0/8", "::/0"})});
     EXPECT_TRUE(RawClient(port).WaitForClose());
-    EXPECT_TRUE(Becomes(counters.refused, 1));
+    EXPECT_TRUE(WaitForCount(counters.refused, 1));
     EXPECT_EQ(counters.connected, 0u);
     server->Update({.port = port, .readers = ParseNetworks({"127.0.0.1"})});
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
     EXPECT_EQ(counters.refused, 1u);
 }
 
@@ -356,7 +350,7 @@ TEST_F(ModbusServerTest, AppliesOtherNetworksToTheConnectionsThatAreThere) {
     server->Update({.port = port, .readers = {}});
     EXPECT_TRUE(client->WaitForClose());
     EXPECT_TRUE(other->WaitForClose());
-    EXPECT_TRUE(Becomes(counters.connected, 0));
+    EXPECT_TRUE(WaitForCount(counters.connected, 0));
     EXPECT_EQ(counters.refused, 0u) << "they were not refused when they connected";
 }
 
@@ -370,8 +364,8 @@ TEST_F(ModbusServerTest, PollsOnItsThreadAgainAndAgain) {
         }
     });
     port = server->Port();
-    EXPECT_TRUE(Becomes(polls, 3)) << "also after one that failed";
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), Reply1);
+    EXPECT_TRUE(WaitForCount(polls, 3)) << "also after one that failed";
+    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
     server.reset();
     const auto last = polls.load();
     std::this_thread::yield();

@@ -17,13 +17,14 @@ public:
         ASSERT_EQ(send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
     }
 
+    /// Sends as much as possible without waiting; returns the number of bytes.
     std::size_t SendSome(const Bytes& bytes) { return SendSomeOf(bytes.data(), bytes.size()); }
 
-    /// Exactly `count` bytes, fewer at the end of the connection or the deadline.
+    /// Receives `count` bytes, fewer at the end of the connection or at the deadline.
     Bytes Receive(std::size_t count) {
         Bytes bytes(count);
         std::size_t size = 0;
-        while (size < count && Readable()) {
+        while (size < count && WaitForBytes()) {
             const ssize_t got = recv(fd, &bytes[size], count - size, 0);
             if (got <= 0) {
                 break;
@@ -34,7 +35,7 @@ public:
         return bytes;
     }
 
-    /// One whole reply.
+    /// Receives one complete reply.
     Bytes ReceiveReply() {
         Bytes reply = Receive(6);
         return reply.size() < 6 ? reply : reply + Receive(Word(&reply[4]));
@@ -45,10 +46,10 @@ public:
         return ReceiveReply();
     }
 
-    /// Waits for the other side to close; bytes that come before are thrown away.
+    /// Waits until the server closes the connection, and ignores what it sends before.
     bool WaitForClose() {
         unsigned char bytes[4096];
-        while (Readable()) {
+        while (WaitForBytes()) {
             const ssize_t got = recv(fd, bytes, sizeof bytes, 0);
             if (got == 0 || (got < 0 && errno == ECONNRESET)) {
                 return true;

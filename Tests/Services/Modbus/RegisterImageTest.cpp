@@ -69,7 +69,7 @@ TEST(RegisterImage, ReadsTheLastRegister) {
     EXPECT_EQ(Read(image, 65534, 1), Bytes());
 }
 
-/// All of them in one write.
+/// Writes all parts at once.
 void Write(RegisterImage& image, std::initializer_list<std::pair<std::size_t, Bytes>> written) {
     std::vector<RegisterImage::Part> parts;
     for (const auto& [offset, bytes] : written) {

@@ -90,7 +90,7 @@ TEST(RequestHandler, AnswersForAnotherUnitWithException11) {
     }
 }
 
-/// Requests from a client, with the frames as they go over the wire: transaction 9, unit 1.
+/// Writing requests as complete frames, with transaction 9 and unit 1.
 class RequestHandlerWriting : public testing::Test {
 protected:
     RequestHandlerWriting() {
@@ -106,7 +106,7 @@ protected:
         registers.writes.clear();
     }
 
-    /// Each of them changes nothing.
+    /// A request with an exception writes nothing.
     void ExpectException(const Bytes& request, unsigned char code) {
         EXPECT_EQ(AnswerTo(request), Exception(request.at(7), code));
         EXPECT_TRUE(registers.writes.empty());
@@ -121,14 +121,14 @@ Bytes WithHeader(const Bytes& pdu) {
     return header + pdu;
 }
 
-/// Function 16 for registers from address 1000 on, all of them 0x5A5A.
+/// A request of function 16 for registers from address 1000 on, all with the value 0x5A5A.
 Bytes WriteMany(unsigned quantity, std::size_t byteCount, std::size_t bytes) {
     return WithHeader(Bytes{16, 0x03, 0xE8, static_cast<unsigned char>(quantity >> 8),
                             static_cast<unsigned char>(quantity), static_cast<unsigned char>(byteCount)} +
                       Bytes(bytes, 0x5A));
 }
 
-/// Function 23: reads registers from address 0 on and writes some from address 1000 on.
+/// A request of function 23: reads registers from address 0 on and writes registers from address 1000 on.
 Bytes ReadWrite(unsigned readQuantity, unsigned quantity, std::size_t byteCount, std::size_t bytes) {
     return WithHeader(Bytes{23, 0, 0, static_cast<unsigned char>(readQuantity >> 8),
                             static_cast<unsigned char>(readQuantity), 0x03, 0xE8,

@@ -7,13 +7,21 @@
 namespace Services::Modbus {
 namespace {
 
-AddressRegisters Registers;
-ServerCounters Counters;
-RequestHandler Handler(Registers, Counters, 0);
+/// A session with what it needs.
+struct SessionFixture {
+    explicit SessionFixture(bool mayWrite)
+        : session(handler, mayWrite) {}
 
-/// What a session replies to the stream when it comes in pieces of `step` bytes and each reply is taken at once.
+    AddressRegisters registers;
+    ServerCounters counters;
+    RequestHandler handler{registers, counters, 0};
+    Session session;
+};
+
+/// The replies of a session to a stream that arrives in pieces of `step` bytes. Each reply is sent at once.
 Bytes Replies(const Bytes& stream, std::size_t step) {
-    Session session(Handler, true);
+    SessionFixture fixture(true);
+    Session& session = fixture.session;
     Bytes replies;
     std::size_t at = 0;
     while (at < stream.size() && !session.Broken()) {
@@ -59,7 +67,8 @@ TEST(Session, AnswersWhatCameBeforeSomethingThatIsNoFrame) {
 }
 
 TEST(Session, StopsAnsweringAndReceivingUntilItsRepliesAreTaken) {
-    Session session(Handler, true);
+    SessionFixture fixture(true);
+    Session& session = fixture.session;
     std::size_t requests = 0;
     for (;;) {
         const auto space = session.ReceiveSpace();
@@ -89,7 +98,8 @@ TEST(Session, StopsAnsweringAndReceivingUntilItsRepliesAreTaken) {
 
 TEST(Session, KnowsTheWritingFunctionsOnlyWhereItMayWrite) {
     const Bytes write = {0, 9, 0, 0, 0, 6, 1, 6, 0, 7, 0, 1};
-    Session session(Handler, false);
+    SessionFixture fixture(false);
+    Session& session = fixture.session;
     const auto ask = [&] {
         std::copy(write.begin(), write.end(), session.ReceiveSpace().begin());
         session.Received(write.size());
