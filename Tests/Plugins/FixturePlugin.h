@@ -4,10 +4,10 @@
 #include "yApi/yAssembly.h"
 #include "yApi/yVersion.h"
 
-/// What a plug-in library of the tests needs to be taken in, but for what its own file exports.
+/// Shared by the plug-in libraries of the tests. Each library's own file exports the entry points.
 namespace Fixture {
 
-/// One in each library, although all have it under the same name.
+/// Each library has its own, although all have the same name.
 static yAssembly assembly = nullptr;
 
 [[maybe_unused]] static yStatus ConstructAssembly(yAssembly* out) {

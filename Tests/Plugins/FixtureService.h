@@ -9,12 +9,12 @@
 #include <memory>
 #include <string>
 
-/// A plug-in library with service types: the file defines AddTypes, and everything else is here.
+/// A plug-in library with service types. Its file defines AddTypes; everything else is here.
 namespace Fixture {
 
 void AddTypes(VorControl::ControlPlugin& plugin);
 
-/// A service that does nothing but what it is told at its start.
+/// A service that calls a function at its start and does nothing else.
 class Service : public VorControl::ControlProtocol::ProtocolBase {
 public:
     Service(const VorControl::ControlProtocol::ControlProtocolEnviron& environ, std::function<void()> onStart)
@@ -62,7 +62,7 @@ private:
     plugin.Add(info, std::make_shared<Factory>(std::move(function)));
 }
 
-/// A type whose service calls the function at its start.
+/// Adds a type whose service calls the function at its start.
 [[maybe_unused]] static void AddService(VorControl::ControlPlugin& plugin, const std::string& typeName,
                                         std::function<void()> onStart) {
     AddType(plugin, typeName, [onStart](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {

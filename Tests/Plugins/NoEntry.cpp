@@ -1,8 +1,8 @@
 #include "FixturePlugin.h"
 #include "VorControl/Control/VorCnLib.h"
 
-/// The other functions that a plug-in exports are missing here, but the library that this one needs exports them, so a
-/// look-up finds them.
+/// The other entry points are missing here, but a library that this one depends on exports them, so a look-up finds
+/// them.
 extern "C" yStatus yPlugin_Publish(VorPlugin::PluginLib&) {
     yAssembly assembly = nullptr;
     return VorCnLib_Construct(&assembly);

@@ -3,7 +3,7 @@
 
 namespace {
 
-/// Asks for a restart of the sensor as soon as it starts.
+/// Requests a restart of the sensor when it starts.
 class RestartingService : public Fixture::Service {
 public:
     using Service::Service;

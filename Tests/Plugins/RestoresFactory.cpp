@@ -3,7 +3,7 @@
 
 namespace {
 
-/// Asks for a factory restore as soon as it starts.
+/// Requests a factory restore when it starts.
 class RestoringService : public Fixture::Service {
 public:
     using Service::Service;

@@ -25,7 +25,7 @@ constexpr const char* Entry = "controls/modbus/config.json";
 constexpr const char* AssemblyId = "registerAssembly-0";
 constexpr std::size_t DemoBlocks = 11;
 
-/// The sensor with its job "demo" loaded, which then is told to load another one.
+/// A sensor with the job "demo" loaded, before it loads another one.
 class DamagedJob : public ::testing::Test {
 protected:
     DamagedJob()
@@ -54,7 +54,7 @@ protected:
     json& Versions() { return Section()["registerAssemblyVersionList"]; }
     json& Blocks() { return Assemblies()[0]["blocks"]; }
 
-    /// Loads the configuration; `modified` is whether the load has something to report.
+    /// Loads a job with `config`. `modified` is whether it counts as modified then.
     void Load(bool modified) {
         Write("other", config.dump());
         host.Persistence().LoadJob("other");
@@ -69,7 +69,7 @@ protected:
         EXPECT_EQ(Modbus().GetProtocolStatus(), VorControl::ControlProtocol::ProtocolStatus::Running);
     }
 
-    /// The service runs, a job is saved, and the demo job can be loaded again.
+    /// Expects that the service runs, that the job can be saved, and that the demo job can be loaded again.
     void ExpectTheSensorRunsOn() {
         ExpectRunning();
         EXPECT_EQ(host.Persistence().Save(PersistDomain::Job).get().status, yOK);

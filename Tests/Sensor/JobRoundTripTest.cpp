@@ -23,7 +23,7 @@ nlohmann::json StoredConfig(const std::string& file) {
     return nlohmann::json::parse(bytes.begin(), bytes.end());
 }
 
-/// The sensor's own jobs, with the real service.
+/// The sensor's own jobs, with the real Modbus service.
 class JobRoundTrip : public ::testing::TestWithParam<std::string> {
 protected:
     static Scan::Recording Input() {

@@ -11,7 +11,7 @@
 namespace Sensor {
 namespace {
 
-/// What goes to stderr through std::cerr while it lives.
+/// Records what is written to std::cerr during its lifetime.
 class StandardError {
 public:
     StandardError()
@@ -45,10 +45,10 @@ TEST(UserLog, TellsAnExceptionWithoutItsBackTrace) {
     const UserLog log(false);
     const Vor::Exception exception(1, "file", yERROR, "Function", "no disk");
     Vor::Exception::LogException(exception);
-    const std::string told = error.Text();
-    EXPECT_NE(told.find("no disk"), std::string::npos) << told;
+    const std::string text = error.Text();
+    EXPECT_NE(text.find("no disk"), std::string::npos) << text;
     Vor::Exception::LogBackTrace(exception);
-    EXPECT_EQ(error.Text(), told);
+    EXPECT_EQ(error.Text(), text);
 }
 
 TEST(UserLog, TellsNothingWhileItIsSilent) {

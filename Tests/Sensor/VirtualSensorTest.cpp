@@ -19,7 +19,7 @@
 namespace Sensor {
 namespace {
 
-/// A sensor in triggered mode, so that nothing comes by itself.
+/// A sensor in triggered mode, so that no frame is published by time.
 class VirtualSensorTest : public ::testing::Test {
 protected:
     VirtualSensorTest() {

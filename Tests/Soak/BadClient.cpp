@@ -24,7 +24,7 @@ void MisbehaveOnce(Manner manner, std::uint16_t port, std::mt19937& random) {
     case Manner::Silence:
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
         return;
-    case Manner::Floods: // requests whose replies nobody takes
+    case Manner::Floods: // requests whose replies nobody reads
         for (int i = 0; i < 10000 && connection.Send(request); ++i) {
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
@@ -48,7 +48,7 @@ void Misbehave(Manner manner, std::uint16_t port, const std::atomic<bool>& endin
         try {
             MisbehaveOnce(manner, port, random);
         } catch (const std::runtime_error&) {
-            // the server has its reasons
+            // the server may close the connection
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % 20));
     }

@@ -18,10 +18,10 @@ namespace Soak {
 using Bytes = std::vector<unsigned char>;
 using Words = std::vector<std::uint16_t>;
 
-/// A Modbus TCP connection of which every byte is in the hands of its user.
+/// A Modbus TCP connection that can also send invalid bytes.
 class Connection {
 public:
-    /// The server has gone, or doesn't answer.
+    /// The connection was refused or closed.
     struct Lost : std::runtime_error {
         using std::runtime_error::runtime_error;
     };
@@ -45,19 +45,19 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// Resets the connection at its end instead of closing it in order.
+    /// The destructor will reset the connection instead of closing it.
     void ResetAtEnd() {
         const linger hard{1, 0};
         setsockopt(socket, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
     }
 
-    /// Sends what the server takes; false when it takes no more, or is gone.
+    /// Sends without waiting; false when the connection can't take all of it, or is closed.
     bool Send(std::span<const unsigned char> bytes) {
         const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         return sent == static_cast<ssize_t>(bytes.size());
     }
 
-    /// The registers; none when the server answers with an exception.
+    /// Returns the registers; nothing when the server answers with an exception.
     std::optional<Words> Read(std::uint16_t address, std::uint16_t count) {
         const Bytes pdu = Ask(Request(3, address, count));
         if (pdu[0] != 3 || pdu.size() != 2U + 2U * count) {
@@ -70,7 +70,7 @@ public:
         return words;
     }
 
-    /// 0, or the exception code.
+    /// Returns the exception code, 0 for none.
     int Write(std::uint16_t address, const Words& words) {
         Bytes pdu = Request(16, address, static_cast<std::uint16_t>(words.size()));
         pdu.push_back(static_cast<unsigned char>(2 * words.size()));

@@ -31,7 +31,7 @@ constexpr int ReadingsPerMinute = 12;
 constexpr int GoodClients = 5;
 constexpr unsigned long long Minute = 60'000'000; ///< microseconds
 
-/// A folder with the plug-ins of the run and its jobs; goes with its content.
+/// A temporary folder with the plug-ins and the jobs of the run, removed at destruction.
 class Workplace {
 public:
     Workplace() {
@@ -51,7 +51,7 @@ public:
     Workplace(const Workplace&) = delete;
     Workplace& operator=(const Workplace&) = delete;
 
-    /// A job like the demo, with its measurements moved by `distance` and the sample service as told.
+    /// Writes a job like the demo, with its measurements moved by `distance`, and the sample service enabled or not.
     void WriteJob(const std::string& name, int distance, bool sampleEnabled) const {
         const std::string entry = "/controls/modbus/config.json";
         VorCommon::ArchiveStore demo(JobFile("demo"));
@@ -121,7 +121,8 @@ double Median(std::vector<long> values) {
     return static_cast<double>(values[(values.size() - 1) / 2] + values[values.size() / 2]) / 2;
 }
 
-/// Times from 0 to 10 s in steps of 0.1 ms, longer ones in the last. Its memory is all there from the beginning.
+/// A histogram from 0 to 10 s in steps of 0.1 ms; longer times are in the last step. All memory is allocated at
+/// construction.
 class StallHistogram {
 public:
     void Add(std::chrono::microseconds time) {
@@ -130,7 +131,7 @@ public:
         ++total;
     }
     double LongestMilliseconds() const { return static_cast<double>(longest.count()) / 1000; }
-    /// The upper end of the step up to which 99 % of the times lie.
+    /// The upper end of the step below which 99 % of the times are.
     double Percentile99Milliseconds() const {
         unsigned long seen = 0;
         std::size_t step = 0;
@@ -147,7 +148,7 @@ private:
     unsigned long total = 0;
 };
 
-/// Drives one run from a thread of its own while the main loop runs the sensor.
+/// Controls one run from its own thread while the main loop runs the sensor.
 class Conductor {
 public:
     Conductor(Sensor::Application& application, std::uint16_t port, int minutes)
@@ -166,15 +167,16 @@ public:
         }
         threads.emplace_back([this] { WatchMainLoop(); });
         threads.emplace_back([this] { SwitchServices(); });
-        TakeReadings();
+        ReadMemory();
         ending = true;
         for (std::thread& thread : threads) {
             thread.join();
         }
-        goesOn = GoodClient(GoodClients + 1, port, totals, ending).StartsTheScan();
+        runsAtEnd = GoodClient(GoodClients + 1, port, totals, ending).StartsTheScan();
     }
 
-    int Tell() const {
+    /// Prints the results and returns the exit status.
+    int Report() const {
         const auto second = readings.begin() + ReadingsPerMinute;
         const double growth =
             Median({readings.end() - ReadingsPerMinute, readings.end()}) - Median({second, second + ReadingsPerMinute});
@@ -195,12 +197,12 @@ public:
         none("replies of two scans", totals.mixedScans);
         require("commands taken, at least 100", totals.commands >= 100, static_cast<double>(totals.commands));
         require("growth of resident memory in KB, at most 256", growth <= GrowthLimitKilobytes, growth);
-        require("a command is taken and done at the end", goesOn, goesOn ? 1 : 0);
+        require("a command is taken and done at the end", runsAtEnd, runsAtEnd ? 1 : 0);
         return kept ? 0 : 1;
     }
 
 private:
-    void TakeReadings() {
+    void ReadMemory() {
         const auto begin = Clock::now();
         for (int i = 1; i <= minutes * ReadingsPerMinute; ++i) {
             std::this_thread::sleep_until(begin + i * std::chrono::seconds(5));
@@ -211,7 +213,7 @@ private:
         }
     }
 
-    /// How long a closure waits for its turn.
+    /// Measures how long posted closures wait.
     void WatchMainLoop() {
         Vor::AsyncRunner runner;
         while (!ending) {
@@ -225,10 +227,10 @@ private:
     void SwitchServices() {
         std::mt19937 random(99);
         while (!ending) {
-            const std::string service = random() % 4 == 0 ? "modbus" : "sample";
-            Enable(service, false);
+            const std::string serviceId = random() % 4 == 0 ? "modbus" : "sample";
+            Enable(serviceId, false);
             std::this_thread::sleep_for(std::chrono::milliseconds(random() % 300));
-            Enable(service, true);
+            Enable(serviceId, true);
             ++switches;
             for (int i = 0; i < 20 && !ending; ++i) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -236,9 +238,9 @@ private:
         }
     }
 
-    void Enable(const std::string& service, bool on) {
+    void Enable(const std::string& serviceId, bool on) {
         Vor::AsyncRunner runner;
-        runner.RunAndWait([this, service, on] { application.Services().GetInstance(service).Enable(on); }, Minute);
+        runner.RunAndWait([this, serviceId, on] { application.Services().GetInstance(serviceId).Enable(on); }, Minute);
     }
 
     Sensor::Application& application;
@@ -249,7 +251,7 @@ private:
     std::vector<long> readings;
     StallHistogram stalls;
     long switches = 0;
-    bool goesOn = false;
+    bool runsAtEnd = false; ///< whether a command succeeded at the end
 };
 
 } // namespace
@@ -257,8 +259,8 @@ private:
 int ControlSoak(int minutes) {
     const Workplace place;
     const std::uint16_t port = FreePort();
-    std::ostream told(nullptr); // keeps nothing
-    Sensor::Application application(SensorCommand(place, port), told);
+    std::ostream output(nullptr); // discards everything
+    Sensor::Application application(SensorCommand(place, port), output);
     Conductor conductor(application, port, minutes);
     std::exception_ptr failure;
     std::thread thread([&] {
@@ -277,7 +279,7 @@ int ControlSoak(int minutes) {
     if (failure) {
         std::rethrow_exception(failure);
     }
-    return conductor.Tell();
+    return conductor.Report();
 }
 
 } // namespace Soak

@@ -2,14 +2,16 @@
 
 namespace Soak {
 
-/// Runs the sensor inside this process at 1,000 frames a second. Ten Modbus clients work at the same time: five send
-/// random commands and read, five misbehave (half requests, resets, silence, floods). Jobs are loaded at random, and
-/// the services are disabled and enabled again. 1, after telling what, when
-///  - a command that was taken didn't end, or ended with another status than it must,
+/// Runs the sensor inside this process at 1,000 frames a second, for at least two minutes. Ten Modbus clients work at
+/// the same time: five send random commands and read, five misbehave (half requests, resets, silence, floods, garbage).
+/// Jobs are loaded at random, and the services are disabled and enabled again. Prints the results, such as the longest
+/// stall of the main loop, and returns 1 when
+///  - an accepted command didn't end, or ended with a wrong status,
 ///  - a reply mixed two scans, or a request got no reply,
-///  - the last minute's median of resident memory lies more than 1 MB above that of the second minute,
-///  - at the end a command isn't taken and done within five seconds,
-/// else 0. Prints the longest stall of the main loop. At least two minutes.
+///  - fewer than 100 commands were accepted,
+///  - the median of resident memory in the last minute is more than 256 KB above that of the second minute,
+///  - at the end a command isn't done within five seconds,
+/// else 0.
 int ControlSoak(int minutes);
 
 } // namespace Soak

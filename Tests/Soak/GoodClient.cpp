@@ -14,7 +14,7 @@ constexpr std::uint16_t SystemAddress = 1200;
 constexpr int Busy = 6;
 constexpr int InProgress = 1;
 
-/// The number of the frame in a text such as "frame 17: max 9.864 mm"; -1 for another text.
+/// The frame number in a text such as "frame 17: max 9.864 mm"; -1 for another text.
 long FrameOfText(const Words& words, std::size_t at) {
     std::string text;
     for (std::size_t i = at; i < at + 16; ++i) {
@@ -45,7 +45,7 @@ void GoodClient::Run() {
                 ReadScan();
             }
         } catch (const Connection::Lost&) {
-            connection.reset(); // the service is disabled, or this client was one too many
+            connection.reset(); // the service is disabled
         } catch (const std::runtime_error&) {
             ++totals.withoutReply;
             connection.reset();
@@ -86,7 +86,7 @@ void GoodClient::SendCommand(const Command& command) {
     }
 }
 
-// Another client's command behind one's own tells the end of one's own, too: only then it could be taken.
+// Another request word in the answer also means that the command has ended: only then another one is accepted.
 void GoodClient::WaitForEnd(const Command& command, std::uint16_t word) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (std::chrono::steady_clock::now() < end) {

@@ -10,28 +10,28 @@
 
 namespace Soak {
 
-/// A client that keeps to the protocol: sends random commands, waits for their ends, and looks at what it reads. One
-/// thread a client.
+/// A client that follows the protocol: sends random commands, waits for their ends, and checks the values that it
+/// reads. Each client has its own thread.
 class GoodClient {
 public:
-    /// What all clients together did and found.
+    /// The results of all clients together.
     struct Totals {
         std::atomic<long> reads{0};
-        std::atomic<long> commands{0};     ///< taken by the sensor
-        std::atomic<long> busy{0};         ///< refused, since another one ran
-        std::atomic<long> interrupted{0};  ///< the service was disabled before their end was seen
-        std::atomic<long> wrongStatus{0};  ///< ended otherwise than they must
-        std::atomic<long> withoutEnd{0};   ///< taken and not ended in ten seconds
+        std::atomic<long> commands{0};     ///< accepted by the sensor
+        std::atomic<long> busy{0};         ///< refused because another one was in progress
+        std::atomic<long> interrupted{0};  ///< the service was disabled before the client read their end
+        std::atomic<long> wrongStatus{0};  ///< refused or ended with a wrong status
+        std::atomic<long> withoutEnd{0};   ///< accepted and not ended in ten seconds
         std::atomic<long> mixedScans{0};   ///< replies with parts of two scans
         std::atomic<long> withoutReply{0}; ///< requests that got no reply
     };
 
-    /// `number` from 1 to 15 makes its request words its own.
+    /// `number` from 1 to 15 makes the client's request words unique.
     GoodClient(int number, std::uint16_t port, Totals& totals, const std::atomic<bool>& ending);
 
     void Run();
 
-    /// Starts the scan and sees it done; for the end of a run, when nobody else sends commands.
+    /// Returns whether a command to start the scan succeeds. For the end of a run, when no other client sends commands.
     bool StartsTheScan();
 
 private:

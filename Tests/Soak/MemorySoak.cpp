@@ -29,7 +29,7 @@ constexpr long ResidentLimitKilobytes = 30 * 1024;
 constexpr double GrowthLimitKilobytes = 256;
 constexpr std::size_t ReadingsPerMinute = 12;
 
-/// The started sensor; the destructor ends it.
+/// The program, started at construction and ended at destruction.
 class Sensor {
 public:
     explicit Sensor(const std::string& dataFolder) {
@@ -75,7 +75,7 @@ public:
         throw std::runtime_error("the sensor printed no address");
     }
 
-    /// Reads what the sensor prints, so that it never waits for us.
+    /// Reads the output of the sensor, so that its writes never block.
     void Drain() {
         reader = std::thread([this] {
             char line[1024];
@@ -107,7 +107,7 @@ double MedianOf(const std::vector<long>& readings, std::size_t first) {
     return static_cast<double>(minute[(minute.size() - 1) / 2] + minute[minute.size() / 2]) / 2;
 }
 
-/// Reads the measurements until the end of the next five seconds; the number of round trips.
+/// Reads the measurements until `end`. Returns the number of round trips.
 long ReadUntil(modbus_t* client, Clock::time_point end) {
     long count = 0;
     for (; Clock::now() < end; ++count) {

@@ -6,7 +6,7 @@
 
 namespace Tests {
 
-// Programs and libraries of a build lie in and below one folder.
+// All programs and libraries of a build are in one folder or below it.
 std::string BuiltFile(const std::string& name) {
     return (std::filesystem::canonical("/proc/self/exe").parent_path() / name).string();
 }
@@ -17,7 +17,8 @@ std::string SourceFile(const std::string& name) {
 
 std::filesystem::path RecordingsFolder() {
     const char* folder = std::getenv("VOR_RECORDINGS");
-    return folder != nullptr ? std::filesystem::path(folder) : std::filesystem::path(SourceFile("../shared/recordings"));
+    return folder != nullptr ? std::filesystem::path(folder)
+                             : std::filesystem::path(SourceFile("../shared/recordings"));
 }
 
 } // namespace Tests

@@ -8,15 +8,16 @@
 
 namespace Tests {
 
-/// What was asked of a fake, on any thread.
+/// Records the calls of a fake, on any thread.
 class CallLog {
 public:
-    /// Called with each call, after it was noted and outside all locks; it may throw.
+    /// Sets a function that is called with each recorded call, without a lock. It may throw.
     void OnCall(std::function<void(const std::string&)> hook) {
         const std::lock_guard guard(mutex);
         onCall = std::move(hook);
     }
 
+    /// Returns the calls since the last call of this.
     std::vector<std::string> TakeCalls() {
         const std::lock_guard guard(mutex);
         return std::exchange(calls, {});

@@ -20,7 +20,7 @@
 
 namespace Tests {
 
-/// What an application gives to the control subsystem, made of the real platform objects.
+/// The application's side of the control subsystem, with real platform objects.
 class ControlEnviron {
 public:
     VorControl::ControlModuleEnviron Record() {
@@ -51,7 +51,7 @@ public:
     Vor::Event<> factoryRestore;
 };
 
-/// The host of an application, with what it takes from the system: the operations are real, what they act on is fake.
+/// The host of an application. Its operations are real; system, scan engine and data cache are fakes.
 class FakeHost {
 public:
     FakeHost(ControlEnviron& application, VorControl::IControlScanResults& scanResults)

@@ -33,8 +33,8 @@ public:
     Vor::Params::Value<std::string> name;
 };
 
-/// A service that keeps its configuration domain by domain: the same objects for each domain that a test allows. It
-/// notes the calls that it gets, and does in them what a test says.
+/// A service with a configuration for each domain in `domains`, the same objects for all of them. It records its calls,
+/// and runs the functions in `actions`.
 class DomainService : public VorControl::ControlProtocol::ProtocolBase {
 public:
     using Domain = VorCommon::PersistDomain;
@@ -99,7 +99,7 @@ public:
         outputs->Add(args);
     }
 
-    /// The calls but those that only ask.
+    /// The calls that change something.
     std::vector<std::string> Changes() const {
         std::vector<std::string> changes;
         for (const std::string& call : calls) {
@@ -114,9 +114,9 @@ public:
     std::shared_ptr<DomainParams> params = std::make_shared<DomainParams>();
     const char* paramsVersion = "2";
     const char* assemblyVersion = "7";
-    /// Other versions, of the parameters as of the assemblies.
+    /// Further versions that parameters and assemblies support.
     std::set<std::string> supported;
-    /// Begin gives no object to change.
+    /// Whether the begin of an update returns null.
     bool refusesUpdates = false;
     int dynamicPasses = 0;
     std::shared_ptr<Map> outputs = std::make_shared<VorControl::ControlProtocol::StandardProtocolOutputMap>(4, 0, 100);
@@ -125,7 +125,7 @@ public:
     std::shared_ptr<VorControl::Providers::ControlPersistenceProvider> provider =
         std::make_shared<VorControl::Providers::ControlPersistenceProvider>(*this);
     std::vector<std::string> calls;
-    /// By call, run after it is noted.
+    /// Functions by call, which run after the call is recorded.
     std::map<std::string, std::function<void()>> actions;
 
 protected:

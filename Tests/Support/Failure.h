@@ -7,7 +7,7 @@
 
 namespace Tests {
 
-/// What a call threw.
+/// A Vor::Exception.
 struct Failure {
     yStatus status;
     bool hasText;
@@ -15,7 +15,7 @@ struct Failure {
     std::string function;
 };
 
-/// Nothing when the call threw nothing; another exception than Vor::Exception passes on.
+/// The Vor::Exception that the call throws, or nothing. Other exceptions pass through.
 template <class Call>
 std::optional<Failure> FailureOf(Call&& call) {
     try {

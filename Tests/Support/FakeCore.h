@@ -8,7 +8,7 @@
 
 namespace Tests {
 
-/// Remembers the orders given to it, and answers with what a test puts in.
+/// Records its calls, and returns the values that a test sets.
 class FakeCore : public VorCore::Core {
 public:
     std::vector<std::string> calls;

@@ -9,7 +9,7 @@
 
 namespace Tests {
 
-/// A cache of what a test says, which it may change at any time.
+/// A cache whose values a test sets, on any thread.
 class FakeDataCache : public VorControl::IControlDataCache {
 public:
     VorControl::IControlSystemInterface::SystemStats SystemStats(unsigned long long timeout) override {

@@ -13,8 +13,8 @@
 
 namespace Tests {
 
-/// Scan engines with one scanner, whatever its id, that note what is asked of them, on any thread, and answer what a
-/// test says. A test ends an alignment with `completed.Raise`.
+/// Scan engines with one scanner, which has any id. Records its calls on any thread, and returns the values that a test
+/// sets. A test ends an alignment with `completed.Raise`.
 class FakeScanEngineInterface : public VorControl::IControlScanEngineInterface, public CallLog {
 public:
     void SoftwareTrigger(const std::string& scannerId) override { Note("SoftwareTrigger " + scannerId); }
@@ -62,7 +62,7 @@ public:
     Vor::Event<VorScan::AlignCompletionStatus> completed;
     Vor::Event<> stateUpdated;
     Vor::Params::Value<VorScan::AlignState> alignState;
-    /// Set it before the calls that answer with it.
+    /// Returned by ScannerInfo.
     ScannerStateInfo info;
 };
 

@@ -14,7 +14,7 @@
 
 namespace Tests {
 
-/// A system that notes what is asked of it, on any thread, and answers what a test says.
+/// Records its calls on any thread, and returns the values that a test sets.
 class FakeSystemInterface : public VorControl::IControlSystemInterface, public CallLog {
 public:
     void Start() override { Note("Start"); }
@@ -73,7 +73,7 @@ public:
         return syncTime;
     }
 
-    /// Set these before the calls that answer with them.
+    /// Returned by the calls.
     SystemStats stats;
     std::map<std::string, ControlDataSourceProperties> dataSources;
     Vor::Object liveJob;

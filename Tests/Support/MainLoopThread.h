@@ -8,7 +8,7 @@
 
 namespace Tests {
 
-/// Runs the main loop on a thread of its own, with the clock of the system, while it lives.
+/// Runs the main loop on a thread of its own during its lifetime.
 class MainLoopThread {
 public:
     MainLoopThread() {

@@ -9,7 +9,7 @@
 
 namespace Tests {
 
-/// Remembers what is asked of it. A hook runs first and may throw.
+/// Records its calls. A hook runs before its call and may throw.
 class RecordingRegistrar : public VorCommon::IPersistRegistrar {
 public:
     struct Announcement {

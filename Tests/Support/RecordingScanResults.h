@@ -9,7 +9,7 @@
 
 namespace Tests {
 
-/// Notes what is asked of it. Its handlers are in one event.
+/// Records its calls. All handlers are in `event`.
 class RecordingScanResults : public VorControl::IControlScanResults {
 public:
     Vor::Event<void*>::CallbackId AddResultHandler(const std::string& id, std::function<void(void*)> handler) override {

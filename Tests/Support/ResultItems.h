@@ -12,7 +12,7 @@
 
 #include <string_view>
 
-/// Result items and the messages in them, each with one share.
+/// Result items and the messages in them, each with one reference.
 namespace Tests {
 
 inline Vor::Object Measure(double value, unsigned char decision) {

@@ -42,7 +42,7 @@ inline std::vector<std::string> SourcesOf(void* set) {
     return sources;
 }
 
-/// The sets of the batch that a result handler gets, each with a share.
+/// The sets of a result handler's batch, each with a reference.
 inline std::vector<Vor::Object> SetsOf(void* batch) {
     std::vector<Vor::Object> sets;
     const auto list = static_cast<yArrayList>(batch);

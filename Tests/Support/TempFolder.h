@@ -9,7 +9,7 @@
 
 namespace Tests {
 
-/// An empty folder that goes with its content.
+/// A temporary folder, empty at first, removed with its content at destruction.
 class TempFolder {
 public:
     TempFolder() {

@@ -17,7 +17,7 @@
 
 namespace Tests {
 
-/// A service that notes the calls that it gets, and does in them what a test says.
+/// A service that records its calls, and runs the hooks that a test sets.
 class TestService : public VorControl::ControlProtocol::ProtocolBase {
 public:
     using ProtocolStatus = VorControl::ControlProtocol::ProtocolStatus;
@@ -79,7 +79,7 @@ public:
     VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
     std::shared_ptr<nlohmann::json> workspaceData; ///< a test that needs it sets it
     std::vector<std::string> calls;
-    /// Gets the calls too, with the id in front; it may be shared by several services.
+    /// The same calls with the id in front. Several services may share it.
     std::shared_ptr<std::vector<std::string>> sharedCalls;
     Hook onStart;
     Hook onStop;
@@ -123,7 +123,7 @@ private:
     Function function;
 };
 
-/// The program itself as a plug-in library: give it types, then publish it.
+/// The test program itself as a plug-in library: add types, then publish it.
 class TestPlugin {
 public:
     TestPlugin& Add(const VorControl::ControlInfo& info, TestFactory::Function function) {
@@ -131,7 +131,7 @@ public:
         return *this;
     }
 
-    /// A type whose service is a TestService, which `made` points to as long as it lives.
+    /// Adds a type whose service is a TestService. `made` points to the service during its lifetime.
     TestPlugin& Add(const std::string& typeName, std::weak_ptr<TestService>& made,
                     std::function<void(TestService&)> prepare = {}) {
         return Add(Info(typeName),

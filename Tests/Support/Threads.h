@@ -12,7 +12,7 @@ namespace Tests {
 /// The name of the thread on which a service gets its scan results.
 inline constexpr const char* ScanResultsThread = "CtrlScnRstDisp";
 
-/// Number of threads of this process that have the name.
+/// The number of threads of this process with the name.
 inline std::size_t CountThreads(const std::string& name) {
     std::size_t count = 0;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -25,7 +25,7 @@ inline std::size_t CountThreads(const std::string& name) {
     return count;
 }
 
-/// Looks again and again until `condition` holds; false when it doesn't in time. For states that signal nobody.
+/// Polls until `condition` is true; false at the deadline. For states without a notification.
 inline bool WaitUntil(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (!condition()) {

@@ -7,13 +7,13 @@
 
 namespace Tests {
 
-/// Whether the text was asked for in the catalogue since VorGetText::ForgetCalls.
+/// Whether the text was looked up in the catalogue since VorGetText::ForgetCalls.
 inline bool WasTranslated(const std::string& catalogue, const std::string& text) {
     const auto calls = VorGetText::GetInstance().Calls();
     return std::find(calls.begin(), calls.end(), VorGetText::Call{"BE", catalogue, text}) != calls.end();
 }
 
-/// Gives one text of a catalogue another wording for a scope.
+/// Translates one text of a catalogue during its lifetime.
 class Translation {
 public:
     Translation(const std::string& catalogue, const std::string& text, const std::string& translated)

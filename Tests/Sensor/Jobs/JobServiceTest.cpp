@@ -25,7 +25,7 @@ using VorCommon::PersistDomain;
 
 constexpr const char* Entry = "controls/type/config.json";
 
-/// A job with settings of the service "type", whose version of maps is 7.
+/// A job with settings of the service "type", whose assemblies have version 7.
 class JobServiceTest : public ::testing::Test {
 protected:
     JobServiceTest() {

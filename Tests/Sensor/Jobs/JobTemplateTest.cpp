@@ -31,7 +31,7 @@ json Blocks(const json& config) {
     return config.at("vor:control").at("registerAssemblyList").at(0).at("blocks");
 }
 
-/// The blocks by which a client drives the sensor, which end each map.
+/// The blocks by which a client controls the sensor; they are the last ones of each map.
 const std::vector<std::string> ControlBlocks = {"ControlInput 1000-65", "ControlOutput 1100-3", "System 1200-40",
                                                 "Scanner 1300-10"};
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* Path = "/controls/plc/config.json";
 
-/// Two services: "plc" with parameters, "bare" with a group that is empty.
+/// Two services: "plc" with parameters, "bare" with an empty group.
 class OverlayTest : public ::testing::Test {
 protected:
     OverlayTest() {

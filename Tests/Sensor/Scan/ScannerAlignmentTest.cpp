@@ -31,7 +31,7 @@ protected:
 
     void Invoke(const std::string& id) { alignment->InvokeCommand(id, *alignment->GetCommandParams(id)); }
 
-    /// The events since the previous call.
+    /// Returns the events since the last call.
     std::vector<std::string> Events() { return std::exchange(events, {}); }
 
     using Lines = std::vector<std::string>;

@@ -21,12 +21,12 @@ namespace {
 
 constexpr std::chrono::seconds Deadline{20};
 
-/// The stamps of what a hub delivers.
+/// Records the stamps of the result sets of a hub.
 class StampLog {
 public:
     explicit StampLog(VorCore::ResultHub& hub)
         : hub(hub)
-        , id(hub.AddResultHandler([this](void* set) { Take(set); })) {}
+        , id(hub.AddResultHandler([this](void* set) { Append(set); })) {}
     ~StampLog() { hub.RemoveResultHandler(id); }
 
     bool WaitForCount(std::size_t count) {
@@ -40,7 +40,7 @@ public:
     }
 
 private:
-    void Take(void* set) {
+    void Append(void* set) {
         void* item = ResultSet_At(set, ResultSet_Count(set) - 1);
         const std::lock_guard guard(mutex);
         stamps.push_back(*VvMsg_StampAt(yMsgInfo_Message(ResultItem_MsgInfo(item)), 0));
@@ -137,7 +137,7 @@ TEST(Scanner, KeepsTheRateOverManyFrames) {
     scanner.Start();
     ASSERT_TRUE(log.WaitForCount(501));
     scanner.Stop();
-    // No frame comes before its time, and a late one doesn't make those behind it late.
+    // No frame is early, and a late one doesn't delay the next ones.
     const auto stamps = log.Stamps();
     std::uint64_t leastLag = UINT64_MAX;
     for (std::size_t index = 0; index <= 500; ++index) {
