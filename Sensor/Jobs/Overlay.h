@@ -34,7 +34,6 @@ public:
 
     /// Null for a service without overlaid values. `path` is the path of the service's file in the job.
     const Service* Find(const std::string& path) const;
-    bool IsEmpty() const { return services.empty(); }
 
 private:
     std::map<std::string, Service> services;

@@ -20,8 +20,8 @@ namespace Sensor::Scan {
 class ScannerAlignment : public VorCommon::ICommandTarget {
 public:
     struct Settings {
-        std::chrono::milliseconds time{
-            1000}; ///< how long an alignment takes; with 0 it ends in the next turn of the loop
+        /// How long an alignment takes. With 0 it ends in the next turn of the loop.
+        std::chrono::milliseconds time{1000};
         AlignOutcome outcome = AlignOutcome::Succeed;
     };
 

@@ -21,7 +21,6 @@ public:
     void Update(const AsciiSettings& settings);
 
     bool IsListening() const { return server.IsListening(); }
-    std::uint16_t Port() const { return server.Port(); }
     std::string Url() const { return server.Url(); }
 
 private:

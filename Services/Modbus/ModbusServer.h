@@ -36,8 +36,6 @@ struct ServerSettings {
 /// operations are for one thread at a time; each waits microseconds for the network thread.
 class ModbusServer {
 public:
-    static constexpr std::chrono::milliseconds PollPeriod = Common::TcpServer::PollPeriod;
-
     /// Listens when it returns. Throws a Vor::Exception with a text for the user when it can't. `registers` and
     /// `counters` must outlive the server and are used by the network thread. `poll` is as TcpServer::Hooks::poll.
     ModbusServer(IRegisterMap& registers, ServerCounters& counters, const ServerSettings& settings,
