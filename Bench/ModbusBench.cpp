@@ -198,7 +198,8 @@ private:
 class OwnServer {
 public:
     OwnServer()
-        : server(std::make_unique<ModbusServer>(map, counters, ServerSettings{.idleTimeOut = std::chrono::hours(1)})) {}
+        : server(std::make_unique<ModbusServer>(map, counters,
+                                                ServerSettings{.tcp = {.idleTimeOut = std::chrono::hours(1)}})) {}
     std::uint16_t Port() const { return server->Port(); }
 
 private:

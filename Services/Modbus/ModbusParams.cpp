@@ -40,14 +40,7 @@ void ModbusParams::Reset() {
 
 ServerSettings ModbusParams::Settings() {
     CheckLimits();
-    const Common::TcpServerSettings tcp = TcpSettings();
-    return {.address = tcp.address,
-            .port = tcp.port,
-            .unit = static_cast<unsigned char>(unitId.Get()),
-            .maxConnections = tcp.maxConnections,
-            .idleTimeOut = tcp.idleTimeOut,
-            .readers = tcp.readers,
-            .writers = tcp.writers};
+    return {.tcp = TcpSettings(), .unit = static_cast<unsigned char>(unitId.Get())};
 }
 
 } // namespace Services::Modbus

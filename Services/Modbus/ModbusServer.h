@@ -1,34 +1,19 @@
 #pragma once
 
-#include "Services/Common/Network.h"
 #include "Services/Common/TcpServer.h"
 #include "Services/Modbus/IRegisterMap.h"
 #include "Services/Modbus/RequestHandler.h"
 #include "Services/Modbus/ServerCounters.h"
 
-#include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace Services::Modbus {
 
-using Common::NetworkAddress;
-using Common::ParseNetworks;
-
 struct ServerSettings {
-    std::string address = "127.0.0.1"; ///< IPv4 or IPv6, as digits; "0.0.0.0" and "::" listen on all interfaces
-    std::uint16_t port = 0;            ///< 0 for any free port
-    unsigned char unit = 0;            ///< 0 answers every unit identifier
-    unsigned maxConnections = 32;      ///< one more is closed at once
-    /// A connection with no whole request in this time is closed; 0 leaves it open.
-    std::chrono::milliseconds idleTimeOut{60000};
-    /// Whose clients are served. Another client is closed as soon as it connects.
-    std::vector<Common::Network> readers = ParseNetworks({"0.0.0.0/0", "::/0"});
-    /// Whose clients may write. For other clients the writing functions are unknown.
-    std::vector<Common::Network> writers = ParseNetworks({"127.0.0.0/8", "::1/128"});
+    Common::TcpServerSettings tcp = {}; ///< for clients outside of `tcp.writers` the writing functions are unknown
+    unsigned char unit = 0;             ///< the unit identifier to serve; 0 serves all
 };
 
 /// Serves Modbus TCP on a thread of its own, "ModbusNet". No client can block that thread: sockets never block, each

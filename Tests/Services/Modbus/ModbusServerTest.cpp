@@ -16,14 +16,17 @@ namespace Services::Modbus {
 namespace {
 
 using namespace std::chrono_literals;
+using Common::NetworkAddress;
+using Common::ParseNetworks;
+using Common::TcpServerSettings;
 
 const Bytes ReplyTo77(Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0, 77});
 
-std::string FailureOf(const ServerSettings& settings) {
+std::string FailureOf(const TcpServerSettings& settings) {
     AddressRegisters registers;
     ServerCounters counters;
     try {
-        ModbusServer server(registers, counters, settings);
+        ModbusServer server(registers, counters, {.tcp = settings});
     } catch (const Vor::Exception& e) {
         return e.what();
     }
@@ -40,9 +43,12 @@ const Bytes NothingToWrite = {0, 9, 0, 0, 0, 3, 1, 0x86, 2};
 
 class ModbusServerTest : public testing::Test {
 protected:
-    void Open(const ServerSettings& settings = {}) {
-        server = std::make_unique<ModbusServer>(registers, counters, settings);
+    void Open(const TcpServerSettings& settings = {}) {
+        server = std::make_unique<ModbusServer>(registers, counters, ServerSettings{.tcp = settings});
         port = server->Port();
+    }
+    void Update(const TcpServerSettings& settings, unsigned char unit = 0) {
+        server->Update({.tcp = settings, .unit = unit});
     }
 
     /// A client that has received a reply.
@@ -204,9 +210,9 @@ TEST_F(ModbusServerTest, ClosesAConnectionThatNeverTakesItsReplies) {
 TEST_F(ModbusServerTest, KeepsASilentConnectionWithoutATimeOut) {
     Open({.idleTimeOut = 0ms});
     const auto silent = Client();
-    server->Update({.port = port, .idleTimeOut = 0ms});
+    Update({.port = port, .idleTimeOut = 0ms});
     EXPECT_EQ(counters.connected, 1u);
-    server->Update({.port = port, .idleTimeOut = 1ms});
+    Update({.port = port, .idleTimeOut = 1ms});
     EXPECT_TRUE(silent->WaitForClose()) << "a new time-out holds for connections that are there";
 }
 
@@ -234,7 +240,7 @@ TEST_F(ModbusServerTest, StopsReadingFromAClientThatDoesNotTakeItsReplies) {
 TEST_F(ModbusServerTest, TakesAnotherUnitAtOnce) {
     Open();
     const auto client = Client();
-    server->Update({.port = port, .unit = 5});
+    Update({.port = port}, 5);
     EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), (Bytes{0, 9, 0, 0, 0, 3, 1, 0x83, 11}));
 }
 
@@ -244,7 +250,7 @@ TEST_F(ModbusServerTest, MovesToAnotherPortAndClosesItsConnections) {
     Open({.port = 0});
     const auto client = Client();
     const std::uint16_t former = port;
-    server->Update({.address = "0.0.0.0", .port = former});
+    Update({.address = "0.0.0.0", .port = former});
     EXPECT_EQ(server->Url(), "tcp://0.0.0.0:" + std::to_string(former));
     EXPECT_TRUE(client->WaitForClose());
     EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
@@ -255,7 +261,7 @@ TEST_F(ModbusServerTest, StaysWhereItIsWhenItCannotMove) {
     ModbusServer other(registers, othersCounters, {});
     Open();
     const auto client = Client();
-    EXPECT_THROW(server->Update({.port = other.Port(), .unit = 5}), Vor::Exception);
+    EXPECT_THROW(Update({.port = other.Port()}, 5), Vor::Exception);
     EXPECT_TRUE(server->IsListening());
     EXPECT_EQ(server->Port(), port);
     EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
@@ -296,7 +302,7 @@ TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
 }
 
 TEST_F(ModbusServerTest, LetsLoopbackWriteAndNobodyElseByDefault) {
-    const ServerSettings settings;
+    const TcpServerSettings settings;
     Open();
     EXPECT_EQ(Client()->Ask(WriteOne), NothingToWrite);
     for (const auto& [text, may] : {std::pair{"::ffff:127.0.0.1", true},
@@ -324,7 +330,7 @@ TEST_F(ModbusServerTest, ClosesAClientThatMayNotReadAtOnce) {
     EXPECT_TRUE(RawClient(port).WaitForClose());
     EXPECT_TRUE(WaitForCount(counters.refused, 1));
     EXPECT_EQ(counters.connected, 0u);
-    server->Update({.port = port, .readers = ParseNetworks({"127.0.0.1"})});
+    Update({.port = port, .readers = ParseNetworks({"127.0.0.1"})});
     EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
     EXPECT_EQ(counters.refused, 1u);
 }
@@ -343,11 +349,11 @@ TEST_F(ModbusServerTest, AppliesOtherNetworksToTheConnectionsThatAreThere) {
     const auto client = Client();
     const auto other = Client();
     EXPECT_EQ(client->Ask(WriteOne), NothingToWrite);
-    server->Update({.port = port, .writers = {}});
+    Update({.port = port, .writers = {}});
     EXPECT_EQ(client->Ask(WriteOne), MayNotWrite);
-    server->Update({.port = port, .writers = ParseNetworks({"127.0.0.1"})});
+    Update({.port = port, .writers = ParseNetworks({"127.0.0.1"})});
     EXPECT_EQ(client->Ask(WriteOne), NothingToWrite);
-    server->Update({.port = port, .readers = {}});
+    Update({.port = port, .readers = {}});
     EXPECT_TRUE(client->WaitForClose());
     EXPECT_TRUE(other->WaitForClose());
     EXPECT_TRUE(WaitForCount(counters.connected, 0));
