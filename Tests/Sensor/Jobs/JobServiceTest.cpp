@@ -44,13 +44,13 @@ protected:
 
     Tests::DomainService& Service() const { return *service.lock(); }
 
-    void Keep(const std::vector<const char*>& assemblies) {
+    void AddAssemblies(const std::vector<const char*>& assemblies) {
         for (const char* id : assemblies) {
             Service().AddAssembly(id);
         }
         Service().provider->RegisterRegisterAssemblyGroup(PersistDomain::Job);
     }
-    void KeepOutputs(std::shared_ptr<VorControl::ControlProtocol::IProtocolOutput> map) {
+    void SetOutputs(std::shared_ptr<VorControl::ControlProtocol::IProtocolOutput> map) {
         Service().outputs = std::move(map);
         Service().provider->RegisterOutputsMap(PersistDomain::Job);
     }
@@ -93,7 +93,7 @@ protected:
         }
         return "(done)";
     }
-    std::string Edited(const JobService::Selection& selection, const std::string& command, const json& document) {
+    std::string Edit(const JobService::Selection& selection, const std::string& command, const json& document) {
         return Refusal([&] {
             JobService job = Open();
             job.Edit(selection, command, document);
@@ -123,7 +123,7 @@ protected:
 };
 
 TEST_F(JobServiceTest, LoadsTheMapOfADisabledServiceAndStartsNothing) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     WriteSection(SectionOf({"a"}, OneBlock()));
     EXPECT_EQ(
         Table(),
@@ -133,9 +133,9 @@ TEST_F(JobServiceTest, LoadsTheMapOfADisabledServiceAndStartsNothing) {
 }
 
 TEST_F(JobServiceTest, AnEditIsSavedAndEverythingElseStays) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     WriteSection(SectionOf({"a"}, OneBlock()));
-    EXPECT_EQ(Edited({}, "add", json::parse(R"({"blocks":[{"type":"four","outputId":10,"displayName":"new"}]})")),
+    EXPECT_EQ(Edit({}, "add", json::parse(R"({"blocks":[{"type":"four","outputId":10,"displayName":"new"}]})")),
               "(done)");
     const json section = StoredSection();
     EXPECT_EQ(section.at("enabled"), false);
@@ -144,98 +144,98 @@ TEST_F(JobServiceTest, AnEditIsSavedAndEverythingElseStays) {
     ASSERT_EQ(section.at("registerAssemblyList").at(0).at("blocks").size(), 2U);
     EXPECT_EQ(section.at("registerAssemblyList").at(0).at("blocks").at(1).at("displayName"), "new");
     EXPECT_TRUE(ArchiveFile(file).Read().contains("other.json"));
-    EXPECT_EQ(Edited({}, "update", {{"outputId", 10}, {"newParams", {{"outputId", 50}}}}), "(done)");
-    EXPECT_EQ(Edited({}, "remove", json::parse(R"({"outputIdList":[{"outputId":3}]})")), "(done)");
+    EXPECT_EQ(Edit({}, "update", {{"outputId", 10}, {"newParams", {{"outputId", 50}}}}), "(done)");
+    EXPECT_EQ(Edit({}, "remove", json::parse(R"({"outputIdList":[{"outputId":3}]})")), "(done)");
     EXPECT_EQ(Csv(), "assembly,outputId,registerCount,type,dataSource,displayName\r\na,50,4,four,,new\r\n");
-    EXPECT_EQ(Edited({}, "compact", {{"startingOutputId", 7}}), "(done)");
+    EXPECT_EQ(Edit({}, "compact", {{"startingOutputId", 7}}), "(done)");
     EXPECT_EQ(Csv(), "assembly,outputId,registerCount,type,dataSource,displayName\r\na,7,4,four,,new\r\n");
-    EXPECT_EQ(Edited({}, "removeAll", json::object()), "(done)");
+    EXPECT_EQ(Edit({}, "removeAll", json::object()), "(done)");
     EXPECT_EQ(Table(), "shown (a)\n  (empty)\n");
 }
 
 TEST_F(JobServiceTest, AnEnabledServiceStaysEnabledAndOneThatDoesNotSayStaysSo) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     json section = SectionOf({"a"}, json::array());
     section["enabled"] = true;
     WriteSection(section);
-    EXPECT_EQ(Edited({}, "removeAll", json::object()), "(done)");
+    EXPECT_EQ(Edit({}, "removeAll", json::object()), "(done)");
     EXPECT_EQ(StoredSection().at("enabled"), true);
     section.erase("enabled");
     WriteSection(section);
-    EXPECT_EQ(Edited({}, "removeAll", json::object()), "(done)");
+    EXPECT_EQ(Edit({}, "removeAll", json::object()), "(done)");
     EXPECT_FALSE(StoredSection().contains("enabled"));
 }
 
 TEST_F(JobServiceTest, AnEditThatFailsLeavesTheJobAsItWas) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     WriteSection(SectionOf({"a"}, OneBlock()));
     const std::string before = Stored();
     const std::string refusal =
-        Edited({}, "add", json::parse(R"({"blocks":[{"type":"one","outputId":4},{"type":"one","outputId":3}]})"));
+        Edit({}, "add", json::parse(R"({"blocks":[{"type":"one","outputId":4},{"type":"one","outputId":3}]})"));
     EXPECT_EQ(refusal.find("Only 1 out of 2 data sources were added."), 0U) << refusal;
     EXPECT_NE(refusal.find("The block output id/address 3 conflicts"), std::string::npos) << refusal;
-    EXPECT_NE(Edited({}, "remove", json::parse(R"({"outputIdList":[{"outputId":9}]})")), "(done)");
-    EXPECT_NE(Edited({}, "update", {{"outputId", 9}}), "(done)");
+    EXPECT_NE(Edit({}, "remove", json::parse(R"({"outputIdList":[{"outputId":9}]})")), "(done)");
+    EXPECT_NE(Edit({}, "update", {{"outputId", 9}}), "(done)");
     EXPECT_EQ(Stored(), before);
 }
 
 TEST_F(JobServiceTest, NamesTheKeyThatIsNotTakenAndWhatIsExpected) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     WriteSection(SectionOf({"a"}, json::array()));
     const std::string before = Stored();
-    EXPECT_EQ(Edited({}, "add", {{"block", json::array()}}), "block: unknown key. Expected one of: autoShift, blocks.");
-    EXPECT_EQ(Edited({}, "add", {{"blocks", {Block("one", 4), {{"Type", "one"}}}}}),
+    EXPECT_EQ(Edit({}, "add", {{"block", json::array()}}), "block: unknown key. Expected one of: autoShift, blocks.");
+    EXPECT_EQ(Edit({}, "add", {{"blocks", {Block("one", 4), {{"Type", "one"}}}}}),
               "blocks[1].Type: unknown key. Expected one of: dataSource, displayName, outputId, registerCount, type.");
-    EXPECT_EQ(Edited({}, "update", {{"newParams", {{"id", 1}}}}),
+    EXPECT_EQ(Edit({}, "update", {{"newParams", {{"id", 1}}}}),
               "newParams.id: unknown key. Expected one of: dataSource, displayName, outputId, registerCount.");
-    EXPECT_EQ(Edited({}, "add", {{"blocks", 7}}).find("blocks: expected an array"), 0U)
-        << Edited({}, "add", {{"blocks", 7}});
-    EXPECT_EQ(Edited({}, "add", json::parse(R"({"blocks":[{"outputId":65536}]})")).find("blocks[0].outputId: expected"),
+    EXPECT_EQ(Edit({}, "add", {{"blocks", 7}}).find("blocks: expected an array"), 0U)
+        << Edit({}, "add", {{"blocks", 7}});
+    EXPECT_EQ(Edit({}, "add", json::parse(R"({"blocks":[{"outputId":65536}]})")).find("blocks[0].outputId: expected"),
               0U)
-        << Edited({}, "add", json::parse(R"({"blocks":[{"outputId":65536}]})"));
-    EXPECT_EQ(Edited({}, "add", json::array()), "expected a JSON object but got array.");
-    EXPECT_EQ(Edited({}, "Add", json::object()),
+        << Edit({}, "add", json::parse(R"({"blocks":[{"outputId":65536}]})"));
+    EXPECT_EQ(Edit({}, "add", json::array()), "expected a JSON object but got array.");
+    EXPECT_EQ(Edit({}, "Add", json::object()),
               "there is no command 'Add'. Expected one of: add, remove, removeAll, compact, update.");
     EXPECT_EQ(Stored(), before);
 }
 
 TEST_F(JobServiceTest, OneOfSeveralAssembliesIsChosen) {
-    Keep({"b", "a"});
+    AddAssemblies({"b", "a"});
     WriteSection(SectionOf({"a", "b"}, OneBlock()));
-    EXPECT_EQ(Edited({}, "removeAll", json::object()),
+    EXPECT_EQ(Edit({}, "removeAll", json::object()),
               "service 'type' has several assemblies. Expected --assembly with one of: a, b.");
-    EXPECT_EQ(Edited({.assembly = "c"}, "removeAll", json::object()),
+    EXPECT_EQ(Edit({.assembly = "c"}, "removeAll", json::object()),
               "service 'type' has no assembly 'c'. Expected one of: a, b.");
-    EXPECT_EQ(Edited({.assembly = "b"}, "removeAll", json::object()), "(done)");
+    EXPECT_EQ(Edit({.assembly = "b"}, "removeAll", json::object()), "(done)");
     EXPECT_EQ(Csv(), "assembly,outputId,registerCount,type,dataSource,displayName\r\na,3,1,one,,one name\r\n");
     EXPECT_EQ(Table({.assembly = "b"}), "shown (b)\n  (empty)\n");
     EXPECT_EQ(Refusal([&] { Csv({.assembly = "c"}); }), "service 'type' has no assembly 'c'. Expected one of: a, b.");
 }
 
 TEST_F(JobServiceTest, AnOutputMapIsShownAndEdited) {
-    Keep({"a"});
-    KeepOutputs(std::make_shared<VorControl::ControlProtocol::StandardProtocolOutputMap>(4, 0, 100));
+    AddAssemblies({"a"});
+    SetOutputs(std::make_shared<VorControl::ControlProtocol::StandardProtocolOutputMap>(4, 0, 100));
     json section = SectionOf({"a"}, json::array());
     section["outputs"] = json::parse(R"({"map":[{"outputId":4,"source":"profile/max"}]})");
     WriteSection(section);
     EXPECT_EQ(Table(), "shown (a)\n  (empty)\nOutputs\nId  Data Source\n4   profile/max\n");
-    EXPECT_EQ(Edited({.outputs = true}, "add", {{"outputId", 9}, {"source", "a, \"b\""}}), "(done)");
+    EXPECT_EQ(Edit({.outputs = true}, "add", {{"outputId", 9}, {"source", "a, \"b\""}}), "(done)");
     EXPECT_EQ(Csv({.outputs = true}), "outputId,source\r\n4,profile/max\r\n9,\"a, \"\"b\"\"\"\r\n");
     EXPECT_EQ(Csv(), "assembly,outputId,registerCount,type,dataSource,displayName\r\n");
-    EXPECT_EQ(Edited({.outputs = true}, "update", json::object()),
+    EXPECT_EQ(Edit({.outputs = true}, "update", json::object()),
               "there is no command 'update'. Expected one of: add, addAll, remove, removeAll, compactId, updateId.");
-    EXPECT_EQ(Edited({.outputs = true}, "compactId", json::object()), "(done)");
+    EXPECT_EQ(Edit({.outputs = true}, "compactId", json::object()), "(done)");
     EXPECT_EQ(Csv({.outputs = true}), "outputId,source\r\n0,profile/max\r\n1,\"a, \"\"b\"\"\"\r\n");
     EXPECT_EQ(StoredSection().at("outputs").at("map").size(), 2U);
 }
 
 TEST_F(JobServiceTest, AnOutputMapOfTextsIsTheOnlyMapOfAServiceWithoutAssemblies) {
-    KeepOutputs(std::make_shared<VorControl::ControlProtocol::TextIdStandardProtocolOutputMap>(4));
+    SetOutputs(std::make_shared<VorControl::ControlProtocol::TextIdStandardProtocolOutputMap>(4));
     Service().group = nullptr;
     json section = SectionOf({}, json::array());
     section["outputs"] = json::parse(R"({"map":[{"outputId":"height","source":"profile/max"}]})");
     WriteSection(section);
-    EXPECT_EQ(Edited({}, "add", {{"outputId", "depth"}, {"source", "profile/min"}}), "(done)");
+    EXPECT_EQ(Edit({}, "add", {{"outputId", "depth"}, {"source", "profile/min"}}), "(done)");
     EXPECT_EQ(Csv(), "outputId,source,itemType\r\ndepth,profile/min,\r\nheight,profile/max,\r\n");
     JobService job = Open();
     std::ostringstream out;
@@ -247,13 +247,13 @@ TEST_F(JobServiceTest, AnOutputMapOfTextsIsTheOnlyMapOfAServiceWithoutAssemblies
 TEST_F(JobServiceTest, AServiceWithoutAMapHasNothingToEdit) {
     Service().group = nullptr;
     WriteSection(SectionOf({}, json::array()));
-    EXPECT_EQ(Edited({}, "add", json::object()), "service 'type' has no map.");
-    EXPECT_EQ(Edited({.outputs = true}, "add", json::object()), "service 'type' has no output map.");
+    EXPECT_EQ(Edit({}, "add", json::object()), "service 'type' has no map.");
+    EXPECT_EQ(Edit({.outputs = true}, "add", json::object()), "service 'type' has no output map.");
     EXPECT_EQ(Table(), "");
 }
 
 TEST_F(JobServiceTest, TellsWhatTheLoadLeftOut) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     WriteSection(SectionOf({"a", "gone"}, OneBlock()));
     JobService job = Open();
     EXPECT_EQ(job.Notes(), std::vector<std::string>{"type service could not load a connection map configuration "
@@ -262,27 +262,27 @@ TEST_F(JobServiceTest, TellsWhatTheLoadLeftOut) {
 }
 
 TEST_F(JobServiceTest, WhatCannotBeAppliedIsNotEdited) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     WriteSection(SectionOf({"a"}, json::array({Block("unknown", 3)})));
     const std::string before = Stored();
-    const std::string refusal = Edited({}, "removeAll", json::object());
+    const std::string refusal = Edit({}, "removeAll", json::object());
     EXPECT_EQ(refusal.find("entry '/controls/type/config.json' can't be applied."), 0U) << refusal;
     EXPECT_NE(refusal.find("connection map a"), std::string::npos) << refusal;
     EXPECT_EQ(Stored(), before);
 }
 
 TEST_F(JobServiceTest, SettingsFromBeforeThereWereVersionsAreEdited) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     json section = SectionOf({"a"}, OneBlock());
     section.erase("registerAssemblyVersionList");
     WriteSection(section);
-    EXPECT_EQ(Edited({}, "compact", {{"startingOutputId", 0}}), "(done)");
+    EXPECT_EQ(Edit({}, "compact", {{"startingOutputId", 0}}), "(done)");
     EXPECT_EQ(StoredSection().at("registerAssemblyVersionList"), json::parse(R"([{"id":"a","version":"7"}])"));
     EXPECT_EQ(Csv(), "assembly,outputId,registerCount,type,dataSource,displayName\r\na,0,1,one,,one name\r\n");
 }
 
 TEST_F(JobServiceTest, RefusesSettingsThatAreNone) {
-    Keep({"a"});
+    AddAssemblies({"a"});
     for (const char* text :
          {"[]", "null", "7", "{}", R"({"version":"1"})", R"({"vor:control":{}})", R"({"version":"2","vor:control":{}})",
           R"({"version":1,"vor:control":{}})", R"({"version":"1","vor:control":[]})"}) {

@@ -47,7 +47,7 @@ protected:
         return answered;
     }
 
-    std::string Sent(AsciiSession& from) {
+    std::string ReadReplies(AsciiSession& from) {
         std::string all;
         for (auto replies = from.Replies(); !replies.empty(); replies = from.Replies()) {
             all.append(replies.begin(), replies.end());
@@ -59,7 +59,7 @@ protected:
 
     std::string Ask(const std::string& request) {
         EXPECT_EQ(Receive(session, request + "\r\n"), 1u);
-        std::string answer = Sent(session);
+        std::string answer = ReadReplies(session);
         EXPECT_TRUE(answer.ends_with("\r\n")) << answer;
         answer.erase(answer.size() - std::min<std::size_t>(answer.size(), 2));
         return answer;
@@ -105,11 +105,11 @@ TEST_F(AsciiSessionTest, TellsTheToolsHowMuchUserDataThereIs) {
 TEST_F(AsciiSessionTest, AnswersACommandWhenItEnds) {
     sensor.endsAtOnce = false;
     EXPECT_EQ(Receive(session, "ALIGN\r\n"), 0u);
-    EXPECT_EQ(Sent(session), "");
+    EXPECT_EQ(ReadReplies(session), "");
     EXPECT_TRUE(session.IsWorking());
     sensor.End(yOK);
     EXPECT_EQ(session.Process(), 1u);
-    EXPECT_EQ(Sent(session), "OK\r\n");
+    EXPECT_EQ(ReadReplies(session), "OK\r\n");
     EXPECT_FALSE(session.IsWorking());
 }
 
@@ -131,7 +131,7 @@ TEST_F(AsciiSessionTest, SaysWhyACommandFailed) {
         Receive(session, "START\n");
         sensor.End(status);
         session.Process();
-        EXPECT_EQ(Sent(session), answer + "\r\n");
+        EXPECT_EQ(ReadReplies(session), answer + "\r\n");
     }
     EXPECT_EQ(counters.errors, failures.size());
 }
@@ -149,7 +149,7 @@ TEST_F(AsciiSessionTest, SaysWhatACommandThatJustFailedWasAbout) {
         Receive(session, request + "\n");
         sensor.End(yERROR);
         session.Process();
-        EXPECT_EQ(Sent(session), "ERROR,0,\"" + text + "\"\r\n");
+        EXPECT_EQ(ReadReplies(session), "ERROR,0,\"" + text + "\"\r\n");
     }
     sensor.stateStatus = yERROR;
     EXPECT_EQ(Ask("STATE"), "ERROR,0,\"failed; the sensor's log says why\"");
@@ -160,11 +160,12 @@ TEST_F(AsciiSessionTest, LetsTheLinesBehindACommandWaitForItsEnd) {
     EXPECT_EQ(Receive(session, "START\nRESULT 1\nSTOP\nVERSION\n"), 0u);
     sensor.End(yOK);
     EXPECT_EQ(session.Process(), 2u);
-    EXPECT_EQ(Sent(session), "OK\r\nOK,-2.000\r\n");
+    EXPECT_EQ(ReadReplies(session), "OK\r\nOK,-2.000\r\n");
     EXPECT_EQ(sensor.TakeCommands(), (Texts{"1 ", "2 "}));
     sensor.End(yERROR_STATE);
     session.Process();
-    EXPECT_EQ(Sent(session), "ERROR,-1000,\"the sensor's state doesn't allow this\"\r\nOK,\"1.0.0.0\",\"0.1.0\"\r\n");
+    EXPECT_EQ(ReadReplies(session),
+              "ERROR,-1000,\"the sensor's state doesn't allow this\"\r\nOK,\"1.0.0.0\",\"0.1.0\"\r\n");
 }
 
 TEST_F(AsciiSessionTest, AnswersBusyWhileACommandOfAnotherClientRuns) {
@@ -172,14 +173,14 @@ TEST_F(AsciiSessionTest, AnswersBusyWhileACommandOfAnotherClientRuns) {
     sensor.endsAtOnce = false;
     Receive(session, "ALIGN\n");
     EXPECT_EQ(Receive(other, "START\nRESULT 1\n"), 2u);
-    EXPECT_EQ(Sent(other), "ERROR,-976,\"busy: another command is in progress\"\r\nOK,-2.000\r\n");
+    EXPECT_EQ(ReadReplies(other), "ERROR,-976,\"busy: another command is in progress\"\r\nOK,-2.000\r\n");
     sensor.End(yOK);
     session.Process();
-    EXPECT_EQ(Sent(session), "OK\r\n");
+    EXPECT_EQ(ReadReplies(session), "OK\r\n");
     Receive(other, "START\n");
     sensor.End(yOK);
     other.Process();
-    EXPECT_EQ(Sent(other), "OK\r\n");
+    EXPECT_EQ(ReadReplies(other), "OK\r\n");
 }
 
 TEST_F(AsciiSessionTest, LeavesACommandAloneWhenItsClientGoes) {
@@ -253,15 +254,15 @@ TEST_F(AsciiSessionTest, RefusesWhatItDoesNotUnderstand) {
 TEST_F(AsciiSessionTest, KeepsTheDelimiterOfAnAnswerOutOfItsTexts) {
     handler.SetFormat({.delimiter = "; ", .terminator = "\n"});
     Receive(session, "RESULT a\"b\nRESULT x;y\nHELP; JOB\n");
-    EXPECT_EQ(Sent(session), "ERROR; -984; \"a quotation mark is missing, or stands within a word\"\n"
-                             "ERROR; -999; \"there is no output x;y\"\n"
-                             "OK; \"JOB\"; \"Tells the loaded job.\"\n");
+    EXPECT_EQ(ReadReplies(session), "ERROR; -984; \"a quotation mark is missing, or stands within a word\"\n"
+                                    "ERROR; -999; \"there is no output x;y\"\n"
+                                    "OK; \"JOB\"; \"Tells the loaded job.\"\n");
 }
 
 TEST_F(AsciiSessionTest, EndsLinesWithTheTerminatorThatIsSet) {
     handler.SetFormat({.terminator = "\x03"});
     Receive(session, "RESULT 1\x03VERSION\x03");
-    EXPECT_EQ(Sent(session), "OK,-2.000\x03OK,\"1.0.0.0\",\"0.1.0\"\x03");
+    EXPECT_EQ(ReadReplies(session), "OK,-2.000\x03OK,\"1.0.0.0\",\"0.1.0\"\x03");
 }
 
 TEST_F(AsciiSessionTest, SendsALineAFrameWhilePushIsOn) {
@@ -271,14 +272,14 @@ TEST_F(AsciiSessionTest, SendsALineAFrameWhilePushIsOn) {
     EXPECT_EQ(Ask("PUSH"), "OK,ON,0");
     EXPECT_TRUE(outputs.Process(Results().Measurement("max", 3).Get()));
     EXPECT_EQ(session.Process(), 0u) << "a frame is no request";
-    EXPECT_EQ(Sent(session), "DATA,2,3.000,-2.000\r\n");
+    EXPECT_EQ(ReadReplies(session), "DATA,2,3.000,-2.000\r\n");
     outputs.Process(Results().Measurement("max", 4).Get());
     Receive(session, "PUSH OFF\r\n");
-    EXPECT_EQ(Sent(session), "OK\r\n") << "no frame comes behind the answer";
+    EXPECT_EQ(ReadReplies(session), "OK\r\n") << "no frame comes behind the answer";
     EXPECT_FALSE(session.IsSubscribed());
     EXPECT_FALSE(outputs.Process(Results().Measurement("max", 5).Get()));
     EXPECT_EQ(session.Process(), 0u);
-    EXPECT_EQ(Sent(session), "");
+    EXPECT_EQ(ReadReplies(session), "");
 }
 
 TEST_F(AsciiSessionTest, TakesAnotherChoiceOfOutputsWhilePushIsOn) {
@@ -287,7 +288,7 @@ TEST_F(AsciiSessionTest, TakesAnotherChoiceOfOutputsWhilePushIsOn) {
     EXPECT_EQ(Ask("PUSH ON nothing"), "ERROR,-999,\"there is no output nothing\"") << "the former choice stays";
     outputs.Process(Results().Measurement("max", 3).Get());
     session.Process();
-    EXPECT_EQ(Sent(session), "DATA,2,3.000,1,-2.000\r\n");
+    EXPECT_EQ(ReadReplies(session), "DATA,2,3.000,1,-2.000\r\n");
 }
 
 TEST_F(AsciiSessionTest, DropsFramesForAClientThatDoesNotTakeThemAndCountsThem) {
@@ -299,13 +300,14 @@ TEST_F(AsciiSessionTest, DropsFramesForAClientThatDoesNotTakeThemAndCountsThem) 
     }
     const std::uint64_t dropped = outputs.Dropped();
     EXPECT_GT(dropped, 0u);
-    const std::string lines = Sent(session);
+    const std::string lines = ReadReplies(session);
     EXPECT_EQ(static_cast<std::uint64_t>(std::ranges::count(lines, '\n')), Frames - dropped);
     EXPECT_TRUE(lines.starts_with("DATA,2,3.000\r\n"));
     EXPECT_EQ(Ask("PUSH"), "OK,ON," + std::to_string(dropped));
     outputs.Process(Results().Measurement("max", 3).Get());
     session.Process();
-    EXPECT_EQ(Sent(session), "DATA," + std::to_string(Frames + 2) + ",3.000\r\n") << "the number shows what was lost";
+    EXPECT_EQ(ReadReplies(session), "DATA," + std::to_string(Frames + 2) + ",3.000\r\n")
+        << "the number shows what was lost";
 }
 
 TEST_F(AsciiSessionTest, TakesNoRequestsWhileAnswersFillItsBuffer) {
@@ -323,13 +325,13 @@ TEST_F(AsciiSessionTest, TakesNoRequestsWhileAnswersFillItsBuffer) {
         answered += session.Process();
     }
     EXPECT_LT(rounds, 100000u) << "it stops taking requests";
-    const std::string answers = Sent(session);
+    const std::string answers = ReadReplies(session);
     EXPECT_EQ(std::ranges::count(answers, '\n'), static_cast<std::ptrdiff_t>(200 + rounds)) << "none is lost";
 }
 
 TEST_F(AsciiSessionTest, ClosesAfterTheAnswerToQuit) {
     Receive(session, "PUSH ON\nQUIT\nSTART\n");
-    EXPECT_EQ(Sent(session), "OK\r\nOK\r\n");
+    EXPECT_EQ(ReadReplies(session), "OK\r\nOK\r\n");
     EXPECT_TRUE(session.Broken());
     EXPECT_EQ(sensor.TakeCommands(), Texts());
     EXPECT_FALSE(outputs.Process(Results().Get()));
@@ -351,7 +353,7 @@ TEST_F(AsciiSessionTest, AnswersTheSameHoweverTheStreamIsCut) {
         std::string all;
         for (std::size_t at = 0; at < stream.size(); at += step) {
             Receive(each, stream.substr(at, step));
-            all += Sent(each);
+            all += ReadReplies(each);
         }
         return all;
     };

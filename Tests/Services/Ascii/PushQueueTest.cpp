@@ -9,7 +9,7 @@
 namespace Services::Ascii {
 namespace {
 
-std::string Take(PushQueue& queue, std::size_t room) {
+std::string MoveLines(PushQueue& queue, std::size_t room) {
     std::string place(room, '#');
     const std::size_t size = queue.MoveTo(std::span(reinterpret_cast<unsigned char*>(place.data()), place.size()));
     EXPECT_EQ(place.find_first_not_of('#', size), std::string::npos) << "nothing behind the lines is touched";
@@ -20,8 +20,8 @@ TEST(PushQueue, GivesLinesInTheirOrder) {
     PushQueue queue(100);
     EXPECT_TRUE(queue.Add("one\n"));
     EXPECT_TRUE(queue.Add("two\n"));
-    EXPECT_EQ(Take(queue, 50), "one\ntwo\n");
-    EXPECT_EQ(Take(queue, 50), "");
+    EXPECT_EQ(MoveLines(queue, 50), "one\ntwo\n");
+    EXPECT_EQ(MoveLines(queue, 50), "");
 }
 
 TEST(PushQueue, GivesWholeLinesOnly) {
@@ -29,10 +29,10 @@ TEST(PushQueue, GivesWholeLinesOnly) {
     queue.Add("one\n");
     queue.Add("three\n");
     queue.Add("x\n");
-    EXPECT_EQ(Take(queue, 3), "");
-    EXPECT_EQ(Take(queue, 9), "one\n");
-    EXPECT_EQ(Take(queue, 7), "three\n") << "a shorter line doesn't pass a longer one";
-    EXPECT_EQ(Take(queue, 2), "x\n");
+    EXPECT_EQ(MoveLines(queue, 3), "");
+    EXPECT_EQ(MoveLines(queue, 9), "one\n");
+    EXPECT_EQ(MoveLines(queue, 7), "three\n") << "a shorter line doesn't pass a longer one";
+    EXPECT_EQ(MoveLines(queue, 2), "x\n");
 }
 
 TEST(PushQueue, DropsAndCountsALineWithoutRoom) {
@@ -42,9 +42,9 @@ TEST(PushQueue, DropsAndCountsALineWithoutRoom) {
     EXPECT_FALSE(queue.Add(""));
     EXPECT_FALSE(queue.Add("9"));
     EXPECT_EQ(queue.Dropped(), 2u);
-    EXPECT_EQ(Take(queue, 4), "1234");
+    EXPECT_EQ(MoveLines(queue, 4), "1234");
     EXPECT_TRUE(queue.Add("abcd")) << "the room at the begin is used again";
-    EXPECT_EQ(Take(queue, 50), "5678abcd");
+    EXPECT_EQ(MoveLines(queue, 50), "5678abcd");
     EXPECT_FALSE(queue.Add("1234567890123"));
     EXPECT_TRUE(queue.Add("123456789012"));
     EXPECT_EQ(queue.Dropped(), 3u);
@@ -64,7 +64,7 @@ TEST(PushQueue, LosesNothingBetweenTwoThreads) {
         expected += std::to_string(i) + "\n";
     }
     while (all.size() < expected.size()) {
-        all += Take(queue, 20);
+        all += MoveLines(queue, 20);
     }
     writer.join();
     EXPECT_EQ(all, expected);

@@ -15,7 +15,7 @@ using Tests::Item;
 using Tests::Measure;
 using Tests::MeasureItem;
 
-std::string Shown(ValueKind kind, const Vor::Object& item, const LineFormat& format = {}) {
+std::string Fields(ValueKind kind, const Vor::Object& item, const LineFormat& format = {}) {
     std::string line;
     AppendValue(line, format, kind, item.Get());
     return line;
@@ -71,12 +71,12 @@ TEST(ValueText, WritesTheDecimalSeparatorThatIsSet) {
 }
 
 TEST(ValueText, WritesMeasurements) {
-    EXPECT_EQ(Shown(ValueKind::Measurement, MeasureItem(1.5, 1)), "1.500,1");
-    EXPECT_EQ(Shown(ValueKind::Measurement, MeasureItem(1.5, 0), {.delimiter = "; "}), "1.500; 0");
-    EXPECT_EQ(Shown(ValueKind::Value, MeasureItem(1.5, 1)), "1.500");
-    EXPECT_EQ(Shown(ValueKind::Decision, MeasureItem(1.5, 0)), "0");
-    EXPECT_EQ(Shown(ValueKind::Any, MeasureItem(1.5, 0)), "1.500");
-    EXPECT_EQ(Shown(ValueKind::Value, Item(ResultInfo_TypeMeasurement, ArrayOf(Measure(2.5, 1), Measure(3.5, 1)))),
+    EXPECT_EQ(Fields(ValueKind::Measurement, MeasureItem(1.5, 1)), "1.500,1");
+    EXPECT_EQ(Fields(ValueKind::Measurement, MeasureItem(1.5, 0), {.delimiter = "; "}), "1.500; 0");
+    EXPECT_EQ(Fields(ValueKind::Value, MeasureItem(1.5, 1)), "1.500");
+    EXPECT_EQ(Fields(ValueKind::Decision, MeasureItem(1.5, 0)), "0");
+    EXPECT_EQ(Fields(ValueKind::Any, MeasureItem(1.5, 0)), "1.500");
+    EXPECT_EQ(Fields(ValueKind::Value, Item(ResultInfo_TypeMeasurement, ArrayOf(Measure(2.5, 1), Measure(3.5, 1)))),
               "2.500")
         << "the first of an array";
 }
@@ -89,20 +89,20 @@ TEST(ValueText, WritesTheInvalidTextInEachFieldWithoutValue) {
     const Vor::Object nan = MeasureItem(std::numeric_limits<double>::quiet_NaN(), 1);
     const Vor::Object infinite = MeasureItem(-std::numeric_limits<double>::infinity(), 1);
     for (const Vor::Object* item : {&none, &null, &empty, &nan, &infinite}) {
-        EXPECT_EQ(Shown(ValueKind::Measurement, *item, format), "n/a,n/a");
-        EXPECT_EQ(Shown(ValueKind::Value, *item, format), "n/a");
-        EXPECT_EQ(Shown(ValueKind::Decision, *item, format), "n/a");
-        EXPECT_EQ(Shown(ValueKind::Any, *item, format), "n/a");
+        EXPECT_EQ(Fields(ValueKind::Measurement, *item, format), "n/a,n/a");
+        EXPECT_EQ(Fields(ValueKind::Value, *item, format), "n/a");
+        EXPECT_EQ(Fields(ValueKind::Decision, *item, format), "n/a");
+        EXPECT_EQ(Fields(ValueKind::Any, *item, format), "n/a");
     }
-    EXPECT_EQ(Shown(ValueKind::Stamp, none, format), "n/a,n/a,n/a,n/a,n/a");
-    EXPECT_EQ(Shown(ValueKind::Text, none, format), "n/a");
-    EXPECT_EQ(Shown(ValueKind::Any, null, {.invalidText = ""}), "");
+    EXPECT_EQ(Fields(ValueKind::Stamp, none, format), "n/a,n/a,n/a,n/a,n/a");
+    EXPECT_EQ(Fields(ValueKind::Text, none, format), "n/a");
+    EXPECT_EQ(Fields(ValueKind::Any, null, {.invalidText = ""}), "");
 }
 
 TEST(ValueText, WritesTheInvalidTextForAResultOfAnotherKind) {
-    EXPECT_EQ(Shown(ValueKind::Measurement, TextItem("x")), "INVALID,INVALID");
-    EXPECT_EQ(Shown(ValueKind::Text, MeasureItem(1, 1)), "INVALID");
-    EXPECT_EQ(Shown(ValueKind::Stamp, MeasureItem(1, 1)), "INVALID,INVALID,INVALID,INVALID,INVALID")
+    EXPECT_EQ(Fields(ValueKind::Measurement, TextItem("x")), "INVALID,INVALID");
+    EXPECT_EQ(Fields(ValueKind::Text, MeasureItem(1, 1)), "INVALID");
+    EXPECT_EQ(Fields(ValueKind::Stamp, MeasureItem(1, 1)), "INVALID,INVALID,INVALID,INVALID,INVALID")
         << "a measurement without a stamp";
 }
 
@@ -113,15 +113,15 @@ TEST(ValueText, WritesStamps) {
     stamp.encoder = -3;
     stamp.encoderAtZ = -4;
     stamp.inputs = 0x20;
-    EXPECT_EQ(Shown(ValueKind::Stamp, Item(ResultInfo_TypeStamp, Tests::Stamp(stamp))),
+    EXPECT_EQ(Fields(ValueKind::Stamp, Item(ResultInfo_TypeStamp, Tests::Stamp(stamp))),
               "7,18446744073709551615,-3,-4,2");
-    EXPECT_EQ(Shown(ValueKind::Any, Item(ResultInfo_TypeStamp, Tests::Stamp(stamp)), {.delimiter = ";"}),
+    EXPECT_EQ(Fields(ValueKind::Any, Item(ResultInfo_TypeStamp, Tests::Stamp(stamp)), {.delimiter = ";"}),
               "7;18446744073709551615;-3;-4;2");
 }
 
 TEST(ValueText, WritesTextsInQuotationMarks) {
-    EXPECT_EQ(Shown(ValueKind::Text, TextItem("frame 1: max 2.5 mm")), "\"frame 1: max 2.5 mm\"");
-    EXPECT_EQ(Shown(ValueKind::Any, TextItem("a,b")), "\"a,b\"");
+    EXPECT_EQ(Fields(ValueKind::Text, TextItem("frame 1: max 2.5 mm")), "\"frame 1: max 2.5 mm\"");
+    EXPECT_EQ(Fields(ValueKind::Any, TextItem("a,b")), "\"a,b\"");
     EXPECT_EQ(Quoted("say \"hi\""), "\"say \"\"hi\"\"\"");
     EXPECT_EQ(Quoted(""), "\"\"");
     EXPECT_EQ(Quoted(std::string("a\r\n\0\x1B\x7F"
@@ -135,10 +135,10 @@ TEST(ValueText, WritesTextsInQuotationMarks) {
 
 TEST(ValueText, CutsALongTextAtACharacter) {
     const std::string most(MaxTextSize - 1, 'x');
-    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "y")), "\"" + most + "y\"");
-    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "yz")), "\"" + most + "y\"");
-    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "ö")), "\"" + most + "\"");
-    EXPECT_EQ(Shown(ValueKind::Text, TextItem(most + "\xF0\x9F\x98\x80")), "\"" + most + "\"");
+    EXPECT_EQ(Fields(ValueKind::Text, TextItem(most + "y")), "\"" + most + "y\"");
+    EXPECT_EQ(Fields(ValueKind::Text, TextItem(most + "yz")), "\"" + most + "y\"");
+    EXPECT_EQ(Fields(ValueKind::Text, TextItem(most + "ö")), "\"" + most + "\"");
+    EXPECT_EQ(Fields(ValueKind::Text, TextItem(most + "\xF0\x9F\x98\x80")), "\"" + most + "\"");
 }
 
 } // namespace

@@ -24,7 +24,7 @@ Bytes Read(const RegisterImage& image, unsigned address, unsigned count) {
     return bytes;
 }
 
-Bytes Counting(std::size_t size) {
+Bytes CountingBytes(std::size_t size) {
     Bytes bytes(size);
     for (std::size_t i = 0; i < size; ++i) {
         bytes[i] = static_cast<unsigned char>(i + 1);
@@ -53,7 +53,7 @@ TEST(RegisterImage, ReadsARangeThatTouchesABlock) {
 
 TEST(RegisterImage, FindsBlocksOnBothSidesOfAGap) {
     RegisterImage image;
-    image.Replace({{0, 2}, {10, 12}, {20, 21}}, Counting(42));
+    image.Replace({{0, 2}, {10, 12}, {20, 21}}, CountingBytes(42));
     EXPECT_EQ(Read(image, 2, 8), Bytes());
     EXPECT_EQ(Read(image, 12, 8), Bytes());
     EXPECT_EQ(Read(image, 2, 9).size(), 18u);
