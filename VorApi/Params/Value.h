@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Vor/Logging.h"
 #include "VorApi/Params/ParamsBase.h"
 #include "VorApi/Params/PropertyValue.h"
 #include "VorApi/Params/ScaleOption.h"
