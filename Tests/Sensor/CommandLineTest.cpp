@@ -207,7 +207,7 @@ TEST(CommandLine, TakesWhatShallBeDoneWithJobs) {
     const CommandLine map = Parse({"--plugins", "p", "jobs", "map", "part", "modbus", "--format", "csv", "--outputs"});
     EXPECT_EQ(map.jobCommand->action, Jobs::JobCommand::Action::Map);
     EXPECT_EQ(map.jobCommand->name, "part");
-    EXPECT_EQ(map.jobCommand->service, "modbus");
+    EXPECT_EQ(map.jobCommand->serviceId, "modbus");
     EXPECT_EQ(map.jobCommand->format, "csv");
     EXPECT_TRUE(map.jobCommand->outputs);
     EXPECT_EQ(map.pluginFolder, "p");
