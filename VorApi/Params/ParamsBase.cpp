@@ -100,6 +100,14 @@ void ParamsBase::FailValidation(bool log, const char* text) const {
     Throw(yERROR_PARAMETER, translated, shown);
 }
 
+void ParamsBase::CollectFailure(const Exception& failure, std::vector<std::string>& errors) {
+    if (failure.Status() == yERROR_PARAMETER) {
+        errors.emplace_back(failure.what());
+    } else {
+        LogError("Non-yERROR_PARAMETER exception '%s' caught during validation.", failure.what());
+    }
+}
+
 void ParamsBase::ThrowNotEnabled(const char* text) {
     Throw(yERROR_PARAMETER, text);
 }

@@ -6,6 +6,11 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
+
+namespace Vor {
+class Exception;
+}
 
 namespace Vor::Params {
 
@@ -69,6 +74,9 @@ protected:
 
     /// Throws the failure of a validation, and logs it if `log`.
     [[noreturn]] void FailValidation(bool log, const char* text) const;
+
+    /// Appends the message of a failed validation. Another failure is logged.
+    static void CollectFailure(const Exception& failure, std::vector<std::string>& errors);
 
     void CopyValues(const ParamsBase& other);
 

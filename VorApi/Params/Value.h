@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorApi/Params/ParamsBase.h"
 #include "VorApi/Params/PropertyValue.h"
@@ -125,11 +126,7 @@ void Value<T>::CheckValidationAndCollect(std::vector<std::string>& errors, unsig
     try {
         CheckValidation(Get(), false);
     } catch (const Exception& e) {
-        if (e.Status() == yERROR_PARAMETER) {
-            errors.emplace_back(e.what());
-        } else {
-            LogError("Non-yERROR_PARAMETER exception '%s' caught during validation.", e.what());
-        }
+        CollectFailure(e, errors);
     }
 }
 

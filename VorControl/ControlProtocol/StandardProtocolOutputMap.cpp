@@ -2,6 +2,11 @@
 
 namespace VorControl::ControlProtocol {
 
+template class ProtocolOutputBase<StandardOutputs, StandardOutputItem, StandardOutputsArgs, StandardOutputItemArgs,
+                                  StandardOutputRemoveArgs>;
+template class NumericIdProtocolOutputBase<StandardOutputs, StandardOutputItem, StandardOutputsArgs,
+                                           StandardOutputItemArgs, StandardOutputRemoveArgs>;
+
 StandardProtocolOutputMap::StandardProtocolOutputMap(unsigned short maxCount, unsigned short outputIdMin,
                                                      unsigned short outputIdMax)
     : NumericIdProtocolOutputBase(maxCount) {
@@ -14,5 +19,7 @@ StandardProtocolOutputMap::StandardProtocolOutputMap(unsigned short maxCount, un
     outputs.attributes.outputIdMin = outputIdMin;
     outputs.attributes.outputIdMax = outputIdMax;
 }
+
+StandardProtocolOutputMap::~StandardProtocolOutputMap() = default;
 
 } // namespace VorControl::ControlProtocol

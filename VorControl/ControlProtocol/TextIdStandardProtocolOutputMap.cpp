@@ -4,6 +4,9 @@
 
 namespace VorControl::ControlProtocol {
 
+template class ProtocolOutputBase<TextIdStandardOutputs, TextIdStandardOutputItem, TextIdStandardOutputsArgs,
+                                  TextIdStandardOutputItemArgs, TextIdStandardOutputRemoveArgs>;
+
 void TextIdStandardProtocolOutputMap::AddAll(Vor::Params::Group& args) {
     auto& request = dynamic_cast<TextIdStandardOutputsArgs&>(args);
     if (request.map.Count() == 0) {

@@ -5,6 +5,10 @@
 
 namespace VorControl::ControlProtocol {
 
+// Compiled once, in TextIdStandardProtocolOutputMap.cpp.
+extern template class ProtocolOutputBase<TextIdStandardOutputs, TextIdStandardOutputItem, TextIdStandardOutputsArgs,
+                                         TextIdStandardOutputItemArgs, TextIdStandardOutputRemoveArgs>;
+
 /// The output map of services whose clients request outputs by name. Ids are in byte order. An id that another entry
 /// has is always refused, since texts can't be shifted.
 class TextIdStandardProtocolOutputMap
