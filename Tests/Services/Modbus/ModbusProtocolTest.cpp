@@ -8,6 +8,7 @@
 #include "Tests/Support/TestService.h"
 #include "Tests/Support/Threads.h"
 #include "Vor/JsonSerializer.h"
+#include "Vor/Logging.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
 
