@@ -2,16 +2,20 @@
 
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
-#include "Tests/Services/Modbus/RawClient.h"
 #include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/TcpClient.h"
 
 #include <nlohmann/json.hpp>
 
 namespace Tests {
 namespace {
 
-using Services::Modbus::RawClient;
-
+/// A client that can send incomplete requests.
+class RawClient : public TcpClient {
+public:
+    using TcpClient::SendSomeOf;
+    using TcpClient::TcpClient;
+};
 
 TEST(ModbusService, EndsWellOnEachSignal) {
     for (const int signal : {SIGTERM, SIGINT}) {
@@ -25,14 +29,14 @@ TEST(ModbusService, EndsWellOnEachSignal) {
 TEST(ModbusService, EndsWellWithClientsThatMisbehave) {
     VirtualSensor sensor({"--frame-rate", "1000"});
     const std::uint16_t port = sensor.WaitForPort();
-    const Services::Modbus::Bytes request = {0, 1, 0, 0, 0, 6, 1, 3, 0, 0, 0, 56};
+    const unsigned char request[] = {0, 1, 0, 0, 0, 6, 1, 3, 0, 0, 0, 56};
     const RawClient silent(port);
     EXPECT_TRUE(silent.Connected());
     RawClient half(port);
-    half.Send({request.begin(), request.begin() + 7});
+    EXPECT_EQ(half.SendSomeOf(request, 7), 7u);
     RawClient deaf(port);
     for (int refusals = 0; refusals < 10;) {
-        refusals += deaf.SendSome(request) == 0 ? 1 : 0;
+        refusals += deaf.SendSomeOf(request, sizeof request) == 0 ? 1 : 0;
     }
     ModbusReader reader(port);
     EXPECT_EQ(reader.Read(0, 56).size(), 56u) << "the others are served";
