@@ -2,8 +2,8 @@
 
 #include "Sensor/DataSources.h"
 #include "Sensor/Scan/VirtualScanEngine.h"
-#include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 
 #include <utility>
 
@@ -44,9 +44,7 @@ void VirtualSensor::RestoreFactory() {
     try {
         factoryRestore.Raise();
     } catch (const std::exception& e) {
-        Vor::LogError("A service failed at the factory restore.");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
+        Vor::LogThrown(e, "A service failed at the factory restore.");
     } catch (...) {
         Vor::LogError("A service failed at the factory restore with something that is no exception.");
     }

@@ -2,6 +2,7 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorCore/ResultHub.h"
 
 #include <utility>
@@ -107,9 +108,7 @@ yStatus Scanner::Run() {
         NotifyEnd();
         return yOK;
     } catch (const std::exception& e) {
-        Vor::LogError("The scan ended with an error.");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
+        Vor::LogThrown(e, "The scan ended with an error.");
         return yERROR;
     }
 }

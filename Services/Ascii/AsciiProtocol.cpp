@@ -1,7 +1,7 @@
 #include "Services/Ascii/AsciiProtocol.h"
 
 #include "Vor/Exception.h"
-#include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
@@ -95,13 +95,7 @@ AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
 
 AsciiProtocol::~AsciiProtocol() {
     server.reset();
-    try {
-        StopOperationEndEvents();
-    } catch (const std::exception& e) {
-        Vor::LogError("Exception thrown in destructor");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
-    }
+    Vor::CleanUp([this] { StopOperationEndEvents(); });
 }
 
 void AsciiProtocol::Start() {

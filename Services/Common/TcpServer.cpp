@@ -2,7 +2,7 @@
 
 #include "Services/Common/TcpListen.h"
 #include "Vor/Exception.h"
-#include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Threads/NamedThread.h"
 #include "yApi/yStatus.h"
 
@@ -280,9 +280,7 @@ yStatus TcpServer::Impl::Run(asio::io_context& io) {
         try {
             io.run();
         } catch (const std::exception& e) {
-            Vor::LogError("EXCEPTION THROWN: ");
-            Vor::Exception::LogException(e);
-            Vor::Exception::LogBackTrace(e);
+            Vor::LogThrown(e, "EXCEPTION THROWN: ");
         }
     }
     return yOK;

@@ -5,6 +5,7 @@
 #include "Services/Modbus/StateRecords.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
@@ -54,13 +55,7 @@ ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
 
 ModbusProtocol::~ModbusProtocol() {
     server.reset();
-    try {
-        StopOperationEndEvents();
-    } catch (const std::exception& e) {
-        Vor::LogError("Exception thrown in destructor");
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
-    }
+    Vor::CleanUp([this] { StopOperationEndEvents(); });
 }
 
 void ModbusProtocol::Start() {
