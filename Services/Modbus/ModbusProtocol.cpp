@@ -1,11 +1,11 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
 #include "Services/Common/Translate.h"
-#include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/StateRecords.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
+#include "VorControl/ControlProtocol/RegisterBlockParams.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
@@ -40,13 +40,22 @@ std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
     return assembly;
 }
 
+/// Big endian: the client's registers arrive high byte first.
+BlockType MakeCommandType() {
+    BlockType type = MakeControlInputType();
+    type->SetIsProtocolBigEndian(true);
+    return type;
+}
+
 } // namespace
 
 ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
     : ProtocolBase(environ)
     , assembly(MakeAssembly())
     , control(image, *this)
-    , registers(assembly, image, control) {
+    , registers(assembly, image, control)
+    , commandType(MakeCommandType())
+    , commandBlock(commandType->ConstructBlock(RegisterBlockParams())) {
     assemblies->Add(assembly);
     Init({.nonPersistentProperties = &properties, .params = params.get(), .registerAssemblyGroup = assemblies.get()});
     provider->RegisterParams(PersistDomain::Job);
@@ -217,7 +226,7 @@ void ModbusProtocol::NonPersistentPropertiesBeginLock() {
 void ModbusProtocol::Run(const CommandInput& input) {
     ControlRegisterCommandData command;
     try {
-        command = commandReader.Read(input);
+        commandBlock->Deserialize(&command, sizeof command, input.data(), input.size());
     } catch (const Vor::Exception& e) {
         OperationCompleted(e.Status());
         return;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Services/Modbus/CommandReader.h"
+#include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/ControlRegisters.h"
 #include "Services/Modbus/ModbusParams.h"
 #include "Services/Modbus/ModbusProperties.h"
@@ -11,6 +11,7 @@
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterBlock.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 
 #include <memory>
@@ -87,7 +88,9 @@ private:
     RegisterImage image;
     ControlRegisters control;
     ScanRegisters registers;
-    CommandReader commandReader;
+    /// A block that reads commands, outside of the assembly and its lock. For the network thread.
+    const BlockType commandType;
+    const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock> commandBlock;
     ServerCounters counters;
     std::unique_ptr<ModbusServer> server;
 };

@@ -1,7 +1,6 @@
 // The layouts of the blocks without data source, in the byte order of the blocks, not of the wire.
 
 #include "Services/Modbus/BlockTypes.h"
-#include "Services/Modbus/CommandReader.h"
 #include "Services/Modbus/ControlOutputBlock.h"
 #include "Tests/Services/Modbus/Bytes.h"
 #include "Vor/Exception.h"
@@ -207,17 +206,6 @@ TEST_P(ControlBlocks, ControlInputChecksSizes) {
     ControlRegisterCommandData command;
     EXPECT_THROW(block->Deserialize(&command, sizeof command, userData.data(), 129), Vor::Exception);
     EXPECT_THROW(block->Deserialize(&command, sizeof command - 1, userData.data(), 130), Vor::Exception);
-}
-
-TEST(CommandReader, ReadsTheRegistersOfTheWire) {
-    CommandInput input{};
-    const Bytes begin = {0x12, 0x34, 0, 5, 0, 'a', 0, 'b'};
-    std::copy(begin.begin(), begin.end(), input.begin());
-    CommandReader reader;
-    const auto command = reader.Read(input);
-    EXPECT_EQ(command.requestWord, 0x1234);
-    EXPECT_EQ(command.commandId, 5);
-    EXPECT_STREQ(command.commandArgs.data(), "ab.vrjob");
 }
 
 } // namespace
