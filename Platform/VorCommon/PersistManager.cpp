@@ -306,7 +306,7 @@ void PersistManager::NotifyJobLoaded() const {
     try {
         environ.jobLoaded(LoadedJob());
     } catch (const std::exception& e) {
-        Vor::LogThrown(e, "It can't be told that another job was loaded.");
+        Vor::LogThrown(e, "A failure when the program was notified of the loaded job.");
     }
 }
 

@@ -93,7 +93,7 @@ TEST_F(PersistLoadJobTest, AFailureToNotifyTheApplicationIsLogged) {
     Start();
     const Vor::LogCapture log;
     manager->LoadJob("other");
-    EXPECT_TRUE(log.Contains(Vor::LevelError, "It can't be notified that another job was loaded."));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "A failure when the program was notified of the loaded job."));
     EXPECT_EQ(manager->LoadedJob(), "other.vrjob");
 }
 
