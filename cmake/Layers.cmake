@@ -29,33 +29,15 @@ vor_header_folder(VorControl VorControl Headers_Platform)
 vor_header_folder(Sensor Sensor Headers_VorControl)
 vor_header_folder(Services Services Headers_VorControl)
 
-# Services that show how one is written. They are kept out of the plug-in folder, so that no sensor loads them unasked.
-set(VOR_EXAMPLE_SERVICES Sample CACHE STRING "Folders of Services/ whose modules go into bin/examples")
-
-# What several services share, linked into the module of each.
-file(GLOB common_sources CONFIGURE_DEPENDS Services/Common/*.cpp)
-add_library(ServicesCommon STATIC ${common_sources})
-target_link_libraries(ServicesCommon PUBLIC Headers_Services VorCnLib VorPlatform)
-vor_unity(ServicesCommon)
-
-# A service: an object library, which its tests link too, and the loadable module made of it.
-function(vor_service folder)
-  get_filename_component(name ${folder} NAME)
-  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
-  if(NOT sources OR name STREQUAL "Common")
-    return()
+# The headers that a service is compiled against, as its sources name them. They are installed into one folder.
+file(GLOB_RECURSE VOR_HEADERS CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}
+  VorApi/*.h VorControl/*.h Services/Common/*.h Services/Interfaces/*.h)
+file(GLOB_RECURSE platform_headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/Platform Platform/*.h)
+foreach(header ${platform_headers})
+  if(header IN_LIST VOR_HEADERS)
+    message(FATAL_ERROR "${header} stands in Platform/ too, and only one of them can be installed")
   endif()
-  add_library(${name}Objects OBJECT ${sources})
-  target_link_libraries(${name}Objects PUBLIC ServicesCommon)
-  vor_unity(${name}Objects)
-  string(TOLOWER ${name} module)
-  set(output plugins)
-  if(name IN_LIST VOR_EXAMPLE_SERVICES)
-    set(output examples)
-  endif()
-  add_library(${name}Service MODULE)
-  target_link_libraries(${name}Service PRIVATE ${name}Objects)
-  target_link_options(${name}Service PRIVATE -Wl,-Bsymbolic-functions)
-  set_target_properties(${name}Service PROPERTIES PREFIX "" OUTPUT_NAME ${module}
-    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/${output})
-endfunction()
+endforeach()
+list(APPEND VOR_HEADERS ${platform_headers})
+list(REMOVE_ITEM VOR_HEADERS Services/Common/TcpListen.h) # includes Asio, and is for the sources beside it alone
+set(VOR_HEADER_ROOTS ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/Platform)

@@ -10,7 +10,7 @@ namespace VorPlugin {
 
 namespace {
 
-constexpr const char* ExpectedPlatformVersion = "1.0.0.0";
+constexpr const char* ExpectedPlatformVersion = VOR_PLATFORM_VERSION;
 
 constexpr const char* ConstructName = "yPlugin_ConstructAssembly";
 constexpr const char* AssemblyVersionName = "yPlugin_AssemblyVersion";

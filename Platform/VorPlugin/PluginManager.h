@@ -16,9 +16,10 @@ namespace VorPlugin {
 /// A library exports, from its own file,
 ///   extern "C" yStatus yPlugin_ConstructAssembly(yAssembly*);   // one reference for the caller
 ///   extern "C" const char* yPlugin_AssemblyVersion();
-///   extern "C" const char* yPlugin_PlatformVersion();   // "1.0.0.0"
+///   extern "C" const char* yPlugin_PlatformVersion();   // VOR_PLATFORM_VERSION, below
 ///   extern "C" yStatus yPlugin_Publish(VorPlugin::PluginLib&);
-/// and is opened with local binding, so its names stand in nobody's way.
+/// and is opened with local binding, so its names stand in nobody's way. The platform version is "1.0.0.0+" and a hash
+/// of the headers that the library was compiled against: with other headers than this file's own it is refused.
 class PluginManager {
 public:
     /// A file that wasn't taken in, and why.

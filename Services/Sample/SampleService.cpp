@@ -1,4 +1,4 @@
-#include "Services/Sample/SampleService.h"
+#include "SampleService.h"
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Services/Sample/SampleParams.h"
-#include "Services/Sample/SampleProperties.h"
+#include "SampleParams.h"
+#include "SampleProperties.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"

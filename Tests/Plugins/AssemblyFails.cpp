@@ -11,7 +11,7 @@ const char* yPlugin_AssemblyVersion() {
 }
 
 const char* yPlugin_PlatformVersion() {
-    return "1.0.0.0";
+    return VOR_PLATFORM_VERSION;
 }
 
 yStatus yPlugin_Publish(VorPlugin::PluginLib&) {

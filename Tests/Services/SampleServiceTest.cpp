@@ -1,4 +1,4 @@
-#include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/BuiltFile.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MemoryStore.h"
 #include "Tests/Support/Results.h"
@@ -28,7 +28,7 @@ namespace {
 class SampleServiceTest : public testing::Test {
 protected:
     SampleServiceTest() {
-        plugins.Load(Tests::BuiltFile("examples/sample.so"));
+        plugins.Load(Tests::BuiltPlugin("sample.so"));
         module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
     }
 

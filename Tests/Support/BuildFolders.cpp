@@ -6,11 +6,6 @@
 
 namespace Tests {
 
-// All programs and libraries of a build are in one folder or below it.
-std::string BuiltFile(const std::string& name) {
-    return (std::filesystem::canonical("/proc/self/exe").parent_path() / name).string();
-}
-
 std::string SourceFile(const std::string& name) {
     return (std::filesystem::path(SourceFolder) / name).string();
 }

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "Tests/Support/BuiltFile.h"
+
 #include <filesystem>
 #include <string>
 
 namespace Tests {
-
-/// The path of a built program, library or folder, such as "vorsensor" or "plugins".
-std::string BuiltFile(const std::string& name);
 
 /// The path of a file of the source tree.
 std::string SourceFile(const std::string& name);

@@ -1,18 +1,14 @@
 #pragma once
 
-#include "FixturePlugin.h"
-#include "VorControl/Control/ControlPlugin.h"
-#include "VorControl/Control/IControlFactory.h"
+#include "Services/Common/PluginEntry.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 
 #include <functional>
 #include <memory>
 #include <string>
 
-/// A plug-in library with service types. Its file defines AddTypes; everything else is here.
+/// What the plug-ins with service types are made of.
 namespace Fixture {
-
-void AddTypes(VorControl::ControlPlugin& plugin);
 
 /// A service that calls a function at its start and does nothing else.
 class Service : public VorControl::ControlProtocol::ProtocolBase {
@@ -71,25 +67,3 @@ private:
 }
 
 } // namespace Fixture
-
-extern "C" {
-
-yStatus yPlugin_ConstructAssembly(yAssembly* assembly) {
-    return Fixture::ConstructAssembly(assembly);
-}
-
-const char* yPlugin_AssemblyVersion() {
-    return "1.0.0.0";
-}
-
-const char* yPlugin_PlatformVersion() {
-    return "1.0.0.0";
-}
-
-yStatus yPlugin_Publish(VorPlugin::PluginLib& lib) {
-    const auto plugin = VorControl::ControlPlugin::Create();
-    Fixture::AddTypes(*plugin);
-    lib.Add(plugin);
-    return yOK;
-}
-}

@@ -22,8 +22,8 @@ public:
 
 } // namespace
 
-void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
-    AddType(plugin, "startFails", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+void Services::Common::FillPlugin(VorControl::ControlPlugin& plugin) {
+    Fixture::AddType(plugin, "startFails", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
         return std::make_shared<FailingService>(environ);
     });
 }

@@ -16,8 +16,8 @@ public:
 
 } // namespace
 
-void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
-    AddType(plugin, "restoresFactory", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+void Services::Common::FillPlugin(VorControl::ControlPlugin& plugin) {
+    Fixture::AddType(plugin, "restoresFactory", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
         return std::make_shared<RestoringService>(environ, [] {});
     });
 }

@@ -18,8 +18,8 @@ public:
 
 } // namespace
 
-void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
-    AddType(plugin, "stopHangs", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
+void Services::Common::FillPlugin(VorControl::ControlPlugin& plugin) {
+    Fixture::AddType(plugin, "stopHangs", [](const VorControl::ControlProtocol::ControlProtocolEnviron& environ) {
         return std::make_shared<HangingService>(environ, [] {});
     });
 }

@@ -1,5 +1,0 @@
-#include "FixtureService.h"
-
-void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
-    AddType(plugin, "factoryGivesNothing", [](const auto&) { return nullptr; });
-}

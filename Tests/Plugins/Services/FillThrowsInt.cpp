@@ -1,0 +1,5 @@
+#include "Services/Common/PluginEntry.h"
+
+void Services::Common::FillPlugin(VorControl::ControlPlugin&) {
+    throw 5;
+}

@@ -1,5 +1,0 @@
-#include "FixtureService.h"
-
-void Fixture::AddTypes(VorControl::ControlPlugin& plugin) {
-    AddService(plugin, "startThrowsInt", [] { throw 42; });
-}
