@@ -91,13 +91,15 @@ int Application::Run() {
 }
 
 void Application::LoadPlugins() {
-    try {
-        host.LoadPlugins(commandLine.pluginFolder);
-    } catch (const Vor::Exception& e) {
-        if (commandLine.pluginFolderGiven) {
-            throw StartError("--plugins " + commandLine.pluginFolder.string() + ": " + e.what());
+    for (const std::filesystem::path& folder : commandLine.pluginFolders) {
+        try {
+            host.LoadPlugins(folder);
+        } catch (const Vor::Exception& e) {
+            if (commandLine.pluginFoldersGiven) {
+                throw StartError("--plugins " + folder.string() + ": " + e.what());
+            }
+            report.PrintLine(std::string("No plug-ins: ") + e.what());
         }
-        report.PrintLine(std::string("No plug-ins: ") + e.what());
     }
     for (const VorPlugin::PluginManager::Refusal& refusal : host.Plugins().Refusals()) {
         report.PrintLine("Plug-in " + refusal.path + " is refused: " + refusal.reason);

@@ -51,9 +51,12 @@ std::filesystem::path DefaultDataFolder() {
     return home / ".local" / "share" / "vorsensor";
 }
 
+/// The folder beside a program that was built, the one of the libraries when it was installed.
 std::filesystem::path DefaultPluginFolder() {
     std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path() / "plugins";
+    const std::filesystem::path place = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const std::filesystem::path installed = (place / VOR_PLUGIN_PLACE).lexically_normal();
+    return std::filesystem::is_directory(installed, error) ? installed : place / "plugins";
 }
 
 void CheckJob(const std::string& job) {
@@ -80,7 +83,7 @@ Scan::AlignOutcome OutcomeOf(const std::string& word) {
 /// The options as the user gave them.
 struct Options {
     std::string data;
-    std::string plugins;
+    std::vector<std::string> plugins;
     std::string job;
     std::string recording;
     double frameRate = 10;
@@ -104,8 +107,11 @@ void Define(CLI::App& app, Options& options) {
                    "~/.local/share/vorsensor)")
         ->type_name("DIR");
     app.add_option("--plugins", options.plugins,
-                   "Folder of the services (default: the folder plugins beside the program)")
-        ->type_name("DIR");
+                   "Folder of services, instead of the program's own; may be repeated (default: the services that came "
+                   "with the program)")
+        ->type_name("DIR")
+        ->expected(1)
+        ->take_all();
     app.add_option("--job", options.job, "Job to load (default: demo, or demo-values for a recording of named values)")
         ->type_name("NAME");
     app.add_option("--recording", options.recording,
@@ -163,7 +169,9 @@ void RefuseSensorOptions(const CLI::App& app, const Jobs::JobCommand& command) {
 
 CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     RequireValue(app, "--data", options.data);
-    RequireValue(app, "--plugins", options.plugins);
+    for (const std::string& folder : options.plugins) {
+        RequireValue(app, "--plugins", folder);
+    }
     RequireValue(app, "--job", options.job);
     RequireValue(app, "--recording", options.recording);
     if (!(options.frameRate > 0 && options.frameRate <= MaxFrameRate)) {
@@ -172,8 +180,11 @@ CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     CheckJob(options.job);
     CommandLine result;
     result.dataFolder = options.data.empty() ? DefaultDataFolder() : std::filesystem::path(options.data);
-    result.pluginFolderGiven = !options.plugins.empty();
-    result.pluginFolder = result.pluginFolderGiven ? std::filesystem::path(options.plugins) : DefaultPluginFolder();
+    result.pluginFoldersGiven = !options.plugins.empty();
+    result.pluginFolders.assign(options.plugins.begin(), options.plugins.end());
+    if (!result.pluginFoldersGiven) {
+        result.pluginFolders = {DefaultPluginFolder()};
+    }
     result.job = options.job;
     result.recording = options.recording;
     result.frameRate = options.frameRate;

@@ -15,9 +15,9 @@ namespace Sensor {
 /// The options of the user, with the defaults filled in.
 struct CommandLine {
     std::filesystem::path dataFolder;
-    std::filesystem::path pluginFolder;
-    /// Whether the folder is an option of the user, not the default.
-    bool pluginFolderGiven = false;
+    /// The options of the user, or the program's own folder.
+    std::vector<std::filesystem::path> pluginFolders;
+    bool pluginFoldersGiven = false;
     /// Empty: the job for the kind of the input.
     std::string job;
     /// Empty: the generated part.

@@ -18,7 +18,7 @@ void RunJobCommand(const Sensor::CommandLine& commandLine) {
     if (Sensor::Jobs::JobMapTool::IsFor(command)) {
         const Sensor::UserLog log(commandLine.verbose);
         const Sensor::UserLog::Silence silence(log);
-        Sensor::Jobs::JobMapTool(commandLine.dataFolder, commandLine.pluginFolder, std::cout, std::cerr).Run(command);
+        Sensor::Jobs::JobMapTool(commandLine.dataFolder, commandLine.pluginFolders, std::cout, std::cerr).Run(command);
     } else {
         Sensor::Jobs::JobTool(commandLine.dataFolder, std::cout).Run(command);
     }

@@ -32,10 +32,10 @@ const char* AdviceOn(yStatus status) {
 
 } // namespace
 
-JobMapTool::JobMapTool(const std::filesystem::path& dataFolder, std::filesystem::path pluginFolder, std::ostream& out,
-                       std::ostream& notes)
+JobMapTool::JobMapTool(const std::filesystem::path& dataFolder, std::vector<std::filesystem::path> pluginFolders,
+                       std::ostream& out, std::ostream& notes)
     : folder(dataFolder / "jobs")
-    , pluginFolder(std::move(pluginFolder))
+    , pluginFolders(std::move(pluginFolders))
     , out(out)
     , notes(notes) {}
 
@@ -49,7 +49,9 @@ void JobMapTool::Run(const JobCommand& command) {
         const nlohmann::json document =
             command.action == JobCommand::Action::Edit ? Vor::ParseJson(command.document) : nlohmann::json();
         VorPlugin::PluginManager plugins;
-        plugins.LoadFolder(pluginFolder);
+        for (const std::filesystem::path& place : pluginFolders) {
+            plugins.LoadFolder(place);
+        }
         OfflineServices services(plugins);
         JobService service(services, path, command.serviceId);
         for (const std::string& note : service.Notes()) {

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <ostream>
+#include <vector>
 
 namespace Sensor::Jobs {
 
@@ -12,8 +13,8 @@ namespace Sensor::Jobs {
 class JobMapTool {
 public:
     /// Results are printed to `out`, and notes about the load of the job to `notes`. Both must outlive this.
-    JobMapTool(const std::filesystem::path& dataFolder, std::filesystem::path pluginFolder, std::ostream& out,
-               std::ostream& notes);
+    JobMapTool(const std::filesystem::path& dataFolder, std::vector<std::filesystem::path> pluginFolders,
+               std::ostream& out, std::ostream& notes);
 
     /// Whether the command is for this class, not for JobTool.
     static bool IsFor(const JobCommand& command);
@@ -23,7 +24,7 @@ public:
 
 private:
     const std::filesystem::path folder;
-    const std::filesystem::path pluginFolder;
+    const std::vector<std::filesystem::path> pluginFolders;
     std::ostream& out;
     std::ostream& notes;
 };

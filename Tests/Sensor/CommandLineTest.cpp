@@ -13,6 +13,8 @@
 namespace Sensor {
 namespace {
 
+using Folders = std::vector<std::filesystem::path>;
+
 CommandLine Parse(std::vector<const char*> arguments) {
     arguments.insert(arguments.begin(), "vorsensor");
     return CommandLine::Parse(static_cast<int>(arguments.size()), arguments.data());
@@ -58,8 +60,8 @@ TEST(CommandLine, HasDefaultsForAll) {
     const Variable data("XDG_DATA_HOME", "/data");
     const CommandLine line = Parse({});
     EXPECT_EQ(line.dataFolder, "/data/vorsensor");
-    EXPECT_EQ(line.pluginFolder, std::filesystem::read_symlink("/proc/self/exe").parent_path() / "plugins");
-    EXPECT_FALSE(line.pluginFolderGiven);
+    EXPECT_EQ(line.pluginFolders, Folders{std::filesystem::read_symlink("/proc/self/exe").parent_path() / "plugins"});
+    EXPECT_FALSE(line.pluginFoldersGiven);
     EXPECT_EQ(line.job, "");
     EXPECT_EQ(line.recording, "");
     EXPECT_EQ(line.frameRate, 10.0);
@@ -91,8 +93,8 @@ TEST(CommandLine, TakesEachOption) {
     const CommandLine line = Parse({"--data", "d", "--plugins", "p", "--job", "j", "--recording", "r.csv",
                                     "--frame-rate", "250.5", "--once", "--no-scan", "--verbose"});
     EXPECT_EQ(line.dataFolder, "d");
-    EXPECT_EQ(line.pluginFolder, "p");
-    EXPECT_TRUE(line.pluginFolderGiven);
+    EXPECT_EQ(line.pluginFolders, Folders{"p"});
+    EXPECT_TRUE(line.pluginFoldersGiven);
     EXPECT_EQ(line.job, "j");
     EXPECT_EQ(line.recording, "r.csv");
     EXPECT_EQ(line.frameRate, 250.5);
@@ -162,6 +164,11 @@ TEST(CommandLine, AnErrorNamesTheOption) {
     }
 }
 
+TEST(CommandLine, TakesSeveralPluginFoldersInTheirOrder) {
+    EXPECT_EQ(Parse({"--plugins", "b", "--plugins", "a"}).pluginFolders, (Folders{"b", "a"}));
+    EXPECT_EQ(Refusal({"--plugins", "a", "--plugins", ""}), "--plugins: the value is empty.");
+}
+
 TEST(CommandLine, AJobIsOneFileName) {
     for (const char* job : {"a/b", ".hidden", "..", "/abs", "\xFF"}) {
         EXPECT_EQ(Refusal({"--job", job}).find("--job"), 0U) << job;
@@ -210,7 +217,7 @@ TEST(CommandLine, TakesWhatShallBeDoneWithJobs) {
     EXPECT_EQ(map.jobCommand->serviceId, "modbus");
     EXPECT_EQ(map.jobCommand->format, "csv");
     EXPECT_TRUE(map.jobCommand->outputs);
-    EXPECT_EQ(map.pluginFolder, "p");
+    EXPECT_EQ(map.pluginFolders, Folders{"p"});
     const CommandLine edit = Parse({"jobs", "edit", "part", "modbus", "add", R"({"a":[1]})", "--assembly", "a"});
     EXPECT_EQ(edit.jobCommand->action, Jobs::JobCommand::Action::Edit);
     EXPECT_EQ(edit.jobCommand->edit, "add");

@@ -98,8 +98,8 @@ Sensor::CommandLine SensorCommand(const Workplace& place, std::uint16_t port) {
     const std::string text = std::to_string(port);
     Sensor::CommandLine command;
     command.dataFolder = place.path;
-    command.pluginFolder = place.path / "plugins";
-    command.pluginFolderGiven = true;
+    command.pluginFolders = {place.path / "plugins"};
+    command.pluginFoldersGiven = true;
     command.frameRate = 1000;
     command.alignment.time = std::chrono::milliseconds(20);
     command.settings.push_back({"port", "modbus", "port", text});

@@ -29,7 +29,7 @@ protected:
     std::string Run(const JobCommand& command, const std::string& plugins = Tests::BuiltFile("plugins")) {
         std::ostringstream out;
         notes.str("");
-        JobMapTool(data.Path(), plugins, out, notes).Run(command);
+        JobMapTool(data.Path(), {plugins}, out, notes).Run(command);
         return out.str();
     }
     std::string Refusal(const JobCommand& command) {
