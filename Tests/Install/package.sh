@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Installs the tree, moves what was installed, and builds, tests and runs services against it.
+. "$(dirname "$0")/common.sh"
+
+rm -rf "$work" "$package"
+mkdir -p "$work"
+cmake --install "$build" --prefix "$work/installed" >/dev/null
+mv "$work/installed" "$package"
+
+# Neither the tree nor the folder of the installation is named in what runs, and no header needs another library's.
+find "$package" -name vorsensor -type f -o -name '*.so' | while read -r file; do
+    if readelf -d "$file" | grep -E 'R(UN)?PATH' | grep -v '\[\$ORIGIN'; then
+        fail "$file looks for libraries in a fixed place"
+    fi
+done
+if grep -rnE '#include <(boost|spdlog|fmt|sqlite3|zlib|CLI|gtest|gmock)' "$package/include"; then
+    fail "An installed header needs another library"
+fi
+
+# What the documentation shows is what is built here.
+python3 - "$top" first-service/CMakeLists.txt first-service/HelloService.cpp first-service/HelloServiceTest.cpp \
+    provider-service/ProviderService.cpp <<'PYTHON'
+import pathlib, sys
+top = pathlib.Path(sys.argv[1])
+text = (top / "Docs/your-first-service.md").read_text()
+for name in sys.argv[2:]:
+    if (top / "Docs/examples" / name).read_text() not in text:
+        sys.exit("Docs/your-first-service.md doesn't show Docs/examples/" + name + " as it is")
+PYTHON
+
+cp -r "$top/Docs/examples/first-service" "$work/first"
+cp -r "$top/Docs/examples/provider-service" "$work/provider"
+cp -r "$package/share/VorCnLib/examples/Sample" "$work/sample"
+for project in first provider sample; do
+    build_project "$work/$project" "$package"
+done
+ctest --test-dir "$work/first/build" --output-on-failure --no-tests=error
+ctest --test-dir "$work/sample/build" --output-on-failure --no-tests=error
+
+sensor "$package/bin/vorsensor"
+contains "$told" '^Service modbus \(Modbus TCP\): Running at '
+sensor "$package/bin/vorsensor" --plugins "$work/first/build/plugins" --plugins "$work/sample/build/plugins" \
+    --plugins "$work/provider/build/plugins" --enable hello --enable sample --enable provider \
+    --set hello.greeting=Moin --set provider.greeting=Servus
+contains "$told" '^Service hello \(Hello\): Running$'
+contains "$told" '^Service sample \(Sample\): Running$'
+contains "$told" '^Service provider \(Provider\): Running$'
+contains "$told" 'Moin'
+contains "$told" 'Servus'
