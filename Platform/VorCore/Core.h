@@ -23,7 +23,7 @@ public:
     virtual void FactoryRestore() = 0;
     virtual void Restart() = 0;
     virtual void BlinkLed() = 0;
-    /// Network settings from the next start on, one entry for each interface. With `persist` later starts use them, too.
+    /// Network settings from the next start on, one entry for each interface. With `persist` later starts use them too.
     virtual void SetIpAddress(const std::vector<yIpConfig>& configs, bool persist) = 0;
 
     /// Microseconds since the beginning of 1970, UTC.
