@@ -33,7 +33,7 @@ private:
 
     const std::vector<std::string> storageFolders;
     const std::filesystem::path root;
-    ProcessorTime previous; ///< at the last call of Read
+    ProcessorTime previous;  ///< at the last call of Read
     bool readBefore = false; ///< `previous` is set
 };
 
