@@ -224,7 +224,7 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
         result.answer = std::string(version.what()) + "\n";
         return result;
     } catch (const CLI::ParseError& error) {
-        throw StartError(std::string(error.what()) + "; --help tells the options.");
+        throw StartError(std::string(error.what()) + "; --help lists the options.");
     }
     result = MakeCommandLine(app, options);
     if (jobs.parsed()) {

@@ -10,7 +10,7 @@
 
 namespace VorPlugin {
 
-/// A library that is taken in. Its parts go in the reverse of this order: plug-ins, assembly, code.
+/// A library that was added. Its parts go in the reverse of this order: plug-ins, assembly, code.
 struct PluginManager::Library {
     struct AssemblyRelease {
         void operator()(yAssembly assembly) const {
@@ -64,7 +64,7 @@ const PluginLib& PluginManager::Open(const std::filesystem::path& path) {
     library.lib = std::make_unique<PluginLib>(path.string());
     library.assembly.reset(library.file->ConstructAssembly());
     library.file->Publish(*library.lib);
-    return Take(std::move(library));
+    return Keep(std::move(library));
 }
 
 void PluginManager::LoadFolder(const std::filesystem::path& folder) {
@@ -91,10 +91,10 @@ void PluginManager::LoadFolder(const std::filesystem::path& folder) {
 const PluginLib& PluginManager::Add(std::unique_ptr<PluginLib> lib) {
     Library library;
     library.lib = std::move(lib);
-    return Take(std::move(library));
+    return Keep(std::move(library));
 }
 
-const PluginLib& PluginManager::Take(Library library) {
+const PluginLib& PluginManager::Keep(Library library) {
     libraries.push_back(std::make_unique<Library>(std::move(library)));
     const PluginLib& lib = *libraries.back()->lib;
     Raise(lib, PluginEvent::Loaded);

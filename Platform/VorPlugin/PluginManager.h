@@ -12,17 +12,17 @@
 namespace VorPlugin {
 
 /// Opens plug-in libraries and keeps them. On the main loop only; its events are raised there too.
-//
+///
 /// A library exports, from its own file,
 ///   extern "C" yStatus yPlugin_ConstructAssembly(yAssembly*);   // one reference for the caller
 ///   extern "C" const char* yPlugin_AssemblyVersion();
-///   extern "C" const char* yPlugin_PlatformVersion();   // VOR_PLATFORM_VERSION, below
+///   extern "C" const char* yPlugin_PlatformVersion();
 ///   extern "C" yStatus yPlugin_Publish(VorPlugin::PluginLib&);
-/// and is opened with local binding, so its names stand in nobody's way. The platform version is "1.0.0.0+" and a hash
+/// and is opened with local binding, so its names hide no others. The platform version is "1.0.0.0+" and a hash
 /// of the headers that the library was compiled against: with other headers than this file's own it is refused.
 class PluginManager {
 public:
-    /// A file that wasn't taken in, and why.
+    /// A file that was refused, and why.
     struct Refusal {
         std::string path;
         std::string reason;
@@ -40,10 +40,10 @@ public:
     /// Opens each "*.so" of a folder, in order of name; one that is refused is logged and noted. Throws -999 when the
     /// folder can't be read.
     void LoadFolder(const std::filesystem::path& folder);
-    /// Takes in plug-ins of the program itself, as a library without a file, and raises the loaded event.
+    /// Adds plug-ins of the program itself, as a library without a file, and raises the loaded event.
     const PluginLib& Add(std::unique_ptr<PluginLib> lib);
 
-    /// Raises the unloading event, drops the plug-ins and gives back the assembly. Throws -999 for a library that isn't
+    /// Raises the unloading event, drops the plug-ins and releases the assembly. Throws -999 for a library that isn't
     /// here. The code stays in the process until the manager goes, since what it made may still run; then it is closed,
     /// unless somebody still holds a plug-in of it.
     void Unload(const PluginLib& lib);
@@ -61,7 +61,7 @@ private:
     struct Retired;
 
     const PluginLib& Open(const std::filesystem::path& path);
-    const PluginLib& Take(Library library);
+    const PluginLib& Keep(Library library);
     void Unload(std::size_t index);
     void Raise(const PluginLib& lib, PluginEvent event);
 

@@ -57,7 +57,7 @@ const char* TextOfAlignment(std::uint8_t alignment) {
 
 const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
     using Self = RequestHandler;
-    static const std::vector<Command> commands = {
+    static const std::vector<Command> All = {
         {"START", &Self::Start, "START", "Starts the scan."},
         {"STOP", &Self::Stop, "STOP", "Stops the scan."},
         {"TRIGGER", &Self::Trigger, "TRIGGER [SCANNER]", "Makes one frame; the sensor has to be in triggered mode."},
@@ -76,7 +76,7 @@ const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
         {"VERSION", &Self::Version, "VERSION", "Tells the versions of service and sensor."},
         {"HELP", &Self::Help, "HELP [COMMAND]", "Lists the commands, or explains one."},
         {"QUIT", &Self::Quit, "QUIT", "Closes the connection."}};
-    return commands;
+    return All;
 }
 
 const RequestHandler::Command* RequestHandler::Find(std::string_view name) {

@@ -18,7 +18,7 @@ public:
     }
 
     /// Returns the calls since the last call of this.
-    std::vector<std::string> TakeCalls() {
+    std::vector<std::string> NewCalls() {
         const std::lock_guard guard(mutex);
         return std::exchange(calls, {});
     }

@@ -33,7 +33,7 @@ public:
         info = std::move(value);
     }
 
-    std::vector<std::string> TakeCalls() {
+    std::vector<std::string> NewCalls() {
         const std::lock_guard guard(mutex);
         return std::exchange(calls, {});
     }

@@ -11,18 +11,18 @@ namespace {
 using Properties::Internal::Name;
 
 Name TitleKey() {
-    static const Name key("title");
-    return key;
+    static const Name Key("title");
+    return Key;
 }
 
 Name SortOrderKey() {
-    static const Name key("sortOrder");
-    return key;
+    static const Name Key("sortOrder");
+    return Key;
 }
 
 Name ReadOnlyKey() {
-    static const Name key("readOnly");
-    return key;
+    static const Name Key("readOnly");
+    return Key;
 }
 
 } // namespace

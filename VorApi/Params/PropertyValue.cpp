@@ -46,8 +46,8 @@ ListItems::ListItems(const char* itemType)
 }
 
 Name ListItems::Key() {
-    static const Name key("type");
-    return key;
+    static const Name TypeKey("type");
+    return TypeKey;
 }
 
 } // namespace Vor::Properties::Internal

@@ -202,12 +202,12 @@ protected:
 
 private:
     static Internal::Name TypeName() {
-        static const Internal::Name name(Kind::Type);
-        return name;
+        static const Internal::Name Known(Kind::Type);
+        return Known;
     }
     static Internal::Name NoName() {
-        static const Internal::Name name("");
-        return name;
+        static const Internal::Name Empty("");
+        return Empty;
     }
 
     T stored;

@@ -9,7 +9,7 @@ namespace {
 Vor::Exception Wrap(const std::exception& cause, const std::source_location& where = std::source_location::current()) {
     const auto* known = dynamic_cast<const Vor::Exception*>(&cause);
     const int line = static_cast<int>(where.line());
-    const yStatus status = known != nullptr ? known->Status() : yERROR;
+    const yStatus status = Vor::Exception::StatusOf(cause);
     if (known != nullptr && !known->HasText()) {
         return {line, where.file_name(), status, where.function_name()};
     }

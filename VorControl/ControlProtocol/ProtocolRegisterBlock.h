@@ -114,7 +114,7 @@ private:
     }
     [[noreturn]] void ThrowRegisterWidth(const char* function, const char* catalogue) const;
     static void LogValueSize(unsigned long long numOfBytes);
-    template <unsigned int width, class T>
+    template <unsigned int Width, class T>
     static void StoreRegisters(unsigned char* destination, T value);
 
     ProtocolRegisterBlockInfo& info;
@@ -125,13 +125,13 @@ private:
     Vor::Params::Value<unsigned short> outputId;
 };
 
-template <unsigned int width, class T>
+template <unsigned int Width, class T>
 void ProtocolRegisterBlock::StoreRegisters(unsigned char* destination, T value) {
     constexpr unsigned int Size = sizeof(T);
-    for (unsigned int r = 0; r < Size / width; ++r) {
-        for (unsigned int b = 0; b < width; ++b) {
-            destination[width * (r + 1) - 1 - b] =
-                static_cast<unsigned char>(value >> 8 * (Size - 1 - b - width * r) & 0xFF);
+    for (unsigned int r = 0; r < Size / Width; ++r) {
+        for (unsigned int b = 0; b < Width; ++b) {
+            destination[Width * (r + 1) - 1 - b] =
+                static_cast<unsigned char>(value >> 8 * (Size - 1 - b - Width * r) & 0xFF);
         }
     }
 }

@@ -293,7 +293,8 @@ void PersistControl::LoadControlInstanceParams(IControlInstance& instance, const
                    "Error loading parameters for service '%s'. Parameters may require manual configuration.",
                    instance.DisplayName());
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        Vor::ThrowNested(Persistence::StatusOf(e), "Error loading parameters for service '%s'", instance.DisplayName());
+        Vor::ThrowNested(Vor::Exception::StatusOf(e), "Error loading parameters for service '%s'",
+                         instance.DisplayName());
     }
 }
 
@@ -362,7 +363,8 @@ void PersistControl::SaveControlInstanceParams(const IControlInstance& instance,
         LogForUser(Vor::UserError, "Error saving parameters for service '%s'. Please check the parameter settings.",
                    instance.DisplayName());
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        Vor::ThrowNested(Persistence::StatusOf(e), "Error saving parameters for service '%s'", instance.DisplayName());
+        Vor::ThrowNested(Vor::Exception::StatusOf(e), "Error saving parameters for service '%s'",
+                         instance.DisplayName());
     }
 }
 

@@ -90,7 +90,7 @@ auto RunSaving(const std::string& name, const Step& step, const Log& logFailure)
         LogForUser(Vor::UserError, "Error saving connection map for service '%s'. Please check the connection map.",
                    name);
         logFailure();
-        Vor::ThrowNested(Persistence::StatusOf(e), "Error saving connection map for service '%s'", name);
+        Vor::ThrowNested(Vor::Exception::StatusOf(e), "Error saving connection map for service '%s'", name);
     }
 }
 
@@ -135,7 +135,8 @@ void PersistControl::LoadRegisterAssemblyEntry(IControlInstance& instance, json&
                    id, name);
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
         // "%$1s" is no conversion: it is part of the text.
-        Vor::ThrowNested(Persistence::StatusOf(e), "Error loading connection map '%$1s' for service '%2$s'", id, name);
+        Vor::ThrowNested(Vor::Exception::StatusOf(e), "Error loading connection map '%$1s' for service '%2$s'", id,
+                         name);
     }
 }
 

@@ -85,10 +85,10 @@ TEST_F(AsciiProtocolTest, RunsCommandsAndAnswersAtTheirEnd) {
     EXPECT_EQ(client->Ask("START"), "OK");
     EXPECT_EQ(client->Ask("STOP"), "OK");
     EXPECT_EQ(client->Ask("LOADJOB part 7"), "OK");
-    EXPECT_EQ(environ.system.TakeCalls(), (Texts{"Start", "Stop", "LoadJob part 7"}));
+    EXPECT_EQ(environ.system.NewCalls(), (Texts{"Start", "Stop", "LoadJob part 7"}));
     EXPECT_EQ(client->Ask("TRIGGER"), "OK");
     EXPECT_EQ(client->Ask("CLEARALIGN"), "OK");
-    EXPECT_EQ(environ.scanEngine.TakeCalls(), (Texts{"SoftwareTrigger ", "ClearAlignment "}));
+    EXPECT_EQ(environ.scanEngine.NewCalls(), (Texts{"SoftwareTrigger ", "ClearAlignment "}));
     EXPECT_EQ(Properties()["requests"], 5);
     EXPECT_EQ(Properties()["errors"], 0);
     EXPECT_EQ(Properties()["connected"], 1);
@@ -171,7 +171,7 @@ TEST_F(AsciiProtocolTest, TellsTheStateAsItIsNow) {
     environ.dataCache.SetStats(stats);
     EXPECT_EQ(client->Ask("STATE"), "OK,READY,ALIGNING,IDLE,\"demo.vrjob\"");
     EXPECT_EQ(client->Ask("JOB"), "OK,\"demo.vrjob\"");
-    EXPECT_EQ(environ.dataCache.TakeCalls().front(), "SystemStats 0") << "it waits for nothing";
+    EXPECT_EQ(environ.dataCache.NewCalls().front(), "SystemStats 0") << "it waits for nothing";
 }
 
 TEST_F(AsciiProtocolTest, HasOutputsToBeginWith) {

@@ -86,7 +86,7 @@ TEST_F(AsciiSessionTest, RunsEachCommand) {
                                                                        {"USERDATA serial 4711", "9 serial 4711"}};
     for (const auto& [request, command] : commands) {
         EXPECT_EQ(Ask(request), "OK") << request;
-        EXPECT_EQ(sensor.TakeCommands(), (Texts{command})) << request;
+        EXPECT_EQ(sensor.NewCommands(), (Texts{command})) << request;
     }
     EXPECT_EQ(counters.requests, commands.size());
     EXPECT_EQ(counters.errors, 0u);
@@ -161,7 +161,7 @@ TEST_F(AsciiSessionTest, LetsTheLinesBehindACommandWaitForItsEnd) {
     sensor.End(yOK);
     EXPECT_EQ(session.Process(), 2u);
     EXPECT_EQ(ReadReplies(session), "OK\r\nOK,-2.000\r\n");
-    EXPECT_EQ(sensor.TakeCommands(), (Texts{"1 ", "2 "}));
+    EXPECT_EQ(sensor.NewCommands(), (Texts{"1 ", "2 "}));
     sensor.End(yERROR_STATE);
     session.Process();
     EXPECT_EQ(ReadReplies(session),
@@ -200,7 +200,7 @@ TEST_F(AsciiSessionTest, RefusesCommandsOfAClientThatMayOnlyRead) {
     for (const char* request : {"START", "STOP", "TRIGGER", "ALIGN", "CLEARALIGN", "LOADJOB x", "USERDATA x"}) {
         EXPECT_EQ(Ask(request), "ERROR,-983,\"clients of your network may not command the sensor\"") << request;
     }
-    EXPECT_EQ(sensor.TakeCommands(), Texts());
+    EXPECT_EQ(sensor.NewCommands(), Texts());
     EXPECT_EQ(Ask("RESULT height"), "OK,1.500");
     EXPECT_EQ(Ask("PUSH ON"), "OK");
     EXPECT_EQ(Ask("PUSH OFF"), "OK");
@@ -247,7 +247,7 @@ TEST_F(AsciiSessionTest, RefusesWhatItDoesNotUnderstand) {
     EXPECT_EQ(Ask("PUSH ON width"), "ERROR,-999,\"there is no output width\"");
     EXPECT_EQ(Ask(std::string(1025, 'x')), "ERROR,-992,\"the line is longer than 1024 bytes\"");
     EXPECT_EQ(Ask("STA\x1BRT"), "ERROR,-984,\"the line has characters that aren't text\"");
-    EXPECT_EQ(sensor.TakeCommands(), Texts());
+    EXPECT_EQ(sensor.NewCommands(), Texts());
     EXPECT_EQ(counters.errors, counters.requests);
 }
 
@@ -333,7 +333,7 @@ TEST_F(AsciiSessionTest, ClosesAfterTheAnswerToQuit) {
     Receive(session, "PUSH ON\nQUIT\nSTART\n");
     EXPECT_EQ(ReadReplies(session), "OK\r\nOK\r\n");
     EXPECT_TRUE(session.Broken());
-    EXPECT_EQ(sensor.TakeCommands(), Texts());
+    EXPECT_EQ(sensor.NewCommands(), Texts());
     EXPECT_FALSE(outputs.Process(Results().Get()));
 }
 

@@ -35,7 +35,7 @@ public:
     void End(yStatus status) { std::exchange(running, nullptr)->End(status); }
 
     /// Returns "ID TEXT" of each command since the last call.
-    std::vector<std::string> TakeCommands() {
+    std::vector<std::string> NewCommands() {
         std::vector<std::string> texts;
         for (const auto& command : std::exchange(commands, {})) {
             texts.push_back(std::to_string(command.commandId) + " " + command.commandArgs.data());

@@ -99,7 +99,7 @@ protected:
     }
 
     /// The calls of the sensor since the last call of this, in order.
-    std::vector<std::string> Calls() { return environ.system.TakeCalls(); }
+    std::vector<std::string> Calls() { return environ.system.NewCalls(); }
 
     /// From now on the main loop waits in each call of the sensor until `release` is set.
     void HoldMainLoop() {
@@ -150,13 +150,13 @@ TEST_F(ModbusCommandTest, TakesTheSameRequestWordFromAnotherClientForNoChange) {
 TEST_F(ModbusCommandTest, RunsEachCommand) {
     EXPECT_EQ(Write(Command, {1, 4}), 0u);
     EXPECT_TRUE(WaitForRegisters(Answer, Words({1, 2, 0})));
-    EXPECT_EQ(environ.scanEngine.TakeCalls(), (std::vector<std::string>{"ClearAlignment "}));
+    EXPECT_EQ(environ.scanEngine.NewCalls(), (std::vector<std::string>{"ClearAlignment "}));
     EXPECT_EQ(Write(Command, Characters(2, 5, "part 7")), 0u);
     EXPECT_TRUE(WaitForRegisters(Answer, Words({2, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"LoadJob part 7.vrjob"}));
     EXPECT_EQ(Write(Command, {3, 6}), 0u);
     EXPECT_TRUE(WaitForRegisters(Answer, Words({3, 2, 0})));
-    EXPECT_EQ(environ.scanEngine.TakeCalls(), (std::vector<std::string>{"SoftwareTrigger "}));
+    EXPECT_EQ(environ.scanEngine.NewCalls(), (std::vector<std::string>{"SoftwareTrigger "}));
     EXPECT_EQ(Write(Command, {4, 0}), 0u);
     EXPECT_EQ(Read(Answer, 3), Words({4, 2, 0})) << "no command is done at once";
     Vor::LogCapture log;
@@ -353,7 +353,7 @@ TEST_F(ModbusCommandTest, ShowsTheStates) {
     EXPECT_TRUE(WaitForRegisters(System, Words({0x0102, 0x0304, 0x0506, 0x0708, 1, 10}) +
                                              Bytes{'d', 'e', 'm', 'o', '.', 'v'} + Bytes{'r', 'j', 'o', 'b'} +
                                              Bytes(54, 0) + Words({0, 55})));
-    const auto calls = environ.dataCache.TakeCalls();
+    const auto calls = environ.dataCache.NewCalls();
     ASSERT_GE(calls.size(), 2u);
     EXPECT_EQ(calls[0], "SystemStats 0");
     EXPECT_EQ(calls[1], "ScannerInfo  0");
@@ -391,10 +391,10 @@ TEST_F(ModbusCommandTest, AsksForNoStateThatItsMapDoesNotShow) {
     service->Stop();
     service->RegisterAssembly(AssemblyId)->ResetRegisterAssembly();
     AddBlocks(*service->RegisterAssembly(AssemblyId), {{"ControlInput", "", Command}});
-    environ.dataCache.TakeCalls();
+    environ.dataCache.NewCalls();
     Start();
     EXPECT_EQ(Read(Command, 1), Words({0}));
-    EXPECT_EQ(environ.dataCache.TakeCalls(), std::vector<std::string>());
+    EXPECT_EQ(environ.dataCache.NewCalls(), std::vector<std::string>());
 }
 
 TEST_F(ModbusCommandTest, ShowsWhatItsClientsDo) {

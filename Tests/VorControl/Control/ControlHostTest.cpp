@@ -66,7 +66,7 @@ protected:
         return system.created.Count();
     }
 
-    Texts TakeEvents() { return std::exchange(events, {}); }
+    Texts NewEvents() { return std::exchange(events, {}); }
 
     Tests::Faults faults;
     Vor::LogCapture log;
@@ -155,18 +155,18 @@ TEST_F(ControlHostTest, EachOperationReachesTheSystemAndEndsAtItsService) {
     run([&] { host.BlinkLed("a", true, false, false); });
     run([&] { host.SetLocalNodeDateTime("a", -5); });
     run([&] { host.SetLocalNodeNtpHost("a", "time.host", true); });
-    EXPECT_EQ(system.TakeCalls(),
+    EXPECT_EQ(system.NewCalls(),
               (Texts{"Start", "Stop", "LoadJob job", "FactoryRestore", "Restart", "SetNextIpConfig true", "BlinkLed",
                      "SetLocalNodeDateTime -5", "SetLocalNodeNtpHost time.host true"}));
     EXPECT_EQ(system.ipConfig, config);
     run([&] { host.ClearAlignment("a", "s1"); });
     run([&] { host.SoftwareTrigger("a", "s2"); });
     run([&] { host.BlinkLed("a", false, true, false); });
-    EXPECT_EQ(scanEngine.TakeCalls(), (Texts{"ClearAlignment s1", "SoftwareTrigger s2", "BlinkLed true false"}));
+    EXPECT_EQ(scanEngine.NewCalls(), (Texts{"ClearAlignment s1", "SoftwareTrigger s2", "BlinkLed true false"}));
     run([&] {
         host.StartAlignment("a", "s3");
         loop.RunReady();
-        EXPECT_EQ(scanEngine.TakeCalls(), (Texts{"AlignmentCompletedEvent s3", "Alignment s3"}));
+        EXPECT_EQ(scanEngine.NewCalls(), (Texts{"AlignmentCompletedEvent s3", "Alignment s3"}));
         scanEngine.completed.Raise(VorScan::AlignCompletionStatus::Succeeded);
     });
     EXPECT_EQ(ends, 13);
@@ -189,7 +189,7 @@ TEST_F(ControlHostTest, StatesAreThoseOfTheDataCache) {
     dataCache.SetInfo(info);
     EXPECT_EQ(host.SystemStats(5).loadedJob, "demo.vrjob");
     EXPECT_EQ(host.ScannerInfo("s1", 6).id, "s1");
-    EXPECT_EQ(dataCache.TakeCalls(), (Texts{"SystemStats 5", "ScannerInfo s1 6"}));
+    EXPECT_EQ(dataCache.NewCalls(), (Texts{"SystemStats 5", "ScannerInfo s1 6"}));
 }
 
 TEST_F(ControlHostTest, ReadsAreThoseOfTheOperations) {
@@ -205,8 +205,8 @@ TEST_F(ControlHostTest, ReadsAreThoseOfTheOperations) {
     Properties out;
     host.DataSourceProperties("profile/max", out, Timeout);
     EXPECT_EQ(out.displayName, "Max");
-    EXPECT_EQ(system.TakeCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other", "LiveJob",
-                                         "DataSourceProperties profile/max"}));
+    EXPECT_EQ(system.NewCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other", "LiveJob",
+                                        "DataSourceProperties profile/max"}));
     // Nobody runs the main loop, and the time-out is zero.
     std::thread([&] { EXPECT_EQ(host.LocalNodeDateTime(0), 0); }).join();
 }
@@ -221,7 +221,7 @@ TEST_F(ControlHostTest, TheFirstServiceMakesTheSubscriptionAndTheLastEndsIt) {
     EXPECT_EQ(Subscriptions(), 1U);
     host.RemoveDataSourceEventHandler("b", Timeout);
     EXPECT_EQ(Subscriptions(), 0U);
-    EXPECT_EQ(system.TakeCalls(), (Texts{"AddDataSourceEventHandler", "RemoveDataSourceEventHandler"}));
+    EXPECT_EQ(system.NewCalls(), (Texts{"AddDataSourceEventHandler", "RemoveDataSourceEventHandler"}));
     EXPECT_TRUE(log.Records().empty());
 }
 
@@ -231,14 +231,14 @@ TEST_F(ControlHostTest, ASubscriptionThatEndedCanBeMadeAgain) {
         system.created.Raise("profile/max");
         host.RemoveDataSourceEventHandler("a", Timeout);
     }
-    EXPECT_EQ(TakeEvents(), Texts(2, "a: 1 profile/max Max 19"));
+    EXPECT_EQ(NewEvents(), Texts(2, "a: 1 profile/max Max 19"));
 }
 
 TEST_F(ControlHostTest, ASecondFunctionOfAServiceIsRefusedAndTheFirstStays) {
     host.AddDataSourceEventHandler("a", Noting("first"), Timeout);
     EXPECT_TEXTLESS_FAILURE(host.AddDataSourceEventHandler("a", Noting("second"), Timeout), yERROR_ALREADY_EXISTS);
     system.created.Raise("profile/max");
-    EXPECT_EQ(TakeEvents(), Texts{"first: 1 profile/max Max 19"});
+    EXPECT_EQ(NewEvents(), Texts{"first: 1 profile/max Max 19"});
     EXPECT_EQ(Subscriptions(), 1U);
 }
 
@@ -255,14 +255,14 @@ TEST_F(ControlHostTest, EventsReachTheServicesInOrderOfIdWithTheProperties) {
     host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     system.created.Raise("profile/max");
-    EXPECT_EQ(TakeEvents(), (Texts{"a: 1 profile/max Max 19", "b: 1 profile/max Max 19"}));
+    EXPECT_EQ(NewEvents(), (Texts{"a: 1 profile/max Max 19", "b: 1 profile/max Max 19"}));
     system.updated.Raise("profile/max");
-    EXPECT_EQ(TakeEvents(), (Texts{"a: 2 profile/max Max 19", "b: 2 profile/max Max 19"}));
+    EXPECT_EQ(NewEvents(), (Texts{"a: 2 profile/max Max 19", "b: 2 profile/max Max 19"}));
     system.deleted.Raise("profile/max");
-    EXPECT_EQ(TakeEvents(), (Texts{"a: 3 profile/max Max 19", "b: 3 profile/max Max 19"}));
-    system.TakeCalls();
+    EXPECT_EQ(NewEvents(), (Texts{"a: 3 profile/max Max 19", "b: 3 profile/max Max 19"}));
+    system.NewCalls();
     system.updated.Raise("profile/max");
-    EXPECT_EQ(system.TakeCalls(), Texts{"DataSourceProperties profile/max"});
+    EXPECT_EQ(system.NewCalls(), Texts{"DataSourceProperties profile/max"});
 }
 
 TEST_F(ControlHostTest, AServiceCannotSpoilThePropertiesOfTheNext) {
@@ -270,33 +270,33 @@ TEST_F(ControlHostTest, AServiceCannotSpoilThePropertiesOfTheNext) {
         "a", [](EventType, Properties props) { props.name = "spoilt"; }, Timeout);
     host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     system.created.Raise("profile/max");
-    EXPECT_EQ(TakeEvents(), Texts{"b: 1 profile/max Max 19"});
+    EXPECT_EQ(NewEvents(), Texts{"b: 1 profile/max Max 19"});
 }
 
 TEST_F(ControlHostTest, ServicesHearOfTheEndOfADataSourceThatCanNoLongerBeAsked) {
     host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     system.deleted.Raise("gone");
-    EXPECT_EQ(TakeEvents(), (Texts{"a: 3 gone  0", "b: 3 gone  0"}));
+    EXPECT_EQ(NewEvents(), (Texts{"a: 3 gone  0", "b: 3 gone  0"}));
 }
 
 TEST_F(ControlHostTest, ADataSourceThatIsThereButCannotBeAskedFailsItsEvent) {
     host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     EXPECT_FAILURE(system.created.Raise("unknown"), yERROR_NOT_FOUND, "no data source unknown");
     EXPECT_FAILURE(system.updated.Raise("unknown"), yERROR_NOT_FOUND, "no data source unknown");
-    EXPECT_TRUE(TakeEvents().empty());
+    EXPECT_TRUE(NewEvents().empty());
 }
 
 TEST_F(ControlHostTest, AnEventThatFindsNobodyAsksNothing) {
     host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     RemoveInVain("a");
     EXPECT_EQ(Subscriptions(), 1U);
-    system.TakeCalls();
+    system.NewCalls();
     system.created.Raise("profile/max");
     system.updated.Raise("profile/max");
     system.deleted.Raise("profile/max");
-    EXPECT_TRUE(system.TakeCalls().empty());
-    EXPECT_TRUE(TakeEvents().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
+    EXPECT_TRUE(NewEvents().empty());
 }
 
 TEST_F(ControlHostTest, ASubscriptionThatARemovalLeftServesTheNextServiceAndEndsWithTheHost) {
@@ -304,7 +304,7 @@ TEST_F(ControlHostTest, ASubscriptionThatARemovalLeftServesTheNextServiceAndEnds
     RemoveInVain("a");
     host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     system.created.Raise("profile/max");
-    EXPECT_EQ(TakeEvents(), Texts{"b: 1 profile/max Max 19"});
+    EXPECT_EQ(NewEvents(), Texts{"b: 1 profile/max Max 19"});
     RemoveInVain("b");
     EXPECT_EQ(Subscriptions(), 1U);
     made.reset();
@@ -323,7 +323,7 @@ TEST_F(ControlHostTest, PropertiesThatDoNotComeInTimeAreThoseOfAFreshRecord) {
         std::this_thread::yield();
     }
     raiser.join();
-    EXPECT_EQ(TakeEvents(), Texts{"a: 1   0"});
+    EXPECT_EQ(NewEvents(), Texts{"a: 1   0"});
 }
 
 TEST_F(ControlHostTest, WhileTheMainLoopIsBlockedTheServiceIsKeptAndNothingIsSubscribed) {
@@ -407,7 +407,7 @@ TEST_F(ControlHostTest, TheHostEndsASubscriptionThatIsLeft) {
 
 TEST_F(ControlHostTest, AHostWithoutServicesAsksNothingWhenItGoes) {
     made.reset();
-    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
 }
 
 TEST_F(ControlHostTest, ASubscriptionThatCannotBeEndedIsLoggedWhenTheHostGoes) {

@@ -59,7 +59,7 @@ protected:
     std::shared_ptr<TestService> B() { return b.lock(); }
 
     /// Announcements so far, as domain numbers; each must be this manager's with flag 0.
-    std::vector<int> TakeAnnouncements() {
+    std::vector<int> NewAnnouncements() {
         std::vector<int> domains;
         for (const auto& announcement : environ.registrar.announcements) {
             EXPECT_EQ(announcement.handler, manager.get());
@@ -94,7 +94,7 @@ TEST_F(ControlManagerTest, AnEmptyCatalogueGivesNoServicesAndStillRaisesTheLoadE
     NoteLoadEvents();
     manager->LoadPersistDomain(PersistDomain::Job, store);
     EXPECT_EQ(*calls, (Calls{"load begins", "load ends"}));
-    EXPECT_TRUE(TakeAnnouncements().empty());
+    EXPECT_TRUE(NewAnnouncements().empty());
 }
 
 TEST_F(ControlManagerTest, CreatesOneServiceATypeInOrderOfName) {
@@ -349,27 +349,27 @@ TEST_F(ControlManagerTest, ChangesOfAServiceAnnounceTheirDomain) {
     BuildTwo();
     A()->NotifyParamsInternalUpdateEventHandler(false);
     A()->NotifyOutputsInternalUpdateEventHandler(false);
-    EXPECT_TRUE(TakeAnnouncements().empty());
+    EXPECT_TRUE(NewAnnouncements().empty());
     A()->NotifyParamsInternalUpdateEventHandler(true);
     B()->NotifyOutputsInternalUpdateEventHandler(true);
-    EXPECT_EQ(TakeAnnouncements(), (std::vector<int>{2, 2}));
+    EXPECT_EQ(NewAnnouncements(), (std::vector<int>{2, 2}));
     A()->NotifyPersistenceDomainChangeEventHandler(PersistDomain::Workspace);
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{1});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{1});
 
     IControlInstance& instance = manager->GetInstance("a");
     instance.BeginUpdateParameters();
     instance.EndUpdateParameters();
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{2});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
     instance.BeginUpdateRegisterAssembly();
     instance.EndUpdateRegisterAssembly("x");
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{2});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
 }
 
 TEST_F(ControlManagerTest, NotifyAndSetModifiedAnnounceTheSame) {
     BuildTwo();
     manager->NotifyDomainChange(PersistDomain::Workspace);
     manager->SetPersistenceFileModified(PersistDomain::Job);
-    EXPECT_EQ(TakeAnnouncements(), (std::vector<int>{1, 2}));
+    EXPECT_EQ(NewAnnouncements(), (std::vector<int>{1, 2}));
 }
 
 TEST_F(ControlManagerTest, ALoadEnablesServicesBetweenItsEventsAndAnnouncesNothing) {
@@ -384,9 +384,9 @@ TEST_F(ControlManagerTest, ALoadEnablesServicesBetweenItsEventsAndAnnouncesNothi
     EXPECT_EQ(std::count(calls->begin(), calls->end(), "b: Start"), 1);
     EXPECT_TRUE(manager->GetInstance("b").IsEnabled());
     EXPECT_FALSE(manager->GetInstance("a").IsEnabled());
-    EXPECT_TRUE(TakeAnnouncements().empty());
+    EXPECT_TRUE(NewAnnouncements().empty());
     B()->NotifyParamsInternalUpdateEventHandler(true);
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{2});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
     B()->onStart = {};
 }
 
@@ -418,7 +418,7 @@ TEST_F(ControlManagerTest, AReportedLoadResultAnnouncesTheDomainOnceAfterTheLoad
     });
     manager->LoadPersistDomain(PersistDomain::Job, store);
     EXPECT_FALSE(announcedInside);
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{2});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
 }
 
 TEST_F(ControlManagerTest, ALoadThatEndsWithoutAStandardExceptionEndsTheWholeAndIsOver) {
@@ -431,7 +431,7 @@ TEST_F(ControlManagerTest, ALoadThatEndsWithoutAStandardExceptionEndsTheWholeAnd
     EXPECT_EQ(calls->back(), "load ends");
     EXPECT_FALSE(manager->GetInstance("b").IsEnabled());
     B()->NotifyParamsInternalUpdateEventHandler(true);
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{2});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
     A()->onStart = {};
 }
 
@@ -441,7 +441,7 @@ TEST_F(ControlManagerTest, ALoadHandlerThatThrowsEndsTheLoadAndIsOver) {
     EXPECT_THROW(manager->LoadPersistDomain(PersistDomain::Job, store), std::runtime_error);
     manager->RemovePersistenceLoadEventHandler(callback);
     A()->NotifyParamsInternalUpdateEventHandler(true);
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{2});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
 }
 
 TEST_F(ControlManagerTest, OnlyTheInitOfTheJobRaisesTheLoadEvents) {
@@ -460,7 +460,7 @@ TEST_F(ControlManagerTest, AnInitDoesntHoldBackChanges) {
     BuildTwo();
     A()->onStop = [this] { A()->NotifyParamsInternalUpdateEventHandler(true); };
     manager->InitPersistDomain(PersistDomain::Job, store);
-    EXPECT_EQ(TakeAnnouncements(), std::vector<int>{2});
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
     A()->onStop = {};
 }
 

@@ -63,11 +63,11 @@ TEST_F(ControlProtocolOperationsTest, EachOperationActsOnceOnTheMainLoopAndEndsW
     for (const Row& row : Rows()) {
         SCOPED_TRACE(row.id);
         row.start(*operations, "a");
-        EXPECT_TRUE(system.TakeCalls().empty());
-        EXPECT_TRUE(scanEngine.TakeCalls().empty());
+        EXPECT_TRUE(system.NewCalls().empty());
+        EXPECT_TRUE(scanEngine.NewCalls().empty());
         EXPECT_EQ(RunToEnd(), Texts{"a 1"});
-        EXPECT_EQ(system.TakeCalls(), row.systemCalls);
-        EXPECT_EQ(scanEngine.TakeCalls(), row.scanEngineCalls);
+        EXPECT_EQ(system.NewCalls(), row.systemCalls);
+        EXPECT_EQ(scanEngine.NewCalls(), row.scanEngineCalls);
     }
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
 }
@@ -83,8 +83,8 @@ TEST_F(ControlProtocolOperationsTest, EachOperationIsRejectedByItsNumberWhileAno
     EXPECT_FAILURE(operations->Alignment("b", ""), yERROR_BUSY,
                    "Protocol b operation 2 rejected because another operation is in progress");
     EXPECT_EQ(loop.RunReady(), 0U);
-    EXPECT_TRUE(system.TakeCalls().empty());
-    EXPECT_TRUE(scanEngine.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
+    EXPECT_TRUE(scanEngine.NewCalls().empty());
 }
 
 TEST_F(ControlProtocolOperationsTest, TheNetworkSettingsArriveAsTheyWereGiven) {
@@ -100,8 +100,8 @@ TEST_F(ControlProtocolOperationsTest, ASecondOperationIsRejectedAndTheFirstGoesO
                        "Protocol " + protocol + " operation 0 rejected because another operation is in progress");
     }
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
-    EXPECT_EQ(system.TakeCalls(), Texts{"LoadJob job"});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_EQ(system.NewCalls(), Texts{"LoadJob job"});
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(ControlProtocolOperationsTest, TheActionRunsOnTheMainLoopAndTheHandlerOnTheDispatcher) {
@@ -128,7 +128,7 @@ TEST_F(ControlProtocolOperationsTest, AMissingScannerIdIsRefusedBeforeTheSlotIsC
                    "Missing scanner id parameter for action 3");
     EXPECT_FAILURE(operations->SoftwareTrigger("a", nullptr), yERROR_PARAMETER,
                    "Missing scanner id parameter for action 5");
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     RunAction(203);
     EXPECT_FAILURE(operations->Alignment("a", nullptr), yERROR_PARAMETER, "Missing scanner id parameter for action 2");
 }
@@ -136,7 +136,7 @@ TEST_F(ControlProtocolOperationsTest, AMissingScannerIdIsRefusedBeforeTheSlotIsC
 TEST_F(ControlProtocolOperationsTest, AMissingOrEmptyJobNameIsRefusedBeforeTheSlotIsClaimed) {
     EXPECT_FAILURE(operations->LoadJob("a", nullptr), yERROR_PARAMETER, "No job name for action 4");
     EXPECT_FAILURE(operations->LoadJob("a", ""), yERROR_PARAMETER, "Empty job name for action 4");
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     RunAction(203);
     EXPECT_FAILURE(operations->LoadJob("a", nullptr), yERROR_PARAMETER, "No job name for action 4");
     EXPECT_FAILURE(operations->LoadJob("a", ""), yERROR_PARAMETER, "Empty job name for action 4");
@@ -151,13 +151,13 @@ TEST_F(ControlProtocolOperationsTest, ArgumentsAreCopiedBeforeTheOperationReturn
         job = "gone";
     }
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
-    EXPECT_EQ(system.TakeCalls(), Texts{"LoadJob job"});
+    EXPECT_EQ(system.NewCalls(), Texts{"LoadJob job"});
 }
 
 TEST_F(ControlProtocolOperationsTest, Action200EndsAtOnceAndFreesTheSlot) {
     RunAction(200);
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(ControlProtocolOperationsTest, Action201SleepsTenMillisecondsAndSucceeds) {
@@ -165,7 +165,7 @@ TEST_F(ControlProtocolOperationsTest, Action201SleepsTenMillisecondsAndSucceeds)
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(10));
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(ControlProtocolOperationsTest, Actions202And204FailWithTheirTexts) {
@@ -177,14 +177,14 @@ TEST_F(ControlProtocolOperationsTest, Actions202And204FailWithTheirTexts) {
         const std::string number = std::to_string(id);
         EXPECT_EQ(log.Count(Vor::LevelError, "Exception processing action id " + number), 1U);
         EXPECT_EQ(log.Count(Vor::LevelError, "Caught exception with status " + number + ": " + text), 1U);
-        EXPECT_FALSE(SlotIsTaken());
+        EXPECT_FALSE(SlotIsUsed());
     }
 }
 
 TEST_F(ControlProtocolOperationsTest, Action203LeavesTheSlotTaken) {
     RunAction(203);
     EXPECT_EQ(loop.RunReady(), 1U);
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
     EXPECT_EQ(ends.Count(), 0U);
 }
 
@@ -194,9 +194,9 @@ TEST_F(ControlProtocolOperationsTest, AnActionWithoutARowEndsAsABadParameter) {
         RunAction(id);
         EXPECT_EQ(RunToEnd(), Texts{"a -997"});
         EXPECT_EQ(log.Count(Vor::LevelError, "Unexpected action id " + std::to_string(id)), 1U);
-        EXPECT_FALSE(SlotIsTaken());
+        EXPECT_FALSE(SlotIsUsed());
     }
-    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
 }
 
 TEST_F(ControlProtocolOperationsTest, AFailingActionEndsWithTheGenericFailureWhateverItsStatus) {
@@ -210,7 +210,7 @@ TEST_F(ControlProtocolOperationsTest, AFailingActionEndsWithTheGenericFailureWha
     EXPECT_EQ(records[1].text, "Caught exception with status -999: no such job");
     EXPECT_EQ(records[2].text.rfind("Back trace of status -999", 0), 0U) << records[2].text;
     system.OnCall({});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(ControlProtocolOperationsTest, AnExceptionOfAnotherTypeGoesToTheMainLoopAndLeavesTheSlotTaken) {
@@ -218,14 +218,14 @@ TEST_F(ControlProtocolOperationsTest, AnExceptionOfAnotherTypeGoesToTheMainLoopA
     operations->StartScan("a");
     loop.RunReady();
     EXPECT_TRUE(log.Contains("Exception in a call of the main loop"));
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
     EXPECT_EQ(ends.Count(), 0U);
 }
 
 TEST_F(ControlProtocolOperationsTest, APostThatFailsReachesTheCallerAndLeavesTheSlotTaken) {
     faults.SetHere("AsyncRunner_Run", -31);
     EXPECT_TEXTLESS_FAILURE(operations->StartScan("a"), -31);
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
     EXPECT_EQ(loop.RunReady(), 0U);
 }
 
@@ -234,7 +234,7 @@ TEST_F(ControlProtocolOperationsTest, AnEndThatCannotBeQueuedIsTriedAgainAsAFail
     operations->StartScan("a");
     EXPECT_EQ(RunToEnd(), Texts{"a 0"});
     EXPECT_TRUE(log.Contains(Vor::LevelError, "Exception processing action id 0"));
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(ControlProtocolOperationsTest, AHandlerMayStartTheNextOperation) {
@@ -248,10 +248,10 @@ TEST_F(ControlProtocolOperationsTest, AHandlerMayStartTheNextOperation) {
     });
     operations->StartScan("b");
     EXPECT_TRUE(loop.Step());
-    EXPECT_EQ(ends.Take(), Texts{"first 1"});
+    EXPECT_EQ(ends.WaitFor(), Texts{"first 1"});
     ASSERT_TRUE(rejected.Wait());
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
-    EXPECT_EQ(system.TakeCalls(), (Texts{"Start", "Stop"}));
+    EXPECT_EQ(system.NewCalls(), (Texts{"Start", "Stop"}));
 }
 
 TEST_F(ControlProtocolOperationsTest, HandlersOfTheProtocolAreCalledInOrderAndOthersNot) {
@@ -273,7 +273,7 @@ TEST_F(ControlProtocolOperationsTest, AnEmptyHandlerIsNotAdded) {
 TEST_F(ControlProtocolOperationsTest, AnEndThatNobodyHandlesFreesTheSlot) {
     operations->StartScan("nobody");
     loop.RunReady();
-    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsTaken(); }));
+    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsUsed(); }));
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
 }
 
@@ -284,7 +284,7 @@ TEST_F(ControlProtocolOperationsTest, RemovingOneHandlerErasesAllOfItsProtocol) 
     EXPECT_FALSE(first.IsSet());
     operations->StartScan("b");
     loop.RunReady();
-    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsTaken(); }));
+    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsUsed(); }));
     EXPECT_EQ(ends.Count(), 0U);
 }
 
@@ -293,7 +293,7 @@ TEST_F(ControlProtocolOperationsTest, RemovingWithAnIdThatIsNotSetErasesTheProto
     operations->RemoveOpEndEventHandler("a", unset);
     operations->StartScan("a");
     loop.RunReady();
-    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsTaken(); }));
+    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsUsed(); }));
     EXPECT_EQ(ends.Count(), 0U);
 }
 
@@ -324,7 +324,7 @@ TEST_F(ControlProtocolOperationsTest, AHandlerMayBeAddedWhileAnotherRunsAndRemov
     });
     leave.Set();
     remover.join();
-    EXPECT_EQ(ends.Take(2), (Texts{"left", "removed"}));
+    EXPECT_EQ(ends.WaitFor(2), (Texts{"left", "removed"}));
 }
 
 TEST_F(ControlProtocolOperationsTest, AHandlerThatRemovesItsProtocolEndsTheWalkWithoutHarm) {
@@ -335,10 +335,10 @@ TEST_F(ControlProtocolOperationsTest, AHandlerThatRemovesItsProtocolEndsTheWalkW
     });
     operations->StartScan("b");
     EXPECT_EQ(RunToEnd(), Texts{"removed itself"});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     operations->StartScan("b");
     loop.RunReady();
-    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsTaken(); }));
+    EXPECT_TRUE(Tests::WaitUntil([&] { return !SlotIsUsed(); }));
     EXPECT_EQ(ends.Count(), 0U);
 }
 

@@ -16,12 +16,12 @@ protected:
     void Begin(const char* scannerId) {
         operations->Alignment("a", scannerId);
         loop.RunReady();
-        scanEngine.TakeCalls();
+        scanEngine.NewCalls();
     }
 
     Texts Complete(AlignCompletionStatus status = AlignCompletionStatus::Succeeded) {
         scanEngine.completed.Raise(status);
-        return ends.Take();
+        return ends.WaitFor();
     }
 
     /// From now on the calls with this text fail.
@@ -42,14 +42,14 @@ TEST_F(OperationsAlignmentTest, SubscribesBeforeItAlignsAndEndsWhenTheScannerSay
         }
     });
     operations->Alignment("a", "s1");
-    EXPECT_TRUE(scanEngine.TakeCalls().empty());
+    EXPECT_TRUE(scanEngine.NewCalls().empty());
     loop.RunReady();
-    EXPECT_EQ(scanEngine.TakeCalls(), (Texts{"AlignmentCompletedEvent s1", "Alignment s1"}));
+    EXPECT_EQ(scanEngine.NewCalls(), (Texts{"AlignmentCompletedEvent s1", "Alignment s1"}));
     EXPECT_EQ(subscribed, 1U);
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
     EXPECT_EQ(ends.Count(), 0U);
     EXPECT_EQ(Complete(), Texts{"a 1"});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
 }
 
@@ -58,7 +58,7 @@ TEST_F(OperationsAlignmentTest, AFailedAlignmentEndsWithTheGenericFailure) {
     EXPECT_EQ(Complete(AlignCompletionStatus::Failed), Texts{"a 0"});
     Begin("s1");
     EXPECT_EQ(Complete(static_cast<AlignCompletionStatus>(7)), Texts{"a 0"});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(OperationsAlignmentTest, TheSubscriptionEndsBeforeTheSlotIsFreedAndTheHandlersRun) {
@@ -71,8 +71,8 @@ TEST_F(OperationsAlignmentTest, TheSubscriptionEndsBeforeTheSlotIsFreedAndTheHan
         takenAtCleanUp = Tests::FailureOf([&] { operations->StartScan("b"); }).has_value();
     });
     scanEngine.completed.Raise(AlignCompletionStatus::Succeeded);
-    EXPECT_EQ(ends.Take(2), (Texts{"a 1", "last 1"}));
-    EXPECT_EQ(scanEngine.TakeCalls(), Texts{"AlignmentCompletedEvent s1"});
+    EXPECT_EQ(ends.WaitFor(2), (Texts{"a 1", "last 1"}));
+    EXPECT_EQ(scanEngine.NewCalls(), Texts{"AlignmentCompletedEvent s1"});
     EXPECT_TRUE(takenAtCleanUp);
     EXPECT_EQ(subscribed, 0U);
 }
@@ -81,9 +81,9 @@ TEST_F(OperationsAlignmentTest, AScannerThatIsNotThereEndsWithFailureAndFreesThe
     Fail("AlignmentCompletedEvent s1");
     operations->Alignment("a", "s1");
     EXPECT_EQ(RunToEnd(), Texts{"a 0"});
-    EXPECT_EQ(scanEngine.TakeCalls(), Texts{"AlignmentCompletedEvent s1"});
+    EXPECT_EQ(scanEngine.NewCalls(), Texts{"AlignmentCompletedEvent s1"});
     EXPECT_EQ(log.Count(Vor::LevelError, "Exception processing action id 2"), 1U);
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(OperationsAlignmentTest, AnAlignmentThatCannotBeginEndsWithFailureAndItsSubscription) {
@@ -92,7 +92,7 @@ TEST_F(OperationsAlignmentTest, AnAlignmentThatCannotBeginEndsWithFailureAndItsS
         operations->Alignment("a", scanner.c_str());
         EXPECT_EQ(RunToEnd(), Texts{"a 0"});
         EXPECT_EQ(scanEngine.completed.Count(), 0U);
-        EXPECT_FALSE(SlotIsTaken());
+        EXPECT_FALSE(SlotIsUsed());
     }
 }
 
@@ -108,20 +108,20 @@ TEST_F(OperationsAlignmentTest, AFailureWhileCleaningUpAfterAFailureStillFreesTh
     EXPECT_EQ(RunToEnd(), Texts{"a 0"});
     EXPECT_TRUE(log.Contains("Caught exception with status -999: gone at Alignment s1"));
     EXPECT_TRUE(log.Contains("Caught exception with status -999: gone at AlignmentCompletedEvent s1"));
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     // The registration couldn't be removed, but its event is ignored.
     operations->StopScan("b");
     scanEngine.completed.Raise(AlignCompletionStatus::Succeeded);
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
 }
 
 TEST_F(OperationsAlignmentTest, AnAlignmentThatNeverCompletesHoldsTheSlotUntilTheObjectGoes) {
     Begin("s1");
     loop.Advance(std::chrono::hours(24));
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
     operations.reset();
     Make();
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(OperationsAlignmentTest, TwoAlignmentsOfTheDefaultScannerEndOnceEach) {
@@ -129,7 +129,7 @@ TEST_F(OperationsAlignmentTest, TwoAlignmentsOfTheDefaultScannerEndOnceEach) {
         Begin("");
         EXPECT_EQ(scanEngine.completed.Count(), 1U);
         EXPECT_EQ(Complete(), Texts{"a 1"});
-        EXPECT_FALSE(SlotIsTaken());
+        EXPECT_FALSE(SlotIsUsed());
         EXPECT_EQ(ends.Count(), 0U);
     }
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
@@ -140,7 +140,7 @@ TEST_F(OperationsAlignmentTest, AnAlignmentThatSomeoneElseStartedEndsNobodysOper
     EXPECT_EQ(Complete(), Texts{"a 1"});
     operations->StopScan("b");
     scanEngine.completed.Raise(AlignCompletionStatus::Succeeded);
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
     EXPECT_EQ(ends.Count(), 0U);
 }
 
@@ -149,8 +149,8 @@ TEST_F(OperationsAlignmentTest, ASecondCompletionIsIgnored) {
         Begin(scanner);
         scanEngine.completed.Raise(AlignCompletionStatus::Failed);
         scanEngine.completed.Raise(AlignCompletionStatus::Succeeded);
-        EXPECT_EQ(ends.Take(), Texts{"a 0"});
-        EXPECT_FALSE(SlotIsTaken());
+        EXPECT_EQ(ends.WaitFor(), Texts{"a 0"});
+        EXPECT_FALSE(SlotIsUsed());
         EXPECT_EQ(ends.Count(), 0U);
     }
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
@@ -162,7 +162,7 @@ TEST_F(OperationsAlignmentTest, ACompletionAfterTheAlignmentFailedIsIgnored) {
     EXPECT_EQ(RunToEnd(), Texts{"a 0"});
     operations->StopScan("b");
     scanEngine.completed.Raise(AlignCompletionStatus::Succeeded);
-    EXPECT_TRUE(SlotIsTaken());
+    EXPECT_TRUE(SlotIsUsed());
     EXPECT_EQ(ends.Count(), 0U);
 }
 
@@ -172,7 +172,7 @@ TEST_F(OperationsAlignmentTest, AScannerThatIsGoneAtTheEndStillFreesTheSlot) {
     EXPECT_EQ(Complete(), Texts{"a 1"});
     EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
     EXPECT_EQ(log.Count(Vor::LevelError, "Caught exception with status -999: no scanner"), 1U);
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(OperationsAlignmentTest, TheEndOfAnotherOperationLeavesARegistrationAlone) {
@@ -180,9 +180,9 @@ TEST_F(OperationsAlignmentTest, TheEndOfAnotherOperationLeavesARegistrationAlone
     EXPECT_EQ(Complete(), Texts{"a 1"});
     operations->StartScan("a");
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     EXPECT_EQ(scanEngine.completed.Count(), 1U);
-    EXPECT_TRUE(scanEngine.TakeCalls().empty());
+    EXPECT_TRUE(scanEngine.NewCalls().empty());
 }
 
 TEST_F(OperationsAlignmentTest, AFormerScannerThatIsGoneDoesNotKeepTheNextAlignmentFromBeginning) {
@@ -191,10 +191,9 @@ TEST_F(OperationsAlignmentTest, AFormerScannerThatIsGoneDoesNotKeepTheNextAlignm
     Fail("AlignmentCompletedEvent ");
     operations->Alignment("a", "s2");
     loop.RunReady();
-    EXPECT_EQ(scanEngine.TakeCalls(),
-              (Texts{"AlignmentCompletedEvent s2", "AlignmentCompletedEvent ", "Alignment s2"}));
+    EXPECT_EQ(scanEngine.NewCalls(), (Texts{"AlignmentCompletedEvent s2", "AlignmentCompletedEvent ", "Alignment s2"}));
     EXPECT_EQ(Complete(), Texts{"a 1"});
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(OperationsAlignmentTest, AnAlignmentMayCompleteBeforeItsCallReturns) {
@@ -206,7 +205,7 @@ TEST_F(OperationsAlignmentTest, AnAlignmentMayCompleteBeforeItsCallReturns) {
     for (const char* scanner : {"s1", ""}) {
         operations->Alignment("a", scanner);
         EXPECT_EQ(RunToEnd(), Texts{"a 1"});
-        EXPECT_FALSE(SlotIsTaken());
+        EXPECT_FALSE(SlotIsUsed());
     }
 }
 
@@ -223,7 +222,7 @@ TEST_F(OperationsAlignmentTest, AHandlerMayAlignAgain) {
         loop.RunReady();
         EXPECT_EQ(Complete(), Texts{"b 1"});
     }
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     EXPECT_EQ(scanEngine.completed.Count(), 0U);
 }
 
@@ -262,7 +261,7 @@ TEST_F(OperationsAlignmentTest, CompletionsOnAnotherThreadMayRaceWithTheEndAndWi
             operations->Alignment("a", "s1");
             loop.RunReady();
             operations.reset();
-            ends.Take(0);
+            ends.WaitFor(0);
             Make();
         }
     }

@@ -40,7 +40,7 @@ TEST_F(OperationsDispatcherTest, AThrowingHandlerIsLoggedAndTheNextOperationEnds
     loop.RunReady();
     ASSERT_TRUE(log.WaitFor("Caught exception with status -977: no room"));
     EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
     EXPECT_EQ(ends.Count(), 0U);
 }
 
@@ -58,7 +58,7 @@ TEST_F(OperationsDispatcherTest, WhateverAHandlerThrowsTheThreadGoesOn) {
     operations->StartScan("b");
     loop.RunReady();
     ASSERT_TRUE(Tests::WaitUntil([&] { return log.Count(Vor::LevelError, "EXCEPTION THROWN: ") == 2; }));
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(OperationsDispatcherTest, AnEndWithTheSlotFreeIsHandledAndThenLoggedAsAWrongState) {
@@ -73,7 +73,7 @@ TEST_F(OperationsDispatcherTest, AnEndWithTheSlotFreeIsHandledAndThenLoggedAsAWr
     EXPECT_EQ(RunToEnd(2), (Texts{"a 1", "a 0"}));
     ASSERT_TRUE(log.WaitFor("Caught exception with status -1000: (no text)"));
     EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
-    EXPECT_FALSE(SlotIsTaken());
+    EXPECT_FALSE(SlotIsUsed());
 }
 
 TEST_F(OperationsDispatcherTest, HasOneNamedThreadFromItsConstructionToItsEnd) {
@@ -102,7 +102,7 @@ TEST_F(OperationsDispatcherTest, AnActionThatHasNotBegunNeverDoes) {
     operations->StartScan("a");
     operations.reset();
     loop.RunReady();
-    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
     EXPECT_EQ(ends.Count(), 0U);
 }
 
@@ -206,7 +206,7 @@ TEST(OperationsUnderLoadTest, ManyProtocolsRaceForTheSlotAndEachThatGetsItIsTold
     EXPECT_EQ(ended, started);
     EXPECT_FALSE(overlapped);
     operations.reset();
-    EXPECT_EQ(system.TakeCalls().size(), static_cast<std::size_t>(started));
+    EXPECT_EQ(system.NewCalls().size(), static_cast<std::size_t>(started));
 }
 
 } // namespace

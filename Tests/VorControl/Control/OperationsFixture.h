@@ -42,7 +42,7 @@ public:
     }
 
     /// The ends since the last call, once there are that many; fewer after the time-out.
-    Texts Take(std::size_t count = 1) {
+    Texts WaitFor(std::size_t count = 1) {
         std::unique_lock guard(mutex);
         changed.wait_for(guard, std::chrono::seconds(20), [&] { return ends.size() >= count; });
         return std::exchange(ends, {});
@@ -84,10 +84,10 @@ protected:
     /// Runs what was posted, and returns the ends that were reported.
     Texts RunToEnd(std::size_t count = 1) {
         loop.RunReady();
-        return ends.Take(count);
+        return ends.WaitFor(count);
     }
 
-    bool SlotIsTaken() {
+    bool SlotIsUsed() {
         const auto failure = FailureOf([&] { operations->RunSynchronousOp("probe", ActionId::EndAtOnce, {}); });
         if (failure) {
             EXPECT_EQ(failure->status, yERROR_BUSY);

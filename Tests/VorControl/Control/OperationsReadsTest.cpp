@@ -54,8 +54,8 @@ protected:
         const Vor::Object job = Vor::Object::Adopt(operations->LiveJob(Timeout));
         EXPECT_EQ(job.Get(), system.liveJob.Get());
         EXPECT_EQ(yObject_ShareCount(job.Get()), 2);
-        EXPECT_EQ(system.TakeCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other",
-                                             "DataSourceProperties profile/max", "LiveJob"}));
+        EXPECT_EQ(system.NewCalls(), (Texts{"LocalNodeDateTime", "LocalNodeNtpHost", "LocalNodeSyncTime other",
+                                            "DataSourceProperties profile/max", "LiveJob"}));
     }
 
     /// Each read returns the value for no answer.
@@ -153,7 +153,7 @@ TEST_F(OperationsReadsTest, WhileTheMainLoopIsBlockedNoSubscriptionIsMade) {
     std::thread([&] { operations->AddDataSourceEventHandler(handlers, ids, Timeout); }).join();
     EXPECT_FALSE(ids.created.IsSet() || ids.deleted.IsSet() || ids.updated.IsSet());
     EXPECT_EQ(loop.RunReady(), 0U);
-    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
     EXPECT_TRUE(log.Records().empty());
 }
 
@@ -165,7 +165,7 @@ TEST_F(OperationsReadsTest, WithoutAnAnswerInTimeAReadGivesItsDefaultAndNeverRun
                       std::this_thread::yield();
                   });
     loop.RunReady();
-    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
     EXPECT_TRUE(log.Records().empty());
 }
 
@@ -175,7 +175,7 @@ TEST_F(OperationsReadsTest, ATimeOutOfZeroDoesNotWait) {
         EXPECT_EQ(operations->LiveJob(0), nullptr);
     }).join();
     loop.RunReady();
-    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
 }
 
 TEST_F(OperationsReadsTest, ATimeOutDoesNotEndBeforeItsTime) {
@@ -225,7 +225,7 @@ TEST_F(OperationsReadsTest, WhatAReadThrowsIsThrown) {
 TEST_F(OperationsReadsTest, AWaitThatFailsOtherwiseThanByItsTimeIsThrown) {
     faults.Set("AsyncRunner_RunAndWait", -31);
     std::thread([&] { EXPECT_TEXTLESS_FAILURE(operations->LocalNodeDateTime(Timeout), -31); }).join();
-    EXPECT_TRUE(system.TakeCalls().empty());
+    EXPECT_TRUE(system.NewCalls().empty());
 }
 
 TEST_F(OperationsReadsTest, TheNameMayBeThatOfTheRecordToBeFilled) {

@@ -113,20 +113,20 @@ TEST_F(ProtocolCommandsTest, NoCommandSucceedsAtOnce) {
     EXPECT_EQ(service.Ends(), (Ends{{yOK, 2, false}}));
     EXPECT_EQ(service.GetCommandStatus(), 2);
     EXPECT_TRUE(log.Contains(Vor::LevelInfo, "NO COMMAND received. No processing done."));
-    EXPECT_TRUE(environ.system.TakeCalls().empty());
+    EXPECT_TRUE(environ.system.NewCalls().empty());
 }
 
 TEST_F(ProtocolCommandsTest, AStartStartsTheScan) {
     Run(Command(1));
     EXPECT_EQ(service.Ends(), (Ends{{yOK, 2, false}}));
-    EXPECT_EQ(environ.system.TakeCalls(), std::vector<std::string>{"Start"});
+    EXPECT_EQ(environ.system.NewCalls(), std::vector<std::string>{"Start"});
     EXPECT_TRUE(log.Contains(Vor::LevelInfo, "Processing START command"));
 }
 
 TEST_F(ProtocolCommandsTest, AStopStopsTheScan) {
     Run(Command(2));
     EXPECT_EQ(service.Ends(), (Ends{{yOK, 2, false}}));
-    EXPECT_EQ(environ.system.TakeCalls(), std::vector<std::string>{"Stop"});
+    EXPECT_EQ(environ.system.NewCalls(), std::vector<std::string>{"Stop"});
     EXPECT_TRUE(log.Contains(Vor::LevelInfo, "Processing STOP command"));
 }
 
@@ -149,21 +149,21 @@ TEST_F(ProtocolCommandsTest, AnAlignEndsWhenTheScannerSaysSo) {
 
 TEST_F(ProtocolCommandsTest, AClearAlignClearsTheAlignmentOfTheScanner) {
     Run(Command(4, "scanner 1"));
-    EXPECT_EQ(environ.scanEngine.TakeCalls(), std::vector<std::string>{"ClearAlignment scanner 1"});
+    EXPECT_EQ(environ.scanEngine.NewCalls(), std::vector<std::string>{"ClearAlignment scanner 1"});
     EXPECT_EQ(service.GetCommandStatus(), 2);
     EXPECT_TRUE(log.Contains(Vor::LevelInfo, "Processing CLEAR ALIGN command"));
 }
 
 TEST_F(ProtocolCommandsTest, ALoadJobLoadsTheJob) {
     Run(Command(5, "shelf"));
-    EXPECT_EQ(environ.system.TakeCalls(), std::vector<std::string>{"LoadJob shelf"});
+    EXPECT_EQ(environ.system.NewCalls(), std::vector<std::string>{"LoadJob shelf"});
     EXPECT_EQ(service.GetCommandStatus(), 2);
     EXPECT_TRUE(log.Contains(Vor::LevelInfo, "Processing LOAD JOB command"));
 }
 
 TEST_F(ProtocolCommandsTest, ASoftwareTriggerTriggersTheScanner) {
     Run(Command(6, ""));
-    EXPECT_EQ(environ.scanEngine.TakeCalls(), std::vector<std::string>{"SoftwareTrigger "});
+    EXPECT_EQ(environ.scanEngine.NewCalls(), std::vector<std::string>{"SoftwareTrigger "});
     EXPECT_EQ(service.GetCommandStatus(), 2);
     EXPECT_TRUE(log.Contains(Vor::LevelInfo, "Processing SOFTWARE TRIGGER command"));
 }
@@ -211,7 +211,7 @@ TEST_F(ProtocolCommandsTest, WhatIsNoCommandFailsAtOnce) {
         EXPECT_EQ(log.Count(Vor::LevelError, "Command Id " + std::to_string(id) + " is an invalid command"), 1U);
     }
     EXPECT_EQ(service.GetCommandStatus(), 3);
-    EXPECT_TRUE(environ.system.TakeCalls().empty());
+    EXPECT_TRUE(environ.system.NewCalls().empty());
 }
 
 TEST_F(ProtocolCommandsTest, AnOperationThatFailsOnTheMainLoopEndsInCommandStatus3) {
@@ -280,7 +280,7 @@ TEST_F(ProtocolCommandsTest, ASecondCommandOfTheServiceFailsAndHidesTheFirstUnti
     release.Set();
     ASSERT_TRUE(firstEnded.Wait());
     EXPECT_EQ(service.Ends(), (Ends{{0, 3, false}, {yOK, 2, false}}));
-    EXPECT_EQ(environ.system.TakeCalls(), std::vector<std::string>{"Start"});
+    EXPECT_EQ(environ.system.NewCalls(), std::vector<std::string>{"Start"});
 }
 
 TEST_F(ProtocolCommandsTest, TheNextCommandMayBeGivenAtTheEndOfTheFormer) {
@@ -295,7 +295,7 @@ TEST_F(ProtocolCommandsTest, TheNextCommandMayBeGivenAtTheEndOfTheFormer) {
     service.ProcessReceivedCommonCommands(Command(1));
     ASSERT_TRUE(secondEnded.Wait());
     EXPECT_EQ(service.Ends(), (Ends{{yOK, 2, false}, {yOK, 2, false}}));
-    EXPECT_EQ(environ.system.TakeCalls(), (std::vector<std::string>{"Start", "Stop"}));
+    EXPECT_EQ(environ.system.NewCalls(), (std::vector<std::string>{"Start", "Stop"}));
 }
 
 TEST_F(ProtocolCommandsTest, AnEndThatThrowsAStandardExceptionIsToldAgainAsAFailure) {
@@ -319,7 +319,7 @@ TEST_F(ProtocolCommandsTest, AnExceptionOfAnotherTypePassesOn) {
 TEST_F(ProtocolCommandsTest, ATextThatFillsTheArgumentsWithoutAnEndIsTakenWhole) {
     const std::string name(492, 'n');
     Run(Command(5, name));
-    EXPECT_EQ(environ.system.TakeCalls(), std::vector<std::string>{"LoadJob " + name});
+    EXPECT_EQ(environ.system.NewCalls(), std::vector<std::string>{"LoadJob " + name});
     EXPECT_TRUE(CommandService::IsDuplicateCommand(Command(5, name), Command(5, name)));
     EXPECT_FALSE(CommandService::IsDuplicateCommand(Command(5, name), Command(5, name.substr(1))));
     EXPECT_FALSE(CommandService::IsDuplicateCommand(Command(5, name.substr(1)), Command(5, name)));
@@ -386,5 +386,5 @@ TEST_F(ProtocolCommandsTest, ServicesMayGoAtAnyTimeOfTheirCommands) {
         CommandService going(environ.Record("going " + std::to_string(i), "Going"));
         going.ProcessReceivedCommonCommands(Command(1));
     }
-    EXPECT_FALSE(environ.system.TakeCalls().empty());
+    EXPECT_FALSE(environ.system.NewCalls().empty());
 }
