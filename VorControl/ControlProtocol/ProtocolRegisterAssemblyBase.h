@@ -110,7 +110,7 @@ private:
     Blocks addedBlocks;
     RegisterBlockIndex blockIndex{addedBlocks};
     mutable std::atomic<bool> lockHeld{false};
-    /// Reentrant; guards the types, the blocks and the attributes. Entered after the lock of a group and, while blocks
+    /// Reentrant; guards the types, the blocks and the attributes. Ranks before the lock of a group and, while blocks
     /// are copied, before the lock of the other assembly.
     Vor::Handle<yLock, yLock_Destroy> lock;
     RegisterAssemblyAttributes attributes;
