@@ -3,10 +3,13 @@
 
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
+#include "Services/Common/ServiceCounters.h"
+#include "Services/Common/TcpServer.h"
 #include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
-#include "Services/Modbus/ModbusServer.h"
 #include "Services/Modbus/RegisterImage.h"
+#include "Services/Modbus/RequestHandler.h"
+#include "Services/Modbus/Session.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -198,14 +201,16 @@ private:
 class OwnServer {
 public:
     OwnServer()
-        : server(std::make_unique<ModbusServer>(map, counters,
-                                                ServerSettings{.tcp = {.idleTimeOut = std::chrono::hours(1)}})) {}
-    std::uint16_t Port() const { return server->Port(); }
+        : handler(map, counters, 0)
+        , server("ModbusNet", counters, {.idleTimeOut = std::chrono::hours(1)},
+                 {.makeSession = [this](bool mayWrite) { return std::make_unique<Session>(handler, mayWrite); }}) {}
+    std::uint16_t Port() const { return server.Port(); }
 
 private:
     ImageMap map;
-    ServerCounters counters;
-    std::unique_ptr<ModbusServer> server;
+    Services::Common::ServiceCounters counters;
+    RequestHandler handler;
+    Services::Common::TcpServer server;
 };
 
 /// One client that stops in the middle of a request, one whose requests come byte by byte, one that never reads.

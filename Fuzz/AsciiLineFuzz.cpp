@@ -44,7 +44,7 @@ std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::s
                      {.id = "height", .dataSource = "a"},
                      {.id = "my height", .dataSource = "b"}});
     Sensor sensor;
-    ServerCounters counters;
+    Services::Common::ServiceCounters counters;
     RequestHandler handler(outputs, sensor, counters, format);
     const auto session = std::make_unique<AsciiSession>(handler, true);
     std::string answers;

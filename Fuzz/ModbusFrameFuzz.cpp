@@ -83,7 +83,7 @@ struct Outcome {
 
 Outcome Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t maxSentSize, bool mayWrite) {
     Registers registers;
-    ServerCounters counters;
+    Services::Common::ServiceCounters counters;
     RequestHandler handler(registers, counters, 0);
     Session session(handler, mayWrite);
     Outcome outcome;

@@ -96,24 +96,26 @@ void AsciiParams::Reset() {
     ResetLimits(DefaultIdleTimeout);
 }
 
-AsciiSettings AsciiParams::Settings() {
-    CheckLimits();
-    AsciiSettings settings;
-    settings.tcp = TcpSettings();
-    settings.format = {.delimiter = delimiter.Get(),
-                       .terminator = terminator.Get(),
-                       .decimalSeparator = decimalSeparator.Get() == DecimalSeparator::Comma ? ',' : '.',
-                       .notation = numberFormat.Get(),
-                       .decimals = decimals.Get(),
-                       .invalidText = invalidText.Get()};
-    if (settings.format.delimiter.find(settings.format.decimalSeparator) != std::string::npos) {
-        Vor::Throw(yERROR_PARAMETER, "the delimiter \"%s\" has the decimal separator in it", settings.format.delimiter);
+Common::TcpServerSettings AsciiParams::Settings() {
+    Common::TcpServerSettings settings = TcpServerParams::Settings();
+    const LineFormat format = Format();
+    if (format.delimiter.find(format.decimalSeparator) != std::string::npos) {
+        Vor::Throw(yERROR_PARAMETER, "the delimiter \"%s\" has the decimal separator in it", format.delimiter);
     }
-    if (settings.format.invalidText.find(settings.format.delimiter) != std::string::npos) {
+    if (format.invalidText.find(format.delimiter) != std::string::npos) {
         Vor::Throw(yERROR_PARAMETER, "the text of an invalid value, \"%s\", has the delimiter in it",
-                   settings.format.invalidText);
+                   format.invalidText);
     }
     return settings;
+}
+
+LineFormat AsciiParams::Format() const {
+    return {.delimiter = delimiter.Get(),
+            .terminator = terminator.Get(),
+            .decimalSeparator = decimalSeparator.Get() == DecimalSeparator::Comma ? ',' : '.',
+            .notation = numberFormat.Get(),
+            .decimals = decimals.Get(),
+            .invalidText = invalidText.Get()};
 }
 
 } // namespace Services::Ascii

@@ -12,22 +12,13 @@ namespace Services::Ascii {
 
 enum class DecimalSeparator : std::int32_t { Point = 0, Comma = 1 };
 
-/// The parameters as the server uses them.
-struct AsciiSettings {
-    Common::TcpServerSettings tcp;
-    LineFormat format;
-};
-
 class AsciiParams : public Common::TcpServerParams {
 public:
     AsciiParams();
 
-    /// Sets every value to its default.
-    void Reset();
-
-    /// Throws yERROR_PARAMETER with a text for the user when a value is outside its limits, or when two values don't go
-    /// together.
-    AsciiSettings Settings();
+    void Reset() override;
+    Common::TcpServerSettings Settings() override;
+    LineFormat Format() const;
 
     SymbolParam delimiter;
     SymbolParam terminator;

@@ -6,8 +6,8 @@ namespace Services::Ascii {
 
 using Common::Translate;
 
-AsciiProperties::AsciiProperties() {
-    RegisterCounter("errors", errors, Translate("Errors"));
+AsciiProperties::AsciiProperties()
+    : TcpServerProperties("errors", Translate("Errors")) {
     RegisterCounter("dropped", dropped, Translate("Dropped Frames"));
 }
 

@@ -9,8 +9,6 @@ class AsciiProperties : public Common::TcpServerProperties {
 public:
     AsciiProperties();
 
-    /// Answers with ERROR, since the service was started.
-    Vor::Params::Value<unsigned long long> errors;
     /// Lines of frames that were dropped because their clients read too slowly.
     Vor::Params::Value<unsigned long long> dropped;
 };

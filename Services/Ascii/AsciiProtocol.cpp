@@ -1,5 +1,6 @@
 #include "Services/Ascii/AsciiProtocol.h"
 
+#include "Services/Ascii/AsciiSession.h"
 #include "Vor/Exception.h"
 #include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
@@ -11,7 +12,6 @@
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
-#include <set>
 #include <thread>
 
 namespace Services::Ascii {
@@ -74,124 +74,39 @@ constexpr DefaultName DefaultNames[] = {
 } // namespace
 
 AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
-    : ProtocolBase(environ)
+    : TcpService(environ)
     , params(std::make_shared<AsciiParams>())
     , assembly(MakeAssembly())
-    , assemblies(std::make_shared<ProtocolRegisterAssemblyGroup>())
     , map(std::make_shared<TextIdStandardProtocolOutputMap>(MaxNames))
-    , provider(std::make_shared<VorControl::Providers::ControlPersistenceProvider>(*this)) {
-    assemblies->Add(assembly);
-    Init({.nonPersistentProperties = &properties,
-          .params = params.get(),
-          .outputs = map.get(),
-          .outputsCommandTarget = &map->CommandTarget(),
-          .registerAssemblyGroup = assemblies.get()});
-    ResetAssembly();
-    ResetMap();
-    provider->RegisterParams(PersistDomain::Job);
-    provider->RegisterOutputsMap(PersistDomain::Job);
-    provider->RegisterRegisterAssemblyGroup(PersistDomain::Job);
+    , handler(outputs, *this, Counters(), LineFormat()) {
+    Init({.assemblies = {assembly}, .outputs = map},
+         {.threadName = "AsciiNet", .params = params, .properties = properties, .wakeup = &wakeup});
+    AsciiProtocol::ResetAssemblies();
+    AsciiProtocol::ResetOutputs();
 }
 
 AsciiProtocol::~AsciiProtocol() {
-    server.reset();
+    CloseServer();
     Vor::CleanUp([this] { StopOperationEndEvents(); });
 }
 
-void AsciiProtocol::Start() {
-    UpdateProtocolStatus(ProtocolStatus::Starting);
-    try {
-        Close();
-        Open();
-    } catch (const std::exception& e) {
-        server.reset();
-        SetProperties("", e.what());
-        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
-    }
-    UpdateProtocolStatus(ProtocolStatus::Running);
+std::unique_ptr<Common::ITcpSession> AsciiProtocol::MakeSession(bool mayWrite) {
+    return std::make_unique<AsciiSession>(handler, mayWrite);
 }
 
-void AsciiProtocol::Stop() {
-    UpdateProtocolStatus(ProtocolStatus::Stopping);
-    try {
-        Close();
-    } catch (const std::exception& e) {
-        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStop);
-    }
-    UpdateProtocolStatus(ProtocolStatus::Stopped);
+void AsciiProtocol::UpdateSessions() {
+    handler.SetFormat(params->Format());
 }
 
-void AsciiProtocol::Open() {
-    const AsciiSettings settings = params->Settings();
-    outputs.SetFormat(settings.format);
-    PublishOutputs();
-    counters.Reset();
-    ISensor& sensor = *this;
-    server = std::make_unique<AsciiServer>(outputs, sensor, counters, wakeup, settings);
-    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
-    GetControlHost().SetScanResultsFiltering(Id(), true);
-    SetForwardScanResultsToProtocol(true);
-    SetProperties(server->Url(), "");
-    SetIsRunning(true);
+void AsciiProtocol::ParamsApplied() {
+    outputs.SetFormat(params->Format());
 }
 
-void AsciiProtocol::Close() {
-    if (!IsRunning()) {
-        return;
-    }
-    SetIsRunning(false);
-    server.reset();
+void AsciiProtocol::Stopped() {
     outputs.Reset();
-    SetProperties("", "");
-    SetForwardScanResultsToProtocol(false);
 }
 
-void AsciiProtocol::SetProperties(const std::string& address, const std::string& failure) {
-    const PropertiesLock lock(*this);
-    properties.address = address;
-    properties.failure = failure;
-}
-
-void AsciiProtocol::ParamsReset() {
-    params->Reset();
-}
-
-void AsciiProtocol::ParamsUpdate() {
-    if (!IsRunning()) {
-        return;
-    }
-    const AsciiSettings settings = params->Settings();
-    try {
-        server->Update(settings);
-    } catch (const std::exception& e) {
-        if (server->IsListening()) {
-            SetProperties(server->Url(), e.what());
-            throw;
-        }
-        Close();
-        SetProperties("", e.what());
-        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
-    }
-    outputs.SetFormat(settings.format);
-    SetProperties(server->Url(), "");
-}
-
-void AsciiProtocol::OutputsUpdate() {
-    PublishOutputs();
-    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
-}
-
-void AsciiProtocol::ConfigureDefaultRegisterAssembly() {
-    ResetAssembly();
-    PublishOutputsLater();
-    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
-}
-
-void AsciiProtocol::RegisterAssemblyUpdate(const char*) {
-    PublishOutputs();
-}
-
-void AsciiProtocol::ResetAssembly() {
+void AsciiProtocol::ResetAssemblies() {
     assembly->ResetRegisterAssembly();
     AddBlockParams request;
     request.blocks.Resize(std::size(DefaultBlocks));
@@ -205,7 +120,7 @@ void AsciiProtocol::ResetAssembly() {
     assembly->Add(request);
 }
 
-void AsciiProtocol::ResetMap() {
+void AsciiProtocol::ResetOutputs() {
     map->Clear();
     for (const DefaultName& name : DefaultNames) {
         TextIdStandardOutputItemArgs item;
@@ -220,7 +135,7 @@ void AsciiProtocol::PublishOutputs() {
     outputs.Replace(Definitions());
 }
 
-void AsciiProtocol::PublishOutputsLater() {
+void AsciiProtocol::MapChanged() {
     if (!IsRunning()) {
         PublishOutputs();
         return;
@@ -252,27 +167,8 @@ std::vector<OutputDefinition> AsciiProtocol::Definitions() const {
     return definitions;
 }
 
-std::vector<std::string> AsciiProtocol::DataSourceList() const {
-    std::vector<std::string> sources = assemblies->DataSourceList();
-    const std::set<std::string> known(sources.begin(), sources.end());
-    for (std::string& source : map->DataSourceList()) {
-        if (!known.contains(source)) {
-            sources.push_back(std::move(source));
-        }
-    }
-    return sources;
-}
-
-std::vector<std::string> AsciiProtocol::DataSourceList(PersistDomain domain) {
-    return domain == PersistDomain::Job ? DataSourceList() : std::vector<std::string>();
-}
-
 void AsciiProtocol::NonPersistentPropertiesBeginLock() {
-    ProtocolBase::NonPersistentPropertiesBeginLock();
-    properties.connected = counters.connected.load(std::memory_order_relaxed);
-    properties.refused = counters.refused.load(std::memory_order_relaxed);
-    properties.requests = counters.requests.load(std::memory_order_relaxed);
-    properties.errors = counters.errors.load(std::memory_order_relaxed);
+    TcpService::NonPersistentPropertiesBeginLock();
     properties.dropped = outputs.Dropped();
 }
 

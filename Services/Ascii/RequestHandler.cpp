@@ -147,7 +147,7 @@ void RequestHandler::EndPush(ClientState& client) {
 }
 
 void RequestHandler::AnswerError(std::string& answer, int status, std::string_view text) {
-    counters.errors.fetch_add(1, std::memory_order_relaxed);
+    counters.failed.fetch_add(1, std::memory_order_relaxed);
     answer += "ERROR";
     answer += format.delimiter;
     answer += std::to_string(status);

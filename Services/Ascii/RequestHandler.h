@@ -5,7 +5,7 @@
 #include "Services/Ascii/LineReader.h"
 #include "Services/Ascii/Outputs.h"
 #include "Services/Ascii/Request.h"
-#include "Services/Ascii/ServerCounters.h"
+#include "Services/Common/ServiceCounters.h"
 #include "VorControl/ControlProtocol/ControlRegisterTypes.h"
 
 #include <memory>
@@ -32,7 +32,7 @@ public:
     static constexpr std::size_t MaxUserDataSize = sizeof(VorControl::ControlProtocol::DefaultUserDataInputData);
 
     /// All but `format` must outlive the handler.
-    RequestHandler(Outputs& outputs, ISensor& sensor, ServerCounters& counters, LineFormat format)
+    RequestHandler(Outputs& outputs, ISensor& sensor, Common::ServiceCounters& counters, LineFormat format)
         : outputs(outputs)
         , sensor(sensor)
         , counters(counters)
@@ -95,7 +95,7 @@ private:
 
     Outputs& outputs;
     ISensor& sensor;
-    ServerCounters& counters;
+    Common::ServiceCounters& counters;
     LineFormat format;
 };
 

@@ -54,15 +54,12 @@ void TcpServerParams::ResetLimits(unsigned int defaultIdleTimeout) {
     writeNetworks = {"127.0.0.0/8", "::1/128"};
 }
 
-void TcpServerParams::CheckLimits() {
+TcpServerSettings TcpServerParams::Settings() {
     std::vector<std::string> errors;
     CheckValidationAndCollect(errors, 0);
     if (!errors.empty()) {
         Vor::Throw(yERROR_PARAMETER, "%s", errors.front());
     }
-}
-
-TcpServerSettings TcpServerParams::TcpSettings() const {
     return {.address = address.Get(),
             .port = port.Get(),
             .maxConnections = maxConnections.Get(),

@@ -12,6 +12,13 @@ namespace Services::Common {
 /// The parameters of a service that has a TcpServer.
 class TcpServerParams : public Vor::Params::Group {
 public:
+    /// Sets every value to its default.
+    virtual void Reset() = 0;
+
+    /// The values for the server. Throws yERROR_PARAMETER with a text for the user when a value of the whole group is
+    /// outside its limits, when an entry isn't a network, or when values don't go together.
+    virtual TcpServerSettings Settings();
+
     Vor::Params::Value<std::string> address;
     Vor::Params::Value<unsigned short> port;
     Vor::Params::Value<unsigned int> maxConnections;
@@ -30,11 +37,6 @@ protected:
     /// Put the values back to their defaults.
     void ResetPlace(unsigned short defaultPort);
     void ResetLimits(unsigned int defaultIdleTimeout);
-
-    /// Throws yERROR_PARAMETER with the text of the first value of the whole group that is outside its limits.
-    void CheckLimits();
-    /// Throws yERROR_PARAMETER with a text that names the entry that isn't a network.
-    TcpServerSettings TcpSettings() const;
 
     static void Describe(Vor::Params::ParamsBase& parameter, const char* description);
 };

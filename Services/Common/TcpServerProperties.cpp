@@ -4,7 +4,7 @@
 
 namespace Services::Common {
 
-TcpServerProperties::TcpServerProperties() {
+TcpServerProperties::TcpServerProperties(const char* failedName, const char* failedTitle) {
     Register("address", address, Translate("Address"), 100);
     Register("failure", failure, Translate("Failure"), 100);
     for (Vor::Params::Value<std::string>* text : {&address, &failure}) {
@@ -14,6 +14,7 @@ TcpServerProperties::TcpServerProperties() {
     RegisterCounter("connected", connected, Translate("Connected Clients"));
     RegisterCounter("refused", refused, Translate("Refused Clients"));
     RegisterCounter("requests", requests, Translate("Requests"));
+    RegisterCounter(failedName, failed, failedTitle);
 }
 
 void TcpServerProperties::RegisterCounter(const char* name, Vor::Params::Value<unsigned long long>& counter,

@@ -10,16 +10,18 @@ namespace Services::Common {
 /// The properties of a TCP service: its status, where clients connect, why it can't serve them, and counters.
 class TcpServerProperties : public VorControl::ControlProtocol::NonPersistentProperties {
 public:
-    TcpServerProperties();
+    /// `failedName` and `failedTitle` name the counter of requests that were answered with an error.
+    TcpServerProperties(const char* failedName, const char* failedTitle);
 
     /// Such as "tcp://127.0.0.1:502", with the port that is used; empty while the service doesn't listen.
     Vor::Params::Value<std::string> address;
     /// Why the service couldn't listen as its parameters say; empty when it could.
     Vor::Params::Value<std::string> failure;
-    /// See TcpCounters; since the service was started.
+    /// See ServiceCounters.
     Vor::Params::Value<unsigned long long> connected;
     Vor::Params::Value<unsigned long long> refused;
     Vor::Params::Value<unsigned long long> requests;
+    Vor::Params::Value<unsigned long long> failed;
 
 protected:
     /// `title` is translated.

@@ -38,9 +38,4 @@ void ModbusParams::Reset() {
     ResetLimits(DefaultIdleTimeout);
 }
 
-ServerSettings ModbusParams::Settings() {
-    CheckLimits();
-    return {.tcp = TcpSettings(), .unit = static_cast<unsigned char>(unitId.Get())};
-}
-
 } // namespace Services::Modbus

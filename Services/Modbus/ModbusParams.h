@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Services/Common/TcpServerParams.h"
-#include "Services/Modbus/ModbusServer.h"
 #include "VorApi/Params/Enum.h"
 #include "VorApi/Params/Value.h"
 
@@ -16,14 +15,12 @@ class ModbusParams : public Common::TcpServerParams {
 public:
     ModbusParams();
 
-    /// Sets every value to its default.
-    void Reset();
-
-    /// The values for the server. Throws yERROR_PARAMETER with a text for the user when a value is outside its limits
-    /// or isn't a network.
-    ServerSettings Settings();
+    void Reset() override;
 
     bool IsBigEndian() const { return byteOrder.Get() == ByteOrder::Big; }
+
+    /// The unit identifier to serve; 0 serves all.
+    unsigned char Unit() const { return static_cast<unsigned char>(unitId.Get()); }
 
     Vor::Params::Value<unsigned short> unitId;
     Vor::Params::Enum<ByteOrder> byteOrder;

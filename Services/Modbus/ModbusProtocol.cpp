@@ -1,17 +1,15 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
 #include "Services/Common/Translate.h"
+#include "Services/Modbus/Session.h"
 #include "Services/Modbus/StateRecords.h"
 #include "Vor/Exception.h"
-#include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/RegisterBlockParams.h"
-#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
 namespace Services::Modbus {
 
-using VorCommon::PersistDomain;
 using VorControl::IControlHost;
 using namespace VorControl::ControlProtocol;
 
@@ -19,7 +17,6 @@ namespace {
 
 constexpr unsigned short FirstRegister = 0;
 constexpr unsigned short LastRegister = 65534;
-constexpr const char* AssemblyVersion = "1";
 
 /// A state that can't be read leaves the last one in the registers.
 template <class Work>
@@ -50,176 +47,41 @@ BlockType MakeCommandType() {
 } // namespace
 
 ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
-    : ProtocolBase(environ)
+    : TcpService(environ)
+    , properties("exceptions", Common::Translate("Exceptions"))
     , assembly(MakeAssembly())
     , control(image, *this)
     , registers(assembly, image, control)
     , commandType(MakeCommandType())
-    , commandBlock(commandType->ConstructBlock(RegisterBlockParams())) {
-    assemblies->Add(assembly);
-    Init({.nonPersistentProperties = &properties, .params = params.get(), .registerAssemblyGroup = assemblies.get()});
-    provider->RegisterParams(PersistDomain::Job);
-    provider->RegisterRegisterAssemblyGroup(PersistDomain::Job);
+    , commandBlock(commandType->ConstructBlock(RegisterBlockParams()))
+    , handler(control, Counters(), 0) {
+    Init({.assemblies = {assembly}},
+         {.threadName = "ModbusNet", .params = params, .properties = properties, .poll = [this] { ReadStates(); }});
 }
 
 ModbusProtocol::~ModbusProtocol() {
-    server.reset();
+    CloseServer();
     Vor::CleanUp([this] { StopOperationEndEvents(); });
 }
 
-void ModbusProtocol::Start() {
-    UpdateProtocolStatus(ProtocolStatus::Starting);
-    try {
-        Close();
-        Open();
-    } catch (const std::exception& e) {
-        server.reset();
-        SetProperties("", e.what());
-        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
-    }
-    UpdateProtocolStatus(ProtocolStatus::Running);
+std::unique_ptr<Common::ITcpSession> ModbusProtocol::MakeSession(bool mayWrite) {
+    return std::make_unique<Session>(handler, mayWrite);
 }
 
-void ModbusProtocol::Stop() {
-    UpdateProtocolStatus(ProtocolStatus::Stopping);
-    try {
-        Close();
-    } catch (const std::exception& e) {
-        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStop);
-    }
-    UpdateProtocolStatus(ProtocolStatus::Stopped);
+void ModbusProtocol::UpdateSessions() {
+    handler.SetUnit(params->Unit());
 }
 
-void ModbusProtocol::Open() {
-    const ServerSettings settings = params->Settings();
+void ModbusProtocol::ParamsApplied() {
     assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
-    registers.Rebuild();
-    counters.Reset();
-    server = std::make_unique<ModbusServer>(control, counters, settings, [this] { ReadStates(); });
-    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
-    GetControlHost().SetScanResultsFiltering(Id(), true);
-    SetForwardScanResultsToProtocol(true);
-    SetProperties(server->Url(), "");
-    SetIsRunning(true);
 }
 
-void ModbusProtocol::Close() {
-    if (!IsRunning()) {
-        return;
-    }
-    SetIsRunning(false);
-    server.reset();
+void ModbusProtocol::MapChanged() {
+    registers.Rebuild();
+}
+
+void ModbusProtocol::Stopped() {
     registers.ForgetValues();
-    SetProperties("", "");
-    SetForwardScanResultsToProtocol(false);
-}
-
-void ModbusProtocol::SetProperties(const std::string& address, const std::string& failure) {
-    const PropertiesLock lock(*this);
-    properties.address = address;
-    properties.failure = failure;
-}
-
-std::shared_ptr<Vor::Params::Group> ModbusProtocol::Params(PersistDomain domain) const {
-    return domain == PersistDomain::Job ? params : nullptr;
-}
-
-const char* ModbusProtocol::ParamsVersion(PersistDomain domain) const {
-    return domain == PersistDomain::Job ? ParamsVersion() : nullptr;
-}
-
-std::shared_ptr<IProtocolRegisterAssemblyGroup> ModbusProtocol::RegisterAssemblyGroup(PersistDomain domain) {
-    return domain == PersistDomain::Job ? assemblies : nullptr;
-}
-
-const char* ModbusProtocol::RegisterAssemblyVersion(PersistDomain domain, const char* assemblyId) {
-    return domain == PersistDomain::Job && HasRegisterAssembly(assemblyId) ? AssemblyVersion : nullptr;
-}
-
-std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> ModbusProtocol::PersistenceProvider() {
-    return provider;
-}
-
-void ModbusProtocol::ParamsReset() {
-    params->Reset();
-}
-
-void ModbusProtocol::ParamsResetImpl(PersistDomain domain) {
-    if (domain == PersistDomain::Job) {
-        ParamsReset();
-    }
-}
-
-std::shared_ptr<Vor::Params::Group> ModbusProtocol::BeginUpdateParamsImpl(PersistDomain domain, const char*) {
-    paramsUpdated = false;
-    return Params(domain);
-}
-
-void ModbusProtocol::EndUpdateParamsImpl(PersistDomain, const char*) {
-    if (paramsUpdated) {
-        return;
-    }
-    try {
-        ParamsUpdate();
-    } catch (const std::exception& e) {
-        Vor::LogUser(Vor::UserError, "VorControl", Common::Translate("%1$s can't take its parameters: %2$s."),
-                     DisplayName(), e.what());
-    }
-}
-
-void ModbusProtocol::ParamsUpdate() {
-    paramsUpdated = true;
-    if (!IsRunning()) {
-        return;
-    }
-    const ServerSettings settings = params->Settings();
-    try {
-        server->Update(settings);
-    } catch (const std::exception& e) {
-        if (server->IsListening()) {
-            SetProperties(server->Url(), e.what());
-            throw;
-        }
-        Close();
-        SetProperties("", e.what());
-        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
-    }
-    SetProperties(server->Url(), "");
-    assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
-    registers.Rebuild();
-}
-
-void ModbusProtocol::ConfigureDefaultRegisterAssembly() {
-    RegisterAssemblyGroupReset(PersistDomain::Job);
-}
-
-void ModbusProtocol::RegisterAssemblyGroupResetImpl(PersistDomain domain) {
-    if (domain == PersistDomain::Job) {
-        assembly->InitDefaultRegisterBlocksForRegisterAssembly();
-        registers.Rebuild();
-    }
-}
-
-std::shared_ptr<IProtocolRegisterAssembly>
-ModbusProtocol::BeginUpdateRegisterAssemblyImpl(PersistDomain domain, const char* assemblyId, const char*) {
-    return domain == PersistDomain::Job && HasRegisterAssembly(assemblyId) ? assembly : nullptr;
-}
-
-// Until now clients have read the former map.
-void ModbusProtocol::EndUpdateRegisterAssemblyImpl(PersistDomain, const char*, const char*) {
-    registers.Rebuild();
-}
-
-void ModbusProtocol::RegisterAssemblyUpdate(const char*) {
-    registers.Rebuild();
-}
-
-void ModbusProtocol::NonPersistentPropertiesBeginLock() {
-    ProtocolBase::NonPersistentPropertiesBeginLock();
-    properties.connected = counters.connected.load(std::memory_order_relaxed);
-    properties.refused = counters.refused.load(std::memory_order_relaxed);
-    properties.requests = counters.requests.load(std::memory_order_relaxed);
-    properties.exceptions = counters.exceptions.load(std::memory_order_relaxed);
 }
 
 // A command that can't be read, such as the load of a job without a name, has failed.

@@ -44,7 +44,7 @@ std::size_t RequestHandler::Answer(const Frame& request, bool mayWrite, unsigned
     EncodeHeader(reply, request.transaction, request.unit, pduSize);
     counters.requests.fetch_add(1, std::memory_order_relaxed);
     if (pdu[0] & 0x80) {
-        counters.exceptions.fetch_add(1, std::memory_order_relaxed);
+        counters.failed.fetch_add(1, std::memory_order_relaxed);
     }
     return HeaderSize + pduSize;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Services/Common/ServiceCounters.h"
 #include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/IRegisterMap.h"
-#include "Services/Modbus/ServerCounters.h"
 
 #include <cstddef>
 
@@ -14,7 +14,7 @@ class RequestHandler {
 public:
     /// `registers` and `counters` must outlive the handler. `unit` is the only unit identifier that is served; 0 serves
     /// all.
-    RequestHandler(IRegisterMap& registers, ServerCounters& counters, unsigned char unit)
+    RequestHandler(IRegisterMap& registers, Common::ServiceCounters& counters, unsigned char unit)
         : registers(registers)
         , counters(counters)
         , unit(unit) {}
@@ -36,7 +36,7 @@ private:
     std::size_t AnswerReadWrite(Bytes request, unsigned char* pdu);
 
     IRegisterMap& registers;
-    ServerCounters& counters;
+    Common::ServiceCounters& counters;
     unsigned char unit;
 };
 

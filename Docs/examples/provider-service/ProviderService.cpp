@@ -1,9 +1,9 @@
+#include "Services/Common/JobProtocol.h"
 #include "Services/Common/PluginEntry.h"
+#include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
-#include "VorControl/ControlProtocol/ProtocolBase.h"
-#include "VorControl/Providers/ControlPersistenceProvider.h"
 
 #include <memory>
 #include <string>
@@ -11,7 +11,6 @@
 namespace {
 
 using namespace VorControl::ControlProtocol;
-using VorCommon::PersistDomain;
 
 class ProviderParams : public Vor::Params::Group {
 public:
@@ -25,45 +24,41 @@ public:
     Vor::Params::Value<std::string> greeting;
 };
 
-class ProviderService : public ProtocolBase {
+class ProviderService : public Services::Common::JobProtocol {
 public:
     explicit ProviderService(const ControlProtocolEnviron& environ)
-        : ProtocolBase(environ)
-        , provider(std::make_shared<VorControl::Providers::ControlPersistenceProvider>(*this)) {
-        Init({.params = params.get()});
-        provider->RegisterParams(PersistDomain::Job);
+        : JobProtocol(environ) {
+        Init({.params = params});
     }
 
     void Start() override {
         Greet();
+        SetIsRunning(true);
         UpdateProtocolStatus(ProtocolStatus::Running);
     }
-    void Stop() override { UpdateProtocolStatus(ProtocolStatus::Stopped); }
-
-    /// What the service keeps, and where. It keeps nothing in other domains.
-    std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> PersistenceProvider() override {
-        return provider;
+    void Stop() override {
+        SetIsRunning(false);
+        UpdateProtocolStatus(ProtocolStatus::Stopped);
     }
-    std::shared_ptr<Vor::Params::Group> Params(PersistDomain domain) const override {
-        return domain == PersistDomain::Job ? params : nullptr;
-    }
-    const char* ParamsVersion(PersistDomain domain) const override {
-        return domain == PersistDomain::Job ? "1.0" : nullptr;
-    }
+    void ParamsReset() override { params->Reset(); }
 
 protected:
-    void ParamsResetImpl(PersistDomain /*domain*/) override { params->Reset(); }
-    /// What a job holds is written to what Begin returns; at End it is whole.
-    std::shared_ptr<Vor::Params::Group> BeginUpdateParamsImpl(PersistDomain domain, const char* /*version*/) override {
-        return Params(domain);
+    /// Called once for each job and each change, with whole parameters.
+    void ApplyParams() override {
+        if (IsRunning()) {
+            Greet();
+        }
     }
-    void EndUpdateParamsImpl(PersistDomain /*domain*/, const char* /*version*/) override { Greet(); }
 
 private:
-    void Greet() const { Vor::LogUser(Vor::UserInfo, "Provider", "%s", params->greeting.Get()); }
+    void Greet() const {
+        if (params->greeting.Get().empty()) {
+            Vor::Throw(yERROR_PARAMETER, "the greeting is empty");
+        }
+        Vor::LogUser(Vor::UserInfo, "Provider", "%s", params->greeting.Get());
+    }
 
     const std::shared_ptr<ProviderParams> params = std::make_shared<ProviderParams>();
-    const std::shared_ptr<VorControl::Providers::ControlPersistenceProvider> provider;
 };
 
 } // namespace

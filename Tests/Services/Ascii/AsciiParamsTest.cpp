@@ -56,15 +56,15 @@ TEST(AsciiParams, GivesTheServerItsSettings) {
                                          {"decimals", 9},
                                          {"invalidText", "---"},
                                          {"idleTimeout", 7}});
-    const AsciiSettings settings = params.Settings();
-    EXPECT_EQ(settings.format.delimiter, " | ");
-    EXPECT_EQ(settings.format.terminator, "\x03");
-    EXPECT_EQ(settings.format.decimalSeparator, ',');
-    EXPECT_EQ(settings.format.notation, Notation::Shortest);
-    EXPECT_EQ(settings.format.decimals, 9);
-    EXPECT_EQ(settings.format.invalidText, "---");
-    EXPECT_EQ(settings.tcp.port, 8190);
-    EXPECT_EQ(settings.tcp.idleTimeOut, std::chrono::seconds(7));
+    const LineFormat format = params.Format();
+    EXPECT_EQ(format.delimiter, " | ");
+    EXPECT_EQ(format.terminator, "\x03");
+    EXPECT_EQ(format.decimalSeparator, ',');
+    EXPECT_EQ(format.notation, Notation::Shortest);
+    EXPECT_EQ(format.decimals, 9);
+    EXPECT_EQ(format.invalidText, "---");
+    EXPECT_EQ(params.Settings().port, 8190);
+    EXPECT_EQ(params.Settings().idleTimeOut, std::chrono::seconds(7));
 }
 
 TEST(AsciiParams, TakesWhatKeepsLinesReadable) {

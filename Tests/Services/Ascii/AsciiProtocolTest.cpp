@@ -206,7 +206,7 @@ TEST_F(AsciiProtocolTest, FollowsAnEditedAssembly) {
     EXPECT_TRUE(WaitForAnswer("RESULT 0", "OK,3.000,1"));
     service->RegisterAssembly("registerAssembly-0")->ResetRegisterAssembly();
     service->RegisterAssemblyUpdate("registerAssembly-0");
-    EXPECT_EQ(client->Ask("RESULT 0"), "ERROR,-999,\"there is no output 0\"");
+    EXPECT_TRUE(WaitForAnswer("RESULT 0", "ERROR,-999,\"there is no output 0\""));
     EXPECT_EQ(client->Ask("RESULT height"), "OK,3.000");
 }
 

@@ -67,7 +67,7 @@ protected:
 
     Outputs outputs;
     FakeSensor sensor;
-    ServerCounters counters;
+    Common::ServiceCounters counters;
     RequestHandler handler{outputs, sensor, counters, LineFormat()};
     AsciiSession session{handler, true};
 };
@@ -89,7 +89,7 @@ TEST_F(AsciiSessionTest, RunsEachCommand) {
         EXPECT_EQ(sensor.NewCommands(), (Texts{command})) << request;
     }
     EXPECT_EQ(counters.requests, commands.size());
-    EXPECT_EQ(counters.errors, 0u);
+    EXPECT_EQ(counters.failed, 0u);
 }
 
 TEST_F(AsciiSessionTest, TellsTheToolsHowMuchUserDataThereIs) {
@@ -133,7 +133,7 @@ TEST_F(AsciiSessionTest, SaysWhyACommandFailed) {
         session.Process();
         EXPECT_EQ(ReadReplies(session), answer + "\r\n");
     }
-    EXPECT_EQ(counters.errors, failures.size());
+    EXPECT_EQ(counters.failed, failures.size());
 }
 
 TEST_F(AsciiSessionTest, SaysWhatACommandThatJustFailedWasAbout) {
@@ -248,7 +248,7 @@ TEST_F(AsciiSessionTest, RefusesWhatItDoesNotUnderstand) {
     EXPECT_EQ(Ask(std::string(1025, 'x')), "ERROR,-992,\"the line is longer than 1024 bytes\"");
     EXPECT_EQ(Ask("STA\x1BRT"), "ERROR,-984,\"the line has characters that aren't text\"");
     EXPECT_EQ(sensor.NewCommands(), Texts());
-    EXPECT_EQ(counters.errors, counters.requests);
+    EXPECT_EQ(counters.failed, counters.requests);
 }
 
 TEST_F(AsciiSessionTest, KeepsTheDelimiterOfAnAnswerOutOfItsTexts) {

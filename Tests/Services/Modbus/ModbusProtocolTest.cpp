@@ -1,5 +1,6 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
+#include "Tests/Services/Modbus/ModbusServer.h"
 #include "Tests/Services/Modbus/RawClient.h"
 #include "Tests/Services/Modbus/Results.h"
 #include "Tests/Support/ControlEnviron.h"
@@ -200,8 +201,8 @@ TEST_F(ModbusProtocolTest, StartsWithoutValuesWhenItIsEnabledAgain) {
 
 TEST_F(ModbusProtocolTest, SaysWhyItCannotStartAndTriesAgainAtTheNextLoad) {
     AddressRegisters none;
-    ServerCounters counters;
-    auto other = std::make_unique<ModbusServer>(none, counters, ServerSettings{});
+    Common::ServiceCounters counters;
+    auto other = std::make_unique<ModbusServer>(none, counters);
     const json config = Config({{"port", other->Port()}}, TwoBlocks);
     const std::string failure = "port " + std::to_string(other->Port()) + " on 127.0.0.1 is in use";
     Vor::LogCapture log;
@@ -259,8 +260,8 @@ TEST_F(ModbusProtocolTest, MovesToAnotherPortAndKeepsItsValues) {
     EXPECT_TRUE(WaitForRegisters(0, Words({0, 1000, 1})));
     const std::uint16_t former = Port();
     AddressRegisters none;
-    ServerCounters counters;
-    auto other = std::make_unique<ModbusServer>(none, counters, ServerSettings{});
+    Common::ServiceCounters counters;
+    auto other = std::make_unique<ModbusServer>(none, counters);
     const std::uint16_t taken = other->Port();
     EXPECT_THROW(ChangeParameters({{"port", taken}}), Vor::Exception);
     EXPECT_EQ(Port(), former) << "it goes on where it was";
@@ -364,8 +365,8 @@ TEST_F(ModbusProtocolTest, AJobWhoseParametersItCannotUseLeavesItWhereItIsAndTel
     Load(Config({{"port", 0}}, TwoBlocks));
     const std::uint16_t former = Port();
     AddressRegisters none;
-    ServerCounters counters;
-    const ModbusServer other(none, counters, ServerSettings{});
+    Common::ServiceCounters counters;
+    const ModbusServer other(none, counters);
     const std::string failure = "port " + std::to_string(other.Port()) + " on 127.0.0.1 is in use";
     Vor::LogCapture log;
     Load(Config({{"port", other.Port()}}, json::array({Block("MeasurementValue", "profile/min", 10)})));

@@ -1,4 +1,4 @@
-#include "Services/Modbus/ModbusServer.h"
+#include "Tests/Services/Modbus/ModbusServer.h"
 
 #include "Tests/Services/Modbus/Bytes.h"
 #include "Tests/Services/Modbus/RawClient.h"
@@ -18,15 +18,16 @@ namespace {
 using namespace std::chrono_literals;
 using Common::NetworkAddress;
 using Common::ParseNetworks;
+using Common::ServiceCounters;
 using Common::TcpServerSettings;
 
 const Bytes ReplyTo77(Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0, 77});
 
 std::string FailureOf(const TcpServerSettings& settings) {
     AddressRegisters registers;
-    ServerCounters counters;
+    ServiceCounters counters;
     try {
-        ModbusServer server(registers, counters, {.tcp = settings});
+        ModbusServer server(registers, counters, settings);
     } catch (const Vor::Exception& e) {
         return e.what();
     }
@@ -44,12 +45,10 @@ const Bytes NothingToWrite = {0, 9, 0, 0, 0, 3, 1, 0x86, 2};
 class ModbusServerTest : public testing::Test {
 protected:
     void Open(const TcpServerSettings& settings = {}) {
-        server = std::make_unique<ModbusServer>(registers, counters, ServerSettings{.tcp = settings});
+        server = std::make_unique<ModbusServer>(registers, counters, settings);
         port = server->Port();
     }
-    void Update(const TcpServerSettings& settings, unsigned char unit = 0) {
-        server->Update({.tcp = settings, .unit = unit});
-    }
+    void Update(const TcpServerSettings& settings, unsigned char unit = 0) { server->Update(settings, unit); }
 
     /// A client that has received a reply.
     std::unique_ptr<RawClient> Client() {
@@ -59,7 +58,7 @@ protected:
     }
 
     AddressRegisters registers;
-    ServerCounters counters;
+    ServiceCounters counters;
     std::unique_ptr<ModbusServer> server;
     std::uint16_t port = 0;
 };
@@ -245,8 +244,8 @@ TEST_F(ModbusServerTest, TakesAnotherUnitAtOnce) {
 }
 
 TEST_F(ModbusServerTest, MovesToAnotherPortAndClosesItsConnections) {
-    ServerCounters othersCounters;
-    ModbusServer other(registers, othersCounters, {});
+    ServiceCounters othersCounters;
+    ModbusServer other(registers, othersCounters);
     Open({.port = 0});
     const auto client = Client();
     const std::uint16_t former = port;
@@ -257,8 +256,8 @@ TEST_F(ModbusServerTest, MovesToAnotherPortAndClosesItsConnections) {
 }
 
 TEST_F(ModbusServerTest, StaysWhereItIsWhenItCannotMove) {
-    ServerCounters othersCounters;
-    ModbusServer other(registers, othersCounters, {});
+    ServiceCounters othersCounters;
+    ModbusServer other(registers, othersCounters);
     Open();
     const auto client = Client();
     EXPECT_THROW(Update({.port = other.Port()}, 5), Vor::Exception);
@@ -290,10 +289,10 @@ TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
     EXPECT_TRUE(RawClient(port).WaitForClose());
     EXPECT_TRUE(WaitForCount(counters.refused, 1));
     EXPECT_EQ(counters.requests, 2u);
-    EXPECT_EQ(counters.exceptions, 0u);
+    EXPECT_EQ(counters.failed, 0u);
     EXPECT_EQ(first->Ask({0, 9, 0, 0, 0, 2, 1, 43}), (Bytes{0, 9, 0, 0, 0, 3, 1, 0xAB, 1}));
     EXPECT_EQ(counters.requests, 3u);
-    EXPECT_EQ(counters.exceptions, 1u);
+    EXPECT_EQ(counters.failed, 1u);
     second.reset();
     EXPECT_TRUE(WaitForCount(counters.connected, 1));
     server.reset();
@@ -363,7 +362,7 @@ TEST_F(ModbusServerTest, AppliesOtherNetworksToTheConnectionsThatAreThere) {
 TEST_F(ModbusServerTest, PollsOnItsThreadAgainAndAgain) {
     std::atomic<std::uint64_t> polls = 0;
     std::atomic<bool> throws = true;
-    server = std::make_unique<ModbusServer>(registers, counters, ServerSettings{}, [&] {
+    server = std::make_unique<ModbusServer>(registers, counters, TcpServerSettings{}, [&] {
         ++polls;
         if (throws.exchange(false)) {
             throw std::runtime_error("a poll that fails");

@@ -11,7 +11,7 @@ Bytes Ask(AddressRegisters& registers, const Bytes& request, unsigned char unit 
     Frame frame;
     EXPECT_EQ(DecodeFrame(request, frame), FrameStatus::Complete);
     Bytes reply(MaxFrameSize + 8, 0xEE);
-    ServerCounters counters;
+    Common::ServiceCounters counters;
     const std::size_t size = RequestHandler(registers, counters, unit).Answer(frame, mayWrite, reply.data());
     EXPECT_LE(size, MaxFrameSize);
     for (std::size_t i = size; i < reply.size() && size <= MaxFrameSize; ++i) {
@@ -19,7 +19,7 @@ Bytes Ask(AddressRegisters& registers, const Bytes& request, unsigned char unit 
     }
     reply.resize(size);
     EXPECT_EQ(counters.requests, 1u);
-    EXPECT_EQ(counters.exceptions, (reply.at(7) & 0x80) ? 1u : 0u);
+    EXPECT_EQ(counters.failed, (reply.at(7) & 0x80) ? 1u : 0u);
     return reply;
 }
 

@@ -13,7 +13,7 @@ struct SessionFixture {
         : session(handler, mayWrite) {}
 
     AddressRegisters registers;
-    ServerCounters counters;
+    Common::ServiceCounters counters;
     RequestHandler handler{registers, counters, 0};
     Session session;
 };

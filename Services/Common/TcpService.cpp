@@ -1,0 +1,114 @@
+#include "Services/Common/TcpService.h"
+
+#include "VorControl/ControlProtocol/ScopeLocks.h"
+
+#include <utility>
+
+namespace Services::Common {
+
+using namespace VorControl::ControlProtocol;
+
+TcpService::TcpService(const ControlProtocolEnviron& environ)
+    : JobProtocol(environ) {}
+
+TcpService::~TcpService() = default;
+
+void TcpService::Init(JobContents contents, const Parts& parts) {
+    threadName = parts.threadName;
+    params = parts.params;
+    properties = &parts.properties;
+    wakeup = parts.wakeup;
+    poll = parts.poll;
+    contents.params = params;
+    JobProtocol::Init(contents, properties);
+}
+
+void TcpService::Start() {
+    UpdateProtocolStatus(ProtocolStatus::Starting);
+    try {
+        Close();
+        Open();
+    } catch (const std::exception& e) {
+        server.reset();
+        SetProperties("", e.what());
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Running);
+}
+
+void TcpService::Stop() {
+    UpdateProtocolStatus(ProtocolStatus::Stopping);
+    try {
+        Close();
+    } catch (const std::exception& e) {
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStop);
+    }
+    UpdateProtocolStatus(ProtocolStatus::Stopped);
+}
+
+void TcpService::Open() {
+    const TcpServerSettings settings = params->Settings();
+    UpdateSessions();
+    ParamsApplied();
+    MapChanged();
+    counters.Reset();
+    server = std::make_unique<TcpServer>(
+        threadName, counters, settings,
+        TcpServer::Hooks{.makeSession = [this](bool mayWrite) { return MakeSession(mayWrite); }, .poll = poll}, wakeup);
+    GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
+    GetControlHost().SetScanResultsFiltering(Id(), true);
+    SetForwardScanResultsToProtocol(true);
+    SetProperties(server->Url(), "");
+    SetIsRunning(true);
+}
+
+void TcpService::Close() {
+    if (!IsRunning()) {
+        return;
+    }
+    SetIsRunning(false);
+    server.reset();
+    Stopped();
+    SetProperties("", "");
+    SetForwardScanResultsToProtocol(false);
+}
+
+void TcpService::SetProperties(const std::string& address, const std::string& failure) {
+    const PropertiesLock lock(*this);
+    properties->address = address;
+    properties->failure = failure;
+}
+
+void TcpService::ParamsReset() {
+    params->Reset();
+}
+
+void TcpService::ApplyParams() {
+    if (!IsRunning()) {
+        return;
+    }
+    try {
+        server->Update(params->Settings(), [this] { UpdateSessions(); });
+    } catch (const std::exception& e) {
+        if (server->IsListening()) {
+            SetProperties(server->Url(), e.what());
+            throw;
+        }
+        Close();
+        SetProperties("", e.what());
+        UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
+    }
+    SetProperties(server->Url(), "");
+    ParamsApplied();
+    MapChanged();
+}
+
+void TcpService::NonPersistentPropertiesBeginLock() {
+    JobProtocol::NonPersistentPropertiesBeginLock();
+    properties->connected = counters.connected.load(std::memory_order_relaxed);
+    properties->refused = counters.refused.load(std::memory_order_relaxed);
+    properties->requests = counters.requests.load(std::memory_order_relaxed);
+    properties->failed = counters.failed.load(std::memory_order_relaxed);
+}
+
+} // namespace Services::Common

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Services/Common/JobProtocol.h"
+#include "Services/Common/ServiceCounters.h"
+#include "Services/Common/TcpServer.h"
+#include "Services/Common/TcpServerParams.h"
+#include "Services/Common/TcpServerProperties.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace Services::Common {
+
+/// The base class of a service that serves TCP clients with results of the scan: it starts and stops the server,
+/// follows changed parameters, and keeps the properties. The constructor of the derived class calls Init once.
+///
+/// The destructor of the derived class calls CloseServer first, since sessions and hooks are its own.
+class TcpService : public JobProtocol {
+public:
+    void Start() final;
+    void Stop() final;
+
+    void ParamsReset() final;
+    using JobProtocol::ParamsReset;
+
+    /// Updates the counters.
+    void NonPersistentPropertiesBeginLock() override;
+
+protected:
+    /// What the server needs. The service's own members, which live until the service is destroyed.
+    struct Parts {
+        const char* threadName; ///< of the network thread, at most 15 characters
+        std::shared_ptr<TcpServerParams> params;
+        TcpServerProperties& properties;
+        Wakeup* wakeup = nullptr;
+        std::function<void()> poll = {}; ///< as TcpServer::Hooks::poll
+    };
+
+    explicit TcpService(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
+    ~TcpService() override;
+
+    /// `contents` needs no parameters.
+    void Init(JobContents contents, const Parts& parts);
+    /// Closes all connections and ends the network thread.
+    void CloseServer() { server.reset(); }
+
+    /// For the network thread and the sessions.
+    ServiceCounters& Counters() { return counters; }
+
+    /// Called on the network thread for each client that connects.
+    virtual std::unique_ptr<ITcpSession> MakeSession(bool mayWrite) = 0;
+    /// Gives the parameters to the sessions that there are and to those to come. Called before the network thread runs,
+    /// then on that thread while the thread that changes the parameters waits for it. It may read the parameters, and
+    /// must not enter a lock under which anybody waits for the network thread.
+    virtual void UpdateSessions() {}
+    /// Gives the parameters to the rest of the service: before it listens, and when the server has accepted new ones.
+    /// MapChanged is called next.
+    virtual void ParamsApplied() {}
+    /// Forgets the values of the scan. The service listens no more.
+    virtual void Stopped() {}
+
+    /// If the service can't listen at a new address or port, it continues at the former one. In all cases the property
+    /// `failure` has the reason.
+    void ApplyParams() final;
+
+private:
+    void Open();
+    void Close();
+    void SetProperties(const std::string& address, const std::string& failure);
+
+    const char* threadName = nullptr;
+    std::shared_ptr<TcpServerParams> params;
+    TcpServerProperties* properties = nullptr;
+    Wakeup* wakeup = nullptr;
+    std::function<void()> poll;
+    ServiceCounters counters;
+    std::unique_ptr<TcpServer> server;
+};
+
+} // namespace Services::Common

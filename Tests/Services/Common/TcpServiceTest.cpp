@@ -1,0 +1,287 @@
+#include "Services/Common/TcpService.h"
+
+#include "Tests/Services/Common/ServiceModule.h"
+#include "Tests/Support/TcpClient.h"
+#include "Tests/Support/Threads.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace Services::Common {
+namespace {
+
+using nlohmann::json;
+using VorControl::ControlProtocol::ControlProtocolEnviron;
+using VorControl::ControlProtocol::ProtocolStatus;
+using Calls = std::vector<std::string>;
+
+/// Answers each byte with another one.
+class CipherSession : public ITcpSession {
+public:
+    CipherSession(ServiceCounters& counters, const unsigned char& shift)
+        : counters(counters)
+        , shift(shift) {}
+
+    void SetMayWrite(bool) override {}
+    std::span<unsigned char> ReceiveSpace() override {
+        return waiting ? std::span<unsigned char>() : std::span(&byte, 1);
+    }
+    void Received(std::size_t count) override { received = count > 0; }
+    std::size_t Process() override {
+        if (!received) {
+            return 0;
+        }
+        received = false;
+        byte = static_cast<unsigned char>(byte + shift);
+        waiting = true;
+        ++counters.requests;
+        return 1;
+    }
+    std::span<const unsigned char> Replies() const override {
+        return waiting ? std::span(&byte, 1) : std::span<const unsigned char>();
+    }
+    void Sent(std::size_t) override { waiting = false; }
+    bool Broken() const override { return false; }
+
+private:
+    ServiceCounters& counters;
+    const unsigned char& shift;
+    unsigned char byte = 0;
+    bool received = false;
+    bool waiting = false;
+};
+
+class CipherParams : public TcpServerParams {
+public:
+    CipherParams() {
+        RegisterPlace();
+        Register("shift", shift);
+        RegisterLimits("idle", "write");
+        shift.EnableMaximum(true);
+        shift.SetMaximum(100);
+        CipherParams::Reset();
+    }
+
+    void Reset() override {
+        ResetPlace(0);
+        shift = 1;
+        ResetLimits(60);
+    }
+
+    Vor::Params::Value<unsigned> shift;
+};
+
+class CipherService : public TcpService {
+public:
+    explicit CipherService(const ControlProtocolEnviron& environ)
+        : TcpService(environ) {
+        auto assembly = std::make_shared<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase>(
+            true, 0, 255, "registerAssembly-0", "Registers");
+        Init({.assemblies = {assembly}},
+             {.threadName = "CipherNet", .params = params, .properties = properties, .poll = [this] { ++polls; }});
+    }
+    ~CipherService() override { CloseServer(); }
+
+    const std::shared_ptr<CipherParams> params = std::make_shared<CipherParams>();
+    Calls calls;
+    std::thread::id updater; ///< of the last UpdateSessions
+    std::atomic<unsigned> polls = 0;
+
+protected:
+    std::unique_ptr<ITcpSession> MakeSession(bool) override {
+        return std::make_unique<CipherSession>(Counters(), shift);
+    }
+    void UpdateSessions() override {
+        shift = static_cast<unsigned char>(params->shift.Get());
+        updater = std::this_thread::get_id();
+        calls.emplace_back("UpdateSessions");
+    }
+    void ParamsApplied() override { calls.emplace_back("ParamsApplied"); }
+    void MapChanged() override { calls.emplace_back("MapChanged"); }
+    void Stopped() override { calls.emplace_back("Stopped"); }
+
+private:
+    TcpServerProperties properties{"wrong", "Wrong"};
+    unsigned char shift = 0;
+};
+
+class Client : public Tests::TcpClient {
+public:
+    using TcpClient::TcpClient;
+
+    /// The reply to a byte, or -1 at the end of the connection.
+    int Ask(unsigned char byte) {
+        SendSomeOf(&byte, 1);
+        return WaitForBytes() && recv(fd, &byte, 1, 0) == 1 ? byte : -1;
+    }
+    bool WaitForClose() {
+        char byte = 0;
+        return WaitForBytes() && recv(fd, &byte, 1, 0) <= 0;
+    }
+};
+
+class TcpServiceTest : public testing::Test {
+protected:
+    static json Section(const json& params, bool enabled = true) {
+        return {{"enabled", enabled}, {"parametersVersion", "1"}, {"parameters", params}};
+    }
+
+    CipherService& Own() { return module.Own(); }
+    std::uint16_t Port() { return Tests::PortOf(module.Properties()["address"]); }
+    ProtocolStatus Status() { return module.Instance().GetProtocolStatus(); }
+    Calls TakeCalls() { return std::exchange(Own().calls, {}); }
+
+    ServiceModule<CipherService> module;
+};
+
+/// A port of 127.0.0.1 that another server has.
+class TakenPort {
+public:
+    std::uint16_t Port() const { return server.Port(); }
+    std::string Failure() const { return "port " + std::to_string(Port()) + " on 127.0.0.1 is in use"; }
+
+private:
+    TcpCounters counters;
+    TcpServer server{"Taken", counters, {}, {.makeSession = [](bool) { return nullptr; }}};
+};
+
+TEST_F(TcpServiceTest, ServesWhileItIsStarted) {
+    EXPECT_EQ(module.Properties(), json({{"status", 1},
+                                         {"address", ""},
+                                         {"failure", ""},
+                                         {"connected", 0},
+                                         {"refused", 0},
+                                         {"requests", 0},
+                                         {"wrong", 0}}));
+    module.Load(Section({{"port", 0}, {"shift", 2}}));
+    EXPECT_EQ(Status(), ProtocolStatus::Running);
+    EXPECT_EQ(module.Properties()["address"], "tcp://127.0.0.1:" + std::to_string(Port()));
+    Client client(Port());
+    EXPECT_EQ(client.Ask(40), 42);
+    EXPECT_EQ(module.Properties()["requests"], 1);
+    EXPECT_EQ(module.Properties()["connected"], 1);
+    module.Instance().Enable(false);
+    EXPECT_EQ(Status(), ProtocolStatus::Stopped);
+    EXPECT_EQ(module.Properties()["address"], "");
+    EXPECT_TRUE(client.WaitForClose());
+    module.Instance().Enable(true);
+    EXPECT_EQ(module.Properties()["requests"], 0) << "counters begin anew";
+    EXPECT_EQ(Client(Port()).Ask(40), 42);
+}
+
+TEST_F(TcpServiceTest, GivesItsPartsTheParametersBeforeItListens) {
+    Own().Start();
+    EXPECT_EQ(TakeCalls(), (Calls{"UpdateSessions", "ParamsApplied", "MapChanged"}));
+    EXPECT_EQ(Own().updater, std::this_thread::get_id());
+    Own().Start();
+    EXPECT_EQ(TakeCalls(), (Calls{"Stopped", "UpdateSessions", "ParamsApplied", "MapChanged"}));
+    Own().Stop();
+    EXPECT_EQ(TakeCalls(), (Calls{"Stopped"}));
+    Own().Stop();
+    EXPECT_EQ(TakeCalls(), Calls()) << "it is stopped";
+}
+
+TEST_F(TcpServiceTest, GivesChangedParametersToTheSessionsOnTheNetworkThread) {
+    module.Load(Section({{"port", 0}}));
+    Client client(Port());
+    EXPECT_EQ(client.Ask(40), 41);
+    TakeCalls();
+    module.Change({{"shift", 5}});
+    EXPECT_EQ(TakeCalls(), (Calls{"UpdateSessions", "ParamsApplied", "MapChanged"}));
+    EXPECT_NE(Own().updater, std::this_thread::get_id());
+    EXPECT_EQ(client.Ask(40), 45) << "the client stays connected";
+}
+
+TEST_F(TcpServiceTest, ReportsWhyItCannotStart) {
+    auto taken = std::make_unique<TakenPort>();
+    const std::string failure = taken->Failure();
+    const json section = Section({{"port", taken->Port()}});
+    const Vor::LogCapture log;
+    module.Load(section);
+    EXPECT_EQ(Status(), ProtocolStatus::FailedToStart);
+    EXPECT_EQ(module.Properties()["failure"], failure);
+    EXPECT_EQ(module.Properties()["address"], "");
+    taken.reset();
+    module.Load(section);
+    EXPECT_EQ(Status(), ProtocolStatus::Running);
+    EXPECT_EQ(module.Properties()["failure"], "");
+}
+
+TEST_F(TcpServiceTest, StaysWhereItIsWhenItCannotMoveAndTellsWhy) {
+    module.Load(Section({{"port", 0}}));
+    const std::uint16_t former = Port();
+    Client client(former);
+    TakenPort taken;
+    EXPECT_THROW(module.Change({{"port", taken.Port()}}), Vor::Exception);
+    EXPECT_EQ(Status(), ProtocolStatus::Running);
+    EXPECT_EQ(Port(), former);
+    EXPECT_EQ(module.Properties()["failure"], taken.Failure());
+    EXPECT_EQ(client.Ask(1), 2);
+    module.Change({{"port", former}});
+    EXPECT_EQ(module.Properties()["failure"], "");
+    module.Change({{"port", 0}, {"address", "127.0.0.2"}});
+    EXPECT_EQ(module.Properties()["address"], "tcp://127.0.0.2:" + std::to_string(Port()));
+    EXPECT_TRUE(client.WaitForClose());
+}
+
+TEST_F(TcpServiceTest, ReportsTheParametersOfAJobThatItCannotUse) {
+    module.Load(Section({{"port", 0}}));
+    const std::uint16_t former = Port();
+    const TakenPort taken;
+    const std::vector<json> unusable = {
+        {{"port", taken.Port()}}, {{"port", 0}, {"shift", 101}}, {{"port", 0}, {"readNetworks", {"nowhere"}}}};
+    for (const json& params : unusable) {
+        TakeCalls();
+        const Vor::LogCapture log;
+        module.Load(Section(params));
+        EXPECT_EQ(Status(), ProtocolStatus::Running) << params;
+        EXPECT_EQ(Port(), former);
+        EXPECT_EQ(TakeCalls(), Calls()) << "nothing of them is used";
+        const std::string failure = module.Properties()["failure"];
+        EXPECT_NE(failure, "") << params;
+        EXPECT_EQ(log.Count(Vor::UserError, "test service can't take its parameters: " + failure + "."), 1u);
+        EXPECT_EQ(Client(former).Ask(1), 2);
+    }
+    module.Load(Section({{"port", former}}));
+    EXPECT_EQ(module.Properties()["failure"], "");
+}
+
+TEST_F(TcpServiceTest, ReadsParametersAtItsStartWhenItDoesNotRun) {
+    const Vor::LogCapture log;
+    module.Load(Section({{"port", 0}, {"shift", 101}}, false));
+    EXPECT_EQ(module.Properties()["failure"], "");
+    module.Load(Section({{"port", 0}, {"shift", 101}}));
+    EXPECT_EQ(Status(), ProtocolStatus::FailedToStart);
+    EXPECT_NE(module.Properties()["failure"], "");
+}
+
+TEST_F(TcpServiceTest, ResetsItsParametersWithTheJob) {
+    module.Load(Section({{"port", 0}, {"shift", 9}}));
+    module.Reset();
+    EXPECT_EQ(Own().params->shift.Get(), 1u);
+}
+
+TEST_F(TcpServiceTest, PollsWhileItIsStarted) {
+    EXPECT_EQ(Own().polls, 0u);
+    Own().Start();
+    EXPECT_TRUE(Tests::WaitUntil([&] { return Own().polls > 1; }));
+    Own().Stop();
+    const unsigned last = Own().polls;
+    std::this_thread::yield();
+    EXPECT_EQ(Own().polls, last);
+}
+
+} // namespace
+} // namespace Services::Common
