@@ -59,12 +59,13 @@ Vor::Object StampMessage(std::uint64_t frameIndex, std::uint64_t time) {
     return message;
 }
 
-/// `value` with three decimals, whatever the locale.
+/// `value` with three decimals, whatever the locale. A value that is rounded to 0 has no sign.
 std::string Millimetres(double value) {
     std::array<char, std::numeric_limits<double>::max_exponent10 + 8> digits{};
     const auto end =
         std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, 3).ptr;
-    return {digits.data(), end};
+    const std::string text(digits.data(), end);
+    return text == "-0.000" ? "0.000" : text;
 }
 
 Vor::Object TextMessage(std::uint64_t frameIndex, double max) {

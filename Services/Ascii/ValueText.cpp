@@ -106,18 +106,47 @@ std::size_t FieldsOf(ValueKind kind) {
     return kind == ValueKind::Measurement ? 2 : kind == ValueKind::Stamp ? StampFields : 1;
 }
 
+/// Writes round(value * 10^decimals) with its separator, half away from zero, as register services round. From 2^53 on
+/// the product has no fraction, and the digits of the value itself are written.
+char* WriteFixed(char* begin, char* end, double value, int decimals) {
+    constexpr double FirstWithoutFraction = 9007199254740992.0;
+    double scale = 1;
+    for (int i = 0; i < decimals; ++i) {
+        scale *= 10;
+    }
+    const double scaled = std::round(value * scale);
+    if (!(std::abs(scaled) < FirstWithoutFraction)) {
+        return std::to_chars(begin, end, value, std::chars_format::fixed, decimals).ptr;
+    }
+    const auto number = static_cast<long long>(scaled);
+    const auto unit = static_cast<long long>(scale);
+    if (number < 0) {
+        *begin++ = '-';
+    }
+    begin = std::to_chars(begin, end, std::abs(number / unit)).ptr;
+    if (decimals == 0) {
+        return begin;
+    }
+    // The leading 1 keeps the zeros of the fraction; the separator replaces it.
+    std::array<char, 24> fraction;
+    const char* const fractionEnd =
+        std::to_chars(fraction.data(), fraction.data() + fraction.size(), unit + std::abs(number % unit)).ptr;
+    fraction.front() = '.';
+    return std::copy(fraction.cbegin(), fractionEnd, begin);
+}
+
 } // namespace
 
 void AppendNumber(std::string& line, const LineFormat& format, double value) {
     std::array<char, NumberSize> digits;
     char* const begin = digits.data();
     char* const end = begin + digits.size();
-    const auto result = format.notation == Notation::Fixed
-                            ? std::to_chars(begin, end, value, std::chars_format::fixed, format.decimals)
-                        : format.notation == Notation::Scientific
-                            ? std::to_chars(begin, end, value, std::chars_format::scientific, format.decimals)
-                            : std::to_chars(begin, end, value);
-    std::string_view text(begin, static_cast<std::size_t>(result.ptr - begin));
+    const char* const textEnd =
+        format.notation == Notation::Fixed ? WriteFixed(begin, end, value, format.decimals)
+        : format.notation == Notation::Scientific
+            ? std::to_chars(begin, end, value, std::chars_format::scientific, format.decimals).ptr
+            : std::to_chars(begin, end, value).ptr;
+    std::string_view text(begin, static_cast<std::size_t>(textEnd - begin));
     // A value that is rounded to 0 has no sign.
     const std::size_t mantissa = std::min(text.find('e'), text.size());
     if (text.front() == '-' && text.substr(0, mantissa).find_first_not_of("-0.") == std::string_view::npos) {

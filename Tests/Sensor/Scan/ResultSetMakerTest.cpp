@@ -77,10 +77,11 @@ TEST(ResultSetMaker, AProfileGivesTheMeasuredValues) {
 }
 
 TEST(ResultSetMaker, TheTextRoundsToThreeDecimals) {
-    const Recording recording = RecordingOf("frame,x,z\n0,0,-3.14159\n1,0,1e300\n");
+    const Recording recording = RecordingOf("frame,x,z\n0,0,-3.14159\n1,0,1e300\n2,0,-0.0004\n");
     const ResultSetMaker maker(recording);
     EXPECT_EQ(TextAt(maker.Make(recording.frames[0], 12, 0), 5), "frame 12: max -3.142 mm");
     EXPECT_EQ(TextAt(maker.Make(recording.frames[1], 0, 0), 5).size(), 13U + 301 + 4 + 3);
+    EXPECT_EQ(TextAt(maker.Make(recording.frames[2], 13, 0), 5), "frame 13: max 0.000 mm");
 }
 
 TEST(ResultSetMaker, AProfileWithoutAPointAboveZeroHasNoWidth) {

@@ -1,8 +1,12 @@
 #include "Services/Ascii/ValueText.h"
 
 #include "Tests/Support/ResultItems.h"
+#include "VorMsg/VvMeasureMsg.h"
 
+#include <cmath>
+#include <cstdint>
 #include <limits>
+#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -42,9 +46,41 @@ TEST(ValueText, WritesNumbersWithFixedDecimals) {
     EXPECT_EQ(Number(-10.0016), "-10.002");
     EXPECT_EQ(Number(0), "0.000");
     EXPECT_EQ(Number(12345678), "12345678.000");
-    EXPECT_EQ(Number(2.5, {.decimals = 0}), "2");
+    EXPECT_EQ(Number(-0.5, {.decimals = 1}), "-0.5");
+    EXPECT_EQ(Number(-7, {.decimals = 0}), "-7");
     EXPECT_EQ(Number(0.1234567891, {.decimals = 9}), "0.123456789");
     EXPECT_EQ(Number(std::numeric_limits<double>::max(), {.decimals = 9}).size(), 319u);
+}
+
+TEST(ValueText, RoundsFixedDecimalsHalfAwayFromZero) {
+    EXPECT_EQ(Number(0.1215), "0.122");
+    EXPECT_EQ(Number(-0.1215), "-0.122");
+    EXPECT_EQ(Number(0.5005), "0.500") << "its product is below 500.5";
+    EXPECT_EQ(Number(2.5, {.decimals = 0}), "3");
+    EXPECT_EQ(Number(-2.5, {.decimals = 0}), "-3");
+    EXPECT_EQ(Number(0.9995), "1.000");
+}
+
+TEST(ValueText, WritesTheDigitsOfNumbersWhoseProductHasNoFraction) {
+    EXPECT_EQ(Number(9007199254740.990234375), "9007199254740.990");
+    EXPECT_EQ(Number(9007199254740.9921875), "9007199254740.992");
+    EXPECT_EQ(Number(9007199254740993.0, {.decimals = 0}), "9007199254740992");
+    EXPECT_EQ(Number(-1e22), "-10000000000000000000000.000");
+}
+
+TEST(ValueText, WritesTheNumberOfARegister) {
+    std::mt19937_64 random(20261122);
+    std::uniform_real_distribution<double> values(-2147483.6, 2147483.6);
+    for (int i = 0; i < 1000000; ++i) {
+        const double value = i % 2 == 0 ? values(random) : std::round(values(random) * 16) / 16 + 0.0005;
+        int notANumber = 0;
+        int outOfRange = 0;
+        const std::int32_t expected = VvMeasureMsg_Convert64fTo32s(value, 1000.0, notANumber, outOfRange);
+        std::string digits = Number(value);
+        digits.erase(digits.size() - 4, 1);
+        ASSERT_EQ(std::stol(digits), expected) << value;
+        ASSERT_EQ(notANumber + outOfRange, 0) << value;
+    }
 }
 
 TEST(ValueText, WritesNoSignBeforeNothing) {
