@@ -7,41 +7,50 @@
 
 namespace VorControl {
 
+namespace {
+
+const char* TextOrEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+} // namespace
+
 ControlInfo& ControlInfo::SetTypeName(const char* text) {
-    typeName = text;
+    typeName = TextOrEmpty(text);
     return *this;
 }
 
 ControlInfo& ControlInfo::SetDisplayName(const char* text) {
-    displayName = text;
+    displayName = TextOrEmpty(text);
     return *this;
 }
 
 ControlInfo& ControlInfo::SetDescription(const char* text) {
-    description = text;
+    description = TextOrEmpty(text);
     return *this;
 }
 
 ControlInfo& ControlInfo::SetHelpHtml(const char* text) {
-    helpHtml = text;
+    helpHtml = TextOrEmpty(text);
     return *this;
 }
 
 ControlInfo& ControlInfo::SetHelpUrl(const char* text) {
-    helpUrl = text;
+    helpUrl = TextOrEmpty(text);
     return *this;
 }
 
 ControlInfo& ControlInfo::SetIcon(const char* name, const std::vector<unsigned char>& bytes) {
-    icon = {name, bytes};
+    icon = {TextOrEmpty(name), bytes};
     return *this;
 }
 
 ControlInfo& ControlInfo::AddCategory(const char* text) {
-    if (std::find(categories.begin(), categories.end(), text) != categories.end()) {
-        Vor::Throw(yERROR_ALREADY_EXISTS, "Category %s already added", text);
+    const std::string category = TextOrEmpty(text);
+    if (std::find(categories.begin(), categories.end(), category) != categories.end()) {
+        Vor::Throw(yERROR_ALREADY_EXISTS, "Category %s already added", category);
     }
-    categories.emplace_back(text);
+    categories.push_back(category);
     return *this;
 }
 

@@ -8,7 +8,7 @@ namespace VorControl {
 
 class IControlFactory;
 
-/// Describes one service type that a plug-in offers.
+/// Describes one service type that a plug-in offers. A null text is an empty one.
 class ControlInfo {
 public:
     /// Where the service type may run.

@@ -42,6 +42,17 @@ TEST(ControlInfoTest, SettersChainAndReplace) {
     EXPECT_EQ(info.Icon().bytes, (std::vector<unsigned char>{1, 2, 0, 255}));
 }
 
+TEST(ControlInfoTest, ANullTextIsAnEmptyOne) {
+    ControlInfo info;
+    info.SetTypeName(nullptr).SetDisplayName(nullptr).SetDescription(nullptr).SetHelpHtml(nullptr).SetHelpUrl(nullptr);
+    info.SetIcon(nullptr, {1}).AddCategory(nullptr);
+    for (const std::string& text : {info.TypeName(), info.DisplayName(), info.Description(), info.HelpHtml(),
+                                    info.HelpUrl(), info.Icon().name, info.CategoryAt(0)}) {
+        EXPECT_EQ(text, "");
+    }
+    EXPECT_FAILURE(info.AddCategory(""), yERROR_ALREADY_EXISTS, "Category  already added");
+}
+
 TEST(ControlInfoTest, CategoriesKeepTheOrderOfAddingAndAreUnique) {
     ControlInfo info;
     info.AddCategory("z").AddCategory("a");
