@@ -44,9 +44,10 @@ struct ControlProtocolOperations::PendingAlignment {
         }
     }
 
-    void Abandon() {
+    /// Returns whether the end wasn't reported yet. It isn't from now on.
+    bool Abandon() {
         const std::lock_guard guard(mutex);
-        operations = nullptr;
+        return std::exchange(operations, nullptr) != nullptr;
     }
 };
 
@@ -247,7 +248,15 @@ void ControlProtocolOperations::StartAlignment(const std::string& serviceId, con
         const std::lock_guard guard(alignMutex);
         pendingAlignment = alignment;
     }
-    scanEngineInterface.Alignment(scannerId);
+    try {
+        scanEngineInterface.Alignment(scannerId);
+    } catch (const Vor::Exception& e) {
+        if (alignment->Abandon()) {
+            throw;
+        }
+        // The scanner reported the end before it threw. Another operation may have begun since.
+        Vor::LogThrown(e, "Exception processing action id %u", Number(ActionId::Alignment));
+    }
 }
 
 void ControlProtocolOperations::AlignmentCompletedCallback(const std::string& serviceId, const std::string& scannerId,
@@ -314,6 +323,7 @@ void ControlProtocolOperations::DispatchNext() {
         }
     } else if (status != yERROR_TIMEOUT) {
         Vor::LogError("Dispatcher queue wait failed with error %d", status);
+        yThread_Sleep(QueueWait);
     }
 }
 

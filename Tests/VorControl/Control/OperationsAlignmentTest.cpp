@@ -209,6 +209,26 @@ TEST_F(OperationsAlignmentTest, AnAlignmentMayCompleteBeforeItsCallReturns) {
     }
 }
 
+TEST_F(OperationsAlignmentTest, AScannerThatFailsAfterItReportedTheEndEndsItOnce) {
+    scanEngine.OnCall([&](const std::string& call) {
+        if (call.rfind("Alignment ", 0) == 0) {
+            scanEngine.completed.Raise(AlignCompletionStatus::Succeeded);
+            EXPECT_EQ(ends.WaitFor(), Texts{"a 1"});
+            operations->StopScan("b"); // the slot is free again, and now used by another
+            Vor::Throw(yERROR_NOT_FOUND, "no scanner");
+        }
+    });
+    for (const char* scanner : {"s1", ""}) {
+        auto id = operations->AddOpEndEventHandler("b", ends.Handler("b"));
+        operations->Alignment("a", scanner);
+        EXPECT_EQ(RunToEnd(), Texts{"b 1"});
+        EXPECT_FALSE(SlotIsUsed());
+        operations->RemoveOpEndEventHandler("b", id);
+    }
+    EXPECT_EQ(log.Count(Vor::LevelError, "Exception processing action id 2"), 2U);
+    EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 0U);
+}
+
 TEST_F(OperationsAlignmentTest, AHandlerMayAlignAgain) {
     int left = 3;
     operations->AddOpEndEventHandler("b", [&](int status) {

@@ -5,6 +5,7 @@
 #include "yApi/yObject.h"
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -23,6 +24,15 @@ TEST_F(OperationsDispatcherTest, AFailingQueueWaitIsLoggedAndTheThreadGoesOn) {
     operations->StartScan("a");
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
     EXPECT_EQ(log.Count(Vor::LevelError, "Dispatcher queue wait failed with error -31"), 2U);
+}
+
+TEST_F(OperationsDispatcherTest, AQueueWaitThatKeepsFailingIsTriedAgainAfterAPause) {
+    faults.Set("yMsgQueue_Remove", -31, 0, 1000000);
+    ASSERT_TRUE(Tests::WaitUntil([] { return yFault_HitCount() >= 1; }));
+    const auto first = std::chrono::steady_clock::now();
+    const unsigned hits = yFault_HitCount();
+    ASSERT_TRUE(Tests::WaitUntil([&] { return yFault_HitCount() >= hits + 3; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - first, std::chrono::milliseconds(200));
 }
 
 TEST_F(OperationsDispatcherTest, ATimeOutOfTheQueueWaitIsSilent) {
@@ -58,21 +68,6 @@ TEST_F(OperationsDispatcherTest, WhateverAHandlerThrowsTheThreadGoesOn) {
     operations->StartScan("b");
     loop.RunReady();
     ASSERT_TRUE(Tests::WaitUntil([&] { return log.Count(Vor::LevelError, "EXCEPTION THROWN: ") == 2; }));
-    EXPECT_FALSE(SlotIsUsed());
-}
-
-TEST_F(OperationsDispatcherTest, AnEndWithTheSlotFreeIsHandledAndThenLoggedAsAWrongState) {
-    scanEngine.OnCall([&](const std::string& call) {
-        if (call == "Alignment s1") {
-            scanEngine.completed.Raise(VorScan::AlignCompletionStatus::Succeeded);
-            ASSERT_TRUE(Tests::WaitUntil([&] { return ends.Count() == 1; }));
-            Vor::Throw(yERROR_STATE, "ended and failed");
-        }
-    });
-    operations->Alignment("a", "s1");
-    EXPECT_EQ(RunToEnd(2), (Texts{"a 1", "a 0"}));
-    ASSERT_TRUE(log.WaitFor("Caught exception with status -1000: (no text)"));
-    EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
     EXPECT_FALSE(SlotIsUsed());
 }
 
