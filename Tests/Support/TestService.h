@@ -38,8 +38,15 @@ public:
 
     void Start() override { Note("Start", onStart); }
     void Stop() override { Note("Stop", onStop); }
-    void ParamsUpdate() override { Note("ParamsUpdate", {}); }
-    void ParamsReset() override { Note("ParamsReset", {}); }
+    void ParamsUpdate() override { Note("ParamsUpdate", onParamsUpdate); }
+    void ParamsReset() override { Note("ParamsReset", onParamsReset); }
+    using ProtocolBase::ParamsVersion;
+    const char* ParamsVersion() const override {
+        if (onParamsVersion) {
+            onParamsVersion();
+        }
+        return ProtocolBase::ParamsVersion();
+    }
     void AddControlScanResultsHandler() override {
         Note("AddControlScanResultsHandler", onAddHandler);
         ProtocolBase::AddControlScanResultsHandler();
@@ -83,6 +90,9 @@ public:
     std::shared_ptr<std::vector<std::string>> sharedCalls;
     Hook onStart;
     Hook onStop;
+    Hook onParamsUpdate;
+    Hook onParamsReset;
+    Hook onParamsVersion;
     Hook onAddHandler;
     Hook onRemoveHandler;
     Hook onFactoryRestore;

@@ -6,6 +6,7 @@
 #include "VorApi/LogThrown.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/IControlScanResults.h"
+#include "VorControl/Control/RunCaught.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "VorControl/ControlProtocol/Translate.h"
@@ -27,6 +28,9 @@ using VorCommon::PersistDomain;
 namespace {
 
 constexpr int UpdateFlag = 1;
+
+constexpr const char* StartProblem = "Could not start service: %s";
+constexpr const char* StopProblem = "%1$s";
 
 const char* Translate(const char* text) {
     return ControlProtocol::Translate("beApp.ctrl", text);
@@ -78,22 +82,42 @@ const std::string& ControlInstance::DisplayName() const {
 
 void ControlInstance::Enable(bool on) {
     if (on) {
-        try {
-            protocol->AddControlScanResultsHandler();
-            StartProtocol();
-        } catch (const std::exception& e) {
+        lastFailure = FailureOf(
+            [this] {
+                protocol->AddControlScanResultsHandler();
+                StartProtocol();
+            },
+            StartProblem);
+        if (lastFailure) {
             RemoveScanResultsHandler();
-            Vor::LogWarning("Protocol (%s) failed to start (%s).", id, e.what());
+            Vor::LogWarning("Protocol (%s) failed to start (%s).", id, lastFailure->text);
         }
     } else {
-        try {
-            StopProtocol();
-        } catch (const std::exception& e) {
-            Vor::LogWarning("Protocol (%s) failed to stop (%s).", id, e.what());
+        lastFailure = FailureOf([this] { StopProtocol(); }, StopProblem);
+        if (lastFailure) {
+            Vor::LogWarning("Protocol (%s) failed to stop (%s).", id, lastFailure->text);
         }
         RemoveScanResultsHandler();
     }
     enabled = on;
+}
+
+template <class Work>
+std::optional<EnableFailure> ControlInstance::FailureOf(const Work& work, const char* problemText) {
+    try {
+        work();
+        return std::nullopt;
+    } catch (const std::exception& e) {
+        return EnableFailure{Vor::Exception::StatusOf(e), e.what()};
+    } catch (...) {
+        problemsTracker.Begin();
+        EndWithProblem(problemText, UnknownException);
+        return EnableFailure{yERROR, UnknownException};
+    }
+}
+
+std::optional<EnableFailure> ControlInstance::LastEnableFailure() const {
+    return lastFailure;
 }
 
 bool ControlInstance::IsEnabled() const {
@@ -111,11 +135,11 @@ bool ControlInstance::IsProtocolRunning() const {
 }
 
 void ControlInstance::StartProtocol() {
-    RunTracked(&IProtocol::Start, "Could not start service: %s");
+    RunTracked(&IProtocol::Start, StartProblem);
 }
 
 void ControlInstance::StopProtocol() {
-    RunTracked(&IProtocol::Stop, "%1$s");
+    RunTracked(&IProtocol::Stop, StopProblem);
 }
 
 void ControlInstance::RunTracked(void (IProtocol::*operation)(), const char* problemText) {
@@ -123,21 +147,22 @@ void ControlInstance::RunTracked(void (IProtocol::*operation)(), const char* pro
     try {
         ((*protocol).*operation)();
     } catch (const Vor::Exception& e) {
-        if (problemsManager != nullptr) {
-            problemsTracker.Register(problemsManager->Add(1, Translate("Protocol"), Translate(problemText), e.what()));
-        }
-        problemsTracker.End();
+        EndWithProblem(problemText, e.what());
         Vor::ThrowNested(e.Status(), e.what());
     }
     problemsTracker.End();
 }
 
-void ControlInstance::RemoveScanResultsHandler() {
-    try {
-        protocol->RemoveControlScanResultsHandler();
-    } catch (const std::exception& e) {
-        Vor::LogThrown(e, "EXCEPTION THROWN: ");
+void ControlInstance::EndWithProblem(const char* problemText, const char* reason) {
+    if (problemsManager != nullptr) {
+        problemsTracker.Register(problemsManager->Add(1, Translate("Protocol"), Translate(problemText), reason));
     }
+    problemsTracker.End();
+}
+
+void ControlInstance::RemoveScanResultsHandler() {
+    RunCaught([this] { protocol->RemoveControlScanResultsHandler(); },
+              [](const std::exception& e) { Vor::LogThrown(e, "EXCEPTION THROWN: "); });
 }
 
 ControlInstance::ParamsUpdatedEvent::CallbackId

@@ -86,6 +86,7 @@ public:
     std::shared_ptr<Providers::IControlPersistenceProvider> PersistenceProvider() const override;
     void ResetProtocolToDefaultEnabledState() override;
     bool ProtocolAutoEnableSetting() const override;
+    std::optional<EnableFailure> LastEnableFailure() const override;
 
     /// Whether the status is running, starting or failed-to-stop.
     bool IsProtocolRunning() const;
@@ -95,7 +96,12 @@ private:
     void StopProtocol();
     /// Calls the operation. A Vor::Exception of it is added as a problem with `problemText`, and thrown on.
     void RunTracked(void (ControlProtocol::IProtocol::*operation)(), const char* problemText);
-    /// Logs a std::exception, so that Enable always records the enabled state.
+    /// Adds a problem and ends the tracker's run.
+    void EndWithProblem(const char* problemText, const char* reason);
+    /// Calls the work and returns its failure. One that isn't a std::exception is added as a problem.
+    template <class Work>
+    std::optional<EnableFailure> FailureOf(const Work& work, const char* problemText);
+    /// Logs a failure, so that Enable always records the enabled state.
     void RemoveScanResultsHandler();
     void ProtocolParamsInternalUpdateHandler(bool persist);
     void ProtocolOutputsInternalUpdateHandler(bool persist);
@@ -113,6 +119,7 @@ private:
     const ControlInfo& info;
     bool autoEnable = false; ///< the default of the enabled state
     bool enabled = false;    ///< the argument of the last Enable
+    std::optional<EnableFailure> lastFailure;
     std::string id;
     std::string displayName;
     std::shared_ptr<ControlProtocol::IProtocol> protocol;

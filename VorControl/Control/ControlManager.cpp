@@ -12,6 +12,7 @@
 #include "VorControl/Control/ControlInstance.h"
 #include "VorControl/Control/ControlRegistry.h"
 #include "VorControl/Control/IControlFactory.h"
+#include "VorControl/Control/RunCaught.h"
 #include "yApi/yStatus.h"
 
 #include <exception>
@@ -21,6 +22,14 @@
 namespace VorControl {
 
 using VorCommon::PersistDomain;
+
+namespace {
+
+void LogFailure(const std::exception& e) {
+    Vor::LogThrown(e, "EXCEPTION THROWN: ");
+}
+
+} // namespace
 
 ControlManager::ControlManager(ControlRegistry& registry, IControlScanResults& scanResults,
                                const ControlModuleEnviron& environ)
@@ -162,11 +171,7 @@ const char* ControlManager::Component() {
 void ControlManager::InitPersistDomain(PersistDomain domain, VorCommon::IPersistStore& store) {
     const auto initAll = [&] {
         for (const auto& entry : instances) {
-            try {
-                persistControl.Init(*entry.second, domain, store);
-            } catch (const std::exception& e) {
-                Vor::LogThrown(e, "EXCEPTION THROWN: ");
-            }
+            RunCaught([&] { persistControl.Init(*entry.second, domain, store); }, LogFailure);
         }
     };
     if (domain == PersistDomain::Job) {
@@ -191,16 +196,16 @@ void ControlManager::LoadPersistDomain(PersistDomain domain, const VorCommon::IP
 bool ControlManager::LoadAll(PersistDomain domain, const VorCommon::IPersistStore& store) {
     bool changed = false;
     for (const auto& entry : instances) {
-        try {
-            persistControl.Load(*entry.second, domain, store);
-        } catch (const std::exception& e) {
-            Vor::LogThrown(e, "EXCEPTION THROWN: ");
-            Vor::LogUser(Vor::UserError, "VorControl",
-                         VorGetText::GetInstance().DPGetText(
-                             "BE", "beApp.ctrl",
-                             "Error loading control service '%s' configuration. Loading next service's configuration."),
-                         entry.second->Id());
-        }
+        RunCaught([&] { persistControl.Load(*entry.second, domain, store); },
+                  [&](const std::exception& e) {
+                      LogFailure(e);
+                      Vor::LogUser(Vor::UserError, "VorControl",
+                                   VorGetText::GetInstance().DPGetText("BE", "beApp.ctrl",
+                                                                       "Error loading control service '%s' "
+                                                                       "configuration. Loading next service's "
+                                                                       "configuration."),
+                                   entry.second->Id());
+                  });
         changed = changed || persistControl.LastLoadResult() != Persistence::PersistLoadResult{};
     }
     return changed;
@@ -208,11 +213,7 @@ bool ControlManager::LoadAll(PersistDomain domain, const VorCommon::IPersistStor
 
 void ControlManager::SavePersistDomain(PersistDomain domain, VorCommon::IPersistStore& store) {
     for (const auto& entry : instances) {
-        try {
-            persistControl.Save(*entry.second, domain, store);
-        } catch (const std::exception& e) {
-            Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        }
+        RunCaught([&] { persistControl.Save(*entry.second, domain, store); }, LogFailure);
     }
 }
 
@@ -271,7 +272,7 @@ void ControlManager::RunLoad(const std::function<void()>& operation) {
         try {
             OnPersistenceLoad(PersistenceLoadOpState::End);
         } catch (const std::exception& e) {
-            Vor::LogThrown(e, "EXCEPTION THROWN: ");
+            LogFailure(e);
         }
         throw;
     }
@@ -289,6 +290,7 @@ void ControlManager::LivePostStopScanEventHandler() {
 }
 
 void ControlManager::NotifyEnabled(void (IControlInstance::*handler)(), const Vor::LocatedFormat& failureText) {
+    std::exception_ptr first;
     for (const auto& entry : instances) {
         IControlInstance& instance = *entry.second;
         try {
@@ -297,7 +299,12 @@ void ControlManager::NotifyEnabled(void (IControlInstance::*handler)(), const Vo
             }
         } catch (const Vor::Exception& e) {
             Vor::LogThrown(e, failureText, instance.Id());
+        } catch (...) {
+            first = first == nullptr ? std::current_exception() : first;
         }
+    }
+    if (first != nullptr) {
+        std::rethrow_exception(first);
     }
 }
 

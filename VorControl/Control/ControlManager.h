@@ -70,7 +70,8 @@ private:
     void LivePreStartScanEventHandler();
     void LivePostStopScanEventHandler();
     void FactoryRestoreEventHandler();
-    /// Calls the handler of each enabled service. A Vor::Exception is logged with the text and the service's id.
+    /// Calls the handler of each enabled service. A Vor::Exception is logged with the text and the service's id. Of
+    /// other exceptions the first is thrown when all services were called.
     void NotifyEnabled(void (IControlInstance::*handler)(), const Vor::LocatedFormat& failureText);
 
     ControlRegistry& registry;

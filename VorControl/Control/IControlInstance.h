@@ -3,12 +3,14 @@
 #include "VorApi/Event.h"
 #include "VorApi/Params/Group.h"
 #include "VorCommon/PersistDomain.h"
+#include "VorControl/Control/EnableFailure.h"
 #include "VorControl/ControlProtocol/ProtocolPersistOptions.h"
 #include "VorControl/ControlProtocol/ProtocolStatus.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,8 +62,8 @@ public:
     virtual const std::string& TypeName() const = 0;
     virtual const std::string& Id() const = 0;
     virtual const std::string& DisplayName() const = 0;
-    /// Starts or stops the service, also when it is called again with the same value. A std::exception of the start or
-    /// stop isn't thrown on: the log, the problems and the status report it.
+    /// Starts or stops the service, also when it is called again with the same value. What the start or stop throws
+    /// isn't thrown on: the log, the problems, the status and LastEnableFailure report it.
     virtual void Enable(bool on) = 0;
     /// The argument of the last Enable, whether that succeeded or not.
     virtual bool IsEnabled() const = 0;
@@ -147,6 +149,10 @@ public:
     virtual std::shared_ptr<Providers::IControlPersistenceProvider> PersistenceProvider() const = 0;
     virtual void ResetProtocolToDefaultEnabledState() = 0;
     virtual bool ProtocolAutoEnableSetting() const = 0;
+
+    /// Why the last Enable failed; nothing when it succeeded, and before the first. Not while Enable runs on another
+    /// thread.
+    virtual std::optional<EnableFailure> LastEnableFailure() const = 0;
 };
 
 } // namespace VorControl

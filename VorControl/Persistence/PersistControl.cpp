@@ -202,17 +202,28 @@ void PersistControl::LoadControlInstance(bool keepEnabled, IControlInstance& ins
     json& section = doc.at(ControlKey);
     const bool enabled = ReadEnableSetting(instance, section);
     bool failed = false;
+    std::exception_ptr other; // isn't a std::exception
     if (enabled) {
         try {
             LoadControlInstanceSettings(instance, section);
         } catch (const std::exception&) {
             failed = true;
+        } catch (...) {
+            other = std::current_exception();
         }
     }
     ApplyEnableSetting(instance, enabled);
     if (failed) {
         Vor::Throw(yERROR);
     }
+    if (other != nullptr) {
+        std::rethrow_exception(other);
+    }
+}
+
+void PersistControl::LoadSettings(IControlInstance& instance, json& section) {
+    ResetControlInstance(true, instance);
+    LoadControlInstanceSettings(instance, section);
 }
 
 // Resets what the file will set.

@@ -30,6 +30,11 @@ public:
     ///         before the failure.
     void Load(IControlInstance& instance, VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
 
+    /// Loads the settings of a service without a persistence provider from its file's section, also when the service is
+    /// disabled there. It is neither started nor stopped.
+    /// @throws Vor::Exception or nlohmann::json::exception as Load().
+    void LoadSettings(IControlInstance& instance, nlohmann::json& section);
+
     /// @throws Vor::Exception; then the file isn't changed.
     void Save(IControlInstance& instance, VorCommon::PersistDomain domain, VorCommon::IPersistStore& store);
 

@@ -3,8 +3,10 @@
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
+#include "VorControl/Control/RunCaught.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
 #include "VorControl/Persistence/PersistFields.h"
 #include "VorControl/Persistence/RunUpdate.h"
@@ -14,6 +16,8 @@
 #include "yApi/yString.h"
 
 #include <cstddef>
+#include <exception>
+#include <stdexcept>
 
 #include <nlohmann/json.hpp>
 
@@ -32,17 +36,6 @@ namespace {
 
 /// Each pass applies the whole document again, as applying it can change the set of parameters.
 constexpr unsigned int MaxDynamicParamPasses = 5;
-
-/// Returns the result of a category. Its failure is logged, and the next category can be loaded.
-template <class Category>
-PersistLoadResult LoadCategory(const Category& load) {
-    try {
-        return load();
-    } catch (const std::exception& e) {
-        Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        return PersistLoadResult::Failed;
-    }
-}
 
 } // namespace
 
@@ -144,17 +137,66 @@ void ControlPersistenceProvider::Save(PersistDomain domain, json& section) {
     }
 }
 
+ControlPersistenceProvider::LoadOutcome ControlPersistenceProvider::LoadWithNotes(PersistDomain domain,
+                                                                                  const json& section) {
+    const Vor::Locker locker(lock.Get());
+    UserNotes collected;
+    notes = &collected;
+    const Vor::AtScopeEnd loaded([this] { notes = nullptr; });
+    const PersistLoadResult result = Load(domain, section);
+    return {result, collected.Texts()};
+}
+
+void ControlPersistenceProvider::Note(const std::string& text) {
+    if (notes != nullptr) {
+        notes->Add(text);
+    }
+}
+
+void ControlPersistenceProvider::NoteThrown(const std::exception& e) {
+    if (*e.what() != '\0') {
+        Note(e.what());
+    }
+    try {
+        std::rethrow_if_nested(e);
+    } catch (const std::exception& cause) {
+        NoteThrown(cause);
+    } catch (...) {
+        Note(UnknownException);
+    }
+}
+
+template <class LoadStep, class ResetStep>
+PersistLoadResult ControlPersistenceProvider::LoadCategory(const LoadStep& load, const ResetStep& reset) {
+    const auto report = [this](const std::exception& e) {
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
+        NoteThrown(e);
+    };
+    try {
+        return load();
+    } catch (const std::exception& e) {
+        report(e);
+    } catch (...) {
+        report(std::runtime_error(UnknownException));
+        ResetAfterFailure(reset);
+    }
+    return PersistLoadResult::Failed;
+}
+
 PersistLoadResult ControlPersistenceProvider::Load(PersistDomain domain, const json& section) {
     const Vor::Locker locker(lock.Get());
     PersistLoadResult result = PersistLoadResult::None;
     if (HasParamsRegistration(domain)) {
-        UpdateLoadResult(result, LoadCategory([&] { return LoadParameters(domain, section); }));
+        UpdateLoadResult(
+            result, LoadCategory([&] { return LoadParameters(domain, section); }, [&] { InitParameters(domain); }));
     }
     if (HasOutputsMapRegistration(domain)) {
-        UpdateLoadResult(result, LoadCategory([&] { return LoadOutputsMap(domain, section); }));
+        UpdateLoadResult(
+            result, LoadCategory([&] { return LoadOutputsMap(domain, section); }, [&] { InitOutputsMap(domain); }));
     }
     if (HasRegisterAssemblyGroupRegistration(domain)) {
-        UpdateLoadResult(result, LoadCategory([&] { return LoadRegisterAssemblyGroup(domain, section); }));
+        UpdateLoadResult(result, LoadCategory([&] { return LoadRegisterAssemblyGroup(domain, section); },
+                                              [&] { InitRegisterAssemblyGroup(domain); }));
     }
     return result;
 }
@@ -210,7 +252,7 @@ PersistLoadResult ControlPersistenceProvider::LoadParameters(PersistDomain domai
             LoadParamsVersionCheck(domain, protocol.ParamsVersion(domain), stored ? stored->c_str() : nullptr);
         return updated ? result : PersistLoadResult::Failed;
     } catch (const std::exception& e) {
-        Vor::LogThrown(e, "%s encountered an error while loading parameters for domain %s", Name(), domainName);
+        ReportThrown(e, "%s encountered an error while loading parameters for domain %s", Name(), domainName);
         ResetAfterFailure([&] { InitParameters(domain); });
         return PersistLoadResult::Failed;
     }
@@ -232,7 +274,7 @@ bool ControlPersistenceProvider::UpdateParameters(PersistDomain domain, Vor::Par
         }
         return true;
     } catch (const std::exception& e) {
-        Vor::LogThrown(e, "%s encountered error updating parameters for domain %s", Name(), PersistDomain_Name(domain));
+        ReportThrown(e, "%s encountered error updating parameters for domain %s", Name(), PersistDomain_Name(domain));
         return false;
     }
 }

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "Vor/Format.h"
+#include "Vor/LocatedFormat.h"
 #include "VorApi/Handle.h"
+#include "VorApi/LogThrown.h"
 #include "VorApi/Params/Group.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
+#include "VorControl/Providers/UserNotes.h"
 #include "yApi/yLock.h"
 
 #include <array>
@@ -40,6 +44,14 @@ public:
     void RegisterOutputsMap(VorCommon::PersistDomain domain) override;
     void RegisterRegisterAssemblyGroup(VorCommon::PersistDomain domain) override;
 
+    /// A load's result, and what the user should know about it: why something was left out, upgraded or has failed.
+    struct LoadOutcome {
+        Persistence::PersistLoadResult result = Persistence::PersistLoadResult::None;
+        std::vector<std::string> notes;
+    };
+    /// As Load.
+    LoadOutcome LoadWithNotes(VorCommon::PersistDomain domain, const nlohmann::json& section);
+
     /// False for a domain for which nothing was registered.
     bool HasParamsRegistration(VorCommon::PersistDomain domain) const;
     bool HasOutputsMapRegistration(VorCommon::PersistDomain domain) const;
@@ -75,6 +87,26 @@ private:
     /// A version in the file, which may be missing.
     using StoredVersion = std::optional<std::string>;
 
+    /// Log an error of a load, and note it.
+    template <typename... Args>
+    void ReportError(const Vor::LocatedFormat& text, const Args&... args) {
+        Vor::LogError(text, args...);
+        Note(Vor::Format(text.text, args...));
+    }
+    template <typename... Args>
+    void ReportThrown(const std::exception& e, const Vor::LocatedFormat& text, const Args&... args) {
+        Vor::LogThrown(e, text, args...);
+        Note(Vor::Format(text.text, args...));
+        NoteThrown(e);
+    }
+    void Note(const std::string& text);
+    /// Notes the texts of the exception and of those nested in it.
+    void NoteThrown(const std::exception& e);
+
+    /// Returns the result of a category. What isn't a std::exception is a failure, too, after which it is reset.
+    template <class LoadStep, class ResetStep>
+    PersistLoadResult LoadCategory(const LoadStep& load, const ResetStep& reset);
+
     void Register(PersistDomain domain, PersistenceDataCategory category);
     PersistenceDataTable& AddPersistenceDataTable(PersistDomain domain);
     bool HasRegistration(PersistDomain domain, PersistenceDataCategory category) const;
@@ -107,12 +139,13 @@ private:
     void ReportUnsupportedAssembly(const RegisterAssemblyIntExtIds& ids) const;
 
     ControlProtocol::IProtocol& protocol;
-    /// Reentrant; guards the two members below and serialises the operations. It is held during calls of the service,
+    /// Reentrant; guards the members below and serialises the operations. It is held during calls of the service,
     /// and ranks before the locks of the service's objects.
     Vor::Handle<yLock, yLock_Destroy> lock;
     std::map<PersistDomain, PersistenceDataTable> persistenceDataTable;
     /// The assemblies that the file of the current load has had so far.
     std::vector<std::string> loadedAssemblyIds;
+    UserNotes* notes = nullptr; ///< of the current LoadWithNotes
 };
 
 } // namespace VorControl::Providers

@@ -1,7 +1,6 @@
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
-#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/IOutputMapCheck.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
@@ -66,7 +65,7 @@ PersistLoadResult ControlPersistenceProvider::LoadOutputsMap(PersistDomain domai
         return RunUpdate([&] { return UpdateOutputsMap(domain, *outputs, section.at(PERSISTENCE_FIELD_NAME_OUTPUTS)); },
                          [&] { protocol.EndUpdateOutputsMap(domain, NoVersion); });
     } catch (const std::exception& e) {
-        Vor::LogThrown(e, "%s encountered an error while loading outputs map for domain %s", Name(), domainName);
+        ReportThrown(e, "%s encountered an error while loading outputs map for domain %s", Name(), domainName);
         ResetAfterFailure([&] { InitOutputsMap(domain); });
         return PersistLoadResult::Failed;
     }
@@ -84,8 +83,7 @@ PersistLoadResult ControlPersistenceProvider::UpdateOutputsMap(PersistDomain dom
         lock.Unlock();
         return PersistLoadResult::None;
     } catch (const std::exception& e) {
-        Vor::LogThrown(e, "%s encountered error updating outputs map for domain %s", Name(),
-                       PersistDomain_Name(domain));
+        ReportThrown(e, "%s encountered error updating outputs map for domain %s", Name(), PersistDomain_Name(domain));
         return PersistLoadResult::Failed;
     }
 }

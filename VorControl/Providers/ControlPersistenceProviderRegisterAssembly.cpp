@@ -1,7 +1,6 @@
 #include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
-#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
@@ -135,8 +134,8 @@ bool ControlPersistenceProvider::IsLoadableRegisterAssemblyGroupConfig(PersistDo
     const char* const domainName = PersistDomain_Name(domain);
     const auto group = protocol.RegisterAssemblyGroup(domain);
     if (group == nullptr) {
-        Vor::LogError("%s has no register assemblies to which to apply the configurations for domain %s.", Name(),
-                      domainName);
+        ReportError("%s has no register assemblies to which to apply the configurations for domain %s.", Name(),
+                    domainName);
         result = PersistLoadResult::Failed;
         return false;
     }
@@ -167,30 +166,30 @@ bool ControlPersistenceProvider::HasWellFormedRegisterAssemblyLists(PersistDomai
     const char* const domainName = PersistDomain_Name(domain);
     const json& list = section.at(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
     if (!std::all_of(list.begin(), list.end(), HasBlocks)) {
-        Vor::LogError("%s register assembly configuration has incorrectly formatted register assembly block list for "
-                      "domain %s. Register assembly list will not be loaded.",
-                      Name(), domainName);
+        ReportError("%s register assembly configuration has incorrectly formatted register assembly block list for "
+                    "domain %s. Register assembly list will not be loaded.",
+                    Name(), domainName);
         return false;
     }
     if (!section.contains(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST)) {
         return true;
     }
     if (!IsFilledArray(section, PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST)) {
-        Vor::LogError("%s register assembly configuration has incorrectly formatted register assembly version list "
-                      "for domain %s. Register assembly list will not be loaded.",
-                      Name(), domainName);
+        ReportError("%s register assembly configuration has incorrectly formatted register assembly version list "
+                    "for domain %s. Register assembly list will not be loaded.",
+                    Name(), domainName);
         return false;
     }
     const json& versions = section.at(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST);
     if (list.size() != versions.size()) {
-        Vor::LogError("%s register assembly configuration size (%zu) and the version list size (%zu) are not the same. "
-                      "Register assembly list will not be loaded.",
-                      Name(), list.size(), versions.size());
+        ReportError("%s register assembly configuration size (%zu) and the version list size (%zu) are not the same. "
+                    "Register assembly list will not be loaded.",
+                    Name(), list.size(), versions.size());
         return false;
     }
     if (!std::all_of(versions.begin(), versions.end(), HasIdAndVersion)) {
-        Vor::LogError("%s register assembly version list is missing the id or version fields for domain %s.", Name(),
-                      domainName);
+        ReportError("%s register assembly version list is missing the id or version fields for domain %s.", Name(),
+                    domainName);
         return false;
     }
     return true;
@@ -218,11 +217,10 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyEntry(PersistD
     try {
         return LoadRegisterAssembly(domain, ids, entry, versionRecord);
     } catch (const std::exception& e) {
-        Vor::LogThrown(
-            e,
-            "%s encountered an error while loading connection map %s. Please check if the connection map data "
-            "sources are correct.",
-            Name(), ids.id);
+        ReportThrown(e,
+                     "%s encountered an error while loading connection map %s. Please check if the connection map data "
+                     "sources are correct.",
+                     Name(), ids.id);
         return PersistLoadResult::Failed;
     }
 }
@@ -283,11 +281,10 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyBlocks(Persist
         return RunUpdate([&] { return FillRegisterAssembly(*assembly, ids.id, entry); },
                          [&] { protocol.EndUpdateRegisterAssembly(domain, ids.id.c_str(), version); });
     } catch (const std::exception& e) {
-        Vor::LogThrown(
-            e,
-            "%s encountered an error while loading connection map %s. Please check if the connection map data "
-            "sources are correct.",
-            Name(), ids.id);
+        ReportThrown(e,
+                     "%s encountered an error while loading connection map %s. Please check if the connection map data "
+                     "sources are correct.",
+                     Name(), ids.id);
         return PersistLoadResult::Failed;
     }
 }
@@ -302,7 +299,7 @@ PersistLoadResult ControlPersistenceProvider::FillRegisterAssembly(IProtocolRegi
         return assembly.Add(params) != 0 ? PersistLoadResult::AssemblyInPart : PersistLoadResult::None;
     } catch (const std::exception& e) {
         assembly.InitDefaultRegisterBlocksForRegisterAssembly();
-        Vor::LogThrown(
+        ReportThrown(
             e,
             "%s encountered an error while updating connection map %s. Please check if the connection map data "
             "sources are correct.",

@@ -3,6 +3,7 @@
 #include "Vor/LocatedFormat.h"
 #include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
+#include "VorControl/Control/RunCaught.h"
 #include "VorControl/ControlProtocol/Translate.h"
 
 #include <cstdint>
@@ -31,11 +32,7 @@ auto RunLogged(const Step& step, const Vor::LocatedFormat& failureText, const Ar
 /// Resets to the defaults what couldn't be loaded. A failure of that is logged.
 template <class Reset>
 void ResetAfterFailure(const Reset& reset) {
-    try {
-        reset();
-    } catch (const std::exception& e) {
-        Vor::LogThrown(e, "EXCEPTION THROWN: ");
-    }
+    RunCaught(reset, [](const std::exception& e) { Vor::LogThrown(e, "EXCEPTION THROWN: "); });
 }
 
 } // namespace VorControl::Providers

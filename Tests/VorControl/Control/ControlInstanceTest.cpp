@@ -175,15 +175,74 @@ TEST_F(ControlInstanceTest, AnotherStandardExceptionOfStartIsLoggedWithoutAProbl
     EXPECT_EQ(Problems().size(), 1U);
 }
 
-TEST_F(ControlInstanceTest, AnythingElseOutOfStartPassesOn) {
+TEST_F(ControlInstanceTest, AnythingElseOutOfStartIsAFailedStart) {
     service->onStart = [] { throw 5; };
-    EXPECT_THROW(instance->Enable(true), int);
-    EXPECT_FALSE(instance->IsEnabled());
-    EXPECT_EQ(service->calls, (Calls{"AddControlScanResultsHandler", "Start"}));
-    service->onStart = {};
     instance->Enable(true);
     EXPECT_TRUE(instance->IsEnabled());
+    EXPECT_EQ(service->calls, (Calls{"AddControlScanResultsHandler", "Start", "RemoveControlScanResultsHandler"}));
+    EXPECT_EQ(log.Count(Vor::LevelWarning, "Protocol (type) failed to start (unknown exception)."), 1U);
+    ASSERT_EQ(Problems().size(), 1U);
+    EXPECT_EQ(Problems()[0].severity, 1);
+    EXPECT_EQ(Problems()[0].title, "Protocol");
+    EXPECT_EQ(Problems()[0].text, "Could not start service: unknown exception");
+    instance->Enable(true);
+    EXPECT_EQ(Problems().size(), 1U);
+    service->onStart = {};
+    instance->Enable(true);
     EXPECT_TRUE(Problems().empty());
+}
+
+TEST_F(ControlInstanceTest, AnythingElseOutOfStopIsAFailedStop) {
+    instance->Enable(true);
+    service->calls.clear();
+    service->onStop = [] { throw 5; };
+    instance->Enable(false);
+    EXPECT_FALSE(instance->IsEnabled());
+    EXPECT_EQ(service->calls, (Calls{"Stop", "RemoveControlScanResultsHandler"}));
+    EXPECT_EQ(log.Count(Vor::LevelWarning, "Protocol (type) failed to stop (unknown exception)."), 1U);
+    ASSERT_EQ(Problems().size(), 1U);
+    EXPECT_EQ(Problems()[0].text, "unknown exception");
+}
+
+TEST_F(ControlInstanceTest, AnythingElseOutOfTheResultHandlerIsAFailureToo) {
+    service->onAddHandler = [] { throw 5; };
+    instance->Enable(true);
+    EXPECT_TRUE(instance->IsEnabled());
+    ASSERT_EQ(Problems().size(), 1U);
+    EXPECT_EQ(Problems()[0].text, "Could not start service: unknown exception");
+    service->onAddHandler = {};
+    instance->Enable(true);
+    EXPECT_TRUE(Problems().empty());
+
+    service->onRemoveHandler = [] { throw 5; };
+    instance->Enable(false);
+    EXPECT_FALSE(instance->IsEnabled());
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "EXCEPTION THROWN: "));
+    EXPECT_FALSE(instance->LastEnableFailure());
+    service->onRemoveHandler = {};
+}
+
+TEST_F(ControlInstanceTest, KeepsWhyItsLastStartOrStopFailed) {
+    const auto failure = [this](bool on) {
+        instance->Enable(on);
+        const auto last = instance->LastEnableFailure();
+        return last ? std::to_string(last->status) + " " + last->text : "none";
+    };
+    EXPECT_FALSE(instance->LastEnableFailure());
+    service->onStart = [] { Vor::Throw(yERROR_CONFLICT, "port 502 is taken"); };
+    EXPECT_EQ(failure(true), "-980 port 502 is taken");
+    service->onStart = [] { throw std::runtime_error("no luck"); };
+    EXPECT_EQ(failure(true), "0 no luck");
+    service->onStart = [] { throw 5; };
+    EXPECT_EQ(failure(true), "0 unknown exception");
+    service->onStart = [] { Vor::Throw(-5); };
+    EXPECT_EQ(failure(true), "-5 ");
+    service->onStart = {};
+    EXPECT_EQ(failure(true), "none");
+    service->onStop = [] { Vor::Throw(-6, "stuck"); };
+    EXPECT_EQ(failure(false), "-6 stuck");
+    service->onStop = {};
+    EXPECT_EQ(failure(false), "none");
 }
 
 TEST_F(ControlInstanceTest, AFailedStopIsAProblemAndStillRemovesTheResultHandler) {

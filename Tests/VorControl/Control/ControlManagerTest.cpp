@@ -421,18 +421,39 @@ TEST_F(ControlManagerTest, AReportedLoadResultAnnouncesTheDomainOnceAfterTheLoad
     EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
 }
 
-TEST_F(ControlManagerTest, ALoadThatEndsWithoutAStandardExceptionEndsTheWholeAndIsOver) {
+TEST_F(ControlManagerTest, ALoadThatThrowsNoStandardExceptionIsLoggedAndTheNextServiceIsLoaded) {
     BuildTwo();
     NoteLoadEvents();
     store.files[PathOf("a")] = EnabledConfiguration();
     store.files[PathOf("b")] = EnabledConfiguration();
-    A()->onStart = [] { throw 5; };
-    EXPECT_THROW(manager->LoadPersistDomain(PersistDomain::Job, store), int);
+    A()->onParamsUpdate = [] { throw 5; };
+    manager->LoadPersistDomain(PersistDomain::Job, store);
+    A()->onParamsUpdate = {};
     EXPECT_EQ(calls->back(), "load ends");
-    EXPECT_FALSE(manager->GetInstance("b").IsEnabled());
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "EXCEPTION THROWN: "));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Caught std::runtime_error: unknown exception"));
+    EXPECT_EQ(log.Count(Vor::UserError, "Error loading control service 'a' configuration. Loading next service's "
+                                        "configuration."),
+              1U);
+    EXPECT_TRUE(manager->GetInstance("a").IsEnabled());
+    EXPECT_TRUE(manager->GetInstance("b").IsEnabled());
     B()->NotifyParamsInternalUpdateEventHandler(true);
     EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
-    A()->onStart = {};
+}
+
+TEST_F(ControlManagerTest, AnInitOrSaveThatThrowsNoStandardExceptionIsLoggedAndTheNextServiceFollows) {
+    BuildTwo();
+    A()->onParamsReset = [] { throw 5; };
+    manager->InitPersistDomain(PersistDomain::Job, store);
+    A()->onParamsReset = {};
+    EXPECT_EQ(std::count(calls->begin(), calls->end(), "b: ParamsReset"), 1);
+    EXPECT_EQ(log.Count(Vor::LevelError, "Caught std::runtime_error: unknown exception"), 1U);
+
+    A()->onParamsVersion = [] { throw 5; };
+    manager->SavePersistDomain(PersistDomain::Job, store);
+    A()->onParamsVersion = {};
+    EXPECT_EQ(store.writes, Calls{PathOf("b")});
+    EXPECT_EQ(log.Count(Vor::LevelError, "Caught std::runtime_error: unknown exception"), 2U);
 }
 
 TEST_F(ControlManagerTest, ALoadHandlerThatThrowsEndsTheLoadAndIsOver) {
@@ -513,12 +534,18 @@ TEST_F(ControlManagerTest, TwoServicesThatFailAtAScanEventGiveTwoEntriesAndNoExc
     }
 }
 
-TEST_F(ControlManagerTest, AnotherExceptionAtAScanEventReachesTheRaiser) {
+TEST_F(ControlManagerTest, TheFirstOtherExceptionAtAScanEventReachesTheRaiserWhenAllWereNotified) {
     BuildTwo();
     manager->GetInstance("a").Enable(true);
-    A()->onScanState = [] { throw std::runtime_error("no"); };
+    manager->GetInstance("b").Enable(true);
+    calls->clear();
+    A()->onScanState = [] { throw 5; };
+    B()->onScanState = [] { throw std::runtime_error("no"); };
+    EXPECT_THROW(environ.preStart.Raise(), int);
+    EXPECT_THROW(environ.postStop.Raise(), int);
+    EXPECT_EQ(*calls, (Calls{"a: scan started", "b: scan started", "a: scan stopped", "b: scan stopped"}));
+    A()->onScanState = {};
     EXPECT_THROW(environ.preStart.Raise(), std::runtime_error);
-    EXPECT_THROW(environ.postStop.Raise(), std::runtime_error);
 }
 
 TEST_F(ControlManagerTest, AFailedRestoreEndsTheWalkAndReachesTheRaiser) {

@@ -79,19 +79,23 @@ TEST_F(MisbehavingServicesTest, AStartThatFailsShowsInTheStatusAndInTheProblemsW
     EXPECT_EQ(WellStarts(), 1);
 }
 
-TEST_F(MisbehavingServicesTest, AStartThatThrowsNoStandardExceptionEndsTheLoadAndLeavesTheModuleUsable) {
+TEST_F(MisbehavingServicesTest, AStartThatThrowsNoStandardExceptionIsAFailedStartAndTheOthersRun) {
     Load("StartThrowsInt");
     Build();
     Enable("startThrowsInt");
     Enable("well");
-    EXPECT_THROW(module->Manager().LoadPersistDomain(PersistDomain::Job, store), int);
-    EXPECT_FALSE(Service("well").IsEnabled());
-    well.lock()->NotifyParamsInternalUpdateEventHandler(true);
-    EXPECT_FALSE(environ.registrar.announcements.empty());
-
-    store.files.erase("/controls/startThrowsInt/config.json");
     module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+    EXPECT_TRUE(Service("startThrowsInt").IsEnabled());
+    ASSERT_EQ(environ.problems.List().size(), 1U);
+    EXPECT_EQ(environ.problems.List()[0].text, "Could not start service: unknown exception");
     EXPECT_TRUE(Service("well").IsEnabled());
+    EXPECT_EQ(WellStarts(), 1);
+
+    module->Manager().SavePersistDomain(PersistDomain::Job, store);
+    for (const char* type : {"startThrowsInt", "well"}) {
+        const std::string saved = store.files["/controls/" + std::string(type) + "/config.json"];
+        EXPECT_NE(saved.find(R"("enabled":true)"), std::string::npos) << saved;
+    }
 }
 
 TEST_F(MisbehavingServicesTest, ATakenTypeNameCostsThatRecordAlone) {

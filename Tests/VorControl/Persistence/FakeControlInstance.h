@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -186,6 +187,7 @@ public:
     }
     void ResetProtocolToDefaultEnabledState() override { Note("ResetProtocolToDefaultEnabledState"); }
     bool ProtocolAutoEnableSetting() const override { return autoEnable; }
+    std::optional<VorControl::EnableFailure> LastEnableFailure() const override { return std::nullopt; }
 
     std::string typeName = "fake";
     std::string id = "fake";

@@ -50,6 +50,21 @@ TEST(PersistLoadResultTest, TheValuesAreThoseThatOthersRead) {
     EXPECT_EQ(static_cast<int>(PersistLoadResult::Failed), -1);
 }
 
+// The settings alone
+
+TEST_F(PersistControlTest, TheSettingsAreLoadedWithoutStartOrStop) {
+    instance.hasGroup = false;
+    json section = json::parse(R"({"enabled":false,"parameters":{"port":7},"parametersVersion":"1"})");
+    control.LoadSettings(instance, section);
+    EXPECT_EQ(instance.params->port.Get(), 7);
+    EXPECT_EQ(instance.calls,
+              (Calls{"ResetInstance true 4", "BeginUpdateParameters", "ParamsUpdate", "EndUpdateParameters"}));
+    section["parametersVersion"] = "0";
+    EXPECT_FAILURE(control.LoadSettings(instance, section), yERROR_VERSION,
+                   "Error loading parameters for service 'Fake Service'");
+    EXPECT_FALSE(instance.enabled);
+}
+
 // Init
 
 TEST_F(PersistControlTest, InitOfTheJobResetsEverythingAndWritesNothing) {

@@ -156,6 +156,31 @@ TEST_F(ControlPersistenceProviderTest, ACategoryThatThrowsIsLoggedAndTheNextIsLo
     ExpectThrown("EXCEPTION THROWN: ", "no parameters today");
 }
 
+TEST_F(ControlPersistenceProviderTest, ALoadReturnsItsNotesBesideItsResult) {
+    provider.RegisterParams(Domain::Job);
+    service.actions["UpdateDynamicParams job"] = [] {
+        std::thread([] { Vor::LogUser(Vor::UserInfo, "Test", "of another thread"); }).join();
+        for (int i = 0; i < 2; ++i) {
+            Vor::LogUser(Vor::UserInfo, "Test", "port %d is low", 7);
+        }
+        Vor::LogWarning("not for users");
+        try {
+            Vor::Throw(yERROR_CONFLICT, "the cause");
+        } catch (const Vor::Exception&) {
+            Vor::ThrowNested(yERROR, "the failure");
+        }
+    };
+    const json section = json::parse(R"({"parameters":{"port":7},"parametersVersion":"2"})");
+    const auto failed = provider.LoadWithNotes(Domain::Job, section);
+    EXPECT_EQ(failed.result, Result::Failed);
+    EXPECT_EQ(failed.notes, (Calls{"port 7 is low", "Display encountered error updating parameters for domain job",
+                                   "the failure", "the cause"}));
+    service.actions.clear();
+    const auto loaded = provider.LoadWithNotes(Domain::Job, section);
+    EXPECT_EQ(loaded.result, Result::None);
+    EXPECT_TRUE(loaded.notes.empty());
+}
+
 TEST_F(ControlPersistenceProviderTest, ALockThatCannotBeEnteredFailsTheOperation) {
     provider.RegisterParams(Domain::Job);
     const auto fault = [] { yFault_SetHere("yLock_Enter", yERROR_BUSY, 0, 1); };

@@ -234,6 +234,9 @@ TEST_F(ProviderParamsTest, DefaultsThatCannotBeRestoredAreLoggedAndTheUpdateEnds
 
 TEST_F(ProviderParamsTest, AnUpdateEndsAlsoAfterAForeignException) {
     service.actions["UpdateDynamicParams job"] = [] { throw 7; };
-    EXPECT_THROW(Load(R"({"parameters":{"port":1502},"parametersVersion":"2"})"), int);
-    EXPECT_EQ(service.calls.back(), "EndUpdateParams job 2");
+    EXPECT_EQ(Load(R"({"parameters":{"port":1502},"parametersVersion":"2"})"), Result::Failed);
+    EXPECT_EQ(service.calls, (Calls{"BeginUpdateParams job 2", "ParamsReset job", "UpdateDynamicParams job",
+                                    "EndUpdateParams job 2", "ParamsReset job"}));
+    EXPECT_EQ(service.params->port.Get(), 502);
+    ExpectThrown("EXCEPTION THROWN: ", "unknown exception");
 }

@@ -441,8 +441,10 @@ TEST_F(ProviderRegisterAssemblyTest, AnUpdateEndsAlsoAfterAForeignException) {
         void ResetRegisterAssembly() override { throw 7; }
     };
     service.group->Add(std::make_shared<ThrowingAssembly>());
-    EXPECT_THROW(Load(Section(Entry("a", ""), Version("a"))), int);
-    EXPECT_EQ(service.Changes().back(), "EndUpdateRegisterAssembly job a 7");
+    EXPECT_EQ(Load(Section(Entry("a", ""), Version("a"))), Result::Failed);
+    const Calls changes = service.Changes();
+    EXPECT_EQ(std::count(changes.begin(), changes.end(), "EndUpdateRegisterAssembly job a 7"), 1);
+    ExpectThrown("EXCEPTION THROWN: ", "unknown exception");
 }
 
 TEST_F(ProviderRegisterAssemblyTest, AFullSetOfBlocksIsLoaded) {
