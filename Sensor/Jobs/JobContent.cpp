@@ -1,12 +1,12 @@
 #include "Sensor/Jobs/JobContent.h"
 
-#include "Vor/JsonText.h"
+#include "Sensor/Jobs/JobFormat.h"
 #include "VorCommon/ArchiveStore.h"
+#include "VorControl/Persistence/PersistFields.h"
 
 #include <array>
 #include <ctime>
 #include <filesystem>
-#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 
@@ -15,21 +15,7 @@ namespace Sensor::Jobs {
 namespace {
 
 using nlohmann::json;
-
-constexpr std::string_view Extension = ".vrjob";
-constexpr std::string_view ServicesFolder = "controls/";
-constexpr std::string_view ServiceFile = "/config.json";
-
-/// The id of the service whose file this is; empty for another file.
-std::string ServiceOf(std::string_view entry) {
-    if (!entry.starts_with(ServicesFolder) || !entry.ends_with(ServiceFile) ||
-        entry.size() <= ServicesFolder.size() + ServiceFile.size()) {
-        return {};
-    }
-    const std::string_view id =
-        entry.substr(ServicesFolder.size(), entry.size() - ServicesFolder.size() - ServiceFile.size());
-    return id.find('/') == std::string_view::npos ? std::string(id) : std::string();
-}
+using namespace VorControl::Persistence;
 
 /// The member, or null when there is none.
 json MemberOf(const json& object, const char* key) {
@@ -41,7 +27,7 @@ std::size_t BlockCount(const json& assemblies) {
     std::size_t count = 0;
     if (assemblies.is_array()) {
         for (const json& assembly : assemblies) {
-            const json blocks = MemberOf(assembly, "blocks");
+            const json blocks = MemberOf(assembly, PERSISTENCE_FIELD_NAME_BLOCKS);
             count += blocks.is_array() ? blocks.size() : 0;
         }
     }
@@ -49,12 +35,12 @@ std::size_t BlockCount(const json& assemblies) {
 }
 
 JobContent::Service Described(const std::string& serviceId, const json& document) {
-    const json section = MemberOf(document, "vor:control");
-    const json enabled = MemberOf(section, "enabled");
+    const json section = MemberOf(document, JobFormat::SectionKey);
+    const json enabled = MemberOf(section, JobFormat::EnabledKey);
     return {.id = serviceId,
             .enabled = enabled.is_boolean() ? std::optional<bool>(enabled.get<bool>()) : std::nullopt,
-            .parameters = MemberOf(section, "parameters"),
-            .blocks = BlockCount(MemberOf(section, "registerAssemblyList"))};
+            .parameters = MemberOf(section, PERSISTENCE_FIELD_NAME_PARAMETERS),
+            .blocks = BlockCount(MemberOf(section, PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST))};
 }
 
 } // namespace
@@ -63,16 +49,15 @@ JobContent JobContent::Read(const std::string& path) {
     VorCommon::ArchiveStore store(path);
     store.OpenJob();
     JobContent content;
-    content.name = JobNameOf(std::filesystem::path(path).filename().string());
+    content.name = JobFormat::JobNameOf(std::filesystem::path(path).filename().string());
     content.path = path;
     std::error_code error;
     content.size = std::filesystem::file_size(path, error);
     content.modified = ModificationTime(path);
     for (const auto& [name, bytes] : store.Files()) {
         content.entries.push_back({name, bytes->size()});
-        if (const std::string serviceId = ServiceOf(name); !serviceId.empty()) {
-            const auto* text = reinterpret_cast<const char*>(bytes->data());
-            content.services.push_back(Described(serviceId, Vor::ParseJson(text, bytes->size())));
+        if (const std::string serviceId = JobFormat::ServiceOf(name); !serviceId.empty()) {
+            content.services.push_back(Described(serviceId, JobFormat::Read(store, JobFormat::PathOf(serviceId))));
         }
     }
     return content;
@@ -91,10 +76,6 @@ nlohmann::json JobContent::ToJson() const {
     }
     return {{"name", name},         {"file", path},         {"size", size},
             {"modified", modified}, {"entries", entryList}, {"services", serviceMap}};
-}
-
-std::string JobNameOf(const std::string& fileName) {
-    return fileName.ends_with(Extension) ? fileName.substr(0, fileName.size() - Extension.size()) : fileName;
 }
 
 std::string ModificationTime(const std::string& path) {

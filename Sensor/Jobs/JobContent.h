@@ -36,8 +36,6 @@ struct JobContent {
     nlohmann::json ToJson() const;
 };
 
-/// The name of a job from the name of its file.
-std::string JobNameOf(const std::string& fileName);
 /// When the file was changed, in local time, as "2026-01-31 23:59:59"; empty when the file can't be read.
 std::string ModificationTime(const std::string& path);
 

@@ -1,22 +1,21 @@
 #include "Sensor/Jobs/JobService.h"
 
+#include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/Jobs/KnownKeys.h"
 #include "Sensor/Jobs/ListedNames.h"
 #include "Sensor/Jobs/OfflineServices.h"
 #include "Vor/Exception.h"
 #include "Vor/Format.h"
 #include "Vor/JsonSerializer.h"
-#include "Vor/JsonText.h"
-#include "Vor/LogOutput.h"
-#include "Vor/Logging.h"
 #include "VorCommon/ICommandTarget.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/Persistence/PersistFields.h"
-#include "VorControl/Providers/IControlPersistenceProvider.h"
+#include "VorControl/Providers/UserNotes.h"
 #include "yApi/yStatus.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace Sensor::Jobs {
 
@@ -25,24 +24,9 @@ namespace {
 using nlohmann::json;
 using VorCommon::PersistDomain;
 using VorControl::Persistence::PersistLoadResult;
+using VorControl::Providers::ControlPersistenceProvider;
+using VorControl::Providers::UserNotes;
 using namespace VorControl::Persistence;
-
-constexpr const char* SectionKey = "vor:control";
-constexpr const char* EnabledKey = "enabled";
-constexpr const char* FileVersion = "1";
-
-/// The messages for users and the errors in a log, each text once.
-std::vector<std::string> MessagesIn(const Vor::LogCapture& log) {
-    std::vector<std::string> texts;
-    for (const Vor::LogRecord& record : log.Records()) {
-        const bool isForUser = (record.level & Vor::LevelUserFlag) != 0;
-        const bool isError = record.level == Vor::LevelError && record.format != Vor::LogOutput::BackTraceFormat;
-        if ((isForUser || isError) && std::find(texts.begin(), texts.end(), record.text) == texts.end()) {
-            texts.push_back(record.text);
-        }
-    }
-    return texts;
-}
 
 std::string Joined(const std::vector<std::string>& texts) {
     std::string all;
@@ -52,15 +36,13 @@ std::string Joined(const std::vector<std::string>& texts) {
     return all;
 }
 
-/// The text of a failure, followed by the messages that were logged before it.
-std::string Reason(const Vor::Exception& failure, std::vector<std::string> messages) {
+/// The text of a failure, followed by the notes that were made before it.
+std::string Reason(const Vor::Exception& failure, std::vector<std::string> notes) {
     if (!failure.HasText()) {
-        return messages.empty() ? Vor::Format("it failed with status %d.", failure.Status())
-                                : Joined(messages).substr(1);
+        return notes.empty() ? Vor::Format("it failed with status %d.", failure.Status()) : Joined(notes).substr(1);
     }
-    const std::string text = failure.what();
-    std::erase_if(messages, [&](const std::string& line) { return line.find(text) != std::string::npos; });
-    return text + Joined(messages);
+    std::erase(notes, failure.what());
+    return failure.what() + Joined(notes);
 }
 
 /// Calls `end` after `update`, also when that throws.
@@ -79,32 +61,28 @@ void Bracketed(const Update& update, const End& end) {
 
 JobService::JobService(OfflineServices& services, const std::string& jobPath, const std::string& serviceId)
     : instance(services.Get(serviceId))
-    , path("/controls/" + serviceId + "/config.json")
+    , path(JobFormat::PathOf(serviceId))
     , store(jobPath) {
     store.OpenJob();
     if (!store.Exists(path)) {
         Vor::Throw(yERROR_PARAMETER, "the job holds nothing of service '%s'. Expected one that jobs show names.",
                    serviceId);
     }
-    if (instance.PersistenceProvider() == nullptr) {
+    const auto provider = std::dynamic_pointer_cast<ControlPersistenceProvider>(instance.PersistenceProvider());
+    if (provider == nullptr) {
         Vor::Throw(yERROR_PARAMETER, "service '%s' keeps its settings in a way of its own.", serviceId);
     }
-    const VorCommon::PersistBuffer buffer = store.Read(path);
-    settings = Vor::ParseJson(reinterpret_cast<const char*>(buffer.pointer + buffer.offset), buffer.size);
-    Load();
+    settings = JobFormat::Read(store, path);
+    Load(*provider);
 }
 
-void JobService::Load() {
-    if (!settings.is_object() || !settings.contains(SectionKey) || !settings.at(SectionKey).is_object() ||
-        settings.value(PERSISTENCE_FIELD_NAME_VERSION, json()) != FileVersion) {
-        Vor::Throw(yERROR_FORMAT, "entry '%s' holds no settings of version %s.", path, FileVersion);
-    }
-    json& section = settings.at(SectionKey);
+void JobService::Load(ControlPersistenceProvider& provider) {
+    JobFormat::RequireSection(settings, path);
+    json& section = settings.at(JobFormat::SectionKey);
     AddMissingVersions(section);
-    const Vor::LogCapture log;
-    const PersistLoadResult result = instance.PersistenceProvider()->Load(PersistDomain::Job, section);
-    notes = MessagesIn(log);
-    if (result == PersistLoadResult::Failed) {
+    const ControlPersistenceProvider::LoadOutcome outcome = provider.LoadWithNotes(PersistDomain::Job, section);
+    notes = outcome.notes;
+    if (outcome.result == PersistLoadResult::Failed) {
         Vor::Throw(yERROR_PARAMETER, "entry '%s' can't be applied.%s", path, Joined(notes));
     }
 }
@@ -169,7 +147,7 @@ std::string JobService::RequireAssembly(const Selection& selection) const {
 }
 
 void JobService::Edit(const Selection& selection, const std::string& command, const json& document) {
-    const Vor::LogCapture log;
+    const UserNotes made;
     try {
         if (IsOutputs(selection)) {
             instance.BeginUpdateOutputsMap();
@@ -182,7 +160,7 @@ void JobService::Edit(const Selection& selection, const std::string& command, co
                       [&] { instance.EndUpdateRegisterAssembly(id.c_str()); });
         }
     } catch (const Vor::Exception& e) {
-        Vor::ThrowNested(e.Status(), "%s", Reason(e, MessagesIn(log)));
+        Vor::ThrowNested(e.Status(), "%s", Reason(e, made.Texts()));
     }
 }
 
@@ -207,13 +185,12 @@ void JobService::Run(VorCommon::ICommandTarget& target, const std::string& comma
 void JobService::Save() {
     json section;
     instance.PersistenceProvider()->Save(PersistDomain::Job, section);
-    json& former = settings.at(SectionKey);
-    if (former.contains(EnabledKey)) {
-        section[EnabledKey] = former.at(EnabledKey);
+    json& former = settings.at(JobFormat::SectionKey);
+    if (former.contains(JobFormat::EnabledKey)) {
+        section[JobFormat::EnabledKey] = former.at(JobFormat::EnabledKey);
     }
     former = std::move(section);
-    const std::string text = settings.dump(-1, ' ');
-    store.Write(path, text.data(), text.size());
+    JobFormat::Write(store, path, settings);
     store.Commit();
 }
 

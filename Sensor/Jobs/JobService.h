@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Vor/LogRecord.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Providers/ControlPersistenceProvider.h"
 
 #include <string>
 #include <vector>
@@ -49,7 +49,7 @@ public:
 
 private:
     std::string RequireAssembly(const Selection& selection) const;
-    void Load();
+    void Load(VorControl::Providers::ControlPersistenceProvider& provider);
     void AddMissingVersions(nlohmann::json& section) const;
     static void Run(VorCommon::ICommandTarget& target, const std::string& command, const nlohmann::json& document);
 

@@ -1,6 +1,6 @@
 #include "Sensor/Jobs/JobTemplate.h"
 
-#include "Sensor/Jobs/JobContent.h"
+#include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "VorCommon/ArchiveStore.h"
@@ -130,12 +130,8 @@ json AsciiSection(json blocks, const Names& names) {
     return section;
 }
 
-json Config(json section) {
-    return {{"version", "1"}, {"vor:control", std::move(section)}};
-}
-
 json BlocksOf(const std::string& job, const Scan::Recording& recording) {
-    if (JobNameOf(job) == JobTemplate::Demo) {
+    if (JobFormat::JobNameOf(job) == JobTemplate::Demo) {
         return DemoBlocks();
     }
     if (recording.kind != Scan::RecordingKind::Values) {
@@ -146,15 +142,10 @@ json BlocksOf(const std::string& job, const Scan::Recording& recording) {
     return DemoValuesBlocks(recording);
 }
 
-void WriteConfig(VorCommon::IPersistStore& store, const char* path, const json& config) {
-    const std::string text = config.dump(-1, ' ');
-    store.Write(path, text.data(), text.size());
-}
-
 } // namespace
 
 bool JobTemplate::Has(const std::string& job) {
-    return JobNameOf(job) == Demo || JobNameOf(job) == DemoValues;
+    return JobFormat::JobNameOf(job) == Demo || JobFormat::JobNameOf(job) == DemoValues;
 }
 
 std::string JobTemplate::JobFor(const Scan::Recording& recording) {
@@ -162,17 +153,17 @@ std::string JobTemplate::JobFor(const Scan::Recording& recording) {
 }
 
 nlohmann::json JobTemplate::ModbusConfig(const std::string& job, const Scan::Recording& recording) {
-    return Config(ModbusSection(BlocksOf(job, recording)));
+    return JobFormat::Document(ModbusSection(BlocksOf(job, recording)));
 }
 
 nlohmann::json JobTemplate::AsciiConfig(const std::string& job, const Scan::Recording& recording) {
-    const bool isDemo = JobNameOf(job) == Demo;
-    return Config(AsciiSection(BlocksOf(job, recording), isDemo ? DemoNames() : Names()));
+    const bool isDemo = JobFormat::JobNameOf(job) == Demo;
+    return JobFormat::Document(AsciiSection(BlocksOf(job, recording), isDemo ? DemoNames() : Names()));
 }
 
 void JobTemplate::Fill(const std::string& job, const Scan::Recording& recording, VorCommon::IPersistStore& store) {
-    WriteConfig(store, "/controls/modbus/config.json", ModbusConfig(job, recording));
-    WriteConfig(store, "/controls/ascii/config.json", AsciiConfig(job, recording));
+    JobFormat::Write(store, JobFormat::PathOf("modbus"), ModbusConfig(job, recording));
+    JobFormat::Write(store, JobFormat::PathOf("ascii"), AsciiConfig(job, recording));
 }
 
 void JobTemplate::Write(const std::string& job, const Scan::Recording& recording, const std::string& filePath) {

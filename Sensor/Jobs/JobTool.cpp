@@ -1,5 +1,6 @@
 #include "Sensor/Jobs/JobTool.h"
 
+#include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/PrintableText.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
@@ -74,8 +75,8 @@ void JobTool::List() {
     for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
         const std::string fileName = entry->path().filename().string();
-        if (!fileName.starts_with('.') && JobNameOf(fileName) != fileName) {
-            names.push_back(JobNameOf(fileName));
+        if (!fileName.starts_with('.') && JobFormat::JobNameOf(fileName) != fileName) {
+            names.push_back(JobFormat::JobNameOf(fileName));
         }
     }
     if (error && error != std::errc::no_such_file_or_directory) {
@@ -146,9 +147,7 @@ void JobTool::Import(const JobCommand& command) {
     const std::string name =
         command.name.empty() ? std::filesystem::path(command.file).filename().string() : command.name;
     const std::string path = PathOf(name);
-    VorCommon::ArchiveStore imported(command.file);
-    imported.OpenJob();
-    ArchiveFile(path).Make(imported.Files(), ExistingOf(command));
+    ArchiveFile(path).Make(JobFormat::Open(command.file).Files(), ExistingOf(command));
     PrintLine("Imported to " + path);
 }
 

@@ -1,5 +1,6 @@
 #include "Sensor/Jobs/Overlay.h"
 
+#include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/Jobs/ListedNames.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
@@ -16,10 +17,6 @@
 namespace Sensor::Jobs {
 
 namespace {
-
-std::string PathOf(const std::string& serviceId) {
-    return "/controls/" + serviceId + "/config.json";
-}
 
 [[noreturn]] void Refuse(const ServiceSetting& setting, const std::string& reason) {
     throw StartError(setting.option + ": " + reason + ".");
@@ -79,13 +76,13 @@ void Overlay::Add(const ServiceSetting& setting, VorControl::IControlManager& ma
         }
         Refuse(setting, "the value isn't taken (" + reason + ")");
     }
-    Service& service = services[PathOf(setting.serviceId)];
+    Service& service = services[JobFormat::PathOf(setting.serviceId)];
     service.version = instance.ParamsVersion();
     service.values[setting.parameter] = std::move(value);
 }
 
 void Overlay::Apply(VorControl::IControlInstance& instance) const {
-    const Service* const service = Find(PathOf(instance.TypeName()));
+    const Service* const service = Find(JobFormat::PathOf(instance.TypeName()));
     if (service == nullptr) {
         return;
     }

@@ -1,7 +1,9 @@
 #include "Sensor/Jobs/OverlayStore.h"
 
+#include "Sensor/Jobs/JobFormat.h"
 #include "Vor/Exception.h"
 #include "Vor/JsonText.h"
+#include "VorControl/Persistence/PersistFields.h"
 
 #include <memory>
 #include <optional>
@@ -10,19 +12,20 @@ namespace Sensor::Jobs {
 
 namespace {
 
-constexpr const char* SectionKey = "vor:control";
-constexpr const char* ParametersKey = "parameters";
-constexpr const char* VersionKey = "parametersVersion";
+using VorControl::Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS;
+using VorControl::Persistence::PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION;
 
 /// The document, or nothing when the bytes aren't a service's file.
 std::optional<nlohmann::json> ServiceDocument(const void* bytes, std::size_t size) {
     try {
         nlohmann::json document = Vor::ParseJson(static_cast<const char*>(bytes), size);
-        if (!document.is_object() || !document.contains(SectionKey) || !document[SectionKey].is_object()) {
+        if (!document.is_object() || !document.contains(JobFormat::SectionKey) ||
+            !document[JobFormat::SectionKey].is_object()) {
             return std::nullopt;
         }
-        const nlohmann::json& section = document[SectionKey];
-        if (section.contains(ParametersKey) && !section[ParametersKey].is_object()) {
+        const nlohmann::json& section = document[JobFormat::SectionKey];
+        if (section.contains(PERSISTENCE_FIELD_NAME_PARAMETERS) &&
+            !section[PERSISTENCE_FIELD_NAME_PARAMETERS].is_object()) {
             return std::nullopt;
         }
         return document;
@@ -56,13 +59,13 @@ VorCommon::PersistBuffer OverlayStore::Read(const std::string& path) const {
     if (!document) {
         return buffer;
     }
-    nlohmann::json& section = (*document)[SectionKey];
-    if (!section.contains(ParametersKey)) {
-        section[ParametersKey] = nlohmann::json::object();
-        section[VersionKey] = service->version;
+    nlohmann::json& section = (*document)[JobFormat::SectionKey];
+    if (!section.contains(PERSISTENCE_FIELD_NAME_PARAMETERS)) {
+        section[PERSISTENCE_FIELD_NAME_PARAMETERS] = nlohmann::json::object();
+        section[PERSISTENCE_FIELD_NAME_PARAMETERS_VERSION] = service->version;
     }
     for (const auto& [parameter, value] : service->values) {
-        section[ParametersKey][parameter] = value;
+        section[PERSISTENCE_FIELD_NAME_PARAMETERS][parameter] = value;
     }
     return BufferOf(*document);
 }
@@ -73,11 +76,11 @@ void OverlayStore::Write(const std::string& path, const void* bytes, std::size_t
     if (service != nullptr) {
         document = ServiceDocument(bytes, size);
     }
-    if (!document || !(*document)[SectionKey].contains(ParametersKey)) {
+    if (!document || !(*document)[JobFormat::SectionKey].contains(PERSISTENCE_FIELD_NAME_PARAMETERS)) {
         store.Write(path, bytes, size);
         return;
     }
-    nlohmann::json& parameters = (*document)[SectionKey][ParametersKey];
+    nlohmann::json& parameters = (*document)[JobFormat::SectionKey][PERSISTENCE_FIELD_NAME_PARAMETERS];
     const nlohmann::json stored = StoredParameters(path);
     for (const auto& [parameter, value] : service->values) {
         if (!parameters.contains(parameter) || parameters[parameter] != value) {
@@ -89,8 +92,7 @@ void OverlayStore::Write(const std::string& path, const void* bytes, std::size_t
             parameters.erase(parameter);
         }
     }
-    const std::string text = document->dump(-1, ' ');
-    store.Write(path, text.data(), text.size());
+    JobFormat::Write(store, path, *document);
 }
 
 bool OverlayStore::Exists(const std::string& path) const {
@@ -100,9 +102,9 @@ bool OverlayStore::Exists(const std::string& path) const {
 nlohmann::json OverlayStore::StoredParameters(const std::string& path) const {
     if (store.Exists(path)) {
         if (const std::optional<nlohmann::json> document = ServiceDocument(store.Read(path))) {
-            const nlohmann::json& section = (*document)[SectionKey];
-            if (section.contains(ParametersKey)) {
-                return section[ParametersKey];
+            const nlohmann::json& section = (*document)[JobFormat::SectionKey];
+            if (section.contains(PERSISTENCE_FIELD_NAME_PARAMETERS)) {
+                return section[PERSISTENCE_FIELD_NAME_PARAMETERS];
             }
         }
     }
