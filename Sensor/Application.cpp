@@ -1,5 +1,6 @@
 #include "Sensor/Application.h"
 
+#include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/Jobs/JobTemplate.h"
 #include "Sensor/Jobs/OverlayStore.h"
 #include "Sensor/Scan/PartGenerator.h"
@@ -10,6 +11,7 @@
 #include "Vor/Logging.h"
 #include "VorCommon/ArchiveFile.h"
 #include "VorControl/Control/IControlInstance.h"
+#include "yApi/yStatus.h"
 
 #include <algorithm>
 #include <chrono>
@@ -31,6 +33,14 @@ Scan::Recording ReadInput(const CommandLine& commandLine) {
                                          : Scan::RecordingParser::ReadFile(commandLine.recording);
 }
 
+void RequireWholeJob(const std::string& file) {
+    try {
+        Jobs::JobFormat::Open(file);
+    } catch (const Vor::Exception& e) {
+        throw StartError(e.what());
+    }
+}
+
 } // namespace
 
 Application::Application(const CommandLine& commandLine, std::ostream& out)
@@ -42,6 +52,7 @@ Application::Application(const CommandLine& commandLine, std::ostream& out)
     , signals([this] { loop.Stop(); }, Patience, [this] { GiveUp(); })
     , sensor(recording, SensorSettings())
     , host(HostSettings(), sensor)
+    , retry(log, [this](VorControl::IControlInstance& instance) { report.PrintService(instance); })
     , restartTimer([this](Vor::AsyncTimer&) { signals.Trigger(); }) {}
 
 Application::~Application() {
@@ -81,6 +92,7 @@ int Application::Run() {
     PrepareJob();
     LoadJob();
     EnableServices();
+    RequireUsableSettings();
     ReportStart();
     StartScan();
     loop.Run();
@@ -95,10 +107,8 @@ void Application::LoadPlugins() {
         try {
             host.LoadPlugins(folder);
         } catch (const Vor::Exception& e) {
-            if (commandLine.pluginFoldersGiven) {
-                throw StartError("--plugins " + folder.string() + ": " + e.what());
-            }
-            report.PrintLine(std::string("No plug-ins: ") + e.what());
+            throw StartError((commandLine.pluginFoldersGiven ? "--plugins " + folder.string() + ": " : std::string()) +
+                             e.what() + ".");
         }
     }
     for (const VorPlugin::PluginManager::Refusal& refusal : host.Plugins().Refusals()) {
@@ -125,12 +135,16 @@ void Application::ApplySettings() {
 void Application::PrepareJob() {
     const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
     const bool exists = VorCommon::ArchiveFile(file).Exists();
-    const bool made = !exists && Jobs::JobTemplate::Has(job);
-    if (made) {
+    if (exists) {
+        RequireWholeJob(file);
+    } else if (Jobs::JobTemplate::Has(job)) {
         Jobs::JobTemplate::Write(job, recording, file);
+    } else {
+        throw StartError("--job " + job + ": there is no file " + file + ", and only the jobs " +
+                         Jobs::JobTemplate::Demo + " and " + Jobs::JobTemplate::DemoValues + " are made here.");
     }
     report.PrintLine("Data folder: " + commandLine.dataFolder.string());
-    report.PrintLine("Job: " + file + (made ? " (just made)" : exists ? "" : " (not saved yet, defaults)"));
+    report.PrintLine("Job: " + file + (exists ? "" : " (just made)"));
 }
 
 void Application::LoadJob() {
@@ -152,11 +166,23 @@ void Application::EnableServices() {
     }
 }
 
+void Application::RequireUsableSettings() {
+    for (const Jobs::ServiceSetting& setting : commandLine.settings) {
+        const VorControl::IControlInstance& instance = host.Services().GetInstance(setting.serviceId);
+        const auto failure = instance.IsEnabled() ? instance.LastEnableFailure() : std::nullopt;
+        if (failure && failure->status == yERROR_PARAMETER) {
+            throw StartError(setting.option + ": service \"" + setting.serviceId + "\" can't start (" + failure->text +
+                             ").");
+        }
+    }
+}
+
 void Application::ReportStart() {
-    report.PrintServices(host.Services(), host.StartFailures());
+    report.PrintServices(host.Services());
     report.PrintInput(commandLine.recording.empty() ? "generated part" : commandLine.recording.string(), recording,
                       SensorSettings().scan);
     report.PrintMaps(host.Services(), Scan::ResultSetMaker::DataSources(recording));
+    retry.Watch(host.Services());
 }
 
 void Application::StartScan() {
@@ -183,8 +209,9 @@ void Application::StopScan() {
 
 void Application::ReportJob(const std::string& fileName) {
     report.PrintLine("Loaded job: " + fileName);
-    report.PrintServices(host.Services(), {});
+    report.PrintServices(host.Services());
     report.PrintMissingSources(host.Services(), Scan::ResultSetMaker::DataSources(recording));
+    retry.Watch(host.Services());
 }
 
 void Application::RestoreFactory() {

@@ -6,6 +6,7 @@
 #include "Sensor/ServiceHost.h"
 #include "Sensor/SignalWatch.h"
 #include "Sensor/StartReport.h"
+#include "Sensor/StartRetry.h"
 #include "Sensor/UserLog.h"
 #include "Sensor/VirtualSensor.h"
 #include "Vor/AsyncTimer.h"
@@ -42,10 +43,14 @@ private:
     ServiceHost::Settings HostSettings();
     void LoadPlugins();
     void ApplySettings();
+    /// Makes the job's file when it is a demo job that doesn't exist yet. Throws a StartError for another job that
+    /// doesn't exist, and for one that is damaged.
     void PrepareJob();
     void LoadJob();
     /// Enables the services of the command line, with its settings.
     void EnableServices();
+    /// Throws a StartError when a service doesn't start with its settings of the command line.
+    void RequireUsableSettings();
     void ReportStart();
     void StartScan();
     void StopScan();
@@ -65,6 +70,7 @@ private:
     SignalWatch signals;
     VirtualSensor sensor;
     ServiceHost host;
+    StartRetry retry;
     Vor::AsyncTimer restartTimer;
 };
 

@@ -10,6 +10,7 @@
 #include "VorControl/Control/VorCnLib.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace Sensor {
@@ -32,17 +33,6 @@ std::vector<std::string> TypeNames(const VorPlugin::PluginLib& library) {
 bool Offers(const VorPlugin::PluginLib& library, const std::string& typeName) {
     const std::vector<std::string> names = TypeNames(library);
     return std::find(names.begin(), names.end(), typeName) != names.end();
-}
-
-/// The reason in the log entry for the failed start of a service; empty for another entry.
-std::string StartFailure(const Vor::LogRecord& record, const std::string& serviceId) {
-    const std::string begin = "Protocol (" + serviceId + ") failed to start (";
-    const std::string end = ").";
-    const std::string& text = record.text;
-    if (text.size() < begin.size() + end.size() || !text.starts_with(begin) || !text.ends_with(end)) {
-        return {};
-    }
-    return text.substr(begin.size(), text.size() - begin.size() - end.size());
 }
 
 } // namespace
@@ -109,18 +99,6 @@ std::vector<std::string> ServiceHost::DuplicateTypeNames() const {
     return sentences;
 }
 
-void ServiceHost::LoadDomains() {
-    const Vor::LogCapture log;
-    persistence.Load();
-    for (const Vor::LogRecord& record : log.Records()) {
-        for (const std::string& serviceId : Services().List()) {
-            if (std::string reason = StartFailure(record, serviceId); !reason.empty()) {
-                startFailures.insert_or_assign(serviceId, std::move(reason));
-            }
-        }
-    }
-}
-
 void ServiceHost::CreateServices() {
     while (module == nullptr) {
         try {
@@ -151,16 +129,9 @@ void ServiceHost::StopServices() {
         return;
     }
     for (const std::string& serviceId : Services().List()) {
-        try {
-            VorControl::IControlInstance& instance = Services().GetInstance(serviceId);
-            if (instance.IsEnabled()) {
-                instance.Enable(false);
-            }
-        } catch (const std::exception& e) {
-            Vor::LogError("Service %s can't be stopped.", serviceId);
-            Vor::Exception::LogException(e);
-        } catch (...) {
-            Vor::LogError("Service %s can't be stopped, for something that is no exception.", serviceId);
+        VorControl::IControlInstance& instance = Services().GetInstance(serviceId);
+        if (instance.IsEnabled()) {
+            instance.Enable(false);
         }
     }
 }

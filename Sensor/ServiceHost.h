@@ -11,7 +11,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -56,9 +55,7 @@ public:
 
     /// Loads the workspace and the job, which starts the enabled services. Throws a Vor::Exception when a file can't be
     /// read.
-    void LoadDomains();
-    /// The services that failed to start in LoadDomains, by id, with the reason.
-    const std::map<std::string, std::string>& StartFailures() const { return startFailures; }
+    void LoadDomains() { persistence.Load(); }
 
     void StopServices();
 
@@ -88,7 +85,6 @@ private:
     VorPlugin::PluginManager plugins;
     VorCommon::PersistManager persistence;
     std::unique_ptr<VorControl::ControlModule> module;
-    std::map<std::string, std::string> startFailures;
 };
 
 } // namespace Sensor

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
@@ -75,33 +76,32 @@ void StartReport::PrintInput(const std::string& name, const Scan::Recording& rec
     PrintLine(text.str());
 }
 
-void StartReport::PrintServices(VorControl::IControlManager& manager,
-                                const std::map<std::string, std::string>& startFailures) {
+void StartReport::PrintServices(VorControl::IControlManager& manager) {
     const std::vector<std::string> serviceIds = manager.List();
     if (serviceIds.empty()) {
         PrintLine("Services: none");
     }
     for (const std::string& serviceId : serviceIds) {
-        const auto failure = startFailures.find(serviceId);
-        PrintService(manager.GetInstance(serviceId), failure == startFailures.end() ? std::string() : failure->second);
+        PrintService(manager.GetInstance(serviceId));
     }
 }
 
-void StartReport::PrintService(VorControl::IControlInstance& instance, const std::string& startFailure) {
+void StartReport::PrintService(VorControl::IControlInstance& instance) {
     std::string text = "Service " + instance.Id() + " (" + instance.DisplayName() + "): ";
     try {
         const nlohmann::json properties = PropertiesOf(instance);
         // A service whose start was interrupted may still have another status.
         const ProtocolStatus status = instance.GetProtocolStatus();
-        const bool failed = !startFailure.empty() && status != ProtocolStatus::Running;
+        const auto startFailure = instance.IsEnabled() ? instance.LastEnableFailure() : std::nullopt;
+        const bool failed = startFailure && status != ProtocolStatus::Running;
         text += TextOf(failed ? ProtocolStatus::FailedToStart : status);
         if (const std::string address = TextAt(properties, "address"); !address.empty()) {
             text += " at " + address;
         }
         if (const std::string failure = TextAt(properties, "failure"); !failure.empty()) {
             text += ": " + failure;
-        } else if (failed) {
-            text += ": " + startFailure;
+        } else if (failed && !startFailure->text.empty()) {
+            text += ": " + startFailure->text;
         }
     } catch (const std::exception& e) {
         text += std::string("its state can't be read (") + e.what() + ")";

@@ -4,7 +4,6 @@
 #include "Sensor/Scan/Scanner.h"
 
 #include <functional>
-#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -28,8 +27,9 @@ public:
     void PrintInput(const std::string& name, const Scan::Recording& recording, const Scan::Scanner::Settings& scan);
 
     /// Prints a line for each service: its status, its address, and why it failed. The reason is the service's property
-    /// `failure`, or else that of `startFailures`, by id.
-    void PrintServices(VorControl::IControlManager& manager, const std::map<std::string, std::string>& startFailures);
+    /// `failure`, or else that of its last start.
+    void PrintServices(VorControl::IControlManager& manager);
+    void PrintService(VorControl::IControlInstance& instance);
 
     /// Prints a table for each register assembly of the enabled services, and a line for each of its data sources that
     /// isn't in `dataSources`.
@@ -50,7 +50,6 @@ private:
                                             const std::vector<Row>& rows)>;
 
     static std::vector<Row> Rows(VorControl::IControlInstance& instance, const std::string& assembly);
-    void PrintService(VorControl::IControlInstance& instance, const std::string& startFailure);
     void ForEachMap(VorControl::IControlManager& manager, const RowsFunction& print);
     void PrintTable(VorControl::IControlInstance& instance, const std::string& assembly, const std::vector<Row>& rows);
     void PrintMissing(const std::vector<Row>& rows, const std::vector<std::string>& dataSources);

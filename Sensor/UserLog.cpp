@@ -5,6 +5,7 @@
 
 #include <iostream>
 #include <string>
+#include <thread>
 
 namespace Sensor {
 
@@ -34,11 +35,11 @@ void WriteLine(const Vor::LogRecord& record) {
 
 UserLog::Silence::Silence(const UserLog& log)
     : log(log) {
-    *log.silent = true;
+    *log.silent = std::this_thread::get_id();
 }
 
 UserLog::Silence::~Silence() {
-    *log.silent = false;
+    *log.silent = std::thread::id();
 }
 
 UserLog::UserLog(bool verbose) {
@@ -46,7 +47,7 @@ UserLog::UserLog(bool verbose) {
         Vor::Logging::SetMinimumLevel(Vor::LevelTrace);
     } else {
         Vor::LogOutput::Set([silent = silent](const Vor::LogRecord& record) {
-            if (!*silent) {
+            if (*silent != std::this_thread::get_id()) {
                 WriteLine(record);
             }
         });

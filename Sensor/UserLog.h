@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <thread>
 
 namespace Sensor {
 
@@ -9,7 +10,7 @@ namespace Sensor {
 /// line an entry. With `verbose` all entries are printed, in the format for developers.
 class UserLog {
 public:
-    /// During its lifetime nothing is logged for users, since each failure is reported otherwise.
+    /// During its lifetime nothing that its thread logs is printed for users, since each failure is reported otherwise.
     class Silence {
     public:
         explicit Silence(const UserLog& log);
@@ -27,7 +28,8 @@ public:
     UserLog& operator=(const UserLog&) = delete;
 
 private:
-    const std::shared_ptr<std::atomic<bool>> silent = std::make_shared<std::atomic<bool>>(false);
+    /// The silent thread, or none.
+    const std::shared_ptr<std::atomic<std::thread::id>> silent = std::make_shared<std::atomic<std::thread::id>>();
 };
 
 } // namespace Sensor

@@ -31,7 +31,7 @@ tcp::endpoint ParseEndpoint(const TcpServerSettings& settings) {
         Vor::Throw(yERROR, "port %u on %s needs rights that this program doesn't have", port, settings.address);
     }
     if (error == boost::system::errc::address_not_available) {
-        Vor::Throw(yERROR_PARAMETER, "%s is not an address of this device", settings.address);
+        Vor::Throw(yERROR_CONFLICT, "%s is not an address of this device", settings.address);
     }
     Vor::Throw(yERROR, "can't listen on port %u of %s: %s", port, settings.address, error.message());
 }

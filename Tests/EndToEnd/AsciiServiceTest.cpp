@@ -4,6 +4,7 @@
 #include "Tests/Services/Ascii/TextClient.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/Threads.h"
+#include "VorCommon/ArchiveStore.h"
 
 #include <algorithm>
 #include <sstream>
@@ -190,9 +191,16 @@ TEST(AsciiService, FollowsTheMapOfAJobThatItsClientLoads) {
 }
 
 TEST(AsciiService, IsStartedByItsUserAlthoughTheJobLeavesItDisabled) {
-    VirtualSensor sensor({"--job", "bare", "--enable", "ascii", "--set", "ascii.invalidText=-"});
-    TextClient client(sensor.WaitForAsciiPort());
-    EXPECT_EQ(Field(WaitForChange(client, "RESULT height", "OK,-"), 0), "OK");
+    const TempFolder data;
+    VorCommon::ArchiveStore job(data.File("jobs/bare.vrjob"));
+    const std::string disabled = R"({"version":"1","vor:control":{"enabled":false}})";
+    job.Write("/controls/ascii/config.json", disabled.data(), disabled.size());
+    job.Commit();
+    Program sensor({VirtualSensor::File(), "--data", data.Path().string(), "--job", "bare", "--enable", "ascii",
+                    "--set", "ascii.port=0", "--set", "ascii.delimiter=;"});
+    const std::string line = sensor.WaitForLine("Service ascii (e-ascii):").value_or("none");
+    TextClient client(VirtualSensor::PortOf(line, sensor));
+    EXPECT_EQ(client.Ask("JOB"), "OK;\"bare.vrjob\"");
     const Answer unknown =
         RunToEnd({VirtualSensor::File(), "--data", TempFolder().Path().string(), "--enable", "telex"});
     EXPECT_EQ(unknown.status, 2);

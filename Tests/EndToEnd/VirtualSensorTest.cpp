@@ -58,6 +58,11 @@ TEST_F(PreparedSensor, RefusesInOneSentence) {
         {{"--job", "demo-values"},
          "--job demo-values: doesn't exist yet and is made from a recording of named values; "
          "give one with --recording FILE."},
+        {{"--job", "second"},
+         "--job second: there is no file " + JobFile("second") +
+             ", and only the jobs demo and demo-values are made here."},
+        {{"--plugins", "/no/such"},
+         "--plugins /no/such: Plug-in folder \"/no/such\" can't be read: No such file or directory."},
     };
     for (const auto& [arguments, text] : refusals) {
         const Answer answer = RunToEnd(Command(arguments));
@@ -75,6 +80,50 @@ TEST_F(PreparedSensor, RefusesAJobThatIsNoArchiveAndLeavesItAlone) {
     EXPECT_EQ(answer.status, 2);
     EXPECT_NE(answer.errors.find(JobFile("broken")), std::string::npos) << answer.errors;
     EXPECT_EQ(ReadWholeFile(JobFile("broken")), garbage);
+}
+
+TEST_F(PreparedSensor, RefusesASettingWithWhichAServiceCannotStart) {
+    for (const std::string setting : {"modbus.address=somewhere", "ascii.address=1.2.3"}) {
+        const std::string service = setting.substr(0, setting.find('.'));
+        const Answer answer = RunToEnd(Command({"--modbus-port", "0", "--set", setting}));
+        EXPECT_EQ(answer.status, 2) << answer.output;
+        EXPECT_EQ(answer.errors.find("vorsensor: --set " + setting + ": service \"" + service + "\" can't start ("),
+                  answer.errors.rfind("vorsensor: "))
+            << answer.errors;
+        EXPECT_NE(answer.errors.find("is not an IP address).\n"), std::string::npos) << answer.errors;
+    }
+}
+
+TEST_F(PreparedSensor, RefusesAJobWithADamagedEntry) {
+    const std::string entry = "controls/modbus/config.json";
+    for (const auto& [content, reason] : {std::pair<std::string, std::string>("{\"version\":", "is no JSON: "),
+                                          {"", "is no JSON: "},
+                                          {"{}", "holds no settings of version 1."}}) {
+        std::filesystem::remove(JobFile("part"));
+        VorCommon::ArchiveStore store(JobFile("part"));
+        store.Write("/" + entry, content.data(), content.size());
+        store.Commit();
+        const Answer answer = RunToEnd(Command({"--job", "part"}));
+        EXPECT_EQ(answer.status, 2) << answer.output;
+        EXPECT_EQ(answer.errors.find("vorsensor: Archive '" + JobFile("part") + "': entry '" + entry + "' " + reason),
+                  0U)
+            << answer.errors;
+        EXPECT_EQ(std::count(answer.errors.begin(), answer.errors.end(), '\n'), 1) << answer.errors;
+    }
+}
+
+TEST_F(PreparedSensor, TellsTheUserOnceThatAPortIsTakenAndRunsOn) {
+    VirtualSensor other;
+    const std::string port = std::to_string(other.WaitForPort());
+    Program program(Command({"--modbus-port", port, "--set", "ascii.port=0"}));
+    const std::string reason = "port " + port + " on 127.0.0.1 is in use";
+    EXPECT_TRUE(program.WaitForLine("Service modbus (Modbus TCP): Failed To Start: " + reason));
+    EXPECT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
+    ExpectEndWell(program);
+    EXPECT_NE(program.Errors().find("warning: Modbus TCP can't start: " + reason +
+                                    ". The sensor tries again every 5 seconds.\n"),
+              std::string::npos)
+        << program.Errors();
 }
 
 TEST_F(PreparedSensor, NeverWritesAnExistingJobUnasked) {
@@ -104,12 +153,18 @@ TEST_F(PreparedSensor, NamesTheSourcesThatTheInputLacks) {
 }
 
 TEST_F(PreparedSensor, RunsOnWhenAStartThrowsNoException) {
-    Enable("test", {"startThrowsInt"});
-    Program program(Command({"--job", "test", "--plugins", BuiltFile("test-plugins")}));
-    EXPECT_TRUE(program.WaitForLine("Service startThrowsInt"));
-    EXPECT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
-    ExpectEndWell(program);
-    EXPECT_NE(program.Errors().find("unknown exception"), std::string::npos) << program.Errors();
+    Enable("test", {"startThrowsInt", "typeNameFree"});
+    Enable("bare", {"typeNameFree"});
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--job", "test"}, {"--job", "bare", "--enable", "startThrowsInt"}}) {
+        std::vector<std::string> command = Command(arguments);
+        command.insert(command.end(), {"--plugins", BuiltFile("test-plugins")});
+        Program program(command);
+        EXPECT_TRUE(program.WaitForLine("(Fixture startThrowsInt): Failed To Start: unknown exception"));
+        EXPECT_TRUE(program.WaitForLine("(Fixture typeNameFree): Running"));
+        EXPECT_TRUE(program.WaitForLine("Scanning.")) << program.Errors();
+        ExpectEndWell(program);
+    }
 }
 
 TEST_F(PreparedSensor, ShowsAServiceThatFailsToStartWithTheReasonAndStartsTheOthers) {
