@@ -223,7 +223,8 @@ public:
 
     std::uint16_t Port() {
         const VorControl::ControlProtocol::PropertiesLock lock(service);
-        const std::string url = dynamic_cast<ModbusProperties&>(service.Properties()).address.Get();
+        const std::string url =
+            dynamic_cast<Services::Common::TcpServerProperties&>(service.Properties()).address.Get();
         return static_cast<std::uint16_t>(std::stoi(url.substr(url.rfind(':') + 1)));
     }
 

@@ -28,12 +28,13 @@ foreach(header BuiltFile CallLog ControlEnviron FakeDataCache FakeScanEngineInte
 endforeach()
 
 # The package.
-foreach(library VorPlatform VorCnLib ServicesCommon)
+foreach(library VorPlatform VorCnLib Net ServicesCommon)
   target_include_directories(${library} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_compile_features(${library} PUBLIC cxx_std_20)
 endforeach()
 set_target_properties(ServicesCommon PROPERTIES OUTPUT_NAME VorService EXPORT_NAME Service)
-install(TARGETS VorPlatform VorCnLib ServicesCommon ServiceTesting EXPORT VorCnLib)
+set_target_properties(Net PROPERTIES OUTPUT_NAME VorNet)
+install(TARGETS VorPlatform VorCnLib Net ServicesCommon ServiceTesting EXPORT VorCnLib)
 install(EXPORT VorCnLib FILE VorCnLibTargets.cmake NAMESPACE VorCnLib:: DESTINATION ${VOR_PACKAGE_FOLDER})
 foreach(header ${VOR_HEADERS})
   find_file(file ${header} PATHS ${VOR_HEADER_ROOTS} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH NO_CACHE REQUIRED)

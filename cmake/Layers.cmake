@@ -25,13 +25,16 @@ foreach(folder ${PLATFORM_UPPER_FOLDERS})
   endif()
 endforeach()
 
+vor_header_folder(Net Net Headers_VorApi)
 vor_header_folder(VorControl VorControl Headers_Platform)
-vor_header_folder(Sensor Sensor Headers_VorControl)
-vor_header_folder(Services Services Headers_VorControl)
+vor_header_folder(Sensor Sensor Headers_VorControl Headers_Net)
+vor_header_folder(Services Services Headers_VorControl Headers_Net)
 
 # The headers that a service is compiled against, as its sources name them. They are installed into one folder.
 file(GLOB_RECURSE VOR_HEADERS CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}
   VorApi/*.h VorControl/*.h Services/Common/*.h Services/Interfaces/*.h)
+file(GLOB net_headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR} Net/*.h) # those in Net/Asio are for its sources alone
+list(APPEND VOR_HEADERS ${net_headers})
 file(GLOB_RECURSE platform_headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/Platform Platform/*.h)
 foreach(header ${platform_headers})
   if(header IN_LIST VOR_HEADERS)
@@ -39,5 +42,4 @@ foreach(header ${platform_headers})
   endif()
 endforeach()
 list(APPEND VOR_HEADERS ${platform_headers})
-list(REMOVE_ITEM VOR_HEADERS Services/Common/TcpListen.h) # includes Asio, and is for the sources beside it alone
 set(VOR_HEADER_ROOTS ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/Platform)

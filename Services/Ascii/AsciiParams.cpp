@@ -96,8 +96,8 @@ void AsciiParams::Reset() {
     ResetLimits(DefaultIdleTimeout);
 }
 
-Common::TcpServerSettings AsciiParams::Settings() {
-    Common::TcpServerSettings settings = TcpServerParams::Settings();
+Net::TcpServerSettings AsciiParams::Settings() {
+    Net::TcpServerSettings settings = TcpServerParams::Settings();
     const LineFormat format = Format();
     if (format.delimiter.find(format.decimalSeparator) != std::string::npos) {
         Vor::Throw(yERROR_PARAMETER, "the delimiter \"%s\" has the decimal separator in it", format.delimiter);

@@ -17,7 +17,7 @@ public:
     AsciiParams();
 
     void Reset() override;
-    Common::TcpServerSettings Settings() override;
+    Net::TcpServerSettings Settings() override;
     LineFormat Format() const;
 
     SymbolParam delimiter;

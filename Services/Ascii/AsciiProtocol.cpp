@@ -90,7 +90,7 @@ AsciiProtocol::~AsciiProtocol() {
     Vor::CleanUp([this] { StopOperationEndEvents(); });
 }
 
-std::unique_ptr<Common::ITcpSession> AsciiProtocol::MakeSession(bool mayWrite) {
+std::unique_ptr<Net::ITcpSession> AsciiProtocol::MakeSession(bool mayWrite) {
     return std::make_unique<AsciiSession>(handler, mayWrite);
 }
 

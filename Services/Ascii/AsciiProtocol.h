@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Net/Wakeup.h"
 #include "Services/Ascii/AsciiParams.h"
 #include "Services/Ascii/AsciiProperties.h"
 #include "Services/Ascii/ISensor.h"
 #include "Services/Ascii/Outputs.h"
 #include "Services/Ascii/RequestHandler.h"
 #include "Services/Common/TcpService.h"
-#include "Services/Common/Wakeup.h"
 #include "Vor/AsyncRunner.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
@@ -33,7 +33,7 @@ public:
     void NonPersistentPropertiesBeginLock() override;
 
 protected:
-    std::unique_ptr<Common::ITcpSession> MakeSession(bool mayWrite) override;
+    std::unique_ptr<Net::ITcpSession> MakeSession(bool mayWrite) override;
     void UpdateSessions() override;
     void ParamsApplied() override;
     /// Makes the current blocks and map entries the outputs of the clients: while the service runs, on the main loop
@@ -58,7 +58,7 @@ private:
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase> assembly;
     const std::shared_ptr<VorControl::ControlProtocol::TextIdStandardProtocolOutputMap> map;
     Ascii::Outputs outputs;
-    Common::Wakeup wakeup;
+    Net::Wakeup wakeup;
     RequestHandler handler; ///< belongs to the network thread
     /// Guards the next two. No lock is acquired under it.
     std::mutex commandMutex;

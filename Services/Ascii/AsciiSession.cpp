@@ -1,11 +1,10 @@
 #include "Services/Ascii/AsciiSession.h"
 
-#include <cstring>
-
 namespace Services::Ascii {
 
 AsciiSession::AsciiSession(RequestHandler& handler, bool mayWrite)
-    : handler(handler)
+    : BufferedSession(2048, 2 * AnswerCapacity)
+    , handler(handler)
     , client{.mayWrite = mayWrite}
     , reader(handler.Format().terminator) {}
 
@@ -27,10 +26,10 @@ std::size_t AsciiSession::Process() {
             AppendLine(answer);
             ++answered;
         }
-        if (begin == inputEnd || client.hasQuit || !HasRoom()) {
+        if (begin == Input().size() || client.hasQuit || !HasRoom()) {
             break;
         }
-        const LineReader::Status status = reader.Feed(input[begin]);
+        const LineReader::Status status = reader.Feed(Input()[begin]);
         ++begin;
         if (status != LineReader::Status::Incomplete) {
             answer.clear();
@@ -39,26 +38,15 @@ std::size_t AsciiSession::Process() {
             answered += client.pending == nullptr ? 1 : 0;
         }
     }
-    if (begin > 0) {
-        inputEnd -= begin;
-        std::memmove(input.data(), input.data() + begin, inputEnd);
-    }
+    Consume(begin);
     if (client.push != nullptr) {
-        outputEnd += client.push->MoveTo(std::span(output).subspan(outputEnd));
+        Produced(client.push->MoveTo(OutputSpace()));
     }
     return answered;
 }
 
 void AsciiSession::AppendLine(const std::string& line) {
-    std::memcpy(output.data() + outputEnd, line.data(), line.size());
-    outputEnd += line.size();
-}
-
-void AsciiSession::Sent(std::size_t count) {
-    outputBegin += count;
-    if (outputBegin == outputEnd) {
-        outputBegin = outputEnd = 0;
-    }
+    Append({reinterpret_cast<const unsigned char*>(line.data()), line.size()});
 }
 
 } // namespace Services::Ascii

@@ -23,7 +23,7 @@ struct JobContents {
 };
 
 /// The base class of a service whose parameters, register assemblies and output map are in the job, and in no other
-/// domain. The constructor of the derived class calls Init once.
+/// domain.
 ///
 /// Parameters are given to the service as a whole: ApplyParams is called once for each change, at the end of a load
 /// too. Parameters of a job that it refuses stay in the job for the user to correct, and the user's log gets the
@@ -61,7 +61,7 @@ public:
 protected:
     explicit JobProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
 
-    /// Null properties don't replace the built-in ones; the others must outlive the service's base class.
+    /// Call it once, in the constructor of the service, which owns the properties. Null keeps the built-in ones.
     void Init(const JobContents& contents, VorControl::ControlProtocol::NonPersistentProperties* properties = nullptr);
 
     /// The parameters have changed. A service that runs applies them here. If it can't, it throws with a text for the
@@ -74,7 +74,7 @@ protected:
     /// Sets the entries of a service without a map of its own: none. A load that has entries sets those instead.
     virtual void ResetOutputs();
 
-    /// Where the service puts its parameters back to their defaults is ParamsReset().
+    /// Calls ParamsReset(), in which the service puts its parameters back to their defaults.
     void ParamsResetImpl(VorCommon::PersistDomain domain) override;
     void OutputsMapResetImpl(VorCommon::PersistDomain domain) override;
     void RegisterAssemblyGroupResetImpl(VorCommon::PersistDomain domain) override;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Services/Common/TcpCounters.h"
+#include "Net/TcpCounters.h"
 
 #include <atomic>
 #include <cstdint>
@@ -8,7 +8,7 @@
 namespace Services::Common {
 
 /// Counts of a service since it was started. Written by its network thread, read by any thread.
-struct ServiceCounters : TcpCounters {
+struct ServiceCounters : Net::TcpCounters {
     std::atomic<std::uint64_t> requests = 0; ///< requests that were answered
     std::atomic<std::uint64_t> failed = 0;   ///< requests that were answered with an error
 

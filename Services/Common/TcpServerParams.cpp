@@ -54,7 +54,7 @@ void TcpServerParams::ResetLimits(unsigned int defaultIdleTimeout) {
     writeNetworks = {"127.0.0.0/8", "::1/128"};
 }
 
-TcpServerSettings TcpServerParams::Settings() {
+Net::TcpServerSettings TcpServerParams::Settings() {
     std::vector<std::string> errors;
     CheckValidationAndCollect(errors, 0);
     if (!errors.empty()) {
@@ -64,8 +64,8 @@ TcpServerSettings TcpServerParams::Settings() {
             .port = port.Get(),
             .maxConnections = maxConnections.Get(),
             .idleTimeOut = std::chrono::seconds(idleTimeout.Get()),
-            .readers = ParseNetworks(readNetworks.Get()),
-            .writers = ParseNetworks(writeNetworks.Get())};
+            .readers = Net::ParseNetworks(readNetworks.Get()),
+            .writers = Net::ParseNetworks(writeNetworks.Get())};
 }
 
 void TcpServerParams::Describe(Vor::Params::ParamsBase& parameter, const char* description) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Services/Common/TcpServer.h"
+#include "Net/TcpServer.h"
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
 
@@ -9,7 +9,7 @@
 
 namespace Services::Common {
 
-/// The parameters of a service that has a TcpServer.
+/// The parameters of a service that has a Net::TcpServer.
 class TcpServerParams : public Vor::Params::Group {
 public:
     /// Sets every value to its default.
@@ -17,13 +17,13 @@ public:
 
     /// The values for the server. Throws yERROR_PARAMETER with a text for the user when a value of the whole group is
     /// outside its limits, when an entry isn't a network, or when values don't go together.
-    virtual TcpServerSettings Settings();
+    virtual Net::TcpServerSettings Settings();
 
     Vor::Params::Value<std::string> address;
     Vor::Params::Value<unsigned short> port;
     Vor::Params::Value<unsigned int> maxConnections;
     Vor::Params::Value<unsigned int> idleTimeout;
-    /// Lists of networks, see Network::Parse.
+    /// Lists of networks, see Net::Network::Parse.
     Vor::Params::Value<std::vector<std::string>> readNetworks;
     Vor::Params::Value<std::vector<std::string>> writeNetworks;
 

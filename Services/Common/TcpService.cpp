@@ -29,7 +29,7 @@ void TcpService::Start() {
         Close();
         Open();
     } catch (const std::exception& e) {
-        server.reset();
+        CloseServer();
         SetProperties("", e.what());
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
@@ -47,14 +47,17 @@ void TcpService::Stop() {
 }
 
 void TcpService::Open() {
-    const TcpServerSettings settings = params->Settings();
+    const Net::TcpServerSettings settings = params->Settings();
     UpdateSessions();
     ParamsApplied();
     MapChanged();
     counters.Reset();
-    server = std::make_unique<TcpServer>(
-        threadName, counters, settings,
-        TcpServer::Hooks{.makeSession = [this](bool mayWrite) { return MakeSession(mayWrite); }, .poll = poll}, wakeup);
+    thread = std::make_unique<Net::NetThread>(threadName);
+    server = std::make_unique<Net::TcpServer>(
+        *thread, counters, settings, [this](bool mayWrite) { return MakeSession(mayWrite); }, wakeup);
+    if (poll) {
+        thread->Repeat(PollPeriod, poll);
+    }
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
     GetControlHost().SetScanResultsFiltering(Id(), true);
     SetForwardScanResultsToProtocol(true);
@@ -67,10 +70,15 @@ void TcpService::Close() {
         return;
     }
     SetIsRunning(false);
-    server.reset();
+    CloseServer();
     Stopped();
     SetProperties("", "");
     SetForwardScanResultsToProtocol(false);
+}
+
+void TcpService::CloseServer() {
+    server.reset();
+    thread.reset();
 }
 
 void TcpService::SetProperties(const std::string& address, const std::string& failure) {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "Net/NetThread.h"
+#include "Net/TcpServer.h"
 #include "Services/Common/JobProtocol.h"
 #include "Services/Common/ServiceCounters.h"
-#include "Services/Common/TcpServer.h"
 #include "Services/Common/TcpServerParams.h"
 #include "Services/Common/TcpServerProperties.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -13,11 +15,12 @@
 namespace Services::Common {
 
 /// The base class of a service that serves TCP clients with results of the scan: it starts and stops the server,
-/// follows changed parameters, and keeps the properties. The constructor of the derived class calls Init once.
-///
-/// The destructor of the derived class calls CloseServer first, since sessions and hooks are its own.
+/// follows changed parameters, and keeps the properties. The destructor of the derived class calls CloseServer first,
+/// since sessions and hooks are its own.
 class TcpService : public JobProtocol {
 public:
+    static constexpr std::chrono::milliseconds PollPeriod{100};
+
     void Start() final;
     void Stop() final;
 
@@ -28,28 +31,30 @@ public:
     void NonPersistentPropertiesBeginLock() override;
 
 protected:
-    /// What the server needs. The service's own members, which live until the service is destroyed.
+    /// What the server needs. The service owns properties and wakeup.
     struct Parts {
         const char* threadName; ///< of the network thread, at most 15 characters
         std::shared_ptr<TcpServerParams> params;
         TcpServerProperties& properties;
-        Wakeup* wakeup = nullptr;
-        std::function<void()> poll = {}; ///< as TcpServer::Hooks::poll
+        Net::Wakeup* wakeup = nullptr;
+        /// Called on the network thread at once and then after each PollPeriod, unless it is empty. It must not wait
+        /// for anything.
+        std::function<void()> poll = {};
     };
 
     explicit TcpService(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
     ~TcpService() override;
 
-    /// `contents` needs no parameters.
+    /// Call it once, in the constructor of the service. `contents` needs no parameters.
     void Init(JobContents contents, const Parts& parts);
     /// Closes all connections and ends the network thread.
-    void CloseServer() { server.reset(); }
+    void CloseServer();
 
     /// For the network thread and the sessions.
     ServiceCounters& Counters() { return counters; }
 
     /// Called on the network thread for each client that connects.
-    virtual std::unique_ptr<ITcpSession> MakeSession(bool mayWrite) = 0;
+    virtual std::unique_ptr<Net::ITcpSession> MakeSession(bool mayWrite) = 0;
     /// Gives the parameters to the sessions that there are and to those to come. Called before the network thread runs,
     /// then on that thread while the thread that changes the parameters waits for it. It may read the parameters, and
     /// must not enter a lock under which anybody waits for the network thread.
@@ -72,10 +77,11 @@ private:
     const char* threadName = nullptr;
     std::shared_ptr<TcpServerParams> params;
     TcpServerProperties* properties = nullptr;
-    Wakeup* wakeup = nullptr;
+    Net::Wakeup* wakeup = nullptr;
     std::function<void()> poll;
     ServiceCounters counters;
-    std::unique_ptr<TcpServer> server;
+    std::unique_ptr<Net::NetThread> thread; ///< while the service is started, as the server
+    std::unique_ptr<Net::TcpServer> server;
 };
 
 } // namespace Services::Common

@@ -64,7 +64,7 @@ ModbusProtocol::~ModbusProtocol() {
     Vor::CleanUp([this] { StopOperationEndEvents(); });
 }
 
-std::unique_ptr<Common::ITcpSession> ModbusProtocol::MakeSession(bool mayWrite) {
+std::unique_ptr<Net::ITcpSession> ModbusProtocol::MakeSession(bool mayWrite) {
     return std::make_unique<Session>(handler, mayWrite);
 }
 

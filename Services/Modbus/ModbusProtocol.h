@@ -24,7 +24,7 @@ public:
     void ProcessResultSets(void* resultSets) override;
 
 protected:
-    std::unique_ptr<Common::ITcpSession> MakeSession(bool mayWrite) override;
+    std::unique_ptr<Net::ITcpSession> MakeSession(bool mayWrite) override;
     void UpdateSessions() override;
     void ParamsApplied() override;
     void MapChanged() override;

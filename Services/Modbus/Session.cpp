@@ -1,6 +1,6 @@
 #include "Services/Modbus/Session.h"
 
-#include <cstring>
+#include "Services/Modbus/FrameCodec.h"
 
 namespace Services::Modbus {
 
@@ -8,8 +8,8 @@ std::size_t Session::Process() {
     std::size_t answered = 0;
     std::size_t begin = 0;
     Frame request;
-    while (!broken && OutputCapacity - outputEnd >= MaxFrameSize) {
-        const FrameStatus status = DecodeFrame(std::span(input).first(inputEnd).subspan(begin), request);
+    while (!broken && OutputSpace().size() >= MaxFrameSize) {
+        const FrameStatus status = DecodeFrame(Input().subspan(begin), request);
         if (status == FrameStatus::Incomplete) {
             break;
         }
@@ -17,22 +17,12 @@ std::size_t Session::Process() {
             broken = true;
             break;
         }
-        outputEnd += handler.Answer(request, mayWrite, &output[outputEnd]);
+        Produced(handler.Answer(request, mayWrite, OutputSpace().data()));
         begin += request.Size();
         ++answered;
     }
-    if (begin > 0) {
-        inputEnd -= begin;
-        std::memmove(input.data(), input.data() + begin, inputEnd);
-    }
+    Consume(begin);
     return answered;
-}
-
-void Session::Sent(std::size_t count) {
-    outputBegin += count;
-    if (outputBegin == outputEnd) {
-        outputBegin = outputEnd = 0;
-    }
 }
 
 } // namespace Services::Modbus

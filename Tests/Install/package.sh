@@ -19,7 +19,7 @@ fi
 
 # What the documentation shows is what is built here.
 python3 - "$top" first-service/CMakeLists.txt first-service/HelloService.cpp first-service/HelloServiceTest.cpp \
-    provider-service/ProviderService.cpp <<'PYTHON'
+    provider-service/ProviderService.cpp echo-service/EchoService.cpp <<'PYTHON'
 import pathlib, sys
 top = pathlib.Path(sys.argv[1])
 text = (top / "Docs/your-first-service.md").read_text()
@@ -30,8 +30,9 @@ PYTHON
 
 cp -r "$top/Docs/examples/first-service" "$work/first"
 cp -r "$top/Docs/examples/provider-service" "$work/provider"
+cp -r "$top/Docs/examples/echo-service" "$work/echo"
 cp -r "$package/share/VorCnLib/examples/Sample" "$work/sample"
-for project in first provider sample; do
+for project in first provider echo sample; do
     build_project "$work/$project" "$package"
 done
 ctest --test-dir "$work/first/build" --output-on-failure --no-tests=error
@@ -40,10 +41,12 @@ ctest --test-dir "$work/sample/build" --output-on-failure --no-tests=error
 sensor "$package/bin/vorsensor"
 contains "$told" '^Service modbus \(Modbus TCP\): Running at '
 sensor "$package/bin/vorsensor" --plugins "$work/first/build/plugins" --plugins "$work/sample/build/plugins" \
-    --plugins "$work/provider/build/plugins" --enable hello --enable sample --enable provider \
-    --set hello.greeting=Moin --set provider.greeting=Servus
+    --plugins "$work/provider/build/plugins" --plugins "$work/echo/build/plugins" \
+    --enable hello --enable sample --enable provider --enable echo \
+    --set hello.greeting=Moin --set provider.greeting=Servus --set echo.port=0
 contains "$told" '^Service hello \(Hello\): Running$'
 contains "$told" '^Service sample \(Sample\): Running$'
 contains "$told" '^Service provider \(Provider\): Running$'
+contains "$told" '^Service echo \(Echo\): Running at tcp://127\.0\.0\.1:'
 contains "$told" 'Moin'
 contains "$told" 'Servus'

@@ -138,7 +138,7 @@ TEST_F(JobProtocolTest, KeepsNothingInOtherDomains) {
     EXPECT_TRUE(section.is_null());
 }
 
-TEST_F(JobProtocolTest, KnowsItsAssembliesByTheirIds) {
+TEST_F(JobProtocolTest, FindsItsAssembliesByTheirIds) {
     EXPECT_STREQ(Own().RegisterAssemblyVersion(PersistDomain::Job, AssemblyId), "3");
     EXPECT_EQ(Own().RegisterAssemblyVersion(PersistDomain::Job, "another"), nullptr);
     EXPECT_NE(Own().BeginUpdateRegisterAssembly(PersistDomain::Job, AssemblyId, "3"), nullptr);
@@ -150,7 +150,7 @@ TEST_F(JobProtocolTest, AppliesTheParametersOfAJobOnce) {
     EXPECT_EQ(Own().applied, (std::vector<unsigned>{7}));
 }
 
-TEST_F(JobProtocolTest, TellsTheUserOfAJobWhoseParametersItRefusesAndTriesThemOnce) {
+TEST_F(JobProtocolTest, ReportsAJobWhoseParametersItRefusesAndTriesThemOnce) {
     const Vor::LogCapture log;
     module.Load(Section({{"speed", 11}}, Outputs, Blocks));
     EXPECT_EQ(Own().applied, (std::vector<unsigned>{11}));

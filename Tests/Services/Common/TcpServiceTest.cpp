@@ -1,5 +1,6 @@
 #include "Services/Common/TcpService.h"
 
+#include "Net/BufferedSession.h"
 #include "Tests/Services/Common/ServiceModule.h"
 #include "Tests/Support/TcpClient.h"
 #include "Tests/Support/Threads.h"
@@ -8,6 +9,7 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -28,39 +30,29 @@ using VorControl::ControlProtocol::ProtocolStatus;
 using Calls = std::vector<std::string>;
 
 /// Answers each byte with another one.
-class CipherSession : public ITcpSession {
+class CipherSession : public Net::BufferedSession {
 public:
     CipherSession(ServiceCounters& counters, const unsigned char& shift)
-        : counters(counters)
+        : BufferedSession(16, 16)
+        , counters(counters)
         , shift(shift) {}
 
     void SetMayWrite(bool) override {}
-    std::span<unsigned char> ReceiveSpace() override {
-        return waiting ? std::span<unsigned char>() : std::span(&byte, 1);
-    }
-    void Received(std::size_t count) override { received = count > 0; }
     std::size_t Process() override {
-        if (!received) {
-            return 0;
+        const std::size_t count = std::min(Input().size(), OutputSpace().size());
+        for (const unsigned char byte : Input().first(count)) {
+            const auto answer = static_cast<unsigned char>(byte + shift);
+            Append({&answer, 1});
         }
-        received = false;
-        byte = static_cast<unsigned char>(byte + shift);
-        waiting = true;
-        ++counters.requests;
-        return 1;
+        Consume(count);
+        counters.requests += count;
+        return count;
     }
-    std::span<const unsigned char> Replies() const override {
-        return waiting ? std::span(&byte, 1) : std::span<const unsigned char>();
-    }
-    void Sent(std::size_t) override { waiting = false; }
     bool Broken() const override { return false; }
 
 private:
     ServiceCounters& counters;
     const unsigned char& shift;
-    unsigned char byte = 0;
-    bool received = false;
-    bool waiting = false;
 };
 
 class CipherParams : public TcpServerParams {
@@ -100,7 +92,7 @@ public:
     std::atomic<unsigned> polls = 0;
 
 protected:
-    std::unique_ptr<ITcpSession> MakeSession(bool) override {
+    std::unique_ptr<Net::ITcpSession> MakeSession(bool) override {
         return std::make_unique<CipherSession>(Counters(), shift);
     }
     void UpdateSessions() override {
@@ -153,8 +145,9 @@ public:
     std::string Failure() const { return "port " + std::to_string(Port()) + " on 127.0.0.1 is in use"; }
 
 private:
-    TcpCounters counters;
-    TcpServer server{"Taken", counters, {}, {.makeSession = [](bool) { return nullptr; }}};
+    Net::NetThread thread{"Taken"};
+    Net::TcpCounters counters;
+    Net::TcpServer server{thread, counters, {}, [](bool) { return nullptr; }};
 };
 
 TEST_F(TcpServiceTest, ServesWhileItIsStarted) {
@@ -219,7 +212,7 @@ TEST_F(TcpServiceTest, ReportsWhyItCannotStart) {
     EXPECT_EQ(module.Properties()["failure"], "");
 }
 
-TEST_F(TcpServiceTest, StaysWhereItIsWhenItCannotMoveAndTellsWhy) {
+TEST_F(TcpServiceTest, StaysWhereItIsAndReportsWhyItCannotMove) {
     module.Load(Section({{"port", 0}}));
     const std::uint16_t former = Port();
     Client client(former);

@@ -1,16 +1,14 @@
 #pragma once
 
+#include "Net/TcpServer.h"
 #include "Services/Common/ServiceCounters.h"
-#include "Services/Common/TcpServer.h"
 #include "Services/Modbus/IRegisterMap.h"
 #include "Services/Modbus/RequestHandler.h"
 #include "Services/Modbus/Session.h"
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
-#include <utility>
 
 namespace Services::Modbus {
 
@@ -18,13 +16,12 @@ namespace Services::Modbus {
 class ModbusServer {
 public:
     explicit ModbusServer(IRegisterMap& registers, Common::ServiceCounters& counters,
-                          const Common::TcpServerSettings& settings = {}, std::function<void()> poll = {})
+                          const Net::TcpServerSettings& settings = {})
         : handler(registers, counters, 0)
-        , server("ModbusNet", counters, settings,
-                 {.makeSession = [this](bool mayWrite) { return std::make_unique<Session>(handler, mayWrite); },
-                  .poll = std::move(poll)}) {}
+        , server(thread, counters, settings,
+                 [this](bool mayWrite) { return std::make_unique<Session>(handler, mayWrite); }) {}
 
-    void Update(const Common::TcpServerSettings& settings, unsigned char unit = 0) {
+    void Update(const Net::TcpServerSettings& settings, unsigned char unit = 0) {
         server.Update(settings, [this, unit] { handler.SetUnit(unit); });
     }
 
@@ -34,7 +31,8 @@ public:
 
 private:
     RequestHandler handler;
-    Common::TcpServer server;
+    Net::NetThread thread{"ModbusNet"};
+    Net::TcpServer server;
 };
 
 } // namespace Services::Modbus

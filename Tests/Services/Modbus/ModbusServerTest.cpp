@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <memory>
-#include <stdexcept>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -16,23 +15,11 @@ namespace Services::Modbus {
 namespace {
 
 using namespace std::chrono_literals;
-using Common::NetworkAddress;
-using Common::ParseNetworks;
 using Common::ServiceCounters;
-using Common::TcpServerSettings;
+using Net::ParseNetworks;
+using Net::TcpServerSettings;
 
 const Bytes ReplyTo77(Bytes{0, 9, 0, 0, 0, 5, 1, 3, 2, 0, 77});
-
-std::string FailureOf(const TcpServerSettings& settings) {
-    AddressRegisters registers;
-    ServiceCounters counters;
-    try {
-        ModbusServer server(registers, counters, settings);
-    } catch (const Vor::Exception& e) {
-        return e.what();
-    }
-    return "no failure";
-}
 
 bool WaitForCount(const std::atomic<std::uint64_t>& counter, std::uint64_t value) {
     return Tests::WaitUntil([&] { return counter == value; });
@@ -62,33 +49,6 @@ protected:
     std::unique_ptr<ModbusServer> server;
     std::uint16_t port = 0;
 };
-
-TEST_F(ModbusServerTest, ListensOnAFreePortAndTellsWhere) {
-    Open();
-    EXPECT_NE(port, 0);
-    EXPECT_EQ(server->Url(), "tcp://127.0.0.1:" + std::to_string(port));
-    EXPECT_TRUE(server->IsListening());
-    EXPECT_EQ(Client()->Ask(ReadRequest(5, 77, 2)), (Bytes{0, 5, 0, 0, 0, 7, 1, 3, 4, 0, 77, 0, 78}));
-}
-
-TEST_F(ModbusServerTest, ListensOnIpV6) {
-    try {
-        Open({.address = "::1"});
-    } catch (const Vor::Exception& e) {
-        GTEST_SKIP() << "no IPv6 here: " << e.what();
-    }
-    EXPECT_EQ(server->Url(), "tcp://[::1]:" + std::to_string(port));
-}
-
-TEST_F(ModbusServerTest, SaysWhyItCannotListen) {
-    Open();
-    EXPECT_EQ(FailureOf({.port = port}), "port " + std::to_string(port) + " on 127.0.0.1 is in use");
-    EXPECT_EQ(FailureOf({.address = "0.0.0.0", .port = port}),
-              "port " + std::to_string(port) + " on 0.0.0.0 is in use");
-    EXPECT_EQ(FailureOf({.address = "192.0.2.1"}), "192.0.2.1 is not an address of this device");
-    EXPECT_EQ(FailureOf({.address = "plc.local"}), "\"plc.local\" is not an IP address");
-    EXPECT_EQ(FailureOf({.address = ""}), "\"\" is not an IP address");
-}
 
 TEST_F(ModbusServerTest, AnswersARequestThatComesByteByByte) {
     Open();
@@ -137,18 +97,6 @@ TEST_F(ModbusServerTest, AnswersAllRequestsOfAClientThatHasClosedItsSide) {
     EXPECT_TRUE(client.WaitForClose());
 }
 
-TEST_F(ModbusServerTest, ServesManyClients) {
-    Open();
-    std::vector<std::unique_ptr<RawClient>> clients;
-    for (int i = 0; i < 32; ++i) {
-        clients.push_back(Client());
-    }
-    EXPECT_EQ(counters.connected, 32u);
-    for (const auto& client : clients) {
-        EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-    }
-}
-
 TEST_F(ModbusServerTest, ClosesTheConnectionAfterAnotherProtocolOrABadLength) {
     Open();
     for (const Bytes& bad : {Bytes{'G', 'E', 'T', ' ', '/', '\r'}, Bytes{0, 1, 0, 0, 0, 1}, Bytes{0, 1, 0, 0, 1, 0}}) {
@@ -158,28 +106,6 @@ TEST_F(ModbusServerTest, ClosesTheConnectionAfterAnotherProtocolOrABadLength) {
         EXPECT_TRUE(client.WaitForClose());
     }
     EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
-TEST_F(ModbusServerTest, ClosesOneConnectionTooManyAtOnce) {
-    Open({.maxConnections = 2});
-    auto first = Client();
-    const auto second = Client();
-    RawClient third(port);
-    EXPECT_TRUE(third.WaitForClose());
-    EXPECT_EQ(first->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-    EXPECT_EQ(counters.connected, 2u);
-    first->HalfClose();
-    EXPECT_TRUE(first->WaitForClose());
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
-TEST_F(ModbusServerTest, ClosesASilentConnection) {
-    Open({.idleTimeOut = 50ms});
-    RawClient silent(port);
-    const auto talked = Client();
-    EXPECT_TRUE(silent.WaitForClose());
-    EXPECT_TRUE(talked->WaitForClose());
-    EXPECT_TRUE(WaitForCount(counters.connected, 0));
 }
 
 TEST_F(ModbusServerTest, ClosesAConnectionThatNeverEndsItsRequest) {
@@ -204,15 +130,6 @@ TEST_F(ModbusServerTest, ClosesAConnectionThatNeverTakesItsReplies) {
         client.SendSome(requests);
     }
     EXPECT_EQ(counters.connected, 0u);
-}
-
-TEST_F(ModbusServerTest, KeepsASilentConnectionWithoutATimeOut) {
-    Open({.idleTimeOut = 0ms});
-    const auto silent = Client();
-    Update({.port = port, .idleTimeOut = 0ms});
-    EXPECT_EQ(counters.connected, 1u);
-    Update({.port = port, .idleTimeOut = 1ms});
-    EXPECT_TRUE(silent->WaitForClose()) << "a new time-out holds for connections that are there";
 }
 
 TEST_F(ModbusServerTest, StopsReadingFromAClientThatDoesNotTakeItsReplies) {
@@ -243,44 +160,6 @@ TEST_F(ModbusServerTest, TakesAnotherUnitAtOnce) {
     EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), (Bytes{0, 9, 0, 0, 0, 3, 1, 0x83, 11}));
 }
 
-TEST_F(ModbusServerTest, MovesToAnotherPortAndClosesItsConnections) {
-    ServiceCounters othersCounters;
-    ModbusServer other(registers, othersCounters);
-    Open({.port = 0});
-    const auto client = Client();
-    const std::uint16_t former = port;
-    Update({.address = "0.0.0.0", .port = former});
-    EXPECT_EQ(server->Url(), "tcp://0.0.0.0:" + std::to_string(former));
-    EXPECT_TRUE(client->WaitForClose());
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
-TEST_F(ModbusServerTest, StaysWhereItIsWhenItCannotMove) {
-    ServiceCounters othersCounters;
-    ModbusServer other(registers, othersCounters);
-    Open();
-    const auto client = Client();
-    EXPECT_THROW(Update({.port = other.Port()}, 5), Vor::Exception);
-    EXPECT_TRUE(server->IsListening());
-    EXPECT_EQ(server->Port(), port);
-    EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
-TEST_F(ModbusServerTest, EndsWithConnectionsOpenAndFreesItsPort) {
-    Open();
-    const auto client = Client();
-    RawClient half(port);
-    half.Send({0, 1, 0});
-    const auto begin = std::chrono::steady_clock::now();
-    server.reset();
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 200ms);
-    EXPECT_TRUE(client->WaitForClose());
-    EXPECT_FALSE(RawClient(port).Connected());
-    Open({.port = port});
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
 TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
     Open({.maxConnections = 2});
     const auto first = Client();
@@ -300,47 +179,11 @@ TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
     EXPECT_EQ(counters.requests, 3u);
 }
 
-TEST_F(ModbusServerTest, LetsLoopbackWriteAndNobodyElseByDefault) {
-    const TcpServerSettings settings;
-    Open();
-    EXPECT_EQ(Client()->Ask(WriteOne), NothingToWrite);
-    for (const auto& [text, may] : {std::pair{"::ffff:127.0.0.1", true},
-                                    {"::ffff:127.255.0.9", true},
-                                    {"::1", true},
-                                    {"::ffff:10.0.0.1", false},
-                                    {"::2", false},
-                                    {"fe80::1", false}}) {
-        NetworkAddress address;
-        ASSERT_EQ(inet_pton(AF_INET6, text, address.data()), 1);
-        EXPECT_EQ(Contain(settings.writers, address), may) << text;
-        EXPECT_TRUE(Contain(settings.readers, address)) << text;
-    }
-}
-
 TEST_F(ModbusServerTest, LetsAClientThatMayNotWriteRead) {
     Open({.writers = ParseNetworks({"10.0.0.0/8"})});
     const auto client = Client();
     EXPECT_EQ(client->Ask(WriteOne), MayNotWrite);
     EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
-TEST_F(ModbusServerTest, ClosesAClientThatMayNotReadAtOnce) {
-    Open({.readers = ParseNetworks({"127.0.0.2", "10.0.0.0/8", "::/0"})});
-    EXPECT_TRUE(RawClient(port).WaitForClose());
-    EXPECT_TRUE(WaitForCount(counters.refused, 1));
-    EXPECT_EQ(counters.connected, 0u);
-    Update({.port = port, .readers = ParseNetworks({"127.0.0.1"})});
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-    EXPECT_EQ(counters.refused, 1u);
-}
-
-TEST_F(ModbusServerTest, CountsAMappedClientAsIpV4) {
-    try {
-        Open({.address = "::", .readers = ParseNetworks({"127.0.0.1"}), .writers = ParseNetworks({"127.0.0.1"})});
-    } catch (const Vor::Exception& e) {
-        GTEST_SKIP() << "no IPv6 here: " << e.what();
-    }
-    EXPECT_EQ(Client()->Ask(WriteOne), NothingToWrite);
 }
 
 TEST_F(ModbusServerTest, AppliesOtherNetworksToTheConnectionsThatAreThere) {
@@ -357,24 +200,6 @@ TEST_F(ModbusServerTest, AppliesOtherNetworksToTheConnectionsThatAreThere) {
     EXPECT_TRUE(other->WaitForClose());
     EXPECT_TRUE(WaitForCount(counters.connected, 0));
     EXPECT_EQ(counters.refused, 0u) << "they were not refused when they connected";
-}
-
-TEST_F(ModbusServerTest, PollsOnItsThreadAgainAndAgain) {
-    std::atomic<std::uint64_t> polls = 0;
-    std::atomic<bool> throws = true;
-    server = std::make_unique<ModbusServer>(registers, counters, TcpServerSettings{}, [&] {
-        ++polls;
-        if (throws.exchange(false)) {
-            throw std::runtime_error("a poll that fails");
-        }
-    });
-    port = server->Port();
-    EXPECT_TRUE(WaitForCount(polls, 3)) << "also after one that failed";
-    EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-    server.reset();
-    const auto last = polls.load();
-    std::this_thread::yield();
-    EXPECT_EQ(polls, last);
 }
 
 } // namespace

@@ -1,11 +1,11 @@
-#include "Services/Common/Wakeup.h"
+#include "Net/Wakeup.h"
 
 #include "Vor/Exception.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-namespace Services::Common {
+namespace Net {
 
 Wakeup::Wakeup()
     : descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
@@ -29,4 +29,4 @@ void Wakeup::Clear() {
     eventfd_read(descriptor, &count);
 }
 
-} // namespace Services::Common
+} // namespace Net

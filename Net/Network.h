@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace Services::Common {
+namespace Net {
 
 /// An IPv6 address, or an IPv4 address mapped to IPv6, ::ffff:A.B.C.D.
 using NetworkAddress = std::array<unsigned char, 16>;
@@ -29,4 +29,4 @@ std::vector<Network> ParseNetworks(const std::vector<std::string>& texts);
 /// Whether one of the networks contains the address.
 bool Contain(const std::vector<Network>& networks, const NetworkAddress& address);
 
-} // namespace Services::Common
+} // namespace Net

@@ -1,11 +1,11 @@
-#include "Services/Common/TcpListen.h"
+#include "Net/Asio/TcpListen.h"
 
 #include "Vor/Exception.h"
 #include "yApi/yStatus.h"
 
 #include <boost/asio/ip/v6_only.hpp>
 
-namespace Services::Common {
+namespace Net {
 
 namespace asio = boost::asio;
 using asio::ip::tcp;
@@ -60,4 +60,4 @@ tcp::acceptor Listen(asio::io_context& io, const TcpServerSettings& wanted) {
     return listening;
 }
 
-} // namespace Services::Common
+} // namespace Net

@@ -1,4 +1,4 @@
-#include "Services/Common/Network.h"
+#include "Net/Network.h"
 
 #include "Vor/Exception.h"
 
@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Services::Common {
+namespace Net {
 namespace {
 
 NetworkAddress AddressOf(std::string text) {
@@ -120,4 +120,4 @@ TEST(Network, OfAListContainsWhatOneOfThemDoes) {
 }
 
 } // namespace
-} // namespace Services::Common
+} // namespace Net

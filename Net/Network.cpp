@@ -1,4 +1,4 @@
-#include "Services/Common/Network.h"
+#include "Net/Network.h"
 
 #include "Vor/Exception.h"
 
@@ -7,7 +7,7 @@
 #include <charconv>
 #include <cstring>
 
-namespace Services::Common {
+namespace Net {
 
 namespace {
 
@@ -88,4 +88,4 @@ bool Contain(const std::vector<Network>& networks, const NetworkAddress& address
     return std::ranges::any_of(networks, [&](const Network& network) { return network.Contains(address); });
 }
 
-} // namespace Services::Common
+} // namespace Net

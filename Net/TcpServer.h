@@ -1,9 +1,10 @@
 #pragma once
 
-#include "Services/Common/ITcpSession.h"
-#include "Services/Common/Network.h"
-#include "Services/Common/TcpCounters.h"
-#include "Services/Common/Wakeup.h"
+#include "Net/ITcpSession.h"
+#include "Net/NetThread.h"
+#include "Net/Network.h"
+#include "Net/TcpCounters.h"
+#include "Net/Wakeup.h"
 
 #include <chrono>
 #include <cstdint>
@@ -12,14 +13,15 @@
 #include <string>
 #include <vector>
 
-namespace Services::Common {
+namespace Net {
 
 struct TcpServerSettings {
     std::string address = "127.0.0.1"; ///< IPv4 or IPv6, as digits; "0.0.0.0" and "::" listen on all interfaces
     std::uint16_t port = 0;            ///< 0 for any free port
     unsigned maxConnections = 32;      ///< one more is closed at once
     /// A connection with no whole request in this time is closed; 0 leaves it open. One whose session is subscribed is
-    /// closed when its client has read nothing in this time although something was sent.
+    /// closed when its client has read nothing in this time although something was sent. A session may have a deadline
+    /// of its own instead.
     std::chrono::milliseconds idleTimeOut{60000};
     /// Whose clients are served. Another client is closed as soon as it connects.
     std::vector<Network> readers = ParseNetworks({"0.0.0.0/0", "::/0"});
@@ -27,25 +29,20 @@ struct TcpServerSettings {
     std::vector<Network> writers = ParseNetworks({"127.0.0.0/8", "::1/128"});
 };
 
-/// Serves TCP clients, each with a session of its own, on one thread. No client can block that thread: sockets never
+/// Serves TCP clients, each with a session of its own, on a NetThread. No client can block that thread: sockets never
 /// block, and a client that doesn't read its replies isn't read from until it does.
 /// The operations are for one thread at a time; each waits microseconds for the network thread.
 class TcpServer {
 public:
-    static constexpr std::chrono::milliseconds PollPeriod{100};
+    /// Makes the session of a client that has connected. Called on the network thread. A client without a session, and
+    /// one for which this throws, is closed.
+    using SessionMaker = std::function<std::unique_ptr<ITcpSession>(bool mayWrite)>;
 
-    /// What the network thread calls.
-    struct Hooks {
-        std::function<std::unique_ptr<ITcpSession>(bool mayWrite)> makeSession;
-        /// Called at once and then after each PollPeriod, unless it is empty. It must not wait for anything.
-        std::function<void()> poll = {};
-    };
-
-    /// Listens when it returns. Throws a Vor::Exception with a text for the user when it can't. `counters` and
-    /// `wakeup`, if there is one, must outlive the server.
-    TcpServer(const char* threadName, TcpCounters& counters, const TcpServerSettings& settings, Hooks hooks,
+    /// Listens when it returns. Throws a Vor::Exception with a text for the user when it can't. `thread`, `counters`,
+    /// and `wakeup`, if there is one, must outlive the server.
+    TcpServer(NetThread& thread, TcpCounters& counters, const TcpServerSettings& settings, SessionMaker makeSession,
               Wakeup* wakeup = nullptr);
-    /// Closes all connections and ends the thread.
+    /// Closes all connections. Their sessions are gone then.
     ~TcpServer();
     TcpServer(const TcpServer&) = delete;
     TcpServer& operator=(const TcpServer&) = delete;
@@ -63,7 +60,8 @@ public:
 
 private:
     class Impl;
-    std::unique_ptr<Impl> impl;
+    NetThread& thread;
+    const std::shared_ptr<Impl> impl;
 };
 
-} // namespace Services::Common
+} // namespace Net

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace Services::Common {
+namespace Net {
 
 /// Wakes the network thread of a server when sessions have something to send. For any thread. It allocates nothing,
 /// never waits, and may be used while no server waits for it.
@@ -22,4 +22,4 @@ private:
     const int descriptor;
 };
 
-} // namespace Services::Common
+} // namespace Net

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace Services::Common {
+namespace Net {
 
 /// Counts of a server's connections. Written by its network thread, read by any thread.
 struct TcpCounters {
@@ -11,4 +11,4 @@ struct TcpCounters {
     std::atomic<std::uint64_t> refused = 0;   ///< connections that were closed at once
 };
 
-} // namespace Services::Common
+} // namespace Net

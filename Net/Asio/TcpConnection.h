@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Net/ITcpSession.h"
+#include "Net/Network.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+// Asio of Boost 1.74 uses std::exchange without including its header.
+#include <utility>
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+namespace Net {
+
+/// One client of a server: moves bytes between socket and session, and closes what has lasted too long. For the network
+/// thread. It lives as long as the server or an operation under way refers to it; its session until it is closed.
+class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
+public:
+    TcpConnection(boost::asio::ip::tcp::socket accepted, const NetworkAddress& peer,
+                  std::unique_ptr<ITcpSession> session, std::chrono::milliseconds idleTimeOut);
+
+    /// `closed` is called once, by Close.
+    void Start(std::function<void()> closed);
+
+    const NetworkAddress& Peer() const { return peer; }
+    void SetMayWrite(bool value) { session->SetMayWrite(value); }
+    void SetIdleTimeOut(std::chrono::milliseconds value);
+
+    /// Answers the requests that were received and sends the replies. Receives more only when all replies are sent,
+    /// unless the session reads ahead.
+    void Pump();
+
+    /// Closes the connection and destroys the session.
+    void Close();
+
+private:
+    using Clock = ITcpSession::Clock;
+
+    bool IsOpen() const { return session != nullptr; }
+    /// Runs what calls the session, and closes the connection when that throws.
+    template <typename Work>
+    void Guarded(const Work& work);
+    void Exchange();
+    void Receive();
+    void Read();
+    void WaitUntilSendable();
+    std::optional<Clock::time_point> Deadline() const;
+    void Watch();
+    void CheckDeadline();
+    bool MayBeSilent(Clock::time_point oldest) const;
+
+    boost::asio::ip::tcp::socket socket;
+    boost::asio::steady_timer timer;
+    const NetworkAddress peer;
+    std::unique_ptr<ITcpSession> session; ///< null: closed
+    std::function<void()> closed;
+    std::chrono::milliseconds idleTimeOut;
+    Clock::time_point lastRequest = Clock::now();
+    Clock::time_point lastSent = lastRequest;
+    Clock::time_point watchedUntil = Clock::time_point::max(); ///< when the timer ends; max: it doesn't run
+    bool receiving = false;
+    bool blocked = false;    ///< the socket is waited for before more is sent
+    bool inputEnded = false; ///< the client has closed its side
+};
+
+} // namespace Net

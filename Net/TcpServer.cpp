@@ -1,0 +1,258 @@
+#include "Net/TcpServer.h"
+
+#include "Net/Asio/Loop.h"
+#include "Net/Asio/TcpConnection.h"
+#include "Net/Asio/TcpListen.h"
+
+#include <list>
+#include <optional>
+#include <unistd.h>
+#include <utility>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+namespace Net {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using boost::system::error_code;
+
+namespace {
+
+constexpr std::chrono::milliseconds AcceptRetryPeriod{100};
+
+/// Nothing when the client has already closed the connection.
+std::optional<NetworkAddress> PeerOf(const tcp::socket& socket) {
+    error_code error;
+    const asio::ip::address address = socket.remote_endpoint(error).address();
+    if (error) {
+        return std::nullopt;
+    }
+    return address.is_v4() ? asio::ip::make_address_v6(asio::ip::v4_mapped, address.to_v4()).to_bytes()
+                           : address.to_v6().to_bytes();
+}
+
+} // namespace
+
+/// What the operations under way refer to. For the network thread.
+class TcpServer::Impl : public std::enable_shared_from_this<Impl> {
+public:
+    Impl(NetThread& thread, TcpCounters& counters, const TcpServerSettings& wanted, SessionMaker makeSession,
+         Wakeup* wakeup)
+        : thread(thread)
+        , io(thread.OwnLoop().io)
+        , settings(wanted)
+        , counters(counters)
+        , makeSession(std::move(makeSession))
+        , wakeup(wakeup)
+        , acceptor(Listen(io, wanted)) {}
+
+    void Start();
+    void End();
+    void Update(const TcpServerSettings& next, const std::function<void()>& applied);
+    bool IsListening() const { return acceptor.is_open(); }
+    tcp::endpoint Endpoint() const {
+        error_code ignored;
+        return acceptor.local_endpoint(ignored);
+    }
+
+private:
+    using ConnectionList = std::list<std::shared_ptr<TcpConnection>>;
+
+    bool IsAt(const TcpServerSettings& wanted) const;
+    void Move(const TcpServerSettings& next);
+    void StartAccept();
+    void Accepted(const error_code& error, tcp::socket socket);
+    void Serve(tcp::socket socket);
+    void ApplySettings();
+    void CloseAll();
+    void WaitForWakeup();
+    /// Calls `work` for each connection, each of which may close itself meanwhile.
+    template <typename Work>
+    void ForEach(const Work& work);
+
+    NetThread& thread;
+    asio::io_context& io;
+    TcpServerSettings settings;
+    TcpCounters& counters;
+    SessionMaker makeSession;
+    Wakeup* const wakeup;
+    asio::posix::stream_descriptor wakeupDescriptor{io};
+    tcp::acceptor acceptor;
+    unsigned listenGeneration = 0; ///< an accept of a former acceptor is ignored
+    asio::steady_timer acceptRetryTimer{io};
+    ConnectionList connections;
+};
+
+void TcpServer::Impl::Start() {
+    StartAccept();
+    if (wakeup != nullptr) {
+        wakeupDescriptor.assign(dup(wakeup->Descriptor()));
+        WaitForWakeup();
+    }
+}
+
+void TcpServer::Impl::End() {
+    error_code ignored;
+    ++listenGeneration;
+    acceptor.close(ignored);
+    acceptRetryTimer.cancel();
+    wakeupDescriptor.close(ignored);
+    CloseAll();
+}
+
+void TcpServer::Impl::Update(const TcpServerSettings& next, const std::function<void()>& applied) {
+    if (!IsAt(next)) {
+        Move(next);
+    }
+    settings = next;
+    applied();
+    ApplySettings();
+}
+
+bool TcpServer::Impl::IsAt(const TcpServerSettings& wanted) const {
+    return acceptor.is_open() && wanted.address == settings.address &&
+           (wanted.port == settings.port || wanted.port == Endpoint().port());
+}
+
+// Stops listening at the former place first, since the new one may include it: the same port on all addresses.
+void TcpServer::Impl::Move(const TcpServerSettings& next) {
+    error_code ignored;
+    // Port 0 would be another free port, should the server have to return.
+    TcpServerSettings former = settings;
+    former.port = Endpoint().port();
+    const bool wasListening = acceptor.is_open();
+    ++listenGeneration;
+    acceptor.close(ignored);
+    try {
+        acceptor = Listen(io, next);
+    } catch (const std::exception&) {
+        if (wasListening) {
+            acceptor = Listen(io, former);
+            StartAccept();
+        }
+        throw;
+    }
+    CloseAll();
+    StartAccept();
+}
+
+void TcpServer::Impl::StartAccept() {
+    acceptor.async_accept(
+        [self = shared_from_this(), generation = listenGeneration](const error_code& error, tcp::socket socket) {
+            if (generation == self->listenGeneration) {
+                self->Accepted(error, std::move(socket));
+            }
+        });
+}
+
+void TcpServer::Impl::Accepted(const error_code& error, tcp::socket socket) {
+    if (error) { // too many open files, for instance: the connections that there are go on
+        acceptRetryTimer.expires_after(AcceptRetryPeriod);
+        acceptRetryTimer.async_wait(
+            [self = shared_from_this(), generation = listenGeneration](const error_code& cancelled) {
+                if (!cancelled && generation == self->listenGeneration) {
+                    self->StartAccept();
+                }
+            });
+        return;
+    }
+    StartAccept();
+    Serve(std::move(socket));
+}
+
+// A socket that isn't served closes itself.
+void TcpServer::Impl::Serve(tcp::socket socket) {
+    const auto peer = PeerOf(socket);
+    if (!peer) {
+        return;
+    }
+    auto session = connections.size() < settings.maxConnections && Contain(settings.readers, *peer)
+                       ? makeSession(Contain(settings.writers, *peer))
+                       : nullptr;
+    if (session == nullptr) {
+        counters.refused.fetch_add(1, std::memory_order_relaxed);
+        return;
+    }
+    connections.push_back(
+        std::make_shared<TcpConnection>(std::move(socket), *peer, std::move(session), settings.idleTimeOut));
+    counters.connected.store(connections.size(), std::memory_order_relaxed);
+    const auto position = std::prev(connections.end());
+    const auto connection = *position; // stays if it closes itself in Start
+    connection->Start([this, position] {
+        connections.erase(position);
+        counters.connected.store(connections.size(), std::memory_order_relaxed);
+    });
+}
+
+template <typename Work>
+void TcpServer::Impl::ForEach(const Work& work) {
+    thread.AssertCurrent();
+    for (auto next = connections.begin(); next != connections.end();) {
+        const auto connection = *next++;
+        work(*connection);
+    }
+}
+
+void TcpServer::Impl::ApplySettings() {
+    ForEach([this](TcpConnection& connection) {
+        if (Contain(settings.readers, connection.Peer())) {
+            connection.SetMayWrite(Contain(settings.writers, connection.Peer()));
+            connection.SetIdleTimeOut(settings.idleTimeOut);
+        } else {
+            connection.Close();
+        }
+    });
+}
+
+void TcpServer::Impl::CloseAll() {
+    ForEach([](TcpConnection& connection) { connection.Close(); });
+}
+
+void TcpServer::Impl::WaitForWakeup() {
+    wakeupDescriptor.async_wait(asio::posix::stream_descriptor::wait_read,
+                                [self = shared_from_this()](const error_code& error) {
+                                    if (!error && self->wakeupDescriptor.is_open()) {
+                                        self->wakeup->Clear();
+                                        self->WaitForWakeup();
+                                        self->ForEach([](TcpConnection& connection) { connection.Pump(); });
+                                    }
+                                });
+}
+
+TcpServer::TcpServer(NetThread& thread, TcpCounters& counters, const TcpServerSettings& settings,
+                     SessionMaker makeSession, Wakeup* wakeup)
+    : thread(thread)
+    , impl(thread.Call([&] {
+        auto made = std::make_shared<Impl>(thread, counters, settings, std::move(makeSession), wakeup);
+        made->Start();
+        return made;
+    })) {}
+
+TcpServer::~TcpServer() {
+    thread.Call([this] { impl->End(); });
+}
+
+void TcpServer::Update(const TcpServerSettings& settings, const std::function<void()>& applied) {
+    thread.Call([&] { impl->Update(settings, applied); });
+}
+
+bool TcpServer::IsListening() const {
+    return thread.Call([this] { return impl->IsListening(); });
+}
+
+std::uint16_t TcpServer::Port() const {
+    return thread.Call([this] { return impl->Endpoint().port(); });
+}
+
+std::string TcpServer::Url() const {
+    const tcp::endpoint endpoint = thread.Call([this] { return impl->Endpoint(); });
+    const std::string address = endpoint.address().to_string();
+    return "tcp://" + (endpoint.address().is_v6() ? "[" + address + "]" : address) + ":" +
+           std::to_string(endpoint.port());
+}
+
+} // namespace Net
