@@ -118,23 +118,26 @@ void TcpConnection::Exchange() {
     }
 }
 
-// Waits, then reads: while it waits, the session may move its received bytes.
-void TcpConnection::Receive() {
-    if (receiving || inputEnded || session->Broken() || session->ReceiveSpace().empty()) {
-        return;
-    }
-    receiving = true;
-    socket.async_wait(tcp::socket::wait_read, [self = shared_from_this()](const error_code& error) {
-        self->receiving = false;
+void TcpConnection::WaitFor(tcp::socket::wait_type what, bool& waiting, void (TcpConnection::*ready)()) {
+    waiting = true;
+    socket.async_wait(what, [self = shared_from_this(), &waiting, ready](const error_code& error) {
+        waiting = false;
         if (!self->IsOpen()) {
             return;
         }
         if (error) {
             self->Close();
         } else {
-            self->Guarded([&self] { self->Read(); });
+            self->Guarded([&] { (self.get()->*ready)(); });
         }
     });
+}
+
+// Waits, then reads: while it waits, the session may move its received bytes.
+void TcpConnection::Receive() {
+    if (!receiving && !inputEnded && !session->Broken() && !session->ReceiveSpace().empty()) {
+        WaitFor(tcp::socket::wait_read, receiving, &TcpConnection::Read);
+    }
 }
 
 void TcpConnection::Read() {
@@ -154,18 +157,7 @@ void TcpConnection::Read() {
 }
 
 void TcpConnection::WaitUntilSendable() {
-    blocked = true;
-    socket.async_wait(tcp::socket::wait_write, [self = shared_from_this()](const error_code& error) {
-        self->blocked = false;
-        if (!self->IsOpen()) {
-            return;
-        }
-        if (error) {
-            self->Close();
-        } else {
-            self->Pump();
-        }
-    });
+    WaitFor(tcp::socket::wait_write, blocked, &TcpConnection::Pump);
 }
 
 void TcpConnection::SetIdleTimeOut(std::chrono::milliseconds value) {

@@ -43,6 +43,8 @@ private:
     /// Runs what calls the session, and closes the connection when that throws.
     template <typename Work>
     void Guarded(const Work& work);
+    /// Calls `ready` when the socket is; until then `waiting` is set.
+    void WaitFor(boost::asio::ip::tcp::socket::wait_type what, bool& waiting, void (TcpConnection::*ready)());
     void Exchange();
     void Receive();
     void Read();
