@@ -1,6 +1,5 @@
 #include "Sensor/CommandLine.h"
 
-#include "Sensor/Jobs/JobMapTool.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "Vor/Utf8.h"
@@ -111,6 +110,7 @@ void Define(CLI::App& app, Options& options) {
                    "with the program)")
         ->type_name("DIR")
         ->expected(1)
+        ->allow_extra_args(false)
         ->take_all();
     app.add_option("--job", options.job, "Job to load (default: demo, or demo-values for a recording of named values)")
         ->type_name("NAME");
@@ -135,6 +135,7 @@ void Define(CLI::App& app, Options& options) {
                    "(default: what the job says)")
         ->type_name("SERVICE.PARAMETER=VALUE")
         ->expected(1)
+        ->allow_extra_args(false)
         ->take_all();
     app.add_option(
            "--enable", options.enable,
@@ -142,6 +143,7 @@ void Define(CLI::App& app, Options& options) {
            "says)")
         ->type_name("SERVICE")
         ->expected(1)
+        ->allow_extra_args(false)
         ->take_all();
     app.add_option("--modbus-port", options.modbusPort,
                    "Short for --set modbus.port=N, 0 takes any free port (default: what the job says)")
@@ -156,11 +158,10 @@ void RequireValue(const CLI::App& app, const char* name, const std::string& valu
     }
 }
 
-/// For a job command only --data is accepted, and --plugins and --verbose for one that uses the services.
-void RefuseSensorOptions(const CLI::App& app, const Jobs::JobCommand& command) {
+void RefuseSensorOptions(const CLI::App& app) {
     for (const CLI::Option* option : app.get_options()) {
-        const bool isPlugins = option->check_lname("plugins") || option->check_lname("verbose");
-        const bool isForJobs = option->check_lname("data") || (isPlugins && Jobs::JobMapTool::IsFor(command));
+        const bool isForJobs =
+            option->check_lname("data") || option->check_lname("plugins") || option->check_lname("verbose");
         if (option->count() > 0 && !isForJobs) {
             throw StartError(option->get_name() + ": is for the sensor, not for its jobs.");
         }
@@ -195,7 +196,7 @@ CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     result.verbose = options.verbose;
     result.enable = options.enable;
     for (const std::string& setting : options.settings) {
-        result.settings.push_back(Jobs::ServiceSetting::Parse(setting));
+        result.settings.push_back(Jobs::ServiceSetting::Parse(setting, "--set"));
     }
     if (options.modbusPort >= 0) {
         const std::string port = std::to_string(options.modbusPort);
@@ -207,7 +208,7 @@ CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
 } // namespace
 
 CommandLine CommandLine::Parse(int argc, const char* const* argv) {
-    CLI::App app("A virtual 3D scanning sensor: replays or generates scans, measures, and lets control services tell "
+    CLI::App app("A virtual 3D scanning sensor: replays or generates scans, measures, and lets control services report "
                  "the results to a machine controller.",
                  "vorsensor");
     Options options;
@@ -228,7 +229,7 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
     }
     result = MakeCommandLine(app, options);
     if (jobs.parsed()) {
-        RefuseSensorOptions(app, jobCommand);
+        RefuseSensorOptions(app);
         result.jobCommand = jobCommand;
     }
     return result;

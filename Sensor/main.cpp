@@ -1,6 +1,6 @@
 #include "Sensor/Application.h"
 #include "Sensor/CommandLine.h"
-#include "Sensor/Jobs/JobMapTool.h"
+#include "Sensor/Jobs/JobServiceTool.h"
 #include "Sensor/Jobs/JobTool.h"
 #include "Sensor/StartError.h"
 #include "Sensor/UserLog.h"
@@ -15,10 +15,11 @@ constexpr int StatusOfRefusal = 2;
 
 void RunJobCommand(const Sensor::CommandLine& commandLine) {
     const Sensor::Jobs::JobCommand& command = *commandLine.jobCommand;
-    if (Sensor::Jobs::JobMapTool::IsFor(command)) {
+    if (Sensor::Jobs::JobServiceTool::IsFor(command)) {
         const Sensor::UserLog log(commandLine.verbose);
         const Sensor::UserLog::Silence silence(log);
-        Sensor::Jobs::JobMapTool(commandLine.dataFolder, commandLine.pluginFolders, std::cout, std::cerr).Run(command);
+        Sensor::Jobs::JobServiceTool(commandLine.dataFolder, commandLine.pluginFolders, std::cout, std::cerr)
+            .Run(command);
     } else {
         Sensor::Jobs::JobTool(commandLine.dataFolder, std::cout).Run(command);
     }

@@ -18,18 +18,40 @@ void AddForce(CLI::App& app, JobCommand& command) {
     app.add_flag("--force", command.force, "Replace what exists already (default: refuse)");
 }
 
+void AddName(CLI::App& app, JobCommand& command) {
+    app.add_option("NAME", command.name, "The job")->required()->type_name("");
+}
+
+void AddService(CLI::App& app, JobCommand& command) {
+    app.add_option("SERVICE", command.serviceId, "The service, such as modbus")->required()->type_name("");
+}
+
 /// The arguments that map and edit have in common.
 void AddMap(CLI::App& app, JobCommand& command) {
-    app.add_option("NAME", command.name, "The job")->required()->type_name("");
-    app.add_option("SERVICE", command.serviceId, "The service, such as modbus")->required()->type_name("");
+    AddName(app, command);
+    AddService(app, command);
     CLI::Option* assembly =
         app.add_option("--assembly", command.assembly, "Which assembly of a service that has several")->type_name("ID");
     app.add_flag("--outputs", command.outputs, "The service's output map instead of its assemblies")
         ->excludes(assembly);
 }
 
+void DefineSettings(CLI::App& jobs, JobCommand& command) {
+    CLI::App& set = Add(jobs, "set", "Change parameters of services in a job's file", command, JobCommand::Action::Set);
+    AddName(set, command);
+    set.add_option("SETTING", command.settings, "SERVICE.PARAMETER=VALUE, such as modbus.port=502; one or more")
+        ->required()
+        ->type_name("");
+    CLI::App& enable = Add(jobs, "enable", "Let a job start a service", command, JobCommand::Action::Enable);
+    AddName(enable, command);
+    AddService(enable, command);
+    CLI::App& disable = Add(jobs, "disable", "Let a job not start a service", command, JobCommand::Action::Disable);
+    AddName(disable, command);
+    AddService(disable, command);
+}
+
 void DefineMap(CLI::App& jobs, JobCommand& command) {
-    CLI::App& map = Add(jobs, "map", "What a service's clients read where", command, JobCommand::Action::Map);
+    CLI::App& map = Add(jobs, "map", "Print what a service's clients read where", command, JobCommand::Action::Map);
     AddMap(map, command);
     map.add_option("--format", command.format, "table, csv or json (default: table)")
         ->check(CLI::IsMember({"table", "csv", "json"}))
@@ -54,27 +76,40 @@ CLI::App& JobCommand::Define(CLI::App& app, JobCommand& command) {
     CLI::App& jobs = *app.add_subcommand("jobs", "Work on the jobs in the folder of --data, also while no sensor runs");
     jobs.fallthrough();
     jobs.require_subcommand(1);
-    Add(jobs, "list", "Name, size and time of each job", command, Action::List);
+    Add(jobs, "list", "List name, time and size of each job", command, Action::List);
 
-    CLI::App& show = Add(jobs, "show", "What a job holds", command, Action::Show);
-    show.add_option("NAME", command.name, "The job")->required()->type_name("");
+    CLI::App& show = Add(jobs, "show", "Print the content of a job", command, Action::Show);
+    AddName(show, command);
     show.add_flag("--json", command.json, "Print JSON (default: text)");
 
     CLI::App& copy = Add(jobs, "copy", "Make a job of another one", command, Action::Copy);
     copy.add_option("FROM", command.name, "The job")->required()->type_name("");
-    copy.add_option("TO", command.copyName, "The name of the copy")->required()->type_name("");
+    copy.add_option("TO", command.newName, "The name of the copy")->required()->type_name("");
     AddForce(copy, command);
 
+    CLI::App& renamed = Add(jobs, "rename", "Give a job another name", command, Action::Rename);
+    AddName(renamed, command);
+    renamed.add_option("NEW", command.newName, "The new name")->required()->type_name("");
+    AddForce(renamed, command);
+
+    CLI::App& deleted = Add(jobs, "delete", "Delete a job's file", command, Action::Delete);
+    AddName(deleted, command);
+
     CLI::App& exported = Add(jobs, "export", "Copy a job to a file anywhere", command, Action::Export);
-    exported.add_option("NAME", command.name, "The job")->required()->type_name("");
+    AddName(exported, command);
     exported.add_option("FILE", command.file, "The file to make")->required()->type_name("");
     AddForce(exported, command);
 
-    CLI::App& imported = Add(jobs, "import", "Make a job of a file that holds one", command, Action::Import);
+    CLI::App& imported = Add(jobs, "import", "Make a job of the file of one", command, Action::Import);
     imported.add_option("FILE", command.file, "The file")->required()->type_name("");
     imported.add_option("NAME", command.name, "The name of the job (default: that of the file)")->type_name("");
     AddForce(imported, command);
+    DefineSettings(jobs, command);
     DefineMap(jobs, command);
+    jobs.footer("With these options of the sensor:\n"
+                "  --data DIR      Folder of jobs/NAME.vrjob\n"
+                "  --plugins DIR   Folder of services, for set, enable, disable, map and edit; may be repeated\n"
+                "  --verbose       Log all that happens");
     return jobs;
 }
 
@@ -85,7 +120,17 @@ std::string JobCommand::Text() const {
     case Action::Show:
         return "jobs show " + name;
     case Action::Copy:
-        return "jobs copy " + name + " " + copyName;
+        return "jobs copy " + name + " " + newName;
+    case Action::Rename:
+        return "jobs rename " + name + " " + newName;
+    case Action::Delete:
+        return "jobs delete " + name;
+    case Action::Set:
+        return "jobs set " + name;
+    case Action::Enable:
+        return "jobs enable " + name + " " + serviceId;
+    case Action::Disable:
+        return "jobs disable " + name + " " + serviceId;
     case Action::Export:
         return "jobs export " + name + " " + file;
     case Action::Map:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -10,18 +11,18 @@ namespace Sensor::Jobs {
 
 /// A command of the user for the jobs of a data folder.
 struct JobCommand {
-    enum class Action { List, Show, Copy, Export, Import, Map, Edit };
+    enum class Action { List, Show, Copy, Rename, Delete, Export, Import, Map, Edit, Set, Enable, Disable };
 
     Action action = Action::List;
     /// The job. May be empty for an import: then the job has the name of the file.
     std::string name = {};
-    std::string copyName = {}; ///< of the new job of a copy
+    std::string newName = {}; ///< of a copied or renamed job
     /// The file of an export or import.
     std::string file = {};
     bool force = false;
     bool json = false;
 
-    /// The service of a map or edit.
+    /// The service of a map or edit, or which is enabled or disabled.
     std::string serviceId = {};
     /// "table", "csv" or "json".
     std::string format = "table";
@@ -32,6 +33,8 @@ struct JobCommand {
     /// The command of an edit, and its parameters in JSON.
     std::string edit = {};
     std::string document = "{}";
+    /// What is set: "SERVICE.PARAMETER=VALUE".
+    std::vector<std::string> settings = {};
 
     /// Adds "jobs" with its own commands to the command line. Parsing one of them sets `command`, which must outlive
     /// `app`.

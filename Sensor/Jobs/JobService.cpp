@@ -10,11 +10,13 @@
 #include "VorCommon/ICommandTarget.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/Persistence/PersistControl.h"
 #include "VorControl/Persistence/PersistFields.h"
 #include "VorControl/Providers/UserNotes.h"
 #include "yApi/yStatus.h"
 
 #include <algorithm>
+#include <exception>
 #include <memory>
 
 namespace Sensor::Jobs {
@@ -45,6 +47,14 @@ std::string Reason(const Vor::Exception& failure, std::vector<std::string> notes
     return failure.what() + Joined(notes);
 }
 
+void ResetToDefaults(VorControl::IControlInstance& instance) {
+    if (const auto provider = instance.PersistenceProvider()) {
+        provider->Init(PersistDomain::Job);
+    } else {
+        instance.ResetInstance(true, VorControl::IControlInstance::DataToReset::All);
+    }
+}
+
 /// Calls `end` after `update`, also when that throws.
 template <class Update, class End>
 void Bracketed(const Update& update, const End& end) {
@@ -59,32 +69,59 @@ void Bracketed(const Update& update, const End& end) {
 
 } // namespace
 
-JobService::JobService(OfflineServices& services, const std::string& jobPath, const std::string& serviceId)
+JobService::JobService(OfflineServices& services, VorCommon::ArchiveStore& store, const std::string& serviceId,
+                       Missing missing)
     : instance(services.Get(serviceId))
     , path(JobFormat::PathOf(serviceId))
-    , store(jobPath) {
-    store.OpenJob();
-    if (!store.Exists(path)) {
+    , store(store) {
+    if (store.Exists(path)) {
+        settings = JobFormat::Read(store, path);
+        JobFormat::RequireSection(settings, path);
+    } else if (missing == Missing::UseDefaults) {
+        ResetToDefaults(instance);
+        settings = JobFormat::Document(Section());
+        loaded = true;
+    } else {
         Vor::Throw(yERROR_PARAMETER, "the job holds nothing of service '%s'. Expected one that jobs show names.",
                    serviceId);
     }
-    const auto provider = std::dynamic_pointer_cast<ControlPersistenceProvider>(instance.PersistenceProvider());
-    if (provider == nullptr) {
-        Vor::Throw(yERROR_PARAMETER, "service '%s' keeps its settings in a way of its own.", serviceId);
-    }
-    settings = JobFormat::Read(store, path);
-    Load(*provider);
 }
 
-void JobService::Load(ControlPersistenceProvider& provider) {
-    JobFormat::RequireSection(settings, path);
+void JobService::Load() {
+    if (loaded) {
+        return;
+    }
     json& section = settings.at(JobFormat::SectionKey);
-    AddMissingVersions(section);
-    const ControlPersistenceProvider::LoadOutcome outcome = provider.LoadWithNotes(PersistDomain::Job, section);
+    const ControlPersistenceProvider::LoadOutcome outcome = LoadSection(section);
     notes = outcome.notes;
     if (outcome.result == PersistLoadResult::Failed) {
         Vor::Throw(yERROR_PARAMETER, "entry '%s' can't be applied.%s", path, Joined(notes));
     }
+    loaded = true;
+}
+
+ControlPersistenceProvider::LoadOutcome JobService::LoadSection(json& section) const {
+    const auto provider = instance.PersistenceProvider();
+    if (const auto own = std::dynamic_pointer_cast<ControlPersistenceProvider>(provider)) {
+        AddMissingVersions(section);
+        return own->LoadWithNotes(PersistDomain::Job, section);
+    }
+    const UserNotes made;
+    try {
+        if (provider != nullptr) {
+            return {provider->Load(PersistDomain::Job, section), made.Texts()};
+        }
+        VorControl::PersistControl().LoadSettings(instance, section);
+        return {PersistLoadResult::None, made.Texts()};
+    } catch (const std::exception&) {
+        return {PersistLoadResult::Failed, made.Texts()};
+    }
+}
+
+// What is written to the store is replaced by Save.
+json JobService::Section() const {
+    VorControl::PersistControl().Save(instance, PersistDomain::Job, store);
+    return JobFormat::Read(store, path).at(JobFormat::SectionKey);
 }
 
 // Settings without versions, from before versions existed, are loaded as if they had the service's present versions.
@@ -182,16 +219,25 @@ void JobService::Run(VorCommon::ICommandTarget& target, const std::string& comma
     target.InvokeCommand(command, *params);
 }
 
+void JobService::Set(const ServiceSetting& setting) {
+    SetParameters(instance, json{{setting.parameter, setting.ValueFor(instance)}});
+}
+
+void JobService::Enable(bool on) {
+    settings.at(JobFormat::SectionKey)[JobFormat::EnabledKey] = on;
+}
+
 void JobService::Save() {
-    json section;
-    instance.PersistenceProvider()->Save(PersistDomain::Job, section);
-    json& former = settings.at(JobFormat::SectionKey);
-    if (former.contains(JobFormat::EnabledKey)) {
-        section[JobFormat::EnabledKey] = former.at(JobFormat::EnabledKey);
+    if (loaded) {
+        json& former = settings.at(JobFormat::SectionKey);
+        json section = Section();
+        section.erase(JobFormat::EnabledKey);
+        if (former.contains(JobFormat::EnabledKey)) {
+            section[JobFormat::EnabledKey] = former.at(JobFormat::EnabledKey);
+        }
+        former = std::move(section);
     }
-    former = std::move(section);
     JobFormat::Write(store, path, settings);
-    store.Commit();
 }
 
 } // namespace Sensor::Jobs

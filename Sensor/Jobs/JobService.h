@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sensor/Jobs/ServiceSetting.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
@@ -17,7 +18,7 @@ namespace Sensor::Jobs {
 
 class OfflineServices;
 
-/// One service with its settings from a job's file. Its maps can be read and edited, and saved in the job.
+/// One service with its settings from a job. Its maps and parameters can be read and changed, and saved in the job.
 class JobService {
 public:
     /// Selects maps of the service.
@@ -26,9 +27,17 @@ public:
         bool outputs = false;      ///< the output map instead
     };
 
-    /// Loads the settings, also those of a disabled service. Throws a Vor::Exception when the job can't be loaded, has
-    /// no settings of the service, or the settings can't be applied.
-    JobService(OfflineServices& services, const std::string& jobPath, const std::string& serviceId);
+    /// What to do when the job has no settings of the service.
+    enum class Missing { Refuse, UseDefaults };
+
+    /// Reads the settings from a job's store, which must outlive this. Without settings the service is disabled, and
+    /// has its defaults. Throws a Vor::Exception when the service is unknown or its settings can't be read.
+    JobService(OfflineServices& services, VorCommon::ArchiveStore& store, const std::string& serviceId,
+               Missing missing);
+
+    /// Loads the settings, also those of a disabled service, to read and change them. Throws a Vor::Exception when they
+    /// can't be applied.
+    void Load();
 
     VorControl::IControlInstance& Instance() { return instance; }
     /// Messages for the user about the load: what was left out or upgraded.
@@ -44,19 +53,27 @@ public:
     /// is unknown, `document` isn't valid, or the edit fails. A failed edit may be incomplete: don't call Save then.
     void Edit(const Selection& selection, const std::string& command, const nlohmann::json& document);
 
-    /// Writes the settings to the job's file. Whether the service is enabled isn't changed. Throws a Vor::Exception.
+    /// Changes a parameter. Throws a StartError that names the option.
+    void Set(const ServiceSetting& setting);
+    /// Whether a sensor starts the service when it loads the job.
+    void Enable(bool on);
+
+    /// Writes the settings to the store, which is to be committed. Throws a Vor::Exception.
     void Save();
 
 private:
     std::string RequireAssembly(const Selection& selection) const;
-    void Load(VorControl::Providers::ControlPersistenceProvider& provider);
+    VorControl::Providers::ControlPersistenceProvider::LoadOutcome LoadSection(nlohmann::json& section) const;
+    /// The service's present settings.
+    nlohmann::json Section() const;
     void AddMissingVersions(nlohmann::json& section) const;
     static void Run(VorCommon::ICommandTarget& target, const std::string& command, const nlohmann::json& document);
 
     VorControl::IControlInstance& instance;
     const std::string path; ///< of the settings in the job
-    VorCommon::ArchiveStore store;
+    VorCommon::ArchiveStore& store;
     nlohmann::json settings;
+    bool loaded = false;
     std::vector<std::string> notes;
 };
 

@@ -7,6 +7,7 @@
 #include "VorCommon/ArchiveFile.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorCommon/PersistManager.h"
+#include "yApi/yStatus.h"
 
 #include <algorithm>
 #include <system_error>
@@ -27,7 +28,7 @@ std::string AdviceOn(yStatus status, JobCommand::Action action) {
     switch (status) {
     case yERROR_NOT_FOUND:
         return action == JobCommand::Action::Import ? " Expected the file of a job."
-                                                    : " Expected a job; jobs list tells which there are.";
+                                                    : " Expected a job that jobs list prints.";
     case yERROR_ALREADY_EXISTS:
         return " Expected a new name, or --force to replace it.";
     case yERROR_FORMAT:
@@ -56,12 +57,19 @@ void JobTool::Run(const JobCommand& command) {
             return Show(command);
         case JobCommand::Action::Copy:
             return Copy(command);
+        case JobCommand::Action::Rename:
+            return Rename(command);
+        case JobCommand::Action::Delete:
+            return Delete(command);
         case JobCommand::Action::Export:
             return Export(command);
         case JobCommand::Action::Import:
             return Import(command);
         case JobCommand::Action::Map:
         case JobCommand::Action::Edit:
+        case JobCommand::Action::Set:
+        case JobCommand::Action::Enable:
+        case JobCommand::Action::Disable:
             Vor::Throw(yERROR_COMMAND, "it needs the services.");
         }
     } catch (const Vor::Exception& e) {
@@ -133,9 +141,29 @@ void JobTool::PrintText(const JobContent& content) {
 
 void JobTool::Copy(const JobCommand& command) {
     const std::string from = PathOf(command.name);
-    const std::string to = PathOf(command.copyName);
+    const std::string to = PathOf(command.newName);
     ArchiveFile(from).CopyTo(to, ExistingOf(command));
     PrintLine("Copied to " + to);
+}
+
+void JobTool::Rename(const JobCommand& command) {
+    const std::string from = PathOf(command.name);
+    const std::string to = PathOf(command.newName);
+    if (from == to) {
+        Vor::Throw(yERROR_PARAMETER, "the job has this name already.");
+    }
+    ArchiveFile(from).CopyTo(to, ExistingOf(command));
+    ArchiveFile(from).Remove();
+    PrintLine("Renamed to " + to);
+}
+
+void JobTool::Delete(const JobCommand& command) {
+    ArchiveFile file(PathOf(command.name));
+    if (!file.Exists()) {
+        Vor::Throw(yERROR_NOT_FOUND, "Archive '%s': there is no such file.", file.Path());
+    }
+    file.Remove();
+    PrintLine("Deleted " + file.Path());
 }
 
 void JobTool::Export(const JobCommand& command) {

@@ -8,8 +8,8 @@
 
 namespace Sensor::Jobs {
 
-/// Lists, prints, copies, exports and imports the jobs of a data folder, whether a sensor uses it or not. When a
-/// command fails, no incomplete job is left.
+/// Lists, prints, copies, renames, deletes, exports and imports the jobs of a data folder, whether a sensor uses it or
+/// not. When a command fails, no incomplete job is left.
 class JobTool {
 public:
     /// Messages for the user are printed to `out`, which must outlive this.
@@ -22,6 +22,8 @@ private:
     void List();
     void Show(const JobCommand& command);
     void Copy(const JobCommand& command);
+    void Rename(const JobCommand& command);
+    void Delete(const JobCommand& command);
     void Export(const JobCommand& command);
     void Import(const JobCommand& command);
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Vor/MainLoop.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
@@ -18,7 +17,7 @@ class PluginManager;
 namespace Sensor::Jobs {
 
 /// The services of the plug-ins without a sensor: they aren't started, get no scan results, and aren't saved or loaded
-/// by a persistence manager. The calling thread becomes the main loop's.
+/// by a persistence manager. For the main loop's thread.
 class OfflineServices {
 public:
     /// `plugins` must outlive this. Throws a Vor::Exception when a service can't be created.
@@ -33,7 +32,6 @@ public:
 private:
     VorControl::ControlModuleEnviron ModuleEnviron();
 
-    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
     VorCommon::PlatformAttributes attributes{VorCommon::PlatformKind::VirtualSensor};
     VorCommon::RuntimeCache runtimeCache;
     VorCommon::UpdateGate updateGate;

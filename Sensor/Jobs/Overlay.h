@@ -24,8 +24,7 @@ public:
         std::map<std::string, nlohmann::json> values;
     };
 
-    /// Adds a setting, which replaces an earlier one of the same parameter. Its text is parsed by the kind of the
-    /// parameter: a number, true or false, a text, or JSON for all others. Throws a StartError that names the option
+    /// Adds a setting, which replaces an earlier one of the same parameter. Throws a StartError that names the option
     /// for an unknown service or parameter and for an invalid value.
     void Add(const ServiceSetting& setting, VorControl::IControlManager& manager);
 

@@ -88,5 +88,30 @@ TEST_F(EditedJobTest, IsAsItWasWhenAnEditFails) {
     EXPECT_EQ(ReadWholeFile(sensor.JobFile("demo")), before);
 }
 
+TEST_F(EditedJobTest, HoldsSettingsAndAServiceOfAnotherFolderForGood) {
+    ASSERT_TRUE(sensor.Process().WaitForLine("Scanning."));
+    const std::string examples = BuiltFile("examples");
+    const std::vector<std::vector<std::string>> commands = {
+        {"copy", "demo", "mine"},
+        {"set", "mine", "modbus.unitId=9", "modbus.port=0", "ascii.port=0"},
+        {"--plugins", examples, "edit", "mine", "sample", "add",
+         R"({"blocks": [{"type": "MeasurementValue", "dataSource": "profile/max"}]})"},
+        {"--plugins", examples, "enable", "mine", "sample"},
+        {"rename", "mine", "ours"}};
+    for (const auto& command : commands) {
+        const Answer answer = Jobs(command);
+        ASSERT_EQ(answer.status, 0) << answer.errors;
+    }
+    Program other({VirtualSensor::File(), "--data", sensor.DataFolder(), "--job", "ours", "--plugins",
+                   BuiltFile("plugins"), "--plugins", examples});
+    EXPECT_TRUE(other.WaitForLine("Service sample (Sample): Running")) << other.Output() << other.Errors();
+    EXPECT_TRUE(other.WaitForLine("Map of sample, registerAssembly-0:"));
+    EXPECT_TRUE(other.WaitForLine("profile/max"));
+    ExpectEndWell(other);
+    EXPECT_NE(Jobs({"show", "ours"}).output.find("unitId = 9\n"), std::string::npos);
+    EXPECT_EQ(Jobs({"delete", "ours"}).status, 0);
+    EXPECT_EQ(Jobs({"show", "ours"}).status, 2);
+}
+
 } // namespace
 } // namespace Tests

@@ -200,7 +200,7 @@ TEST(CommandLine, TakesWhatShallBeDoneWithJobs) {
     EXPECT_EQ(show.dataFolder, "d");
     const CommandLine copy = Parse({"jobs", "copy", "part", "other", "--force"});
     EXPECT_EQ(copy.jobCommand->action, Jobs::JobCommand::Action::Copy);
-    EXPECT_EQ(copy.jobCommand->copyName, "other");
+    EXPECT_EQ(copy.jobCommand->newName, "other");
     EXPECT_TRUE(copy.jobCommand->force);
     const CommandLine exported = Parse({"jobs", "export", "part", "file"});
     EXPECT_EQ(exported.jobCommand->action, Jobs::JobCommand::Action::Export);
@@ -225,6 +225,20 @@ TEST(CommandLine, TakesWhatShallBeDoneWithJobs) {
     EXPECT_EQ(edit.jobCommand->assembly, "a");
     EXPECT_EQ(Parse({"jobs", "edit", "part", "modbus", "removeAll"}).jobCommand->document, "{}");
     EXPECT_EQ(Parse({"jobs", "map", "part", "modbus"}).jobCommand->format, "table");
+    EXPECT_EQ(Parse({"jobs", "--plugins", "p", "list"}).pluginFolders, Folders{"p"});
+    const CommandLine set = Parse({"jobs", "set", "part", "modbus.port=1", "ascii.delimiter=="});
+    EXPECT_EQ(set.jobCommand->action, Jobs::JobCommand::Action::Set);
+    EXPECT_EQ(set.jobCommand->name, "part");
+    EXPECT_EQ(set.jobCommand->settings, (std::vector<std::string>{"modbus.port=1", "ascii.delimiter=="}));
+    const CommandLine enable = Parse({"jobs", "enable", "part", "modbus"});
+    EXPECT_EQ(enable.jobCommand->action, Jobs::JobCommand::Action::Enable);
+    EXPECT_EQ(enable.jobCommand->serviceId, "modbus");
+    EXPECT_EQ(Parse({"jobs", "disable", "part", "modbus"}).jobCommand->action, Jobs::JobCommand::Action::Disable);
+    const CommandLine renamed = Parse({"jobs", "rename", "part", "other", "--force"});
+    EXPECT_EQ(renamed.jobCommand->action, Jobs::JobCommand::Action::Rename);
+    EXPECT_EQ(renamed.jobCommand->newName, "other");
+    EXPECT_TRUE(renamed.jobCommand->force);
+    EXPECT_EQ(Parse({"jobs", "delete", "part"}).jobCommand->action, Jobs::JobCommand::Action::Delete);
 }
 
 TEST(CommandLine, RefusesWhatIsNothingForJobs) {
@@ -236,11 +250,14 @@ TEST(CommandLine, RefusesWhatIsNothingForJobs) {
     EXPECT_NE(Refusal({"jobs", "copy", "part"}).find("TO"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "export", "part"}).find("FILE"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "map", "part"}).find("SERVICE"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "set", "part"}).find("SETTING"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "enable", "part"}).find("SERVICE"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "rename", "part"}).find("NEW"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "delete"}).find("NAME"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "edit", "part", "modbus"}).find("COMMAND"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "map", "part", "modbus", "--format", "xml"}).find("--format"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "map", "part", "modbus", "--assembly", "a", "--outputs"}).find("--outputs"),
               std::string::npos);
-    EXPECT_EQ(Refusal({"jobs", "list", "--plugins", "p"}), "--plugins: is for the sensor, not for its jobs.");
     EXPECT_EQ(Refusal({"jobs", "list", "--frame-rate", "5"}), "--frame-rate: is for the sensor, not for its jobs.");
     EXPECT_EQ(Refusal({"--once", "jobs", "list"}), "--once: is for the sensor, not for its jobs.");
     EXPECT_EQ(Refusal({"jobs", "list", "--data", ""}), "--data: the value is empty.");
@@ -249,7 +266,8 @@ TEST(CommandLine, RefusesWhatIsNothingForJobs) {
 TEST(CommandLine, HelpTellsOfTheJobsCommands) {
     EXPECT_NE(Parse({"--help"}).answer.find("jobs"), std::string::npos);
     const std::string help = Parse({"jobs", "--help"}).answer;
-    for (const char* command : {"list", "show", "copy", "export", "import", "map", "edit"}) {
+    for (const char* command : {"list", "show", "copy", "rename", "delete", "export", "import", "set", "enable",
+                                "disable", "map", "edit", "--plugins"}) {
         EXPECT_NE(help.find(command), std::string::npos) << command;
     }
     EXPECT_NE(Parse({"jobs", "copy", "--help"}).answer.find("--force"), std::string::npos);

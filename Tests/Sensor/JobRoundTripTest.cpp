@@ -55,7 +55,7 @@ TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
     const nlohmann::json made = StoredConfig(file);
     host.LoadPlugins(Tests::BuiltFile("plugins"));
     host.CreateServices();
-    overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0"), host.Services());
+    overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0", "--set"), host.Services());
     host.Persistence().Load();
     EXPECT_EQ(host.Services().GetInstance("modbus").GetProtocolStatus(),
               VorControl::ControlProtocol::ProtocolStatus::Running);
@@ -70,7 +70,7 @@ TEST_P(JobRoundTrip, IsTheSameBytesWhenItIsLoadedAndSavedAgain) {
     Jobs::JobTemplate::Write(GetParam(), recording, file);
     host.LoadPlugins(Tests::BuiltFile("plugins"));
     host.CreateServices();
-    overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0"), host.Services());
+    overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0", "--set"), host.Services());
     host.Persistence().Load();
     host.Persistence().Save(VorCommon::PersistDomain::Job).get().ThrowIfFailed();
     const auto saved = VorCommon::ArchiveFile(file).Read();

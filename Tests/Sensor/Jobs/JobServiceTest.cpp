@@ -2,11 +2,13 @@
 
 #include "Sensor/Jobs/MapText.h"
 #include "Sensor/Jobs/OfflineServices.h"
+#include "Sensor/StartError.h"
 #include "Tests/Support/DomainService.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/TestService.h"
 #include "Vor/Exception.h"
+#include "Vor/MainLoop.h"
 #include "VorCommon/ArchiveFile.h"
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "VorPlugin/PluginManager.h"
@@ -84,7 +86,13 @@ protected:
         return section;
     }
 
-    JobService Open(const std::string& id = "type") { return {*services, file, id}; }
+    JobService Open(const std::string& id = "type", JobService::Missing missing = JobService::Missing::Refuse) {
+        store.emplace(file);
+        store->OpenJob();
+        JobService job(*services, *store, id, missing);
+        job.Load();
+        return job;
+    }
     std::string Refusal(const std::function<void()>& work) {
         try {
             work();
@@ -98,6 +106,7 @@ protected:
             JobService job = Open();
             job.Edit(selection, command, document);
             job.Save();
+            store->Commit();
         });
     }
     std::string Table(const JobService::Selection& selection = {}) {
@@ -115,11 +124,13 @@ protected:
 
     Tests::TempFolder folder;
     const std::string file = folder.File("test.vrjob");
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
     std::weak_ptr<Tests::DomainService> service;
     std::weak_ptr<Tests::TestService> plain;
     VorPlugin::PluginManager plugins;
     Tests::TestPlugin plugin;
     std::optional<OfflineServices> services;
+    std::optional<VorCommon::ArchiveStore> store;
 };
 
 TEST_F(JobServiceTest, LoadsTheMapOfADisabledServiceAndStartsNothing) {
@@ -298,9 +309,58 @@ TEST_F(JobServiceTest, RefusesSettingsThatAreNone) {
 
 TEST_F(JobServiceTest, NamesTheServicesThatThereAre) {
     WriteSection(json::object());
-    Write("{}", "controls/plain/config.json");
     EXPECT_EQ(Refusal([&] { Open("x"); }), "there is no service 'x'. Expected one of: plain, type.");
-    EXPECT_EQ(Refusal([&] { Open("plain"); }), "service 'plain' keeps its settings in a way of its own.");
+}
+
+TEST_F(JobServiceTest, AServiceThatTheJobDoesNotHoldBeginsFromItsDefaults) {
+    AddAssemblies({"a"});
+    Service().params->port = 9;
+    Write("{}", "other/config.json");
+    JobService job = Open("type", JobService::Missing::UseDefaults);
+    job.Edit({}, "add", {{"blocks", OneBlock()}});
+    job.Set(ServiceSetting::Parse("type.name=new", "jobs set test"));
+    job.Save();
+    store->Commit();
+    const json section = StoredSection();
+    EXPECT_EQ(section.at("enabled"), false);
+    EXPECT_EQ(section.at("parameters"), json::parse(R"({"port":502,"name":"new"})"));
+    EXPECT_EQ(section.at("registerAssemblyList").at(0).at("blocks").size(), 1U);
+    EXPECT_TRUE(ArchiveFile(file).Read().contains("other/config.json"));
+}
+
+TEST_F(JobServiceTest, AServiceIsEnabledWithoutTheRestOfItsSettings) {
+    AddAssemblies({"a"});
+    const json section = SectionOf({"a"}, json::array({Block("unknown", 3)}));
+    WriteSection(section);
+    for (const bool on : {true, false}) {
+        store.emplace(file);
+        store->OpenJob();
+        JobService job(*services, *store, "type", JobService::Missing::UseDefaults);
+        job.Enable(on);
+        job.Save();
+        store->Commit();
+        json expected = section;
+        expected["enabled"] = on;
+        EXPECT_EQ(StoredSection(), expected);
+    }
+}
+
+TEST_F(JobServiceTest, ASettingIsSavedAndEverythingElseStays) {
+    AddAssemblies({"a"});
+    WriteSection(SectionOf({"a"}, OneBlock()));
+    JobService job = Open();
+    job.Set(ServiceSetting::Parse("type.port=1502", "jobs set test"));
+    job.Save();
+    store->Commit();
+    EXPECT_EQ(StoredSection().at("parameters"), json::parse(R"({"port":1502,"name":"kept"})"));
+    EXPECT_EQ(Csv(), "assembly,outputId,registerCount,type,dataSource,displayName\r\na,3,1,one,,one name\r\n");
+    try {
+        job.Set(ServiceSetting::Parse("type.port=x", "jobs set test"));
+        ADD_FAILURE() << "set";
+    } catch (const StartError& error) {
+        EXPECT_EQ(std::string(error.what()),
+                  "jobs set test type.port=x: \"x\" is no value of parameter \"port\", which is a number.");
+    }
 }
 
 } // namespace

@@ -165,7 +165,7 @@ TEST_F(JobToolTest, ShowsWhatAForeignJobHoldsAsFarAsItCan) {
 TEST_F(JobToolTest, RefusesToShowWhatCannotBeLoaded) {
     EXPECT_EQ(Refusal({.action = Action::Show, .name = "gone"}),
               "jobs show gone: Archive '" + PathOf("gone") +
-                  "': there is no such file. Expected a job; jobs list tells which there are.");
+                  "': there is no such file. Expected a job that jobs list prints.");
     EXPECT_EQ(
         Refusal({.action = Action::Show, .name = "../demo"}),
         "jobs show ../demo: '../demo' is not a job name: it must be one file name that doesn't begin with a dot.");
@@ -180,7 +180,7 @@ TEST_F(JobToolTest, RefusesToShowWhatCannotBeLoaded) {
 }
 
 TEST_F(JobToolTest, CopiesAJob) {
-    EXPECT_EQ(Run({.action = Action::Copy, .name = "demo", .copyName = "second"}),
+    EXPECT_EQ(Run({.action = Action::Copy, .name = "demo", .newName = "second"}),
               "Copied to " + PathOf("second") + "\n");
     EXPECT_EQ(*ArchiveFile(PathOf("second")).Read().at("controls/modbus/config.json"),
               *ArchiveFile(PathOf("demo")).Read().at("controls/modbus/config.json"));
@@ -189,12 +189,41 @@ TEST_F(JobToolTest, CopiesAJob) {
 
 TEST_F(JobToolTest, AnExistingJobIsReplacedByForceOnly) {
     ArchiveFile(PathOf("second")).Write({{"a", Bytes("1")}});
-    EXPECT_EQ(Refusal({.action = Action::Copy, .name = "demo", .copyName = "second"}),
+    EXPECT_EQ(Refusal({.action = Action::Copy, .name = "demo", .newName = "second"}),
               "jobs copy demo second: Archive '" + PathOf("second") +
                   "': it exists already. Expected a new name, or --force to replace it.");
     EXPECT_EQ(ArchiveFile(PathOf("second")).Read().count("a"), 1U);
-    Run({.action = Action::Copy, .name = "demo", .copyName = "second", .force = true});
+    Run({.action = Action::Copy, .name = "demo", .newName = "second", .force = true});
     EXPECT_EQ(ArchiveFile(PathOf("second")).Read().count("a"), 0U);
+}
+
+TEST_F(JobToolTest, RenamesAJob) {
+    const auto content = ArchiveFile(PathOf("demo")).Read();
+    EXPECT_EQ(Run({.action = Action::Rename, .name = "demo", .newName = "second"}),
+              "Renamed to " + PathOf("second") + "\n");
+    EXPECT_EQ(JobFiles(), std::vector<std::string>{"second.vrjob"});
+    EXPECT_EQ(*ArchiveFile(PathOf("second")).Read().at("controls/modbus/config.json"),
+              *content.at("controls/modbus/config.json"));
+    EXPECT_EQ(Refusal({.action = Action::Rename, .name = "second", .newName = "second.vrjob", .force = true}),
+              "jobs rename second second.vrjob: the job has this name already.");
+    ArchiveFile(PathOf("third")).Write({{"a", Bytes("1")}});
+    EXPECT_EQ(Refusal({.action = Action::Rename, .name = "second", .newName = "third"}),
+              "jobs rename second third: Archive '" + PathOf("third") +
+                  "': it exists already. Expected a new name, or --force to replace it.");
+    EXPECT_EQ(Refusal({.action = Action::Rename, .name = "gone", .newName = "fourth"}),
+              "jobs rename gone fourth: Archive '" + PathOf("gone") +
+                  "': there is no such file. Expected a job that jobs list prints.");
+    EXPECT_EQ(JobFiles(), (std::vector<std::string>{"second.vrjob", "third.vrjob"}));
+    Run({.action = Action::Rename, .name = "second", .newName = "third", .force = true});
+    EXPECT_EQ(JobFiles(), std::vector<std::string>{"third.vrjob"});
+}
+
+TEST_F(JobToolTest, DeletesAJob) {
+    EXPECT_EQ(Refusal({.action = Action::Delete, .name = "gone"}),
+              "jobs delete gone: Archive '" + PathOf("gone") +
+                  "': there is no such file. Expected a job that jobs list prints.");
+    EXPECT_EQ(Run({.action = Action::Delete, .name = "demo"}), "Deleted " + PathOf("demo") + "\n");
+    EXPECT_TRUE(JobFiles().empty());
 }
 
 TEST_F(JobToolTest, ExportsAndImportsAJob) {

@@ -35,7 +35,7 @@ protected:
         module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
     }
 
-    void Add(const std::string& text) { overlay.Add(ServiceSetting::Parse(text), module->Manager()); }
+    void Add(const std::string& text) { overlay.Add(ServiceSetting::Parse(text, "--set"), module->Manager()); }
 
     std::string Refusal(const std::string& text) {
         try {

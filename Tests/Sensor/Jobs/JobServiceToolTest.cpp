@@ -1,4 +1,4 @@
-#include "Sensor/Jobs/JobMapTool.h"
+#include "Sensor/Jobs/JobServiceTool.h"
 
 #include "Sensor/Jobs/JobTemplate.h"
 #include "Sensor/Scan/PartGenerator.h"
@@ -20,16 +20,16 @@ using VorCommon::ArchiveFile;
 using Action = JobCommand::Action;
 
 /// A data folder with the job "demo", and the real services.
-class JobMapToolTest : public ::testing::Test {
+class JobServiceToolTest : public ::testing::Test {
 protected:
-    JobMapToolTest() { JobTemplate::Write("demo", Scan::GeneratePart(), PathOf("demo")); }
+    JobServiceToolTest() { JobTemplate::Write("demo", Scan::GeneratePart(), PathOf("demo")); }
 
     std::string PathOf(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
 
     std::string Run(const JobCommand& command, const std::string& plugins = Tests::BuiltFile("plugins")) {
         std::ostringstream out;
         notes.str("");
-        JobMapTool(data.Path(), {plugins}, out, notes).Run(command);
+        JobServiceTool(data.Path(), {plugins}, out, notes).Run(command);
         return out.str();
     }
     std::string Refusal(const JobCommand& command) {
@@ -39,14 +39,17 @@ protected:
             return error.what();
         }
     }
+    static JobCommand Set(const std::vector<std::string>& settings) {
+        return {.action = Action::Set, .name = "demo", .settings = settings};
+    }
     static JobCommand Map(const std::string& format = "table", const std::string& name = "demo") {
         return {.action = Action::Map, .name = name, .serviceId = "modbus", .format = format};
     }
     static JobCommand Edit(const std::string& command, const std::string& document, const std::string& name = "demo") {
         return {.action = Action::Edit, .name = name, .serviceId = "modbus", .edit = command, .document = document};
     }
-    json Stored() const {
-        const auto bytes = ArchiveFile(PathOf("demo")).Read().at("controls/modbus/config.json");
+    json Stored(const std::string& service = "modbus") const {
+        const auto bytes = ArchiveFile(PathOf("demo")).Read().at("controls/" + service + "/config.json");
         return json::parse(bytes->begin(), bytes->end());
     }
 
@@ -54,7 +57,7 @@ protected:
     std::ostringstream notes;
 };
 
-TEST_F(JobMapToolTest, ShowsTheMapAsATable) {
+TEST_F(JobServiceToolTest, ShowsTheMapAsATable) {
     EXPECT_EQ(Run(Map()), "Register Assembly 0 (registerAssembly-0)\n"
                           "Address  Registers  Type           Data Source     Name\n"
                           "0        3          Measurement    profile/max     Maximum Height\n"
@@ -71,7 +74,7 @@ TEST_F(JobMapToolTest, ShowsTheMapAsATable) {
     EXPECT_EQ(notes.str(), "");
 }
 
-TEST_F(JobMapToolTest, ShowsTheMapToPrograms) {
+TEST_F(JobServiceToolTest, ShowsTheMapToPrograms) {
     const std::string csv = Run(Map("csv"));
     EXPECT_EQ(csv.find("assembly,outputId,registerCount,type,dataSource,displayName\r\n"
                        "registerAssembly-0,0,3,Measurement,profile/max,Maximum Height\r\n"),
@@ -85,7 +88,7 @@ TEST_F(JobMapToolTest, ShowsTheMapToPrograms) {
     EXPECT_FALSE(document.contains("outputs"));
 }
 
-TEST_F(JobMapToolTest, AnEditChangesTheMapAndNothingElse) {
+TEST_F(JobServiceToolTest, AnEditChangesTheMapAndNothingElse) {
     json expected = Stored();
     EXPECT_EQ(Run(Edit("update", R"({"outputId":0,"newParams":{"outputId":100}})")), "Edited " + PathOf("demo") + "\n");
     json& blocks = expected["vor:control"]["registerAssemblyList"][0]["blocks"];
@@ -96,7 +99,7 @@ TEST_F(JobMapToolTest, AnEditChangesTheMapAndNothingElse) {
     EXPECT_EQ(Stored(), expected);
 }
 
-TEST_F(JobMapToolTest, TellsWhatIsWrongWithAnEdit) {
+TEST_F(JobServiceToolTest, TellsWhatIsWrongWithAnEdit) {
     const json before = Stored();
     const std::string head = "jobs edit demo modbus add: ";
     EXPECT_EQ(Refusal(Edit("add", "{")).find(head + "Line 1, column 2: "), 0U) << Refusal(Edit("add", "{"));
@@ -108,7 +111,7 @@ TEST_F(JobMapToolTest, TellsWhatIsWrongWithAnEdit) {
     EXPECT_EQ(Stored(), before);
 }
 
-TEST_F(JobMapToolTest, TellsWhatIsNotThere) {
+TEST_F(JobServiceToolTest, TellsWhatIsNotThere) {
     EXPECT_EQ(Refusal(Map("table", "gone"))
                   .find("jobs map gone modbus: Archive '" + PathOf("gone") + "': there is no such file."),
               0U)
@@ -123,10 +126,71 @@ TEST_F(JobMapToolTest, TellsWhatIsNotThere) {
     EXPECT_THROW(Run(Map(), data.File("no plugins")), StartError);
 }
 
-TEST_F(JobMapToolTest, IsForTheCommandsThatNeedServices) {
-    EXPECT_TRUE(JobMapTool::IsFor({.action = Action::Map}));
-    EXPECT_TRUE(JobMapTool::IsFor({.action = Action::Edit}));
-    EXPECT_FALSE(JobMapTool::IsFor({.action = Action::Show}));
+TEST_F(JobServiceToolTest, SetsParametersOfSeveralServices) {
+    json modbus = Stored();
+    json ascii = Stored("ascii");
+    EXPECT_EQ(Run(Set({"modbus.port=5020", "ascii.delimiter=;", "modbus.idleTimeout=5"})),
+              "Changed " + PathOf("demo") + "\n");
+    json& changed = modbus["vor:control"]["parameters"];
+    changed["port"] = 5020;
+    changed["idleTimeout"] = 5;
+    EXPECT_EQ(Stored()["vor:control"], modbus["vor:control"]);
+    EXPECT_EQ(Stored("ascii")["vor:control"]["parameters"]["delimiter"], ";");
+    EXPECT_EQ(Stored("ascii")["vor:control"]["outputs"], ascii["vor:control"]["outputs"]);
+}
+
+TEST_F(JobServiceToolTest, SetsAllOrNothing) {
+    const json before = Stored();
+    EXPECT_EQ(Refusal(Set({"modbus.port=5020", "ascii.port=x"})),
+              "jobs set demo ascii.port=x: \"x\" is no value of parameter \"port\", which is a number.");
+    EXPECT_EQ(Refusal(Set({"modbus.port"})), "jobs set demo modbus.port: expected SERVICE.PARAMETER=VALUE.");
+    EXPECT_EQ(Refusal(Set({"modbus.nothing=1"}))
+                  .find("jobs set demo modbus.nothing=1: service \"modbus\" has no "
+                        "parameter \"nothing\", known: address, "),
+              0U);
+    EXPECT_EQ(Refusal(Set({"abacus.port=1"})).find("jobs set demo: there is no service 'abacus'. Expected one of: "),
+              0U);
+    EXPECT_EQ(Stored(), before);
+}
+
+TEST_F(JobServiceToolTest, EnablesAndDisablesAService) {
+    json expected = Stored();
+    EXPECT_EQ(Run({.action = Action::Disable, .name = "demo", .serviceId = "modbus"}),
+              "Disabled modbus in " + PathOf("demo") + "\n");
+    expected["vor:control"]["enabled"] = false;
+    EXPECT_EQ(Stored(), expected);
+    EXPECT_EQ(Run({.action = Action::Enable, .name = "demo", .serviceId = "modbus"}),
+              "Enabled modbus in " + PathOf("demo") + "\n");
+    expected["vor:control"]["enabled"] = true;
+    EXPECT_EQ(Stored(), expected);
+}
+
+TEST_F(JobServiceToolTest, AServiceWithoutAProviderGetsBlocksSettingsAndItsStart) {
+    const std::string examples = Tests::BuiltFile("examples");
+    JobCommand edit = Edit("add", R"({"blocks":[{"type":"MeasurementValue","dataSource":"profile/max"}]})");
+    edit.serviceId = "sample";
+    EXPECT_EQ(Run(edit, examples), "Edited " + PathOf("demo") + "\n");
+    EXPECT_EQ(Stored("sample")["vor:control"]["enabled"], false);
+    Run({.action = Action::Enable, .name = "demo", .serviceId = "sample"}, examples);
+    Run(Set({"sample.keepAtStop=true"}), examples);
+    Run(edit, examples);
+    const json section = Stored("sample")["vor:control"];
+    EXPECT_EQ(section["enabled"], true);
+    EXPECT_EQ(section["parameters"]["keepAtStop"], true);
+    const json& blocks = section["registerAssemblyList"][0]["blocks"];
+    ASSERT_EQ(blocks.size(), 2U);
+    EXPECT_EQ(blocks[0]["dataSource"], "profile/max");
+    EXPECT_EQ(blocks[1]["outputId"], 4);
+}
+
+TEST_F(JobServiceToolTest, IsForTheCommandsThatNeedServices) {
+    EXPECT_TRUE(JobServiceTool::IsFor({.action = Action::Map}));
+    EXPECT_TRUE(JobServiceTool::IsFor({.action = Action::Edit}));
+    EXPECT_TRUE(JobServiceTool::IsFor({.action = Action::Set}));
+    EXPECT_TRUE(JobServiceTool::IsFor({.action = Action::Enable}));
+    EXPECT_TRUE(JobServiceTool::IsFor({.action = Action::Disable}));
+    EXPECT_FALSE(JobServiceTool::IsFor({.action = Action::Rename}));
+    EXPECT_FALSE(JobServiceTool::IsFor({.action = Action::Show}));
 }
 
 } // namespace
