@@ -1,7 +1,7 @@
 #include "Sensor/Application.h"
 
+#include "Sensor/Jobs/DemoJobs.h"
 #include "Sensor/Jobs/JobFormat.h"
-#include "Sensor/Jobs/JobTemplate.h"
 #include "Sensor/Jobs/OverlayStore.h"
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/RecordingParser.h"
@@ -48,7 +48,7 @@ Application::Application(const CommandLine& commandLine, std::ostream& out)
     , log(commandLine.verbose)
     , report(out)
     , recording(ReadInput(commandLine))
-    , job(commandLine.job.empty() ? Jobs::JobTemplate::JobFor(recording) : commandLine.job)
+    , job(commandLine.job.empty() ? Jobs::DemoJobs::JobFor(recording) : commandLine.job)
     , signals([this] { loop.Stop(); }, Patience, [this] { GiveUp(); })
     , sensor(recording, SensorSettings())
     , host(HostSettings(), sensor)
@@ -87,6 +87,7 @@ ServiceHost::Settings Application::HostSettings() {
 int Application::Run() {
     report.PrintLine("vorsensor " VOR_VERSION);
     LoadPlugins();
+    demoJobs.emplace(host.Plugins(), recording);
     host.CreateServices();
     ApplySettings();
     PrepareJob();
@@ -137,14 +138,15 @@ void Application::PrepareJob() {
     const bool exists = VorCommon::ArchiveFile(file).Exists();
     if (exists) {
         RequireWholeJob(file);
-    } else if (Jobs::JobTemplate::Has(job)) {
-        Jobs::JobTemplate::Write(job, recording, file);
+    } else if (Jobs::DemoJobs::Has(job)) {
+        demoJobs->Write(job, file);
     } else {
-        throw StartError("--job " + job + ": there is no file " + file + ", and only the jobs " +
-                         Jobs::JobTemplate::Demo + " and " + Jobs::JobTemplate::DemoValues + " are made here.");
+        throw StartError("--job " + job + ": there is no file " + file + ", and only the jobs " + Jobs::DemoJobs::Demo +
+                         " and " + Jobs::DemoJobs::DemoValues + " are made here.");
     }
     report.PrintLine("Data folder: " + commandLine.dataFolder.string());
-    report.PrintLine("Job: " + file + (exists ? "" : " (just made)"));
+    const bool made = VorCommon::ArchiveFile(file).Exists();
+    report.PrintLine("Job: " + file + (exists ? "" : made ? " (just made)" : " (not saved yet, defaults)"));
 }
 
 void Application::LoadJob() {
@@ -218,9 +220,8 @@ void Application::RestoreFactory() {
     report.PrintLine(
         "Factory restore: both domains are initialised and a fresh demo job is loaded. Clients may have to "
         "connect again.");
-    host.Persistence().Restore(Jobs::JobTemplate::Demo, [this](VorCommon::IPersistStore& store) {
-        Jobs::JobTemplate::Fill(Jobs::JobTemplate::Demo, recording, store);
-    });
+    host.Persistence().Restore(
+        Jobs::DemoJobs::Demo, [this](VorCommon::IPersistStore& store) { demoJobs->Fill(Jobs::DemoJobs::Demo, store); });
 }
 
 void Application::Restart() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sensor/CommandLine.h"
+#include "Sensor/Jobs/DemoJobs.h"
 #include "Sensor/Jobs/Overlay.h"
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/ServiceHost.h"
@@ -13,6 +14,7 @@
 #include "Vor/MainLoop.h"
 
 #include <atomic>
+#include <optional>
 #include <ostream>
 #include <string>
 
@@ -70,6 +72,7 @@ private:
     SignalWatch signals;
     VirtualSensor sensor;
     ServiceHost host;
+    std::optional<Jobs::DemoJobs> demoJobs; ///< from the load of the plug-ins on
     StartRetry retry;
     Vor::AsyncTimer restartTimer;
 };

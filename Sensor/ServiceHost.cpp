@@ -1,41 +1,16 @@
 #include "Sensor/ServiceHost.h"
 
+#include "Sensor/ServiceModule.h"
 #include "Sensor/VirtualSensor.h"
 #include "Vor/Exception.h"
 #include "Vor/Format.h"
-#include "Vor/Logging.h"
-#include "VorControl/Control/ControlCreateException.h"
-#include "VorControl/Control/ControlPlugin.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/VorCnLib.h"
 
-#include <algorithm>
 #include <map>
 #include <utility>
 
 namespace Sensor {
-
-namespace {
-
-constexpr const char* ControlPluginType = "VorControl.ControlPlugin";
-
-std::vector<std::string> TypeNames(const VorPlugin::PluginLib& library) {
-    std::vector<std::string> names;
-    for (const auto& plugin : library.PluginsByType(ControlPluginType)) {
-        const auto* control = static_cast<const VorControl::ControlPlugin*>(plugin->GetObject());
-        for (std::size_t index = 0; index < control->ControlInfoCount(); ++index) {
-            names.push_back(control->ControlInfoAt(index).TypeName());
-        }
-    }
-    return names;
-}
-
-bool Offers(const VorPlugin::PluginLib& library, const std::string& typeName) {
-    const std::vector<std::string> names = TypeNames(library);
-    return std::find(names.begin(), names.end(), typeName) != names.end();
-}
-
-} // namespace
 
 ServiceHost::Assembly::Assembly() {
     Vor::ThrowIfFailed(VorCnLib_Construct(&handle));
@@ -88,7 +63,7 @@ std::vector<std::string> ServiceHost::DuplicateTypeNames() const {
     std::map<std::string, std::string> owners;
     for (std::size_t index = 0; index < plugins.Count(); ++index) {
         const std::string& path = plugins.At(index).Path();
-        for (const std::string& name : TypeNames(plugins.At(index))) {
+        for (const std::string& name : ServiceTypes(plugins.At(index))) {
             const auto [owner, added] = owners.emplace(name, path);
             if (!added) {
                 sentences.push_back(Vor::Format("Service %s of %s is left out: the type name is taken by %s", name,
@@ -100,28 +75,7 @@ std::vector<std::string> ServiceHost::DuplicateTypeNames() const {
 }
 
 void ServiceHost::CreateServices() {
-    while (module == nullptr) {
-        try {
-            module = std::make_unique<VorControl::ControlModule>(plugins, ModuleEnviron());
-        } catch (const VorControl::ControlCreateException& e) {
-            const VorPlugin::PluginLib* library = FindLibrary(e.TypeName());
-            if (library == nullptr) {
-                throw;
-            }
-            Vor::LogUser(Vor::UserError, "VorControl", "%1$s is left out: its service %2$s can't be created (%3$s).",
-                         library->Path(), e.TypeName(), e.what());
-            plugins.Unload(*library);
-        }
-    }
-}
-
-const VorPlugin::PluginLib* ServiceHost::FindLibrary(const std::string& typeName) const {
-    for (std::size_t index = 0; index < plugins.Count(); ++index) {
-        if (Offers(plugins.At(index), typeName)) {
-            return &plugins.At(index);
-        }
-    }
-    return nullptr;
+    module = MakeServiceModule(plugins, ModuleEnviron());
 }
 
 void ServiceHost::StopServices() {

@@ -74,7 +74,6 @@ private:
 
     VorCommon::PersistManager::Environ PersistEnviron(Settings settings);
     VorControl::ControlModuleEnviron ModuleEnviron();
-    const VorPlugin::PluginLib* FindLibrary(const std::string& typeName) const;
 
     VirtualSensor& sensor;
     VorCommon::PlatformAttributes attributes{VorCommon::PlatformKind::VirtualSensor};

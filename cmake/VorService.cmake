@@ -27,12 +27,13 @@ if(NOT TARGET VorCnLib::PlatformVersion)
   target_compile_definitions(VorPlatformVersion INTERFACE VOR_PLATFORM_VERSION="${VOR_PLATFORM_VERSION}")
 endif()
 
-# vor_add_service(NAME SOURCES... [VERSION A.B.C.D]) makes
+# vor_add_service(NAME SOURCES... [VERSION A.B.C.D] [DEMO FILE]) makes
 #   NAMEService  the plug-in, a file called NAME in small letters in the folder "plugins" of the build
 #   NAMEObjects  the same sources for programs that test them
-# The version, 1.0.0.0 by default, is that of the plug-in's assembly.
+# The version, 1.0.0.0 by default, is that of the plug-in's assembly. The file, a JSON document that says what the service
+# has in the demo jobs of the virtual sensor, is copied beside the plug-in as NAME.demo.json.
 function(vor_add_service name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "VERSION" "")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "VERSION;DEMO" "")
   if(NOT arg_VERSION)
     set(arg_VERSION 1.0.0.0)
   endif()
@@ -51,4 +52,10 @@ function(vor_add_service name)
   string(TOLOWER ${name} file)
   set_target_properties(${name}Service PROPERTIES PREFIX "" OUTPUT_NAME ${file}
     LIBRARY_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/plugins)
+  if(arg_DEMO)
+    get_filename_component(demo ${arg_DEMO} ABSOLUTE)
+    set_property(TARGET ${name}Service APPEND PROPERTY LINK_DEPENDS ${demo})
+    add_custom_command(TARGET ${name}Service POST_BUILD
+      COMMAND ${CMAKE_COMMAND} -E copy ${demo} $<TARGET_FILE_DIR:${name}Service>/${file}.demo.json)
+  endif()
 endfunction()

@@ -1,10 +1,10 @@
 #include "Sensor/Jobs/OfflineServices.h"
 
 #include "Sensor/Jobs/ListedNames.h"
+#include "Sensor/ServiceModule.h"
 #include "Vor/Exception.h"
 #include "VorControl/Control/IControlManager.h"
 #include "VorControl/Control/VorCnLib.h"
-#include "VorPlugin/PluginManager.h"
 #include "yApi/yStatus.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace Sensor::Jobs {
 OfflineServices::OfflineServices(VorPlugin::PluginManager& plugins) {
     Vor::ThrowIfFailed(VorCnLib_Construct(&assembly));
     try {
-        module = std::make_unique<VorControl::ControlModule>(plugins, ModuleEnviron());
+        module = MakeServiceModule(plugins, ModuleEnviron());
     } catch (...) {
         xyAssembly_VRelease(assembly);
         throw;
@@ -32,6 +32,7 @@ VorControl::ControlModuleEnviron OfflineServices::ModuleEnviron() {
     environ.runtimeCache = &runtimeCache;
     environ.problemsManager = &problems;
     environ.updateGate = &updateGate;
+    environ.resultHub = &hub;
     return environ;
 }
 

@@ -5,6 +5,7 @@
 #include "VorCommon/RuntimeCache.h"
 #include "VorCommon/UpdateGate.h"
 #include "VorControl/Control/ControlModule.h"
+#include "VorCore/ResultHub.h"
 #include "yApi/yAssembly.h"
 
 #include <memory>
@@ -20,7 +21,7 @@ namespace Sensor::Jobs {
 /// by a persistence manager. For the main loop's thread.
 class OfflineServices {
 public:
-    /// `plugins` must outlive this. Throws a Vor::Exception when a service can't be created.
+    /// `plugins` must outlive this. As MakeServiceModule.
     explicit OfflineServices(VorPlugin::PluginManager& plugins);
     ~OfflineServices();
     OfflineServices(const OfflineServices&) = delete;
@@ -36,6 +37,7 @@ private:
     VorCommon::RuntimeCache runtimeCache;
     VorCommon::UpdateGate updateGate;
     VorCommon::ProblemsManager problems;
+    VorCore::ResultHub hub;
     yAssembly assembly = nullptr;
     std::unique_ptr<VorControl::ControlModule> module;
 };

@@ -8,7 +8,6 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
-#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
@@ -49,28 +48,6 @@ ValueKind KindOf(const std::string& type) {
     return type == "Stamp" ? ValueKind::Stamp : ValueKind::Text;
 }
 
-/// The blocks of a service without a map of its own: what the virtual sensor measures.
-struct DefaultBlock {
-    const char* type;
-    const char* displayName;
-    const char* dataSource;
-};
-constexpr DefaultBlock DefaultBlocks[] = {{"Measurement", "Maximum Height", "profile/max"},
-                                          {"Measurement", "Minimum Height", "profile/min"},
-                                          {"Measurement", "Mean Height", "profile/mean"},
-                                          {"Measurement", "Width", "profile/width"},
-                                          {"Measurement", "Number of Points", "profile/points"},
-                                          {"Stamp", "Stamp", "profile/stamp"},
-                                          {"String", "Text", "profile/text"}};
-
-struct DefaultName {
-    const char* id;
-    const char* dataSource;
-};
-constexpr DefaultName DefaultNames[] = {
-    {"height", "profile/max"},    {"lowest", "profile/min"},  {"mean", "profile/mean"}, {"width", "profile/width"},
-    {"points", "profile/points"}, {"stamp", "profile/stamp"}, {"text", "profile/text"}};
-
 } // namespace
 
 AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
@@ -81,8 +58,6 @@ AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
     , handler(outputs, *this, Counters(), LineFormat()) {
     Init({.assemblies = {assembly}, .outputs = map},
          {.threadName = "AsciiNet", .params = params, .properties = properties, .wakeup = &wakeup});
-    AsciiProtocol::ResetAssemblies();
-    AsciiProtocol::ResetOutputs();
 }
 
 AsciiProtocol::~AsciiProtocol() {
@@ -104,30 +79,6 @@ void AsciiProtocol::ParamsApplied() {
 
 void AsciiProtocol::Stopped() {
     outputs.Reset();
-}
-
-void AsciiProtocol::ResetAssemblies() {
-    assembly->ResetRegisterAssembly();
-    AddBlockParams request;
-    request.blocks.Resize(std::size(DefaultBlocks));
-    for (std::size_t i = 0; i < std::size(DefaultBlocks); ++i) {
-        RegisterBlockParams& block = request.blocks.At(i);
-        block.type = DefaultBlocks[i].type;
-        block.displayName = DefaultBlocks[i].displayName;
-        block.dataSource = DefaultBlocks[i].dataSource;
-        block.outputId = static_cast<unsigned short>(i);
-    }
-    assembly->Add(request);
-}
-
-void AsciiProtocol::ResetOutputs() {
-    map->Clear();
-    for (const DefaultName& name : DefaultNames) {
-        TextIdStandardOutputItemArgs item;
-        item.outputId = name.id;
-        item.source = name.dataSource;
-        map->Add(item);
-    }
 }
 
 void AsciiProtocol::PublishOutputs() {

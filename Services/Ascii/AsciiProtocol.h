@@ -41,8 +41,6 @@ protected:
     void MapChanged() override;
     void Stopped() override;
     /// Set the default outputs.
-    void ResetAssemblies() override;
-    void ResetOutputs() override;
     void OperationEndEventImpl(int status) override;
 
 private:

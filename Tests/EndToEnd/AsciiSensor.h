@@ -27,25 +27,34 @@ class AsciiSensor {
 public:
     using Names = std::vector<std::pair<std::string, std::string>>; ///< id and data source
 
-    /// Starts the sensor; the service has its default outputs.
+    /// Starts the sensor; the service has the outputs of the demo job.
     explicit AsciiSensor(const nlohmann::json& parameters = nlohmann::json::object(),
                          std::vector<std::string> arguments = {}) {
-        WriteJob("line", Config(parameters));
+        WriteJob("line", Config(parameters,
+                                {{"Measurement", "profile/max"},
+                                 {"Measurement", "profile/min"},
+                                 {"Measurement", "profile/mean"},
+                                 {"Measurement", "profile/width"},
+                                 {"Measurement", "profile/points"},
+                                 {"Stamp", "profile/stamp"},
+                                 {"String", "profile/text"}},
+                                {{"height", "profile/max"},
+                                 {"lowest", "profile/min"},
+                                 {"mean", "profile/mean"},
+                                 {"points", "profile/points"},
+                                 {"stamp", "profile/stamp"},
+                                 {"text", "profile/text"},
+                                 {"width", "profile/width"}}));
         arguments.insert(arguments.begin(), {VirtualSensor::File(), "--data", data.Path().string(), "--job", "line"});
         program.emplace(arguments);
     }
 
-    static nlohmann::json Config(nlohmann::json parameters) {
+    /// A service with its own outputs.
+    static nlohmann::json Config(nlohmann::json parameters, const std::vector<AsciiBlock>& blocks, const Names& names) {
         parameters.emplace("port", 0);
-        return {
+        nlohmann::json config = {
             {"version", "1"},
             {"vor:control", {{"enabled", true}, {"parameters", std::move(parameters)}, {"parametersVersion", "1"}}}};
-    }
-
-    /// A service with its own outputs.
-    static nlohmann::json Config(const nlohmann::json& parameters, const std::vector<AsciiBlock>& blocks,
-                                 const Names& names) {
-        nlohmann::json config = Config(parameters);
         nlohmann::json& section = config["vor:control"];
         nlohmann::json list = nlohmann::json::array();
         for (const AsciiBlock& block : blocks) {

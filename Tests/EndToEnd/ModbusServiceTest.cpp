@@ -147,6 +147,7 @@ TEST(ModbusService, IsLeftAloneByPlugInsThatMisbehave) {
     }
     const TempFolder folder;
     std::filesystem::copy(BuiltFile("plugins/modbus.so"), folder.Path());
+    std::filesystem::copy(BuiltFile("plugins/modbus.demo.json"), folder.Path());
     for (const auto& file : std::filesystem::directory_iterator(fixtures)) {
         std::filesystem::copy(file.path(), folder.Path());
     }

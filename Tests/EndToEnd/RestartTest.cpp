@@ -61,7 +61,10 @@ TEST_F(RestartTest, AFactoryRestoreLoadsAFreshDemoJobAndKeepsTheOthers) {
     Enable("restoresFactory");
     Write(JobFile("demo"), "/by/the/user");
     Write(data.File("workspace.vrdata"), "/by/the/user");
-    Program program(Command());
+    std::vector<std::string> command = Command();
+    command.insert(command.end(),
+                   {"--plugins", BuiltFile("plugins"), "--set", "modbus.port=0", "--set", "ascii.port=0"});
+    Program program(command);
     ASSERT_TRUE(program.WaitForLine("Factory restore: ")) << program.Errors();
     ASSERT_TRUE(program.WaitForLine("Loaded job: demo.vrjob")) << program.Errors();
     ExpectEndWell(program);

@@ -1,7 +1,7 @@
-#include "Sensor/Jobs/JobTemplate.h"
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/VirtualSensor.h"
+#include "Tests/Sensor/Jobs/MadeDemoJobs.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Exception.h"
@@ -39,7 +39,7 @@ protected:
     }
 
     static json DemoConfig() {
-        json demo = Jobs::JobTemplate::ModbusConfig("demo", Scan::GeneratePart());
+        json demo = Jobs::DemoConfig(Jobs::MadeDemoJobs(), "modbus");
         demo["vor:control"]["parameters"]["port"] = 0;
         return demo;
     }

@@ -1,10 +1,10 @@
-#include "Sensor/Jobs/JobTemplate.h"
 #include "Sensor/Jobs/Overlay.h"
 #include "Sensor/Jobs/OverlayStore.h"
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/RecordingParser.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/VirtualSensor.h"
+#include "Tests/Sensor/Jobs/MadeDemoJobs.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/MainLoop.h"
@@ -27,7 +27,7 @@ nlohmann::json StoredConfig(const std::string& file) {
 class JobRoundTrip : public ::testing::TestWithParam<std::string> {
 protected:
     static Scan::Recording Input() {
-        return GetParam() == Jobs::JobTemplate::Demo
+        return GetParam() == Jobs::DemoJobs::Demo
                    ? Scan::GeneratePart()
                    : Scan::RecordingParser::Parse("frame,name,value\n0,b,1\n0,a,1\n", "values.csv");
     }
@@ -51,7 +51,7 @@ protected:
 
 TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
     const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
-    Jobs::JobTemplate::Write(GetParam(), recording, file);
+    Jobs::MadeDemoJobs(recording).Write(GetParam(), file);
     const nlohmann::json made = StoredConfig(file);
     host.LoadPlugins(Tests::BuiltFile("plugins"));
     host.CreateServices();
@@ -67,7 +67,7 @@ TEST_P(JobRoundTrip, IsSavedAsItIsMade) {
 
 TEST_P(JobRoundTrip, IsTheSameBytesWhenItIsLoadedAndSavedAgain) {
     const std::string file = host.Persistence().FilePath(VorCommon::PersistDomain::Job);
-    Jobs::JobTemplate::Write(GetParam(), recording, file);
+    Jobs::MadeDemoJobs(recording).Write(GetParam(), file);
     host.LoadPlugins(Tests::BuiltFile("plugins"));
     host.CreateServices();
     overlay.Add(Jobs::ServiceSetting::Parse("modbus.port=0", "--set"), host.Services());
@@ -84,9 +84,8 @@ TEST_P(JobRoundTrip, IsTheSameBytesWhenItIsLoadedAndSavedAgain) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(OwnJobs, JobRoundTrip,
-                         ::testing::Values(Jobs::JobTemplate::Demo, Jobs::JobTemplate::DemoValues),
-                         [](const auto& job) { return job.param == Jobs::JobTemplate::Demo ? "Demo" : "DemoValues"; });
+INSTANTIATE_TEST_SUITE_P(OwnJobs, JobRoundTrip, ::testing::Values(Jobs::DemoJobs::Demo, Jobs::DemoJobs::DemoValues),
+                         [](const auto& job) { return job.param == Jobs::DemoJobs::Demo ? "Demo" : "DemoValues"; });
 
 } // namespace
 } // namespace Sensor

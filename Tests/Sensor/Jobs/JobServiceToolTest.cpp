@@ -1,10 +1,10 @@
 #include "Sensor/Jobs/JobServiceTool.h"
 
-#include "Sensor/Jobs/JobTemplate.h"
-#include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/StartError.h"
+#include "Tests/Sensor/Jobs/MadeDemoJobs.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/TempFolder.h"
+#include "Vor/MainLoop.h"
 #include "VorCommon/ArchiveFile.h"
 
 #include <sstream>
@@ -22,7 +22,10 @@ using Action = JobCommand::Action;
 /// A data folder with the job "demo", and the real services.
 class JobServiceToolTest : public ::testing::Test {
 protected:
-    JobServiceToolTest() { JobTemplate::Write("demo", Scan::GeneratePart(), PathOf("demo")); }
+    JobServiceToolTest() {
+        const Vor::MainLoop loop(Vor::MainLoop::Mode::Manual);
+        MadeDemoJobs().Write("demo", PathOf("demo"));
+    }
 
     std::string PathOf(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
 
@@ -82,9 +85,8 @@ TEST_F(JobServiceToolTest, ShowsTheMapToPrograms) {
         << csv;
     const json document = json::parse(Run(Map("json")));
     EXPECT_EQ(document.at("service"), "modbus");
-    EXPECT_EQ(
-        document.at("assemblies").at(0).at("blocks"),
-        JobTemplate::ModbusConfig("demo", Scan::GeneratePart())["vor:control"]["registerAssemblyList"][0]["blocks"]);
+    EXPECT_EQ(document.at("assemblies").at(0).at("blocks"),
+              Stored()["vor:control"]["registerAssemblyList"][0]["blocks"]);
     EXPECT_FALSE(document.contains("outputs"));
 }
 

@@ -1,9 +1,9 @@
 #include "Sensor/Jobs/JobTool.h"
 
-#include "Sensor/Jobs/JobTemplate.h"
-#include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/StartError.h"
+#include "Tests/Sensor/Jobs/MadeDemoJobs.h"
 #include "Tests/Support/TempFolder.h"
+#include "Vor/MainLoop.h"
 #include "VorCommon/ArchiveFile.h"
 #include "yApi/yFault.h"
 
@@ -26,7 +26,7 @@ ArchiveFile::Content Bytes(const std::string& text) {
 /// A data folder with the job "demo".
 class JobToolTest : public ::testing::Test {
 protected:
-    JobToolTest() { JobTemplate::Write("demo", Scan::GeneratePart(), PathOf("demo")); }
+    JobToolTest() { jobs.Write("demo", PathOf("demo")); }
     ~JobToolTest() override { yFault_Clear(); }
 
     std::string PathOf(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
@@ -57,6 +57,8 @@ protected:
         return names;
     }
 
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    const DemoJobs jobs = MadeDemoJobs();
     Tests::TempFolder data;
     Tests::TempFolder elsewhere;
 };
@@ -101,34 +103,32 @@ TEST_F(JobToolTest, AControlCharacterInANameIsNotPrinted) {
 
 TEST_F(JobToolTest, ShowsEntriesAndServices) {
     const auto size = [](const json& config) { return std::to_string(config.dump(-1, ' ').size()); };
+    const auto parameters = [this](const char* service) {
+        std::string lines;
+        const json config = DemoConfig(jobs, service);
+        for (const auto& [name, value] : config["vor:control"]["parameters"].items()) {
+            lines += "  " + name + " = " + value.dump() + "\n";
+        }
+        return lines;
+    };
     EXPECT_EQ(Run({.action = Action::Show, .name = "demo"}),
               "Job demo: " + PathOf("demo") + ", " + std::to_string(std::filesystem::file_size(PathOf("demo"))) +
                   " bytes, modified " + ModificationTime(PathOf("demo")) +
                   "\nEntries:\n"
                   "  controls/ascii/config.json   " +
-                  size(JobTemplate::AsciiConfig("demo", Scan::GeneratePart())) +
+                  size(DemoConfig(jobs, "ascii")) +
                   " bytes\n"
                   "  controls/modbus/config.json  " +
-                  size(JobTemplate::ModbusConfig("demo", Scan::GeneratePart())) +
+                  size(DemoConfig(jobs, "modbus")) +
                   " bytes\n"
-                  "Service ascii: enabled, 7 blocks\n"
-                  "  address = \"127.0.0.1\"\n"
-                  "  port = 8190\n"
-                  "Service modbus: enabled, 11 blocks\n"
-                  "  address = \"127.0.0.1\"\n"
-                  "  byteOrder = 0\n"
-                  "  idleTimeout = 60\n"
-                  "  maxConnections = 32\n"
-                  "  port = 1502\n"
-                  "  readNetworks = [\"0.0.0.0/0\",\"::/0\"]\n"
-                  "  unitId = 0\n"
-                  "  writeNetworks = [\"127.0.0.0/8\",\"::1/128\"]\n");
+                  "Service ascii: enabled, 7 blocks\n" +
+                  parameters("ascii") + "Service modbus: enabled, 11 blocks\n" + parameters("modbus"));
 }
 
 TEST_F(JobToolTest, ShowsJson) {
     const json shown = json::parse(Run({.action = Action::Show, .name = "demo.vrjob", .json = true}));
-    const json ascii = JobTemplate::AsciiConfig("demo", Scan::GeneratePart());
-    const json modbus = JobTemplate::ModbusConfig("demo", Scan::GeneratePart());
+    const json ascii = DemoConfig(jobs, "ascii");
+    const json modbus = DemoConfig(jobs, "modbus");
     const auto entry = [](const char* name, const json& config) {
         return json{{"name", name}, {"size", config.dump(-1, ' ').size()}};
     };

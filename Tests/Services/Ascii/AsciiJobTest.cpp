@@ -43,7 +43,6 @@ const json Blocks = {{{"type", "MeasurementValue"}, {"dataSource", "a"}, {"outpu
                      {{"type", "Stamp"}, {"dataSource", "s"}, {"outputId", 7}}};
 const json Map = {{{"outputId", "depth"}, {"source", "b"}}, {{"outputId", "height"}, {"source", "a"}}};
 const std::string List = "OK,0,\"a\",7,\"s\",\"depth\",\"b\",\"height\",\"a\"";
-const std::string DefaultBegin = "OK,0,\"profile/max\",1,\"profile/min\",";
 
 class AsciiJobTest : public testing::Test {
 protected:
@@ -90,7 +89,7 @@ TEST_F(AsciiJobTest, IsDisabledUntilAJobEnablesIt) {
           {"vor:control", {{"enabled", true}, {"parameters", {{"port", 0}}}, {"parametersVersion", "1"}}}});
     EXPECT_EQ(Instance().GetProtocolStatus(), ProtocolStatus::Running);
     TextClient client(Port());
-    EXPECT_EQ(client.Ask("OUTPUTS").substr(0, DefaultBegin.size()), DefaultBegin) << "a job without outputs";
+    EXPECT_EQ(client.Ask("OUTPUTS"), "OK") << "a job without outputs";
     Load(Config({}, Blocks, Map, false));
     EXPECT_EQ(Instance().GetProtocolStatus(), ProtocolStatus::Stopped);
     EXPECT_TRUE(client.WaitForClose());
@@ -169,8 +168,8 @@ TEST_F(AsciiJobTest, GoesBackToItsDefaults) {
     const json section = Save()["vor:control"];
     EXPECT_EQ(section["parameters"]["delimiter"], ",");
     EXPECT_EQ(section["parameters"]["port"], 8190);
-    EXPECT_EQ(section["outputs"]["map"].size(), 7u);
-    EXPECT_EQ(section["registerAssemblyList"][0]["blocks"].size(), 7u);
+    EXPECT_EQ(section["outputs"]["map"], json::array());
+    EXPECT_EQ(section["registerAssemblyList"][0]["blocks"], json::array());
 }
 
 } // namespace

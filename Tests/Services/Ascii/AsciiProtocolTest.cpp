@@ -11,9 +11,11 @@
 #include "Tests/Support/Threads.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "VorControl/ControlProtocol/TextIdStandardOutputs.h"
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -35,12 +37,40 @@ using Texts = std::vector<std::string>;
 class AsciiProtocolTest : public testing::Test {
 protected:
     AsciiProtocolTest() {
+        FillMap();
         service->AddControlScanResultsHandler();
         Start();
     }
     ~AsciiProtocolTest() override {
         release.Set();
         service->RemoveControlScanResultsHandler();
+    }
+
+    /// Seven blocks, and the same sources by name.
+    void FillMap() {
+        const auto block = [](const char* type, const char* source) {
+            return json{{"type", type}, {"dataSource", source}};
+        };
+        VorControl::ControlProtocol::AddBlockParams blocks;
+        Vor::Properties::JsonSerializer::Deserialize(
+            blocks, {{"blocks",
+                      {block("Measurement", "profile/max"), block("Measurement", "profile/min"),
+                       block("Measurement", "profile/mean"), block("Measurement", "profile/width"),
+                       block("Measurement", "profile/points"), block("Stamp", "profile/stamp"),
+                       block("String", "profile/text")}}});
+        service->RegisterAssembly("registerAssembly-0")->Add(blocks);
+        for (const auto& [id, source] : std::map<std::string, std::string>{{"height", "profile/max"},
+                                                                           {"lowest", "profile/min"},
+                                                                           {"mean", "profile/mean"},
+                                                                           {"points", "profile/points"},
+                                                                           {"stamp", "profile/stamp"},
+                                                                           {"text", "profile/text"},
+                                                                           {"width", "profile/width"}}) {
+            VorControl::ControlProtocol::TextIdStandardOutputItemArgs item;
+            item.outputId = id;
+            item.source = source;
+            service->Outputs().Add(item);
+        }
     }
 
     void Start(json values = json::object()) {
@@ -174,7 +204,7 @@ TEST_F(AsciiProtocolTest, TellsTheStateAsItIsNow) {
     EXPECT_EQ(environ.dataCache.NewCalls().front(), "SystemStats 0") << "it waits for nothing";
 }
 
-TEST_F(AsciiProtocolTest, HasOutputsToBeginWith) {
+TEST_F(AsciiProtocolTest, ListsItsOutputsAndTheirValues) {
     EXPECT_EQ(client->Ask("OUTPUTS"),
               "OK,0,\"profile/max\",1,\"profile/min\",2,\"profile/mean\",3,\"profile/width\",4,\"profile/points\",5,"
               "\"profile/stamp\",6,\"profile/text\",\"height\",\"profile/max\",\"lowest\",\"profile/min\",\"mean\","
