@@ -5,6 +5,7 @@
 #include "Tests/Services/Ascii/TextClient.h"
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/MainLoopThread.h"
+#include "Tests/Support/MarkdownTable.h"
 #include "Tests/Support/Results.h"
 #include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/Signal.h"
@@ -17,6 +18,8 @@
 #include <chrono>
 #include <map>
 #include <memory>
+#include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -394,6 +397,25 @@ TEST_F(AsciiProtocolTest, ForgetsValuesAndCountsWhenItStartsAnew) {
     Start();
     EXPECT_EQ(client->Ask("RESULT 0"), "OK,INVALID,INVALID");
     EXPECT_EQ(Properties()["requests"], 1);
+}
+
+TEST_F(AsciiProtocolTest, ThePageListsTheCommands) {
+    std::set<std::string> documented;
+    for (const auto& row : Tests::MarkdownTable("Docs/ascii.md", {"Command", "`OK` comes"})) {
+        std::istringstream forms(row.first);
+        for (std::string form; std::getline(forms, form, ',');) {
+            std::istringstream words(form);
+            std::string word;
+            words >> word;
+            documented.insert(word);
+        }
+    }
+    std::set<std::string> known;
+    std::istringstream answer(client->Ask("HELP").substr(3));
+    for (std::string word; std::getline(answer, word, ',');) {
+        known.insert(word);
+    }
+    EXPECT_EQ(documented, known);
 }
 
 } // namespace
