@@ -15,7 +15,7 @@ public:
 
     /// Such as "tcp://127.0.0.1:502", with the port that is used; empty while the service doesn't listen.
     Vor::Params::Value<std::string> address;
-    /// Why the service couldn't listen as its parameters say; empty when it could.
+    /// Why the service doesn't work as its parameters say; empty when it does.
     Vor::Params::Value<std::string> failure;
     /// See ServiceCounters.
     Vor::Params::Value<unsigned long long> connected;
