@@ -7,6 +7,7 @@
 #include "VorMsg/VvNullMsg.h"
 #include "VorMsg/VvStampMsg.h"
 #include "VorMsg/VvStringMsg.h"
+#include "yApi/yTime.h"
 
 #include <array>
 #include <charconv>
@@ -32,10 +33,10 @@ std::uint16_t TypeOf(std::string_view source) {
     return source == ProfileText ? ResultInfo_TypeString : ResultInfo_TypeMeasurement;
 }
 
-/// Appends a message as a result of the source that `info` describes.
-void Append(ResultSet set, Vor::Object message, Vor::Object info) {
+/// Appends a message, published at `now`, as a result of the source that `info` describes.
+void Append(ResultSet set, std::uint64_t now, Vor::Object message, Vor::Object info) {
     Vor::Object record;
-    Vor::ThrowIfFailed(yMsgInfo_Construct(record.Out(), message.Get(), 0, 0));
+    Vor::ThrowIfFailed(yMsgInfo_Construct(record.Out(), message.Get(), 0, now));
     message.Release();
     Vor::ThrowIfFailed(ResultSet_Add(set, record.Get(), info.Get(), 0));
     record.Release();
@@ -112,34 +113,35 @@ void ResultSetMaker::SetLimits(const std::string& dataSource, const Limits& limi
 }
 
 Vor::Object ResultSetMaker::Make(const Frame& frame, std::uint64_t frameIndex, std::uint64_t time) const {
+    const std::uint64_t now = yTime_Monotonic();
     Vor::Object set;
     Vor::ThrowIfFailed(ResultSet_Construct(set.Out()));
     if (kind == RecordingKind::Profiles) {
-        AddProfile(set.Get(), frame, frameIndex);
+        AddProfile(set.Get(), now, frame, frameIndex);
     } else {
-        AddValues(set.Get(), frame);
+        AddValues(set.Get(), now, frame);
     }
-    Append(set.Get(), StampMessage(frameIndex, time), sources.back().info);
+    Append(set.Get(), now, StampMessage(frameIndex, time), sources.back().info);
     return set;
 }
 
-void ResultSetMaker::AddProfile(void* set, const Frame& frame, std::uint64_t frameIndex) const {
+void ResultSetMaker::AddProfile(void* set, std::uint64_t now, const Frame& frame, std::uint64_t frameIndex) const {
     const ProfileMeasurement measured = ProfileMeasurement::Of(frame.points);
     const std::array<std::optional<double>, ProfileMeasurements.size()> values = {
         measured.max, measured.min, measured.mean, measured.width, static_cast<double>(measured.count)};
     for (std::size_t index = 0; index < values.size(); ++index) {
-        Append(set, MeasureMessage(values[index], sources[index].limits), sources[index].info);
+        Append(set, now, MeasureMessage(values[index], sources[index].limits), sources[index].info);
     }
-    Append(set, TextMessage(frameIndex, measured.max), sources[values.size()].info);
+    Append(set, now, TextMessage(frameIndex, measured.max), sources[values.size()].info);
 }
 
-void ResultSetMaker::AddValues(void* set, const Frame& frame) const {
+void ResultSetMaker::AddValues(void* set, std::uint64_t now, const Frame& frame) const {
     std::vector<std::optional<double>> values(sources.size() - 1);
     for (const NamedValue& named : frame.values) {
         values[named.name] = named.value;
     }
     for (std::size_t index = 0; index < values.size(); ++index) {
-        Append(set, MeasureMessage(values[index], sources[index].limits), sources[index].info);
+        Append(set, now, MeasureMessage(values[index], sources[index].limits), sources[index].info);
     }
 }
 

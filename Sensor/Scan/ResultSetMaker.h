@@ -29,8 +29,8 @@ public:
     /// while Make runs. Throws yERROR_NOT_FOUND for an unknown data source.
     void SetLimits(const std::string& dataSource, const Limits& limits);
 
-    /// A new ResultSet. `frameIndex` counts the frames of the scan from 0, `time` is in microseconds since its start.
-    /// For any thread.
+    /// A new ResultSet, to be published at once: its items have the time of this call as that of their publication.
+    /// `frameIndex` counts the frames of the scan from 0, `time` is in microseconds since its start. For any thread.
     Vor::Object Make(const Frame& frame, std::uint64_t frameIndex, std::uint64_t time) const;
 
 private:
@@ -41,8 +41,8 @@ private:
         Limits limits;
     };
 
-    void AddProfile(void* set, const Frame& frame, std::uint64_t frameIndex) const;
-    void AddValues(void* set, const Frame& frame) const;
+    void AddProfile(void* set, std::uint64_t now, const Frame& frame, std::uint64_t frameIndex) const;
+    void AddValues(void* set, std::uint64_t now, const Frame& frame) const;
 
     RecordingKind kind;
     std::vector<Source> sources;

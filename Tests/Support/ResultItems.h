@@ -54,9 +54,9 @@ Vor::Object ArrayOf(Elements... elements) {
     return msg;
 }
 
-inline Vor::Object Item(unsigned short type, Vor::Object msg, std::uint64_t origin = 0, std::uint64_t tag = 0) {
+inline Vor::Object Item(unsigned short type, Vor::Object msg, std::uint64_t origin = 0, std::uint64_t published = 0) {
     Vor::Object msgInfo;
-    Vor::ThrowIfFailed(yMsgInfo_Construct(msgInfo.Out(), msg.Get(), origin, tag));
+    Vor::ThrowIfFailed(yMsgInfo_Construct(msgInfo.Out(), msg.Get(), origin, published));
     msg.Release();
     Vor::Object resultInfo;
     Vor::ThrowIfFailed(ResultInfo_Construct(resultInfo.Out(), type, "source"));

@@ -18,7 +18,11 @@ namespace Tests {
 /// The results of one frame.
 class Results {
 public:
-    Results() { Vor::ThrowIfFailed(ResultSet_Construct(set.Out())); }
+    /// `published` is a yTime_Monotonic, or 0.
+    explicit Results(std::uint64_t published = 0)
+        : published(published) {
+        Vor::ThrowIfFailed(ResultSet_Construct(set.Out()));
+    }
 
     Results& Measurement(const std::string& source, double value, unsigned char decision = 1) {
         Vor::Object message;
@@ -46,7 +50,7 @@ public:
 private:
     Results& Add(const std::string& source, std::uint16_t type, Vor::Object& message) {
         Vor::Object msgInfo;
-        Vor::ThrowIfFailed(yMsgInfo_Construct(msgInfo.Out(), message.Get(), 0, 0));
+        Vor::ThrowIfFailed(yMsgInfo_Construct(msgInfo.Out(), message.Get(), 0, published));
         message.Release();
         Vor::Object info;
         Vor::ThrowIfFailed(ResultInfo_Construct(info.Out(), type, source));
@@ -56,6 +60,7 @@ private:
         return *this;
     }
 
+    std::uint64_t published;
     Vor::Object set;
 };
 

@@ -109,6 +109,10 @@ std::uint8_t ProtocolBase::CompletedOperationStatus() const {
     return completedOperationStatus.load(std::memory_order_relaxed);
 }
 
+std::uint64_t ProtocolBase::BeginOfLastOperation() const {
+    return host->BeginOfLastOperation(id);
+}
+
 void ProtocolBase::OpEndEventHandler(int status) {
     OperationCompleted(status);
 }

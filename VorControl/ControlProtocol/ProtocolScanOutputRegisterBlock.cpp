@@ -21,7 +21,7 @@ Vor::Object FirstElementItem(ResultItem item, yMsgInfo arrayInfo) {
     auto element = Vor::Object::Share(VvArrayMsg_At(array, 0));
     Vor::Object msgInfo;
     Vor::ThrowIfFailed(yMsgInfo_Construct(msgInfo.Out(), element.Get(), yMsgInfo_Origin(arrayInfo),
-                                          yMsgInfo_Tag(arrayInfo), allocator));
+                                          yMsgInfo_Published(arrayInfo), allocator));
     element.Release();
 
     auto resultInfo = Vor::Object::Share(ResultItem_ResultInfo(item));

@@ -94,11 +94,12 @@ TEST(yMsgInfo, TakesOverTheMessageAndKeepsTheFieldsUnchanged) {
     ASSERT_EQ(yMsgInfo_Construct(&info, msg, 0x8877665544332211U, 42), yOK);
     EXPECT_EQ(yMsgInfo_Message(info), msg);
     EXPECT_EQ(yMsgInfo_Origin(info), 0x8877665544332211U);
-    EXPECT_EQ(yMsgInfo_Tag(info), 42U);
+    EXPECT_EQ(yMsgInfo_Published(info), 42U);
     EXPECT_EQ(yObject_ShareCount(msg), 1);
     yObject_Release(info);
     EXPECT_EQ(yObject_LiveCount(), before);
     EXPECT_EQ(yMsgInfo_Message(nullptr), nullptr);
+    EXPECT_EQ(yMsgInfo_Published(nullptr), 0U);
 }
 
 TEST(yMsgInfo, FailedConstructLeavesTheShareWithTheCaller) {

@@ -8,6 +8,7 @@
 #include "VorMsg/VvNullMsg.h"
 #include "VorMsg/VvStampMsg.h"
 #include "VorMsg/VvStringMsg.h"
+#include "yApi/yTime.h"
 
 #include <filesystem>
 
@@ -178,6 +179,22 @@ TEST(ResultSetMaker, MeasuresTheRealRecordings) {
     EXPECT_NEAR(ValueAt(set, 2), 3.020407202216, 1e-9);
     EXPECT_NEAR(ValueAt(set, 3), 189.826, 1e-9);
     EXPECT_EQ(ValueAt(set, 4), 361.0);
+}
+
+TEST(ResultSetMaker, AllItemsHaveTheTimeOfTheCallAsThatOfTheirPublication) {
+    for (const char* text : {"frame,x,z\n0,0,1\n", "frame,name,value\n0,a,1\n"}) {
+        const Recording recording = RecordingOf(text);
+        const ResultSetMaker maker(recording);
+        const std::uint64_t before = yTime_Monotonic();
+        const Vor::Object set = maker.Make(recording.frames[0], 0, 0);
+        const std::uint64_t after = yTime_Monotonic();
+        const std::uint64_t published = yMsgInfo_Published(ResultItem_MsgInfo(ResultSet_At(set.Get(), 0)));
+        EXPECT_GE(published, before);
+        EXPECT_LE(published, after);
+        for (std::size_t i = 1; i < ResultSet_Count(set.Get()); ++i) {
+            EXPECT_EQ(yMsgInfo_Published(ResultItem_MsgInfo(ResultSet_At(set.Get(), i))), published) << i;
+        }
+    }
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "Tests/VorControl/Control/OperationsFixture.h"
 #include "Vor/Exception.h"
+#include "yApi/yTime.h"
 
 #include <pthread.h>
 #include <stdexcept>
@@ -57,6 +58,25 @@ std::vector<Row> Rows() {
          [](Operations& o, Id id) { o.SetLocalNodeDateTime(id, -7000000000000); },
          {"SetLocalNodeDateTime -7000000000000"},
          {}}};
+}
+
+TEST_F(ControlProtocolOperationsTest, KeepsWhenTheLastOperationOfEachServiceWasAccepted) {
+    EXPECT_EQ(operations->BeginOfLastOperation("a"), 0U);
+    std::uint64_t action = 0;
+    system.OnCall([&](const std::string&) { action = yTime_Monotonic(); });
+    const std::uint64_t before = yTime_Monotonic();
+    operations->StartScan("a");
+    const std::uint64_t begin = operations->BeginOfLastOperation("a");
+    EXPECT_GE(begin, before);
+    EXPECT_LE(begin, yTime_Monotonic());
+    EXPECT_TRUE(Tests::FailureOf([&] { operations->StartScan("b"); })) << "the other one isn't finished";
+    EXPECT_EQ(operations->BeginOfLastOperation("b"), 0U) << "a refused one doesn't count";
+    EXPECT_EQ(RunToEnd(), Texts{"a 1"});
+    EXPECT_LE(begin, action);
+    operations->StartScan("b");
+    EXPECT_GE(operations->BeginOfLastOperation("b"), action) << "after the action of the one before";
+    EXPECT_EQ(operations->BeginOfLastOperation("a"), begin);
+    loop.RunReady();
 }
 
 TEST_F(ControlProtocolOperationsTest, EachOperationActsOnceOnTheMainLoopAndEndsWithSuccess) {

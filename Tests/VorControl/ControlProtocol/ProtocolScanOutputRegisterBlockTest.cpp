@@ -42,7 +42,7 @@ public:
             outputMode = data->outputMode;
             const auto msgInfo = ResultItem_MsgInfo(item);
             origin = yMsgInfo_Origin(msgInfo);
-            tag = yMsgInfo_Tag(msgInfo);
+            published = yMsgInfo_Published(msgInfo);
             if (yObject_Is(yMsgInfo_Message(msgInfo), yType_VvMeasureMsg)) {
                 value = VvMeasureMsg_Value(yMsgInfo_Message(msgInfo));
             }
@@ -60,7 +60,7 @@ public:
     unsigned int outputMode = 99;
     double value = 0;
     std::uint64_t origin = 0;
-    std::uint64_t tag = 0;
+    std::uint64_t published = 0;
 };
 
 struct Source : RegisterBlockParams {
@@ -195,7 +195,7 @@ TEST_F(ProtocolScanOutputRegisterBlockTest, OnlyTheFirstElementOfAnArrayIsWritte
     EXPECT_EQ(block.value, 3);
     EXPECT_NE(block.item, item.Get());
     EXPECT_EQ(block.origin, 71U);
-    EXPECT_EQ(block.tag, 72U);
+    EXPECT_EQ(block.published, 72U);
     EXPECT_EQ(block.outputMode, 5U);
 }
 
