@@ -1,6 +1,8 @@
 #pragma once
 
+#include "Vor/Exception.h"
 #include "VorControl/Control/IControlDataCache.h"
+#include "yApi/yStatus.h"
 
 #include <mutex>
 #include <string>
@@ -21,6 +23,7 @@ public:
                                                                           unsigned long long timeout) override {
         const std::lock_guard guard(mutex);
         calls.push_back("ScannerInfo " + scannerId + " " + std::to_string(timeout));
+        Vor::ThrowIfFailed(scannerStatus);
         return info;
     }
 
@@ -33,6 +36,12 @@ public:
         info = std::move(value);
     }
 
+    /// From now on each read of the scanner's state fails.
+    void FailScannerInfo(yStatus status) {
+        const std::lock_guard guard(mutex);
+        scannerStatus = status;
+    }
+
     std::vector<std::string> NewCalls() {
         const std::lock_guard guard(mutex);
         return std::exchange(calls, {});
@@ -42,6 +51,7 @@ private:
     std::mutex mutex; ///< guards the rest
     VorControl::IControlSystemInterface::SystemStats stats;
     VorControl::IControlScanEngineInterface::ScannerStateInfo info;
+    yStatus scannerStatus = yOK;
     std::vector<std::string> calls;
 };
 
