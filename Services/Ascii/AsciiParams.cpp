@@ -61,6 +61,7 @@ AsciiParams::AsciiParams()
         "A client that sends no whole line in this time is closed, unless frames are sent to it and it takes "
         "them. 0 leaves it open.",
         "Networks or single addresses whose clients may command the sensor, too. Other clients can only read.");
+    triggerTimeout.RegisterIn(*this);
 
     delimiter.EnableDescription(true);
     Describe(delimiter, "Stands between the fields of a line.");
@@ -94,6 +95,7 @@ void AsciiParams::Reset() {
     decimals = static_cast<unsigned short>(format.decimals);
     invalidText = format.invalidText;
     ResetLimits(DefaultIdleTimeout);
+    triggerTimeout.Reset();
 }
 
 Net::TcpServerSettings AsciiParams::Settings() {

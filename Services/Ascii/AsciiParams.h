@@ -3,6 +3,7 @@
 #include "Services/Ascii/LineFormat.h"
 #include "Services/Ascii/SymbolParam.h"
 #include "Services/Common/TcpServerParams.h"
+#include "Services/Common/TriggerTimeoutParam.h"
 #include "VorApi/Params/Enum.h"
 #include "VorApi/Params/Value.h"
 
@@ -26,6 +27,7 @@ public:
     Vor::Params::Enum<Notation> numberFormat;
     Vor::Params::Value<unsigned short> decimals;
     SymbolParam invalidText;
+    Common::TriggerTimeoutParam triggerTimeout;
 };
 
 } // namespace Services::Ascii

@@ -11,8 +11,6 @@
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
 
-#include <thread>
-
 namespace Services::Ascii {
 
 using namespace VorControl::ControlProtocol;
@@ -55,7 +53,11 @@ AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
     , params(std::make_shared<AsciiParams>())
     , assembly(MakeAssembly())
     , map(std::make_shared<TextIdStandardProtocolOutputMap>(MaxNames))
-    , handler(outputs, *this, Counters(), LineFormat()) {
+    , handler(outputs, *this, Counters(), LineFormat())
+    , commands({.host = GetControlHost(),
+                .process = [this](const auto& command) { ProcessReceivedCommonCommands(command); },
+                .beginOfOperation = [this] { return BeginOfLastOperation(); },
+                .sources = [this] { return DataSourceList(); }}) {
     Init({.assemblies = {assembly}, .outputs = map},
          {.threadName = "AsciiNet", .params = params, .properties = properties, .wakeup = &wakeup});
 }
@@ -75,15 +77,24 @@ void AsciiProtocol::UpdateSessions() {
 
 void AsciiProtocol::ParamsApplied() {
     outputs.SetFormat(params->Format());
+    commands.SetTriggerTimeout(params->triggerTimeout.Time());
 }
 
 void AsciiProtocol::Stopped() {
     outputs.Reset();
+    commands.Interrupt();
+}
+
+void AsciiProtocol::ScanStateChangeImpl(bool started) {
+    if (!started) {
+        commands.Interrupt();
+    }
 }
 
 void AsciiProtocol::PublishOutputs() {
     outputsChanging = false;
     outputs.Replace(Definitions());
+    commands.Interrupt();
 }
 
 void AsciiProtocol::MapChanged() {
@@ -124,56 +135,28 @@ void AsciiProtocol::NonPersistentPropertiesBeginLock() {
 }
 
 bool AsciiProtocol::Run(const ControlRegisterCommandData& command, const std::shared_ptr<PendingAnswer>& answer) {
-    {
-        const std::lock_guard lock(commandMutex);
-        if (running != nullptr || OperationInProgress()) {
-            return false;
+    return commands.Run(command, [this, answer](yStatus status) {
+        const auto end = [this, answer, status] {
+            answer->End(status);
+            wakeup.Set();
+        };
+        if (outputsChanging) { // the answer to LOADJOB comes after the job's outputs are published
+            mainLoop.Run(end);
+        } else {
+            end();
         }
-        running = answer;
-        runner = std::this_thread::get_id();
-    }
-    ProcessReceivedCommonCommands(command);
-    const std::lock_guard lock(commandMutex);
-    runner = {};
-    return true;
-}
-
-void AsciiProtocol::OperationEndEventImpl(int status) {
-    std::shared_ptr<PendingAnswer> ended;
-    bool hasBegun = true;
-    {
-        const std::lock_guard lock(commandMutex);
-        ended.swap(running);
-        hasBegun = runner != std::this_thread::get_id();
-    }
-    if (ended == nullptr) {
-        return;
-    }
-    const auto answer = [this, ended, hasBegun, status] {
-        // A command that fails before it has begun was refused because another service's operation runs.
-        ended->End(status == yERROR && !hasBegun ? yERROR_BUSY : status);
-        wakeup.Set();
-    };
-    if (outputsChanging) { // the answer to LOADJOB comes after the job's outputs are published
-        mainLoop.Run(answer);
-    } else {
-        answer();
-    }
+    });
 }
 
 void AsciiProtocol::ReadState(const std::shared_ptr<PendingAnswer>& answer) {
-    mainLoop.Run([this, answer] {
-        yStatus status = yOK;
-        try {
-            const auto stats = GetControlHost().SystemStats(0);
-            answer->isScanning = stats.runState != 0;
-            answer->job = stats.loadedJob;
-            answer->isBusy = OperationInProgress();
-            answer->alignment = GetControlHost().ScannerInfo("", 0).alignmentState;
-        } catch (const Vor::Exception& e) {
-            status = e.Status();
+    commands.ReadState([this, answer](const Common::SensorState& state) {
+        if (state.status == yOK) {
+            answer->isScanning = state.system->runState != 0;
+            answer->job = state.system->loadedJob;
+            answer->alignment = state.scanner->alignmentState;
+            answer->isBusy = commands.IsBusy();
         }
-        answer->End(status);
+        answer->End(state.status);
         wakeup.Set();
     });
 }
@@ -185,6 +168,7 @@ void AsciiProtocol::ProcessResultSets(void* resultSets) {
     for (std::size_t i = 0; i < count; ++i) {
         pushed = outputs.Process(yArrayList_At(sets, i)) || pushed;
     }
+    commands.ResultsHeld(resultSets);
     if (pushed) {
         wakeup.Set();
     }

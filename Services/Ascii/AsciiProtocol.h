@@ -6,6 +6,7 @@
 #include "Services/Ascii/ISensor.h"
 #include "Services/Ascii/Outputs.h"
 #include "Services/Ascii/RequestHandler.h"
+#include "Services/Common/SensorCommands.h"
 #include "Services/Common/TcpService.h"
 #include "Vor/AsyncRunner.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
@@ -13,8 +14,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
-#include <thread>
 #include <vector>
 
 namespace Services::Ascii {
@@ -40,8 +39,8 @@ protected:
     /// after all changes of the present load.
     void MapChanged() override;
     void Stopped() override;
-    /// Set the default outputs.
-    void OperationEndEventImpl(int status) override;
+    void OperationEndEventImpl(int status) override { commands.OperationEnded(status); }
+    void ScanStateChangeImpl(bool started) override;
 
 private:
     bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,
@@ -58,14 +57,11 @@ private:
     Ascii::Outputs outputs;
     Net::Wakeup wakeup;
     RequestHandler handler; ///< belongs to the network thread
-    /// Guards the next two. No lock is acquired under it.
-    std::mutex commandMutex;
-    std::shared_ptr<PendingAnswer> running; ///< the answer to the command in progress
-    std::thread::id runner;                 ///< the thread that starts the command, while it does
     /// Whether changed outputs wait to be published on the main loop. Until then clients have the former ones: the load
     /// of a job changes the outputs several times.
     std::atomic<bool> outputsChanging{false};
     Vor::AsyncRunner mainLoop;
+    Common::SensorCommands commands;
 };
 
 } // namespace Services::Ascii

@@ -20,6 +20,7 @@ ModbusParams::ModbusParams() {
     RegisterLimits("A client that makes no whole request in this time is closed. 0 leaves it open.",
                    "Networks or single addresses whose clients may write, too: run commands. To other clients "
                    "the writing functions are unknown (exception 1).");
+    triggerTimeout.RegisterIn(*this);
     unitId.EnableDescription(true);
     Describe(unitId, "The unit identifier that is answered; any other gets exception 11. 0 answers all.");
     unitId.EnableMaximum(true);
@@ -36,6 +37,7 @@ void ModbusParams::Reset() {
     unitId = 0;
     byteOrder = ByteOrder::Big;
     ResetLimits(DefaultIdleTimeout);
+    triggerTimeout.Reset();
 }
 
 } // namespace Services::Modbus

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Services/Common/TcpServerParams.h"
+#include "Services/Common/TriggerTimeoutParam.h"
 #include "VorApi/Params/Enum.h"
 #include "VorApi/Params/Value.h"
 
@@ -24,6 +25,7 @@ public:
 
     Vor::Params::Value<unsigned short> unitId;
     Vor::Params::Enum<ByteOrder> byteOrder;
+    Common::TriggerTimeoutParam triggerTimeout;
 };
 
 } // namespace Services::Modbus

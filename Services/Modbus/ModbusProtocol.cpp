@@ -10,7 +10,6 @@
 
 namespace Services::Modbus {
 
-using VorControl::IControlHost;
 using namespace VorControl::ControlProtocol;
 
 namespace {
@@ -18,15 +17,8 @@ namespace {
 constexpr unsigned short FirstRegister = 0;
 constexpr unsigned short LastRegister = 65534;
 
-/// A state that can't be read leaves the last one in the registers.
-template <class Work>
-void IgnoreFailure(const Work& work) {
-    try {
-        work();
-    } catch (const Vor::Exception&) {
-        return;
-    }
-}
+constexpr unsigned char CommandDone = 2; ///< statuses of a command
+constexpr unsigned char CommandFailed = 3;
 
 std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
     auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
@@ -54,7 +46,11 @@ ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
     , registers(assembly, image, control)
     , commandType(MakeCommandType())
     , commandBlock(commandType->ConstructBlock(RegisterBlockParams()))
-    , handler(control, Counters(), 0) {
+    , handler(control, Counters(), 0)
+    , commands({.host = GetControlHost(),
+                .process = [this](const auto& command) { ProcessReceivedCommonCommands(command); },
+                .beginOfOperation = [this] { return BeginOfLastOperation(); },
+                .sources = [this] { return DataSourceList(); }}) {
     Init({.assemblies = {assembly}},
          {.threadName = "ModbusNet", .params = params, .properties = properties, .poll = [this] { ReadStates(); }});
 }
@@ -74,14 +70,23 @@ void ModbusProtocol::UpdateSessions() {
 
 void ModbusProtocol::ParamsApplied() {
     assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
+    commands.SetTriggerTimeout(params->triggerTimeout.Time());
 }
 
 void ModbusProtocol::MapChanged() {
     registers.Rebuild();
+    commands.Interrupt();
 }
 
 void ModbusProtocol::Stopped() {
     registers.ForgetValues();
+    commands.Interrupt();
+}
+
+void ModbusProtocol::ScanStateChangeImpl(bool started) {
+    if (!started) {
+        commands.Interrupt();
+    }
 }
 
 // A command that can't be read, such as the load of a job without a name, has failed.
@@ -89,30 +94,29 @@ void ModbusProtocol::Run(const CommandInput& input) {
     ControlRegisterCommandData command;
     try {
         commandBlock->Deserialize(&command, sizeof command, input.data(), input.size());
-    } catch (const Vor::Exception& e) {
-        OperationCompleted(e.Status());
+    } catch (const Vor::Exception&) {
+        control.EndCommand(CommandFailed);
         return;
     }
-    ProcessReceivedCommonCommands(command);
+    const bool isStarted = commands.Run(
+        command, [this](yStatus status) { control.EndCommand(status == yOK ? CommandDone : CommandFailed); });
+    if (!isStarted) {
+        control.EndCommand(CommandFailed);
+    }
 }
 
-void ModbusProtocol::OperationEndEventImpl(int) {
-    control.EndCommand(GetCommandStatus());
-}
-
+// A state that can't be read leaves the last one in the registers.
 void ModbusProtocol::ReadStates() {
     if (!control.HasStates()) {
         return;
     }
-    IControlHost& host = GetControlHost();
-    IgnoreFailure([&] { control.SetSystemState(SystemState(host.SystemStats(0))); });
-    IgnoreFailure([&] {
-        const auto info = host.ScannerInfo("", 0);
-        // Without an id there is no scanner.
-        if (!info.id.empty()) {
-            control.SetScannerState(ScannerState(info));
-        }
-    });
+    const Common::SensorState state = commands.LastState();
+    if (state.system) {
+        control.SetSystemState(SystemState(*state.system));
+    }
+    if (state.scanner && !state.scanner->id.empty()) {
+        control.SetScannerState(ScannerState(*state.scanner));
+    }
 }
 
 void ModbusProtocol::ProcessResultSets(void* resultSets) {
@@ -121,6 +125,7 @@ void ModbusProtocol::ProcessResultSets(void* resultSets) {
     for (std::size_t i = 0; i < count; ++i) {
         registers.Process(yArrayList_At(sets, i));
     }
+    commands.ResultsHeld(resultSets);
 }
 
 } // namespace Services::Modbus

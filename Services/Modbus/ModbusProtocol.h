@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Services/Common/SensorCommands.h"
 #include "Services/Common/TcpService.h"
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/ControlRegisters.h"
@@ -29,10 +30,11 @@ protected:
     void ParamsApplied() override;
     void MapChanged() override;
     void Stopped() override;
-    void OperationEndEventImpl(int status) override;
+    void OperationEndEventImpl(int status) override { commands.OperationEnded(status); }
+    void ScanStateChangeImpl(bool started) override;
 
 private:
-    bool IsBusy() const override { return OperationInProgress(); }
+    bool IsBusy() const override { return commands.IsBusy(); }
     void Run(const CommandInput& input) override;
     /// Copies the states of system and scanner into their registers. Called on the network thread.
     void ReadStates();
@@ -47,6 +49,7 @@ private:
     const BlockType commandType;
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock> commandBlock;
     RequestHandler handler; ///< belongs to the network thread
+    Common::SensorCommands commands;
 };
 
 } // namespace Services::Modbus

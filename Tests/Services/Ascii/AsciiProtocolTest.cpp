@@ -14,6 +14,7 @@
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "VorControl/ControlProtocol/TextIdStandardOutputs.h"
+#include "yApi/yTime.h"
 
 #include <chrono>
 #include <map>
@@ -146,6 +147,36 @@ TEST_F(AsciiProtocolTest, SaysWhyACommandFailed) {
     environ.system.OnCall([](const std::string&) { Vor::Throw(yERROR_NOT_FOUND, "there is no such job"); });
     EXPECT_EQ(client->Ask("LOADJOB nowhere"), "ERROR,0,\"the job couldn't be loaded; the former one goes on\"");
     EXPECT_EQ(Properties()["errors"], 1);
+}
+
+TEST_F(AsciiProtocolTest, AnswersATriggerOnceItsFrameCanBeRead) {
+    environ.system.dataSources["profile/max"] = {};
+    int height = 0;
+    environ.scanEngine.OnCall([&](const std::string&) {
+        environ.application.hub.Publish(Results(yTime_Monotonic()).Measurement("profile/max", ++height).Get());
+    });
+    for (int trigger = 1; trigger <= 300; ++trigger) {
+        ASSERT_EQ(client->Ask("TRIGGER"), "OK");
+        ASSERT_EQ(client->Ask("RESULT height"), "OK," + std::to_string(trigger) + ".000");
+    }
+}
+
+TEST_F(AsciiProtocolTest, SaysWhyATriggerHasNoFrame) {
+    environ.system.dataSources["profile/max"] = {};
+    service->Stop();
+    Start({{"triggerTimeout", 1}});
+    EXPECT_EQ(client->Ask("TRIGGER"), "ERROR,-993,\"the sensor didn't answer in time\"");
+    service->Stop();
+    Start({{"triggerTimeout", 60000}});
+    EXPECT_TRUE(WaitForAnswer("STATE", "OK,READY,UNALIGNED,IDLE,\"\"")) << "the operation has ended, too";
+    client->Send("TRIGGER\r\n");
+    TextClient other(port);
+    EXPECT_TRUE(Tests::WaitUntil([&] { return other.Ask("STATE") == "OK,READY,UNALIGNED,BUSY,\"\""; }));
+    service->OnPostStopScan();
+    EXPECT_EQ(client->Line(), "ERROR,-1000,\"the sensor's state doesn't allow this\"");
+    EXPECT_TRUE(WaitForAnswer("STATE", "OK,READY,UNALIGNED,IDLE,\"\""));
+    environ.scanEngine.OnCall([&](const std::string&) { Vor::Throw(yERROR_STATE, "there is no scan"); });
+    EXPECT_EQ(client->Ask("TRIGGER"), "ERROR,0,\"the trigger wasn't taken; the sensor has to scan in triggered mode\"");
 }
 
 TEST_F(AsciiProtocolTest, AnswersBusyWhileACommandRunsAndServesTheOthers) {

@@ -12,6 +12,7 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 #include "Vor/UserData/UdiCache.h"
+#include "yApi/yTime.h"
 
 #include <atomic>
 #include <cstring>
@@ -297,6 +298,89 @@ TEST_F(ModbusCommandTest, NeverShowsAnEndBeforeTheCommandHasEnded) {
     stop = true;
     watching.join();
     EXPECT_EQ(ended, Count);
+}
+
+/// The service also has a measurement, at 0, of a source that the sensor has.
+class ModbusTriggerTest : public ModbusCommandTest {
+protected:
+    ModbusTriggerTest() {
+        environ.system.dataSources["profile/max"] = {};
+        environ.host.AddOpEndEventHandler("modbus", [this](int) { ++operationEnds; });
+        Restart();
+    }
+    // The handler is called until the service has gone.
+    ~ModbusTriggerTest() override { service.reset(); }
+
+    void Restart(const json& values = json::object()) {
+        service->Stop();
+        service->RegisterAssembly(AssemblyId)->ResetRegisterAssembly();
+        AddBlocks(*service->RegisterAssembly(AssemblyId),
+                  {{"Measurement", "profile/max", 0}, {"ControlInput", "", Command}, {"ControlOutput", "", Answer}});
+        Start(values);
+    }
+
+    /// Publishes a frame with this height.
+    void Publish(double height) {
+        environ.application.hub.Publish(Results(yTime_Monotonic()).Measurement("profile/max", height).Get());
+    }
+    unsigned Height() { return Word(Read(1, 1).data()) / 1000; }
+
+    /// Waits until the scanner was triggered, and returns once the operation has ended, with the frame missing.
+    void TriggerWithoutFrame() {
+        EXPECT_EQ(Write(Command, {++requestWord, 6}), 0u);
+        ASSERT_TRUE(WaitForOperations(requestWord));
+        EXPECT_EQ(Read(Answer, 3), Words({requestWord, 1, 0}));
+    }
+
+    /// Waits until that many operations have ended and the service was notified.
+    bool WaitForOperations(unsigned count) {
+        return Tests::WaitUntil([&] { return operationEnds >= count; });
+    }
+
+    unsigned requestWord = 0;
+    std::atomic<unsigned> operationEnds = 0;
+};
+
+TEST_F(ModbusTriggerTest, IsDoneOnceItsFrameCanBeRead) {
+    unsigned height = 0;
+    environ.scanEngine.OnCall([&](const std::string&) { Publish(++height); });
+    for (unsigned trigger = 1; trigger <= 300; ++trigger) {
+        ASSERT_EQ(Write(Command, {trigger, 6}), 0u);
+        ASSERT_EQ(WaitForStatus(), 2u);
+        ASSERT_EQ(Height(), trigger);
+    }
+}
+
+TEST_F(ModbusTriggerTest, WaitsForItsFrameAndIsBusyUntilThen) {
+    TriggerWithoutFrame();
+    EXPECT_EQ(Write(Command, {9, 1}), 6u);
+    Publish(7);
+    EXPECT_EQ(WaitForStatus(), 2u);
+    EXPECT_EQ(Height(), 7u);
+}
+
+TEST_F(ModbusTriggerTest, FailsAtOnceWhenTheScanOrTheMapEnds) {
+    TriggerWithoutFrame();
+    service->OnPreStartScan();
+    EXPECT_EQ(Read(Answer, 3), Words({1, 1, 0}));
+    service->OnPostStopScan();
+    EXPECT_EQ(Read(Answer, 3), Words({1, 3, 0}));
+    TriggerWithoutFrame();
+    service->RegisterAssemblyUpdate(AssemblyId);
+    EXPECT_EQ(Read(Answer, 3), Words({2, 3, 0}));
+    TriggerWithoutFrame();
+    Restart();
+    EXPECT_EQ(Read(Answer, 3), Words({3, 3, 0}));
+}
+
+TEST_F(ModbusTriggerTest, FailsWhenItsFrameDoesNotComeInTime) {
+    Restart({{"triggerTimeout", 1}});
+    EXPECT_EQ(Write(Command, {1, 6}), 0u);
+    EXPECT_EQ(WaitForStatus(), 3u);
+    ASSERT_TRUE(WaitForOperations(1)) << "until then the service is busy";
+    Restart({{"triggerTimeout", 0}});
+    EXPECT_EQ(Write(Command, {2, 6}), 0u);
+    EXPECT_EQ(WaitForStatus(), 2u) << "it doesn't wait";
 }
 
 TEST_F(ModbusCommandTest, StopsWithin200MillisecondsWhileTheMainLoopStandsStill) {
