@@ -12,7 +12,8 @@ using namespace VorControl::ControlProtocol;
 
 namespace {
 
-constexpr unsigned char InProgress = 1; ///< a command status
+constexpr unsigned char NoCommandYet = 0; ///< statuses of a command
+constexpr unsigned char InProgress = 1;
 
 } // namespace
 
@@ -65,14 +66,17 @@ unsigned char ControlRegisters::ApplyWrite(const RegisterWrite& write, CommandIn
         PutWord(place, (Word(place) & write.keep) | (Word(&write.values[i]) & ~write.keep));
     }
     const std::uint16_t requestWord = Word(next.data());
-    const bool changesRequest = requestWord != Word(input.data());
+    const bool writesRequest = write.address == *inputPlace;
+    const bool isBase = writesRequest && !hasRequest && !firstRequestRuns;
+    const bool changesRequest = !isBase && requestWord != Word(input.data());
     if (changesRequest && (result.commandResult == InProgress || commands.IsBusy())) {
         return ServerDeviceBusy;
     }
     input = next;
-    if (changesRequest) {
-        isCommand = true;
-        result = {.requestWord = requestWord, .commandResult = InProgress};
+    hasRequest = hasRequest || writesRequest;
+    if (isBase || changesRequest) {
+        isCommand = changesRequest;
+        result = {.requestWord = requestWord, .commandResult = isBase ? NoCommandYet : InProgress};
         SerializeResult();
         image.Write(std::array{InputPart(), output.Part(), system.Part()});
     } else {
@@ -106,6 +110,11 @@ void ControlRegisters::Replace(const ControlPlaces& places, std::vector<Register
         std::ranges::copy(part.bytes, bytes.begin() + static_cast<std::ptrdiff_t>(part.offset));
     }
     image.Replace(std::move(ranges), std::move(bytes));
+}
+
+void ControlRegisters::SetFirstRequestRuns(bool value) {
+    const std::lock_guard lock(mutex);
+    firstRequestRuns = value;
 }
 
 void ControlRegisters::EndCommand(unsigned char status) {

@@ -29,7 +29,8 @@ struct ControlPlaces {
 ///
 /// Clients write through this object, which implements the handshake: a write that changes the request word runs a
 /// command. The answer repeats that word with the command's status, which is 1 until the command has ended; both change
-/// together. A status after the command's end is ignored.
+/// together. A status after the command's end is ignored. Where the first request word doesn't run, the first write of
+/// that register runs nothing, and the answer repeats the word with the status 0.
 ///
 /// All operations but Write may be called on any thread; Write is for one thread.
 class ControlRegisters : public IRegisterMap {
@@ -44,6 +45,9 @@ public:
     /// Gives the image a new map. `ranges` and `bytes` are those of RegisterImage::Replace; the bytes at `places` are
     /// written by this function.
     void Replace(const ControlPlaces& places, std::vector<RegisterRange> ranges, std::vector<unsigned char> bytes);
+
+    /// Whether the first write of the request word in this object's life runs a command if it changes the word.
+    void SetFirstRequestRuns(bool value);
 
     /// The last command has ended: `status` is 2 for done, 3 for failed.
     void EndCommand(unsigned char status);
@@ -84,6 +88,8 @@ private:
     mutable std::mutex mutex;
     CommandInput input{};
     std::optional<unsigned> inputPlace;
+    bool firstRequestRuns = true;
+    bool hasRequest = false; ///< a client has written the request word
     VorControl::ControlProtocol::DefaultCommandResultData result;
     VorControl::ControlProtocol::DefaultSystemStateData systemState;
     VorControl::ControlProtocol::DefaultScannerStateData scannerState;

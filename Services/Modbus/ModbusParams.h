@@ -6,6 +6,7 @@
 #include "VorApi/Params/Value.h"
 
 #include <cstdint>
+#include <string>
 
 namespace Services::Modbus {
 
@@ -23,8 +24,12 @@ public:
     /// The unit identifier to serve; 0 serves all.
     unsigned char Unit() const { return static_cast<unsigned char>(unitId.Get()); }
 
+    static constexpr const char* FirstRequestRuns = "run";
+    static constexpr const char* FirstRequestIsBase = "base";
+
     Vor::Params::Value<unsigned short> unitId;
     Vor::Params::Enum<ByteOrder> byteOrder;
+    Vor::Params::Enum<std::string> firstRequest; ///< FirstRequestRuns or FirstRequestIsBase
     Common::TriggerTimeoutParam triggerTimeout;
 };
 

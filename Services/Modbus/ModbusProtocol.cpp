@@ -70,6 +70,7 @@ void ModbusProtocol::UpdateSessions() {
 
 void ModbusProtocol::ParamsApplied() {
     assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
+    control.SetFirstRequestRuns(params->firstRequest.Get() == ModbusParams::FirstRequestRuns);
     commands.SetTriggerTimeout(params->triggerTimeout.Time());
 }
 

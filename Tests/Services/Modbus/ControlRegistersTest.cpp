@@ -121,6 +121,52 @@ TEST_F(ControlRegistersTest, RefusesACommandWhileTheRunnerIsBusy) {
     EXPECT_EQ(runner.requestWords, std::vector<unsigned>());
 }
 
+TEST_F(ControlRegistersTest, TakesTheFirstRequestWordAsABaseWhereItMustNotRun) {
+    control.SetFirstRequestRuns(false);
+    EXPECT_EQ(Write(11, {1, 2}), NoException) << "is no request word";
+    EXPECT_EQ(Write(10, {7, 1}), NoException);
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>());
+    EXPECT_EQ(Answer(), Words({7, 0, 0})) << "so a client sees that nothing ran";
+    EXPECT_EQ(Busy(), 0u);
+    EXPECT_EQ(Read(10, 3), Words({7, 1, 2}));
+    EXPECT_EQ(Write(10, {7, 1}), NoException);
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>()) << "no change";
+    EXPECT_EQ(Write(10, {8, 1}), NoException);
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>{8});
+    EXPECT_EQ(Answer(), Words({8, 1, 0}));
+}
+
+TEST_F(ControlRegistersTest, TakesZeroAsABase) {
+    control.SetFirstRequestRuns(false);
+    EXPECT_EQ(Write(10, {0, 1}), NoException);
+    EXPECT_EQ(Answer(), Words({0, 0, 0}));
+    EXPECT_EQ(Write(10, {1, 1}), NoException);
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>{1});
+}
+
+TEST_F(ControlRegistersTest, TakesABaseOnceInItsLife) {
+    EXPECT_EQ(Write(10, {1}), NoException);
+    control.EndCommand(2);
+    control.SetFirstRequestRuns(false);
+    EXPECT_EQ(Write(10, {2}), NoException);
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{1, 2})) << "the first one has run before";
+    control.EndCommand(2);
+    ControlPlaces places;
+    places.controlInput = 5;
+    control.Replace(places, {{5, 70}}, Bytes(140, 0));
+    EXPECT_EQ(Write(5, {3}), NoException);
+    EXPECT_EQ(runner.requestWords, (std::vector<unsigned>{1, 2, 3})) << "a new map is no start";
+}
+
+TEST_F(ControlRegistersTest, TakesAMaskedRequestWordAsABase) {
+    control.SetFirstRequestRuns(false);
+    const Bytes value = Words({0x0100});
+    EXPECT_EQ(control.Write({.address = 10, .values = value, .keep = 0xFEFF}), NoException);
+    EXPECT_EQ(Answer(), Words({0x0100, 0, 0}));
+    EXPECT_EQ(control.Write({.address = 10, .values = value, .keep = 0xFFFF}), NoException);
+    EXPECT_EQ(runner.requestWords, std::vector<unsigned>());
+}
+
 TEST_F(ControlRegistersTest, TakesTheFirstEndOfACommandOnly) {
     control.EndCommand(3);
     EXPECT_EQ(Answer(), Words({0, 0, 0})) << "of no command at all";

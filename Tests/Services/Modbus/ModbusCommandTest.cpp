@@ -300,6 +300,22 @@ TEST_F(ModbusCommandTest, NeverShowsAnEndBeforeTheCommandHasEnded) {
     EXPECT_EQ(ended, Count);
 }
 
+TEST_F(ModbusCommandTest, TakesTheFirstRequestWordAsABaseOnceInTheProgramsLife) {
+    service->Stop();
+    Start({{"firstRequest", "base"}});
+    EXPECT_EQ(Write(Command, {5, 1}), 0u);
+    EXPECT_EQ(Read(Answer, 3), Words({5, 0, 0}));
+    EXPECT_EQ(Write(Command, {6, 1}), 0u);
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({6, 2, 0})));
+    EXPECT_EQ(Calls(), (std::vector<std::string>{"Start"}));
+    service->Stop();
+    Start();
+    service->RegisterAssemblyUpdate(AssemblyId);
+    EXPECT_EQ(Write(Command, {7, 2}), 0u);
+    EXPECT_TRUE(WaitForRegisters(Answer, Words({7, 2, 0}))) << "it was disabled and enabled, and has a new map";
+    EXPECT_EQ(Calls(), (std::vector<std::string>{"Stop"}));
+}
+
 /// The service also has a measurement, at 0, of a source that the sensor has.
 class ModbusTriggerTest : public ModbusCommandTest {
 protected:
@@ -323,7 +339,10 @@ protected:
     void Publish(double height) {
         environ.application.hub.Publish(Results(yTime_Monotonic()).Measurement("profile/max", height).Get());
     }
-    unsigned Height() { return Word(Read(1, 1).data()) / 1000; }
+    unsigned Height() {
+        const Bytes height = Read(0, 2);
+        return (unsigned{Word(height.data())} << 16 | Word(&height[2])) / 1000;
+    }
 
     /// Waits until the scanner was triggered, and returns once the operation has ended, with the frame missing.
     void TriggerWithoutFrame() {

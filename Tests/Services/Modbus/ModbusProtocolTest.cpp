@@ -280,7 +280,8 @@ TEST_F(ModbusProtocolTest, RefusesParametersOutsideTheirLimitsAndChangesNothing)
     Load(Config({{"port", 0}}, TwoBlocks));
     const std::uint16_t port = Port();
     for (const json& values : {json{{"unitId", 256}}, json{{"maxConnections", 0}}, json{{"maxConnections", 257}},
-                               json{{"idleTimeout", 86401}}, json{{"byteOrder", 2}}, json{{"address", "nowhere"}}}) {
+                               json{{"idleTimeout", 86401}}, json{{"byteOrder", 2}}, json{{"firstRequest", "never"}},
+                               json{{"triggerTimeout", 60001}}, json{{"address", "nowhere"}}}) {
         const json before = Vor::Properties::JsonSerializer::Serialize(*Instance().Params());
         EXPECT_THROW(ChangeParameters(values), Vor::Exception) << values;
         EXPECT_EQ(Read(0, 3), Words({0x8000, 0, 2}));
@@ -309,8 +310,10 @@ TEST_F(ModbusProtocolTest, SavesItsParametersAndItsMapInTheJob) {
                                            {"byteOrder", 0},
                                            {"maxConnections", 32},
                                            {"idleTimeout", 60},
+                                           {"firstRequest", "run"},
                                            {"readNetworks", {"0.0.0.0/0", "::/0"}},
-                                           {"writeNetworks", {"127.0.0.0/8", "::1/128"}}}));
+                                           {"writeNetworks", {"127.0.0.0/8", "::1/128"}},
+                                           {"triggerTimeout", 1000}}));
     EXPECT_EQ(section["registerAssemblyVersionList"], (json{{{"id", AssemblyId}, {"version", "1"}}}));
     const json& assembly = section["registerAssemblyList"].at(0);
     EXPECT_EQ(assembly["properties"]["id"], AssemblyId);
