@@ -1,6 +1,8 @@
 #include "Services/Modbus/RequestHandler.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace Services::Modbus {
 
@@ -12,10 +14,19 @@ constexpr unsigned char WriteSingleRegister = 6;
 constexpr unsigned char WriteMultipleRegisters = 16;
 constexpr unsigned char MaskWriteRegister = 22;
 constexpr unsigned char ReadWriteMultipleRegisters = 23;
+constexpr unsigned char EncapsulatedInterface = 43;
+constexpr unsigned char ReadDeviceIdentification = 14; ///< a type of the encapsulated interface
 constexpr unsigned MaxReadQuantity = 125;
 constexpr unsigned MaxWriteQuantity = 123;
 constexpr unsigned MaxReadWriteQuantity = 121; ///< of the registers written
 constexpr unsigned AddressCount = 65536;
+
+/// What identifies the device, by object id: vendor name, product code, revision.
+constexpr std::array<std::string_view, 3> DeviceObjects = {"vorsensor", "virtual sensor", VOR_VERSION};
+constexpr unsigned char ConformityLevel = 0x81; ///< the basic objects, as a stream and one by one
+constexpr unsigned char BasicStream = 1;        ///< what a client may ask for
+constexpr unsigned char ExtendedStream = 3;
+constexpr unsigned char OneObject = 4;
 
 std::size_t PutException(unsigned char* pdu, unsigned char function, unsigned char code) {
     pdu[0] = function | 0x80;
@@ -57,6 +68,9 @@ std::size_t RequestHandler::AnswerPdu(const Frame& request, bool mayWrite, unsig
     }
     if (function == ReadHoldingRegisters || function == ReadInputRegisters) {
         return AnswerRead(request.pdu, pdu);
+    }
+    if (function == EncapsulatedInterface) {
+        return AnswerIdentification(request.pdu, pdu);
     }
     if (mayWrite) {
         switch (function) {
@@ -152,6 +166,43 @@ std::size_t RequestHandler::AnswerReadWrite(Bytes request, unsigned char* pdu) {
     pdu[0] = function;
     pdu[1] = static_cast<unsigned char>(readSize);
     return 2 + readSize;
+}
+
+// MODBUS Application Protocol V1.1b3, 6.21: all objects fit into one reply. A stream that would begin with an unknown
+// object begins with the first one.
+std::size_t RequestHandler::AnswerIdentification(Bytes request, unsigned char* pdu) {
+    if (request.size() < 2) {
+        return PutException(pdu, request[0], IllegalDataValue);
+    }
+    if (request[1] != ReadDeviceIdentification) {
+        return PutException(pdu, request[0], IllegalFunction);
+    }
+    if (request.size() != 4 || request[2] < BasicStream || request[2] > OneObject) {
+        return PutException(pdu, request[0], IllegalDataValue);
+    }
+    const bool isStream = request[2] <= ExtendedStream;
+    std::size_t begin = request[3];
+    if (begin >= DeviceObjects.size()) {
+        if (!isStream) {
+            return PutException(pdu, request[0], IllegalDataAddress);
+        }
+        begin = 0;
+    }
+    const std::size_t end = isStream ? DeviceObjects.size() : begin + 1;
+    const std::array<unsigned char, 7> head = {request[0],
+                                               request[1],
+                                               request[2],
+                                               ConformityLevel,
+                                               0, // nothing follows
+                                               0, // the object that would
+                                               static_cast<unsigned char>(end - begin)};
+    unsigned char* place = std::ranges::copy(head, pdu).out;
+    for (std::size_t id = begin; id < end; ++id) {
+        *place++ = static_cast<unsigned char>(id);
+        *place++ = static_cast<unsigned char>(DeviceObjects[id].size());
+        place = std::ranges::copy(DeviceObjects[id], place).out;
+    }
+    return static_cast<std::size_t>(place - pdu);
 }
 
 } // namespace Services::Modbus

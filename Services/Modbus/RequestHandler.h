@@ -34,6 +34,7 @@ private:
     std::size_t AnswerWriteMany(Bytes request, unsigned char* pdu);
     std::size_t AnswerMaskWrite(Bytes request, unsigned char* pdu);
     std::size_t AnswerReadWrite(Bytes request, unsigned char* pdu);
+    static std::size_t AnswerIdentification(Bytes request, unsigned char* pdu);
 
     IRegisterMap& registers;
     Common::ServiceCounters& counters;

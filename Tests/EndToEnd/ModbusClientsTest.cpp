@@ -97,5 +97,19 @@ TEST_P(ModbusClientsTest, ReadsTheLastDiameter) {
 
 INSTANTIATE_TEST_SUITE_P(Of, ModbusClientsTest, AllModbusClients, NameOfClient);
 
+TEST(ModbusIdentification, IsReadByAnIndependentClient) {
+    if (!std::filesystem::exists(SourceFile("Tests/EndToEnd/node_modules"))) {
+        GTEST_SKIP() << "modbus-serial isn't installed";
+    }
+    VirtualSensor sensor({"--no-scan", "--set", "modbus.writeNetworks=[]"});
+    const std::uint16_t port = sensor.WaitForPort();
+    EXPECT_EQ(AskScript(port, {"identify", "1", "0"}),
+              nlohmann::json::parse(R"({"objects":{"0":"vorsensor","1":"virtual sensor","2":")" VOR_VERSION
+                                    R"("},"conformity":129})"));
+    EXPECT_EQ(AskScript(port, {"identify", "4", "1"})["objects"]["1"], "virtual sensor");
+    EXPECT_EQ(AskScript(port, {"identify", "4", "5"})["exception"], 2);
+    EXPECT_EQ(AskScript(port, {"identify", "5", "0"})["exception"], 3);
+}
+
 } // namespace
 } // namespace Tests

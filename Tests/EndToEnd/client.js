@@ -1,6 +1,7 @@
-// Reads or writes registers with an independent client and prints the answer as JSON:
+// Reads or writes registers, or identifies the server, with an independent client and prints the answer as JSON:
 //   node client.js PORT read ADDRESS COUNT [input]
 //   node client.js PORT write ADDRESS WORD...
+//   node client.js PORT identify CODE OBJECT
 "use strict";
 
 const ModbusRTU = require("modbus-serial");
@@ -14,6 +15,9 @@ async function main([port, verb, address, ...rest]) {
         if (verb === "write") {
             await client.writeRegisters(Number(address), rest.map(Number));
             console.log(JSON.stringify({}));
+        } else if (verb === "identify") {
+            const answer = await client.readDeviceIdentification(Number(address), Number(rest[0]));
+            console.log(JSON.stringify({ objects: answer.data, conformity: answer.conformityLevel }));
         } else {
             const read = rest[1] === "input" ? client.readInputRegisters : client.readHoldingRegisters;
             const answer = await read.call(client, Number(address), Number(rest[0]));

@@ -169,7 +169,7 @@ TEST_F(ModbusServerTest, CountsConnectionsRequestsAndExceptions) {
     EXPECT_TRUE(WaitForCount(counters.refused, 1));
     EXPECT_EQ(counters.requests, 2u);
     EXPECT_EQ(counters.failed, 0u);
-    EXPECT_EQ(first->Ask({0, 9, 0, 0, 0, 2, 1, 43}), (Bytes{0, 9, 0, 0, 0, 3, 1, 0xAB, 1}));
+    EXPECT_EQ(first->Ask({0, 9, 0, 0, 0, 2, 1, 44}), (Bytes{0, 9, 0, 0, 0, 3, 1, 0xAC, 1}));
     EXPECT_EQ(counters.requests, 3u);
     EXPECT_EQ(counters.failed, 1u);
     second.reset();

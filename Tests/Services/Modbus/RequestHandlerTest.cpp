@@ -2,6 +2,8 @@
 
 #include "Tests/Services/Modbus/Bytes.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 namespace Services::Modbus {
@@ -237,6 +239,64 @@ TEST_F(RequestHandlerWriting, AnswersForAnotherUnitWithException11) {
     EXPECT_EQ(Ask(registers, WithHeader({6, 0x03, 0xE8, 0, 1}), 5), Exception(6, 11));
     EXPECT_EQ(Ask(registers, WithHeader({6, 0x03, 0xE8, 0, 1}), 5, false), Exception(6, 11));
     EXPECT_TRUE(registers.writes.empty());
+}
+
+/// A request for the device's identification: what to read, and the object.
+Bytes IdentificationRequest(unsigned char code, unsigned char object) {
+    return {0, 9, 0, 0, 0, 5, 1, 43, 14, code, object};
+}
+
+/// An object in the reply, with its id and its size.
+Bytes Object(unsigned char id, const std::string& value) {
+    return Bytes{id, static_cast<unsigned char>(value.size())} + Bytes(value.begin(), value.end());
+}
+
+Bytes Identification(unsigned char code, unsigned char count, const Bytes& objects) {
+    return Bytes{0, 9, 0, 0, 0, static_cast<unsigned char>(8 + objects.size()), 1, 43, 14, code, 0x81, 0, 0, count} +
+           objects;
+}
+
+TEST(RequestHandler, IdentifiesTheDeviceInAStream) {
+    const Bytes vendor = Object(0, "vorsensor");
+    const Bytes product = Object(1, "virtual sensor");
+    const Bytes revision = Object(2, VOR_VERSION);
+    for (const unsigned char code : {1, 2, 3}) {
+        const Bytes all = Identification(code, 3, vendor + product + revision);
+        EXPECT_EQ(AnswerTo(IdentificationRequest(code, 0)), all);
+        EXPECT_EQ(AnswerTo(IdentificationRequest(code, 1)), Identification(code, 2, product + revision));
+        EXPECT_EQ(AnswerTo(IdentificationRequest(code, 2)), Identification(code, 1, revision));
+        for (const unsigned char unknown : {3, 4, 0x80, 0xFF}) {
+            EXPECT_EQ(AnswerTo(IdentificationRequest(code, unknown)), all) << "begins anew";
+        }
+    }
+}
+
+TEST(RequestHandler, IdentifiesTheDeviceByOneObject) {
+    EXPECT_EQ(AnswerTo(IdentificationRequest(4, 0)), Identification(4, 1, Object(0, "vorsensor")));
+    EXPECT_EQ(AnswerTo(IdentificationRequest(4, 1)), Identification(4, 1, Object(1, "virtual sensor")));
+    EXPECT_EQ(AnswerTo(IdentificationRequest(4, 2)), Identification(4, 1, Object(2, VOR_VERSION)));
+    for (const unsigned char unknown : {3, 4, 5, 0x80, 0xFF}) {
+        EXPECT_EQ(AnswerTo(IdentificationRequest(4, unknown)), Exception(43, 2));
+    }
+}
+
+TEST(RequestHandler, RefusesOtherIdentifications) {
+    for (const unsigned char code : {0, 5, 255}) {
+        EXPECT_EQ(AnswerTo(IdentificationRequest(code, 0)), Exception(43, 3));
+    }
+    for (const unsigned char type : {0, 13, 15, 255}) {
+        EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 5, 1, 43, type, 1, 0}), Exception(43, 1));
+    }
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 2, 1, 43}), Exception(43, 3));
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 3, 1, 43, 14}), Exception(43, 3));
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 4, 1, 43, 14, 1}), Exception(43, 3));
+    EXPECT_EQ(AnswerTo({0, 9, 0, 0, 0, 6, 1, 43, 14, 1, 0, 0}), Exception(43, 3));
+}
+
+TEST(RequestHandler, IdentifiesTheDeviceForThoseWhoMayOnlyRead) {
+    AddressRegisters registers;
+    EXPECT_EQ(Ask(registers, IdentificationRequest(4, 0), 0, false), Identification(4, 1, Object(0, "vorsensor")));
+    EXPECT_EQ(Ask(registers, IdentificationRequest(4, 0), 7), Exception(43, 11)) << "of its unit only";
 }
 
 } // namespace
