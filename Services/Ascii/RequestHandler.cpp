@@ -73,6 +73,8 @@ const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
         {"STATE", &Self::State, "STATE", "Tells whether the sensor scans, is aligned and is busy, and its job."},
         {"STATUS", &Self::State, "STATUS", "The same as STATE."},
         {"JOB", &Self::Job, "JOB", "Tells the loaded job."},
+        {"COUNTERS", &Self::Counters, "COUNTERS",
+         "Tells clients, refused clients, lines, errors and dropped frames of the service, and its seconds."},
         {"VERSION", &Self::Version, "VERSION", "Tells the versions of service and sensor."},
         {"HELP", &Self::Help, "HELP [COMMAND]", "Lists the commands, or explains one."},
         {"QUIT", &Self::Quit, "QUIT", "Closes the connection."}};
@@ -300,6 +302,17 @@ void RequestHandler::State(const Call& call) {
 
 void RequestHandler::Job(const Call& call) {
     RequestState(call, PendingAnswer::Kind::Job);
+}
+
+void RequestHandler::Counters(const Call& call) {
+    ArgumentsOf(call, NoArguments);
+    for (const std::uint64_t count :
+         {counters.connected.load(std::memory_order_relaxed), counters.refused.load(std::memory_order_relaxed),
+          counters.requests.load(std::memory_order_relaxed), counters.failed.load(std::memory_order_relaxed),
+          outputs.Dropped(), counters.Uptime()}) {
+        call.answer += format.delimiter;
+        call.answer += std::to_string(count);
+    }
 }
 
 void RequestHandler::Version(const Call& call) {

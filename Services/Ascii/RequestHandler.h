@@ -89,6 +89,7 @@ private:
     void Push(const Call& call);
     void State(const Call& call);
     void Job(const Call& call);
+    void Counters(const Call& call);
     void Version(const Call& call);
     void Help(const Call& call);
     void Quit(const Call& call);

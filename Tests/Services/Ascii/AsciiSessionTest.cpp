@@ -227,10 +227,26 @@ TEST_F(AsciiSessionTest, TellsAboutTheSensorAndItself) {
     EXPECT_EQ(Ask("JOB"), "OK,\"demo \"\"1\"\".vrjob\"");
     EXPECT_EQ(Ask("VERSION"), "OK,\"1.0.0.0\",\"" VOR_VERSION "\"");
     EXPECT_EQ(Ask("HELP"), "OK,START,STOP,TRIGGER,ALIGN,CLEARALIGN,LOADJOB,USERDATA,RESULT,STAMP,OUTPUTS,PUSH,STATE,"
-                           "STATUS,JOB,VERSION,HELP,QUIT");
+                           "STATUS,JOB,COUNTERS,VERSION,HELP,QUIT");
     EXPECT_EQ(Ask("HELP loadjob"), "OK,\"LOADJOB NAME\",\"Loads a job.\"");
     sensor.stateStatus = yERROR_TIMEOUT;
     EXPECT_EQ(Ask("STATE"), "ERROR,-993,\"the sensor didn't answer in time\"");
+}
+
+TEST_F(AsciiSessionTest, CountsWhatItsClientsDo) {
+    counters.connected = 2;
+    counters.refused = 3;
+    EXPECT_EQ(Ask("COUNTERS"), "OK,2,3,1,0,0,0");
+    EXPECT_EQ(Ask("NOTHING").substr(0, 6), "ERROR,");
+    const auto queue = std::make_shared<PushQueue>(1);
+    outputs.Subscribe(queue, {});
+    outputs.Process(Results().Measurement("max", 1).Get());
+    counters.startTime = yTime_Monotonic() - std::uint64_t{3'700'000'000'000};
+    EXPECT_EQ(Ask("COUNTERS"), "OK,2,3,3,1,1,3700");
+    EXPECT_EQ(Ask("COUNTERS now"), "ERROR,-997,\"too many arguments\"");
+    counters.Reset();
+    outputs.Reset();
+    EXPECT_EQ(Ask("COUNTERS"), "OK,0,0,1,0,0,0");
 }
 
 TEST_F(AsciiSessionTest, RefusesWhatItDoesNotUnderstand) {
