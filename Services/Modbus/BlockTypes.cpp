@@ -3,6 +3,7 @@
 #include "Services/Common/Translate.h"
 #include "Services/Modbus/ControlInputBlock.h"
 #include "Services/Modbus/ControlOutputBlock.h"
+#include "Services/Modbus/DiagnosticsBlock.h"
 #include "Services/Modbus/ScannerBlock.h"
 #include "Services/Modbus/StampRegisterBlock.h"
 #include "Services/Modbus/SystemBlock.h"
@@ -71,6 +72,7 @@ void AddControlBlockTypes(IProtocolRegisterAssembly& assembly) {
     assembly.AddSupportedBlockType(MakeControlOutputType());
     assembly.AddSupportedBlockType(MakeSystemType());
     assembly.AddSupportedBlockType(MakeScannerType());
+    assembly.AddSupportedBlockType(MakeDiagnosticsType());
 }
 
 BlockType MakeControlInputType() {
@@ -88,6 +90,10 @@ BlockType MakeSystemType() {
 
 BlockType MakeScannerType() {
     return MakeControlType<ScannerBlock>("Scanner", "Sensor Group State", RegisterBlockCategory::Scanner);
+}
+
+BlockType MakeDiagnosticsType() {
+    return MakeControlType<DiagnosticsBlock>(DiagnosticsType, "Diagnostics", RegisterBlockCategory::System);
 }
 
 } // namespace Services::Modbus

@@ -11,7 +11,8 @@ namespace Services::Modbus {
 /// "String", each in registers of 16 bits.
 void AddScanBlockTypes(VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
-/// Adds "ControlInput", "ControlOutput", "System" and "Scanner" in registers of 16 bits, at most one block of each.
+/// Adds "ControlInput", "ControlOutput", "System", "Scanner" and "Diagnostics" in registers of 16 bits, at most one
+/// block of each.
 void AddControlBlockTypes(VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
 using BlockType = std::unique_ptr<VorControl::ControlProtocol::ProtocolRegisterBlockInfo>;
@@ -20,5 +21,9 @@ BlockType MakeControlInputType();
 BlockType MakeControlOutputType();
 BlockType MakeSystemType();
 BlockType MakeScannerType();
+/// Has the category of "System"; its type tells them apart.
+BlockType MakeDiagnosticsType();
+
+inline constexpr const char* DiagnosticsType = "Diagnostics";
 
 } // namespace Services::Modbus

@@ -37,7 +37,8 @@ ControlRegisters::ControlRegisters(RegisterImage& image, ICommandRunner& command
     , commands(commands)
     , output(MakeControlOutputType())
     , system(MakeSystemType())
-    , scanner(MakeScannerType()) {}
+    , scanner(MakeScannerType())
+    , diagnostics(MakeDiagnosticsType()) {}
 
 bool ControlRegisters::Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const {
     return image.Read(address, count, destination);
@@ -100,12 +101,15 @@ void ControlRegisters::Replace(const ControlPlaces& places, std::vector<Register
     output.place = places.controlOutput;
     system.place = places.system;
     scanner.place = places.scanner;
-    for (Cell* cell : {&output, &system, &scanner}) {
+    diagnostics.place = places.diagnostics;
+    for (Cell* cell : {&output, &system, &scanner, &diagnostics}) {
         cell->type->SetIsProtocolBigEndian(places.isBigEndian);
     }
     SerializeResult();
     scanner.Serialize(scannerState);
-    for (const RegisterImage::Part& part : {InputPart(), output.Part(), system.Part(), scanner.Part()}) {
+    diagnostics.Serialize(counts);
+    for (const RegisterImage::Part& part :
+         {InputPart(), output.Part(), system.Part(), scanner.Part(), diagnostics.Part()}) {
         bytes.resize(std::max(bytes.size(), part.offset + part.bytes.size()));
         std::ranges::copy(part.bytes, bytes.begin() + static_cast<std::ptrdiff_t>(part.offset));
     }
@@ -128,7 +132,7 @@ void ControlRegisters::EndCommand(unsigned char status) {
 
 bool ControlRegisters::HasStates() const {
     const std::lock_guard lock(mutex);
-    return system.place || scanner.place;
+    return system.place || scanner.place || diagnostics.place;
 }
 
 void ControlRegisters::SetSystemState(const DefaultSystemStateData& state) {
@@ -143,6 +147,13 @@ void ControlRegisters::SetScannerState(const DefaultScannerStateData& state) {
     scannerState = state;
     scanner.Serialize(scannerState);
     image.Write(std::array{scanner.Part()});
+}
+
+void ControlRegisters::SetDiagnostics(const Diagnostics& latest) {
+    const std::lock_guard lock(mutex);
+    counts = latest;
+    diagnostics.Serialize(counts);
+    image.Write(std::array{diagnostics.Part()});
 }
 
 // Both the answer and the system's state, which contains whether a command is in progress.

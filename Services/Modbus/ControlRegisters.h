@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Services/Modbus/BlockTypes.h"
+#include "Services/Modbus/DiagnosticsBlock.h"
 #include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/ICommandRunner.h"
 #include "Services/Modbus/IRegisterMap.h"
@@ -17,15 +18,16 @@ namespace Services::Modbus {
 
 /// The first registers of the blocks without data source. A block that the map doesn't contain has none.
 struct ControlPlaces {
-    std::optional<unsigned> controlInput;
-    std::optional<unsigned> controlOutput;
-    std::optional<unsigned> system;
-    std::optional<unsigned> scanner;
+    std::optional<unsigned> controlInput = std::nullopt;
+    std::optional<unsigned> controlOutput = std::nullopt;
+    std::optional<unsigned> system = std::nullopt;
+    std::optional<unsigned> scanner = std::nullopt;
+    std::optional<unsigned> diagnostics = std::nullopt;
     bool isBigEndian = true;
 };
 
 /// The registers of the blocks without data source: a client's command, the answer to it, the states of the system and
-/// of the scanner. This object owns their content, so a new map only moves them.
+/// of the scanner, the diagnostics. This object owns their content, so a new map only moves them.
 ///
 /// Clients write through this object, which implements the handshake: a write that changes the request word runs a
 /// command. The answer repeats that word with the command's status, which is 1 until the command has ended; both change
@@ -52,11 +54,12 @@ public:
     /// The last command has ended: `status` is 2 for done, 3 for failed.
     void EndCommand(unsigned char status);
 
-    /// Whether the map contains a state.
+    /// Whether the map contains a state or the diagnostics.
     bool HasStates() const;
     /// `state.secondStateByte` is ignored: this object writes 1 there while a command is in progress, else 0.
     void SetSystemState(const VorControl::ControlProtocol::DefaultSystemStateData& state);
     void SetScannerState(const VorControl::ControlProtocol::DefaultScannerStateData& state);
+    void SetDiagnostics(const Diagnostics& counts);
 
 private:
     /// One block with its bytes in the order of the wire. The blocks of the assembly can't be used instead: they are
@@ -93,9 +96,11 @@ private:
     VorControl::ControlProtocol::DefaultCommandResultData result;
     VorControl::ControlProtocol::DefaultSystemStateData systemState;
     VorControl::ControlProtocol::DefaultScannerStateData scannerState;
+    Diagnostics counts;
     Cell output;
     Cell system;
     Cell scanner;
+    Cell diagnostics;
 };
 
 } // namespace Services::Modbus

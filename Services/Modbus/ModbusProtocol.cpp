@@ -118,6 +118,13 @@ void ModbusProtocol::ReadStates() {
     if (state.scanner && !state.scanner->id.empty()) {
         control.SetScannerState(ScannerState(*state.scanner));
     }
+    const Common::ServiceCounters& counters = Counters();
+    control.SetDiagnostics({.clients = static_cast<std::uint32_t>(counters.connected),
+                            .refused = static_cast<std::uint32_t>(counters.refused),
+                            .requests = static_cast<std::uint32_t>(counters.requests),
+                            .exceptions = static_cast<std::uint32_t>(counters.failed),
+                            .dropCount = static_cast<std::uint32_t>(registers.Dropped()),
+                            .uptime = static_cast<std::uint32_t>(counters.Uptime())});
 }
 
 void ModbusProtocol::ProcessResultSets(void* resultSets) {

@@ -47,7 +47,7 @@ void AddPlace(ControlPlaces& places, const ProtocolRegisterBlock& block) {
         places.controlOutput = block.OutputId();
         break;
     case RegisterBlockCategory::System:
-        places.system = block.OutputId();
+        (block.Type() == DiagnosticsType ? places.diagnostics : places.system) = block.OutputId();
         break;
     case RegisterBlockCategory::Scanner:
         places.scanner = block.OutputId();
@@ -135,6 +135,7 @@ void ScanRegisters::ForgetValues() {
     for (auto& [id, source] : sources) {
         source.lastItem = {};
     }
+    dropped.store(0, std::memory_order_relaxed);
 }
 
 void ScanRegisters::Process(ResultSet set) {
@@ -180,6 +181,7 @@ void ScanRegisters::Serialize(Slot& slot, ResultItem item) {
         WriteInto(slot, item);
     } catch (const std::exception& e) {
         SerializeMissing(slot);
+        dropped.fetch_add(1, std::memory_order_relaxed);
         if (!slot.failing) {
             slot.failing = true;
             Vor::LogError("Register block at %u can't write the value of %s: %s", slot.block->OutputId(),

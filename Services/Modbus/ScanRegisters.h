@@ -6,6 +6,8 @@
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorMsg/ResultSet.h"
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -25,12 +27,15 @@ public:
     /// with a missing value when there was none. The blocks without data source are written by `control`.
     void Rebuild();
 
-    /// Removes the last values; the next Rebuild writes missing values.
+    /// Removes the last values and the count of Dropped(); the next Rebuild writes missing values.
     void ForgetValues();
 
     /// Writes the results of one frame, which readers get all at once. Allocates nothing. A block that can't write its
     /// result is written with a missing value, and logged once until it can write again.
     void Process(ResultSet set);
+
+    /// How many results a block couldn't write. Without the assembly's lock.
+    std::uint64_t Dropped() const { return dropped.load(std::memory_order_relaxed); }
 
 private:
     /// One block and its place in `bytes`.
@@ -65,7 +70,8 @@ private:
     /// The parts of `bytes` between the blocks of `control`, in ascending order.
     std::vector<RegisterImage::Part> own;
     std::vector<RegisterImage::Part> written; ///< used by Publish, a member so that nothing is allocated there
-    Vor::Object missing;                      ///< an item without a value
+    std::atomic<std::uint64_t> dropped = 0;
+    Vor::Object missing; ///< an item without a value
 };
 
 } // namespace Services::Modbus

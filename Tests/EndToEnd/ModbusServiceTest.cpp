@@ -136,7 +136,7 @@ TEST(ModbusService, HasItsMapInTheJobWhichAnyToolCanList) {
                                              "6 Measurement profile/mean", "9 Measurement profile/width",
                                              "12 Measurement profile/points", "16 Stamp profile/stamp",
                                              "40 String profile/text", "1000 ControlInput", "1100 ControlOutput",
-                                             "1200 System", "1300 Scanner"}));
+                                             "1200 System", "1300 Scanner", "1400 Diagnostics"}));
     ExpectEndWell(sensor.Process());
 }
 

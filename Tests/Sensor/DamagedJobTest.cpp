@@ -23,7 +23,7 @@ using VorCommon::PersistDomain;
 
 constexpr const char* Entry = "controls/modbus/config.json";
 constexpr const char* AssemblyId = "registerAssembly-0";
-constexpr std::size_t DemoBlocks = 11;
+constexpr std::size_t DemoBlocks = 12;
 
 /// A sensor with the job "demo" loaded, before it loads another one.
 class DamagedJob : public ::testing::Test {

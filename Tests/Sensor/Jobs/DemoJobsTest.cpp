@@ -33,7 +33,7 @@ json Blocks(const json& config) {
 
 /// The blocks by which a client controls the sensor; they are the last ones of each map.
 const std::vector<std::string> ControlBlocks = {"ControlInput 1000-65", "ControlOutput 1100-3", "System 1200-40",
-                                                "Scanner 1300-10"};
+                                                "Scanner 1300-10", "Diagnostics 1400-12"};
 
 std::vector<std::string> WithControlBlocks(std::vector<std::string> layout) {
     layout.insert(layout.end(), ControlBlocks.begin(), ControlBlocks.end());

@@ -73,7 +73,8 @@ TEST_F(JobServiceToolTest, ShowsTheMapAsATable) {
                           "1000     65         ControlInput                   Command Input\n"
                           "1100     3          ControlOutput                  Command Output\n"
                           "1200     40         System                         System State\n"
-                          "1300     10         Scanner                        Sensor Group State\n");
+                          "1300     10         Scanner                        Sensor Group State\n"
+                          "1400     12         Diagnostics                    Diagnostics\n");
     EXPECT_EQ(notes.str(), "");
 }
 

@@ -122,7 +122,7 @@ TEST_F(JobToolTest, ShowsEntriesAndServices) {
                   size(DemoConfig(jobs, "modbus")) +
                   " bytes\n"
                   "Service ascii: enabled, 7 blocks\n" +
-                  parameters("ascii") + "Service modbus: enabled, 11 blocks\n" + parameters("modbus"));
+                  parameters("ascii") + "Service modbus: enabled, 12 blocks\n" + parameters("modbus"));
 }
 
 TEST_F(JobToolTest, ShowsJson) {
@@ -141,7 +141,7 @@ TEST_F(JobToolTest, ShowsJson) {
                            {"modified", ModificationTime(PathOf("demo"))},
                            {"entries", json::array({entry("controls/ascii/config.json", ascii),
                                                     entry("controls/modbus/config.json", modbus)})},
-                           {"services", {{"ascii", service(7, ascii)}, {"modbus", service(11, modbus)}}}}));
+                           {"services", {{"ascii", service(7, ascii)}, {"modbus", service(12, modbus)}}}}));
 }
 
 TEST_F(JobToolTest, ShowsWhatAForeignJobHoldsAsFarAsItCan) {

@@ -2,6 +2,7 @@
 
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/ControlOutputBlock.h"
+#include "Services/Modbus/DiagnosticsBlock.h"
 #include "Tests/Services/Modbus/Bytes.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
@@ -128,6 +129,25 @@ TEST_P(ControlBlocks, ScannerHasFieldsThatDoNotOverlap) {
                                                     0x06, 0x05, 0x04, 0x03, 0x02, 0x01, 0x11, 0,    0x22, 0}));
     EXPECT_EQ(Refusal(20, 23), yERROR_SIZE);
     EXPECT_EQ(Refusal(21, 24), yERROR_SIZE);
+}
+
+TEST_P(ControlBlocks, DiagnosticsAreSixUnsignedValues) {
+    Make(MakeDiagnosticsType());
+    const Diagnostics counts{.clients = 0x01020304,
+                             .refused = 0x11121314,
+                             .requests = 0x21222324,
+                             .exceptions = 0xFFFFFFFF,
+                             .dropCount = 5,
+                             .uptime = 0x80000000};
+    const Bytes big = {0x02, 0x01, 0x04, 0x03, 0x12, 0x11, 0x14, 0x13, 0x22, 0x21, 0x24, 0x23,
+                       0xFF, 0xFF, 0xFF, 0xFF, 0x00, 0x00, 0x05, 0x00, 0x00, 0x80, 0x00, 0x00};
+    const Bytes little = {0x04, 0x03, 0x02, 0x01, 0x14, 0x13, 0x12, 0x11, 0x24, 0x23, 0x22, 0x21,
+                          0xFF, 0xFF, 0xFF, 0xFF, 0x05, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x80};
+    EXPECT_EQ(Serialize(counts), GetParam() ? big : little);
+    EXPECT_EQ(Refusal(24, sizeof(Diagnostics)), yOK);
+    EXPECT_EQ(Refusal(23, sizeof(Diagnostics)), yERROR_SIZE);
+    EXPECT_EQ(Refusal(25, sizeof(Diagnostics)), yERROR_SIZE);
+    EXPECT_EQ(Refusal(24, sizeof(Diagnostics) - 1), yERROR_SIZE);
 }
 
 TEST_P(ControlBlocks, ControlOutputIsRequestWordStatusAndZero) {

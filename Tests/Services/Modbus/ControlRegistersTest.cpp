@@ -238,6 +238,24 @@ TEST_F(ControlRegistersTest, ShowsTheStates) {
     EXPECT_EQ(Read(150, 10), Words({0xFFFF, 0xFFFF, 0xFFFE, 0xEE90, 0, 0, 0, 0, 2, 1}));
 }
 
+TEST_F(ControlRegistersTest, WritesTheDiagnosticsWhereTheMapHasThem) {
+    const Diagnostics counts{
+        .clients = 1, .refused = 2, .requests = 0x00030004, .exceptions = 5, .dropCount = 6, .uptime = 7};
+    control.SetDiagnostics(counts);
+    EXPECT_EQ(Read(100, 40), Bytes(80, 0)) << "this map has none";
+    ControlPlaces places;
+    places.diagnostics = 4;
+    control.Replace(places, {{4, 16}}, Bytes(32, 0));
+    EXPECT_TRUE(control.HasStates());
+    EXPECT_EQ(Read(4, 12), Words({0, 1, 0, 2, 3, 4, 0, 5, 0, 6, 0, 7}));
+    control.SetDiagnostics({});
+    EXPECT_EQ(Read(4, 12), Bytes(24, 0));
+    places.isBigEndian = false;
+    control.Replace(places, {{4, 16}}, Bytes(32, 0));
+    control.SetDiagnostics(counts);
+    EXPECT_EQ(Read(4, 12), Words({1, 0, 2, 0, 4, 3, 5, 0, 6, 0, 7, 0}));
+}
+
 TEST_F(ControlRegistersTest, KeepsItsContentInANewMap) {
     EXPECT_EQ(Write(10, {1, 5, 'a'}), NoException);
     control.SetScannerState({.signedScannerValue = 7});

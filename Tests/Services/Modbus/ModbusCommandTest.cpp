@@ -522,6 +522,25 @@ TEST_F(ModbusCommandTest, ShowsWhatItsClientsDo) {
     EXPECT_EQ(properties["exceptions"], 0);
 }
 
+TEST_F(ModbusCommandTest, WritesItsDiagnosticsIntoTheMap) {
+    constexpr unsigned DiagnosticsAddress = 1400;
+    service->Stop();
+    AddBlocks(*service->RegisterAssembly(AssemblyId), {{"Diagnostics", "", DiagnosticsAddress}});
+    Start();
+    RawClient other(port);
+    EXPECT_EQ(Write(other, 0, {1}), 2u);
+    const auto value = [&](unsigned index) {
+        const Bytes read = Read(DiagnosticsAddress + 2 * index, 2);
+        return unsigned{Word(read.data())} << 16 | Word(&read[2]);
+    };
+    EXPECT_TRUE(Tests::WaitUntil([&] { return value(0) == 2; })) << "clients";
+    EXPECT_TRUE(Tests::WaitUntil([&] { return value(3) == 1; })) << "exceptions";
+    EXPECT_EQ(value(1), 0u) << "refused";
+    EXPECT_GE(value(2), 3u) << "requests";
+    EXPECT_EQ(value(4), 0u) << "drops";
+    EXPECT_LT(value(5), 60u) << "seconds";
+}
+
 TEST_F(ModbusCommandTest, FollowsItsNetworksWhileItRuns) {
     const auto change = [this](const json& values) {
         Vor::Properties::JsonSerializer::Deserialize(service->Params(), values);

@@ -415,9 +415,9 @@ TEST_F(ModbusProtocolTest, OffersItsBlockTypesInRegistersOf16Bits) {
         EXPECT_EQ(type->DeserializedInputSize(), type->Type() == "ControlInput" ? 130 : 0);
     }
     assembly.EndLock();
-    EXPECT_EQ(types,
-              (std::vector<std::string>{"Measurement 3", "MeasurementValue 2", "MeasurementDecision 1", "Stamp 18",
-                                        "String 4", "ControlInput 65", "ControlOutput 3", "System 40", "Scanner 10"}));
+    EXPECT_EQ(types, (std::vector<std::string>{"Measurement 3", "MeasurementValue 2", "MeasurementDecision 1",
+                                               "Stamp 18", "String 4", "ControlInput 65", "ControlOutput 3",
+                                               "System 40", "Scanner 10", "Diagnostics 12"}));
     EXPECT_TRUE(assembly.Attributes().isGlobalAddressSpaceUsed.Get());
     EXPECT_EQ(assembly.Attributes().outputIdMin.Get(), 0);
     EXPECT_EQ(assembly.Attributes().outputIdMax.Get(), 65534);

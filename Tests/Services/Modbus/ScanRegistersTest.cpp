@@ -159,6 +159,9 @@ TEST_F(ScanRegistersTest, LogsABlockThatCannotWriteOnceAndItsRecoveryOnce) {
     }
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 1u);
     EXPECT_EQ(log.Count("Register block at 0 writes the value of a again"), 1u);
+    EXPECT_EQ(registers.Dropped(), 3u);
+    registers.ForgetValues();
+    EXPECT_EQ(registers.Dropped(), 0u);
 }
 
 TEST_F(ScanRegistersTest, KeepsTheLastValuesWhenTheMapChanges) {
