@@ -20,15 +20,15 @@ namespace Sensor::Jobs {
 
 class OfflineServices;
 
-/// The jobs that the sensor makes itself, so that clients can read values from the first start on. What a service has in
-/// them is in a file beside its plug-in, NAME.demo.json, which may be missing:
+/// The jobs that the sensor makes itself, so that clients can read values from the first start on. What a service has
+/// in them is in a file beside its plug-in, NAME.demo.json, which may be missing:
 ///
 ///   {"SERVICE": {"JOB": {"enabled": true, "parameters": {"NAME": VALUE},
 ///                        "commands": [{"command": "add", "document": {"blocks": []}, "outputs": false}]}}}
 ///
 /// The commands are those of `vorsensor jobs edit`, for the service's assembly or, with "outputs", its output map. In a
-/// document, an object of a list that has the key "forEachValue" is repeated for each of the recording's values, at most
-/// as often as the key's number; "{value}" in its texts is the name of the value.
+/// document, an object of a list that has the key "forEachValue" is repeated for each of the recording's values, at
+/// most as often as the key's number; "{value}" in its texts is the name of the value.
 class DemoJobs {
 public:
     /// For recordings of profiles, and for the generated part.

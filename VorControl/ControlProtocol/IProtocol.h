@@ -53,9 +53,9 @@ public:
     virtual void ParamsUpdate() = 0;
     virtual void ParamsReset() = 0;
 
-    /// Called on the main loop, or on the persistence thread while the main loop waits for it, perhaps inside the update
-    /// gate: never wait here for a thread that needs the gate or the main loop. A failure is thrown, after the status
-    /// was set. May be called when the service is already started: then it restarts with its present parameters.
+    /// Called on the main loop, or on the persistence thread while the main loop waits for it, perhaps inside the
+    /// update gate: never wait here for a thread that needs the gate or the main loop. A failure is thrown, after the
+    /// status was set. May be called when the service is already started: then it restarts with its present parameters.
     virtual void Start() = 0;
     /// Called as Start is. Returns within 200 ms. When it returns, no client is served and no thread of the service
     /// runs.

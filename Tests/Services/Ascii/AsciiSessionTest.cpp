@@ -272,7 +272,7 @@ TEST_F(AsciiSessionTest, KeepsTheDelimiterOfAnAnswerOutOfItsTexts) {
     Receive(session, "RESULT a\"b\nRESULT x;y\nHELP; JOB\n");
     EXPECT_EQ(ReadReplies(session), "ERROR; -984; \"a quotation mark is missing, or stands within a word\"\n"
                                     "ERROR; -999; \"there is no output x;y\"\n"
-                                    "OK; \"JOB\"; \"Tells the loaded job.\"\n");
+                                    "OK; \"JOB\"; \"Returns the loaded job.\"\n");
 }
 
 TEST_F(AsciiSessionTest, EndsLinesWithTheTerminatorThatIsSet) {

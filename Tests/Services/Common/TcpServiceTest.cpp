@@ -133,7 +133,7 @@ protected:
     CipherService& Own() { return module.Own(); }
     std::uint16_t Port() { return Tests::PortOf(module.Properties()["address"]); }
     ProtocolStatus Status() { return module.Instance().GetProtocolStatus(); }
-    Calls TakeCalls() { return std::exchange(Own().calls, {}); }
+    Calls NewCalls() { return std::exchange(Own().calls, {}); }
 
     ServiceModule<CipherService> module;
 };
@@ -176,23 +176,23 @@ TEST_F(TcpServiceTest, ServesWhileItIsStarted) {
 
 TEST_F(TcpServiceTest, GivesItsPartsTheParametersBeforeItListens) {
     Own().Start();
-    EXPECT_EQ(TakeCalls(), (Calls{"UpdateSessions", "ParamsApplied", "MapChanged"}));
+    EXPECT_EQ(NewCalls(), (Calls{"UpdateSessions", "ParamsApplied", "MapChanged"}));
     EXPECT_EQ(Own().updater, std::this_thread::get_id());
     Own().Start();
-    EXPECT_EQ(TakeCalls(), (Calls{"Stopped", "UpdateSessions", "ParamsApplied", "MapChanged"}));
+    EXPECT_EQ(NewCalls(), (Calls{"Stopped", "UpdateSessions", "ParamsApplied", "MapChanged"}));
     Own().Stop();
-    EXPECT_EQ(TakeCalls(), (Calls{"Stopped"}));
+    EXPECT_EQ(NewCalls(), (Calls{"Stopped"}));
     Own().Stop();
-    EXPECT_EQ(TakeCalls(), Calls()) << "it is stopped";
+    EXPECT_EQ(NewCalls(), Calls()) << "it is stopped";
 }
 
 TEST_F(TcpServiceTest, GivesChangedParametersToTheSessionsOnTheNetworkThread) {
     module.Load(Section({{"port", 0}}));
     Client client(Port());
     EXPECT_EQ(client.Ask(40), 41);
-    TakeCalls();
+    NewCalls();
     module.Change({{"shift", 5}});
-    EXPECT_EQ(TakeCalls(), (Calls{"UpdateSessions", "ParamsApplied", "MapChanged"}));
+    EXPECT_EQ(NewCalls(), (Calls{"UpdateSessions", "ParamsApplied", "MapChanged"}));
     EXPECT_NE(Own().updater, std::this_thread::get_id());
     EXPECT_EQ(client.Ask(40), 45) << "the client stays connected";
 }
@@ -216,6 +216,7 @@ TEST_F(TcpServiceTest, StaysWhereItIsAndReportsWhyItCannotMove) {
     module.Load(Section({{"port", 0}}));
     const std::uint16_t former = Port();
     Client client(former);
+    EXPECT_EQ(client.Ask(1), 2) << "the server has accepted it";
     TakenPort taken;
     EXPECT_THROW(module.Change({{"port", taken.Port()}}), Vor::Exception);
     EXPECT_EQ(Status(), ProtocolStatus::Running);
@@ -236,12 +237,12 @@ TEST_F(TcpServiceTest, ReportsTheParametersOfAJobThatItCannotUse) {
     const std::vector<json> unusable = {
         {{"port", taken.Port()}}, {{"port", 0}, {"shift", 101}}, {{"port", 0}, {"readNetworks", {"nowhere"}}}};
     for (const json& params : unusable) {
-        TakeCalls();
+        NewCalls();
         const Vor::LogCapture log;
         module.Load(Section(params));
         EXPECT_EQ(Status(), ProtocolStatus::Running) << params;
         EXPECT_EQ(Port(), former);
-        EXPECT_EQ(TakeCalls(), Calls()) << "nothing of them is used";
+        EXPECT_EQ(NewCalls(), Calls()) << "nothing of them is used";
         const std::string failure = module.Properties()["failure"];
         EXPECT_NE(failure, "") << params;
         EXPECT_EQ(log.Count(Vor::UserError, "test service can't take its parameters: " + failure + "."), 1u);
