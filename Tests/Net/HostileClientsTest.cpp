@@ -45,7 +45,7 @@ TEST_F(HostileClientsTest, ASlowReaderIsNotReadFromAndTheOthersAreServed) {
 
 TEST_F(HostileClientsTest, AClientThatNeverReadsIsClosed) {
     Open({.idleTimeOut = 50ms});
-    LineClient deaf(port);
+    LineClient deaf(port, 4096);
     ASSERT_TRUE(WaitForConnections(1));
     EXPECT_TRUE(Tests::WaitUntil([&] {
         deaf.SendSome(Long);
