@@ -2,6 +2,7 @@
 // structures that is read from and written to the same file.
 
 #include "Bench/Measure.h"
+#include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/Jobs/JobService.h"
 #include "Sensor/Jobs/OfflineServices.h"
 #include "Vor/LogOutput.h"
@@ -17,6 +18,7 @@
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
+using Sensor::Jobs::JobService;
 
 namespace {
 
@@ -100,7 +102,9 @@ public:
 
     double Load(Sensor::Jobs::OfflineServices& services) const {
         const double start = Bench::ProcessCpuSeconds();
-        Sensor::Jobs::JobService job(services, file, "modbus");
+        VorCommon::ArchiveStore store = Sensor::Jobs::JobFormat::Open(file);
+        JobService job(services, store, "modbus", JobService::Missing::Refuse);
+        job.Load();
         const double seconds = Bench::ProcessCpuSeconds() - start;
         if (!job.Notes().empty()) {
             throw std::runtime_error(job.Notes().front());
@@ -113,9 +117,12 @@ public:
         return Bench::ProcessCpuSeconds() - start;
     }
     double Save(Sensor::Jobs::OfflineServices& services) const {
-        Sensor::Jobs::JobService job(services, file, "modbus");
+        VorCommon::ArchiveStore store = Sensor::Jobs::JobFormat::Open(file);
+        JobService job(services, store, "modbus", JobService::Missing::Refuse);
+        job.Load();
         const double start = Bench::ProcessCpuSeconds();
         job.Save();
+        store.Commit();
         return Bench::ProcessCpuSeconds() - start;
     }
     double SavePlainly() const {

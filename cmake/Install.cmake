@@ -16,8 +16,8 @@ install(TARGETS vorsensor)
 foreach(service ${VOR_SERVICES})
   vor_install_rpath(${VOR_PLUGIN_FOLDER} ${service}Service)
   install(TARGETS ${service}Service DESTINATION ${VOR_PLUGIN_FOLDER})
-  get_target_property(file ${service}Service OUTPUT_NAME)
-  install(FILES Services/${service}/demo.json DESTINATION ${VOR_PLUGIN_FOLDER} RENAME ${file}.demo.json OPTIONAL)
+  get_target_property(name ${service}Service OUTPUT_NAME)
+  install(FILES Services/${service}/demo.json DESTINATION ${VOR_PLUGIN_FOLDER} RENAME ${name}.demo.json OPTIONAL)
 endforeach()
 
 # Helpers for tests of services: headers only.
