@@ -137,7 +137,7 @@ void DemoJobs::Add(OfflineServices& services, const std::filesystem::path& file,
     for (const auto& [serviceId, contents] : document.items()) {
         RequireObject(contents, serviceId);
         for (const auto& [job, content] : contents.items()) {
-            RequireObject(content, serviceId + "." + job);
+            RequireObject(content, std::string(serviceId).append(".").append(job));
             if (jobs.contains(job)) {
                 Add(services, serviceId, content, job);
             }
