@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <string>
 
 namespace Net {
 
@@ -41,6 +42,8 @@ public:
 
     /// Whether the session has ended: nothing more is received, and the connection is closed when its replies are sent.
     virtual bool Broken() const = 0;
+    /// For the log: why the session has ended, such as "it has quit".
+    virtual std::string EndReason() const { return "its session has ended"; }
 
     /// Whether the reply to a request comes later. Until then the connection stays open, even if the client has closed
     /// its side.

@@ -1,8 +1,10 @@
 #include "Net/TcpServer.h"
 
+#include "Net/Asio/EndpointText.h"
 #include "Net/Asio/Loop.h"
 #include "Net/Asio/TcpConnection.h"
 #include "Net/Asio/TcpListen.h"
+#include "Vor/Logging.h"
 
 #include <list>
 #include <optional>
@@ -68,7 +70,9 @@ private:
     void Accepted(const error_code& error, tcp::socket socket);
     void Serve(tcp::socket socket);
     void ApplySettings();
-    void CloseAll();
+    void CloseAll(const char* reason);
+    /// Writes to the user's log when clients can't connect, and when they can again.
+    void ReportAccept(const error_code& error);
     void WaitForWakeup();
     /// Calls `work` for each connection, each of which may close itself meanwhile.
     template <typename Work>
@@ -84,6 +88,7 @@ private:
     tcp::acceptor acceptor;
     unsigned listenGeneration = 0; ///< an accept of a former acceptor is ignored
     asio::steady_timer acceptRetryTimer{io};
+    error_code acceptFailure; ///< of the last accept
     ConnectionList connections;
 };
 
@@ -101,7 +106,7 @@ void TcpServer::Impl::End() {
     acceptor.close(ignored);
     acceptRetryTimer.cancel();
     wakeupDescriptor.close(ignored);
-    CloseAll();
+    CloseAll("the server ends");
 }
 
 void TcpServer::Impl::Update(const TcpServerSettings& next, const std::function<void()>& applied) {
@@ -136,7 +141,7 @@ void TcpServer::Impl::Move(const TcpServerSettings& next) {
         }
         throw;
     }
-    CloseAll();
+    CloseAll("the server moves");
     StartAccept();
 }
 
@@ -150,7 +155,8 @@ void TcpServer::Impl::StartAccept() {
 }
 
 void TcpServer::Impl::Accepted(const error_code& error, tcp::socket socket) {
-    if (error) { // too many open files, for instance: the connections that there are go on
+    ReportAccept(error);
+    if (error) { // the connections that there are go on
         acceptRetryTimer.expires_after(AcceptRetryPeriod);
         acceptRetryTimer.async_wait(
             [self = shared_from_this(), generation = listenGeneration](const error_code& cancelled) {
@@ -177,8 +183,10 @@ void TcpServer::Impl::Serve(tcp::socket socket) {
         counters.refused.fetch_add(1, std::memory_order_relaxed);
         return;
     }
+    error_code ignored;
+    const std::string name = EndpointText(socket.remote_endpoint(ignored));
     connections.push_back(
-        std::make_shared<TcpConnection>(std::move(socket), *peer, std::move(session), settings.idleTimeOut));
+        std::make_shared<TcpConnection>(std::move(socket), *peer, name, std::move(session), settings.idleTimeOut));
     counters.connected.store(connections.size(), std::memory_order_relaxed);
     const auto position = std::prev(connections.end());
     const auto connection = *position; // stays if it closes itself in Start
@@ -203,13 +211,27 @@ void TcpServer::Impl::ApplySettings() {
             connection.SetMayWrite(Contain(settings.writers, connection.Peer()));
             connection.SetIdleTimeOut(settings.idleTimeOut);
         } else {
-            connection.Close();
+            connection.Close("its network may no longer read");
         }
     });
 }
 
-void TcpServer::Impl::CloseAll() {
-    ForEach([](TcpConnection& connection) { connection.Close(); });
+void TcpServer::Impl::CloseAll(const char* reason) {
+    ForEach([reason](TcpConnection& connection) { connection.Close(reason); });
+}
+
+// A client that has left before it was accepted is no failure of the server.
+void TcpServer::Impl::ReportAccept(const error_code& error) {
+    if (error == acceptFailure || error == asio::error::connection_aborted) {
+        return;
+    }
+    acceptFailure = error;
+    if (error) {
+        Vor::LogUser(Vor::UserError, "VorControl", "Clients can't connect to %1$s: %2$s.", EndpointText(Endpoint()),
+                     error.message());
+    } else {
+        Vor::LogUser(Vor::UserInfo, "VorControl", "Clients can connect to %1$s again.", EndpointText(Endpoint()));
+    }
 }
 
 void TcpServer::Impl::WaitForWakeup() {
@@ -249,10 +271,7 @@ std::uint16_t TcpServer::Port() const {
 }
 
 std::string TcpServer::Url() const {
-    const tcp::endpoint endpoint = thread.Call([this] { return impl->Endpoint(); });
-    const std::string address = endpoint.address().to_string();
-    return "tcp://" + (endpoint.address().is_v6() ? "[" + address + "]" : address) + ":" +
-           std::to_string(endpoint.port());
+    return "tcp://" + EndpointText(thread.Call([this] { return impl->Endpoint(); }));
 }
 
 } // namespace Net

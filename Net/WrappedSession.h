@@ -3,6 +3,7 @@
 #include "Net/ITcpSession.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace Net {
@@ -22,6 +23,7 @@ public:
     void Sent(std::size_t count) override { inner->Sent(count); }
     void Drained() override { inner->Drained(); }
     bool Broken() const override { return inner->Broken(); }
+    std::string EndReason() const override { return inner->EndReason(); }
     bool IsWorking() const override { return inner->IsWorking(); }
     bool IsSubscribed() const override { return inner->IsSubscribed(); }
     bool ReadsAhead() const override { return inner->ReadsAhead(); }

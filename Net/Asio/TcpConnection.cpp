@@ -18,16 +18,18 @@ constexpr std::size_t MaxBurst = std::size_t{1024} * 1024;
 
 } // namespace
 
-TcpConnection::TcpConnection(tcp::socket accepted, const NetworkAddress& peer, std::unique_ptr<ITcpSession> session,
-                             std::chrono::milliseconds idleTimeOut)
+TcpConnection::TcpConnection(tcp::socket accepted, const NetworkAddress& peer, std::string name,
+                             std::unique_ptr<ITcpSession> session, std::chrono::milliseconds idleTimeOut)
     : socket(std::move(accepted))
     , timer(socket.get_executor())
     , peer(peer)
+    , name(std::move(name))
     , session(std::move(session))
     , idleTimeOut(idleTimeOut) {}
 
 void TcpConnection::Start(std::function<void()> whenClosed) {
     closed = std::move(whenClosed);
+    Vor::LogInfo("Client %s has connected", name);
     error_code ignored;
     socket.non_blocking(true, ignored);
     socket.set_option(tcp::no_delay(true), ignored);
@@ -36,10 +38,11 @@ void TcpConnection::Start(std::function<void()> whenClosed) {
     Pump();
 }
 
-void TcpConnection::Close() {
+void TcpConnection::Close(const std::string& reason) {
     if (!IsOpen()) {
         return;
     }
+    Vor::LogInfo("Client %s has left: %s", name, reason);
     session.reset();
     timer.cancel();
     closed(); // first, so that a client that notices the end is no longer counted
@@ -54,10 +57,10 @@ void TcpConnection::Guarded(const Work& work) {
         work();
     } catch (const std::exception& e) {
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        Close();
+        Close("its session has failed");
     } catch (...) {
         Vor::LogError("unknown exception of a session");
-        Close();
+        Close("its session has failed");
     }
 }
 
@@ -84,8 +87,12 @@ void TcpConnection::Exchange() {
         }
         const auto replies = session->Replies();
         if (replies.empty()) {
-            if (session->Broken() || (inputEnded && !session->IsWorking())) {
-                Close();
+            if (session->Broken()) {
+                Close(session->EndReason());
+                return;
+            }
+            if (inputEnded && !session->IsWorking()) {
+                Close("it has closed the connection");
                 return;
             }
             break;
@@ -97,7 +104,7 @@ void TcpConnection::Exchange() {
             break;
         }
         if (error) {
-            Close();
+            Close(error.message());
             return;
         }
         session->Sent(sent);
@@ -126,7 +133,7 @@ void TcpConnection::WaitFor(tcp::socket::wait_type what, bool& waiting, void (Tc
             return;
         }
         if (error) {
-            self->Close();
+            self->Close(error.message());
         } else {
             self->Guarded([&] { (self.get()->*ready)(); });
         }
@@ -148,7 +155,7 @@ void TcpConnection::Read() {
         if (error == asio::error::eof) {
             inputEnded = true;
         } else if (error && error != asio::error::would_block) {
-            Close();
+            Close(error.message());
             return;
         }
         session->Received(size);
@@ -197,12 +204,12 @@ void TcpConnection::CheckDeadline() {
     if (deadline && *deadline <= now) {
         if (!session->Deadline()) {
             if (!MayBeSilent(now - idleTimeOut)) {
-                Close();
+                Close("it was idle for " + std::to_string(idleTimeOut.count()) + " ms");
                 return;
             }
             lastRequest = now;
         } else if (!session->Expire() || session->Deadline().value_or(Clock::time_point::max()) <= now) {
-            Close();
+            Close("its session's deadline has passed");
             return;
         }
     }

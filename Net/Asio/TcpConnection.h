@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 // Asio of Boost 1.74 uses std::exchange without including its header.
 #include <utility>
 
@@ -19,7 +20,8 @@ namespace Net {
 /// thread. It lives as long as the server or an operation under way refers to it; its session until it is closed.
 class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
 public:
-    TcpConnection(boost::asio::ip::tcp::socket accepted, const NetworkAddress& peer,
+    /// `name` is the client's address and port.
+    TcpConnection(boost::asio::ip::tcp::socket accepted, const NetworkAddress& peer, std::string name,
                   std::unique_ptr<ITcpSession> session, std::chrono::milliseconds idleTimeOut);
 
     /// `closed` is called once, by Close.
@@ -33,8 +35,8 @@ public:
     /// unless the session reads ahead.
     void Pump();
 
-    /// Closes the connection and destroys the session.
-    void Close();
+    /// Closes the connection and destroys the session. The reason is for the log.
+    void Close(const std::string& reason);
 
 private:
     using Clock = ITcpSession::Clock;
@@ -57,6 +59,7 @@ private:
     boost::asio::ip::tcp::socket socket;
     boost::asio::steady_timer timer;
     const NetworkAddress peer;
+    const std::string name;
     std::unique_ptr<ITcpSession> session; ///< null: closed
     std::function<void()> closed;
     std::chrono::milliseconds idleTimeOut;

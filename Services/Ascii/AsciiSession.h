@@ -20,6 +20,7 @@ public:
     void SetMayWrite(bool value) override { client.mayWrite = value; }
     std::size_t Process() override;
     bool Broken() const override { return client.hasQuit; }
+    std::string EndReason() const override { return "it has quit"; }
     bool IsWorking() const override { return client.pending != nullptr; }
     bool IsSubscribed() const override { return client.push != nullptr; }
 

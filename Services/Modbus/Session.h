@@ -4,6 +4,7 @@
 #include "Services/Modbus/RequestHandler.h"
 
 #include <cstddef>
+#include <string>
 
 namespace Services::Modbus {
 
@@ -24,6 +25,7 @@ public:
     /// Something that isn't a frame was received, so the next frame can't be found. The replies to the requests before
     /// it are still sent.
     bool Broken() const override { return broken; }
+    std::string EndReason() const override { return "it sent what isn't Modbus TCP"; }
 
 private:
     RequestHandler& handler;
