@@ -4,10 +4,12 @@
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
 #include "Net/TcpServer.h"
+#include "Services/Common/Registers/CommandCells.h"
+#include "Services/Common/Registers/ICommandRunner.h"
+#include "Services/Common/Registers/RegisterImage.h"
 #include "Services/Common/ServiceCounters.h"
-#include "Services/Modbus/ExceptionCodes.h"
 #include "Services/Modbus/FrameCodec.h"
-#include "Services/Modbus/RegisterImage.h"
+#include "Services/Modbus/RegisterMap.h"
 #include "Services/Modbus/RequestHandler.h"
 #include "Services/Modbus/Session.h"
 
@@ -185,17 +187,10 @@ private:
     std::thread thread;
 };
 
-class ImageMap : public IRegisterMap {
+class NoCommands : public Services::Common::ICommandRunner {
 public:
-    ImageMap() { image.Replace({{0, Registers}}, std::vector<unsigned char>(2u * Registers, 7)); }
-
-    bool Read(std::uint16_t address, std::uint16_t count, unsigned char* destination) const override {
-        return image.Read(address, count, destination);
-    }
-    unsigned char Write(const RegisterWrite&) override { return IllegalDataAddress; }
-
-private:
-    RegisterImage image;
+    bool IsBusy() const override { return false; }
+    void Run(const VorControl::ControlProtocol::ControlRegisterCommandData&) override {}
 };
 
 class OwnServer {
@@ -203,11 +198,17 @@ public:
     OwnServer()
         : handler(map, counters, 0)
         , server(thread, counters, {.idleTimeOut = std::chrono::hours(1)},
-                 [this](bool mayWrite) { return std::make_unique<Session>(handler, mayWrite); }) {}
+                 [this](bool mayWrite) { return std::make_unique<Session>(handler, mayWrite); }) {
+        constexpr std::size_t Size = std::size_t{2} * Registers;
+        image.Replace({{0, Size}}, std::vector<unsigned char>(Size, 7));
+    }
     std::uint16_t Port() const { return server.Port(); }
 
 private:
-    ImageMap map;
+    Services::Common::RegisterImage image;
+    NoCommands commands;
+    Services::Common::CommandCells cells{image, commands, MakeCellTypes(), MakeRegisterFormat()};
+    RegisterMap map{image, cells};
     Services::Common::ServiceCounters counters;
     RequestHandler handler;
     Net::NetThread thread{"ModbusNet"};

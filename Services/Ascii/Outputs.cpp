@@ -27,25 +27,19 @@ bool IsStamp(ResultItem item) {
 
 void Outputs::Replace(const std::vector<OutputDefinition>& definitions) {
     const std::lock_guard lock(mutex);
-    std::unordered_map<unsigned long, std::size_t> nextById;
-    std::vector<Source> next;
+    std::vector<std::string> dataSources;
+    for (const OutputDefinition& definition : definitions) {
+        dataSources.push_back(definition.dataSource);
+    }
+    const std::vector<std::size_t> places = latest.Replace(dataSources);
+    versions.assign(latest.Count(), ++version);
     columns.clear();
     blocks.clear();
     names.clear();
-    ++version;
-    for (const OutputDefinition& definition : definitions) {
-        const unsigned long id = ResultInfo_IdOfText(definition.dataSource);
-        const auto [place, isNew] = nextById.try_emplace(id, next.size());
-        if (isNew) {
-            const auto former = sourcesById.find(id);
-            next.push_back(
-                {former == sourcesById.end() ? Vor::Object() : std::move(sources[former->second].lastItem), version});
-        }
-        (definition.isBlock ? blocks : names).try_emplace(definition.id, columns.size());
-        columns.push_back({definition, place->second, {}, 0});
+    for (std::size_t i = 0; i < definitions.size(); ++i) {
+        (definitions[i].isBlock ? blocks : names).try_emplace(definitions[i].id, i);
+        columns.push_back({definitions[i], places[i], {}, 0});
     }
-    sources = std::move(next);
-    sourcesById = std::move(nextById);
     for (Subscription& subscription : subscriptions) {
         subscription.columns = Resolve(subscription.ids);
     }
@@ -61,10 +55,8 @@ void Outputs::SetFormat(const LineFormat& next) {
 
 void Outputs::Reset() {
     const std::lock_guard lock(mutex);
-    ++version;
-    for (Source& source : sources) {
-        source = {Vor::Object(), version};
-    }
+    latest.Forget();
+    versions.assign(latest.Count(), ++version);
     frames = 0;
     dropped = 0;
 }
@@ -73,14 +65,7 @@ bool Outputs::Process(ResultSet set) {
     const std::lock_guard lock(mutex);
     ++frames;
     ++version;
-    const std::size_t count = ResultSet_Count(set);
-    for (std::size_t i = 0; i < count; ++i) {
-        const ResultItem item = ResultSet_At(set, i);
-        const auto found = sourcesById.find(ResultInfo_NumericId(ResultItem_ResultInfo(item)));
-        if (found != sourcesById.end()) {
-            sources[found->second] = {Vor::Object::Share(item), version};
-        }
-    }
+    latest.Store(set, [this](std::size_t source, ResultItem) { versions[source] = version; });
     return PushFrame();
 }
 
@@ -125,7 +110,7 @@ void Outputs::AppendStamp(std::string& answer) {
     Column* stamp = nullptr;
     for (Column& column : columns) {
         if (column.definition.kind == ValueKind::Stamp ||
-            (column.definition.kind == ValueKind::Any && IsStamp(sources[column.source].lastItem.Get()))) {
+            (column.definition.kind == ValueKind::Any && IsStamp(latest.At(column.source)))) {
             stamp = &column;
             break;
         }
@@ -198,11 +183,10 @@ std::vector<std::optional<std::size_t>> Outputs::Resolve(const std::vector<Argum
 }
 
 const std::string& Outputs::TextOf(Column& column) {
-    const Source& source = sources[column.source];
-    if (column.version != source.version) {
+    if (column.version != versions[column.source]) {
         column.text.clear();
-        AppendValue(column.text, format, column.definition.kind, source.lastItem.Get());
-        column.version = source.version;
+        AppendValue(column.text, format, column.definition.kind, latest.At(column.source));
+        column.version = versions[column.source];
     }
     return column.text;
 }

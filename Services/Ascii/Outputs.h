@@ -4,7 +4,7 @@
 #include "Services/Ascii/PushQueue.h"
 #include "Services/Ascii/Request.h"
 #include "Services/Ascii/ValueText.h"
-#include "VorApi/Object.h"
+#include "Services/Common/Registers/LatestResults.h"
 #include "VorMsg/ResultSet.h"
 
 #include <cstddef>
@@ -61,14 +61,10 @@ public:
     std::uint64_t Dropped() const;
 
 private:
-    struct Source {
-        Vor::Object lastItem;
-        std::uint64_t version = 0; ///< changes with the item
-    };
     struct Column {
         OutputDefinition definition;
-        std::size_t source;
-        std::string text; ///< the fields of the item of `version`
+        std::size_t source; ///< its place in `latest`
+        std::string text;   ///< the fields of the result of `version`
         std::uint64_t version;
     };
     struct Subscription {
@@ -91,8 +87,8 @@ private:
     std::vector<Column> columns;
     std::unordered_map<std::string, std::size_t> blocks; ///< the columns by their ids
     std::unordered_map<std::string, std::size_t> names;
-    std::vector<Source> sources;
-    std::unordered_map<unsigned long, std::size_t> sourcesById; ///< by numeric id
+    Common::LatestResults latest;
+    std::vector<std::uint64_t> versions; ///< of the data sources in `latest`: change with their results
     std::vector<Subscription> subscriptions;
     std::uint64_t frames = 0;
     std::uint64_t version = 0;

@@ -89,7 +89,7 @@ BlockType MakeSystemType() {
 }
 
 BlockType MakeScannerType() {
-    return MakeControlType<ScannerBlock>("Scanner", "Sensor Group State", RegisterBlockCategory::Scanner);
+    return MakeControlType<ScannerBlock>(ScannerType, "Sensor Group State", RegisterBlockCategory::Scanner);
 }
 
 BlockType MakeDiagnosticsType() {

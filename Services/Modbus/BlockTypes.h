@@ -1,9 +1,7 @@
 #pragma once
 
+#include "Services/Common/Registers/RegisterCell.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
-#include "VorControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
-
-#include <memory>
 
 namespace Services::Modbus {
 
@@ -15,7 +13,10 @@ void AddScanBlockTypes(VorControl::ControlProtocol::IProtocolRegisterAssembly& a
 /// block of each.
 void AddControlBlockTypes(VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly);
 
-using BlockType = std::unique_ptr<VorControl::ControlProtocol::ProtocolRegisterBlockInfo>;
+using Common::BlockType;
+
+inline constexpr const char* ScannerType = "Scanner";
+inline constexpr const char* DiagnosticsType = "Diagnostics";
 
 BlockType MakeControlInputType();
 BlockType MakeControlOutputType();
@@ -23,7 +24,5 @@ BlockType MakeSystemType();
 BlockType MakeScannerType();
 /// Has the category of "System"; its type tells them apart.
 BlockType MakeDiagnosticsType();
-
-inline constexpr const char* DiagnosticsType = "Diagnostics";
 
 } // namespace Services::Modbus

@@ -1,24 +1,22 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
+#include "Services/Common/Registers/StateRecords.h"
 #include "Services/Common/Translate.h"
+#include "Services/Modbus/BlockTypes.h"
+#include "Services/Modbus/DiagnosticsBlock.h"
 #include "Services/Modbus/Session.h"
-#include "Services/Modbus/StateRecords.h"
-#include "Vor/Exception.h"
 #include "VorApi/LogThrown.h"
-#include "VorControl/ControlProtocol/RegisterBlockParams.h"
 #include "yApi/yArrayList.h"
 
 namespace Services::Modbus {
 
+using Common::CommandCells;
 using namespace VorControl::ControlProtocol;
 
 namespace {
 
 constexpr unsigned short FirstRegister = 0;
 constexpr unsigned short LastRegister = 65534;
-
-constexpr unsigned char CommandDone = 2; ///< statuses of a command
-constexpr unsigned char CommandFailed = 3;
 
 std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
     auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
@@ -29,24 +27,16 @@ std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
     return assembly;
 }
 
-/// Big endian: the client's registers arrive high byte first.
-BlockType MakeCommandType() {
-    BlockType type = MakeControlInputType();
-    type->SetIsProtocolBigEndian(true);
-    return type;
-}
-
 } // namespace
 
 ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
     : TcpService(environ)
     , properties("exceptions", Common::Translate("Exceptions"))
     , assembly(MakeAssembly())
-    , control(image, *this)
-    , registers(assembly, image, control)
-    , commandType(MakeCommandType())
-    , commandBlock(commandType->ConstructBlock(RegisterBlockParams()))
-    , handler(control, Counters(), 0)
+    , cells(image, *this, MakeCellTypes(), MakeRegisterFormat())
+    , registers(assembly, image, cells, MakeRegisterFormat())
+    , map(image, cells)
+    , handler(map, Counters(), 0)
     , commands({.host = GetControlHost(),
                 .process = [this](const auto& command) { ProcessReceivedCommonCommands(command); },
                 .beginOfOperation = [this] { return BeginOfLastOperation(); },
@@ -70,7 +60,7 @@ void ModbusProtocol::UpdateSessions() {
 
 void ModbusProtocol::ParamsApplied() {
     assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
-    control.SetFirstRequestRuns(params->firstRequest.Get() == ModbusParams::FirstRequestRuns);
+    cells.SetFirstRequestRuns(params->firstRequest.Get() == ModbusParams::FirstRequestRuns);
     commands.SetTriggerTimeout(params->triggerTimeout.Time());
 }
 
@@ -90,41 +80,34 @@ void ModbusProtocol::ScanStateChangeImpl(bool started) {
     }
 }
 
-// A command that can't be read, such as the load of a job without a name, has failed.
-void ModbusProtocol::Run(const CommandInput& input) {
-    ControlRegisterCommandData command;
-    try {
-        commandBlock->Deserialize(&command, sizeof command, input.data(), input.size());
-    } catch (const Vor::Exception&) {
-        control.EndCommand(CommandFailed);
-        return;
-    }
-    const bool isStarted = commands.Run(
-        command, [this](yStatus status) { control.EndCommand(status == yOK ? CommandDone : CommandFailed); });
-    if (!isStarted) {
-        control.EndCommand(CommandFailed);
+void ModbusProtocol::Run(const ControlRegisterCommandData& command) {
+    const auto end = [this](bool isDone) {
+        cells.EndCommand(isDone ? CommandCells::CommandDone : CommandCells::CommandFailed);
+    };
+    if (!commands.Run(command, [end](yStatus status) { end(status == yOK); })) {
+        end(false);
     }
 }
 
 // A state that can't be read leaves the last one in the registers.
 void ModbusProtocol::ReadStates() {
-    if (!control.HasStates()) {
+    if (!cells.HasStates()) {
         return;
     }
     const Common::SensorState state = commands.LastState();
     if (state.system) {
-        control.SetSystemState(SystemState(*state.system));
+        cells.SetSystemState(Common::SystemState(*state.system));
     }
     if (state.scanner && !state.scanner->id.empty()) {
-        control.SetScannerState(ScannerState(*state.scanner));
+        cells.SetState(ScannerType, Common::ScannerState(*state.scanner));
     }
     const Common::ServiceCounters& counters = Counters();
-    control.SetDiagnostics({.clients = static_cast<std::uint32_t>(counters.connected),
-                            .refused = static_cast<std::uint32_t>(counters.refused),
-                            .requests = static_cast<std::uint32_t>(counters.requests),
-                            .exceptions = static_cast<std::uint32_t>(counters.failed),
-                            .dropCount = static_cast<std::uint32_t>(registers.Dropped()),
-                            .uptime = static_cast<std::uint32_t>(counters.Uptime())});
+    cells.SetState(DiagnosticsType, Diagnostics{.clients = static_cast<std::uint32_t>(counters.connected),
+                                                .refused = static_cast<std::uint32_t>(counters.refused),
+                                                .requests = static_cast<std::uint32_t>(counters.requests),
+                                                .exceptions = static_cast<std::uint32_t>(counters.failed),
+                                                .dropCount = static_cast<std::uint32_t>(registers.Dropped()),
+                                                .uptime = static_cast<std::uint32_t>(counters.Uptime())});
 }
 
 void ModbusProtocol::ProcessResultSets(void* resultSets) {

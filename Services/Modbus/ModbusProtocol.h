@@ -1,15 +1,15 @@
 #pragma once
 
+#include "Services/Common/Registers/CommandCells.h"
+#include "Services/Common/Registers/ICommandRunner.h"
+#include "Services/Common/Registers/RegisterImage.h"
+#include "Services/Common/Registers/ScanRegisters.h"
 #include "Services/Common/SensorCommands.h"
 #include "Services/Common/TcpService.h"
-#include "Services/Modbus/BlockTypes.h"
-#include "Services/Modbus/ControlRegisters.h"
 #include "Services/Modbus/ModbusParams.h"
-#include "Services/Modbus/RegisterImage.h"
+#include "Services/Modbus/RegisterMap.h"
 #include "Services/Modbus/RequestHandler.h"
-#include "Services/Modbus/ScanRegisters.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
-#include "VorControl/ControlProtocol/ProtocolRegisterBlock.h"
 
 #include <memory>
 
@@ -17,7 +17,7 @@ namespace Services::Modbus {
 
 /// The Modbus TCP service. Clients read the registers of one register assembly, "registerAssembly-0", and send commands
 /// through them. Assembly and parameters are saved in the job.
-class ModbusProtocol : public Common::TcpService, private ICommandRunner {
+class ModbusProtocol : public Common::TcpService, private Common::ICommandRunner {
 public:
     explicit ModbusProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
     ~ModbusProtocol() override;
@@ -35,19 +35,17 @@ protected:
 
 private:
     bool IsBusy() const override { return commands.IsBusy(); }
-    void Run(const CommandInput& input) override;
+    void Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command) override;
     /// Copies the states of system and scanner into their registers. Called on the network thread.
     void ReadStates();
 
     Common::TcpServerProperties properties;
     const std::shared_ptr<ModbusParams> params = std::make_shared<ModbusParams>();
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase> assembly;
-    RegisterImage image;
-    ControlRegisters control;
-    ScanRegisters registers;
-    /// A block that reads commands, outside of the assembly and its lock. For the network thread.
-    const BlockType commandType;
-    const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterBlock> commandBlock;
+    Common::RegisterImage image;
+    Common::CommandCells cells;
+    Common::ScanRegisters registers;
+    RegisterMap map;
     RequestHandler handler; ///< belongs to the network thread
     Common::SensorCommands commands;
 };

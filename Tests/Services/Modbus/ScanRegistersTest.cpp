@@ -1,6 +1,7 @@
-#include "Services/Modbus/ScanRegisters.h"
+#include "Services/Common/Registers/ScanRegisters.h"
 
 #include "Services/Modbus/BlockTypes.h"
+#include "Services/Modbus/RegisterMap.h"
 #include "Tests/Services/Modbus/Results.h"
 #include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
@@ -10,12 +11,13 @@
 namespace Services::Modbus {
 namespace {
 
+using VorControl::ControlProtocol::DefaultScannerStateData;
 using VorControl::ControlProtocol::ProtocolRegisterAssemblyBase;
 
-class NoCommands : public ICommandRunner {
+class NoCommands : public Common::ICommandRunner {
 public:
     bool IsBusy() const override { return false; }
-    void Run(const CommandInput&) override {}
+    void Run(const VorControl::ControlProtocol::ControlRegisterCommandData&) override {}
 };
 
 class ScanRegistersTest : public testing::Test {
@@ -32,7 +34,7 @@ protected:
 
     Bytes Read(unsigned address, unsigned count) {
         Bytes bytes(2 * count);
-        if (!image.Read(static_cast<std::uint16_t>(address), static_cast<std::uint16_t>(count), bytes.data())) {
+        if (!map.Read(static_cast<std::uint16_t>(address), static_cast<std::uint16_t>(count), bytes.data())) {
             return {};
         }
         return bytes;
@@ -42,10 +44,11 @@ protected:
 
     std::shared_ptr<ProtocolRegisterAssemblyBase> assembly =
         std::make_shared<ProtocolRegisterAssemblyBase>(true, 0, 65534, "registerAssembly-0", "Map");
-    RegisterImage image;
+    Common::RegisterImage image;
     NoCommands commands;
-    ControlRegisters control{image, commands};
-    ScanRegisters registers{assembly, image, control};
+    Common::CommandCells cells{image, commands, MakeCellTypes(), MakeRegisterFormat()};
+    Common::ScanRegisters registers{assembly, image, cells, MakeRegisterFormat()};
+    RegisterMap map{image, cells};
 };
 
 TEST_F(ScanRegistersTest, ShowsAMissingValueUntilTheFirstFrame) {
@@ -220,8 +223,8 @@ TEST_F(ScanRegistersTest, LeavesTheRegistersThatNoScanFeedsAlone) {
          {"Scanner", "", 80},
          {"MeasurementValue", "c", 95}});
     const Bytes request = Words({7, 0xABCD});
-    EXPECT_EQ(control.Write({.address = 2, .values = request}), NoException);
-    control.SetScannerState({.firstScannerByte = 2, .signedScannerValue = -1});
+    EXPECT_EQ(map.Write({.address = 2, .values = request}), NoException);
+    cells.SetState(ScannerType, DefaultScannerStateData{.firstScannerByte = 2, .signedScannerValue = -1});
     for (int turn = 1; turn <= 2; ++turn) {
         Process(Results().Measurement("a", 0.001 * turn).Measurement("b", 0.002).Measurement("c", 0.003));
         const auto value = static_cast<unsigned>(turn);
@@ -238,8 +241,9 @@ TEST_F(ScanRegistersTest, LeavesTheRegistersThatNoScanFeedsAlone) {
 TEST_F(ScanRegistersTest, TakesTheRegistersThatNoScanFeedsToTheirNewPlaces) {
     Map({{"ControlInput", "", 0}, {"MeasurementValue", "a", 65}});
     const Bytes request = Words({7, 0xABCD});
-    EXPECT_EQ(control.Write({.address = 0, .values = request}), NoException);
-    control.SetScannerState({.secondScannerByte = 1, .unsignedScannerValue = 0x0102030405060708});
+    EXPECT_EQ(map.Write({.address = 0, .values = request}), NoException);
+    cells.SetState(ScannerType,
+                   DefaultScannerStateData{.secondScannerByte = 1, .unsignedScannerValue = 0x0102030405060708});
     assembly->ResetRegisterAssembly();
     assembly->ChangeBigEndianSupportedBlocks(false);
     Map({{"Scanner", "", 10}, {"ControlOutput", "", 30}, {"ControlInput", "", 200}});
@@ -257,9 +261,9 @@ TEST_F(ScanRegistersTest, GivesBackEveryResultWhenItGoes) {
         const auto own = std::make_shared<ProtocolRegisterAssemblyBase>(true, 0, 65534, "registerAssembly-0", "Map");
         AddScanBlockTypes(*own);
         AddBlocks(*own, {{"MeasurementValue", "a", 0}});
-        RegisterImage ownImage;
-        ControlRegisters ownControl(ownImage, commands);
-        ScanRegisters ownRegisters(own, ownImage, ownControl);
+        Common::RegisterImage ownImage;
+        Common::CommandCells ownCells(ownImage, commands, MakeCellTypes(), MakeRegisterFormat());
+        Common::ScanRegisters ownRegisters(own, ownImage, ownCells, MakeRegisterFormat());
         ownRegisters.Rebuild();
         ownRegisters.Process(Results().Measurement("a", 1).Get());
         ownRegisters.Process(Results().Measurement("a", 2).Get());

@@ -1,8 +1,8 @@
-#include "Services/Modbus/StateRecords.h"
+#include "Services/Common/Registers/StateRecords.h"
 
 #include <algorithm>
 
-namespace Services::Modbus {
+namespace Services::Common {
 
 using namespace VorControl;
 using namespace VorControl::ControlProtocol;
@@ -27,4 +27,4 @@ DefaultScannerStateData ScannerState(const IControlScanEngineInterface::ScannerS
     return state;
 }
 
-} // namespace Services::Modbus
+} // namespace Services::Common

@@ -4,7 +4,7 @@
 #include "VorControl/Control/IControlSystemInterface.h"
 #include "VorControl/ControlProtocol/ControlRegisterTypes.h"
 
-namespace Services::Modbus {
+namespace Services::Common {
 
 /// The state of the system for clients: the machine's up time in seconds, the run state (0 ready, 1 scanning) as the
 /// first byte, the use of the processor in percent as the third, and the first 64 characters of the loaded job's file
@@ -17,4 +17,4 @@ SystemState(const VorControl::IControlSystemInterface::SystemStats& stats);
 VorControl::ControlProtocol::DefaultScannerStateData
 ScannerState(const VorControl::IControlScanEngineInterface::ScannerStateInfo& info);
 
-} // namespace Services::Modbus
+} // namespace Services::Common

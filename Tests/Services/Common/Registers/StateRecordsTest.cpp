@@ -1,10 +1,10 @@
-#include "Services/Modbus/StateRecords.h"
+#include "Services/Common/Registers/StateRecords.h"
 
 #include <limits>
 
 #include <gtest/gtest.h>
 
-namespace Services::Modbus {
+namespace Services::Common {
 namespace {
 
 using VorControl::IControlScanEngineInterface;
@@ -55,4 +55,4 @@ TEST(StateRecords, TellOfTheScanner) {
 }
 
 } // namespace
-} // namespace Services::Modbus
+} // namespace Services::Common
