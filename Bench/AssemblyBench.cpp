@@ -5,6 +5,7 @@
 #include "Vor/LogOutput.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "VorControl/ControlProtocol/ProtocolRegisterBlockFactory.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 
 #include <algorithm>
@@ -170,6 +171,21 @@ double AddWithoutRoom(std::size_t count) {
     });
 }
 
+/// Without a global address space, to which a block without registers makes no difference.
+double AddToPlain(std::size_t count) {
+    Assembly assembly(false, 0, 65534, "assembly", "assembly");
+    RegisterBlockInfoParams type;
+    type.type = "empty";
+    type.displayName = "empty";
+    type.maxInstanceCount = 65534;
+    type.factory = std::make_shared<ProtocolRegisterBlockFactory<ProtocolRegisterBlock>>();
+    assembly.AddSupportedBlockType(std::make_unique<ProtocolRegisterBlockInfo>(std::move(type)));
+    assembly.AddSupportedBlockType(std::make_unique<DefaultMeasurementDecisionRegisterBlockInfo>());
+    const auto request = AddRequest(Ids(count, true), false);
+    request->blocks.At(0).type = "empty";
+    return Seconds([&] { assembly.Add(*request); });
+}
+
 double SortByDataSource(std::size_t count) {
     const auto assembly = Filled(count);
     return Seconds([&] { Bench::Keep(assembly->FindAddedScanOutputBlocksSortedByDataSource().size()); });
@@ -189,6 +205,7 @@ void CompareRequests(Bench::Report& report, int runs) {
         {"update that shifts all", UpdateThatShiftsAll},
         {"add, each shifting one", AddShiftingOne},
         {"add, each without room", AddWithoutRoom},
+        {"add to a plain assembly, one without registers", AddToPlain},
         {"blocks by data source", SortByDataSource},
         {"blocks of a type", FindOfType},
     };

@@ -54,6 +54,8 @@ public:
         return count;
     }
 
+    bool IsRunning() const { return state && state->rounds != 0; }
+
     void Run(Args... args) const {
         if (!state) {
             return;

@@ -49,6 +49,10 @@ void Node::RemoveChangeHandler(HandlerId& id) {
     }
 }
 
+bool Node::IsChanging() const {
+    return extras && extras->changeHandlers.IsRunning();
+}
+
 void Node::RunChangeHandlers() {
     if (extras) {
         extras->changeHandlers.Run(*this);

@@ -49,6 +49,9 @@ public:
     HandlerId AddChangeHandler(std::function<void(Node&)> handler);
     void RemoveChangeHandler(HandlerId& id);
 
+    /// Whether change handlers of this node are running, so that its old value is still stored.
+    bool IsChanging() const;
+
     /// The registered keywords in their order. The structure is built by the first call and lives as long as the node.
     Structure& Schema();
     const Structure& Schema() const;

@@ -4,6 +4,8 @@
 #include "Vor/Logging.h"
 #include "Vor/VorGetText.h"
 
+#include <atomic>
+
 namespace Vor::Params {
 
 namespace {
@@ -24,6 +26,8 @@ Name ReadOnlyKey() {
     static const Name Key("readOnly");
     return Key;
 }
+
+std::atomic<unsigned long long> actualSwitches{0};
 
 } // namespace
 
@@ -81,6 +85,14 @@ void ParamsBase::EnableMeta(bool enable) {
 void ParamsBase::EnableDescription(bool enable) {
     Enable(description, "description", enable);
     descriptionEnabled = enable;
+}
+
+unsigned long long ParamsBase::ActualSwitches() {
+    return actualSwitches.load(std::memory_order_relaxed);
+}
+
+void ParamsBase::CountActualSwitch() {
+    actualSwitches.fetch_add(1, std::memory_order_relaxed);
 }
 
 void ParamsBase::CheckValidation(bool log) const {

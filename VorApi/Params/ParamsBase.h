@@ -63,6 +63,10 @@ public:
         Present(description, "Must enable 'description' before setting the value.").ConditionalSet(text);
     }
 
+    /// How often a parameter of the process got or lost an "actual". What is derived from values that have none is
+    /// checked again when the number has changed.
+    static unsigned long long ActualSwitches();
+
 protected:
     explicit ParamsBase(Properties::Node& owner);
     ParamsBase(const ParamsBase&) = delete;
@@ -105,6 +109,8 @@ protected:
             keyword->ConditionalSet(other->Get());
         }
     }
+
+    static void CountActualSwitch();
 
     template <class Keyword>
     static Keyword& Present(const std::unique_ptr<Keyword>& keyword, const char* otherwise) {

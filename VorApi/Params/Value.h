@@ -55,7 +55,10 @@ public:
     const std::string& GetUnits() const { return Present(units, "Must enable 'units' before using it.").Get(); }
     void SetUnits(const std::string& text) { Present(units, "Must enable 'units' before setting the value.") = text; }
 
-    void EnableActual(bool enable) { Enable(actual, "actual", enable); }
+    void EnableActual(bool enable) {
+        Enable(actual, "actual", enable);
+        CountActualSwitch();
+    }
     bool IsActualEnabled() const { return actual != nullptr; }
     const T& GetActual() const { return Present(actual, "Must enable 'actual' before using it.").Get(); }
     void SetActual(const T& value) { Present(actual, "Must enable 'actual' before setting the value.") = value; }
@@ -143,7 +146,11 @@ void Value<T>::CopyValues(const Properties::Node& other) {
     ParamsBase::CopyValues(*source);
     RegisterCopied();
     CopyKeyword(units, "units", source->units);
+    const bool switches = IsActualEnabled() != source->IsActualEnabled();
     CopyKeyword(actual, "actual", source->actual);
+    if (switches) {
+        CountActualSwitch();
+    }
     CopyKeyword(minimum, "minimum", source->minimum);
     CopyKeyword(maximum, "maximum", source->maximum);
     CopyKeyword(exclusiveMinimum, "exclusiveMinimum", source->exclusiveMinimum);

@@ -80,11 +80,6 @@ void ProtocolRegisterBlock::SetRegisterCount(unsigned short count) {
     registerCount.Set(count);
 }
 
-void ProtocolRegisterBlock::AddPlacementHandler(const std::function<void(Vor::Properties::Node&)>& handler) {
-    outputId.AddChangeHandler(handler);
-    registerCount.AddChangeHandler(handler);
-}
-
 bool ProtocolRegisterBlock::IsOutputIdConfigurable() const {
     return !outputId.GetReadOnly();
 }

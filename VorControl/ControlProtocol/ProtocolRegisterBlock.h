@@ -6,7 +6,6 @@
 #include "VorControl/ControlProtocol/RegisterBlockParams.h"
 
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <type_traits>
 
@@ -45,12 +44,6 @@ public:
     void SetDisplayName(const std::string& name);
     void SetOutputId(unsigned short id);
     void SetRegisterCount(unsigned short count);
-
-    /// The handler runs before each change of the output id or the register count, as long as the block lives. It
-    /// doesn't run for changes of their "actual" values.
-    void AddPlacementHandler(const std::function<void(Vor::Properties::Node&)>& handler);
-    /// Whether OutputId and RegisterCount return the stored values, and not "actual" ones.
-    bool IsPlacementStored() const { return !outputId.IsActualEnabled() && !registerCount.IsActualEnabled(); }
 
     RegisterBlockCategory Category() const { return info.Category(); }
     bool IsRegisterCountConfigurable() const { return info.IsRegisterCountConfigurable(); }
@@ -107,6 +100,8 @@ protected:
     static void FormatFullJobFileName(char* fileName, unsigned long long capacity);
 
 private:
+    friend class RegisterBlockIndex;
+
     void RequireRegisterWidth(const char* function, const char* catalogue = "beApp.ctrl") const {
         if (BytesPerRegister() != 1 && BytesPerRegister() != 2) {
             ThrowRegisterWidth(function, catalogue);

@@ -3,6 +3,7 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterBlock.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -10,7 +11,8 @@ namespace VorControl::ControlProtocol {
 
 RegisterBlockIndex::RegisterBlockIndex(Blocks& blocks)
     : blocks(blocks)
-    , changed(std::make_shared<std::atomic<bool>>(false)) {}
+    , marks(std::make_shared<Marks>())
+    , actualSwitches(Vor::Params::ParamsBase::ActualSwitches()) {}
 
 RegisterBlockIndex::Blocks::iterator RegisterBlockIndex::WalkStart(unsigned short start, unsigned short end) {
     if (!IsSearchable() || end < start) {
@@ -54,8 +56,13 @@ unsigned short RegisterBlockIndex::RegistersFrom(Blocks::const_iterator from) {
 }
 
 void RegisterBlockIndex::Watch(ProtocolRegisterBlock& block) {
-    block.AddPlacementHandler(
-        [flag = changed](Vor::Properties::Node&) { flag->store(true, std::memory_order_relaxed); });
+    const auto mark = [marks = marks, watched = &block](Vor::Properties::Node&) {
+        if (marks->moved.load(std::memory_order_relaxed) != watched) {
+            marks->changed.store(true, std::memory_order_relaxed);
+        }
+    };
+    block.outputId.AddChangeHandler(mark);
+    block.registerCount.AddChangeHandler(mark);
 }
 
 void RegisterBlockIndex::Added(Blocks::iterator position) {
@@ -77,31 +84,33 @@ void RegisterBlockIndex::Removing(Blocks::iterator position) {
 
 void RegisterBlockIndex::Cleared() {
     Invalidate();
-    changed = std::make_shared<std::atomic<bool>>(false);
-    stale = false;
-    fits = true;
+    marks = std::make_shared<Marks>();
+    state = State::Searchable;
+    actualSwitches = Vor::Params::ParamsBase::ActualSwitches();
 }
 
 bool RegisterBlockIndex::IsUpToDate() const {
-    return fits && !stale && !changed->load(std::memory_order_relaxed);
+    return state == State::Searchable && !marks->changed.load(std::memory_order_relaxed) &&
+           actualSwitches == Vor::Params::ParamsBase::ActualSwitches();
 }
 
 bool RegisterBlockIndex::IsSearchable() {
-    if (changed->exchange(false, std::memory_order_relaxed)) {
+    if (marks->changed.exchange(false, std::memory_order_relaxed)) {
         // One walk costs less than sorting all blocks again, so the next search does that.
         Invalidate();
         return false;
     }
-    if (stale) {
+    if (state == State::Stale || actualSwitches != Vor::Params::ParamsBase::ActualSwitches()) {
         Rebuild();
     } else if (!unsettled.empty()) {
         Settle();
     }
-    return fits;
+    return state == State::Searchable;
 }
 
 void RegisterBlockIndex::Invalidate() {
-    stale = true;
+    state = State::Stale;
+    marks->moved.store(nullptr, std::memory_order_relaxed);
     byOutputId.clear();
     unsettled.clear();
     sumRequested = false;
@@ -110,27 +119,33 @@ void RegisterBlockIndex::Invalidate() {
 
 void RegisterBlockIndex::Rebuild() {
     Invalidate();
-    fits = true;
-    for (auto position = blocks.begin(); fits && position != blocks.end(); ++position) {
-        fits = Fits(position);
+    actualSwitches = Vor::Params::ParamsBase::ActualSwitches();
+    // A handler searches while the change that it handles isn't stored yet.
+    if (std::any_of(blocks.begin(), blocks.end(), [](const auto& block) {
+            return block->outputId.IsChanging() || block->registerCount.IsChanging();
+        })) {
+        return;
     }
-    if (fits) {
-        for (auto position = blocks.begin(); position != blocks.end(); ++position) {
-            byOutputId.emplace_hint(byOutputId.end(), (*position)->OutputId(), position);
+    state = State::Searchable;
+    for (auto position = blocks.begin(); position != blocks.end(); ++position) {
+        if (!Fits(position)) {
+            byOutputId.clear();
+            state = State::Walked;
+            return;
         }
+        byOutputId.emplace_hint(byOutputId.end(), (*position)->OutputId(), position);
     }
-    stale = false;
 }
 
 void RegisterBlockIndex::Settle() {
-    stale = true;
     const auto fitsWithNext = [this](Blocks::iterator position) {
         const auto next = std::next(position);
         return Fits(position) && (next == blocks.end() || Fits(next));
     };
-    fits = std::all_of(unsettled.begin(), unsettled.end(), fitsWithNext);
-    if (!fits) {
+    if (!std::all_of(unsettled.begin(), unsettled.end(), fitsWithNext)) {
         Invalidate();
+        state = State::Walked;
+        return;
     }
     for (const auto& position : unsettled) {
         byOutputId.emplace((*position)->OutputId(), position);
@@ -139,32 +154,43 @@ void RegisterBlockIndex::Settle() {
         }
     }
     unsettled.clear();
-    stale = false;
 }
 
-bool RegisterBlockIndex::Forget(Blocks::iterator position) {
+void RegisterBlockIndex::Forget(Blocks::iterator position) {
     constexpr std::size_t Fewest = 8;
+    marks->moved.store(nullptr, std::memory_order_relaxed); // of a change that failed
     if (!IsUpToDate()) {
-        return false;
+        return;
     }
     if (unsettled.size() > Fewest + byOutputId.size() / 8) {
         // When many blocks move, sorting all of them again costs less.
         Invalidate();
-        return false;
+        return;
     }
-    stale = true;
     Erase(position);
-    unsettled.push_back(position);
-    return true;
+    if (state == State::Searchable) {
+        unsettled.push_back(position);
+        state = State::Stale;
+        marks->moved.store(position->get(), std::memory_order_relaxed);
+    }
 }
 
-void RegisterBlockIndex::Follow() {
-    changed->store(false, std::memory_order_relaxed);
-    stale = false;
+void RegisterBlockIndex::Follow(Blocks::iterator position) {
+    // A search in a handler of the change has cleared the mark.
+    if (marks->moved.load(std::memory_order_relaxed) == position->get()) {
+        marks->moved.store(nullptr, std::memory_order_relaxed);
+        state = State::Searchable;
+    }
 }
 
 void RegisterBlockIndex::Erase(Blocks::iterator position) {
-    byOutputId.erase((*position)->OutputId());
+    const auto found = byOutputId.find((*position)->OutputId());
+    if (found == byOutputId.end() || found->second != position) {
+        // It has another id than the one under which it was found.
+        Invalidate();
+        return;
+    }
+    byOutputId.erase(found);
     if (sums.has_value()) {
         sums->Subtract((*position)->OutputId(), (*position)->RegisterCount());
     }
@@ -173,7 +199,10 @@ void RegisterBlockIndex::Erase(Blocks::iterator position) {
 bool RegisterBlockIndex::Fits(Blocks::iterator position) const {
     const auto& block = **position;
     const unsigned short start = block.OutputId();
-    return block.IsPlacementStored() && block.RegisterCount() != 0 && block.EndAddress() >= start &&
+    const unsigned short end = block.EndAddress();
+    // In a global address space, a block without registers ends before its start, which for the start 0 is 65535.
+    const bool endsBehindStart = end == start || (end > start && block.RegisterCount() != 0);
+    return !block.outputId.IsActualEnabled() && !block.registerCount.IsActualEnabled() && endsBehindStart &&
            (position == blocks.begin() || (*std::prev(position))->EndAddress() < start);
 }
 

@@ -14,8 +14,12 @@ namespace VorControl::ControlProtocol {
 class ProtocolRegisterBlock;
 
 /// Finds blocks in the list of an assembly without a walk over it: the position for a range of addresses, the block
-/// with an output id, and the sum of the registers. The list is searchable if each block has a register, an end that
-/// fits in 16 bits, and a start behind the end of the block before it. A list that isn't searchable is walked.
+/// with an output id, and the sum of the registers. The list is searchable if each block has an end that isn't below
+/// its start, and a start behind the end of the block before it. A list that isn't searchable is walked.
+///
+/// Each answer is that of a walk at the time of the call. Blocks may be changed from outside between two calls, and in
+/// a handler of another block's change; an "actual" of the output id or the register count may be enabled, set or
+/// disabled. Only a value that is changed with `Modify` isn't noticed.
 ///
 /// Has no lock: the lock of the assembly guards it.
 class RegisterBlockIndex {
@@ -43,32 +47,44 @@ public:
     /// of the list may be changed once.
     template <class Call>
     void Change(Blocks::iterator position, const Call& change) {
-        const bool follows = Forget(position);
+        Forget(position);
         change();
-        if (follows) {
-            Follow();
-        }
+        Follow(position);
     }
     /// Call it after the list was cleared.
     void Cleared();
 
-private:
-    bool IsUpToDate() const;
+    /// Whether the next search doesn't walk the list.
     bool IsSearchable();
+
+private:
+    enum class State {
+        Stale, ///< the members below `state` are out of date
+        Searchable,
+        Walked, ///< not searchable until a block is changed or removed
+    };
+
+    /// What the handlers of the watched blocks share with the index. Atomic, since blocks that are no longer in the
+    /// list aren't guarded by the lock any more.
+    struct Marks {
+        std::atomic<bool> changed{false};
+        /// The block that Change changes, and whose changes set no mark.
+        std::atomic<const ProtocolRegisterBlock*> moved{nullptr};
+    };
+
+    bool IsUpToDate() const;
     void Invalidate();
     void Rebuild();
     void Settle();
-    bool Forget(Blocks::iterator position);
-    void Follow();
+    void Forget(Blocks::iterator position);
+    void Follow(Blocks::iterator position);
     void Erase(Blocks::iterator position);
     bool Fits(Blocks::iterator position) const;
 
     Blocks& blocks;
-    /// Set by the watched blocks. Blocks that are no longer in the list have an older flag. Atomic, since those aren't
-    /// guarded by the lock any more.
-    std::shared_ptr<std::atomic<bool>> changed;
-    bool stale = false; ///< the members below are out of date
-    bool fits = true;   ///< the list is searchable
+    std::shared_ptr<Marks> marks; ///< blocks of a list that was cleared have older ones
+    State state = State::Searchable;
+    unsigned long long actualSwitches; ///< of the time when the index was built
     std::map<unsigned short, Blocks::iterator> byOutputId;
     /// In the list, but not yet in `byOutputId` and `sums`.
     std::vector<Blocks::iterator> unsettled;

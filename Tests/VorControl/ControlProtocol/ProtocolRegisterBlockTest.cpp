@@ -186,11 +186,9 @@ TEST(ProtocolRegisterBlock, SettersStoreThroughTheValue) {
 TEST(ProtocolRegisterBlock, GettersFollowAnEnabledActualValue) {
     const Fixture fixture(1, true);
     auto& id = dynamic_cast<Vor::Params::Value<unsigned short>&>(fixture.block->At("outputId"));
-    EXPECT_TRUE(fixture.block->IsPlacementStored());
     id.EnableActual(true);
     id.SetActual(77);
     EXPECT_EQ(fixture.block->OutputId(), 77);
-    EXPECT_FALSE(fixture.block->IsPlacementStored());
 }
 
 TEST(ProtocolRegisterBlock, OutputIdIsConfigurableUnlessItsSchemaIsReadOnly) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,12 +21,29 @@ struct ModelType {
     int most = 65534;
 };
 
+/// Moves another block, and then renames the block that has an id.
+struct ModelHandler {
+    int moved = 0; ///< the number of the block
+    int id = 0;
+    int renamed = 0; ///< its id
+    std::string name;
+    bool operator==(const ModelHandler&) const = default;
+};
+
 struct ModelBlock {
     std::string type;
     int id = 0;
     int count = 0;
     std::string source;
     std::string name;
+    std::optional<int> actualId = std::nullopt;
+    std::optional<int> actualCount = std::nullopt;
+    /// What the handler of the next change of the id does.
+    std::optional<ModelHandler> handler = std::nullopt;
+    int number = 0; ///< of all blocks that were added
+
+    int Id() const { return actualId.value_or(id); }
+    int Count() const { return actualCount.value_or(count); }
     bool operator==(const ModelBlock&) const = default;
 };
 
@@ -46,7 +64,23 @@ public:
     Blocks blocks;
     bool hasNoChoiceOfId = false;
 
-    int End(const ModelBlock& block) const { return isGlobal ? (block.id + block.count - 1) & 0xFFFF : block.id; }
+    int End(const ModelBlock& block) const { return End(block.Id(), block.Count()); }
+
+    /// Changes the id of a block, which runs its handler.
+    void SetId(std::size_t at, int id) {
+        if (blocks[at].id == id) {
+            return;
+        }
+        if (const auto handler = std::exchange(blocks[at].handler, std::nullopt)) {
+            for (std::size_t i = 0; i < blocks.size(); ++i) {
+                if (blocks[i].number == handler->moved) {
+                    SetId(i, handler->id);
+                }
+            }
+            Update(handler->renamed, {"", None, None, "", handler->name}, false);
+        }
+        blocks[at].id = id;
+    }
 
     int Instances(const std::string& type) const {
         return static_cast<int>(
@@ -68,30 +102,35 @@ public:
         if (at == blocks.size()) {
             return {id == None ? yERROR_PARAMETER : yERROR_NOT_FOUND, 0};
         }
-        ModelBlock changed = blocks[at];
-        const auto& type = *TypeOf(changed.type);
+        const auto& type = *TypeOf(blocks[at].type);
+        int newId = blocks[at].Id();
+        int newCount = blocks[at].Count();
         int code = 0;
-        if (change.count != None && change.count != changed.count) {
+        if (change.count != None && change.count != newCount) {
             if (isGlobal && !type.isSizable) {
                 return {yERROR_PARAMETER, 0};
             }
             code = isGlobal ? 0 : 2;
-            changed.count = isGlobal ? change.count : changed.count;
+            newCount = isGlobal ? change.count : newCount;
         }
-        changed.id = change.id == None ? changed.id : change.id;
-        if (changed.id != blocks[at].id || changed.count != blocks[at].count) {
-            if (isGlobal && !IsInRange(changed.id, changed.count)) {
+        newId = change.id == None ? newId : change.id;
+        if (newId != blocks[at].Id() || newCount != blocks[at].Count()) {
+            if (isGlobal && !IsInRange(newId, newCount)) {
                 return {yERROR_PARAMETER, 0};
             }
             std::size_t before = 0;
             bool shifted = false;
-            if (const auto status = MakeRoom(changed.id, End(changed), autoShift, id, before, shifted); status != yOK) {
+            if (const auto status = MakeRoom(newId, End(newId, newCount), autoShift, id, before, shifted);
+                status != yOK) {
                 return {status, 0};
             }
             code = code == 0 && shifted ? 1 : code;
+            SetId(at, newId);
+            blocks[at].count = newCount;
+            const ModelBlock moved = blocks[at];
             blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(at));
             at < before ? --before : before;
-            blocks.insert(blocks.begin() + static_cast<std::ptrdiff_t>(before), changed);
+            blocks.insert(blocks.begin() + static_cast<std::ptrdiff_t>(before), moved);
             return {yOK, Rename(blocks[before], change, code)};
         }
         return {yOK, Rename(blocks[at], change, code)};
@@ -131,9 +170,9 @@ public:
             }
             next = start;
         }
-        for (auto& block : blocks) {
-            block.id = next;
-            next = (End(block) + 1) & 0xFFFF;
+        for (std::size_t i = 0; i < blocks.size(); ++i) {
+            SetId(i, next);
+            next = (End(blocks[i]) + 1) & 0xFFFF;
         }
         return {yOK, 0};
     }
@@ -177,7 +216,7 @@ public:
     bool IsInOrder() const {
         int previousEnd = isGlobal ? least - 1 : -1;
         for (const auto& block : blocks) {
-            if (block.id <= previousEnd || End(block) < block.id) {
+            if (block.Id() <= previousEnd || End(block) < block.Id()) {
                 return false;
             }
             previousEnd = End(block);
@@ -186,6 +225,8 @@ public:
     }
 
 private:
+    int End(int id, int count) const { return isGlobal ? (id + count - 1) & 0xFFFF : id; }
+
     const ModelType* TypeOf(const std::string& name) const {
         const auto found =
             std::find_if(types.begin(), types.end(), [&](const auto& type) { return type.name == name; });
@@ -194,7 +235,7 @@ private:
 
     std::size_t Find(int id) const {
         std::size_t at = 0;
-        while (at < blocks.size() && blocks[at].id != id) {
+        while (at < blocks.size() && blocks[at].Id() != id) {
             ++at;
         }
         return at;
@@ -207,7 +248,7 @@ private:
     int Registers(std::size_t from) const {
         int used = 0;
         for (std::size_t i = from; i < blocks.size(); ++i) {
-            used = (used + blocks[i].count) & 0xFFFF;
+            used = (used + blocks[i].Count()) & 0xFFFF;
         }
         return used;
     }
@@ -236,6 +277,7 @@ private:
         code = code == 0 && shifted ? 1 : code;
         ModelBlock block = entry;
         block.source = type->hasSource ? block.source : "";
+        block.number = ++added;
         blocks.insert(blocks.begin() + static_cast<std::ptrdiff_t>(before), block);
         hasNoChoiceOfId =
             hasNoChoiceOfId || (isGlobal ? most - least + 1 == entry.count : types.size() == 1 && type->most == 1);
@@ -244,21 +286,21 @@ private:
 
     bool Overlaps(int start, int end, const ModelBlock& block) const {
         const int last = End(block);
-        return (block.id <= start && start <= last) || (block.id <= end && end <= last) ||
-               (start <= block.id && end >= last);
+        return (block.Id() <= start && start <= last) || (block.Id() <= end && end <= last) ||
+               (start <= block.Id() && end >= last);
     }
 
     yStatus MakeRoom(int start, int end, bool autoShift, int ignoredId, std::size_t& before, bool& shifted) {
         for (before = 0; before < blocks.size(); ++before) {
             const auto& block = blocks[before];
-            if (block.id == ignoredId) {
+            if (block.Id() == ignoredId) {
                 continue;
             }
             if (Overlaps(start, end, block)) {
                 shifted = true;
                 return autoShift ? Shift(before, start, end, ignoredId) : yERROR_CONFLICT;
             }
-            if (end < block.id) {
+            if (end < block.Id()) {
                 break;
             }
         }
@@ -271,13 +313,13 @@ private:
         }
         int previousEnd = end;
         for (std::size_t i = from; i < blocks.size(); ++i) {
-            if (blocks[i].id == ignoredId) {
+            if (blocks[i].Id() == ignoredId) {
                 continue;
             }
-            if (previousEnd < blocks[i].id) {
+            if (previousEnd < blocks[i].Id()) {
                 break;
             }
-            blocks[i].id = (previousEnd + 1) & 0xFFFF;
+            SetId(i, (previousEnd + 1) & 0xFFFF);
             previousEnd = End(blocks[i]);
         }
         return yOK;
@@ -293,6 +335,7 @@ private:
     int least;
     int most;
     std::vector<ModelType> types;
+    int added = 0;
 };
 
 } // namespace Tests

@@ -19,7 +19,7 @@ namespace Tests {
 
 void showValue(const ModelBlock& block, std::ostream& out) {
     out << "{" << block.type << " id " << block.id << " count " << block.count << " '" << block.source << "' '"
-        << block.name << "'}";
+        << block.name << "' number " << block.number << "}";
 }
 
 } // namespace Tests
@@ -28,10 +28,25 @@ namespace {
 
 constexpr int None = RegisterAssemblyModel::None;
 
-enum class Action { Add, Update, Remove, RemoveAll, Compact, Copy, Default, SetId, SetIdByDocument, SetCount };
+enum class Action {
+    Add,
+    Update,
+    Remove,
+    RemoveAll,
+    Compact,
+    Copy,
+    Default,
+    SetId,
+    SetIdByDocument,
+    SetCount,
+    SetActualId,
+    SetActualCount,
+    Handle,
+};
 
-constexpr const char* ActionNames[] = {"Add",  "Update",  "Remove", "RemoveAll",       "Compact",
-                                       "Copy", "Default", "SetId",  "SetIdByDocument", "SetCount"};
+constexpr const char* ActionNames[] = {"Add",         "Update",         "Remove", "RemoveAll",       "Compact",
+                                       "Copy",        "Default",        "SetId",  "SetIdByDocument", "SetCount",
+                                       "SetActualId", "SetActualCount", "Handle"};
 
 /// The kinds of requests in a test.
 struct Kind {
@@ -70,12 +85,12 @@ void showValue(const Request& request, std::ostream& out) {
     case Action::Compact:
         out << " " << request.id;
         break;
-    case Action::SetId:
-    case Action::SetIdByDocument:
-    case Action::SetCount:
-        showValue(request.change, out << " block " << request.id << " ");
+    case Action::Copy:
+    case Action::Default:
+    case Action::RemoveAll:
         break;
     default:
+        showValue(request.change, out << " block " << request.id << " ");
         break;
     }
     out << (request.autoShift ? " shift)" : ")");
@@ -129,16 +144,20 @@ rc::Gen<std::vector<Request>> RequestsGen(const Kind& kind) {
         &Request::entries, rc::gen::resize(3, rc::gen::container<std::vector<ModelBlock>>(BlockGen(kind, added))));
     const auto ids = rc::gen::set(&Request::ids, rc::gen::resize(5, rc::gen::container<std::vector<int>>(IdGen(kind))));
     const std::size_t outside = kind.isChangedOutside ? 3 : 0;
-    return RequestListGen(rc::gen::weightedOneOf<Request>({{30, RequestGen(Action::Add, entries, autoShift)},
-                                                           {30, RequestGen(Action::Update, id, change, autoShift)},
-                                                           {12, RequestGen(Action::Remove, ids)},
-                                                           {1, RequestGen(Action::RemoveAll)},
-                                                           {3, RequestGen(Action::Compact, id)},
-                                                           {1, RequestGen(Action::Copy, autoShift)},
-                                                           {1, RequestGen(Action::Default)},
-                                                           {outside, RequestGen(Action::SetId, id, change)},
-                                                           {outside, RequestGen(Action::SetIdByDocument, id, change)},
-                                                           {outside, RequestGen(Action::SetCount, id, change)}}));
+    return RequestListGen(
+        rc::gen::weightedOneOf<Request>({{30, RequestGen(Action::Add, entries, autoShift)},
+                                         {30, RequestGen(Action::Update, id, change, autoShift)},
+                                         {12, RequestGen(Action::Remove, ids)},
+                                         {1, RequestGen(Action::RemoveAll)},
+                                         {3, RequestGen(Action::Compact, id)},
+                                         {1, RequestGen(Action::Copy, autoShift)},
+                                         {1, RequestGen(Action::Default)},
+                                         {outside, RequestGen(Action::SetId, id, change)},
+                                         {outside, RequestGen(Action::SetIdByDocument, id, change)},
+                                         {outside, RequestGen(Action::SetCount, id, change)},
+                                         {outside, RequestGen(Action::SetActualId, id, change, autoShift)},
+                                         {outside, RequestGen(Action::SetActualCount, id, change, autoShift)},
+                                         {outside, RequestGen(Action::Handle, id, change, ids)}}));
 }
 
 /// An assembly and its model, which get the same requests.
@@ -240,17 +259,69 @@ private:
         const std::size_t position = static_cast<std::size_t>(request.id) % model.blocks.size();
         const auto block = assembly.Block(position);
         auto& expected = model.blocks[position];
-        if (request.action == Action::SetCount) {
+        switch (request.action) {
+        case Action::SetCount:
             expected.count = request.change.count;
             block->SetRegisterCount(Short(request.change.count));
+            break;
+        case Action::SetActualId:
+            SetActual(*block, "outputId", request.autoShift, request.change.id, expected.actualId);
+            break;
+        case Action::SetActualCount:
+            SetActual(*block, "registerCount", request.autoShift, request.change.count, expected.actualCount);
+            break;
+        case Action::Handle:
+            Handle(request, *block, expected);
+            break;
+        case Action::SetId:
+            model.SetId(position, request.change.id);
+            block->SetOutputId(Short(request.change.id));
+            break;
+        default:
+            model.SetId(position, request.change.id);
+            Vor::Properties::JsonSerializer::Deserialize(*block, {{"outputId", request.change.id}});
+            break;
+        }
+    }
+
+    static Vor::Params::Value<unsigned short>& Parameter(const ProtocolRegisterBlock& block, const char* name) {
+        return dynamic_cast<Vor::Params::Value<unsigned short>&>(block.At(name));
+    }
+
+    static void SetActual(const ProtocolRegisterBlock& block, const char* name, bool enable, int value,
+                          std::optional<int>& expected) {
+        auto& parameter = Parameter(block, name);
+        parameter.EnableActual(enable);
+        expected.reset();
+        if (enable) {
+            parameter.SetActual(Short(value));
+            expected = value;
+        }
+    }
+
+    /// Adds a handler that runs once, and moves the block of a place and renames that of an id.
+    void Handle(const Request& request, const ProtocolRegisterBlock& block, ModelBlock& expected) {
+        if (expected.handler.has_value() || request.ids.empty()) {
             return;
         }
-        expected.id = request.change.id;
-        if (request.action == Action::SetId) {
-            block->SetOutputId(Short(request.change.id));
-        } else {
-            Vor::Properties::JsonSerializer::Deserialize(*block, {{"outputId", request.change.id}});
-        }
+        const std::size_t place = static_cast<std::size_t>(request.ids[0]) % model.blocks.size();
+        expected.handler =
+            ModelHandler{model.blocks[place].number, request.change.id, request.ids.back(), request.change.name};
+        Parameter(block, "outputId")
+            .AddChangeHandler([this, request, moved = std::weak_ptr(assembly.Block(place)),
+                               done = false](Vor::Properties::Node&) mutable {
+                if (std::exchange(done, true)) {
+                    return;
+                }
+                if (const auto other = moved.lock()) {
+                    other->SetOutputId(Short(request.change.id));
+                }
+                for (int i = 0; i < 2; ++i) {
+                    FailureOf([&] {
+                        assembly.UpdateOne(Short(request.ids.back()), Change{.displayName = request.change.name});
+                    });
+                }
+            });
     }
 
     void Compare(const Request& request) {
@@ -267,7 +338,11 @@ private:
             RC_ASSERT(info->AtMinInstance() == (instances <= info->MinInstanceCount()));
         }
         assembly.EndLock();
-        RC_ASSERT(found == model.blocks);
+        RegisterAssemblyModel::Blocks expected;
+        for (const auto& block : model.blocks) {
+            expected.push_back({block.type, block.Id(), block.Count(), block.source, block.name});
+        }
+        RC_ASSERT(found == expected);
         RC_ASSERT(assembly.OutputIdReadOnly() == model.hasNoChoiceOfId);
         RC_ASSERT(assembly.DataSourceList() == model.Sources());
 
