@@ -28,6 +28,8 @@ constexpr std::chrono::milliseconds Patience{1800};
 /// How long clients can read that their restart has succeeded.
 constexpr std::chrono::microseconds RestartDelay{100'000};
 
+constexpr std::chrono::microseconds LogPeriod{1'000'000};
+
 Scan::Recording ReadInput(const CommandLine& commandLine) {
     return commandLine.recording.empty() ? Scan::GeneratePart()
                                          : Scan::RecordingParser::ReadFile(commandLine.recording);
@@ -45,15 +47,16 @@ void RequireWholeJob(const std::string& file) {
 
 Application::Application(const CommandLine& commandLine, std::ostream& out)
     : commandLine(commandLine)
-    , log(commandLine.verbose)
+    , log({.verbose = commandLine.verbose, .file = commandLine.logFile})
     , report(out)
     , recording(ReadInput(commandLine))
     , job(commandLine.job.empty() ? Jobs::DemoJobs::JobFor(recording) : commandLine.job)
-    , signals([this] { loop.Stop(); }, Patience, [this] { GiveUp(); })
+    , signals([this] { loop.Stop(); }, Patience, [this] { GiveUp(); }, [this] { log.ReopenFile(); })
     , sensor(recording, SensorSettings())
     , host(HostSettings(), sensor)
     , retry(log, [this](VorControl::IControlInstance& instance) { report.PrintService(instance); })
-    , restartTimer([this](Vor::AsyncTimer&) { signals.Trigger(); }) {}
+    , restartTimer([this](Vor::AsyncTimer&) { signals.Trigger(); })
+    , logTimer([this](Vor::AsyncTimer&) { log.ReportRepeats(); }) {}
 
 Application::~Application() {
     StopScan();
@@ -96,6 +99,7 @@ int Application::Run() {
     RequireUsableSettings();
     ReportStart();
     StartScan();
+    logTimer.Start(LogPeriod.count(), false);
     loop.Run();
     StopScan();
     host.StopServices();

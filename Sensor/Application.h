@@ -62,7 +62,7 @@ private:
     [[noreturn]] void GiveUp() const;
 
     const CommandLine commandLine;
-    const UserLog log;
+    UserLog log;
     StartReport report;
     const Scan::Recording recording;
     const std::string job;
@@ -75,6 +75,7 @@ private:
     std::optional<Jobs::DemoJobs> demoJobs; ///< from the load of the plug-ins on
     StartRetry retry;
     Vor::AsyncTimer restartTimer;
+    Vor::AsyncTimer logTimer;
 };
 
 } // namespace Sensor

@@ -92,6 +92,7 @@ struct Options {
     std::string align = "succeed";
     unsigned alignTime = 200;
     bool verbose = false;
+    std::string logFile;
     std::vector<std::string> settings;
     std::vector<std::string> enable;
     int modbusPort = -1;
@@ -149,7 +150,11 @@ void Define(CLI::App& app, Options& options) {
                    "Short for --set modbus.port=N, 0 takes any free port (default: what the job says)")
         ->type_name("N")
         ->check(CLI::Range(0, MaxPort).description(""));
-    app.add_flag("--verbose", options.verbose, "Log all that happens (default: warnings, errors and user messages)");
+    app.add_option("--log-file", options.logFile,
+                   "Append all that happens to a file, which SIGHUP opens anew (default: no file)")
+        ->type_name("FILE");
+    app.add_flag("--verbose", options.verbose,
+                 "Print all that happens, with developers' details (default: warnings, errors and user messages)");
 }
 
 void RequireValue(const CLI::App& app, const char* name, const std::string& value) {
@@ -175,6 +180,7 @@ CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     }
     RequireValue(app, "--job", options.job);
     RequireValue(app, "--recording", options.recording);
+    RequireValue(app, "--log-file", options.logFile);
     if (!(options.frameRate > 0 && options.frameRate <= MaxFrameRate)) {
         throw StartError("--frame-rate: must be above 0 and at most 100000.");
     }
@@ -194,6 +200,7 @@ CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     result.trigger = options.trigger == "software" ? Scan::TriggerMode::Software : Scan::TriggerMode::Time;
     result.alignment = {.time = std::chrono::milliseconds(options.alignTime), .outcome = OutcomeOf(options.align)};
     result.verbose = options.verbose;
+    result.logFile = options.logFile;
     result.enable = options.enable;
     for (const std::string& setting : options.settings) {
         result.settings.push_back(Jobs::ServiceSetting::Parse(setting, "--set"));

@@ -28,6 +28,8 @@ struct CommandLine {
     Scan::TriggerMode trigger = Scan::TriggerMode::Time;
     Scan::ScannerAlignment::Settings alignment = {.time = std::chrono::milliseconds(200)};
     bool verbose = false;
+    /// Empty: none.
+    std::filesystem::path logFile;
     /// A later setting of a parameter replaces an earlier one.
     std::vector<Jobs::ServiceSetting> settings;
     /// Services to enable at the start, even if the job disables them.

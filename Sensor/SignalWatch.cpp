@@ -35,6 +35,7 @@ SignalWatch::Block::Block() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &signals, &former);
 }
 
@@ -42,10 +43,12 @@ SignalWatch::Block::~Block() {
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
 }
 
-SignalWatch::SignalWatch(std::function<void()> stop, std::chrono::milliseconds patience, std::function<void()> overdue)
+SignalWatch::SignalWatch(std::function<void()> stop, std::chrono::milliseconds patience, std::function<void()> overdue,
+                         std::function<void()> hangUp)
     : stop(std::move(stop))
     , patience(patience)
     , overdue(std::move(overdue))
+    , hangUp(std::move(hangUp))
     , signalled(signalfd(-1, &block.Signals(), SFD_CLOEXEC | SFD_NONBLOCK))
     , ended(eventfd(0, EFD_CLOEXEC))
     , thread("Signals", [this] { return Run(); }) {}
@@ -62,8 +65,10 @@ void SignalWatch::Trigger() {
 
 yStatus SignalWatch::Run() {
     bool ending = false;
-    if (!WaitForSignal(Forever, ending)) {
-        return yOK;
+    while (!WaitForStop(Forever, ending)) {
+        if (ending) {
+            return yOK;
+        }
     }
     stop();
     const auto deadline = std::chrono::steady_clock::now() + patience;
@@ -74,12 +79,12 @@ yStatus SignalWatch::Run() {
             overdue();
             return yOK;
         }
-        WaitForSignal(static_cast<int>(left), ending);
+        WaitForStop(static_cast<int>(left), ending);
     }
     return yOK;
 }
 
-bool SignalWatch::WaitForSignal(int timeoutMilliseconds, bool& ending) {
+bool SignalWatch::WaitForStop(int timeoutMilliseconds, bool& ending) {
     std::array<pollfd, 2> watched{pollfd{signalled.Get(), POLLIN, 0}, pollfd{ended.Get(), POLLIN, 0}};
     int ready = 0;
     do {
@@ -87,7 +92,14 @@ bool SignalWatch::WaitForSignal(int timeoutMilliseconds, bool& ending) {
     } while (ready < 0 && errno == EINTR);
     ending = (watched[1].revents & POLLIN) != 0;
     signalfd_siginfo info{};
-    return (watched[0].revents & POLLIN) != 0 && read(signalled.Get(), &info, sizeof(info)) == sizeof(info);
+    if ((watched[0].revents & POLLIN) == 0 || read(signalled.Get(), &info, sizeof(info)) != sizeof(info)) {
+        return false;
+    }
+    if (info.ssi_signo == SIGHUP) {
+        hangUp();
+        return false;
+    }
+    return true;
 }
 
 } // namespace Sensor

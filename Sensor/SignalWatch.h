@@ -8,19 +8,20 @@
 
 namespace Sensor {
 
-/// Handles SIGINT and SIGTERM on a thread of its own, named "Signals". Construct it before any other thread is started,
-/// so that the signals are blocked in all of them.
+/// Handles SIGINT, SIGTERM and SIGHUP on a thread of its own, named "Signals". Construct it before any other thread is
+/// started, so that the signals are blocked in all of them.
 class SignalWatch {
 public:
-    /// `stop` is called once, at the first signal, and `overdue` when this still exists `patience` later. Both are
-    /// called on the thread "Signals". Throws a Vor::Exception.
-    SignalWatch(std::function<void()> stop, std::chrono::milliseconds patience, std::function<void()> overdue);
+    /// `stop` is called once, at the first SIGINT or SIGTERM, and `overdue` when this still exists `patience` later.
+    /// `hangUp` is called at each SIGHUP. All are called on the thread "Signals". Throws a Vor::Exception.
+    SignalWatch(std::function<void()> stop, std::chrono::milliseconds patience, std::function<void()> overdue,
+                std::function<void()> hangUp);
     /// Waits for the end of a running call, and unblocks the signals.
     ~SignalWatch();
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
 
-    /// Has the effect of a signal. For any thread.
+    /// Has the effect of SIGTERM. For any thread.
     void Trigger();
 
 private:
@@ -52,12 +53,14 @@ private:
     };
 
     yStatus Run();
-    /// Returns whether a signal has arrived. `ending` is set when the destructor runs.
-    bool WaitForSignal(int timeoutMilliseconds, bool& ending);
+    /// Waits for a signal, at most for the time. Returns whether it was one to stop. `ending` is set when the
+    /// destructor runs, which ends the wait.
+    bool WaitForStop(int timeoutMilliseconds, bool& ending);
 
     const std::function<void()> stop;
     const std::chrono::milliseconds patience;
     const std::function<void()> overdue;
+    const std::function<void()> hangUp;
     Block block;
     Descriptor signalled;
     Descriptor ended;

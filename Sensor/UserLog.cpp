@@ -1,9 +1,21 @@
 #include "Sensor/UserLog.h"
 
+#include "Sensor/LogFile.h"
+#include "Sensor/PrintableText.h"
+#include "Sensor/RepeatedEntries.h"
+#include "Vor/Format.h"
 #include "Vor/LogOutput.h"
 #include "Vor/Logging.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <ctime>
 #include <iostream>
+#include <mutex>
+#include <optional>
+#include <pthread.h>
 #include <string>
 #include <thread>
 
@@ -11,52 +23,189 @@ namespace Sensor {
 
 namespace {
 
-bool IsOf(const Vor::LogRecord& record, std::uint64_t level) {
-    return (record.level & level & 0xFF) != 0;
+/// Longer texts are cut: clients determine the length of some.
+constexpr std::size_t MaxText = 1000;
+
+bool IsOf(std::uint64_t level, std::uint64_t kind) {
+    return (level & kind & 0xFF) != 0;
 }
 
-/// Entries for developers, which only the verbose log contains.
+const char* NameOf(std::uint64_t level) {
+    return IsOf(level, Vor::LevelError)     ? "error"
+           : IsOf(level, Vor::LevelWarning) ? "warning"
+           : IsOf(level, Vor::LevelDebug)   ? "debug"
+           : IsOf(level, Vor::LevelTrace)   ? "trace"
+                                            : "info";
+}
+
+bool IsUsers(const Vor::LogRecord& record) {
+    return (record.level & Vor::LevelUserFlag) != 0;
+}
+
+bool IsBackTrace(const Vor::LogRecord& record) {
+    return record.format == Vor::LogOutput::BackTraceFormat;
+}
+
+/// Entries for developers, which only the log of record contains.
 bool IsDetail(const Vor::LogRecord& record) {
-    const bool user = (record.level & Vor::LevelUserFlag) != 0;
-    const bool serious = IsOf(record, Vor::LevelWarning) || IsOf(record, Vor::LevelError);
-    return (!user && !serious) || record.format == Vor::LogOutput::BackTraceFormat;
+    const bool serious = IsOf(record.level, Vor::LevelWarning) || IsOf(record.level, Vor::LevelError);
+    return (!IsUsers(record) && !serious) || IsBackTrace(record);
 }
 
-void WriteLine(const Vor::LogRecord& record) {
-    if (IsDetail(record)) {
-        return;
+/// UTC, as "2026-01-31T23:59:59.999Z".
+std::string Now() {
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+    const auto milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
+    std::tm utc{};
+    std::array<char, 32> text{};
+    gmtime_r(&seconds, &utc);
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &utc);
+    return text.data() + Vor::Format(".%03dZ", static_cast<int>(milliseconds));
+}
+
+std::string ThreadName() {
+    std::array<char, 16> name{};
+    pthread_getname_np(pthread_self(), name.data(), name.size());
+    return name.data();
+}
+
+std::string Cleaned(const std::string& text) {
+    return PrintableText(AbridgedText(text, MaxText));
+}
+
+/// The lines of a back trace; those behind the first are indented, so that none looks like another entry.
+std::string CleanedLines(const std::string& text) {
+    std::string lines;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        lines += (begin == 0 ? "" : "\n  ") + Cleaned(text.substr(begin, end - begin));
+        begin = end + 1;
     }
-    const char* kind = IsOf(record, Vor::LevelError) ? "error: " : IsOf(record, Vor::LevelWarning) ? "warning: " : "";
-    // One write, so that the lines of several threads don't mix.
-    std::cerr << kind + record.text + "\n";
+    return lines;
+}
+
+/// An entry of the log of record.
+std::string RecordLine(const Vor::LogRecord& record) {
+    const std::string title(Vor::LogOutput::ShortName(record.title));
+    return Now() + " " + NameOf(record.level) + " [" + Cleaned(ThreadName()) + "] " +
+           (IsUsers(record) ? "[user] " : "") + Cleaned(title) + ": " +
+           (IsBackTrace(record) ? CleanedLines(record.text) : Cleaned(record.text)) + "\n";
+}
+
+std::string UserLine(std::uint64_t level, const std::string& text) {
+    return Now() + " " + NameOf(level) + ": " + text + "\n";
 }
 
 } // namespace
 
+/// It may be called for a moment after the log's end.
+class UserLog::Output {
+public:
+    explicit Output(const Settings& settings)
+        : verbose(settings.verbose) {
+        if (!settings.file.empty()) {
+            file.emplace(settings.file);
+        }
+    }
+
+    void Write(const Vor::LogRecord& record) {
+        const bool isForFile = file && !IsOf(record.level, Vor::LevelDebug) && !IsOf(record.level, Vor::LevelTrace);
+        const std::string line = verbose || isForFile ? RecordLine(record) : "";
+        if (isForFile) {
+            ReportFile(file->Append(line));
+        }
+        if (verbose) {
+            Print(line);
+        } else if (!IsDetail(record) && silent != std::this_thread::get_id()) {
+            ReportRepeats(RepeatedEntries::Clock::now());
+            Tell(record.level, Cleaned(record.text));
+        }
+    }
+
+    void Reopen() {
+        if (!file) {
+            return;
+        }
+        if (const std::string failure = file->Reopen(); !failure.empty()) {
+            Tell(Vor::UserError, "The log file can't be opened anew: " + failure + ".");
+        }
+    }
+
+    void ReportRepeats(RepeatedEntries::Clock::time_point now) {
+        const std::lock_guard lock(mutex);
+        for (const auto& repeated : repeats.Ended(now)) {
+            Print(UserLine(repeated.level, std::to_string(repeated.count) + " more: " + repeated.text));
+        }
+    }
+
+    std::atomic<std::thread::id> silent{}; ///< the silent thread, or none
+
+private:
+    /// One write, so that the lines of several threads don't mix.
+    static void Print(const std::string& line) { std::cerr << line; }
+
+    void Tell(std::uint64_t level, const std::string& text) {
+        const std::lock_guard lock(mutex);
+        if (repeats.Add(level, text, RepeatedEntries::Clock::now())) {
+            Print(UserLine(level, text));
+        }
+    }
+
+    /// Tells the user once when the file fails, and once when it is well again.
+    void ReportFile(const std::string& failure) {
+        {
+            const std::lock_guard lock(mutex);
+            if (failure == fileFailure) {
+                return;
+            }
+            fileFailure = failure;
+        }
+        if (failure.empty()) {
+            Tell(Vor::UserInfo, "The log file is written again.");
+        } else {
+            Tell(Vor::UserError, "The log file can't be written: " + failure + ".");
+        }
+    }
+
+    const bool verbose;
+    std::optional<LogFile> file;
+    /// Guards the members below. No other lock is taken while it is held.
+    std::mutex mutex;
+    RepeatedEntries repeats;
+    std::string fileFailure; ///< empty: none
+};
+
 UserLog::Silence::Silence(const UserLog& log)
     : log(log) {
-    *log.silent = std::this_thread::get_id();
+    log.output->silent = std::this_thread::get_id();
 }
 
 UserLog::Silence::~Silence() {
-    *log.silent = std::thread::id();
+    log.output->silent = std::thread::id();
 }
 
-UserLog::UserLog(bool verbose) {
-    if (verbose) {
+UserLog::UserLog(const Settings& settings)
+    : output(std::make_shared<Output>(settings)) {
+    if (settings.verbose) {
         Vor::Logging::SetMinimumLevel(Vor::LevelTrace);
-    } else {
-        Vor::LogOutput::Set([silent = silent](const Vor::LogRecord& record) {
-            if (*silent != std::this_thread::get_id()) {
-                WriteLine(record);
-            }
-        });
     }
+    Vor::LogOutput::Set([output = output](const Vor::LogRecord& record) { output->Write(record); });
 }
 
 UserLog::~UserLog() {
     Vor::LogOutput::Set(nullptr);
     Vor::Logging::SetMinimumLevel(Vor::LevelInfo);
+    output->ReportRepeats(RepeatedEntries::Clock::time_point::max());
+}
+
+void UserLog::ReopenFile() {
+    output->Reopen();
+}
+
+void UserLog::ReportRepeats() {
+    output->ReportRepeats(RepeatedEntries::Clock::now());
 }
 
 } // namespace Sensor

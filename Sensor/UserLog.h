@@ -1,15 +1,23 @@
 #pragma once
 
-#include <atomic>
+#include <filesystem>
 #include <memory>
-#include <thread>
 
 namespace Sensor {
 
-/// During its lifetime the entries for users, which are warnings, errors and the user log, are printed to stderr, one
-/// line an entry. With `verbose` all entries are printed, in the format for developers.
+/// The output of the log during its lifetime. For users, warnings, errors and the user's log are printed to stderr,
+/// with time and level; an entry that is equal to one of the last ten seconds is counted. The log of record, which
+/// contains all entries with time, level and thread, is a file, or with `verbose` on stderr in place of the entries for
+/// users. What could forge a line or change a terminal is escaped, and long texts are cut.
 class UserLog {
 public:
+    struct Settings {
+        /// Print all entries, also those below information.
+        bool verbose = false;
+        /// For the entries from information up; empty: no file.
+        std::filesystem::path file = {};
+    };
+
     /// During its lifetime nothing that its thread logs is printed for users, since each failure is reported otherwise.
     class Silence {
     public:
@@ -22,14 +30,21 @@ public:
         const UserLog& log;
     };
 
-    explicit UserLog(bool verbose);
+    /// Throws a StartError when the file can't be opened.
+    explicit UserLog(const Settings& settings);
     ~UserLog();
     UserLog(const UserLog&) = delete;
     UserLog& operator=(const UserLog&) = delete;
 
+    /// Opens the file anew, after another program has moved it. For any thread.
+    void ReopenFile();
+
+    /// Prints the entries that were counted for ten seconds. To be called every second or so, from any thread.
+    void ReportRepeats();
+
 private:
-    /// The silent thread, or none.
-    const std::shared_ptr<std::atomic<std::thread::id>> silent = std::make_shared<std::atomic<std::thread::id>>();
+    class Output;
+    const std::shared_ptr<Output> output;
 };
 
 } // namespace Sensor

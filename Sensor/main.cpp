@@ -16,7 +16,7 @@ constexpr int StatusOfRefusal = 2;
 void RunJobCommand(const Sensor::CommandLine& commandLine) {
     const Sensor::Jobs::JobCommand& command = *commandLine.jobCommand;
     if (Sensor::Jobs::JobServiceTool::IsFor(command)) {
-        const Sensor::UserLog log(commandLine.verbose);
+        const Sensor::UserLog log({.verbose = commandLine.verbose});
         const Sensor::UserLog::Silence silence(log);
         Sensor::Jobs::JobServiceTool(commandLine.dataFolder, commandLine.pluginFolders, std::cout, std::cerr)
             .Run(command);

@@ -3,6 +3,7 @@
 #include "Vor/LogRecord.h"
 
 #include <functional>
+#include <string_view>
 
 namespace Vor {
 
@@ -16,6 +17,10 @@ public:
     /// stderr; an empty function restores that. It is called on the thread that logs, on several at a time, with no
     /// lock held. A thread that is logging during the change may still call the former function once.
     static void Set(std::function<void(const LogRecord&)> write);
+
+    /// The name in a record's title without its result and arguments: "Space::Class::Call" of "void
+    /// Space::Class::Call(int)". Another title stays as it is.
+    static std::string_view ShortName(std::string_view title);
 };
 
 } // namespace Vor

@@ -47,17 +47,6 @@ spdlog::level::level_enum OutputLevel(int rank) {
     return Levels[static_cast<std::size_t>(rank)];
 }
 
-/// A function's name without its result and arguments: "Space::Class::Call" of "void Space::Class::Call(int)". A title
-/// stays as it is.
-std::string_view ShortName(std::string_view title) {
-    const std::size_t arguments = title.find('(');
-    if (arguments == std::string_view::npos) {
-        return title;
-    }
-    const std::string_view name = title.substr(0, arguments);
-    return name.substr(name.rfind(' ') + 1);
-}
-
 /// The log's state. It is never destroyed, since static objects log in their destructors too.
 class LogState {
 public:
@@ -106,7 +95,7 @@ public:
             if (user) {
                 output.log(OutputLevel(rank), "[user] {}: {}", record.title, record.text);
             } else {
-                output.log(OutputLevel(rank), "{}: {}", ShortName(record.title), record.text);
+                output.log(OutputLevel(rank), "{}: {}", LogOutput::ShortName(record.title), record.text);
             }
             return;
         }
@@ -189,6 +178,15 @@ void LogOutput::Set(std::function<void(const LogRecord&)> write) {
     LogState& state = LogState::Instance();
     const std::lock_guard lock(state.mutex);
     state.replacement.swap(changed);
+}
+
+std::string_view LogOutput::ShortName(std::string_view title) {
+    const std::size_t arguments = title.find('(');
+    if (arguments == std::string_view::npos) {
+        return title;
+    }
+    const std::string_view name = title.substr(0, arguments);
+    return name.substr(name.rfind(' ') + 1);
 }
 
 LogCapture::LogCapture()

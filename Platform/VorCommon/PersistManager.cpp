@@ -22,6 +22,18 @@ namespace {
 constexpr const char* JobExtension = ".vrjob";
 constexpr std::size_t MaxFileNameSize = 255;
 
+/// Whether a text in UTF-8 contains one of U+0000 to U+001F or U+007F to U+009F.
+bool HasControlCharacters(const std::string& text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isTwoBytes = byte == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        if (byte < 0x20 || byte == 0x7F || isTwoBytes) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// The exception of the call, or null. No handler of it is active any more on return, so that the pointer may be passed
 /// to another thread.
 template <typename Function>
@@ -42,7 +54,10 @@ std::string PersistManager::JobFileName(const std::string& name) {
     }
     const std::string extension = JobExtension;
     std::string fileName = name.ends_with(extension) ? name : name + extension;
-    if (name.empty() || name.front() == '.' || name.find_first_of(std::string("/\0", 2)) != std::string::npos ||
+    if (HasControlCharacters(name)) {
+        Vor::Throw(yERROR_PARAMETER, "The name of a job can't contain control characters.");
+    }
+    if (name.empty() || name.front() == '.' || name.find('/') != std::string::npos ||
         fileName.size() > MaxFileNameSize) {
         Vor::Throw(yERROR_PARAMETER, "'%s' is not a job name: it must be one file name that doesn't begin with a dot.",
                    name);

@@ -57,7 +57,8 @@ public:
     };
 
     /// The file name of a job: `name`, completed with ".vrjob" where that is missing.
-    /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name, in UTF-8, that doesn't begin with a dot.
+    /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name, in UTF-8 and without control characters,
+    /// that doesn't begin with a dot.
     static std::string JobFileName(const std::string& name);
 
     /// Starts the thread; touches no file.

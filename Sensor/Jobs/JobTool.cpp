@@ -101,7 +101,7 @@ void JobTool::List() {
     }
     PrintLine(Spaced("Name", width) + Spaced("Modified", 19) + "Size");
     for (const std::string& name : names) {
-        const std::string path = PathOf(name);
+        const std::string path = (folder / (name + JobFormat::Extension)).string();
         const auto size = std::filesystem::file_size(path, error);
         PrintLine(Spaced(name, width) + Spaced(ModificationTime(path), 19) + (error ? "?" : std::to_string(size)));
     }

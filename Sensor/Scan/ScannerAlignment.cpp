@@ -1,6 +1,7 @@
 #include "Sensor/Scan/ScannerAlignment.h"
 
 #include "Vor/Exception.h"
+#include "Vor/Logging.h"
 
 namespace Sensor::Scan {
 
@@ -18,8 +19,11 @@ const std::string ClearAlignId = "clearAlign";
 ScannerAlignment::ScannerAlignment(Settings settings)
     : settings(settings)
     , timer([this](Vor::AsyncTimer&) {
-        Complete(this->settings.outcome == AlignOutcome::Succeed ? VorScan::AlignCompletionStatus::Succeeded
-                                                                 : VorScan::AlignCompletionStatus::Failed);
+        if (this->settings.outcome == AlignOutcome::Succeed) {
+            Complete(VorScan::AlignCompletionStatus::Succeeded);
+        } else {
+            Fail("the sensor was started with failing alignments");
+        }
     }) {}
 
 std::vector<VorCommon::CommandInfo> ScannerAlignment::ListCommands() const {
@@ -62,10 +66,15 @@ void ScannerAlignment::Begin() {
 void ScannerAlignment::Clear() {
     if (CurrentState() == VorScan::AlignState::Aligning) {
         timer.Stop();
-        Complete(VorScan::AlignCompletionStatus::Failed);
+        Fail("it was cleared before its end");
     } else if (CurrentState() == VorScan::AlignState::Aligned) {
         ChangeState(VorScan::AlignState::NotAligned);
     }
+}
+
+void ScannerAlignment::Fail(const char* reason) {
+    Vor::LogUser(Vor::UserWarning, "VorScan", "The alignment has failed: %1$s.", reason);
+    Complete(VorScan::AlignCompletionStatus::Failed);
 }
 
 void ScannerAlignment::Complete(VorScan::AlignCompletionStatus status) {

@@ -46,6 +46,7 @@ public:
 private:
     void Begin();
     void Clear();
+    void Fail(const char* reason);
     void Complete(VorScan::AlignCompletionStatus status);
     void ChangeState(VorScan::AlignState value);
 

@@ -73,6 +73,8 @@ public:
         }
     }
 
+    pid_t Id() const { return pid; }
+
     void Signal(int number) { kill(pid, number); }
 
     /// Waits for the exit status, which is 128 plus the signal's number after a signal. Nothing when the program still

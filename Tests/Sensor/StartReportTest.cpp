@@ -25,7 +25,7 @@ TEST(StartReport, TellsTheInput) {
 TEST(StartReport, PrintsNoControlCharacters) {
     std::ostringstream out;
     StartReport(out).PrintLine("a\x1b[31m\nb\x7f Öl");
-    EXPECT_EQ(out.str(), "a?[31m?b? Öl\n");
+    EXPECT_EQ(out.str(), "a\\x1b[31m\\nb\\x7f Öl\n");
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "Sensor/VirtualSensor.h"
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/LogLines.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/TestService.h"
 #include "Vor/Exception.h"
@@ -78,7 +79,7 @@ protected:
     const Scan::Recording recording = Scan::GeneratePart();
     VirtualSensor sensor{recording, {.scan = {.trigger = Scan::TriggerMode::Software}}};
     ServiceHost host{{.dataFolder = folder.Path(), .job = "test"}, sensor};
-    const UserLog userLog{false};
+    const UserLog userLog{UserLog::Settings{}};
     std::vector<std::string> started;
     StartRetry retry{userLog, [this](VorControl::IControlInstance& instance) { started.push_back(instance.Id()); }};
 };
@@ -113,8 +114,9 @@ TEST_F(StartRetryTest, TriesEachPeriodUntilTheServiceRunsAndTellsTheUserTwice) {
     EXPECT_EQ(UserTexts(), (std::vector<std::string>{
                                "a service can't start: the port is taken. The sensor tries again every 5 seconds.",
                                "a service has started."}));
-    EXPECT_EQ(errors.str(), "warning: a service can't start: the port is taken. The sensor tries again every 5 "
-                            "seconds.\na service has started.\n");
+    EXPECT_EQ(Tests::WithoutTimes(errors.str()),
+              "warning: a service can't start: the port is taken. The sensor tries again every 5 seconds.\n"
+              "info: a service has started.\n");
 }
 
 TEST_F(StartRetryTest, LeavesOtherFailuresAndDisabledServicesAlone) {

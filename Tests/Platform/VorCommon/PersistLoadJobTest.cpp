@@ -124,6 +124,10 @@ TEST_F(PersistLoadJobTest, ABadNameIsRefused) {
         ExpectRefusal(name, yERROR_PARAMETER,
                       "'" + name + "' is not a job name: it must be one file name that doesn't begin with a dot.");
     }
+    for (const std::string& name : {std::string("a\nb"), std::string("a\x1b[31m"), std::string("a\x7f"),
+                                    std::string("a\0b", 3), std::string("\xC2\x9B")}) {
+        ExpectRefusal(name, yERROR_PARAMETER, "The name of a job can't contain control characters.");
+    }
     ExpectRefusal("part\xFF", yERROR_PARAMETER, "The name of a job must be text in UTF-8.");
 }
 

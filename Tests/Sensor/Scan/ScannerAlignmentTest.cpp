@@ -1,6 +1,7 @@
 #include "Sensor/Scan/ScannerAlignment.h"
 
 #include "Tests/Support/Failure.h"
+#include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 
 #include <memory>
@@ -35,6 +36,7 @@ protected:
     std::vector<std::string> Events() { return std::exchange(events, {}); }
 
     using Lines = std::vector<std::string>;
+    Vor::LogCapture log;
     Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
     std::unique_ptr<ScannerAlignment> alignment;
 
@@ -75,6 +77,8 @@ TEST_F(ScannerAlignmentTest, FailsWhenItsTimeIsOver) {
     Invoke("align");
     loop.Advance(500ms);
     EXPECT_EQ(Events(), (Lines{"state 2", "state 0", "failed, 0"}));
+    EXPECT_TRUE(
+        log.Contains(Vor::UserWarning, "The alignment has failed: the sensor was started with failing alignments."));
 }
 
 TEST_F(ScannerAlignmentTest, NeverCompletesWhenAskedTo) {
@@ -118,6 +122,8 @@ TEST_F(ScannerAlignmentTest, ClearingEndsARunningAlignmentAsFailed) {
         Events();
         Invoke("clearAlign");
         EXPECT_EQ(Events(), (Lines{"state 0", "failed, 0"}));
+        EXPECT_TRUE(log.Contains(Vor::UserWarning, "The alignment has failed: it was cleared before its end."));
+        log.Clear();
         loop.Advance(10s);
         EXPECT_EQ(Events(), Lines());
     }
