@@ -93,6 +93,7 @@ int Application::Run() {
     demoJobs.emplace(host.Plugins(), recording);
     host.CreateServices();
     ApplySettings();
+    folderLock.emplace(commandLine.dataFolder, VorCommon::PersistManager::JobFileName(job));
     PrepareJob();
     LoadJob();
     EnableServices();
@@ -215,6 +216,7 @@ void Application::StopScan() {
 
 void Application::ReportJob(const std::string& fileName) {
     report.PrintLine("Loaded job: " + fileName);
+    folderLock->SetJob(fileName);
     report.PrintServices(host.Services());
     report.PrintMissingSources(host.Services(), Scan::ResultSetMaker::DataSources(recording));
     retry.Watch(host.Services());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sensor/CommandLine.h"
+#include "Sensor/FolderLock.h"
 #include "Sensor/Jobs/DemoJobs.h"
 #include "Sensor/Jobs/Overlay.h"
 #include "Sensor/Scan/Recording.h"
@@ -67,6 +68,7 @@ private:
     const Scan::Recording recording;
     const std::string job;
     Jobs::Overlay overlay;
+    std::optional<FolderLock> folderLock; ///< from Run on
     Vor::MainLoop loop;
     std::atomic<bool> restarting{false};
     SignalWatch signals;

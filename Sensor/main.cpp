@@ -1,17 +1,33 @@
 #include "Sensor/Application.h"
 #include "Sensor/CommandLine.h"
+#include "Sensor/FolderLock.h"
 #include "Sensor/Jobs/JobServiceTool.h"
 #include "Sensor/Jobs/JobTool.h"
+#include "Sensor/PrintableText.h"
 #include "Sensor/StartError.h"
 #include "Sensor/UserLog.h"
 
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace {
 
 constexpr int StatusOfRefusal = 2;
+
+/// Tells the user when the loaded job of a running sensor was changed.
+void ReportLoadedJob(const Sensor::CommandLine& commandLine) {
+    const auto owner = Sensor::FolderLock::OwnerOf(commandLine.dataFolder);
+    const std::vector<std::string> changed = commandLine.jobCommand->ChangedJobs();
+    if (owner && std::find(changed.begin(), changed.end(), owner->job) != changed.end()) {
+        std::cerr << Sensor::PrintableText("The sensor with process id " + owner->processId + " has loaded " +
+                                           owner->job + " as it was before, and continues with that.")
+                  << std::endl;
+    }
+}
 
 void RunJobCommand(const Sensor::CommandLine& commandLine) {
     const Sensor::Jobs::JobCommand& command = *commandLine.jobCommand;
@@ -23,6 +39,7 @@ void RunJobCommand(const Sensor::CommandLine& commandLine) {
     } else {
         Sensor::Jobs::JobTool(commandLine.dataFolder, std::cout).Run(command);
     }
+    ReportLoadedJob(commandLine);
 }
 
 } // namespace

@@ -1,5 +1,9 @@
 #include "Sensor/Jobs/JobCommand.h"
 
+#include "VorCommon/PersistManager.h"
+
+#include <filesystem>
+
 #include <CLI/CLI.hpp>
 
 namespace Sensor::Jobs {
@@ -111,6 +115,34 @@ CLI::App& JobCommand::Define(CLI::App& app, JobCommand& command) {
                 "  --plugins DIR   Folder of services, for set, enable, disable, map and edit; may be repeated\n"
                 "  --verbose       Log all that happens");
     return jobs;
+}
+
+std::vector<std::string> JobCommand::ChangedJobs() const {
+    const auto fileOf = VorCommon::PersistManager::JobFileName;
+    switch (action) {
+    case Action::Copy:
+        return {fileOf(newName)};
+    case Action::Rename:
+        return {fileOf(name), fileOf(newName)};
+    case Action::Import:
+        return {fileOf(NameOfImport())};
+    case Action::Delete:
+    case Action::Edit:
+    case Action::Set:
+    case Action::Enable:
+    case Action::Disable:
+        return {fileOf(name)};
+    case Action::List:
+    case Action::Show:
+    case Action::Export:
+    case Action::Map:
+        break;
+    }
+    return {};
+}
+
+std::string JobCommand::NameOfImport() const {
+    return name.empty() ? std::filesystem::path(file).filename().string() : name;
 }
 
 std::string JobCommand::Text() const {

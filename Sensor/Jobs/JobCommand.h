@@ -40,6 +40,12 @@ struct JobCommand {
     /// `app`.
     static CLI::App& Define(CLI::App& app, JobCommand& command);
 
+    /// The files of the jobs that the command changes, without their folder.
+    std::vector<std::string> ChangedJobs() const;
+
+    /// The name of the job that an import makes.
+    std::string NameOfImport() const;
+
     /// The command without its options, for errors.
     std::string Text() const;
 };

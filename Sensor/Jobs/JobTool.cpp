@@ -172,9 +172,7 @@ void JobTool::Export(const JobCommand& command) {
 }
 
 void JobTool::Import(const JobCommand& command) {
-    const std::string name =
-        command.name.empty() ? std::filesystem::path(command.file).filename().string() : command.name;
-    const std::string path = PathOf(name);
+    const std::string path = PathOf(command.NameOfImport());
     ArchiveFile(path).Make(JobFormat::Open(command.file).Files(), ExistingOf(command));
     PrintLine("Imported to " + path);
 }
