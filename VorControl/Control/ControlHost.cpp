@@ -2,6 +2,7 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
@@ -130,16 +131,23 @@ void ControlHost::SetScanResultsFiltering(const std::string& serviceId, bool ena
 void ControlHost::AddDataSourceEventHandler(const std::string& serviceId, const DataSourceEventFunction& function,
                                             unsigned long long timeout) {
     const Vor::Locker locker(lock.Get());
+    CheckNotNotifying(serviceId);
     if (serviceMap.contains(serviceId)) {
         Vor::Throw(yERROR_ALREADY_EXISTS);
     }
-    const bool first = serviceMap.empty();
     if (!serviceMap.emplace(serviceId, function).second) {
         Vor::Throw(yERROR, "Unable to insert data source event callback function for service %s", serviceId);
     }
-    // After a removal that the main loop never ran, the subscription is still there.
-    if (first && !dataSourceCallbackIds.created.IsSet()) {
+    if (!dataSourceCallbackIds.created.IsSet()) {
         Subscribe(serviceId, timeout);
+    }
+}
+
+void ControlHost::CheckNotNotifying(const std::string& serviceId) const {
+    if (notifying) {
+        Vor::Throw(yERROR_STATE,
+                   "Service %s can't add or remove its data source event callback function in such a function",
+                   serviceId);
     }
 }
 
@@ -157,6 +165,7 @@ void ControlHost::Subscribe(const std::string& serviceId, unsigned long long tim
 
 void ControlHost::RemoveDataSourceEventHandler(const std::string& serviceId, unsigned long long timeout) {
     const Vor::Locker locker(lock.Get());
+    CheckNotNotifying(serviceId);
     if (!serviceMap.contains(serviceId)) {
         Vor::LogError("No data source event callback function found for service %s", serviceId);
         return;
@@ -188,6 +197,7 @@ void ControlHost::CallServiceDataSourceEventHandler(VorApi::EventType type, cons
         return;
     }
     const DataSourceProps props = PropertiesForEvent(type, name);
+    const Vor::AtScopeEnd notified([this, outer = std::exchange(notifying, true)] { notifying = outer; });
     for (const auto& entry : serviceMap) {
         entry.second(type, props);
     }
@@ -198,11 +208,11 @@ DataSourceProps ControlHost::PropertiesForEvent(VorApi::EventType type, const st
     props.type = TypeNotRead;
     try {
         DataSourceProperties(name, props, OwnTimeout);
-    } catch (const Vor::Exception&) {
-        if (type != VorApi::EventType::Deleted) {
+    } catch (const Vor::Exception& e) {
+        if (type != VorApi::EventType::Deleted || e.Status() != yERROR_NOT_FOUND) {
             throw;
         }
-        // The properties of a deleted data source may be gone. The services are notified of the deletion all the same.
+        // A deleted data source has no properties any more. The services are notified of the deletion all the same.
         props = DataSourceProps{};
         props.name = name;
     }

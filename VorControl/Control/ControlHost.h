@@ -95,7 +95,10 @@ private:
     void CallServiceDataSourceEventHandler(VorApi::EventType type, const std::string& name);
     IControlSystemInterface::ControlDataSourceProperties PropertiesForEvent(VorApi::EventType type,
                                                                             const std::string& name);
+    /// Makes the subscription to data source events for all services. If it fails, the service gets no events.
     void Subscribe(const std::string& serviceId, unsigned long long timeout);
+    /// Called with the lock held. Throws yERROR_STATE while functions of services run.
+    void CheckNotNotifying(const std::string& serviceId) const;
 
     IControlScanResults& scanResults;
     ControlProtocolOperations& protocolOperations;
@@ -104,10 +107,11 @@ private:
     VorCommon::IRuntimeCache& runtimeCache;
     IControlSystemInterface::DataSourceEventHandlerContainer dataSourceHandlers;
     IControlSystemInterface::DataSourceEventCallbackIdContainer dataSourceCallbackIds;
-    /// Guards `serviceMap`. Held during waits for the main loop and while functions of services run, so it ranks before
-    /// all locks that these use.
+    /// Guards `serviceMap`, `notifying` and the ids of the subscription. Held during waits for the main loop and while
+    /// functions of services run, so it ranks before all locks that these use.
     Vor::Handle<yLock, yLock_Destroy> lock;
     std::map<std::string, DataSourceEventFunction> serviceMap; ///< by service id
+    bool notifying = false;                                    ///< functions of `serviceMap` run
     VorCommon::ProblemsManager* problemsManager;
     IControlScanEngineInterface& scanEngineInterface;
     std::uint32_t localNodeId;

@@ -62,9 +62,11 @@ public:
     virtual void SetScanResultsFiltering(const std::string& serviceId, bool enable) = 0;
 
     /// Calls the function whenever a data source is created, changed or deleted. A service can have one function; a
-    /// second one fails with yERROR_ALREADY_EXISTS. The function runs on the main loop with a lock held, and must
-    /// neither add nor remove functions. Waits for the main loop for at most `timeout` microseconds. Don't call it in
-    /// Start: while a job is loaded no subscription is made.
+    /// second one fails with yERROR_ALREADY_EXISTS. The function runs on the main loop with a lock held. It must not
+    /// wait for another thread of the service that calls these two; called by the function itself they throw
+    /// yERROR_STATE. All services share one subscription, for which this waits for the main loop for at most `timeout`
+    /// microseconds. Don't call it in Start: while a job is loaded no subscription is made. A subscription that wasn't
+    /// made, which is logged as a warning, is made at the next call of any service.
     virtual void AddDataSourceEventHandler(const std::string& serviceId, const DataSourceEventFunction& function,
                                            unsigned long long timeout) = 0;
     virtual void RemoveDataSourceEventHandler(const std::string& serviceId, unsigned long long timeout) = 0;

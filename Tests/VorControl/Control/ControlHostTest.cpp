@@ -280,11 +280,41 @@ TEST_F(ControlHostTest, ServicesHearOfTheEndOfADataSourceThatCanNoLongerBeAsked)
     EXPECT_EQ(NewEvents(), (Texts{"a: 3 gone  0", "b: 3 gone  0"}));
 }
 
+TEST_F(ControlHostTest, AnEndWhosePropertiesFailOtherwiseThanByAnUnknownNameFails) {
+    host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
+    system.OnCall([](const std::string&) { Vor::Throw(yERROR_STATE, "no pipe"); });
+    EXPECT_FAILURE(system.deleted.Raise("profile/max"), yERROR_STATE, "no pipe");
+    EXPECT_TRUE(NewEvents().empty());
+}
+
 TEST_F(ControlHostTest, ADataSourceThatIsThereButCannotBeAskedFailsItsEvent) {
     host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     EXPECT_FAILURE(system.created.Raise("unknown"), yERROR_NOT_FOUND, "no data source unknown");
     EXPECT_FAILURE(system.updated.Raise("unknown"), yERROR_NOT_FOUND, "no data source unknown");
     EXPECT_TRUE(NewEvents().empty());
+}
+
+TEST_F(ControlHostTest, AFunctionThatAddsOrRemovesOnesIsRefused) {
+    int refused = 0;
+    host.AddDataSourceEventHandler(
+        "a",
+        [&](EventType, const Properties&) {
+            const std::string text =
+                "Service b can't add or remove its data source event callback function in such a function";
+            EXPECT_FAILURE(host.RemoveDataSourceEventHandler("b", Timeout), yERROR_STATE, text);
+            EXPECT_FAILURE(host.AddDataSourceEventHandler("b", Noting("b"), Timeout), yERROR_STATE, text);
+            if (++refused == 1) {
+                system.updated.Raise("profile/max");
+                EXPECT_FAILURE(host.RemoveDataSourceEventHandler("b", Timeout), yERROR_STATE, text);
+                Vor::Throw(yERROR_FULL);
+            }
+        },
+        Timeout);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
+    EXPECT_TEXTLESS_FAILURE(system.created.Raise("profile/max"), yERROR_FULL);
+    EXPECT_EQ(refused, 2);
+    EXPECT_EQ(NewEvents(), Texts{"b: 2 profile/max Max 19"});
+    host.RemoveDataSourceEventHandler("b", Timeout);
 }
 
 TEST_F(ControlHostTest, AnEventThatFindsNobodyAsksNothing) {
@@ -333,13 +363,36 @@ TEST_F(ControlHostTest, WhileTheMainLoopIsBlockedTheServiceIsKeptAndNothingIsSub
     }
     EXPECT_EQ(log.Count(Vor::LevelWarning, "Service a is not told of data source events: the main loop did not answer"),
               1U);
-    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
     EXPECT_EQ(Subscriptions(), 0U);
     EXPECT_TEXTLESS_FAILURE(host.AddDataSourceEventHandler("a", Noting("a"), Timeout), yERROR_ALREADY_EXISTS);
     host.RemoveDataSourceEventHandler("a", Timeout);
-    host.RemoveDataSourceEventHandler("b", Timeout);
     host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
     EXPECT_EQ(Subscriptions(), 1U);
+}
+
+TEST_F(ControlHostTest, ASubscriptionThatTheFirstServiceDidNotGetIsMadeByTheNext) {
+    std::thread([&] { host.AddDataSourceEventHandler("a", Noting("a"), 0); }).join();
+    EXPECT_EQ(log.Count(Vor::LevelWarning, "Service a is not told of data source events: the main loop did not answer"),
+              1U);
+    host.AddDataSourceEventHandler("b", Noting("b"), Timeout);
+    host.AddDataSourceEventHandler("c", Noting("c"), Timeout);
+    loop.RunReady();
+    EXPECT_EQ(Subscriptions(), 1U);
+    system.created.Raise("profile/max");
+    EXPECT_EQ(NewEvents(), (Texts{"a: 1 profile/max Max 19", "b: 1 profile/max Max 19", "c: 1 profile/max Max 19"}));
+}
+
+TEST_F(ControlHostTest, ASubscriptionThatFailsLeavesOnlyTheServiceOutThatMadeIt) {
+    {
+        const VorCommon::RuntimeCache::MainLoopBlock block(cache);
+        host.AddDataSourceEventHandler("a", Noting("a"), Timeout);
+    }
+    system.OnCall([](const std::string&) { Vor::Throw(yERROR_STATE, "no pipe"); });
+    EXPECT_FAILURE(host.AddDataSourceEventHandler("b", Noting("b"), Timeout), yERROR_STATE, "no pipe");
+    system.OnCall({});
+    host.AddDataSourceEventHandler("c", Noting("c"), Timeout);
+    system.created.Raise("profile/max");
+    EXPECT_EQ(NewEvents(), (Texts{"a: 1 profile/max Max 19", "c: 1 profile/max Max 19"}));
 }
 
 TEST_F(ControlHostTest, ASubscriptionThatFailsLeavesTheServiceOut) {
