@@ -21,6 +21,7 @@ ControlRegistry::~ControlRegistry() {
 }
 
 void ControlRegistry::AttachPlugins() {
+    DetachPlugins();
     Vor::LogInfo("ControlRegistry loading plugins...");
     for (std::size_t i = 0; i < plugins.Count(); ++i) {
         ProcessPluginLoad(plugins.At(i), VorPlugin::PluginEvent::Loaded);

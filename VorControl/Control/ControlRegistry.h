@@ -22,6 +22,8 @@ public:
     ControlRegistry(const ControlRegistry&) = delete;
     ControlRegistry& operator=(const ControlRegistry&) = delete;
 
+    /// Adds the types of the libraries that are loaded, and subscribes to the load event in place of a former
+    /// subscription.
     void AttachPlugins();
     void DetachPlugins();
     /// Adds or removes each record of the library. A record that fails is logged, and the others are still processed.

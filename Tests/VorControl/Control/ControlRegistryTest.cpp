@@ -174,4 +174,16 @@ TEST_F(ControlRegistryTest, HearsNothingAfterDetachingOrItsEnd) {
     EXPECT_EQ(plugins.LoadEvent().Count(), 0U);
 }
 
+TEST_F(ControlRegistryTest, ASecondAttachReplacesTheSubscription) {
+    {
+        ControlRegistry registry(plugins);
+        registry.AttachPlugins();
+        EXPECT_EQ(plugins.LoadEvent().Count(), 1U);
+        Publish(plugins, {"late"});
+        EXPECT_EQ(Names(registry), std::vector<std::string>{"late"});
+        EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
+    }
+    EXPECT_EQ(plugins.LoadEvent().Count(), 0U);
+}
+
 } // namespace
