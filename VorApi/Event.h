@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -82,14 +83,21 @@ public:
 
     /// Throws what a callback throws; the callbacks after it aren't called then.
     void Raise(Args... args) const {
-        const Walk walk(*this);
-        if (!walk.called) {
-            return;
-        }
-        for (const auto& entry : walk.called->list) {
-            if (!entry->removed.load(std::memory_order_relaxed)) {
-                entry->function(args...);
+        Each([&](const auto& function) { function(args...); });
+    }
+
+    /// Calls every callback, also after one has thrown. Throws what the first of these threw when all were called.
+    void RaiseToAll(Args... args) const {
+        std::exception_ptr first;
+        Each([&](const auto& function) {
+            try {
+                function(args...);
+            } catch (...) {
+                first = first == nullptr ? std::current_exception() : first;
             }
+        });
+        if (first != nullptr) {
+            std::rethrow_exception(first);
         }
     }
 
@@ -124,6 +132,19 @@ private:
     /// Guards `entries`. No other lock is entered and no callback runs while it is held.
     mutable std::mutex mutex;
     std::shared_ptr<Entries> entries; ///< replaced, not changed, while a raise walks it
+
+    template <class Call>
+    void Each(const Call& call) const {
+        const Walk walk(*this);
+        if (!walk.called) {
+            return;
+        }
+        for (const auto& entry : walk.called->list) {
+            if (!entry->removed.load(std::memory_order_relaxed)) {
+                call(entry->function);
+            }
+        }
+    }
 
     std::shared_ptr<Entries> Copy() const {
         auto copy = std::make_shared<Entries>();

@@ -21,9 +21,29 @@ TEST(Event, CallsInOrderOfAddingWithTheArguments) {
     EXPECT_EQ(event.Count(), 2U);
 }
 
+TEST(Event, RaiseToAllCallsEachAndThrowsTheFirstFailure) {
+    Vor::Event<int> event;
+    std::vector<int> calls;
+    event.Add([&](int number) { calls.push_back(number); });
+    event.Add([&](int) { throw std::runtime_error("first"); });
+    event.Add([&](int) { throw 5; });
+    auto last = event.Add([&](int number) { calls.push_back(-number); });
+    try {
+        event.RaiseToAll(3);
+        FAIL();
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "first");
+    }
+    EXPECT_EQ(calls, (std::vector<int>{3, -3}));
+    event.Remove(last);
+    EXPECT_THROW(event.RaiseToAll(4), std::runtime_error);
+    EXPECT_EQ(calls.back(), 4);
+}
+
 TEST(Event, WithoutCallbacksRaisesNothing) {
     const Vor::Event<> event;
     event.Raise();
+    event.RaiseToAll();
     EXPECT_EQ(event.Count(), 0U);
 }
 

@@ -261,19 +261,15 @@ void ControlManager::SetPersistenceFileModified(PersistDomain domain) {
 }
 
 void ControlManager::OnPersistenceLoad(PersistenceLoadOpState state) {
-    persistenceLoad.Raise(state);
+    persistenceLoad.RaiseToAll(state);
 }
 
 void ControlManager::RunLoad(const std::function<void()>& operation) {
-    OnPersistenceLoad(PersistenceLoadOpState::Begin);
     try {
+        OnPersistenceLoad(PersistenceLoadOpState::Begin);
         operation();
     } catch (...) {
-        try {
-            OnPersistenceLoad(PersistenceLoadOpState::End);
-        } catch (const std::exception& e) {
-            LogFailure(e);
-        }
+        RunCaught([&] { OnPersistenceLoad(PersistenceLoadOpState::End); }, LogFailure);
         throw;
     }
     OnPersistenceLoad(PersistenceLoadOpState::End);

@@ -465,6 +465,39 @@ TEST_F(ControlManagerTest, ALoadHandlerThatThrowsEndsTheLoadAndIsOver) {
     EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
 }
 
+TEST_F(ControlManagerTest, EachLoadHandlerIsCalledAtTheBeginAndAtTheEndWhateverAnotherThrows) {
+    for (const LoadState failing : {LoadState::Begin, LoadState::End}) {
+        BuildTwo();
+        calls->clear();
+        NoteLoadEvents();
+        manager->AddPersistenceLoadEventHandler([failing](LoadState state) {
+            if (state == failing) {
+                throw std::runtime_error("handler");
+            }
+        });
+        NoteLoadEvents();
+        store.files[PathOf("a")] = EnabledConfiguration();
+        EXPECT_THROW(manager->LoadPersistDomain(PersistDomain::Job, store), std::runtime_error);
+        std::erase_if(*calls, [](const std::string& call) { return call.rfind("load", 0) != 0; });
+        EXPECT_EQ(*calls, (Calls{"load begins", "load begins", "load ends", "load ends"}));
+        EXPECT_EQ(manager->GetInstance("a").IsEnabled(), failing == LoadState::End);
+    }
+}
+
+TEST_F(ControlManagerTest, AnEndHandlerThatThrowsAfterAFailedLoadIsLogged) {
+    BuildTwo();
+    manager->AddPersistenceLoadEventHandler([](LoadState state) {
+        if (state == LoadState::Begin) {
+            throw std::runtime_error("begin");
+        }
+        throw 5;
+    });
+    NoteLoadEvents();
+    EXPECT_THROW(manager->LoadPersistDomain(PersistDomain::Job, store), std::runtime_error);
+    EXPECT_EQ(calls->back(), "load ends");
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Caught std::runtime_error: unknown exception"));
+}
+
 TEST_F(ControlManagerTest, OnlyTheInitOfTheJobRaisesTheLoadEvents) {
     BuildTwo();
     NoteLoadEvents();
