@@ -101,15 +101,17 @@ public:
     /// Removes all handlers of the service, also when the id isn't set. Waits for a running handler.
     void RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id);
 
-    /// The reads run on the main loop while the caller waits for at most `timeout` microseconds. On the main loop
-    /// itself, and while it is blocked, they run on the caller's thread. What a read throws is thrown here.
+    /// The reads run on the main loop while the caller waits for at most `timeout` microseconds; a read that hasn't
+    /// begun then never does. On the main loop itself, and while it is blocked, they run on the caller's thread. What a
+    /// read throws is thrown here or, after the time-out, logged.
     /// Returns 0 when there was no answer in time.
     long long LocalNodeDateTime(unsigned long long timeout);
     /// Returns an empty text when there was no answer in time.
     std::string LocalNodeNtpHost(unsigned long long timeout);
     /// Returns false when there was no answer in time.
     bool LocalNodeSyncTime(const std::string& host, unsigned long long timeout);
-    /// Without an answer in time the ids don't change. Does nothing while the main loop is blocked.
+    /// This and the removal are short, so they are waited for once they have begun, whatever the time-out. Without an
+    /// answer in time the ids don't change. Does nothing while the main loop is blocked.
     void AddDataSourceEventHandler(const IControlSystemInterface::DataSourceEventHandlerContainer& handlers,
                                    IControlSystemInterface::DataSourceEventCallbackIdContainer& ids,
                                    unsigned long long timeout);

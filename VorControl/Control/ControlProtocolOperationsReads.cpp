@@ -4,33 +4,83 @@
 #include "VorCommon/IRuntimeCache.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
 
+#include <atomic>
+#include <exception>
+#include <functional>
+#include <memory>
 #include <utility>
 
 namespace VorControl {
 
 namespace {
 
-/// Runs the call on the main loop; returns false after the time-out. On return the call isn't running and will not run,
-/// but after a time-out it may have run.
-bool RunBounded(std::function<void()> call, unsigned long long timeout) {
+/// A call for the main loop, for which the caller waits for a limited time. What the call throws reaches the caller, or
+/// the main loop if the caller waits no longer.
+class BoundedCall {
+public:
+    explicit BoundedCall(std::function<void()> call)
+        : call(std::move(call)) {}
+
+    /// On the main loop. Does nothing if the caller waits no longer.
+    void Run() {
+        if (state == State::Abandoned) {
+            return;
+        }
+        try {
+            call();
+        } catch (...) {
+            failure = std::current_exception();
+            if (state.exchange(State::Failed) == State::Abandoned) {
+                throw;
+            }
+        }
+    }
+
+    /// The caller waits no longer. Throws what the call threw before.
+    void Abandon() {
+        if (state.exchange(State::Abandoned) == State::Failed) {
+            std::rethrow_exception(failure);
+        }
+    }
+
+private:
+    enum class State { Waiting, Failed, Abandoned };
+
+    const std::function<void()> call;
+    std::atomic<State> state = State::Waiting;
+    std::exception_ptr failure; ///< set before the state is
+};
+
+/// Runs the call on the main loop and returns whether it is done. After the time-out it may be running, and it must own
+/// all that it touches; it doesn't begin any more. What it throws is thrown, also yERROR_TIMEOUT.
+bool RunBounded(Vor::AsyncRunner& runner, std::function<void()> call, unsigned long long timeout) {
+    const auto bounded = std::make_shared<BoundedCall>(std::move(call));
+    bool done = true;
     try {
-        Vor::AsyncRunner runner;
-        runner.RunAndWait(std::move(call), timeout);
-        return true;
+        runner.RunAndWait([bounded] { bounded->Run(); }, timeout);
     } catch (const Vor::Exception& e) {
         if (e.Status() != yERROR_TIMEOUT) {
             throw;
         }
-        return false;
+        done = false;
     }
+    bounded->Abandon();
+    return done;
+}
+
+/// Runs the call on the main loop, unless it can't begin in time. It isn't running on return.
+void RunOrDrop(std::function<void()> call, unsigned long long timeout) {
+    Vor::AsyncRunner runner;
+    RunBounded(runner, std::move(call), timeout);
 }
 
 /// Returns what `read` writes, or a fresh answer after the time-out. The closure shares the answer that it writes into,
-/// as it may run too late.
+/// as it may run longer than its caller waits.
 template <class Answer>
-Answer ReadBounded(std::function<void(Answer&)> read, unsigned long long timeout) {
+Answer ReadBounded(Vor::AsyncRunner& runner, std::function<void(Answer&)> read, unsigned long long timeout) {
     const auto answer = std::make_shared<Answer>();
-    if (RunBounded([answer, read = std::move(read)] { read(*answer); }, timeout)) {
+    if (RunBounded(
+            runner, [answer, read = std::move(read)] { read(*answer); }, timeout)) {
         return std::move(*answer);
     }
     return Answer{};
@@ -50,22 +100,24 @@ long long ControlProtocolOperations::LocalNodeDateTime(unsigned long long timeou
     if (CanReadInPlace()) {
         return systemInterface.LocalNodeDateTime();
     }
-    return ReadBounded<long long>([this](long long& answer) { answer = systemInterface.LocalNodeDateTime(); }, timeout);
+    return ReadBounded<long long>(
+        *asyncRunner, [this](long long& answer) { answer = systemInterface.LocalNodeDateTime(); }, timeout);
 }
 
 std::string ControlProtocolOperations::LocalNodeNtpHost(unsigned long long timeout) {
     if (CanReadInPlace()) {
         return systemInterface.LocalNodeNtpHost();
     }
-    return ReadBounded<std::string>([this](std::string& answer) { answer = systemInterface.LocalNodeNtpHost(); },
-                                    timeout);
+    return ReadBounded<std::string>(
+        *asyncRunner, [this](std::string& answer) { answer = systemInterface.LocalNodeNtpHost(); }, timeout);
 }
 
 bool ControlProtocolOperations::LocalNodeSyncTime(const std::string& host, unsigned long long timeout) {
     if (CanReadInPlace()) {
         return systemInterface.LocalNodeSyncTime(host);
     }
-    return ReadBounded<bool>([this, host](bool& answer) { answer = systemInterface.LocalNodeSyncTime(host); }, timeout);
+    return ReadBounded<bool>(
+        *asyncRunner, [this, host](bool& answer) { answer = systemInterface.LocalNodeSyncTime(host); }, timeout);
 }
 
 void ControlProtocolOperations::AddDataSourceEventHandler(
@@ -79,7 +131,7 @@ void ControlProtocolOperations::AddDataSourceEventHandler(
         return;
     }
     const auto made = std::make_shared<IControlSystemInterface::DataSourceEventCallbackIdContainer>(ids);
-    RunBounded([this, handlers, made] { systemInterface.AddDataSourceEventHandler(handlers, *made); }, timeout);
+    RunOrDrop([this, handlers, made] { systemInterface.AddDataSourceEventHandler(handlers, *made); }, timeout);
     // A subscription that was made too late has ids, too: they are needed to end it.
     ids = *made;
 }
@@ -91,7 +143,7 @@ void ControlProtocolOperations::RemoveDataSourceEventHandler(
         return;
     }
     const auto left = std::make_shared<IControlSystemInterface::DataSourceEventCallbackIdContainer>(ids);
-    RunBounded([this, left] { systemInterface.RemoveDataSourceEventHandler(*left); }, timeout);
+    RunOrDrop([this, left] { systemInterface.RemoveDataSourceEventHandler(*left); }, timeout);
     ids = *left;
 }
 
@@ -107,7 +159,8 @@ void ControlProtocolOperations::DataSourceProperties(const std::string& name,
         return;
     }
     out = ReadBounded<Properties>(
-        [this, nameCopy](Properties& answer) { systemInterface.DataSourceProperties(nameCopy, answer); }, timeout);
+        *asyncRunner, [this, nameCopy](Properties& answer) { systemInterface.DataSourceProperties(nameCopy, answer); },
+        timeout);
 }
 
 void* ControlProtocolOperations::LiveJob(unsigned long long timeout) {
@@ -115,7 +168,8 @@ void* ControlProtocolOperations::LiveJob(unsigned long long timeout) {
         return systemInterface.LiveJob();
     }
     return ReadBounded<Vor::Object>(
-               [this](Vor::Object& answer) { answer = Vor::Object::Adopt(systemInterface.LiveJob()); }, timeout)
+               *asyncRunner, [this](Vor::Object& answer) { answer = Vor::Object::Adopt(systemInterface.LiveJob()); },
+               timeout)
         .Release();
 }
 

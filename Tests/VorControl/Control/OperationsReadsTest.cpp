@@ -222,6 +222,57 @@ TEST_F(OperationsReadsTest, WhatAReadThrowsIsThrown) {
     });
 }
 
+TEST_F(OperationsReadsTest, AReadThatHasBegunEndsWithItsTimeOutAsWell) {
+    // The read doesn't return before its caller has.
+    const auto runLate = [&](const auto& read) {
+        Tests::Signal returned;
+        system.OnCall([&](const std::string&) {
+            loop.Elapse(std::chrono::microseconds(Timeout));
+            EXPECT_TRUE(returned.Wait(std::chrono::seconds(3)));
+        });
+        OnOtherThread([&] {
+            read();
+            returned.Set();
+        });
+        system.OnCall({});
+    };
+    runLate([&] { EXPECT_EQ(operations->LocalNodeDateTime(Timeout), 0); });
+    runLate([&] { EXPECT_EQ(operations->LocalNodeNtpHost(Timeout), ""); });
+    runLate([&] { EXPECT_FALSE(operations->LocalNodeSyncTime("other", Timeout)); });
+    runLate([&] {
+        System::ControlDataSourceProperties out = source;
+        operations->DataSourceProperties("profile/max", out, Timeout);
+        ExpectEqual(out, {});
+    });
+    runLate([&] { EXPECT_EQ(operations->LiveJob(Timeout), nullptr); });
+    EXPECT_EQ(system.NewCalls().size(), 5U);
+}
+
+TEST_F(OperationsReadsTest, WhatAReadThrowsAfterItsTimeOutIsLogged) {
+    Tests::Signal returned;
+    system.OnCall([&](const std::string&) {
+        loop.Elapse(std::chrono::microseconds(Timeout));
+        returned.Wait(std::chrono::seconds(3));
+        Vor::Throw(yERROR_STATE, "no core");
+    });
+    OnOtherThread([&] {
+        EXPECT_EQ(operations->LocalNodeDateTime(Timeout), 0);
+        returned.Set();
+    });
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Exception in a call of the main loop"));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Caught exception with status -1000: no core"));
+}
+
+TEST_F(OperationsReadsTest, TheStatusOfATimeOutThatTheReadItselfThrowsIsThrown) {
+    system.OnCall([](const std::string&) { Vor::Throw(yERROR_TIMEOUT, "no answer of the core"); });
+    OnOtherThread([&] {
+        EXPECT_FAILURE(operations->LocalNodeDateTime(Timeout), yERROR_TIMEOUT, "no answer of the core");
+        EXPECT_FAILURE(operations->AddDataSourceEventHandler(handlers, ids, Timeout), yERROR_TIMEOUT,
+                       "no answer of the core");
+    });
+    EXPECT_TRUE(log.Records().empty());
+}
+
 TEST_F(OperationsReadsTest, AWaitThatFailsOtherwiseThanByItsTimeIsThrown) {
     faults.Set("AsyncRunner_RunAndWait", -31);
     std::thread([&] { EXPECT_TEXTLESS_FAILURE(operations->LocalNodeDateTime(Timeout), -31); }).join();
