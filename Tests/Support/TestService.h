@@ -60,6 +60,7 @@ public:
             onResultSets(resultSets);
         }
     }
+    VorCommon::ICommandTarget* CommandTarget() override { return commandTarget; }
     void RegisterAssemblyUpdate(const char* assemblyId) override {
         Note(std::string("RegisterAssemblyUpdate ") + assemblyId, {});
     }
@@ -85,6 +86,7 @@ public:
     Vor::Params::Group params;
     VorControl::ControlProtocol::ProtocolRegisterAssemblyGroup assemblies;
     std::shared_ptr<nlohmann::json> workspaceData; ///< a test that needs it sets it
+    VorCommon::ICommandTarget* commandTarget = nullptr;
     std::vector<std::string> calls;
     /// The same calls with the id in front. Several services may share it.
     std::shared_ptr<std::vector<std::string>> sharedCalls;

@@ -416,6 +416,10 @@ void ControlInstance::ResetInstance(bool keepEnabled, DataToReset data) {
     }
 }
 
+VorCommon::ICommandTarget* ControlInstance::CommandTarget() {
+    return protocol->CommandTarget();
+}
+
 void ControlInstance::OnPreStartScan() {
     protocol->OnPreStartScan();
 }

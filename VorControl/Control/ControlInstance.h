@@ -76,6 +76,8 @@ public:
 
     void ResetInstance(bool keepEnabled, DataToReset data) override;
 
+    VorCommon::ICommandTarget* CommandTarget() override;
+
     void OnPreStartScan() override;
     void OnPostStopScan() override;
     void OnFactoryRestore() override;

@@ -138,6 +138,9 @@ public:
 
     virtual void ResetInstance(bool keepEnabled, DataToReset data) = 0;
 
+    /// The commands of the service as a whole, which owns the target; null when there are none.
+    virtual VorCommon::ICommandTarget* CommandTarget() = 0;
+
     virtual void OnPreStartScan() = 0;
     virtual void OnPostStopScan() = 0;
     virtual void OnFactoryRestore() = 0;

@@ -107,6 +107,9 @@ public:
     /// Waits until a running ProcessResultSets has returned.
     virtual void RemoveControlScanResultsHandler() = 0;
 
+    /// The commands of the service as a whole, which owns the target; null, the default, when there are none.
+    virtual VorCommon::ICommandTarget* CommandTarget() = 0;
+
     /// Called after a client changed the assembly with that id. "Not implemented" by default.
     virtual void RegisterAssemblyUpdate(const char* assemblyId) = 0;
     virtual bool HasRegisterAssemblyCommandTarget() const = 0;

@@ -240,6 +240,10 @@ void ProtocolBase::RegisterAssemblyUpdate(const char* /*assemblyId*/) {
     Vor::Throw(yERROR_UNIMPLEMENTED);
 }
 
+VorCommon::ICommandTarget* ProtocolBase::CommandTarget() {
+    return nullptr;
+}
+
 bool ProtocolBase::HasRegisterAssemblyCommandTarget() const {
     return HasRegisterAssemblyGroup();
 }

@@ -71,6 +71,8 @@ public:
     bool HasOutputsCommandTarget() const override;
     VorCommon::ICommandTarget& OutputsCommandTarget() const override;
 
+    VorCommon::ICommandTarget* CommandTarget() override;
+
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     bool HasRegisterAssemblyCommandTarget() const override;
     VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const override;

@@ -496,6 +496,13 @@ TEST_F(ControlInstanceTest, ForwardsTheRestToTheService) {
                                      "OnPersistDomainLoaded workspace"}));
 }
 
+TEST_F(ControlInstanceTest, GivesTheCommandsOfTheService) {
+    EXPECT_EQ(instance->CommandTarget(), nullptr);
+    AddAssembly("a");
+    service->commandTarget = &service->RegisterAssemblyCommandTarget("a");
+    EXPECT_EQ(instance->CommandTarget(), service->commandTarget);
+}
+
 TEST_F(ControlInstanceTest, ItsEndRemovesTheHandlersWithoutStoppingTheService) {
     instance->Enable(true);
     int raised = 0;

@@ -166,6 +166,8 @@ public:
              std::to_string(static_cast<int>(data)));
     }
 
+    VorCommon::ICommandTarget* CommandTarget() override { return nullptr; }
+
     void OnPreStartScan() override {}
     void OnPostStopScan() override {}
     void OnFactoryRestore() override {}
