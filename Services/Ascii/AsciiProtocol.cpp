@@ -2,7 +2,6 @@
 
 #include "Services/Ascii/AsciiSession.h"
 #include "Vor/Exception.h"
-#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
@@ -64,7 +63,7 @@ AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
 
 AsciiProtocol::~AsciiProtocol() {
     CloseServer();
-    Vor::CleanUp([this] { StopOperationEndEvents(); });
+    StopOperationEndEvents();
 }
 
 std::unique_ptr<Net::ITcpSession> AsciiProtocol::MakeSession(bool mayWrite) {

@@ -5,7 +5,6 @@
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/DiagnosticsBlock.h"
 #include "Services/Modbus/Session.h"
-#include "VorApi/LogThrown.h"
 #include "yApi/yArrayList.h"
 
 namespace Services::Modbus {
@@ -47,7 +46,7 @@ ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
 
 ModbusProtocol::~ModbusProtocol() {
     CloseServer();
-    Vor::CleanUp([this] { StopOperationEndEvents(); });
+    StopOperationEndEvents();
 }
 
 std::unique_ptr<Net::ITcpSession> ModbusProtocol::MakeSession(bool mayWrite) {

@@ -5,6 +5,7 @@
 #include "VorApi/LogThrown.h"
 #include "VorApi/Params/PropertyValue.h"
 #include "VorCommon/IPlatformAttributes.h"
+#include "VorControl/Control/RunCaught.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
 #include "yApi/yStatus.h"
@@ -41,14 +42,10 @@ ProtocolBase::~ProtocolBase() {
     StopOperationEndEvents();
 }
 
-void ProtocolBase::StopOperationEndEvents() {
-    if (!operationEndCallback.IsSet()) {
-        return;
-    }
-    try {
-        host->RemoveOpEndEventHandler(id, operationEndCallback);
-    } catch (const Vor::Exception& e) {
-        Vor::LogThrown(e, "EXCEPTION THROWN: ");
+void ProtocolBase::StopOperationEndEvents() noexcept {
+    if (operationEndCallback.IsSet()) {
+        RunCaught([this] { host->RemoveOpEndEventHandler(id, operationEndCallback); },
+                  [](const std::exception& e) { Vor::LogThrown(e, "EXCEPTION THROWN: "); });
     }
 }
 

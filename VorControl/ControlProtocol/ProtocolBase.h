@@ -178,7 +178,7 @@ protected:
     void OpEndEventHandler(int status);
     /// After it has returned, OperationEndEventImpl isn't called any more for operations on the sensor. Waits for a
     /// call that is running, so it must not be called in OperationEndEventImpl. A failure is logged.
-    void StopOperationEndEvents();
+    void StopOperationEndEvents() noexcept;
 
     /// Reports a problem to the user if messages were dropped since the start of the scan, otherwise removes it. A null
     /// text means the default one. Uses `dropCount` of the service's metrics; does nothing if there are none.

@@ -14,6 +14,7 @@
 #include <typeinfo>
 
 #include <gtest/gtest.h>
+#include <utility>
 
 using VorCommon::PersistDomain;
 using namespace VorControl::ControlProtocol;
@@ -165,6 +166,23 @@ TEST_F(ProtocolBaseTest, OperationEndsThatCantBeStoppedAreLoggedAndGoNoFurther) 
 
 TEST_F(ProtocolBaseTest, AScannerIsOptionalOnFourKindsOfPlatform) {
     using VorCommon::PlatformKind;
+TEST_F(ProtocolBaseTest, StoppingOperationEndsThrowsNothing) {
+    class Stopping : public PlainService {
+    public:
+        using PlainService::PlainService;
+        using ProtocolBase::StopOperationEndEvents;
+    };
+    static_assert(noexcept(std::declval<Stopping&>().StopOperationEndEvents()));
+    Stopping stopping(environ);
+    yFault_SetHere("yLock_Enter", -34);
+    stopping.StopOperationEndEvents();
+    EXPECT_EQ(log.Count(Vor::LevelError, "EXCEPTION THROWN: "), 1U);
+}
+
+TEST_F(ProtocolBaseTest, HasNoCommandsOfItsOwn) {
+    EXPECT_EQ(service.CommandTarget(), nullptr);
+}
+
     const std::pair<PlatformKind, bool> expected[] = {
         {PlatformKind::None, false},          {PlatformKind::PhysicalSensor, false},
         {PlatformKind::PhysicalVorbox, true}, {PlatformKind::VirtualSensor, false},
