@@ -24,6 +24,9 @@ bool IsScannerOptional(const VorCommon::IPlatformAttributes& platform) {
            platform.IsPhysicalVorbox();
 }
 
+using DropCountValue = Vor::Properties::Value<long long>;
+constexpr const char* DropCountName = "dropCount";
+
 } // namespace
 
 ProtocolBase::ProtocolBase(const ControlProtocolEnviron& environ)
@@ -50,6 +53,10 @@ void ProtocolBase::StopOperationEndEvents() noexcept {
 }
 
 void ProtocolBase::Init(const ProtocolInitParams& initParams) {
+    if (initParams.metrics != nullptr &&
+        dynamic_cast<const DropCountValue*>(initParams.metrics->Find(DropCountName)) == nullptr) {
+        Vor::Throw(yERROR_PARAMETER, "The metrics of %s have no 'dropCount' of the type Value<long long>", displayName);
+    }
     if (initParams.nonPersistentProperties != nullptr) {
         properties = initParams.nonPersistentProperties;
     }
@@ -233,12 +240,12 @@ const IProtocolRegisterAssemblyGroup& ProtocolBase::Group() const {
     return *registerAssemblyGroup;
 }
 
-void ProtocolBase::RegisterAssemblyUpdate(const char* /*assemblyId*/) {
-    Vor::Throw(yERROR_UNIMPLEMENTED);
-}
-
 VorCommon::ICommandTarget* ProtocolBase::CommandTarget() {
     return nullptr;
+}
+
+void ProtocolBase::RegisterAssemblyUpdate(const char* /*assemblyId*/) {
+    Vor::Throw(yERROR_UNIMPLEMENTED);
 }
 
 bool ProtocolBase::HasRegisterAssemblyCommandTarget() const {
@@ -293,7 +300,7 @@ void ProtocolBase::OnPostStopScan() {
 }
 
 std::uint64_t ProtocolBase::DropCount() const {
-    const auto& dropCount = dynamic_cast<const Vor::Properties::Value<long long>&>(metrics->At("dropCount"));
+    const auto& dropCount = dynamic_cast<const DropCountValue&>(metrics->At(DropCountName));
     return static_cast<std::uint64_t>(dropCount.Get());
 }
 

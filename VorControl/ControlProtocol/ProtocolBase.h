@@ -148,7 +148,8 @@ protected:
     void EndUpdateRegisterAssemblyImpl(VorCommon::PersistDomain domain, const char* assemblyId,
                                        const char* version) override;
 
-    /// Stores the pointers, also null ones; null properties don't replace the built-in ones.
+    /// Stores the pointers, also null ones; null properties don't replace the built-in ones. Throws yERROR_PARAMETER,
+    /// and stores nothing, for metrics without a `dropCount` of the right type.
     void Init(const ProtocolInitParams& initParams);
     const std::string& Id() const { return id; }
     void SetIsRunning(bool value) { running.store(value, std::memory_order_relaxed); }

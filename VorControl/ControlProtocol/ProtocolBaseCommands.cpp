@@ -130,8 +130,8 @@ void ProtocolBase::CheckControlDrops(const char* text) {
         return;
     }
     problemsTracker.Begin();
+    std::uint64_t base = LastDropCount();
     const std::uint64_t dropCount = DropCount();
-    const std::uint64_t base = LastDropCount();
     if (dropCount > base) {
         if (auto* const problems = host->ProblemsManager()) {
             const char* const title = "VorControl";
@@ -146,7 +146,8 @@ void ProtocolBase::CheckControlDrops(const char* text) {
     }
     problemsTracker.End();
     if (dropCount < base) {
-        lastDropCount.store(dropCount, std::memory_order_relaxed);
+        // A scan that starts meanwhile sets its own base, which stays.
+        lastDropCount.compare_exchange_strong(base, dropCount, std::memory_order_relaxed);
     }
 }
 

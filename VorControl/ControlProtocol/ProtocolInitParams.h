@@ -22,8 +22,8 @@ struct ProtocolInitParams {
     Vor::Params::Group* params = nullptr;
     IProtocolOutput* outputs = nullptr;
     VorCommon::ICommandTarget* outputsCommandTarget = nullptr;
-    /// Its first child is `dropCount`, a Vor::Properties::Value<long long>. A service that sets it overrides
-    /// UpdateMetrics.
+    /// Its first child is `dropCount`, the number of messages that the service has dropped, as a
+    /// Vor::Properties::Value<long long>; Init refuses another type. A service that sets it overrides UpdateMetrics.
     Vor::Properties::Structure* metrics = nullptr;
     IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
 };

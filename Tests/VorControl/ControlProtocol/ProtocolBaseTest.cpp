@@ -1,6 +1,7 @@
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 
 #include "Tests/Support/ControlEnviron.h"
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/TestService.h"
 #include "Vor/Exception.h"
@@ -10,11 +11,12 @@
 #include "yApi/yStatus.h"
 
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <typeinfo>
+#include <utility>
 
 #include <gtest/gtest.h>
-#include <utility>
 
 using VorCommon::PersistDomain;
 using namespace VorControl::ControlProtocol;
@@ -164,8 +166,6 @@ TEST_F(ProtocolBaseTest, OperationEndsThatCantBeStoppedAreLoggedAndGoNoFurther) 
     EXPECT_NE(records[2].text.find("Back trace"), std::string::npos);
 }
 
-TEST_F(ProtocolBaseTest, AScannerIsOptionalOnFourKindsOfPlatform) {
-    using VorCommon::PlatformKind;
 TEST_F(ProtocolBaseTest, StoppingOperationEndsThrowsNothing) {
     class Stopping : public PlainService {
     public:
@@ -183,6 +183,8 @@ TEST_F(ProtocolBaseTest, HasNoCommandsOfItsOwn) {
     EXPECT_EQ(service.CommandTarget(), nullptr);
 }
 
+TEST_F(ProtocolBaseTest, AScannerIsOptionalOnFourKindsOfPlatform) {
+    using VorCommon::PlatformKind;
     const std::pair<PlatformKind, bool> expected[] = {
         {PlatformKind::None, false},          {PlatformKind::PhysicalSensor, false},
         {PlatformKind::PhysicalVorbox, true}, {PlatformKind::VirtualSensor, false},
@@ -319,6 +321,21 @@ TEST_F(ProtocolBaseTest, BoundMetricsDemandAnUpdateOfTheServicesOwn) {
         EXPECT_STREQ(e.what(), "Display must implement UpdateMetrics() if it has bound in metrics into the control "
                                "framework");
     }
+}
+
+TEST_F(ProtocolBaseTest, MetricsWithoutADropCountOfTheRightTypeAreRefused) {
+    const std::string refusal = "The metrics of Display have no 'dropCount' of the type Value<long long>";
+    Vor::Properties::Structure none(true);
+    EXPECT_FAILURE(service.Init({.metrics = &none}), yERROR_PARAMETER, refusal);
+    Vor::Properties::Structure unsignedCount(true);
+    Vor::Properties::Value<unsigned long long> count{0};
+    unsignedCount.Register("dropCount", count);
+    EXPECT_FAILURE(service.Init({.metrics = &unsignedCount}), yERROR_PARAMETER, refusal);
+    Vor::Properties::Structure nested(true);
+    Vor::Properties::Structure inner(true);
+    nested.Register("dropCount", inner);
+    EXPECT_FAILURE(service.Init({.metrics = &nested}), yERROR_PARAMETER, refusal);
+    EXPECT_NO_THROW(service.OnPreStartScan());
 }
 
 TEST_F(ProtocolBaseTest, TheStartOfAScanTakesTheDropCountAsTheNewBase) {

@@ -3,7 +3,9 @@
 #include "VorApi/Params/PropertyValue.h"
 #include "VorControl/ControlProtocol/ProtocolBase.h"
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -125,6 +127,45 @@ TEST_F(ProtocolProblemsTest, ACountThatFallsLowersTheBaseAndWithdrawsTheProblem)
     service.CheckControlDrops(nullptr);
     EXPECT_EQ(Texts().size(), 1U);
     EXPECT_EQ(service.LastDropCount(), 2U);
+}
+
+TEST_F(ProtocolProblemsTest, AScanThatStartsDuringACheckKeepsItsBase) {
+    /// Another thread starts a scan while the value is read for the check.
+    class Count : public Vor::Properties::Value<long long> {
+    public:
+        using Value::operator=;
+        const long long& Get() const override {
+            if (const auto call = std::exchange(onRead, {})) {
+                call();
+                return former;
+            }
+            return Value::Get();
+        }
+        mutable std::function<void()> onRead;
+        long long former = 2; ///< what the check reads
+    };
+    class CountMetrics : public Vor::Properties::Structure {
+    public:
+        CountMetrics()
+            : Structure(true) {
+            Register("dropCount", dropCount);
+        }
+        Count dropCount;
+    };
+    class CountService : public DropService {
+    public:
+        using DropService::DropService;
+        using ProtocolBase::Init;
+    };
+    CountMetrics metrics;
+    CountService counting(environ.Record("counting", "Counting"));
+    counting.Init({.metrics = &metrics});
+    metrics.dropCount = 9;
+    counting.OnPreStartScan();
+    metrics.dropCount = 4;
+    metrics.dropCount.onRead = [&] { counting.OnPreStartScan(); };
+    counting.CheckControlDrops(nullptr);
+    EXPECT_EQ(counting.LastDropCount(), 4U);
 }
 
 TEST_F(ProtocolProblemsTest, WithoutBoundMetricsNothingIsRaisedOrWithdrawn) {
