@@ -15,8 +15,8 @@ namespace Internal {
 
 /// Callables run in the order in which they were added. An empty one is kept, and running it throws
 /// `std::bad_function_call`. A handler may add and remove handlers, itself too: an added one runs at the end of the
-/// same round, a removed one doesn't run any more. A list without handlers has the size of a pointer. No lock: the
-/// owner serialises.
+/// same round, a removed one doesn't run any more. It must not destroy the list, which is to say the node that has it.
+/// A list without handlers has the size of a pointer. No lock: the owner serialises.
 template <class... Args>
 class HandlerList {
 public:

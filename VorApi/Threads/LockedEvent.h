@@ -10,7 +10,8 @@
 namespace Vor {
 
 /// An event with its own recursive lock, which is held while the callbacks run: removal waits for a raise on another
-/// thread, and a callback may add and remove. A failure of the lock is thrown with its status.
+/// thread, and a callback may add and remove, but must not wait for another thread that uses the event. A failure of
+/// the lock is thrown with its status.
 template <class... Args>
 class LockedEvent {
 public:

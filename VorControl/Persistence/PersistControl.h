@@ -26,16 +26,20 @@ public:
 
     /// Does nothing without the service's file. The service is started or stopped as set in its file, also when its
     /// settings can't be loaded. Waits without a limit for the service "hmi" to start or stop.
-    /// @throws Vor::Exception or nlohmann::json::exception; then the service has its defaults and what was loaded
-    ///         before the failure.
+    /// @throws Vor::Exception or nlohmann::json::exception, and what the service throws. A file that isn't JSON, has no
+    ///         section of the service or another version is refused, and the service stays as it is. After a later
+    ///         failure it has its defaults and what was loaded before.
     void Load(IControlInstance& instance, VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
 
     /// Loads the settings of a service without a persistence provider from its file's section, also when the service is
     /// disabled there. It is neither started nor stopped.
-    /// @throws Vor::Exception or nlohmann::json::exception as Load().
+    /// @throws Vor::Exception or nlohmann::json::exception, and what the service throws; then the service has its
+    ///         defaults and what was loaded before the failure.
     void LoadSettings(IControlInstance& instance, nlohmann::json& section);
 
-    /// @throws Vor::Exception; then the file isn't changed.
+    /// A service with nothing to save keeps the file that it has.
+    /// @throws Vor::Exception, nlohmann::json::exception for a text that isn't UTF-8, and what the service throws; then
+    ///         the file isn't changed.
     void Save(IControlInstance& instance, VorCommon::PersistDomain domain, VorCommon::IPersistStore& store);
 
     /// The result of the last Load(), also of one that threw.
