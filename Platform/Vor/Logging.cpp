@@ -88,7 +88,7 @@ public:
             }
         }
         const int rank = Rank(record.level);
-        if (rank < minimumRank.load(std::memory_order_relaxed)) {
+        if (!user && rank < minimumRank.load(std::memory_order_relaxed)) {
             return;
         }
         if (writer == nullptr) {

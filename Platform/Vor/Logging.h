@@ -31,8 +31,9 @@ class Logging {
 public:
     using UserHandlerId = std::uint64_t;
 
-    /// Entries below this level go to no output; captures and the user's log get every entry. Order of levels:
-    /// trace, debug, information (the default), warning, error.
+    /// Entries below this level go to no output, except those of the user's log; captures get every entry. An entry
+    /// that goes nowhere isn't formatted and costs no memory. Order of levels: trace, debug, information (the default),
+    /// warning, error.
     static void SetMinimumLevel(std::uint64_t level);
 
     static void Write(int line, const char* path, std::uint64_t level, const char* title, const char* format,

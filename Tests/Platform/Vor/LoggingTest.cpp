@@ -90,6 +90,18 @@ TEST(LoggingTest, OutputGoesToStandardErrorFromTheMinimumLevelUp) {
     EXPECT_NE(output.find("now above"), std::string::npos);
 }
 
+TEST(LoggingTest, EntriesForTheUserGoToTheOutputWhateverTheMinimumLevel) {
+    testing::internal::CaptureStderr();
+    Logging::SetMinimumLevel(Vor::LevelError);
+    Vor::LogUser(Vor::UserInfo, "VorControl", "for the user");
+    Vor::LogWarning("below");
+    Logging::SetMinimumLevel(Vor::LevelInfo);
+    Vor::LogError("last");
+    const std::string output = testing::internal::GetCapturedStderr();
+    EXPECT_NE(output.find("for the user"), std::string::npos);
+    EXPECT_EQ(output.find("below"), std::string::npos);
+}
+
 TEST(LoggingTest, OutputNamesTheFunctionWithoutItsArguments) {
     testing::internal::CaptureStderr();
     Vor_Log(0, "", Vor::LevelError, "std::vector<int, std::allocator<int> > Space::Class::Call(int) const", "text");
