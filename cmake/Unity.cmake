@@ -1,7 +1,7 @@
-# With VOR_UNITY the target compiles eight of its sources at once. They are included as headers are, by a path that is the
-# same in each tree, so that the compiler's cache serves all trees.
-function(vor_unity target)
-  if(NOT VOR_UNITY)
+# With the option on, the target compiles eight of its sources at once. They are included as headers are, by a path that is
+# the same in each tree, so that the compiler's cache serves all trees.
+function(vor_unity target option)
+  if(NOT ${option})
     return()
   endif()
   get_target_property(sources ${target} SOURCES)
