@@ -279,7 +279,7 @@ void Compare(Bench::Report& report, const std::string& order, bool shuffled, int
         [&] { return AddAll(few, false).seconds; });
     report.Note("1,000 blocks, " + order, AddAll(Ids(1000, shuffled), false).seconds * 1e3, "ms");
     report.Add("60,000 blocks against 10,000, " + order, comparison, "ms", Sixfold, 1e3);
-    report.Note("memory of a block, " + order, bytesPerBlock, "bytes", 16.0 * 1024);
+    report.Note("memory of a block, " + order, bytesPerBlock, "bytes", 4096.0);
 }
 
 /// Adds each block at the place of the first one, which moves all others.

@@ -2,6 +2,7 @@
 
 #include "Vor/Structure.h"
 
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -18,6 +19,7 @@ Internal::Name TypeKey() {
 
 struct Node::Extras {
     Structure schema{true};
+    bool isSchemaBuilt = false;
     Internal::HandlerList<Node&> changeHandlers;
 };
 
@@ -49,6 +51,10 @@ void Node::RemoveChangeHandler(HandlerId& id) {
     }
 }
 
+bool Node::HasChangeHandlers() const {
+    return extras && extras->changeHandlers.Count() != 0;
+}
+
 bool Node::IsChanging() const {
     return extras && extras->changeHandlers.IsRunning();
 }
@@ -60,15 +66,15 @@ void Node::RunChangeHandlers() {
 }
 
 Structure& Node::Schema() {
-    return MakeExtras().schema;
+    return BuildSchema();
 }
 
 const Structure& Node::Schema() const {
-    return MakeExtras().schema;
+    return BuildSchema();
 }
 
 const Structure* Node::SchemaIfBuilt() const {
-    return extras ? &extras->schema : nullptr;
+    return extras && extras->isSchemaBuilt ? &extras->schema : nullptr;
 }
 
 const Node* Node::LoneType() const {
@@ -78,20 +84,35 @@ const Node* Node::LoneType() const {
     return reinterpret_cast<const Node*>(reinterpret_cast<const char*>(this) + typeOffset);
 }
 
+const Internal::IKeywordSource* Node::LoneKeywords() const {
+    if (sourceOffset == 0 || SchemaIfBuilt() != nullptr) {
+        return nullptr;
+    }
+    return reinterpret_cast<const Internal::IKeywordSource*>(reinterpret_cast<const char*>(this) + sourceOffset);
+}
+
+void Node::SetKeywordSource(Internal::IKeywordSource& source) {
+    sourceOffset =
+        static_cast<std::int16_t>(reinterpret_cast<const char*>(&source) - reinterpret_cast<const char*>(this));
+    if (SchemaIfBuilt() != nullptr) {
+        source.RegisterKeywords();
+    }
+}
+
 void Node::RegisterSchema(Internal::Name key, Node& keyword, bool copied) {
-    if (!extras && copied && key == TypeKey()) {
+    if (SchemaIfBuilt() == nullptr && copied && key == TypeKey()) {
         const std::ptrdiff_t offset = reinterpret_cast<const char*>(&keyword) - reinterpret_cast<const char*>(this);
         if (offset > 0 && offset <= std::numeric_limits<std::int16_t>::max()) {
             typeOffset = static_cast<std::int16_t>(offset);
             return;
         }
     }
-    MakeExtras().schema.Register(key, keyword, copied);
+    BuildSchema().Register(key, keyword, copied);
 }
 
 void Node::DeregisterSchema(Internal::Name key) {
-    if (extras) {
-        extras->schema.Deregister(key);
+    if (SchemaIfBuilt() != nullptr || LoneKeywords() != nullptr) {
+        BuildSchema().Deregister(key);
     } else if (key == TypeKey()) {
         typeOffset = 0;
     }
@@ -101,15 +122,20 @@ void Node::CopySchema(const Node& other) {
     if (&other == this) {
         return;
     }
-    const auto find = [&other](Internal::Name key) -> const Node* {
-        return other.extras ? other.extras->schema.FindKey(key) : key == TypeKey() ? other.LoneType() : nullptr;
+    const Structure* const others = other.SchemaIfBuilt();
+    const auto find = [&](Internal::Name key) -> const Node* {
+        return others != nullptr ? others->FindKey(key) : key == TypeKey() ? other.LoneType() : nullptr;
     };
     if (const Node* const type = LoneType()) {
         if (const Node* const source = find(TypeKey())) {
             const_cast<Node*>(type)->CopyValues(*source);
         }
     }
-    if (!extras) {
+    // Keyword sources copy their keywords themselves.
+    if (LoneKeywords() != nullptr && others != nullptr && other.sourceOffset == 0) {
+        BuildSchema();
+    }
+    if (SchemaIfBuilt() == nullptr) {
         return;
     }
     const auto& keywords = extras->schema.Members();
@@ -128,13 +154,26 @@ void Node::CopySchema(const Node& other) {
 Node::Extras& Node::MakeExtras() const {
     if (!extras) {
         extras = std::make_unique<Extras>();
-        extras->schema.schemaOwner = this;
-        if (const Node* const type = LoneType()) {
-            extras->schema.Register(TypeKey(), const_cast<Node&>(*type), true);
-            typeOffset = 0;
-        }
     }
     return *extras;
+}
+
+Structure& Node::BuildSchema() const {
+    Extras& made = MakeExtras();
+    if (made.isSchemaBuilt) {
+        return made.schema;
+    }
+    const auto* const keywords = LoneKeywords();
+    made.isSchemaBuilt = true;
+    made.schema.schemaOwner = this;
+    if (const Node* const type = LoneType()) {
+        made.schema.Register(TypeKey(), const_cast<Node&>(*type), true);
+        typeOffset = 0;
+    }
+    if (keywords != nullptr) {
+        const_cast<Internal::IKeywordSource*>(keywords)->RegisterKeywords();
+    }
+    return made.schema;
 }
 
 } // namespace Vor::Properties

@@ -13,7 +13,25 @@ namespace Vor::Properties {
 
 class INodeVisitor;
 class INodeVisitorConst;
+class Node;
 class Structure;
+
+namespace Internal {
+
+/// The keywords that a node has from the start. They have no nodes until the schema is built.
+class IKeywordSource {
+public:
+    /// Registers a node for each keyword in the schema, which has "type" by then.
+    virtual void RegisterKeywords() = 0;
+
+    /// Calls `visit` with each keyword in the order of the schema. The node may exist during the call only.
+    virtual void VisitKeywords(const std::function<void(Name key, const Node& keyword)>& visit) const = 0;
+
+protected:
+    ~IKeywordSource() = default;
+};
+
+} // namespace Internal
 
 /// An element of a property tree: a value, a structure or an array. Nodes refer to each other and never own each other:
 /// a child and a schema keyword are members of the class that registers them, and one node may be in several trees.
@@ -49,6 +67,8 @@ public:
     HandlerId AddChangeHandler(std::function<void(Node&)> handler);
     void RemoveChangeHandler(HandlerId& id);
 
+    bool HasChangeHandlers() const;
+
     /// Whether change handlers of this node are running, so that its old value is still stored.
     bool IsChanging() const;
 
@@ -56,11 +76,17 @@ public:
     Structure& Schema();
     const Structure& Schema() const;
 
-    /// The keywords, null while there are none but "type".
+    /// The keywords, null while there are none but "type" and those of the keyword source.
     const Structure* SchemaIfBuilt() const;
 
     /// The node under "type" while `SchemaIfBuilt` is null, else null.
     const Node* LoneType() const;
+
+    /// The keyword source, if any, while `SchemaIfBuilt` is null, else null.
+    const Internal::IKeywordSource* LoneKeywords() const;
+
+    /// `source` is a part of the same object. Its keywords follow those that are registered already.
+    void SetKeywordSource(Internal::IKeywordSource& source);
 
     /// Attaches `keyword`, which must outlive its registration. A key that is registered already gets the new node in
     /// its place. `copied`: `CopySchema` copies the keyword's value.
@@ -79,11 +105,13 @@ private:
     struct Extras;
 
     Extras& MakeExtras() const;
+    Structure& BuildSchema() const;
 
     mutable std::unique_ptr<Extras> extras;
-    /// The distance in bytes from this node to its "type" keyword while that is the only keyword, else 0. Most nodes
-    /// have no other keyword, and so need no schema.
+    /// The distances in bytes from this node to its "type" keyword, 0 once it is in the schema, and to its keyword
+    /// source, 0 if there is none. Most nodes have no other keywords, and so need no schema.
     mutable std::int16_t typeOffset = 0;
+    std::int16_t sourceOffset = 0;
     bool writeOnly = false;
 };
 

@@ -32,8 +32,13 @@ public:
             for (const Member& keyword : schema->Members()) {
                 Write(keyword.Target(), target.Member(keyword.Text()));
             }
-        } else if (const Node* const type = node.LoneType()) {
+            return;
+        }
+        if (const Node* const type = node.LoneType()) {
             Write(*type, target.Member("type"));
+        }
+        if (const IKeywordSource* const keywords = node.LoneKeywords()) {
+            keywords->VisitKeywords([&](Name key, const Node& keyword) { Write(keyword, target.Member(key.Text())); });
         }
     }
 

@@ -4,10 +4,10 @@ namespace Vor::Params {
 
 StructBase::StructBase(const std::string& extendedType)
     : Structure(true)
-    , ParamsBase(static_cast<Properties::Node&>(*this))
-    , extendedType(extendedType) {
+    , ParamsBase(static_cast<Properties::Node&>(*this)) {
     if (!extendedType.empty()) {
-        RegisterSchema("extendedType", this->extendedType);
+        this->extendedType = std::make_unique<Properties::Value<std::string>>(extendedType);
+        RegisterSchema("extendedType", *this->extendedType);
     }
 }
 
@@ -18,7 +18,12 @@ void StructBase::CopyValues(const Properties::Node& other) {
     if (const auto* const source = dynamic_cast<const StructBase*>(&other)) {
         ParamsBase::CopyValues(*source);
         RegisterCopied();
-        extendedType.ConditionalSet(source->extendedType.Get());
+        if (!extendedType && source->extendedType) {
+            extendedType = std::make_unique<Properties::Value<std::string>>();
+        }
+        if (extendedType) {
+            extendedType->ConditionalSet(source->extendedType ? source->extendedType->Get() : std::string());
+        }
         nextSortOrder = source->nextSortOrder;
     }
 }

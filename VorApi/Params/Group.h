@@ -3,6 +3,7 @@
 #include "Vor/Structure.h"
 #include "VorApi/Params/ParamsBase.h"
 
+#include <memory>
 #include <string>
 
 namespace Vor::Params {
@@ -21,7 +22,7 @@ protected:
     unsigned int NextSortOrder(unsigned int step);
 
 private:
-    Properties::Value<std::string> extendedType;
+    std::unique_ptr<Properties::Value<std::string>> extendedType; ///< null: the empty text
     unsigned int nextSortOrder = 0;
 };
 

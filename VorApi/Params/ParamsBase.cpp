@@ -33,17 +33,60 @@ std::atomic<unsigned long long> actualSwitches{0};
 
 ParamsBase::ParamsBase(Properties::Node& owner)
     : owner(owner) {
-    owner.RegisterSchema(TitleKey(), title);
-    owner.RegisterSchema(SortOrderKey(), sortOrder);
+    owner.SetKeywordSource(*this);
 }
 
 ParamsBase::~ParamsBase() = default;
 
-Properties::Value<bool>& ParamsBase::ReadOnlyNode() {
-    if (!readOnly) {
-        readOnly = std::make_unique<Properties::Value<bool>>(false);
+ParamsBase::Nodes::Nodes(const ParamsBase& values) {
+    title = values.title;
+    sortOrder = values.sortOrder;
+    readOnly = values.readOnly;
+}
+
+void ParamsBase::RegisterKeywords() {
+    nodes = std::make_unique<Nodes>(*this);
+    owner.RegisterSchema(TitleKey(), nodes->title);
+    owner.RegisterSchema(SortOrderKey(), nodes->sortOrder);
+    RegisterMinimum();
+    if (readOnlyEnabled) {
+        owner.RegisterSchema(ReadOnlyKey(), nodes->readOnly, false);
     }
-    return *readOnly;
+}
+
+void ParamsBase::VisitKeywords(
+    const std::function<void(Properties::Internal::Name, const Properties::Node&)>& visit) const {
+    const Nodes visited(*this);
+    visit(TitleKey(), visited.title);
+    visit(SortOrderKey(), visited.sortOrder);
+    VisitMinimum(visit);
+    if (readOnlyEnabled) {
+        visit(ReadOnlyKey(), visited.readOnly);
+    }
+}
+
+void ParamsBase::SetTitle(const std::string& text) {
+    if (nodes) {
+        nodes->title.ConditionalSet(text);
+    } else {
+        title = text;
+    }
+}
+
+void ParamsBase::SetSortOrder(unsigned int order) {
+    if (nodes) {
+        nodes->sortOrder.ConditionalSet(order);
+    } else {
+        sortOrder = order;
+    }
+}
+
+void ParamsBase::SetReadOnly(bool value) {
+    if (nodes) {
+        nodes->readOnly.ConditionalSet(value);
+    } else {
+        readOnly = value;
+    }
 }
 
 Properties::Value<bool>& ParamsBase::UsedNode() {
@@ -54,8 +97,10 @@ Properties::Value<bool>& ParamsBase::UsedNode() {
 }
 
 void ParamsBase::EnableReadOnly() {
-    owner.RegisterSchema(ReadOnlyKey(), ReadOnlyNode(), false);
     readOnlyEnabled = true;
+    if (nodes) {
+        owner.RegisterSchema(ReadOnlyKey(), nodes->readOnly, false);
+    }
 }
 
 void ParamsBase::EnableUsed() {
@@ -125,11 +170,9 @@ void ParamsBase::ThrowNotEnabled(const char* text) {
 }
 
 void ParamsBase::CopyValues(const ParamsBase& other) {
-    title.ConditionalSet(other.title.Get());
-    sortOrder.ConditionalSet(other.sortOrder.Get());
-    if (readOnly || other.readOnly) {
-        SetReadOnly(other.GetReadOnly());
-    }
+    SetTitle(other.GetTitle());
+    SetSortOrder(other.GetSortOrder());
+    SetReadOnly(other.GetReadOnly());
     if (used || other.used) {
         SetUsed(other.GetUsed());
     }
@@ -151,12 +194,14 @@ void ParamsBase::CopyValues(const ParamsBase& other) {
 
 void ParamsBase::RegisterCopied() {
     if (readOnlyEnabled) {
-        owner.RegisterSchema(ReadOnlyKey(), ReadOnlyNode(), false);
-    } else {
+        EnableReadOnly();
+    } else if (nodes) {
         owner.DeregisterSchema(ReadOnlyKey());
     }
     if (!usedEnabled) {
-        owner.DeregisterSchema("used");
+        if (nodes) {
+            owner.DeregisterSchema("used");
+        }
         return;
     }
     if (visibilityEnabled) {

@@ -3,6 +3,7 @@
 #include "Vor/Node.h"
 #include "VorApi/Params/PropertyValue.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -15,21 +16,22 @@ class Exception;
 namespace Vor::Params {
 
 /// The keywords that values, groups and arrays can have. Each keyword is itself a value, registered in the parameter's
-/// schema. "used" and "visibility" both describe whether a parameter is of interest to a client, and exclude each
+/// schema, which is built when a keyword other than "title", "sortOrder" and "readOnly" is enabled or somebody asks for
+/// it. "used" and "visibility" both describe whether a parameter is of interest to a client, and exclude each
 /// other.
-class ParamsBase {
+class ParamsBase : private Properties::Internal::IKeywordSource {
 public:
-    const std::string& GetTitle() const { return title.Get(); }
-    void SetTitle(const std::string& text) { title.ConditionalSet(text); }
+    const std::string& GetTitle() const { return nodes ? nodes->title.Get() : title; }
+    void SetTitle(const std::string& text);
 
-    unsigned int GetSortOrder() const { return sortOrder.Get(); }
-    void SetSortOrder(unsigned int order) { sortOrder.ConditionalSet(order); }
+    unsigned int GetSortOrder() const { return nodes ? nodes->sortOrder.Get() : sortOrder; }
+    void SetSortOrder(unsigned int order);
 
     /// Can't be disabled again.
     void EnableReadOnly();
     bool IsReadOnlyEnabled() const { return readOnlyEnabled; }
-    bool GetReadOnly() const { return readOnly && readOnly->Get(); }
-    void SetReadOnly(bool value) { ReadOnlyNode().ConditionalSet(value); }
+    bool GetReadOnly() const { return nodes ? nodes->readOnly.Get() : readOnly; }
+    void SetReadOnly(bool value);
 
     /// Throws `yERROR_PARAMETER` if "visibility" is enabled.
     void EnableUsed();
@@ -112,6 +114,10 @@ protected:
 
     static void CountActualSwitch();
 
+    /// A "minimum" that is there from the start comes before "readOnly" in the schema.
+    virtual void RegisterMinimum() {}
+    virtual void VisitMinimum(const std::function<void(Properties::Internal::Name, const Properties::Node&)>&) const {}
+
     template <class Keyword>
     static Keyword& Present(const std::unique_ptr<Keyword>& keyword, const char* otherwise) {
         if (!keyword) {
@@ -132,19 +138,31 @@ protected:
     bool descriptionEnabled = false;
 
 private:
-    Properties::Value<bool>& ReadOnlyNode();
+    /// The keywords that each parameter has, as nodes.
+    struct Nodes {
+        explicit Nodes(const ParamsBase& values);
+
+        Properties::Value<std::string> title;
+        Properties::Value<unsigned int> sortOrder;
+        Properties::Value<bool> readOnly;
+    };
+
+    void RegisterKeywords() override;
+    void
+    VisitKeywords(const std::function<void(Properties::Internal::Name, const Properties::Node&)>& visit) const override;
     Properties::Value<bool>& UsedNode();
 
     Properties::Node& owner;
-    Properties::Value<std::string> title;
+    std::unique_ptr<Nodes> nodes; ///< created with the schema; until then, the next three members are the values
+    std::string title;
+    unsigned int sortOrder = 0;
+    bool readOnly = false;
+    mutable bool readOnlyPending = false;
     /// Created when first enabled or set.
-    std::unique_ptr<Properties::Value<bool>> readOnly;
     std::unique_ptr<Properties::Value<bool>> used;
     std::unique_ptr<Properties::Value<std::string>> meta;
     std::unique_ptr<Properties::Value<unsigned int>> visibility;
     std::unique_ptr<Properties::Value<std::string>> description;
-    Properties::Value<unsigned int> sortOrder;
-    mutable bool readOnlyPending = false;
 };
 
 } // namespace Vor::Params

@@ -127,8 +127,7 @@ public:
         : Value(T()) {}
     explicit Value(const T& initial)
         : stored(initial)
-        , type(TypeName())
-        , subType(NoName()) {
+        , type(TypeName()) {
         RegisterSchema(Internal::ListItems::Key(), type);
         items.Register(*this);
     }
@@ -198,22 +197,23 @@ protected:
     }
 
     /// An empty text node, for a derived class that registers a further type keyword.
-    Internal::NodeType& SubType() { return subType; }
+    Internal::NodeType& SubType() {
+        if (!subType) {
+            subType = std::make_unique<Internal::NodeType>("");
+        }
+        return *subType;
+    }
 
 private:
     static Internal::Name TypeName() {
         static const Internal::Name Known(Kind::Type);
         return Known;
     }
-    static Internal::Name NoName() {
-        static const Internal::Name Empty("");
-        return Empty;
-    }
 
     T stored;
     [[no_unique_address]] Internal::ItemsKeyword<T> items;
     Internal::NodeType type;
-    Internal::NodeType subType;
+    std::unique_ptr<Internal::NodeType> subType; ///< created when first asked for
     bool changed = false;
     Internal::HandlerList<Value<T>&> updateEndHandlers;
 };

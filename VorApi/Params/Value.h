@@ -6,9 +6,11 @@
 #include "VorApi/Params/PropertyValue.h"
 #include "VorApi/Params/ScaleOption.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Vor::Params {
@@ -26,7 +28,7 @@ public:
         : Base(initial)
         , ParamsBase(static_cast<Properties::Node&>(*this)) {
         if constexpr (std::is_unsigned_v<T> && !std::is_same_v<T, bool>) {
-            EnableMinimum(true);
+            zeroMinimum = true;
         }
     }
 
@@ -63,10 +65,10 @@ public:
     const T& GetActual() const { return Present(actual, "Must enable 'actual' before using it.").Get(); }
     void SetActual(const T& value) { Present(actual, "Must enable 'actual' before setting the value.") = value; }
 
-    void EnableMinimum(bool enable) { Enable(minimum, "minimum", enable); }
-    bool IsMinimumEnabled() const { return minimum != nullptr; }
-    const T& GetMinimum() const { return Present(minimum, "Must enable 'minimum' before using it.").Get(); }
-    void SetMinimum(const T& value) { Present(minimum, "Must enable 'minimum' before setting the value.") = value; }
+    void EnableMinimum(bool enable);
+    bool IsMinimumEnabled() const { return zeroMinimum || minimum != nullptr; }
+    const T& GetMinimum() const;
+    void SetMinimum(const T& value);
 
     void EnableMaximum(bool enable) { Enable(maximum, "maximum", enable); }
     bool IsMaximumEnabled() const { return maximum != nullptr; }
@@ -111,6 +113,10 @@ public:
     void SetSkipCopy(bool skip) { skipCopy = skip; }
 
 private:
+    void RegisterMinimum() override;
+    void
+    VisitMinimum(const std::function<void(Properties::Internal::Name, const Properties::Node&)>& visit) const override;
+
     mutable T pendingValue = T();
     std::unique_ptr<Properties::Value<std::string>> units;
     std::unique_ptr<Properties::Value<T>> actual;
@@ -122,6 +128,7 @@ private:
     std::unique_ptr<Properties::Value<std::string>> extendedType;
     std::unique_ptr<Properties::Value<std::string>> format;
     bool skipCopy = false;
+    bool zeroMinimum = false; ///< there is a "minimum" of 0, which has no node yet
 };
 
 template <class T>
@@ -151,7 +158,12 @@ void Value<T>::CopyValues(const Properties::Node& other) {
     if (switches) {
         CountActualSwitch();
     }
-    CopyKeyword(minimum, "minimum", source->minimum);
+    if (!source->IsMinimumEnabled()) {
+        EnableMinimum(false);
+    } else if (!zeroMinimum || !source->zeroMinimum) {
+        EnableMinimum(true);
+        SetMinimum(source->GetMinimum());
+    }
     CopyKeyword(maximum, "maximum", source->maximum);
     CopyKeyword(exclusiveMinimum, "exclusiveMinimum", source->exclusiveMinimum);
     CopyKeyword(exclusiveMaximum, "exclusiveMaximum", source->exclusiveMaximum);
@@ -186,6 +198,45 @@ void Value<T>::CheckValidation(const T& value, bool log) const {
     }
     if (exclusiveMaximum && value >= exclusiveMaximum->Get()) {
         FailValidation(log, "%1$s is set to be greater than or equal to its exclusive maximum.");
+    }
+}
+
+template <class T>
+void Value<T>::EnableMinimum(bool enable) {
+    if (!enable) {
+        zeroMinimum = false;
+    }
+    if (!zeroMinimum) {
+        Enable(minimum, "minimum", enable);
+    }
+}
+
+template <class T>
+const T& Value<T>::GetMinimum() const {
+    static const T Zero = T();
+    return zeroMinimum ? Zero : Present(minimum, "Must enable 'minimum' before using it.").Get();
+}
+
+template <class T>
+void Value<T>::SetMinimum(const T& value) {
+    if (zeroMinimum) {
+        this->Schema(); // makes the node
+    }
+    Present(minimum, "Must enable 'minimum' before setting the value.") = value;
+}
+
+template <class T>
+void Value<T>::RegisterMinimum() {
+    if (std::exchange(zeroMinimum, false)) {
+        EnableMinimum(true);
+    }
+}
+
+template <class T>
+void Value<T>::VisitMinimum(
+    const std::function<void(Properties::Internal::Name, const Properties::Node&)>& visit) const {
+    if (zeroMinimum) {
+        visit("minimum", Properties::Value<T>());
     }
 }
 

@@ -139,6 +139,8 @@ TEST(NodeTest, ANodeWithoutHandlersOrFurtherKeywordsStaysSmall) {
     EXPECT_EQ(node.SchemaIfBuilt(), nullptr);
     EXPECT_NE(node.LoneType(), nullptr);
     node.AddChangeHandler([](Node&) {});
+    EXPECT_EQ(node.SchemaIfBuilt(), nullptr);
+    node.Schema();
     EXPECT_NE(node.SchemaIfBuilt(), nullptr);
     EXPECT_EQ(node.LoneType(), nullptr);
 }

@@ -482,3 +482,91 @@ TEST(ValueTest, KeywordHandlersRunWhenAKeywordChanges) {
     value.SetMaximum(4);
     EXPECT_EQ(calls, 1);
 }
+
+TEST(ValueTest, UsualKeywordsNeedNoSchema) {
+    Value<unsigned short> value;
+    value.SetTitle("Title");
+    value.SetSortOrder(7);
+    value.EnableReadOnly();
+    value.SetReadOnly(true);
+    Value<unsigned short> copy;
+    copy.CopyValues(value);
+    EXPECT_EQ(copy.GetTitle(), "Title");
+    EXPECT_EQ(copy.GetMinimum(), 0);
+    const auto schema = JsonSerializer::SerializeSchema(value);
+    EXPECT_EQ(schema, json::parse(
+                          R"({"type": "integer", "title": "Title", "sortOrder": 7, "minimum": 0,
+                                      "readOnly": true})"));
+    EXPECT_EQ(JsonSerializer::SerializeSchema(copy), schema);
+    EXPECT_EQ(value.SchemaIfBuilt(), nullptr);
+    EXPECT_EQ(copy.SchemaIfBuilt(), nullptr);
+    EXPECT_LE(sizeof(value), 320U);
+}
+
+TEST(ValueTest, KeywordsKeepTheirOrderWhenTheSchemaIsBuilt) {
+    const auto keysOf = [](const Value<unsigned short>& value) {
+        std::vector<std::string> keys;
+        for (const auto& member : value.Schema().Members()) {
+            keys.push_back(member.Text());
+        }
+        return keys;
+    };
+    Value<unsigned short> value;
+    value.EnableReadOnly();
+    value.EnableMaximum(true);
+    EXPECT_EQ(keysOf(value),
+              (std::vector<std::string>{"type", "title", "sortOrder", "minimum", "readOnly", "maximum"}));
+    Value<unsigned short> other;
+    other.EnableReadOnly();
+    other.EnableMinimum(false);
+    other.EnableMinimum(true);
+    EXPECT_EQ(keysOf(other), (std::vector<std::string>{"type", "title", "sortOrder", "readOnly", "minimum"}));
+}
+
+TEST(ValueTest, KeywordsOfTheSchemaAreThoseOfTheParameter) {
+    Value<unsigned short> value;
+    value.SetTitle("before");
+    auto& schema = value.Schema();
+    EXPECT_EQ(dynamic_cast<Vor::Properties::Value<std::string>&>(schema.At("title")).Get(), "before");
+    dynamic_cast<Vor::Properties::Value<std::string>&>(schema.At("title")) = "after";
+    dynamic_cast<Vor::Properties::Value<unsigned short>&>(schema.At("minimum")) = 3;
+    EXPECT_EQ(value.GetTitle(), "after");
+    EXPECT_EQ(value.GetMinimum(), 3);
+    value.SetTitle("last");
+    EXPECT_EQ(JsonSerializer::SerializeSchema(value).at("title"), "last");
+    Value<unsigned short> copy;
+    copy.CopyValues(value);
+    EXPECT_EQ(copy.GetTitle(), "last");
+    EXPECT_EQ(copy.GetMinimum(), 3);
+    value.CopyValues(Value<unsigned short>());
+    EXPECT_EQ(value.GetTitle(), "");
+    EXPECT_EQ(value.GetMinimum(), 0);
+}
+
+TEST(ValueTest, CopyTakesOverWhetherThereIsAMinimum) {
+    for (const bool built : {false, true}) {
+        Value<unsigned short> without;
+        without.EnableMinimum(false);
+        Value<unsigned short> copy;
+        if (built) {
+            copy.Schema();
+        }
+        copy.CopyValues(without);
+        EXPECT_FALSE(copy.IsMinimumEnabled());
+        EXPECT_FALSE(JsonSerializer::SerializeSchema(copy).contains("minimum"));
+        copy.CopyValues(Value<unsigned short>());
+        EXPECT_EQ(copy.GetMinimum(), 0);
+        EXPECT_EQ(JsonSerializer::SerializeSchema(copy).at("minimum"), 0);
+    }
+}
+
+TEST(ValueTest, CopyOfAPlainValueCopiesTheKeywordsThatBothHave) {
+    Vor::Properties::Value<unsigned short> plain(4);
+    Vor::Properties::Value<std::string> title("plain");
+    plain.RegisterSchema("title", title);
+    Value<unsigned short> copy;
+    copy.SetTitle("copy");
+    copy.CopyValues(plain);
+    EXPECT_EQ(copy.Get(), 4);
+    EXPECT_EQ(copy.GetTitle(), "plain");
+}
