@@ -65,15 +65,21 @@ public:
     void WriteUInt32(std::uint32_t) override { reader.ReadUInt32(); }
     void WriteUInt64(std::uint64_t) override { reader.ReadUInt64(); }
     void WriteInt64(std::int64_t) override { reader.ReadInt64(); }
-    void WriteEnum(std::int32_t) override { reader.ReadEnum(); }
+    void WriteEnum(std::int32_t) override { range.Require(reader.ReadEnum()); }
     void WriteText(const std::string&) override { reader.ReadText(); }
     void WriteBytes(const ByteVector&) override { reader.ReadBytes(); }
     void WriteTextList(const std::vector<std::string>&) override { reader.ReadTextList(); }
     void WriteUInt16List(const std::vector<std::uint16_t>&) override { reader.ReadUInt16List(); }
-    void WriteEnumList(const std::vector<std::int32_t>&) override { reader.ReadEnumList(); }
+    void WriteEnumList(const std::vector<std::int32_t>&) override {
+        for (const std::int32_t number : reader.ReadEnumList()) {
+            range.Require(number);
+        }
+    }
+    void SetEnumRange(const EnumRange& enumRange) override { range = enumRange; }
 
 private:
     JsonReader reader;
+    EnumRange range;
 };
 
 } // namespace Vor::Properties::Internal

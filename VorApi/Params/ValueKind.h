@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Vor/ByteVector.h"
-#include "Vor/Exception.h"
 #include "Vor/IValueReader.h"
 #include "Vor/IValueWriter.h"
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -83,18 +83,31 @@ struct ValueKind<std::vector<unsigned short>> {
     static void Write(IValueWriter& writer, const std::vector<unsigned short>& value) { writer.WriteUInt16List(value); }
 };
 
+/// Those of an enumeration of 32 bits, signed or not, are all numbers of a document.
+template <class T>
+EnumRange EnumRangeOf() {
+    using Number = std::underlying_type_t<T>;
+    static_assert(sizeof(Number) <= sizeof(std::int32_t), "an enumeration in a document has at most 32 bits");
+
+    if constexpr (sizeof(Number) < sizeof(std::int32_t)) {
+        return {std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()};
+    } else {
+        return {};
+    }
+}
+
 /// The enumeration's value of that number. Throws `yERROR_PARAMETER` for a number that is too large for its type.
 template <class T>
 T EnumerationOf(std::int32_t number) {
-    using Number = std::underlying_type_t<T>;
-    static_assert(sizeof(Number) <= sizeof(number), "an enumeration in a document has at most 32 bits");
-
-    if constexpr (sizeof(Number) < sizeof(number)) {
-        if (!std::in_range<Number>(number)) {
-            Throw(yERROR_PARAMETER, "The number %d is outside of the enumeration.", number);
-        }
-    }
+    EnumRangeOf<T>().Require(number);
     return static_cast<T>(number);
+}
+
+template <class T>
+void SetEnumRange(IValueWriter& writer) {
+    if constexpr (sizeof(T) < sizeof(std::int32_t)) {
+        writer.SetEnumRange(EnumRangeOf<T>());
+    }
 }
 
 /// Enumerations travel as 32-bit signed integers, narrower ones too.
@@ -103,7 +116,10 @@ template <class T>
 struct ValueKind<T> {
     static constexpr const char* Type = "integer";
     static T Read(IValueReader& reader) { return EnumerationOf<T>(reader.ReadEnum()); }
-    static void Write(IValueWriter& writer, T value) { writer.WriteEnum(static_cast<std::int32_t>(value)); }
+    static void Write(IValueWriter& writer, T value) {
+        SetEnumRange<T>(writer);
+        writer.WriteEnum(static_cast<std::int32_t>(value));
+    }
 };
 
 template <class T>
@@ -125,6 +141,7 @@ struct ValueKind<std::vector<T>> {
         for (const T item : value) {
             integers.push_back(static_cast<std::int32_t>(item));
         }
+        SetEnumRange<T>(writer);
         writer.WriteEnumList(integers);
     }
 };

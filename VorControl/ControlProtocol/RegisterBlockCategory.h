@@ -3,7 +3,7 @@
 namespace VorControl::ControlProtocol {
 
 /// What a block carries, for clients that choose among the block types of an assembly.
-enum class RegisterBlockCategory : int {
+enum class RegisterBlockCategory : unsigned char {
     Unknown = 0,
     ControlInput = 1,
     ControlOutput = 2,

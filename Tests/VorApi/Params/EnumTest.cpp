@@ -2,8 +2,10 @@
 
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/Translations.h"
+#include "Vor/Exception.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "VorApi/Params/Group.h"
 
 #include <cstdint>
 #include <typeinfo>
@@ -167,4 +169,25 @@ TEST(EnumTest, SignedNarrowEnumerationKeepsItsSign) {
     EXPECT_EQ(JsonSerializer::Serialize(value), -128);
     EXPECT_FAILURE(JsonSerializer::Deserialize(value, 128), yERROR_PARAMETER,
                    "The number 128 is outside of the enumeration.");
+}
+
+TEST(EnumTest, DocumentWithANumberOutsideOfANarrowEnumerationAssignsNothing) {
+    enum class Narrow : unsigned char { First = 0 };
+    struct Document : Vor::Params::Group {
+        Document() {
+            Register("before", before);
+            Register("narrow", narrow);
+            Register("list", list);
+        }
+        Vor::Params::Value<unsigned int> before;
+        Enum<Narrow> narrow;
+        Vor::Params::Value<std::vector<Narrow>> list;
+    };
+    Document document;
+    for (const json& refused : {json{{"before", 5}, {"narrow", 256}}, json{{"before", 5}, {"list", {0, -1}}}}) {
+        EXPECT_THROW(JsonSerializer::Deserialize(document, refused), Vor::Exception);
+        EXPECT_EQ(document.before.Get(), 0U);
+    }
+    JsonSerializer::Deserialize(document, {{"before", 5}, {"narrow", 255}, {"list", {0, 255}}});
+    EXPECT_EQ(document.before.Get(), 5U);
 }

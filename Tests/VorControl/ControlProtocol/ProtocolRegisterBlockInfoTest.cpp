@@ -180,3 +180,13 @@ TEST(ProtocolRegisterBlockInfo, SharesTheFactory) {
     const ProtocolRegisterBlockInfo info(params);
     EXPECT_EQ(factory.use_count(), 3);
 }
+
+TEST(ProtocolRegisterBlockInfo, CategoryIsOneByte) {
+    EXPECT_EQ(sizeof(RegisterBlockCategory), 1U);
+    auto params = TypeParams("kind");
+    params.category = RegisterBlockCategory::UserDataInput;
+    ProtocolRegisterBlockInfo info(std::move(params));
+    EXPECT_EQ(JsonSerializer::Serialize(info).at("category"), 14);
+    EXPECT_THROW(JsonSerializer::Deserialize(info.At("category"), 256), Vor::Exception);
+    EXPECT_EQ(info.Category(), RegisterBlockCategory::UserDataInput);
+}
