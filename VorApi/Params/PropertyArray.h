@@ -125,6 +125,7 @@ public:
     /// Runs after an element was added.
     HandlerId AddItemAddedHandler(ItemHandler handler) { return itemAddedHandlers.Add(std::move(handler)); }
     void RemoveItemAddedHandler(HandlerId& id) { itemAddedHandlers.Remove(id); }
+    bool HasItemAddedHandlers() const { return itemAddedHandlers.Count() != 0; }
 
     /// Runs before an element is removed.
     HandlerId AddItemRemovedHandler(ItemHandler handler) { return itemRemovedHandlers.Add(std::move(handler)); }

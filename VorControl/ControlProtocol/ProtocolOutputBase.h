@@ -209,24 +209,10 @@ protected:
         const auto& item = dynamic_cast<const Item&>(args);
         const Id& id = item.outputId.Get();
         const std::string& source = item.source.Get();
-        if (id == Item::NullId || source.empty()) {
-            Vor::LogUser(Vor::UserError, "VorControl", Translate("beApp.ctrl", "Data source %1$s is invalid"), source);
-            Vor::LogError("Data source %s is invalid", source);
-            Vor::Throw(yERROR_PARAMETER);
-        }
+        RequireIdAndSource(item);
         const Vor::Locker locker(lock.Get());
         const unsigned long index = BSearchForInsert(id);
-        if (HasId(index, id) && At(index).source.Get() == source) {
-            Vor::LogUser(Vor::UserWarning, "VorControl", Translate("beApp.ctrl", "Output id already exists"));
-            Vor::LogWarning("Output id already exists");
-            Vor::Throw(yERROR_ALREADY_EXISTS);
-        }
-        if (HasSource(source, sources)) {
-            Vor::LogUser(Vor::UserWarning, "VorControl", Translate("beApp.ctrl", "Data source %1$s already exists"),
-                         source);
-            Vor::LogWarning("Data source %s already exists", source);
-            Vor::Throw(yERROR_ALREADY_EXISTS);
-        }
+        RequireNewSource(source, HasId(index, id) && At(index).source.Get() == source, HasSource(source, sources));
         if (GetOverlappingState(item)) {
             if (IsDataShiftSupported() && !autoShift) {
                 ThrowUnableToAdd(source);
@@ -286,6 +272,30 @@ protected:
         Add_Helper(moved, AutoShift(request));
     }
 
+    static void RequireIdAndSource(const Item& item) {
+        const std::string& source = item.source.Get();
+        if (item.outputId.Get() == Item::NullId || source.empty()) {
+            Vor::LogUser(Vor::UserError, "VorControl", Translate("beApp.ctrl", "Data source %1$s is invalid"), source);
+            Vor::LogError("Data source %s is invalid", source);
+            Vor::Throw(yERROR_PARAMETER);
+        }
+    }
+
+    /// `isEntry`: the new entry is in the map as it is.
+    static void RequireNewSource(const std::string& source, bool isEntry, bool isPresent) {
+        if (isEntry) {
+            Vor::LogUser(Vor::UserWarning, "VorControl", Translate("beApp.ctrl", "Output id already exists"));
+            Vor::LogWarning("Output id already exists");
+            Vor::Throw(yERROR_ALREADY_EXISTS);
+        }
+        if (isPresent) {
+            Vor::LogUser(Vor::UserWarning, "VorControl", Translate("beApp.ctrl", "Data source %1$s already exists"),
+                         source);
+            Vor::LogWarning("Data source %s already exists", source);
+            Vor::Throw(yERROR_ALREADY_EXISTS);
+        }
+    }
+
     Sources AllSources() const {
         const Vor::Locker locker(lock.Get());
         Sources sources;
@@ -296,9 +306,25 @@ protected:
         return sources;
     }
 
-    static void Assign(Item& entry, const Item& item) {
-        entry.source = item.source.Get();
-        entry.outputId = item.outputId.Get();
+    std::vector<Id> AllIds() const {
+        const Vor::Locker locker(lock.Get());
+        std::vector<Id> ids;
+        ids.reserve(outputs.map.Count());
+        for (unsigned long i = 0; i < outputs.map.Count(); ++i) {
+            ids.push_back(outputs.map.At(i).outputId.Get());
+        }
+        return ids;
+    }
+
+    /// Whether each id is greater than the one before it.
+    static bool IsInOrder(const std::vector<Id>& ids) {
+        return std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()) == ids.end();
+    }
+
+    static void Assign(Item& entry, const Item& item) { Assign(entry, item.outputId.Get(), item.source.Get()); }
+    static void Assign(Item& entry, const Id& id, const std::string& source) {
+        entry.source = source;
+        entry.outputId = id;
     }
 
     const unsigned short maxCount;
@@ -397,20 +423,6 @@ private:
         if (!allFound) {
             Vor::Throw(yERROR_NOT_FOUND);
         }
-    }
-
-    std::vector<Id> AllIds() const {
-        std::vector<Id> ids;
-        ids.reserve(outputs.map.Count());
-        for (unsigned long i = 0; i < outputs.map.Count(); ++i) {
-            ids.push_back(outputs.map.At(i).outputId.Get());
-        }
-        return ids;
-    }
-
-    /// Whether each id is greater than the one before it.
-    static bool IsInOrder(const std::vector<Id>& ids) {
-        return std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()) == ids.end();
     }
 
     /// Drops all entries but those at these indices, and sorts them by id.

@@ -1,11 +1,14 @@
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 
 #include "Tests/Support/Failure.h"
+#include "Tests/VorControl/ControlProtocol/RandomRequests.h"
 #include "Tests/VorControl/ControlProtocol/TestOutputs.h"
 
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
 
 using namespace Tests;
 using namespace VorControl::ControlProtocol;
@@ -211,4 +214,96 @@ TEST(TextIdStandardProtocolOutputMap, RemovesByListOfTexts) {
     FilledTextMap map({{"a", "1"}, {"b", "2"}, {"c", "3"}});
     map.RemoveMany({"c", "a"});
     EXPECT_EQ(map.List(), (TextEntries{{"b", "2"}}));
+}
+
+namespace {
+
+/// What is seen of an entry.
+struct SeenEntry {
+    std::string id;
+    std::string source;
+    std::string itemType;
+    bool idChanged;
+    bool sourceChanged;
+    bool operator==(const SeenEntry&) const = default;
+};
+
+std::vector<SeenEntry> SeenEntries(const TextIdStandardProtocolOutputMap& map) {
+    std::vector<SeenEntry> entries;
+    for (unsigned long i = 0; i < map.Count(); ++i) {
+        const auto& item = map.At(i);
+        entries.push_back({item.outputId.Get(), item.source.Get(), item.itemType.Get(), item.outputId.IsChanged(),
+                           item.source.IsChanged()});
+    }
+    return entries;
+}
+
+/// As the service that owns the map does.
+void NameTypesAndForgetChanges(TextIdStandardProtocolOutputMap& map, const std::string& type) {
+    map.BeginLock();
+    auto& outputs = map.OutputMap();
+    for (unsigned long i = 0; i < outputs.map.Count(); ++i) {
+        outputs.map.At(i).itemType = type + std::to_string(i);
+    }
+    outputs.ResetChangedParameters();
+    map.EndLock();
+}
+
+} // namespace
+
+// A map of a derived class adds the entries one by one.
+RC_GTEST_PROP(TextIdStandardProtocolOutputMap, AddAllDoesAsOneByOne, ()) {
+    const SilentLog silentLog;
+    TextIdStandardProtocolOutputMap merging(12);
+    TextOutputs oneByOne(12);
+    const auto text = rc::gen::container<std::string>(rc::gen::resize(2, rc::gen::element('a', 'b', 'c', 'd')));
+    const auto entries = rc::gen::container<std::vector<std::pair<std::string, std::string>>>(
+        rc::gen::pair(rc::gen::oneOf(rc::gen::just(std::string()), text), text));
+    const int requests = *rc::gen::inRange(1, 5);
+    for (int i = 0; i < requests; ++i) {
+        const auto request = *rc::gen::resize(8, entries);
+        TextIdStandardOutputsArgs merged;
+        TextIdStandardOutputsArgs added;
+        TextOutputs::Fill(merged, request);
+        TextOutputs::Fill(added, request);
+        const auto failure = FailureOf([&] { merging.AddAll(merged); });
+        const auto expected = FailureOf([&] { oneByOne.AddAll(added); });
+        RC_ASSERT(failure.has_value() == expected.has_value());
+        RC_ASSERT((!failure.has_value() || failure->status == expected->status));
+        for (std::size_t k = 0; k < request.size(); ++k) {
+            RC_ASSERT(merged.map.At(k).outputId.Get() == added.map.At(k).outputId.Get());
+        }
+        RC_ASSERT(SeenEntries(merging) == SeenEntries(oneByOne));
+        NameTypesAndForgetChanges(merging, std::to_string(i));
+        NameTypesAndForgetChanges(oneByOne, std::to_string(i));
+    }
+}
+
+TEST(TextIdStandardProtocolOutputMap, HandlersSeeEachEntryOfAddAll) {
+    TextIdStandardProtocolOutputMap map(100);
+    std::vector<unsigned long> counts;
+    map.BeginLock();
+    map.OutputMap().map.AddItemAddedHandler([&](auto& array, auto&) { counts.push_back(array.Count()); });
+    map.EndLock();
+    const auto add = [&](const TextEntries& entries) {
+        TextIdStandardOutputsArgs args;
+        TextOutputs::Fill(args, entries);
+        map.AddAll(args);
+    };
+    add({{"b", "1"}, {"a", "2"}});
+    EXPECT_EQ(counts, (std::vector<unsigned long>{1, 2}));
+
+    TextIdStandardProtocolOutputMap plain(100);
+    TextIdStandardOutputsArgs first;
+    TextOutputs::Fill(first, {{"b", "1"}});
+    plain.AddAll(first);
+    Texts seen;
+    plain.BeginLock();
+    plain.OutputMap().map.At(0).outputId.AddChangeHandler(
+        [&](Vor::Properties::Node&) { seen.push_back(plain.At(plain.Count() - 1).outputId.Get()); });
+    plain.EndLock();
+    TextIdStandardOutputsArgs more;
+    TextOutputs::Fill(more, {{"a", "2"}, {"0", "3"}});
+    plain.AddAll(more);
+    EXPECT_EQ(seen, (Texts{"b", "b"}));
 }
