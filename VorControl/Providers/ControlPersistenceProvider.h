@@ -19,6 +19,7 @@ namespace VorControl::ControlProtocol {
 class IProtocol;
 class IProtocolOutput;
 class IProtocolRegisterAssembly;
+class IProtocolRegisterAssemblyGroup;
 } // namespace VorControl::ControlProtocol
 
 namespace VorControl::Providers {
@@ -78,6 +79,8 @@ protected:
 private:
     using PersistDomain = VorCommon::PersistDomain;
     using PersistLoadResult = Persistence::PersistLoadResult;
+    /// A save and a load ask the service for its group once.
+    using Group = ControlProtocol::IProtocolRegisterAssemblyGroup;
 
     /// The id of an assembly, and its name for the user. Either may be empty.
     struct RegisterAssemblyIntExtIds {
@@ -120,22 +123,23 @@ private:
     PersistLoadResult UpdateOutputsMap(PersistDomain domain, ControlProtocol::IProtocolOutput& outputs,
                                        const nlohmann::json& document);
 
-    void SaveRegisterAssembly(PersistDomain domain, const std::string& id, nlohmann::json& section);
-    bool IsLoadableRegisterAssemblyGroupConfig(PersistDomain domain, const nlohmann::json& section,
+    void SaveRegisterAssembly(PersistDomain domain, const Group& group, const std::string& id, nlohmann::json& section);
+    bool IsLoadableRegisterAssemblyGroupConfig(PersistDomain domain, const Group* group, const nlohmann::json& section,
                                                PersistLoadResult& result);
     bool HasWellFormedRegisterAssemblyLists(PersistDomain domain, const nlohmann::json& section);
     static RegisterAssemblyIntExtIds RegisterAssemblyIdFromCfg(const nlohmann::json& entry);
-    PersistLoadResult LoadRegisterAssemblyEntry(PersistDomain domain, const nlohmann::json& entry,
+    PersistLoadResult LoadRegisterAssemblyEntry(PersistDomain domain, const Group& group, const nlohmann::json& entry,
                                                 const nlohmann::json& versionRecord);
-    PersistLoadResult LoadRegisterAssembly(PersistDomain domain, const RegisterAssemblyIntExtIds& ids,
-                                           const nlohmann::json& entry, const nlohmann::json& versionRecord);
+    PersistLoadResult LoadRegisterAssembly(PersistDomain domain, const Group& group,
+                                           const RegisterAssemblyIntExtIds& ids, const nlohmann::json& entry,
+                                           const nlohmann::json& versionRecord);
     PersistLoadResult LoadRegisterAssemblyBlocks(PersistDomain domain, const RegisterAssemblyIntExtIds& ids,
                                                  const nlohmann::json& entry, const char* version);
     PersistLoadResult FillRegisterAssembly(ControlProtocol::IProtocolRegisterAssembly& assembly, const std::string& id,
                                            const nlohmann::json& entry);
     PersistLoadResult LoadRegisterAssemblyVersionCheck(PersistDomain domain, const RegisterAssemblyIntExtIds& ids,
                                                        const char* current, const char* stored);
-    PersistLoadResult CheckForMissingRegisterAssemblyConfig(PersistDomain domain);
+    PersistLoadResult CheckForMissingRegisterAssemblyConfig(PersistDomain domain, const Group& group);
     void ReportUnsupportedAssembly(const RegisterAssemblyIntExtIds& ids) const;
 
     ControlProtocol::IProtocol& protocol;

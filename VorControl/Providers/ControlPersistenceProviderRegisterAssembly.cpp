@@ -68,9 +68,10 @@ void ControlPersistenceProvider::InitRegisterAssemblyGroup(PersistDomain domain)
 }
 
 void ControlPersistenceProvider::SaveRegisterAssemblyGroup(PersistDomain domain, json& section) {
+    std::shared_ptr<Group> group;
     const std::vector<std::string> ids = RunLogged(
         [&] {
-            const auto group = protocol.RegisterAssemblyGroup(domain);
+            group = protocol.RegisterAssemblyGroup(domain);
             if (group == nullptr) {
                 Vor::Throw(yERROR_NOT_FOUND);
             }
@@ -81,11 +82,12 @@ void ControlPersistenceProvider::SaveRegisterAssemblyGroup(PersistDomain domain,
         "%s encountered an error setting up for persisting connection map into domain %s", Name(),
         PersistDomain_Name(domain));
     for (const std::string& id : ids) {
-        SaveRegisterAssembly(domain, id, section);
+        SaveRegisterAssembly(domain, *group, id, section);
     }
 }
 
-void ControlPersistenceProvider::SaveRegisterAssembly(PersistDomain domain, const std::string& id, json& section) {
+void ControlPersistenceProvider::SaveRegisterAssembly(PersistDomain domain, const Group& group, const std::string& id,
+                                                      json& section) {
     const char* const domainName = PersistDomain_Name(domain);
     const auto runLocking = [&](const auto& step) {
         return RunLogged(step, "%s encountered error locking/unlocking connection map %s for persisting into domain %s",
@@ -95,7 +97,7 @@ void ControlPersistenceProvider::SaveRegisterAssembly(PersistDomain domain, cons
         return RunLogged(step, "%s encountered an error while persisting connection map %s for domain %s", Name(), id,
                          domainName);
     };
-    const auto assembly = run([&] { return protocol.RegisterAssemblyGroup(domain)->RegisterAssembly(id.c_str()); });
+    const auto assembly = run([&] { return group.RegisterAssembly(id.c_str()); });
     AssemblyLock lock = runLocking([&] { return AssemblyLock(*assembly); });
     run([&] {
         section[PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST].push_back(
@@ -116,23 +118,23 @@ void ControlPersistenceProvider::SaveRegisterAssembly(PersistDomain domain, cons
 PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyGroup(PersistDomain domain, const json& section) {
     loadedAssemblyIds.clear();
     PersistLoadResult result = PersistLoadResult::None;
-    if (!IsLoadableRegisterAssemblyGroupConfig(domain, section, result)) {
+    const auto group = protocol.RegisterAssemblyGroup(domain);
+    if (!IsLoadableRegisterAssemblyGroupConfig(domain, group.get(), section, result)) {
         return result;
     }
     const json& list = section.at(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_LIST);
     const auto versions = section.find(PERSISTENCE_FIELD_NAME_REGISTER_ASSEMBLY_VERSION_LIST);
     for (std::size_t i = 0; i < list.size(); ++i) {
         const json versionRecord = versions == section.end() ? json() : versions->at(i);
-        UpdateLoadResult(result, LoadRegisterAssemblyEntry(domain, list.at(i), versionRecord));
+        UpdateLoadResult(result, LoadRegisterAssemblyEntry(domain, *group, list.at(i), versionRecord));
     }
-    UpdateLoadResult(result, CheckForMissingRegisterAssemblyConfig(domain));
+    UpdateLoadResult(result, CheckForMissingRegisterAssemblyConfig(domain, *group));
     return result;
 }
 
-bool ControlPersistenceProvider::IsLoadableRegisterAssemblyGroupConfig(PersistDomain domain, const json& section,
-                                                                       PersistLoadResult& result) {
+bool ControlPersistenceProvider::IsLoadableRegisterAssemblyGroupConfig(PersistDomain domain, const Group* group,
+                                                                       const json& section, PersistLoadResult& result) {
     const char* const domainName = PersistDomain_Name(domain);
-    const auto group = protocol.RegisterAssemblyGroup(domain);
     if (group == nullptr) {
         ReportError("%s has no register assemblies to which to apply the configurations for domain %s.", Name(),
                     domainName);
@@ -205,8 +207,8 @@ ControlPersistenceProvider::RegisterAssemblyIdFromCfg(const json& entry) {
     return {StoredText(attributes, PERSISTENCE_FIELD_NAME_ID).value_or(""), ""};
 }
 
-PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyEntry(PersistDomain domain, const json& entry,
-                                                                        const json& versionRecord) {
+PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyEntry(PersistDomain domain, const Group& group,
+                                                                        const json& entry, const json& versionRecord) {
     const RegisterAssemblyIntExtIds ids = RegisterAssemblyIdFromCfg(entry);
     if (ids.id.empty()) {
         Vor::LogInfo("%s skipped loading a register assembly because it does not have an identifier for domain %s.",
@@ -215,7 +217,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyEntry(PersistD
     }
     loadedAssemblyIds.push_back(ids.id);
     try {
-        return LoadRegisterAssembly(domain, ids, entry, versionRecord);
+        return LoadRegisterAssembly(domain, group, ids, entry, versionRecord);
     } catch (const std::exception& e) {
         ReportThrown(e,
                      "%s encountered an error while loading connection map %s. Please check if the connection map data "
@@ -225,7 +227,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyEntry(PersistD
     }
 }
 
-PersistLoadResult ControlPersistenceProvider::LoadRegisterAssembly(PersistDomain domain,
+PersistLoadResult ControlPersistenceProvider::LoadRegisterAssembly(PersistDomain domain, const Group& group,
                                                                    const RegisterAssemblyIntExtIds& ids,
                                                                    const json& entry, const json& versionRecord) {
     if (versionRecord.is_object() && StoredText(versionRecord, PERSISTENCE_FIELD_NAME_ID) != ids.id) {
@@ -236,8 +238,7 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssembly(PersistDomain
                    PersistDomain_Name(domain));
     }
     const StoredVersion stored = StoredText(versionRecord, PERSISTENCE_FIELD_NAME_VERSION);
-    const auto group = protocol.RegisterAssemblyGroup(domain);
-    if (group == nullptr || !group->HasRegisterAssembly(ids.id.c_str())) {
+    if (!group.HasRegisterAssembly(ids.id.c_str())) {
         ReportUnsupportedAssembly(ids);
         Vor::LogWarning("%s could not load part of the configuration because register assembly %s is not found for "
                         "domain %s",
@@ -345,17 +346,17 @@ PersistLoadResult ControlPersistenceProvider::LoadRegisterAssemblyVersionCheck(P
     return PersistLoadResult::UnsupportedUpgrade;
 }
 
-PersistLoadResult ControlPersistenceProvider::CheckForMissingRegisterAssemblyConfig(PersistDomain domain) {
+PersistLoadResult ControlPersistenceProvider::CheckForMissingRegisterAssemblyConfig(PersistDomain domain,
+                                                                                    const Group& group) {
     PersistLoadResult result = PersistLoadResult::None;
-    const auto group = protocol.RegisterAssemblyGroup(domain);
-    for (const std::string& id : group->List()) {
+    for (const std::string& id : group.List()) {
         if (std::find(loadedAssemblyIds.begin(), loadedAssemblyIds.end(), id) != loadedAssemblyIds.end()) {
             continue;
         }
         LogForUser(Vor::UserWarning,
                    "%1$s expected information for connection map %2$s but not found in the configuration. Please "
                    "review the connection map details.",
-                   Name(), group->DisplayName(id.c_str()));
+                   Name(), group.DisplayName(id.c_str()));
         Vor::LogWarning("%s expected information for register assembly %s but not found in the configuration for "
                         "domain %s.",
                         Name(), id, PersistDomain_Name(domain));

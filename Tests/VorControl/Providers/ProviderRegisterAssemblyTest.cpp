@@ -147,6 +147,26 @@ TEST_F(ProviderRegisterAssemblyTest, WhatIsSavedIsLoadedAndSavedTheSame) {
     EXPECT_EQ(Save().dump(), saved);
 }
 
+// The service has a group only when it is asked first.
+TEST_F(ProviderRegisterAssemblyTest, TheGroupIsTakenOnce) {
+    AddBoth();
+    int asked = 0;
+    service.actions["RegisterAssemblyGroup"] = [&] {
+        if (++asked > 1) {
+            service.domains.clear();
+        }
+    };
+    EXPECT_EQ(Save().at("registerAssemblyList").size(), 2U);
+    EXPECT_EQ(asked, 1);
+    asked = 0;
+    EXPECT_EQ(Load(Section(Entry("c", ""), Version("c"))), Result::PartMissing);
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(log.Count(Vor::LevelWarning,
+                        "Display expected information for register assembly b but not found in the configuration for "
+                        "domain job."),
+              1U);
+}
+
 // Load: the lists
 
 TEST_F(ProviderRegisterAssemblyTest, AServiceWithoutAGroupCannotLoadOne) {
