@@ -21,7 +21,8 @@ namespace VorControl::ControlProtocol {
 ///
 /// Every operation may be called on any thread and holds the assembly's reentrant lock while it works, except Id(),
 /// DisplayName(), Attributes(), Properties() and CommandTarget(). A failure is thrown as a Vor::Exception, that of the
-/// lock too.
+/// lock too. Handlers of the properties of blocks run under the lock. They may change other blocks, and must not remove
+/// any.
 class IProtocolRegisterAssembly {
 public:
     inline static const char* const DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME =
@@ -47,7 +48,8 @@ public:
     /// The lock is entered for each entry. A failing entry, such as one whose type would have too few blocks, is logged
     /// to the user, and the next ones are still removed. Throws yERROR_NOT_FOUND if no block was removed. Returns 0.
     virtual std::uint32_t Remove(const Vor::Params::Group& group) = 0;
-    /// Removes the blocks that are above the minimum number of their type. Throws no Vor::Exception.
+    /// Removes the blocks that are above the minimum number of their type. A failure of the lock is thrown. A
+    /// Vor::Exception of a block is logged to the user and ends the walk: the blocks behind it stay.
     virtual void RemoveAll() = 0;
     /// Closes all gaps: moves the blocks one behind the other, from the output id in a CompactBlocksParams on. Throws
     /// std::bad_cast for another group. Throws yERROR_FULL or yERROR_PARAMETER, and moves nothing, if the blocks would

@@ -162,7 +162,7 @@ public:
 protected:
     using Sources = std::unordered_set<std::string>;
 
-    // Each of these enters the lock.
+    // Each of these that isn't static enters the lock.
 
     /// The index of the entry with that id, or the one at which it would be inserted.
     template <class Key>
@@ -330,7 +330,8 @@ protected:
     const unsigned short maxCount;
     std::atomic<std::uint32_t> locked = 0; ///< 1 between BeginLock and EndLock
     mutable Outputs outputs;
-    /// Reentrant; guards `outputs`. No other lock is entered under it.
+    /// Reentrant; guards `outputs`. Handlers of the list and of its entries run under it, and refusals are logged under
+    /// it, so the locks that these enter rank behind it.
     Vor::Handle<yLock, yLock_Destroy> lock;
     ProtocolOutputCommandTarget commandTarget{*this};
     unsigned short firstOutputId = 0; ///< where the numbers of AddAll and CompactId begin
