@@ -12,7 +12,7 @@ struct Diagnostics {
     std::uint32_t refused = 0;    ///< clients that were closed as soon as they connected
     std::uint32_t requests = 0;   ///< requests that were answered
     std::uint32_t exceptions = 0; ///< requests that were answered with an exception
-    std::uint32_t dropCount = 0;  ///< results that a block couldn't write
+    std::uint32_t dropCount = 0;  ///< frames that were lost on their way into the registers
     std::uint32_t uptime = 0;     ///< seconds
 };
 

@@ -2,6 +2,7 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorMsg/ResultInfo.h"
@@ -87,6 +88,18 @@ void ScanRegisters::ForgetValues() {
 }
 
 void ScanRegisters::Process(ResultSet set) {
+    try {
+        Write(set);
+        failing.store(false, std::memory_order_relaxed);
+    } catch (const std::exception& e) {
+        dropped.fetch_add(1, std::memory_order_relaxed);
+        if (!failing.exchange(true, std::memory_order_relaxed)) {
+            Vor::LogThrown(e, "A frame can't be written into the registers.");
+        }
+    }
+}
+
+void ScanRegisters::Write(ResultSet set) {
     const AssemblyLock lock(*assembly);
     std::size_t begin = bytes.size();
     std::size_t end = 0;
@@ -124,7 +137,6 @@ void ScanRegisters::Serialize(Slot& slot, ResultItem item) {
         WriteInto(slot, item);
     } catch (const std::exception& e) {
         SerializeMissing(slot);
-        dropped.fetch_add(1, std::memory_order_relaxed);
         if (!slot.failing) {
             slot.failing = true;
             Vor::LogError("Register block at %u can't write the value of %s: %s", block.OutputId(), block.DataSource(),

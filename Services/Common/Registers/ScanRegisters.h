@@ -33,10 +33,11 @@ public:
     void ForgetValues();
 
     /// Writes the results of one frame, which readers get all at once. Allocates nothing. A block that can't write its
-    /// result is written with a missing value, and logged once until it can write again.
+    /// result is written with a missing value, and logged once until it can write again. A frame that can't be written
+    /// for another reason is counted, and logged once until a frame can; nothing is thrown.
     void Process(ResultSet set);
 
-    /// How many results a block couldn't write. Without the assembly's lock.
+    /// How many frames couldn't be written. Without the assembly's lock.
     std::uint64_t Dropped() const { return dropped.load(std::memory_order_relaxed); }
 
 private:
@@ -47,6 +48,7 @@ private:
         bool failing = false;
     };
 
+    void Write(ResultSet set);
     void Publish(std::size_t begin, std::size_t end);
     void Serialize(Slot& slot, ResultItem item);
     void SerializeMissing(Slot& slot);
@@ -63,7 +65,8 @@ private:
     std::vector<RegisterImage::Part> own;
     std::vector<RegisterImage::Part> written; ///< used by Publish, a member so that nothing is allocated there
     std::atomic<std::uint64_t> dropped = 0;
-    Vor::Object missing; ///< an item without a value
+    std::atomic<bool> failing = false; ///< the last frame couldn't be written
+    Vor::Object missing;               ///< an item without a value
 };
 
 } // namespace Services::Common

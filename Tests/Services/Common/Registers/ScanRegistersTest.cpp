@@ -3,6 +3,8 @@
 #include "Tests/Services/Common/Registers/OneByteRegisters.h"
 #include "Tests/Support/AddBlocks.h"
 #include "Tests/Support/Results.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
@@ -22,6 +24,7 @@ using namespace VorControl::ControlProtocol;
 using Tests::AddBlocks;
 using Tests::Results;
 
+/// Can't be locked while it is `broken`.
 class Assembly : public ProtocolRegisterAssemblyBase {
 public:
     Assembly()
@@ -34,6 +37,15 @@ public:
         AddSupportedBlockType(std::move(types.system));
         AddSupportedBlockType(std::move(types.others.front()));
     }
+
+    void BeginLock() const override {
+        if (broken) {
+            Vor::Throw(yERROR_STATE, "broken");
+        }
+        ProtocolRegisterAssemblyBase::BeginLock();
+    }
+
+    bool broken = false;
 };
 
 /// Registers of one byte.
@@ -103,6 +115,24 @@ TEST_F(ScanRegistersTest, LeavesWhatNoScanFeedsAlone) {
     registers.Process(Results().Measurement("a", 0.001).Measurement("b", 0.002).Get());
     EXPECT_EQ(Read(0, 7), (Bytes{0, 0, 0, 1, 5, 6, 1}));
     EXPECT_EQ(Read(71, 4), (Bytes{0, 0, 0, 2}));
+}
+
+TEST_F(ScanRegistersTest, CountsAFrameThatItCannotWriteAndLogsTheFirstOne) {
+    Map({{"MeasurementValue", "a", 0}});
+    const Vor::LogCapture log;
+    assembly->broken = true;
+    registers.Process(Results().Measurement("a", 0.001).Get());
+    registers.Process(Results().Measurement("a", 0.002).Get());
+    assembly->broken = false;
+    EXPECT_EQ(registers.Dropped(), 2u);
+    EXPECT_EQ(log.Count("A frame can't be written into the registers."), 1u);
+    EXPECT_EQ(Read(0, 4), (Bytes{0x80, 0, 0, 0}));
+    registers.Process(Results().Text("a", "no number").Get());
+    registers.Process(Results().Measurement("a", 0.003).Get());
+    EXPECT_EQ(Read(0, 4), (Bytes{0, 0, 0, 3}));
+    EXPECT_EQ(registers.Dropped(), 2u) << "a value that its block can't write is no lost frame";
+    registers.ForgetValues();
+    EXPECT_EQ(registers.Dropped(), 0u);
 }
 
 } // namespace
