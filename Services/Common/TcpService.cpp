@@ -108,7 +108,6 @@ void TcpService::ApplyParams() {
     }
     SetProperties(server->Url(), "");
     ParamsApplied();
-    MapChanged();
 }
 
 void TcpService::NonPersistentPropertiesBeginLock() {

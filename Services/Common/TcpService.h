@@ -59,8 +59,8 @@ protected:
     /// then on that thread while the thread that changes the parameters waits for it. It may read the parameters, and
     /// must not enter a lock under which anybody waits for the network thread.
     virtual void UpdateSessions() {}
-    /// Gives the parameters to the rest of the service: before it listens, and when the server has accepted new ones.
-    /// MapChanged is called next.
+    /// Gives the parameters to the rest of the service: before it listens, when MapChanged is called next, and when the
+    /// server of a running service has accepted new ones. The map is the same then.
     virtual void ParamsApplied() {}
     /// Forgets the values of the scan. The service listens no more.
     virtual void Stopped() {}

@@ -61,6 +61,9 @@ void ModbusProtocol::ParamsApplied() {
     assembly->ChangeBigEndianSupportedBlocks(params->IsBigEndian());
     cells.SetFirstRequestRuns(params->firstRequest.Get() == ModbusParams::FirstRequestRuns);
     commands.SetTriggerTimeout(params->triggerTimeout.Time());
+    if (IsRunning()) {
+        registers.Rebuild(); // perhaps in another byte order
+    }
 }
 
 void ModbusProtocol::MapChanged() {

@@ -192,7 +192,7 @@ TEST_F(TcpServiceTest, GivesChangedParametersToTheSessionsOnTheNetworkThread) {
     EXPECT_EQ(client.Ask(40), 41);
     NewCalls();
     module.Change({{"shift", 5}});
-    EXPECT_EQ(NewCalls(), (Calls{"UpdateSessions", "ParamsApplied", "MapChanged"}));
+    EXPECT_EQ(NewCalls(), (Calls{"UpdateSessions", "ParamsApplied"}));
     EXPECT_NE(Own().updater, std::this_thread::get_id());
     EXPECT_EQ(client.Ask(40), 45) << "the client stays connected";
 }

@@ -392,6 +392,17 @@ TEST_F(ModbusTriggerTest, FailsAtOnceWhenTheScanOrTheMapEnds) {
     EXPECT_EQ(Read(Answer, 3), Words({3, 3, 0}));
 }
 
+TEST_F(ModbusTriggerTest, WaitsOnWhenAParameterIsChanged) {
+    TriggerWithoutFrame();
+    Vor::Properties::JsonSerializer::Deserialize(service->Params(), {{"idleTimeout", 7}, {"byteOrder", 1}});
+    service->ParamsUpdate();
+    EXPECT_EQ(Read(Answer, 3), Words({1, 1, 0}));
+    EXPECT_EQ(Read(0, 2), Words({0, 0x8000})) << "in the other byte order at once";
+    Publish(7);
+    EXPECT_EQ(WaitForStatus(), 2u);
+    EXPECT_EQ(Read(0, 2), Words({7000, 0}));
+}
+
 TEST_F(ModbusTriggerTest, FailsWhenItsFrameDoesNotComeInTime) {
     Restart({{"triggerTimeout", 1}});
     EXPECT_EQ(Write(Command, {1, 6}), 0u);
