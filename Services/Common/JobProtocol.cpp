@@ -144,7 +144,7 @@ void JobProtocol::EndUpdateParamsImpl(PersistDomain domain, const char* /*versio
     try {
         ParamsUpdate();
     } catch (const std::exception& e) {
-        Vor::LogUser(Vor::UserError, "VorControl", Translate("%1$s can't take its parameters: %2$s."), DisplayName(),
+        Vor::LogUser(Vor::UserError, "VorControl", Translate("%1$s can't use its parameters: %2$s."), DisplayName(),
                      e.what());
     }
 }

@@ -86,7 +86,7 @@ json Section(const json& params, const json& outputs, const json& blocks) {
 
 const json Outputs = {{{"outputId", "depth"}, {"source", "b"}}, {{"outputId", "height"}, {"source", "a"}}};
 const json Blocks = {{{"type", "MeasurementValue"}, {"dataSource", "a"}, {"outputId", 0}}};
-constexpr const char* Refusal = "test service can't take its parameters: too fast.";
+const std::string Refusal = UnusableParams("test service", "too fast");
 
 class JobProtocolTest : public testing::Test {
 protected:

@@ -10,10 +10,16 @@
 #include "VorControl/Control/IControlInstance.h"
 
 #include <memory>
+#include <string>
 
 #include <nlohmann/json.hpp>
 
 namespace Services::Common {
+
+/// The entry of the user's log for parameters of a job that a service can't use.
+inline std::string UnusableParams(const std::string& service, const std::string& reason) {
+    return service + " can't use its parameters: " + reason + ".";
+}
 
 /// A service in a module, as in an application.
 template <class Service>

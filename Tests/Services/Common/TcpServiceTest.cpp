@@ -245,7 +245,7 @@ TEST_F(TcpServiceTest, ReportsTheParametersOfAJobThatItCannotUse) {
         EXPECT_EQ(NewCalls(), Calls()) << "nothing of them is used";
         const std::string failure = module.Properties()["failure"];
         EXPECT_NE(failure, "") << params;
-        EXPECT_EQ(log.Count(Vor::UserError, "test service can't take its parameters: " + failure + "."), 1u);
+        EXPECT_EQ(log.Count(Vor::UserError, UnusableParams("test service", failure)), 1u);
         EXPECT_EQ(Client(former).Ask(1), 2);
     }
     module.Load(Section({{"port", former}}));

@@ -1,5 +1,6 @@
 #include "Services/Modbus/ModbusProtocol.h"
 
+#include "Tests/Services/Common/ServiceModule.h"
 #include "Tests/Services/Modbus/ModbusServer.h"
 #include "Tests/Services/Modbus/RawClient.h"
 #include "Tests/Services/Modbus/Results.h"
@@ -13,8 +14,7 @@
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
 
-#include <filesystem>
-#include <fstream>
+#include <chrono>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -309,6 +309,7 @@ TEST_F(ModbusProtocolTest, SavesItsParametersAndItsMapInTheJob) {
                                            {"unitId", 1},
                                            {"byteOrder", 0},
                                            {"maxConnections", 32},
+                                           {"maxConnectionsPerAddress", 16},
                                            {"idleTimeout", 60},
                                            {"firstRequest", "run"},
                                            {"readNetworks", {"0.0.0.0/0", "::/0"}},
@@ -376,7 +377,7 @@ TEST_F(ModbusProtocolTest, AJobWhoseParametersItCannotUseLeavesItWhereItIsAndTel
     EXPECT_EQ(Port(), former);
     EXPECT_EQ(Status(), 0);
     EXPECT_EQ(Failure(), failure);
-    EXPECT_EQ(log.Count(Vor::UserError, "modbus service can't take its parameters: " + failure + "."), 1u);
+    EXPECT_EQ(log.Count(Vor::UserError, Common::UnusableParams("modbus service", failure)), 1u);
     EXPECT_EQ(Vor::Properties::JsonSerializer::Serialize(*Instance().Params())["port"], other.Port())
         << "they are the job's all the same";
     EXPECT_EQ(Read(10, 2), Words({0x8000, 0})) << "and so is the map";
@@ -424,16 +425,7 @@ TEST_F(ModbusProtocolTest, OffersItsBlockTypesInRegistersOf16Bits) {
 }
 
 TEST_F(ModbusProtocolTest, StopsWithin200MillisecondsAndLeavesNoThread) {
-    const auto hasThread = [] {
-        for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-            std::string name;
-            std::getline(std::ifstream(task.path() / "comm"), name);
-            if (name == "ModbusNet") {
-                return true;
-            }
-        }
-        return false;
-    };
+    const auto hasThread = [] { return Tests::CountThreads("ModbusNet") > 0; };
     Load(Config({{"port", 0}}, TwoBlocks));
     RawClient client(Port());
     EXPECT_EQ(client.Ask(ReadRequest(1, 0, 1)).size(), 11u);
