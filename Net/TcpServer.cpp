@@ -6,10 +6,15 @@
 #include "Net/Asio/TcpListen.h"
 #include "Vor/Logging.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <list>
+#include <map>
 #include <optional>
+#include <string>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -69,6 +74,10 @@ private:
     void StartAccept();
     void Accepted(const error_code& error, tcp::socket socket);
     void Serve(tcp::socket socket);
+    /// Why a client isn't served; empty when it is. Then there is a place for it.
+    std::string Refusal(const NetworkAddress& peer);
+    /// Closes a connection in favour of a client of another address, if it may.
+    bool FreePlace();
     void ApplySettings();
     void CloseAll(const char* reason);
     /// Writes to the user's log when clients can't connect, and when they can again.
@@ -176,15 +185,17 @@ void TcpServer::Impl::Serve(tcp::socket socket) {
     if (!peer) {
         return;
     }
-    auto session = connections.size() < settings.maxConnections && Contain(settings.readers, *peer)
-                       ? makeSession(Contain(settings.writers, *peer))
-                       : nullptr;
-    if (session == nullptr) {
-        counters.refused.fetch_add(1, std::memory_order_relaxed);
-        return;
-    }
     error_code ignored;
     const std::string name = EndpointText(socket.remote_endpoint(ignored));
+    const std::string refusal = Refusal(*peer);
+    auto session = refusal.empty() ? makeSession(Contain(settings.writers, *peer)) : nullptr;
+    if (session == nullptr) {
+        counters.refused.fetch_add(1, std::memory_order_relaxed);
+        // Without the port: a flood of clients gives equal entries.
+        Vor::LogInfo("A client from %s is refused: %s", name.substr(0, name.rfind(':')),
+                     refusal.empty() ? "the service has no session for it" : refusal);
+        return;
+    }
     connections.push_back(
         std::make_shared<TcpConnection>(std::move(socket), *peer, name, std::move(session), settings.idleTimeOut));
     counters.connected.store(connections.size(), std::memory_order_relaxed);
@@ -194,6 +205,38 @@ void TcpServer::Impl::Serve(tcp::socket socket) {
         connections.erase(position);
         counters.connected.store(connections.size(), std::memory_order_relaxed);
     });
+}
+
+std::string TcpServer::Impl::Refusal(const NetworkAddress& peer) {
+    if (!Contain(settings.readers, peer)) {
+        return "its network may not read";
+    }
+    const auto own = static_cast<std::size_t>(std::ranges::count(connections, peer, &TcpConnection::Peer));
+    const std::size_t most = Contain(settings.uncounted, peer) ? 0 : settings.maxConnectionsPerAddress;
+    if (most > 0 && own >= most) {
+        return "its address has " + std::to_string(own) + " connections, as many as one address may have";
+    }
+    const std::size_t all = connections.size();
+    if (all >= settings.maxConnections && (own > 0 || !FreePlace())) {
+        return "there are " + std::to_string(all) + " connections, as many as there may be";
+    }
+    return "";
+}
+
+bool TcpServer::Impl::FreePlace() {
+    std::map<NetworkAddress, std::vector<std::shared_ptr<TcpConnection>>> byAddress;
+    for (const auto& connection : connections) {
+        if (!Contain(settings.uncounted, connection->Peer())) {
+            byAddress[connection->Peer()].push_back(connection);
+        }
+    }
+    const auto most = std::ranges::max_element(byAddress, {}, [](const auto& entry) { return entry.second.size(); });
+    if (most == byAddress.end() || most->second.size() < 2) {
+        return false;
+    }
+    (*std::ranges::min_element(most->second, {}, &TcpConnection::LastActive))
+        ->Close("a client of another address gets its place");
+    return true;
 }
 
 template <typename Work>

@@ -16,9 +16,12 @@
 namespace Net {
 
 struct TcpServerSettings {
-    std::string address = "127.0.0.1"; ///< IPv4 or IPv6, as digits; "0.0.0.0" and "::" listen on all interfaces
-    std::uint16_t port = 0;            ///< 0 for any free port
-    unsigned maxConnections = 32;      ///< one more is closed at once
+    std::string address = "127.0.0.1";      ///< IPv4 or IPv6, as digits; "0.0.0.0" and "::" listen on all interfaces
+    std::uint16_t port = 0;                 ///< 0 for any free port
+    unsigned maxConnections = 32;           ///< one more is closed at once, unless it gets another's place
+    unsigned maxConnectionsPerAddress = 16; ///< one more is closed at once; 0: no limit of its own
+    /// Addresses of which each may have as many connections as all together, and whose connections keep their places.
+    std::vector<Network> uncounted = ParseNetworks({"127.0.0.0/8", "::1/128"});
     /// A connection with no whole request in this time is closed; 0 leaves it open. One whose session is subscribed is
     /// closed when its client has read nothing in this time although something was sent. A session may have a deadline
     /// of its own instead.
@@ -31,6 +34,8 @@ struct TcpServerSettings {
 
 /// Serves TCP clients, each with a session of its own, on a NetThread. No client can block that thread: sockets never
 /// block, and a client that doesn't read its replies isn't read from until it does.
+/// When all places are taken, a client from an address without a connection gets one: of the address that has the most
+/// connections, and more than one, the connection that has been silent for the longest time is closed.
 /// The operations are for one thread at a time; each waits microseconds for the network thread.
 class TcpServer {
 public:

@@ -3,6 +3,7 @@
 #include "Net/ITcpSession.h"
 #include "Net/Network.h"
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -28,6 +29,8 @@ public:
     void Start(std::function<void()> closed);
 
     const NetworkAddress& Peer() const { return peer; }
+    /// When the last request was answered, or sent what the client is subscribed to; at first when it has connected.
+    ITcpSession::Clock::time_point LastActive() const { return std::max(lastRequest, lastSent); }
     void SetMayWrite(bool value) { session->SetMayWrite(value); }
     void SetIdleTimeOut(std::chrono::milliseconds value);
 

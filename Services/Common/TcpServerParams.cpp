@@ -20,6 +20,7 @@ void TcpServerParams::RegisterPlace() {
 
 void TcpServerParams::RegisterLimits(const char* idleDescription, const char* writeDescription) {
     Register("maxConnections", maxConnections, Translate("Maximum Connections"), 100);
+    Register("maxConnectionsPerAddress", maxConnectionsPerAddress, Translate("Maximum Connections of an Address"), 100);
     Register("idleTimeout", idleTimeout, Translate("Idle Time-out"), 100);
     Register("readNetworks", readNetworks, Translate("Networks That May Read"), 100);
     Register("writeNetworks", writeNetworks, Translate("Networks That May Write"), 100);
@@ -28,6 +29,11 @@ void TcpServerParams::RegisterLimits(const char* idleDescription, const char* wr
     maxConnections.SetMinimum(1);
     maxConnections.EnableMaximum(true);
     maxConnections.SetMaximum(256);
+    maxConnectionsPerAddress.EnableDescription(true);
+    Describe(maxConnectionsPerAddress, "Clients of one address that may be connected at a time. 0: as many as of all "
+                                       "addresses. Clients on this device aren't counted.");
+    maxConnectionsPerAddress.EnableMaximum(true);
+    maxConnectionsPerAddress.SetMaximum(256);
     idleTimeout.EnableDescription(true);
     Describe(idleTimeout, idleDescription);
     idleTimeout.EnableUnits(true);
@@ -49,6 +55,7 @@ void TcpServerParams::ResetPlace(unsigned short defaultPort) {
 
 void TcpServerParams::ResetLimits(unsigned int defaultIdleTimeout) {
     maxConnections = 32;
+    maxConnectionsPerAddress = 16;
     idleTimeout = defaultIdleTimeout;
     readNetworks = {"0.0.0.0/0", "::/0"};
     writeNetworks = {"127.0.0.0/8", "::1/128"};
@@ -63,6 +70,7 @@ Net::TcpServerSettings TcpServerParams::Settings() {
     return {.address = address.Get(),
             .port = port.Get(),
             .maxConnections = maxConnections.Get(),
+            .maxConnectionsPerAddress = maxConnectionsPerAddress.Get(),
             .idleTimeOut = std::chrono::seconds(idleTimeout.Get()),
             .readers = Net::ParseNetworks(readNetworks.Get()),
             .writers = Net::ParseNetworks(writeNetworks.Get())};

@@ -22,6 +22,7 @@ public:
     Vor::Params::Value<std::string> address;
     Vor::Params::Value<unsigned short> port;
     Vor::Params::Value<unsigned int> maxConnections;
+    Vor::Params::Value<unsigned int> maxConnectionsPerAddress;
     Vor::Params::Value<unsigned int> idleTimeout;
     /// Lists of networks, see Net::Network::Parse.
     Vor::Params::Value<std::vector<std::string>> readNetworks;

@@ -15,12 +15,19 @@ class TcpClient {
 public:
     static constexpr int DeadlineMilliseconds = 10000;
 
-    explicit TcpClient(std::uint16_t port, int receiveBuffer = 0)
+    /// `source` is the client's own address, such as "127.0.0.2".
+    explicit TcpClient(std::uint16_t port, int receiveBuffer = 0, const char* source = nullptr)
         : fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         const int one = 1;
         setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
         if (receiveBuffer > 0) {
             setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+        }
+        if (source != nullptr) {
+            sockaddr_in own{};
+            own.sin_family = AF_INET;
+            inet_pton(AF_INET, source, &own.sin_addr);
+            bind(fd, reinterpret_cast<const sockaddr*>(&own), sizeof own);
         }
         sockaddr_in address{};
         address.sin_family = AF_INET;

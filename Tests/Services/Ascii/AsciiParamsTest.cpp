@@ -39,6 +39,7 @@ TEST(AsciiParams, HasItsDefaults) {
                                                        {"decimals", 3},
                                                        {"invalidText", "INVALID"},
                                                        {"maxConnections", 32},
+                                                       {"maxConnectionsPerAddress", 16},
                                                        {"idleTimeout", 300},
                                                        {"readNetworks", {"0.0.0.0/0", "::/0"}},
                                                        {"writeNetworks", {"127.0.0.0/8", "::1/128"}},
@@ -56,6 +57,7 @@ TEST(AsciiParams, GivesTheServerItsSettings) {
                                          {"numberFormat", 2},
                                          {"decimals", 9},
                                          {"invalidText", "---"},
+                                         {"maxConnectionsPerAddress", 3},
                                          {"idleTimeout", 7}});
     const LineFormat format = params.Format();
     EXPECT_EQ(format.delimiter, " | ");
@@ -65,6 +67,7 @@ TEST(AsciiParams, GivesTheServerItsSettings) {
     EXPECT_EQ(format.decimals, 9);
     EXPECT_EQ(format.invalidText, "---");
     EXPECT_EQ(params.Settings().port, 8190);
+    EXPECT_EQ(params.Settings().maxConnectionsPerAddress, 3u);
     EXPECT_EQ(params.Settings().idleTimeOut, std::chrono::seconds(7));
 }
 
