@@ -59,8 +59,7 @@ enum class InputResult {
 /// Clients write through this object, which implements the handshake: a write that changes the request word, the first
 /// two bytes of the command, runs a command. The answer repeats that word with the command's status, which is 1 until
 /// the command has ended; both change together. A status after the command's end is ignored. Where the first request
-/// word doesn't run, the first write that begins with it runs nothing, and the answer repeats the word with the status
-/// 0.
+/// word doesn't run, the first write to it runs nothing, and the answer repeats the word with the status 0.
 ///
 /// All operations but Write may be called on any thread; Write is for one thread.
 class CommandCells {
