@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Vor/Exception.h"
+#include "Vor/Structure.h"
+#include "VorApi/Params/PropertyValue.h"
+#include "VorControl/Control/IControlMetrics.h"
+#include "yApi/yStatus.h"
+
+#include <functional>
+#include <utility>
+
+namespace Tests {
+
+class Figures : public Vor::Properties::Structure {
+public:
+    Figures()
+        : Structure(true) {
+        Register("dropCount", dropCount);
+    }
+
+    Vor::Properties::Value<long long> dropCount{0};
+};
+
+struct FigureSource : VorCommon::IMetricsSource {
+    const Vor::Properties::Structure& GetMetrics() const override {
+        if (fails) {
+            Vor::Throw(yERROR_STATE, "gone");
+        }
+        return figures;
+    }
+
+    Figures figures;
+    bool fails = false;
+};
+
+/// Has figures of "full" only, and reports when a test raises its event.
+class FakeReporter : public VorControl::IControlMetrics {
+public:
+    const VorCommon::IMetricsSource& LastReport(const VorControl::ControlMetricsKey& key) override {
+        if (key != VorControl::ControlMetricsKey("full")) {
+            Vor::Throw(yERROR_NOT_FOUND, "unknown");
+        }
+        return source;
+    }
+    ReportEvent::CallbackId AddReportHandler(std::function<void(const VorCommon::IMetricsSource&)> handler,
+                                             const VorControl::ControlMetricsKey& key) override {
+        LastReport(key);
+        return event.Add(std::move(handler));
+    }
+    void RemoveReportHandler(ReportEvent::CallbackId id, const VorControl::ControlMetricsKey& /*key*/) override {
+        if (removalFails) {
+            Vor::Throw(yERROR_PARAMETER);
+        }
+        event.Remove(id);
+    }
+
+    FigureSource source;
+    ReportEvent event;
+    bool removalFails = false;
+};
+
+} // namespace Tests

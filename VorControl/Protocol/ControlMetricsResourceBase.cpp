@@ -1,0 +1,52 @@
+#include "VorControl/Protocol/ControlMetricsResourceBase.h"
+
+#include "Vor/Exception.h"
+#include "VorControl/Protocol/MetricsDocument.h"
+#include "yApi/yStatus.h"
+
+#include <utility>
+
+namespace VorControl::Protocol {
+
+ControlMetricsResourceBase::ControlMetricsResourceBase(Reporter& reporter)
+    : reporter(reporter) {}
+
+unsigned int ControlMetricsResourceBase::StartStream(const VorApi::RequestInfoEx& request,
+                                                     VorApi::IStreamReceiver& receiver) {
+    const ControlMetricsKey key = PopulateMetricsKey(request);
+    auto handler = reporter.AddReportHandler(
+        [target = &receiver](const VorCommon::IMetricsSource& source) { OnData(target, source); }, key);
+    streams.emplace(nextStreamId, StreamRecord{key, std::move(handler), &receiver});
+    return nextStreamId++;
+}
+
+void ControlMetricsResourceBase::StopStream(unsigned int id) {
+    const auto stream = streams.extract(id);
+    if (stream.empty()) {
+        Vor::Throw(yERROR_PARAMETER);
+    }
+    try {
+        reporter.RemoveReportHandler(stream.mapped().handler, stream.mapped().key);
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the reporter has forgotten the key, so it is done
+    }
+}
+
+void ControlMetricsResourceBase::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx&,
+                                          VorApi::VorDataTree& data) {
+    MetricsToVorDataTree(reporter.LastReport(PopulateMetricsKey(request)).GetMetrics(), request.WantsSchema(), data);
+}
+
+VorApi::StreamResourceBase* ControlMetricsResourceBase::StreamableProvider() {
+    return this;
+}
+
+void ControlMetricsResourceBase::OnData(VorApi::IStreamReceiver* receiver, const VorCommon::IMetricsSource& source) {
+    try {
+        const VorApi::VorDataTree message;
+        MetricsToVorDataTree(source.GetMetrics(), false, message);
+        receiver->Send(message);
+    } catch (const Vor::Exception&) { // NOLINT(bugprone-empty-catch): one message is lost, the stream goes on
+    }
+}
+
+} // namespace VorControl::Protocol

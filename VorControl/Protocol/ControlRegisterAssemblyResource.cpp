@@ -1,0 +1,82 @@
+#include "VorControl/Protocol/ControlRegisterAssemblyResource.h"
+
+#include "VorApi/Path.h"
+#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
+#include "yApi/yStatus.h"
+
+namespace VorControl::Protocol {
+
+using ControlProtocol::IProtocolRegisterAssembly;
+using VorApi::VorDataTree;
+
+namespace {
+
+constexpr const char* AssemblyPath = "/controls/:protocol/registerAssemblies/:registerAssembly";
+
+/// Writes an array with an element for each entry of a list that is valid while the assembly is locked.
+template <class List, class Write>
+void WriteList(const IProtocolRegisterAssembly& assembly, VorDataTree array, const List& list, const Write& write) {
+    array.MakeArray();
+    ControlProtocol::AssemblyLock lock(assembly);
+    for (const auto& entry : list()) {
+        write(*entry, array.Append());
+    }
+    lock.Unlock();
+}
+
+} // namespace
+
+ControlRegisterAssemblyResource::ControlRegisterAssemblyResource(IControlManager& manager)
+    : ControlResourceBase(manager)
+    , assemblyUpdates(
+          manager,
+          [this](IControlInstance& instance) {
+              return instance.AddRegisterAssemblyUpdatedEventHandler(
+                  [this](const std::string& id, const std::string& assemblyId) {
+                      ResourceEventHandler(VorApi::Path::Format(AssemblyPath, {id, assemblyId}));
+                  });
+          },
+          &IControlInstance::RemoveRegisterAssemblyUpdatedEventHandler,
+          "Exception thrown while removing register assembly update event handlers") {}
+
+void ControlRegisterAssemblyResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
+                                               VorDataTree& data) {
+    const IControlInstance& instance = RequiredInstance(request);
+    if (!instance.HasRegisterAssemblyGroup()) {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+    if (const std::string* const assemblyId = request.FindKey("registerAssembly")) {
+        ReadOne(instance, *assemblyId, request, response, data);
+    } else {
+        MakeRegisterAssemblyList(AssemblyPath, "item", instance.Id(), instance.RegisterAssemblyList(), response);
+    }
+}
+
+void ControlRegisterAssemblyResource::ReadOne(const IControlInstance& instance, const std::string& assemblyId,
+                                              const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
+                                              VorDataTree& data) {
+    if (!instance.HasRegisterAssembly(assemblyId.c_str())) {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+    const auto assembly = instance.RegisterAssembly(assemblyId.c_str());
+    WritePart(assembly->Properties(), request, data);
+    WritePart(assembly->Attributes(), request, data["attributes"]);
+    const auto write = [&](const Vor::Properties::Node& node, const VorDataTree& element) {
+        WritePart(node, request, element);
+    };
+    WriteList(
+        *assembly, data["supportedBlockTypes"],
+        [&]() -> const auto& { return assembly->SupportedRegisterBlockTypes(); }, write);
+    WriteList(
+        *assembly, data["blocks"], [&]() -> const auto& { return assembly->AddedRegisterBlocks(); }, write);
+    LinkCommands(instance.RegisterAssemblyCommandTarget(assemblyId.c_str()),
+                 "/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command",
+                 {instance.Id(), assemblyId}, response);
+}
+
+void ControlRegisterAssemblyResource::UpdateDocument(const VorApi::RequestInfo&, const nlohmann::json&) {
+    Vor::Throw(yERROR_READ_ONLY);
+}
+
+} // namespace VorControl::Protocol

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Vor/Exception.h"
+#include "VorApi/DocumentResourceBase.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Control/IControlManager.h"
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Vor::Params {
+class Group;
+}
+
+namespace VorCommon {
+class ICommandTarget;
+}
+
+namespace VorControl::Protocol {
+
+/// What the resources of the services have in common. A failure of a resource is a Vor::Exception, or what a service
+/// has thrown.
+class ControlResourceBase : public VorApi::DocumentResourceBase {
+public:
+    /// The manager outlives it.
+    explicit ControlResourceBase(IControlManager& manager);
+    ~ControlResourceBase() override;
+
+protected:
+    using Values = std::vector<std::string>;
+
+    /// Called on the thread that loads. While a load lasts, changes are counted instead of notified.
+    virtual void OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state);
+
+    IControlInstance& ResolveToInstance(const std::string& id) const;
+    /// The value of a parameter of the path. Fails with yERROR_PARAMETER, and the text if it isn't null, without it.
+    static const std::string& RequiredKey(const VorApi::RequestInfo& request, const char* name,
+                                          const char* failureText = nullptr);
+    IControlInstance& RequiredInstance(const VorApi::RequestInfo& request, const char* failureText = nullptr) const;
+
+    /// Writes the schema of the node into the member "_schema".
+    static void AppendSchema(const Vor::Properties::Node& node, VorApi::VorDataTree tree);
+    /// As NodeToVorDataTree, for a node that is one of several in the document: with a schema of its own if the client
+    /// wants it.
+    static void WritePart(const Vor::Properties::Node& node, const VorApi::RequestInfoEx& request,
+                          const VorApi::VorDataTree& tree);
+    /// Notifies that the resource at the path has changed.
+    void ResourceEventHandler(const std::string& path);
+    /// How many changes weren't notified since the last load began.
+    unsigned int NotificationsSaved() const { return notificationsSaved; }
+    /// Embeds the register assemblies of a service.
+    static void MakeRegisterAssemblyList(const char* pattern, const std::string& relation, const std::string& serviceId,
+                                         const std::vector<std::string>& ids, VorApi::ResponseInfoEx& response);
+
+    /// Embeds the commands of a target as "item" or links them as "vor:command". The pattern has the values and the
+    /// command.
+    static void EmbedCommands(const VorCommon::ICommandTarget& target, const char* pattern, const Values& values,
+                              VorApi::ResponseInfoEx& response);
+    static void LinkCommands(const VorCommon::ICommandTarget& target, const char* pattern, const Values& values,
+                             VorApi::ResponseInfoEx& response);
+    /// The document of a command: its id and its parameters.
+    static void DescribeCommand(const VorCommon::ICommandTarget& target, const std::string& command,
+                                const VorApi::RequestInfoEx& request, const VorApi::VorDataTree& data);
+    /// Invokes a command. Its arguments are members of `data`, or of the member "parameters", which count more.
+    static std::shared_ptr<Vor::Params::Group>
+    InvokeCommand(VorCommon::ICommandTarget& target, const std::string& command, const VorApi::VorDataTree& data);
+    /// The result of a command as a document, an empty object when there is none.
+    static VorApi::VorDataTree ResultDocument(const std::shared_ptr<Vor::Params::Group>& result,
+                                              const VorApi::RequestInfoEx& request);
+
+    /// Runs the work. What it throws is nested in the exception that is thrown, whose text `textOf` makes of it, and
+    /// whose status is that of the failure, or 0.
+    template <class Work, class TextOf>
+    static auto RunWrapped(const Work& work, const TextOf& textOf);
+
+    IControlManager& controlManager;
+
+private:
+    bool notificationsHeld = false;
+    unsigned int notificationsSaved = 0;
+    IControlManager::PersistenceLoadEvent::CallbackId persistenceLoadHandle;
+};
+
+template <class Work, class TextOf>
+auto ControlResourceBase::RunWrapped(const Work& work, const TextOf& textOf) {
+    try {
+        return work();
+    } catch (const std::exception& e) {
+        Vor::ThrowNested(Vor::Exception::StatusOf(e), "%s", textOf(e.what()));
+    } catch (...) {
+        Vor::ThrowNested(yERROR, "%s", textOf("unknown exception"));
+    }
+}
+
+} // namespace VorControl::Protocol

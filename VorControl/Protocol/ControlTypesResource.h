@@ -1,0 +1,16 @@
+#pragma once
+
+#include "VorControl/Protocol/ControlResourceBase.h"
+
+namespace VorControl::Protocol {
+
+/// The types of service that the plug-ins offer.
+class ControlTypesResource : public ControlResourceBase {
+public:
+    using ControlResourceBase::ControlResourceBase;
+
+    void Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
+                  VorApi::VorDataTree& data) override;
+};
+
+} // namespace VorControl::Protocol
