@@ -1,6 +1,8 @@
 #include "Vor/JsonSerializer.h"
 
 #include "Vor/ArrayBase.h"
+#include "Vor/DocumentErrors.h"
+#include "Vor/DocumentValidation.h"
 #include "Vor/INodeVisitor.h"
 #include "Vor/JsonPlace.h"
 #include "Vor/JsonReader.h"
@@ -10,6 +12,7 @@
 #include "VorApi/Params/PropertyValue.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -54,22 +57,56 @@ void ForEachMember(const Structure& structure, const Json& json, const JsonPath&
     }
 }
 
+/// A place as a JSON pointer (RFC 6901), such as "/map/3/source".
+std::string PointerOf(const JsonPath& path) {
+    if (path.parent == nullptr) {
+        return {};
+    }
+    std::string pointer = PointerOf(*path.parent) + "/";
+    if (path.member == nullptr) {
+        return pointer + std::to_string(path.index);
+    }
+    for (const char c : *path.member) {
+        if (c == '~' || c == '/') {
+            pointer += c == '~' ? "~0" : "~1";
+        } else {
+            pointer += c;
+        }
+    }
+    return pointer;
+}
+
 /// Checks a document against a tree without changing the tree: the kinds of all values, the number of elements and,
-/// with `validate`, the values' own validation.
+/// with `validate`, the values' own validation. With `errors`, whose places begin with `pointer`, all that is wrong is
+/// collected, otherwise the first that is throws.
 class Checker : private INodeVisitorConst {
 public:
-    explicit Checker(bool validate)
-        : validate(validate) {}
+    explicit Checker(bool validate, DocumentErrors* errors = nullptr, std::string pointer = std::string())
+        : validate(validate)
+        , errors(errors)
+        , pointer(std::move(pointer)) {}
 
     void Check(const Node& node, const Json& source, const JsonPath& sourcePath) {
         const Json* const outerJson = std::exchange(json, &source);
         const JsonPath* const outerPath = std::exchange(path, &sourcePath);
-        node.Accept(*this);
+        if (errors == nullptr) {
+            node.Accept(*this);
+        } else if (!errors->IsFull()) {
+            Collect(node);
+        }
         json = outerJson;
         path = outerPath;
     }
 
 private:
+    void Collect(const Node& node) {
+        try {
+            node.Accept(*this);
+        } catch (const Exception& e) {
+            errors->Add(pointer + PointerOf(*path), e);
+        }
+    }
+
     void Visit(const Internal::ValueBase& value) override {
         if (validate) {
             Internal::JsonReader reader(*json, *path);
@@ -106,6 +143,8 @@ private:
     void Visit(const Internal::ReferenceArray&) override {}
 
     const bool validate;
+    DocumentErrors* const errors;
+    const std::string pointer;
     const Json* json = nullptr;
     const JsonPath* path = nullptr;
     std::size_t items = 0;
@@ -183,6 +222,13 @@ void JsonSerializer::Validate(const Node& node, const Json& json) {
     if (!node.IsWriteOnly()) {
         const JsonPath root;
         Checker(true).Check(node, json, root);
+    }
+}
+
+void ValidateDocument(const Node& node, const Json& json, DocumentErrors& errors, const std::string& pointer) {
+    if (!node.IsWriteOnly()) {
+        const JsonPath root;
+        Checker(true, &errors, pointer).Check(node, json, root);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "VorControl/Protocol/ControlResource.h"
 
+#include "Vor/DocumentErrors.h"
+#include "Vor/DocumentValidation.h"
 #include "Vor/Logging.h"
 #include "Vor/VorDataTreeSerializer.h"
 #include "VorApi/LogThrown.h"
@@ -133,11 +135,16 @@ void ControlResource::ApplyUpdate(IControlInstance& instance, const nlohmann::js
         }
     });
     const bool hasEnabled = json.is_object() && json.contains("enabled");
+    const bool hasParameters = json.contains("parameters") && parameters != nullptr;
+    Vor::DocumentErrors errors;
     if (hasEnabled) {
-        ValidateJsonFromNode(update, json);
+        Vor::Properties::ValidateDocument(update, json, errors, "");
     }
-    if (json.contains("parameters") && parameters != nullptr) {
-        ValidateJsonFromNode(*parameters, json["parameters"]);
+    if (hasParameters) {
+        Vor::Properties::ValidateDocument(*parameters, json["parameters"], errors, "/parameters");
+    }
+    errors.ThrowIfAny();
+    if (hasParameters) {
         NodeFromJson(*parameters, json["parameters"]);
         instance.ParamsUpdate();
     }

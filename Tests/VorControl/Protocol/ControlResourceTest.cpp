@@ -2,6 +2,7 @@
 
 #include "Tests/Support/MemoryStore.h"
 #include "Tests/VorControl/Protocol/ResourceFixture.h"
+#include "Vor/DocumentErrors.h"
 #include "VorControl/Control/IControlManager.h"
 
 #include <algorithm>
@@ -124,6 +125,19 @@ TEST_F(ControlResourceTest, AnEnabledStateThatIsRefusedLeavesTheParametersAsThey
               yERROR_PARAMETER);
     EXPECT_EQ(service->params->port.Get(), 502);
     EXPECT_EQ(environ.gate.Depth(), 0);
+}
+
+TEST_F(ControlResourceTest, AllThatIsRefusedInAnUpdateIsNamed) {
+    try {
+        Update("/controls/full", {{"enabled", 1}, {"parameters", {{"port", "x"}, {"name", 2}}}});
+        FAIL() << "nothing was thrown";
+    } catch (const Vor::DocumentException& e) {
+        Texts places;
+        for (const Vor::DocumentError& error : e.Errors()) {
+            places.push_back(error.pointer);
+        }
+        EXPECT_EQ(places, (Texts{"/enabled", "/parameters/port", "/parameters/name"}));
+    }
 }
 
 TEST_F(ControlResourceTest, AFailureOfTheEndIsThrownAndTheGateIsLeft) {

@@ -1,0 +1,112 @@
+#include "Vor/DocumentErrors.h"
+
+#include "Tests/Support/Failure.h"
+#include "Vor/DocumentValidation.h"
+#include "VorApi/Params/Array.h"
+#include "VorApi/Params/Group.h"
+#include "VorApi/Params/Value.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+using Vor::DocumentErrors;
+using Vor::Properties::ValidateDocument;
+
+namespace {
+
+struct Item : Vor::Params::Group {
+    Item() {
+        Register("count", count);
+        count.EnableMaximum(true);
+        count.SetMaximum(9);
+    }
+    Vor::Params::Value<unsigned short> count;
+};
+
+struct Document : Vor::Params::Group {
+    Document() {
+        Register("a/b~c", odd);
+        Register("items", items);
+        Register("inner", inner);
+        Register("flag", flag);
+    }
+    Vor::Params::Value<bool> odd;
+    Vor::Params::Array<Item> items;
+    Item inner;
+    Vor::Params::Value<bool> flag;
+};
+
+std::vector<Vor::DocumentError> ErrorsOf(const json& source) {
+    const Document document;
+    DocumentErrors errors;
+    ValidateDocument(document, source, errors, "");
+    try {
+        errors.ThrowIfAny();
+    } catch (const Vor::DocumentException& e) {
+        return e.Errors();
+    }
+    return {};
+}
+
+TEST(DocumentErrorsTest, AllThatIsRefusedIsCollectedWithItsPlace) {
+    const auto errors = ErrorsOf(json::parse(
+        R"({"a/b~c": 1, "items": [{"count": 1}, {"count": 10}, 7], "inner": {"count": "x"}, "flag": true})"));
+    ASSERT_EQ(errors.size(), 4U);
+    EXPECT_EQ(errors[0].pointer, "/a~1b~0c");
+    EXPECT_EQ(errors[0].text, "a/b~c: expected a boolean but got the integer 1.");
+    EXPECT_EQ(errors[1].pointer, "/items/1/count");
+    EXPECT_EQ(errors[1].text, "count is set to be greater than its maximum.");
+    EXPECT_EQ(errors[2].pointer, "/items/2");
+    EXPECT_EQ(errors[3].pointer, "/inner/count");
+    for (const auto& error : errors) {
+        EXPECT_EQ(error.status, yERROR_PARAMETER);
+    }
+}
+
+TEST(DocumentErrorsTest, StatusAndTextAreThoseOfTheFirstError) {
+    const Document document;
+    DocumentErrors errors;
+    ValidateDocument(document, json::parse(R"({"items": [{"count": 10}], "flag": 1})"), errors, "");
+    EXPECT_FAILURE(errors.ThrowIfAny(), yERROR_PARAMETER, "count is set to be greater than its maximum.");
+}
+
+TEST(DocumentErrorsTest, TheWholeDocumentIsThePlaceOfWhatIsNoObject) {
+    const auto errors = ErrorsOf(json::array());
+    ASSERT_EQ(errors.size(), 1U);
+    EXPECT_EQ(errors[0].pointer, "");
+}
+
+TEST(DocumentErrorsTest, AtMostAHundredAreCollected) {
+    json items = json::array();
+    for (int i = 0; i < 150; ++i) {
+        items.push_back({{"count", 10}});
+    }
+    const auto errors = ErrorsOf({{"items", items}});
+    ASSERT_EQ(errors.size(), DocumentErrors::MaxErrors);
+    EXPECT_EQ(errors.back().pointer, "/items/99/count");
+}
+
+TEST(DocumentErrorsTest, PartsOfADocumentAreCollectedTogether) {
+    const Document document;
+    DocumentErrors errors;
+    ValidateDocument(document, {{"flag", 1}}, errors, "/first");
+    ValidateDocument(document, {{"flag", true}}, errors, "/second");
+    ValidateDocument(document, {{"inner", 1}}, errors, "/third");
+    try {
+        errors.ThrowIfAny();
+        FAIL() << "nothing was thrown";
+    } catch (const Vor::DocumentException& e) {
+        ASSERT_EQ(e.Errors().size(), 2U);
+        EXPECT_EQ(e.Errors()[0].pointer, "/first/flag");
+        EXPECT_EQ(e.Errors()[1].pointer, "/third/inner");
+    }
+}
+
+TEST(DocumentErrorsTest, WithoutErrorsNothingIsThrown) {
+    DocumentErrors errors;
+    errors.ThrowIfAny();
+    EXPECT_FALSE(errors.IsFull());
+}
+
+} // namespace
