@@ -188,9 +188,10 @@ UserLog::Silence::~Silence() {
 
 UserLog::UserLog(const Settings& settings)
     : output(std::make_shared<Output>(settings)) {
-    if (settings.verbose) {
-        Vor::Logging::SetMinimumLevel(Vor::LevelTrace);
-    }
+    // No entry is formatted that nobody would read.
+    Vor::Logging::SetMinimumLevel(settings.verbose        ? Vor::LevelTrace
+                                  : settings.file.empty() ? Vor::LevelWarning
+                                                          : Vor::LevelInfo);
     Vor::LogOutput::Set([output = output](const Vor::LogRecord& record) { output->Write(record); });
 }
 

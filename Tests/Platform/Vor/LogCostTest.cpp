@@ -1,35 +1,14 @@
+#include "Tests/Support/CountAllocations.h"
 #include "Vor/LogOutput.h"
 #include "Vor/Logging.h"
 
-#include <cstddef>
-#include <cstdlib>
-#include <new>
 #include <string>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-thread_local std::size_t allocations = 0;
-
-} // namespace
-
-// Not inlined, since the compiler would see a call of free behind one of new.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* const memory = std::malloc(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-
-namespace {
+using Tests::AllocationsOf;
 
 class LogCostTest : public testing::Test {
 protected:
@@ -40,13 +19,6 @@ protected:
     ~LogCostTest() override {
         Vor::LogOutput::Set(nullptr);
         Vor::Logging::SetMinimumLevel(Vor::LevelInfo);
-    }
-
-    template <class Log>
-    static std::size_t AllocationsOf(const Log& log) {
-        const std::size_t before = allocations;
-        log();
-        return allocations - before;
     }
 
     const std::string text = std::string(100, 'x');
