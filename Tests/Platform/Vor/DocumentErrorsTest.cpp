@@ -15,8 +15,8 @@ using Vor::Properties::ValidateDocument;
 
 namespace {
 
-struct Item : Vor::Params::Group {
-    Item() {
+struct Counted : Vor::Params::Group {
+    Counted() {
         Register("count", count);
         count.EnableMaximum(true);
         count.SetMaximum(9);
@@ -24,21 +24,21 @@ struct Item : Vor::Params::Group {
     Vor::Params::Value<unsigned short> count;
 };
 
-struct Document : Vor::Params::Group {
-    Document() {
+struct Checked : Vor::Params::Group {
+    Checked() {
         Register("a/b~c", odd);
         Register("items", items);
         Register("inner", inner);
         Register("flag", flag);
     }
     Vor::Params::Value<bool> odd;
-    Vor::Params::Array<Item> items;
-    Item inner;
+    Vor::Params::Array<Counted> items;
+    Counted inner;
     Vor::Params::Value<bool> flag;
 };
 
 std::vector<Vor::DocumentError> ErrorsOf(const json& source) {
-    const Document document;
+    const Checked document;
     DocumentErrors errors;
     ValidateDocument(document, source, errors, "");
     try {
@@ -65,7 +65,7 @@ TEST(DocumentErrorsTest, AllThatIsRefusedIsCollectedWithItsPlace) {
 }
 
 TEST(DocumentErrorsTest, StatusAndTextAreThoseOfTheFirstError) {
-    const Document document;
+    const Checked document;
     DocumentErrors errors;
     ValidateDocument(document, json::parse(R"({"items": [{"count": 10}], "flag": 1})"), errors, "");
     EXPECT_FAILURE(errors.ThrowIfAny(), yERROR_PARAMETER, "count is set to be greater than its maximum.");
@@ -88,7 +88,7 @@ TEST(DocumentErrorsTest, AtMostAHundredAreCollected) {
 }
 
 TEST(DocumentErrorsTest, PartsOfADocumentAreCollectedTogether) {
-    const Document document;
+    const Checked document;
     DocumentErrors errors;
     ValidateDocument(document, {{"flag", 1}}, errors, "/first");
     ValidateDocument(document, {{"flag", true}}, errors, "/second");
