@@ -65,6 +65,7 @@ TEST(VorGetTextTest, PointerOutlivesTheArgumentAndIsTheSameEachTime) {
 
 TEST(VorGetTextTest, TableTranslatesItsOwnCatalogueOnlyUntilItIsRemoved) {
     VorGetText& texts = VorGetText::GetInstance();
+    EXPECT_STREQ(texts.DPGetText("BE", "beApp.ctrl", "Protocol"), "Protocol");
     texts.SetTranslations("beApp.ctrl", {{"Protocol", "Protokoll"}});
     const char* translated = texts.DPGetText("BE", "beApp.ctrl", "Protocol");
     EXPECT_STREQ(translated, "Protokoll");
@@ -83,6 +84,9 @@ TEST(VorGetTextTest, CallsAreRecordedWithTheirCatalogue) {
     texts.DPGetText("BE", "beApp", "recorded");
     const std::vector<VorGetText::Call> expected{{"BE", "beApp", "recorded"}, {"BE", "control", "recorded"}};
     EXPECT_EQ(texts.Calls(), expected);
+    texts.ForgetCalls();
+    texts.DPGetText("BE", "beApp", "recorded");
+    EXPECT_EQ(texts.Calls(), (std::vector<VorGetText::Call>{{"BE", "beApp", "recorded"}}));
 }
 
 TEST(VorGetTextTest, FilesOfTheLocaleFolderTranslateByDomainAndCatalogue) {
