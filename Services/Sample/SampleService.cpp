@@ -70,10 +70,14 @@ void SampleService::Start() {
 }
 
 void SampleService::Stop() {
+    // A service is also stopped when it doesn't run, such as at a reset; then there are no results to end.
+    const bool wasRunning = GetProtocolStatus() == ProtocolStatus::Running;
     UpdateProtocolStatus(ProtocolStatus::Stopping);
     try {
-        // Optional: from here on no results are processed. They end anyway when the service's handler is removed.
-        SetForwardScanResultsToProtocol(false);
+        if (wasRunning) {
+            // Optional: from here on no results are processed. They end anyway when the service's handler is removed.
+            SetForwardScanResultsToProtocol(false);
+        }
         if (!params.keepAtStop.Get()) {
             Rebuild();
         }

@@ -3,6 +3,7 @@
 #include "Tests/Support/MemoryStore.h"
 #include "Tests/Support/Results.h"
 #include "Vor/ByteVector.h"
+#include "Vor/Logging.h"
 #include "VorApi/Params/PropertyValue.h"
 #include "VorApi/Threads/ScopeLock.h"
 #include "VorControl/Control/ControlModule.h"
@@ -139,6 +140,13 @@ TEST_F(SampleServiceTest, KeepsItsValuesWhenStoppedIfTold) {
     Publish("profile/max", 12.345);
     Sample().Enable(false);
     EXPECT_EQ(Registers(), (Bytes{0, 0, 0x30, 0x39, 0x80, 0, 0, 0}));
+}
+
+TEST_F(SampleServiceTest, IsStoppedWithoutAnErrorWhenItDoesNotRun) {
+    const Vor::LogCapture log;
+    Sample().Enable(false);
+    EXPECT_EQ(Sample().GetProtocolStatus(), ProtocolStatus::Stopped);
+    EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
 }
 
 TEST_F(SampleServiceTest, FindsItsConfigurationAgain) {
