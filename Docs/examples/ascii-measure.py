@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Starts the scan, prints ten frames, stops, and tells the last stamp, over the ASCII service of a sensor."""
+"""Starts the scan, prints ten frames, stops, and prints the last stamp, over the ASCII service of a sensor."""
 
 import csv
 import socket
@@ -32,9 +32,10 @@ class Sensor:
 def main():
     sensor = Sensor(int(sys.argv[1]) if len(sys.argv) > 1 else 8190)
     sensor.ask("START")
-    sensor.ask("PUSH ON height width")
+    sensor.ask("PUSH ON height width stamp")
     for _ in range(10):
-        _, frame, height, width = sensor.read()
+        # The field behind DATA counts lines, not frames of the scan: the stamp contains the frame.
+        _, _, height, width, frame, *_ = sensor.read()
         print(f"frame {frame}: " + ("no part" if width == "INVALID" else f"{height} mm high, {width} mm wide"))
     sensor.ask("PUSH OFF")
     sensor.ask("STOP")
