@@ -65,12 +65,12 @@ void StartReport::PrintLine(const std::string& text) {
 void StartReport::PrintInput(const std::string& name, const Scan::Recording& recording,
                              const Scan::Scanner::Settings& scan) {
     std::ostringstream text;
-    text << "Input: " << name << ", " << recording.frames.size() << " frames, " << recording.RowCount()
-         << (recording.kind == Scan::RecordingKind::Profiles ? " points, " : " values, ");
+    text << "Input: " << name << ", " << Counted(recording.frames.size(), "frame") << ", "
+         << Counted(recording.RowCount(), recording.kind == Scan::RecordingKind::Profiles ? "point" : "value") << ", ";
     if (scan.trigger == Scan::TriggerMode::Software) {
         text << "a frame a trigger";
     } else {
-        text << scan.frameRate << " frames a second";
+        text << scan.frameRate << (scan.frameRate == 1 ? " frame" : " frames") << " a second";
     }
     text << ", " << (scan.once ? "once" : "over and over");
     PrintLine(text.str());
@@ -182,8 +182,8 @@ void StartReport::PrintMissing(const std::vector<Row>& rows, const std::vector<s
     for (const Row& row : rows) {
         if (!row.dataSource.empty() &&
             std::find(dataSources.begin(), dataSources.end(), row.dataSource) == dataSources.end()) {
-            PrintLine("The input has no data source " + row.dataSource + ": the registers at " + row.addresses +
-                      " won't get a value.");
+            PrintLine("Warning: the input has no data source " + row.dataSource + ": the registers at " +
+                      row.addresses + " won't get a value.");
         }
     }
 }

@@ -18,6 +18,12 @@ namespace {
 
 constexpr int StatusOfRefusal = 2;
 
+void RequireWritten(const std::ostream& out) {
+    if (!out) {
+        throw Sensor::StartError("the output can't be written.");
+    }
+}
+
 /// Tells the user when the loaded job of a running sensor was changed.
 void ReportLoadedJob(const Sensor::CommandLine& commandLine) {
     const auto owner = Sensor::FolderLock::OwnerOf(commandLine.dataFolder);
@@ -51,10 +57,12 @@ int main(int argc, char** argv) {
         const Sensor::CommandLine commandLine = Sensor::CommandLine::Parse(argc, argv);
         if (!commandLine.answer.empty()) {
             std::cout << commandLine.answer << std::flush;
+            RequireWritten(std::cout);
             return 0;
         }
         if (commandLine.jobCommand) {
             RunJobCommand(commandLine);
+            RequireWritten(std::cout);
             return 0;
         }
         return Sensor::Application(commandLine, std::cout).Run();

@@ -3,6 +3,7 @@
 #include "VorCommon/PersistManager.h"
 
 #include <filesystem>
+#include <set>
 
 #include <CLI/CLI.hpp>
 
@@ -20,6 +21,19 @@ CLI::App& Add(CLI::App& jobs, const char* name, const char* description, JobComm
 
 void AddForce(CLI::App& app, JobCommand& command) {
     app.add_flag("--force", command.force, "Replace what exists already (default: refuse)");
+}
+
+void AddFormat(CLI::App& app, JobCommand& command, const std::set<std::string>& formats) {
+    std::string list;
+    for (const std::string& format : formats) {
+        list += (list.empty() ? "" : "|") + format;
+    }
+    CLI::Option* format = app.add_option("--format", command.format, "How to print it (default: table)")
+                              ->check(CLI::IsMember(std::set<std::string>(formats)).description(""))
+                              ->type_name(list);
+    app.add_flag_callback(
+           "--json", [&command] { command.format = "json"; }, "Short for --format json")
+        ->excludes(format);
 }
 
 void AddName(CLI::App& app, JobCommand& command) {
@@ -57,9 +71,7 @@ void DefineSettings(CLI::App& jobs, JobCommand& command) {
 void DefineMap(CLI::App& jobs, JobCommand& command) {
     CLI::App& map = Add(jobs, "map", "Print what a service's clients read where", command, JobCommand::Action::Map);
     AddMap(map, command);
-    map.add_option("--format", command.format, "table, csv or json (default: table)")
-        ->check(CLI::IsMember({"table", "csv", "json"}))
-        ->type_name("FORMAT");
+    AddFormat(map, command, {"csv", "json", "table"});
 
     CLI::App& edit = Add(jobs, "edit", "Edit a service's map in a job's file", command, JobCommand::Action::Edit);
     AddMap(edit, command);
@@ -80,11 +92,12 @@ CLI::App& JobCommand::Define(CLI::App& app, JobCommand& command) {
     CLI::App& jobs = *app.add_subcommand("jobs", "Work on the jobs in the folder of --data, also while no sensor runs");
     jobs.fallthrough();
     jobs.require_subcommand(1);
-    Add(jobs, "list", "List name, time and size of each job", command, Action::List);
+    AddFormat(Add(jobs, "list", "List name, time and size of each job", command, Action::List), command,
+              {"json", "table"});
 
     CLI::App& show = Add(jobs, "show", "Print the content of a job", command, Action::Show);
     AddName(show, command);
-    show.add_flag("--json", command.json, "Print JSON (default: text)");
+    AddFormat(show, command, {"json", "table"});
 
     CLI::App& copy = Add(jobs, "copy", "Make a job of another one", command, Action::Copy);
     copy.add_option("FROM", command.name, "The job")->required()->type_name("");

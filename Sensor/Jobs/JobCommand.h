@@ -20,11 +20,10 @@ struct JobCommand {
     /// The file of an export or import.
     std::string file = {};
     bool force = false;
-    bool json = false;
 
     /// The service of a map or edit, or which is enabled or disabled.
     std::string serviceId = {};
-    /// "table", "csv" or "json".
+    /// Of what is printed: "table", "json" or, for a map, "csv".
     std::string format = "table";
     /// Which assembly of a service with several; may be empty.
     std::string assembly = {};

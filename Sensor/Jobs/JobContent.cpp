@@ -81,11 +81,12 @@ nlohmann::json JobContent::ToJson() const {
 std::string ModificationTime(const std::string& path) {
     struct stat status {};
     std::tm local{};
-    std::array<char, 32> text{};
+    std::array<char, 32> buffer{};
     if (stat(path.c_str(), &status) != 0 || localtime_r(&status.st_mtime, &local) == nullptr) {
         return {};
     }
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local)};
+    std::string text(buffer.data(), std::strftime(buffer.data(), buffer.size(), "%Y-%m-%dT%H:%M:%S%z", &local));
+    return text.insert(text.size() - 2, ":"); // the zone's minutes
 }
 
 } // namespace Sensor::Jobs

@@ -26,7 +26,7 @@ struct JobContent {
     std::string name; ///< without its extension
     std::string path;
     std::size_t size = 0; ///< bytes of the file
-    std::string modified; ///< local time
+    std::string modified; ///< see ModificationTime
     std::vector<Entry> entries;
     std::vector<Service> services;
 
@@ -36,7 +36,8 @@ struct JobContent {
     nlohmann::json ToJson() const;
 };
 
-/// When the file was changed, in local time, as "2026-01-31 23:59:59"; empty when the file can't be read.
+/// When the file was changed, in local time with its distance from UTC, as "2026-01-31T23:59:59+01:00" (ISO 8601);
+/// empty when the file can't be read.
 std::string ModificationTime(const std::string& path);
 
 } // namespace Sensor::Jobs

@@ -10,6 +10,7 @@
 #include "VorCommon/ICommandTarget.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorControl/Persistence/PersistControl.h"
 #include "VorControl/Persistence/PersistFields.h"
 #include "VorControl/Providers/UserNotes.h"
@@ -183,7 +184,8 @@ std::string JobService::RequireAssembly(const Selection& selection) const {
     return ids.front();
 }
 
-void JobService::Edit(const Selection& selection, const std::string& command, const json& document) {
+bool JobService::Edit(const Selection& selection, const std::string& command, const json& document) {
+    const json before = Section();
     const UserNotes made;
     try {
         if (IsOutputs(selection)) {
@@ -199,6 +201,30 @@ void JobService::Edit(const Selection& selection, const std::string& command, co
     } catch (const Vor::Exception& e) {
         Vor::ThrowNested(e.Status(), "%s", Reason(e, made.Texts()));
     }
+    return Section() != before;
+}
+
+std::set<std::string> JobService::DataSources() const {
+    std::set<std::string> sources;
+    for (const std::string& id : Assemblies({})) {
+        auto& assembly = *instance.RegisterAssembly(id.c_str());
+        const VorControl::ControlProtocol::AssemblyLock lock(assembly);
+        for (const auto& block : assembly.AddedRegisterBlocks()) {
+            if (block->HasDataSource()) {
+                sources.insert(block->DataSource());
+            }
+        }
+    }
+    if (instance.HasProtocolOutput()) {
+        const Vor::ScopeLock<VorControl::IControlInstance, &VorControl::IControlInstance::OutputsMapBeginLock,
+                             &VorControl::IControlInstance::OutputsMapEndLock>
+            lock(instance);
+        const json outputs = Vor::Properties::JsonSerializer::Serialize(instance.OutputsMap());
+        for (const json& row : outputs.at("map")) {
+            sources.insert(row.value("source", std::string()));
+        }
+    }
+    return sources;
 }
 
 void JobService::Run(VorCommon::ICommandTarget& target, const std::string& command, const json& document) {

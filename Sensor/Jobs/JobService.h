@@ -5,6 +5,7 @@
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -49,9 +50,13 @@ public:
     /// service has none.
     bool IsOutputs(const Selection& selection) const;
 
-    /// Runs an edit command on the selected map. Throws a Vor::Exception with the library's messages when the command
-    /// is unknown, `document` isn't valid, or the edit fails. A failed edit may be incomplete: don't call Save then.
-    void Edit(const Selection& selection, const std::string& command, const nlohmann::json& document);
+    /// Runs an edit command on the selected map, and returns whether that has changed something. Throws a
+    /// Vor::Exception with the library's messages when the command is unknown, `document` isn't valid, or the edit
+    /// fails. A failed edit may be incomplete: don't call Save then.
+    bool Edit(const Selection& selection, const std::string& command, const nlohmann::json& document);
+
+    /// The data sources of all maps, each once.
+    std::set<std::string> DataSources() const;
 
     /// Changes a parameter. Throws a StartError that names the option.
     void Set(const ServiceSetting& setting);

@@ -1,10 +1,13 @@
 #include "Sensor/Jobs/JobServiceTool.h"
 
 #include "Sensor/Jobs/JobService.h"
+#include "Sensor/Jobs/ListedNames.h"
 #include "Sensor/Jobs/MapText.h"
 #include "Sensor/Jobs/OfflineServices.h"
 #include "Sensor/Jobs/ServiceSetting.h"
 #include "Sensor/PrintableText.h"
+#include "Sensor/Scan/Recording.h"
+#include "Sensor/Scan/ResultSetMaker.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "Vor/JsonText.h"
@@ -14,6 +17,7 @@
 #include "VorPlugin/PluginManager.h"
 #include "yApi/yStatus.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -82,6 +86,10 @@ void JobServiceTool::Run(const JobCommand& command) {
             return;
         }
         const std::string done = Change(services, store, command);
+        if (done.empty()) {
+            out << PrintableText("Nothing was changed in " + path) << std::endl;
+            return;
+        }
         store.Commit();
         out << PrintableText(done + " " + path) << std::endl;
     } catch (const Vor::Exception& e) {
@@ -105,7 +113,11 @@ std::string JobServiceTool::Change(OfflineServices& services, VorCommon::Archive
     JobService service(services, store, command.serviceId, JobService::Missing::UseDefaults);
     if (command.action == Action::Edit) {
         Load(service);
-        service.Edit(SelectionOf(command), command.edit, document);
+        const std::set<std::string> before = service.DataSources();
+        if (!service.Edit(SelectionOf(command), command.edit, document)) {
+            return "";
+        }
+        WarnOfNewSources(before, service.DataSources());
         service.Save();
         return "Edited";
     }
@@ -113,6 +125,18 @@ std::string JobServiceTool::Change(OfflineServices& services, VorCommon::Archive
     service.Enable(on);
     service.Save();
     return std::string(on ? "Enabled " : "Disabled ") + command.serviceId + " in";
+}
+
+void JobServiceTool::WarnOfNewSources(const std::set<std::string>& before, const std::set<std::string>& after) {
+    const std::vector<std::string> known = Scan::ResultSetMaker::DataSources({});
+    for (const std::string& source : after) {
+        if (!before.contains(source) && !source.starts_with("values/") &&
+            std::find(known.begin(), known.end(), source) == known.end()) {
+            notes << PrintableText("Warning: no input has the data source '" + source + "'. Profiles have " +
+                                   Listed(known) + "; recordings of named values have values/NAME.")
+                  << std::endl;
+        }
+    }
 }
 
 void JobServiceTool::Set(OfflineServices& services, VorCommon::ArchiveStore& store, const JobCommand& command) {

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,9 +33,11 @@ public:
 
 private:
     void PrintMap(OfflineServices& services, VorCommon::ArchiveStore& store, const JobCommand& command);
-    /// Returns what was done.
+    /// Returns what was done; empty: nothing.
     std::string Change(OfflineServices& services, VorCommon::ArchiveStore& store, const JobCommand& command);
     void Set(OfflineServices& services, VorCommon::ArchiveStore& store, const JobCommand& command);
+    /// Prints a note for each new data source that no input has.
+    void WarnOfNewSources(const std::set<std::string>& before, const std::set<std::string>& after);
     /// Loads the settings and prints the notes about that.
     void Load(JobService& service);
 

@@ -13,6 +13,8 @@
 #include <system_error>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace Sensor::Jobs {
 
 namespace {
@@ -52,7 +54,7 @@ void JobTool::Run(const JobCommand& command) {
     try {
         switch (command.action) {
         case JobCommand::Action::List:
-            return List();
+            return List(command);
         case JobCommand::Action::Show:
             return Show(command);
         case JobCommand::Action::Copy:
@@ -77,7 +79,7 @@ void JobTool::Run(const JobCommand& command) {
     }
 }
 
-void JobTool::List() {
+void JobTool::List(const JobCommand& command) {
     std::vector<std::string> names;
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
@@ -90,34 +92,57 @@ void JobTool::List() {
     if (error && error != std::errc::no_such_file_or_directory) {
         throw StartError("jobs list: " + folder.string() + ": " + error.message() + ".");
     }
-    if (names.empty()) {
-        PrintLine("No jobs in " + folder.string());
-        return;
-    }
     std::sort(names.begin(), names.end());
+    if (command.format == "json") {
+        PrintJsonList(names);
+    } else if (names.empty()) {
+        PrintLine("No jobs in " + folder.string());
+    } else {
+        PrintList(names);
+    }
+}
+
+void JobTool::PrintJsonList(const std::vector<std::string>& names) {
+    nlohmann::json list = nlohmann::json::array();
+    for (const std::string& name : names) {
+        const std::string path = FileOf(name);
+        std::error_code error;
+        const auto size = std::filesystem::file_size(path, error);
+        list.push_back({{"name", name},
+                        {"file", path},
+                        {"size", error ? nlohmann::json() : nlohmann::json(size)},
+                        {"modified", ModificationTime(path)}});
+    }
+    PrintJson(list);
+}
+
+void JobTool::PrintList(const std::vector<std::string>& names) {
     std::size_t width = TextWidth("Name");
     for (const std::string& name : names) {
         width = std::max(width, TextWidth(PrintableText(name)));
     }
-    PrintLine(Spaced("Name", width) + Spaced("Modified", 19) + "Size");
+    constexpr std::size_t TimeWidth = 25;
+    PrintLine(Spaced("Name", width) + Spaced("Modified", TimeWidth) + "Size");
     for (const std::string& name : names) {
-        const std::string path = (folder / (name + JobFormat::Extension)).string();
+        const std::string path = FileOf(name);
+        std::error_code error;
         const auto size = std::filesystem::file_size(path, error);
-        PrintLine(Spaced(name, width) + Spaced(ModificationTime(path), 19) + (error ? "?" : std::to_string(size)));
+        PrintLine(Spaced(name, width) + Spaced(ModificationTime(path), TimeWidth) +
+                  (error ? "?" : std::to_string(size)));
     }
 }
 
 void JobTool::Show(const JobCommand& command) {
     const JobContent content = JobContent::Read(PathOf(command.name));
-    if (command.json) {
-        out << content.ToJson().dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
+    if (command.format == "json") {
+        PrintJson(content.ToJson());
     } else {
         PrintText(content);
     }
 }
 
 void JobTool::PrintText(const JobContent& content) {
-    PrintLine("Job " + content.name + ": " + content.path + ", " + std::to_string(content.size) + " bytes, modified " +
+    PrintLine("Job " + content.name + ": " + content.path + ", " + Counted(content.size, "byte") + ", modified " +
               content.modified);
     PrintLine("Entries:");
     std::size_t width = 0;
@@ -125,14 +150,13 @@ void JobTool::PrintText(const JobContent& content) {
         width = std::max(width, TextWidth(PrintableText(entry.name)));
     }
     for (const JobContent::Entry& entry : content.entries) {
-        PrintLine("  " + Spaced(entry.name, width) + std::to_string(entry.size) + " bytes");
+        PrintLine("  " + Spaced(entry.name, width) + Counted(entry.size, "byte"));
     }
     for (const JobContent::Service& service : content.services) {
         const char* const state = !service.enabled   ? "not said whether enabled"
                                   : *service.enabled ? "enabled"
                                                      : "disabled";
-        PrintLine("Service " + service.id + ": " + state + ", " + std::to_string(service.blocks) +
-                  (service.blocks == 1 ? " block" : " blocks"));
+        PrintLine("Service " + service.id + ": " + state + ", " + Counted(service.blocks, "block"));
         for (const auto& [name, value] : service.parameters.items()) {
             PrintLine("  " + name + " = " + value.dump());
         }
@@ -167,6 +191,10 @@ void JobTool::Delete(const JobCommand& command) {
 }
 
 void JobTool::Export(const JobCommand& command) {
+    const auto status = std::filesystem::symlink_status(command.file);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        Vor::Throw(yERROR_PARAMETER, "'%s' is not a regular file, and isn't replaced.", command.file);
+    }
     ArchiveFile(PathOf(command.name)).CopyTo(command.file, ExistingOf(command));
     PrintLine("Exported to " + command.file);
 }
@@ -179,6 +207,14 @@ void JobTool::Import(const JobCommand& command) {
 
 std::string JobTool::PathOf(const std::string& name) const {
     return (folder / VorCommon::PersistManager::JobFileName(name)).string();
+}
+
+std::string JobTool::FileOf(const std::string& name) const {
+    return (folder / (name + JobFormat::Extension)).string();
+}
+
+void JobTool::PrintJson(const nlohmann::json& document) {
+    out << document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
 }
 
 void JobTool::PrintLine(const std::string& text) {

@@ -5,6 +5,10 @@
 
 #include <filesystem>
 #include <ostream>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
 
 namespace Sensor::Jobs {
 
@@ -19,7 +23,7 @@ public:
     void Run(const JobCommand& command);
 
 private:
-    void List();
+    void List(const JobCommand& command);
     void Show(const JobCommand& command);
     void Copy(const JobCommand& command);
     void Rename(const JobCommand& command);
@@ -29,7 +33,12 @@ private:
 
     /// The path of a job, whether it exists or not.
     std::string PathOf(const std::string& name) const;
+    /// The path of a job whose name may be one that PathOf refuses.
+    std::string FileOf(const std::string& name) const;
+    void PrintList(const std::vector<std::string>& names);
+    void PrintJsonList(const std::vector<std::string>& names);
     void PrintText(const JobContent& content);
+    void PrintJson(const nlohmann::json& document);
     void PrintLine(const std::string& text);
 
     const std::filesystem::path folder;

@@ -35,16 +35,19 @@ std::shared_ptr<Vor::Params::Group> ParamsOf(const ServiceSetting& setting,
 
 /// The text as a value of the same kind as the parameter's present value.
 json Parsed(const ServiceSetting& setting, const json& current) {
-    if (current.is_string()) {
-        return setting.value;
+    const std::string& value = setting.value;
+    const bool isQuoted = value.size() > 1 && value.front() == '"' && value.back() == '"';
+    if (current.is_string() && !isQuoted) {
+        return value;
     }
     try {
-        return Vor::ParseJson(setting.value);
+        return Vor::ParseJson(value);
     } catch (const Vor::Exception&) {
         setting.Refuse("\"" + setting.value + "\" is no value of parameter \"" + setting.parameter + "\", which is " +
-                       (current.is_boolean()  ? "true or false"
-                        : current.is_number() ? "a number"
-                                              : "a list or an object in JSON"));
+                       (current.is_string()    ? "a text, or one in quotation marks as in JSON"
+                        : current.is_boolean() ? "true or false"
+                        : current.is_number()  ? "a number"
+                                               : "a list or an object in JSON"));
     }
 }
 

@@ -22,8 +22,8 @@ struct ServiceSetting {
     static ServiceSetting Parse(const std::string& text, const std::string& command);
 
     /// The value for the parameter of the service. The text is parsed by the kind of the parameter: a number, true or
-    /// false, a text, or JSON for all others. Throws a StartError that names the option when the service has no such
-    /// parameter or refuses the value.
+    /// false, a text, which may be in quotation marks as in JSON, or JSON for all others. Throws a StartError that
+    /// names the option when the service has no such parameter or refuses the value.
     nlohmann::json ValueFor(const VorControl::IControlInstance& instance) const;
     /// Throws a StartError that names the option and the reason.
     [[noreturn]] void Refuse(const std::string& reason) const;

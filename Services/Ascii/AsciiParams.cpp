@@ -33,7 +33,7 @@ bool IsDelimiter(const std::string& value) {
 
 bool IsTerminator(const std::string& value) {
     return !value.empty() && value.size() <= MaxSymbolSize && std::ranges::all_of(value, [](char character) {
-        return character > '\0' && character < ' ' && character != '\t';
+        return std::iscntrl(static_cast<unsigned char>(character)) != 0 && character != '\0' && character != '\t';
     });
 }
 

@@ -43,6 +43,16 @@ TEST_F(PreparedSensor, TellsItsOptionsAndItsVersion) {
     EXPECT_EQ(version.output.find("vorsensor "), 0U);
 }
 
+TEST_F(PreparedSensor, SaysThatItsOutputCannotBeWritten) {
+    for (const std::string arguments : {"--help", "--version", "jobs list", "jobs list --json"}) {
+        const Answer answer = RunToEnd(
+            {"sh", "-c",
+             "exec " + VirtualSensor::File() + " --data " + data.Path().string() + " " + arguments + " > /dev/full"});
+        EXPECT_EQ(answer.status, 2) << arguments;
+        EXPECT_EQ(answer.errors, "vorsensor: the output can't be written.\n") << arguments;
+    }
+}
+
 TEST_F(PreparedSensor, RefusesInOneSentence) {
     WriteWholeFile(data.File("bad.csv"), "frame,x,z\n0,1,2\n0,1,two\n");
     const std::string bad = data.File("bad.csv");
@@ -146,8 +156,8 @@ TEST_F(PreparedSensor, NamesTheSourcesThatTheInputLacks) {
     WriteWholeFile(data.File("values.csv"), "frame,name,value\n0,gap,1\n");
     Program program(
         Command({"--modbus-port", "0", "--recording", data.File("values.csv"), "--job", "demo", "--no-scan"}));
-    EXPECT_TRUE(program.WaitForLine("The input has no data source profile/max: the registers at 0-2 "));
-    EXPECT_TRUE(program.WaitForLine("The input has no data source profile/text: the registers at 40-55 "));
+    EXPECT_TRUE(program.WaitForLine("Warning: the input has no data source profile/max: the registers at 0-2 "));
+    EXPECT_TRUE(program.WaitForLine("Warning: the input has no data source profile/text: the registers at 40-55 "));
     EXPECT_TRUE(program.WaitForLine("Not scanning."));
     ExpectEndWell(program, SIGINT);
 }

@@ -159,7 +159,7 @@ TEST(CommandLine, AnErrorNamesTheOption) {
     EXPECT_NE(Refusal({"word"}).find("word"), std::string::npos);
     EXPECT_NE(Refusal({"--recording"}).find("--recording"), std::string::npos);
     EXPECT_EQ(Refusal({"--set", "modbus"}), "--set modbus: expected SERVICE.PARAMETER=VALUE.");
-    for (const char* name : {"--data", "--plugins", "--job", "--recording"}) {
+    for (const char* name : {"--data", "--plugins", "--job", "--recording", "--log-file"}) {
         EXPECT_EQ(Refusal({name, ""}), std::string(name) + ": the value is empty.");
     }
 }
@@ -180,7 +180,7 @@ TEST(CommandLine, HelpTellsEachOptionWithItsDefault) {
     const std::string help = Parse({"--help"}).answer;
     for (const char* option :
          {"--data", "--plugins", "--job", "--recording", "--frame-rate", "--once", "--no-scan", "--trigger", "--align",
-          "--align-time", "--set", "--enable", "--modbus-port", "--verbose", "--version", "--help"}) {
+          "--align-time", "--set", "--enable", "--modbus-port", "--log-file", "--verbose", "--version", "--help"}) {
         EXPECT_NE(help.find(option), std::string::npos) << option;
     }
     for (const char* text : {"$XDG_DATA_HOME/vorsensor", "default: 10", "demo-values", "generated part", "(default:"}) {
@@ -196,7 +196,17 @@ TEST(CommandLine, TakesWhatShallBeDoneWithJobs) {
     const CommandLine show = Parse({"--data", "d", "jobs", "show", "part", "--json"});
     EXPECT_EQ(show.jobCommand->action, Jobs::JobCommand::Action::Show);
     EXPECT_EQ(show.jobCommand->name, "part");
-    EXPECT_TRUE(show.jobCommand->json);
+    EXPECT_EQ(show.jobCommand->format, "json");
+    for (const std::vector<const char*>& command :
+         {std::vector<const char*>{"jobs", "list"}, {"jobs", "show", "part"}, {"jobs", "map", "part", "modbus"}}) {
+        const auto formatWith = [&](std::vector<const char*> options) {
+            options.insert(options.begin(), command.begin(), command.end());
+            return Parse(options).jobCommand->format;
+        };
+        EXPECT_EQ(formatWith({}), "table");
+        EXPECT_EQ(formatWith({"--json"}), "json");
+        EXPECT_EQ(formatWith({"--format", "json"}), "json");
+    }
     EXPECT_EQ(show.dataFolder, "d");
     const CommandLine copy = Parse({"jobs", "copy", "part", "other", "--force"});
     EXPECT_EQ(copy.jobCommand->action, Jobs::JobCommand::Action::Copy);
@@ -256,6 +266,8 @@ TEST(CommandLine, RefusesWhatIsNothingForJobs) {
     EXPECT_NE(Refusal({"jobs", "delete"}).find("NAME"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "edit", "part", "modbus"}).find("COMMAND"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "map", "part", "modbus", "--format", "xml"}).find("--format"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "list", "--format", "csv"}).find("--format"), std::string::npos);
+    EXPECT_NE(Refusal({"jobs", "show", "part", "--json", "--format", "table"}).find("--json"), std::string::npos);
     EXPECT_NE(Refusal({"jobs", "map", "part", "modbus", "--assembly", "a", "--outputs"}).find("--outputs"),
               std::string::npos);
     EXPECT_EQ(Refusal({"jobs", "list", "--frame-rate", "5"}), "--frame-rate: is for the sensor, not for its jobs.");

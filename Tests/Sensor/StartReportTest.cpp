@@ -17,9 +17,11 @@ TEST(StartReport, TellsTheInput) {
     report.PrintInput("v.csv", Scan::RecordingParser::Parse("frame,name,value\n0,a,1\n1,a,2\n1,b,2\n", "v.csv"),
                       {.frameRate = 0.5, .once = true});
     report.PrintInput("generated part", Scan::GeneratePart(), {.trigger = Scan::TriggerMode::Software});
+    report.PrintInput("one.csv", Scan::RecordingParser::Parse("frame,x,z\n0,1,2\n", "one.csv"), {.frameRate = 1});
     EXPECT_EQ(out.str(), "Input: generated part, 120 frames, 19320 points, 10 frames a second, over and over\n"
                          "Input: v.csv, 2 frames, 3 values, 0.5 frames a second, once\n"
-                         "Input: generated part, 120 frames, 19320 points, a frame a trigger, over and over\n");
+                         "Input: generated part, 120 frames, 19320 points, a frame a trigger, over and over\n"
+                         "Input: one.csv, 1 frame, 1 point, 1 frame a second, over and over\n");
 }
 
 TEST(StartReport, PrintsNoControlCharacters) {

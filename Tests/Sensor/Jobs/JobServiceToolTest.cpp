@@ -102,6 +102,47 @@ TEST_F(JobServiceToolTest, AnEditChangesTheMapAndNothingElse) {
     EXPECT_EQ(Stored(), expected);
 }
 
+TEST_F(JobServiceToolTest, TellsThatAnEditHasChangedNothing) {
+    const std::string before = Tests::ReadWholeFile(PathOf("demo"));
+    for (const char* command : {"add", "remove"}) {
+        EXPECT_EQ(Run(Edit(command, "{}")), "Nothing was changed in " + PathOf("demo") + "\n") << command;
+    }
+    EXPECT_EQ(Run(Edit("update", R"({"outputId":0,"newParams":{"outputId":0}})")),
+              "Nothing was changed in " + PathOf("demo") + "\n");
+    EXPECT_EQ(Tests::ReadWholeFile(PathOf("demo")), before);
+    EXPECT_EQ(Run(Edit("removeAll", "{}")), "Edited " + PathOf("demo") + "\n");
+    EXPECT_EQ(Run(Edit("removeAll", "{}")), "Nothing was changed in " + PathOf("demo") + "\n");
+}
+
+TEST_F(JobServiceToolTest, WarnsOfADataSourceThatNoInputHas) {
+    const std::string list = "profile/max, profile/min, profile/mean, profile/width, profile/points, profile/text, "
+                             "profile/stamp; recordings of named values have values/NAME.\n";
+    Run(Edit("add", R"({"blocks":[{"type":"Measurement","dataSource":"profile/maxx"}]})"));
+    EXPECT_EQ(notes.str(), "Warning: no input has the data source 'profile/maxx'. Profiles have " + list);
+    Run(Edit("add", R"({"blocks":[{"type":"Measurement","dataSource":"values/gap"}]})"));
+    EXPECT_EQ(notes.str(), "") << "each edit names its own sources";
+    JobCommand output = Edit("addAll", R"({"map":[{"outputId":"x","source":"nothing"}]})");
+    output.serviceId = "ascii";
+    output.outputs = true;
+    Run(output);
+    EXPECT_EQ(notes.str(), "Warning: no input has the data source 'nothing'. Profiles have " + list);
+}
+
+TEST_F(JobServiceToolTest, TakesATextInQuotationMarksAsInJson) {
+    for (const auto& [text, value] : {std::pair<std::string, std::string>(R"("\r\n")", "\r\n"),
+                                      {R"("\n")", "\n"},
+                                      {R"("\u0003")", "\x03"},
+                                      {R"("\u007f")", "\x7f"},
+                                      {"\r", "\r"}}) {
+        EXPECT_EQ(Run(Set({"ascii.terminator=" + text})), "Changed " + PathOf("demo") + "\n") << text;
+        EXPECT_EQ(Stored("ascii")["vor:control"]["parameters"]["terminator"], value);
+    }
+    EXPECT_EQ(Refusal(Set({R"(ascii.terminator="\x")"})),
+              R"(jobs set demo ascii.terminator="\x": ""\x"" is no value of parameter "terminator", )"
+              "which is a text, or one in quotation marks as in JSON.");
+    EXPECT_NE(Refusal(Set({R"(ascii.terminator="\t")"})).find("control characters of ASCII"), std::string::npos);
+}
+
 TEST_F(JobServiceToolTest, TellsWhatIsWrongWithAnEdit) {
     const json before = Stored();
     const std::string head = "jobs edit demo modbus add: ";

@@ -8,6 +8,8 @@
 #include "yApi/yFault.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <regex>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -70,12 +72,47 @@ TEST_F(JobToolTest, ListsEachJobWithItsTimeAndSize) {
     Tests::WriteWholeFile(data.File("jobs/note.txt"), "");
     const std::string size = std::to_string(std::filesystem::file_size(PathOf("a longer name")));
     const std::string list = Run({.action = Action::List});
-    EXPECT_EQ(list, "Name           Modified             Size\n"
+    EXPECT_EQ(list, "Name           Modified                   Size\n"
                     "a longer name  " +
                         ModificationTime(PathOf("a longer name")) + "  " + size + "\nbroken         " +
                         ModificationTime(PathOf("broken")) + "  10\ndemo           " +
                         ModificationTime(PathOf("demo")) + "  " +
                         std::to_string(std::filesystem::file_size(PathOf("demo"))) + "\n");
+}
+
+TEST_F(JobToolTest, ListsJson) {
+    ArchiveFile(PathOf("a\x1b[31m")).Write({{"a", Bytes("1")}});
+    const auto entry = [this](const std::string& name) {
+        return json{{"name", name},
+                    {"file", PathOf(name)},
+                    {"size", std::filesystem::file_size(PathOf(name))},
+                    {"modified", ModificationTime(PathOf(name))}};
+    };
+    EXPECT_EQ(json::parse(Run({.action = Action::List, .format = "json"})),
+              json::array({entry("a\x1b[31m"), entry("demo")}));
+    std::filesystem::remove_all(data.Path() / "jobs");
+    EXPECT_EQ(Run({.action = Action::List, .format = "json"}), "[]\n");
+}
+
+TEST_F(JobToolTest, TimesHaveTheirZone) {
+    EXPECT_TRUE(std::regex_match(ModificationTime(PathOf("demo")),
+                                 std::regex(R"(20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d)")))
+        << ModificationTime(PathOf("demo"));
+    EXPECT_EQ(ModificationTime(PathOf("gone")), "");
+}
+
+TEST_F(JobToolTest, AnExportReplacesRegularFilesOnly) {
+    Tests::WriteWholeFile(elsewhere.File("target"), "");
+    std::filesystem::create_symlink(elsewhere.File("target"), elsewhere.File("link"));
+    std::filesystem::create_directory(elsewhere.File("folder"));
+    for (const std::string& file : {std::string("/dev/null"), elsewhere.File("link"), elsewhere.File("folder")}) {
+        for (const bool force : {false, true}) {
+            EXPECT_EQ(Refusal({.action = Action::Export, .name = "demo", .file = file, .force = force}),
+                      "jobs export demo " + file + ": '" + file + "' is not a regular file, and isn't replaced.");
+        }
+    }
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_TRUE(std::filesystem::is_symlink(elsewhere.File("link")));
 }
 
 TEST_F(JobToolTest, TellsAFolderWithoutJobs) {
@@ -126,7 +163,7 @@ TEST_F(JobToolTest, ShowsEntriesAndServices) {
 }
 
 TEST_F(JobToolTest, ShowsJson) {
-    const json shown = json::parse(Run({.action = Action::Show, .name = "demo.vrjob", .json = true}));
+    const json shown = json::parse(Run({.action = Action::Show, .name = "demo.vrjob", .format = "json"}));
     const json ascii = DemoConfig(jobs, "ascii");
     const json modbus = DemoConfig(jobs, "modbus");
     const auto entry = [](const char* name, const json& config) {
