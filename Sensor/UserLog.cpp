@@ -46,10 +46,16 @@ bool IsBackTrace(const Vor::LogRecord& record) {
     return record.format == Vor::LogOutput::BackTraceFormat;
 }
 
+/// Logged as an error each time a client asks for the state, although nothing has failed.
+bool IsOfHealthyRead(const Vor::LogRecord& record) {
+    return record.format == "System stats operation ended but flag was not in the InProgress state" ||
+           record.format == "Scanner info operation ended but flag was not in the InProgress state";
+}
+
 /// Entries for developers, which only the log of record contains.
 bool IsDetail(const Vor::LogRecord& record) {
     const bool serious = IsOf(record.level, Vor::LevelWarning) || IsOf(record.level, Vor::LevelError);
-    return (!IsUsers(record) && !serious) || IsBackTrace(record);
+    return (!IsUsers(record) && !serious) || IsBackTrace(record) || IsOfHealthyRead(record);
 }
 
 /// UTC, as "2026-01-31T23:59:59.999Z".

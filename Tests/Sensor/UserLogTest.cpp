@@ -87,6 +87,18 @@ TEST(UserLog, TellsAnExceptionWithoutItsBackTrace) {
     EXPECT_EQ(error.Text(), text);
 }
 
+TEST(UserLog, TellsUsersNothingOfAStateThatIsReadOnTheMainLoop) {
+    const StandardError error;
+    const Tests::TempFolder folder;
+    const UserLog log({.file = folder.File("log")});
+    for (const std::string kind : {"System stats", "Scanner info"}) {
+        const std::string text = kind + " operation ended but flag was not in the InProgress state";
+        Vor::LogError(text);
+        EXPECT_NE(Tests::ReadWholeFile(folder.File("log")).find(text), std::string::npos);
+    }
+    EXPECT_EQ(error.Text(), "");
+}
+
 TEST(UserLog, CountsEntriesThatAreEqualToOneBefore) {
     const StandardError error;
     {
