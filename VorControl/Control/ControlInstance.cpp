@@ -47,6 +47,7 @@ ControlInstance::ControlInstance(const ControlInstanceParams& params)
     , scanResults(*params.scanResults)
     , problemsManager(params.problemsManager)
     , problemsTracker(params.problemsManager) {
+    metrics.BindProtocol(protocol.get());
     paramsCallback = protocol->AddParamsInternalUpdateEventHandler(
         [this](bool persist) { ProtocolParamsInternalUpdateHandler(persist); });
     outputsCallback = protocol->AddOutputsInternalUpdateEventHandler(
@@ -61,6 +62,7 @@ ControlInstance::~ControlInstance() {
         protocol->RemoveParamsInternalUpdateEventHandler(paramsCallback);
         protocol->RemoveOutputsInternalUpdateEventHandler(outputsCallback);
         protocol->RemovePersistenceDomainChangeEventHandler(domainCallback);
+        metrics.ClearProtocol();
     });
 }
 
@@ -268,6 +270,14 @@ void ControlInstance::EndUpdateRegisterAssembly(const char* assemblyId) {
         protocol->EndUpdateRegisterAssembly(PersistDomain::Job, assemblyId, version);
     }
     registerAssemblyUpdated.Raise(id, assemblyId);
+}
+
+VorCommon::IMetricsKeeper& ControlInstance::MetricsKeeper() {
+    return metrics;
+}
+
+const VorCommon::IMetricsSource& ControlInstance::MetricsSource() {
+    return metrics;
 }
 
 Vor::Params::Group& ControlInstance::Properties() const {

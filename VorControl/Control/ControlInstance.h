@@ -3,6 +3,7 @@
 #include "VorCommon/IUpdateGate.h"
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/ProblemsTracker.h"
+#include "VorControl/Control/ControlInstanceMetrics.h"
 #include "VorControl/Control/ControlInstanceParams.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
@@ -47,6 +48,9 @@ public:
     std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     BeginUpdateRegisterAssembly(const char* assemblyId) override;
     void EndUpdateRegisterAssembly(const char* assemblyId) override;
+
+    VorCommon::IMetricsKeeper& MetricsKeeper() override;
+    const VorCommon::IMetricsSource& MetricsSource() override;
 
     Vor::Params::Group& Properties() const override;
     void NonPersistentPropertiesBeginLock() override;
@@ -131,6 +135,7 @@ private:
     OutputsUpdatedEvent outputsUpdated;
     RegisterAssemblyUpdatedEvent registerAssemblyUpdated;
     PersistenceDomainChangeEvent persistenceDomainChange;
+    ControlInstanceMetrics metrics;
     VorCommon::ProblemsManager* problemsManager;
     VorCommon::ProblemsTracker problemsTracker;
     ControlProtocol::IProtocol::ParamsInternalUpdateEvent::CallbackId paramsCallback;

@@ -18,7 +18,9 @@
 
 namespace VorCommon {
 class ICommandTarget;
-}
+class IMetricsKeeper;
+class IMetricsSource;
+} // namespace VorCommon
 
 namespace VorControl {
 
@@ -94,6 +96,10 @@ public:
     virtual std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     BeginUpdateRegisterAssembly(const char* assemblyId) = 0;
     virtual void EndUpdateRegisterAssembly(const char* assemblyId) = 0;
+
+    /// The service's figures. Both refer to the same object, which lives as long as the instance.
+    virtual VorCommon::IMetricsKeeper& MetricsKeeper() = 0;
+    virtual const VorCommon::IMetricsSource& MetricsSource() = 0;
 
     /// Only between the two lock operations; fails with yERROR_STATE otherwise.
     virtual Vor::Params::Group& Properties() const = 0;

@@ -3,6 +3,7 @@
 #include "Vor/Exception.h"
 #include "VorApi/Params/Value.h"
 #include "VorControl/Control/ControlInfo.h"
+#include "VorControl/Control/ControlInstanceMetrics.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
@@ -112,6 +113,9 @@ public:
         Note(std::string("EndUpdateRegisterAssembly ") + assemblyId);
     }
 
+    VorCommon::IMetricsKeeper& MetricsKeeper() override { return metrics; }
+    const VorCommon::IMetricsSource& MetricsSource() override { return metrics; }
+
     Group& Properties() const override { Vor::Throw(yERROR_STATE); }
     void NonPersistentPropertiesBeginLock() override {}
     void NonPersistentPropertiesEndLock() override {}
@@ -202,6 +206,7 @@ public:
     bool hasGroup = true;
     std::map<std::string, std::shared_ptr<Assembly>> assemblies;
     nlohmann::json workspaceData;
+    VorControl::ControlInstanceMetrics metrics;
     std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> provider;
     bool autoEnable = false;
     int gateDepth = 0;
