@@ -9,12 +9,14 @@
 #include "Vor/AsyncRunner.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
+#include "VorApi/ResourceRouter.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
 #include "VorControl/Control/ControlDataCache.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/ControlResourceAdaptor.h"
 #include "VorControl/Control/ControlScanEngineInterface.h"
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/Control/ControlSystemInterface.h"
@@ -22,6 +24,7 @@
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorCore/ResultHub.h"
 #include "VorCore/SystemCore.h"
+#include "VorRest/RequestProcessor.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -249,8 +252,11 @@ private:
     VorControl::ControlScanEngineInterface scanEngine{nullptr};
     VorControl::ControlProtocolOperations operations{system, scanEngine, runtimeCache};
     VorControl::ControlDataCache cache{system, scanEngine};
-    VorControl::ControlHost host{scanResults, operations, cache, platform, runtimeCache, &problems,
-                                 scanEngine,  1,          2,     3,        nullptr};
+    VorApi::ResourceRouter router;
+    VorRest::RequestProcessor requests{router};
+    VorControl::ControlResourceAdaptor resources{requests};
+    VorControl::ControlHost host{scanResults, operations, cache, resources, platform, runtimeCache,
+                                 &problems,   scanEngine, 1,     2,         3,        nullptr};
     ModbusProtocol service;
 };
 

@@ -2,6 +2,7 @@
 #include "Vor/JsonText.h"
 #include "Vor/LogOutput.h"
 #include "VorApi/Params/Array.h"
+#include "VorApi/ResourceRouter.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
@@ -9,6 +10,7 @@
 #include "VorControl/Control/ControlDataCache.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/ControlResourceAdaptor.h"
 #include "VorControl/Control/ControlScanEngineInterface.h"
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/Control/ControlSystemInterface.h"
@@ -20,6 +22,7 @@
 #include "VorControl/ControlProtocol/StandardProtocolOutputMap.h"
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
+#include "VorRest/RequestProcessor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -125,8 +128,11 @@ private:
     VorControl::ControlScanEngineInterface scanEngineInterface{nullptr};
     VorControl::ControlProtocolOperations operations{systemInterface, scanEngineInterface, runtimeCache};
     VorControl::ControlDataCache dataCache{systemInterface, scanEngineInterface};
-    VorControl::ControlHost host{scanResults,         operations, dataCache, platform, runtimeCache, &problems,
-                                 scanEngineInterface, 1,          3190,      3195,     nullptr};
+    VorApi::ResourceRouter router;
+    VorRest::RequestProcessor requests{router};
+    VorControl::ControlResourceAdaptor resources{requests};
+    VorControl::ControlHost host{scanResults, operations,          dataCache, resources, platform, runtimeCache,
+                                 &problems,   scanEngineInterface, 1,         3190,      3195,     nullptr};
 };
 
 json Saved(Service& service) {

@@ -1,4 +1,5 @@
 #include "VorApi/Params/Array.h"
+#include "VorApi/ResourceRouter.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
@@ -9,6 +10,7 @@
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/ControlInstance.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/ControlResourceAdaptor.h"
 #include "VorControl/Control/ControlScanEngineInterface.h"
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/Control/ControlSystemInterface.h"
@@ -18,6 +20,7 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
 #include "VorControl/Persistence/PersistControl.h"
+#include "VorRest/RequestProcessor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -139,8 +142,11 @@ private:
     VorControl::ControlScanEngineInterface scanEngineInterface{nullptr};
     VorControl::ControlProtocolOperations operations{systemInterface, scanEngineInterface, runtimeCache};
     VorControl::ControlDataCache dataCache{systemInterface, scanEngineInterface};
-    VorControl::ControlHost host{scanResults,         operations, dataCache, platform, runtimeCache, &problems,
-                                 scanEngineInterface, 1,          3190,      3195,     nullptr};
+    VorApi::ResourceRouter router;
+    VorRest::RequestProcessor requests{router};
+    VorControl::ControlResourceAdaptor resources{requests};
+    VorControl::ControlHost host{scanResults, operations,          dataCache, resources, platform, runtimeCache,
+                                 &problems,   scanEngineInterface, 1,         3190,      3195,     nullptr};
     VorControl::ControlInfo info;
     VorControl::ControlInstance instance;
     VorControl::PersistControl control;

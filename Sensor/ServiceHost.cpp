@@ -51,6 +51,7 @@ VorControl::ControlModuleEnviron ServiceHost::ModuleEnviron() {
     environ.persistManager = &persistence;
     environ.pipeManager = &sensor.Pipe();
     environ.core = &sensor.Core();
+    environ.requestProcessor = &requests;
     return environ;
 }
 

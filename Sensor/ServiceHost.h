@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorApi/ResourceRouter.h"
 #include "VorCommon/PersistManager.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
@@ -7,6 +8,7 @@
 #include "VorCommon/UpdateGate.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorPlugin/PluginManager.h"
+#include "VorRest/RequestProcessor.h"
 #include "yApi/yAssembly.h"
 
 #include <filesystem>
@@ -83,6 +85,8 @@ private:
     Assembly assembly;
     VorPlugin::PluginManager plugins;
     VorCommon::PersistManager persistence;
+    VorApi::ResourceRouter router;
+    VorRest::RequestProcessor requests{router};
     std::unique_ptr<VorControl::ControlModule> module;
 };
 

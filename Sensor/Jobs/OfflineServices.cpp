@@ -33,6 +33,7 @@ VorControl::ControlModuleEnviron OfflineServices::ModuleEnviron() {
     environ.problemsManager = &problems;
     environ.updateGate = &updateGate;
     environ.resultHub = &hub;
+    environ.requestProcessor = &requests;
     return environ;
 }
 

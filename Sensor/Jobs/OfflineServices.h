@@ -1,11 +1,13 @@
 #pragma once
 
+#include "VorApi/ResourceRouter.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
 #include "VorCommon/UpdateGate.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorCore/ResultHub.h"
+#include "VorRest/RequestProcessor.h"
 #include "yApi/yAssembly.h"
 
 #include <memory>
@@ -38,6 +40,8 @@ private:
     VorCommon::UpdateGate updateGate;
     VorCommon::ProblemsManager problems;
     VorCore::ResultHub hub;
+    VorApi::ResourceRouter router;
+    VorRest::RequestProcessor requests{router};
     yAssembly assembly = nullptr;
     std::unique_ptr<VorControl::ControlModule> module;
 };

@@ -5,6 +5,7 @@
 #include "Tests/Support/FakeSystemInterface.h"
 #include "Tests/Support/RecordingRegistrar.h"
 #include "VorApi/Event.h"
+#include "VorApi/ResourceRouter.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
@@ -12,9 +13,11 @@
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlModuleEnviron.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/ControlResourceAdaptor.h"
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/ControlProtocol/ControlProtocolEnviron.h"
 #include "VorCore/ResultHub.h"
+#include "VorRest/RequestProcessor.h"
 
 #include <string>
 
@@ -34,6 +37,7 @@ public:
         record.livePreStartScanEvent = &preStart;
         record.livePostStopScanEvent = &postStop;
         record.factoryRestoreEvent = &factoryRestore;
+        record.requestProcessor = &requests;
         record.controlChannelPort = 3190;
         record.vdpPort = 3195;
         record.localNodeId = 4711;
@@ -46,6 +50,8 @@ public:
     VorCommon::UpdateGate gate;
     VorCore::ResultHub hub;
     RecordingRegistrar registrar;
+    VorApi::ResourceRouter router;
+    VorRest::RequestProcessor requests{router};
     Vor::Event<> preStart;
     Vor::Event<> postStop;
     Vor::Event<> factoryRestore;
@@ -56,13 +62,15 @@ class FakeHost {
 public:
     FakeHost(ControlEnviron& application, VorControl::IControlScanResults& scanResults)
         : operations(system, scanEngine, application.runtimeCache)
-        , host(scanResults, operations, dataCache, application.platform, application.runtimeCache,
+        , resources(application.requests)
+        , host(scanResults, operations, dataCache, resources, application.platform, application.runtimeCache,
                &application.problems, scanEngine, 4711, 3190, 3195, nullptr) {}
 
     FakeSystemInterface system;
     FakeScanEngineInterface scanEngine;
     FakeDataCache dataCache;
     VorControl::ControlProtocolOperations operations;
+    VorControl::ControlResourceAdaptor resources;
     VorControl::ControlHost host;
 };
 

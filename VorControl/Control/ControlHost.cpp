@@ -7,6 +7,7 @@
 #include "VorApi/Threads/Locker.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorControl/Control/IControlDataCache.h"
+#include "VorControl/Control/IControlResourceAdaptor.h"
 #include "VorControl/Control/IControlScanResults.h"
 #include "yApi/yStatus.h"
 
@@ -24,13 +25,15 @@ constexpr VorPipe::PipeDataType TypeNotRead = static_cast<VorPipe::PipeDataType>
 } // namespace
 
 ControlHost::ControlHost(IControlScanResults& scanResults, ControlProtocolOperations& protocolOperations,
-                         IControlDataCache& dataCache, VorCommon::IPlatformAttributes& platformAttributes,
-                         VorCommon::IRuntimeCache& runtimeCache, VorCommon::ProblemsManager* problemsManager,
-                         IControlScanEngineInterface& scanEngineInterface, std::uint32_t localNodeId,
-                         std::uint16_t controlChannelPort, std::uint16_t vdpPort, void* pipeAllocator)
+                         IControlDataCache& dataCache, IControlResourceAdaptor& resourceAdaptor,
+                         VorCommon::IPlatformAttributes& platformAttributes, VorCommon::IRuntimeCache& runtimeCache,
+                         VorCommon::ProblemsManager* problemsManager, IControlScanEngineInterface& scanEngineInterface,
+                         std::uint32_t localNodeId, std::uint16_t controlChannelPort, std::uint16_t vdpPort,
+                         void* pipeAllocator)
     : scanResults(scanResults)
     , protocolOperations(protocolOperations)
     , dataCache(dataCache)
+    , resourceAdaptor(resourceAdaptor)
     , platformAttributes(platformAttributes)
     , runtimeCache(runtimeCache)
     , problemsManager(problemsManager)
@@ -229,6 +232,10 @@ void* ControlHost::LiveJob(unsigned long long timeout) {
 
 VorCommon::ProblemsManager* ControlHost::ProblemsManager() {
     return problemsManager;
+}
+
+void ControlHost::ReadResource(const std::string& path, std::string& out, unsigned long long timeout) {
+    resourceAdaptor.Read(path, out, timeout);
 }
 
 IControlScanEngineInterface& ControlHost::ScanEngineInterface() {

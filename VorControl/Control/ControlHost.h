@@ -14,16 +14,18 @@ namespace VorControl {
 
 class ControlProtocolOperations;
 class IControlDataCache;
+class IControlResourceAdaptor;
 class IControlScanResults;
 
 /// The one host of all services. It owns nothing of what its constructor gets.
 class ControlHost : public IControlHost {
 public:
     ControlHost(IControlScanResults& scanResults, ControlProtocolOperations& protocolOperations,
-                IControlDataCache& dataCache, VorCommon::IPlatformAttributes& platformAttributes,
-                VorCommon::IRuntimeCache& runtimeCache, VorCommon::ProblemsManager* problemsManager,
-                IControlScanEngineInterface& scanEngineInterface, std::uint32_t localNodeId,
-                std::uint16_t controlChannelPort, std::uint16_t vdpPort, void* pipeAllocator);
+                IControlDataCache& dataCache, IControlResourceAdaptor& resourceAdaptor,
+                VorCommon::IPlatformAttributes& platformAttributes, VorCommon::IRuntimeCache& runtimeCache,
+                VorCommon::ProblemsManager* problemsManager, IControlScanEngineInterface& scanEngineInterface,
+                std::uint32_t localNodeId, std::uint16_t controlChannelPort, std::uint16_t vdpPort,
+                void* pipeAllocator);
     /// Ends the subscription to data source events if a service still has one.
     ~ControlHost() override;
 
@@ -61,6 +63,8 @@ public:
     void* LiveJob(unsigned long long timeout) override;
 
     VorCommon::ProblemsManager* ProblemsManager() override;
+
+    void ReadResource(const std::string& path, std::string& out, unsigned long long timeout) override;
 
     IControlScanEngineInterface& ScanEngineInterface() override;
 
@@ -103,6 +107,7 @@ private:
     IControlScanResults& scanResults;
     ControlProtocolOperations& protocolOperations;
     IControlDataCache& dataCache;
+    IControlResourceAdaptor& resourceAdaptor;
     VorCommon::IPlatformAttributes& platformAttributes;
     VorCommon::IRuntimeCache& runtimeCache;
     IControlSystemInterface::DataSourceEventHandlerContainer dataSourceHandlers;

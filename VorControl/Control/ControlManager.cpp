@@ -40,9 +40,10 @@ ControlManager::ControlManager(ControlRegistry& registry, IControlScanResults& s
     , scanEngineInterface(environ.scanEngineManager)
     , protocolOperations(systemInterface, scanEngineInterface, *environ.runtimeCache)
     , dataCache(systemInterface, scanEngineInterface)
-    , host(scanResults, protocolOperations, dataCache, *environ.platformAttributes, *environ.runtimeCache,
-           environ.problemsManager, scanEngineInterface, environ.localNodeId, environ.controlChannelPort,
-           environ.vdpPort, environ.pipeAllocator) {
+    , resourceAdaptor(*environ.requestProcessor)
+    , host(scanResults, protocolOperations, dataCache, resourceAdaptor, *environ.platformAttributes,
+           *environ.runtimeCache, environ.problemsManager, scanEngineInterface, environ.localNodeId,
+           environ.controlChannelPort, environ.vdpPort, environ.pipeAllocator) {
     protocolEnviron.controlHost = &host;
     CreateAll();
     try {

@@ -5,6 +5,7 @@
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlModuleEnviron.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
+#include "VorControl/Control/ControlResourceAdaptor.h"
 #include "VorControl/Control/ControlScanEngineInterface.h"
 #include "VorControl/Control/ControlSystemInterface.h"
 #include "VorControl/Control/IControlManager.h"
@@ -82,6 +83,7 @@ private:
     ControlScanEngineInterface scanEngineInterface;
     ControlProtocolOperations protocolOperations;
     ControlDataCache dataCache;
+    ControlResourceAdaptor resourceAdaptor;
     ControlHost host;
     ControlProtocol::ControlProtocolEnviron protocolEnviron;
     std::map<std::string, std::unique_ptr<IControlInstance>> instances;

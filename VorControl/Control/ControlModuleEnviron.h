@@ -33,7 +33,7 @@ class ScanEngineManager;
 namespace VorControl {
 
 /// Everything that the control subsystem uses of the application. The application owns the objects, which outlive the
-/// module. Never null: platformAttributes, runtimeCache, updateGate.
+/// module. Never null: platformAttributes, runtimeCache, updateGate, requestProcessor.
 struct ControlModuleEnviron {
     VorCommon::IPlatformAttributes* platformAttributes = nullptr;
     VorCommon::IRuntimeCache* runtimeCache = nullptr;

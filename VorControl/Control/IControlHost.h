@@ -80,6 +80,13 @@ public:
 
     virtual VorCommon::ProblemsManager* ProblemsManager() = 0;
 
+    /// Reads a resource of the sensor, such as "/controls/modbus", or one member of its document, such as
+    /// "/controls/modbus#/enabled": `out` is its JSON text, "null" for a member that it doesn't have. One read at a
+    /// time for all services, yERROR_BUSY for another one; a read that took too long counts until the main loop has
+    /// ended it. Throws yERROR_NOT_FOUND when there is no such resource, and yERROR_COMMAND when the main loop didn't
+    /// read it within `timeout` microseconds; then `out` is unchanged.
+    virtual void ReadResource(const std::string& path, std::string& out, unsigned long long timeout) = 0;
+
     virtual IControlScanEngineInterface& ScanEngineInterface() = 0;
 
     virtual std::uint32_t LocalNodeId() = 0;

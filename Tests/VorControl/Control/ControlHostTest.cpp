@@ -9,6 +9,7 @@
 #include "Vor/AsyncRunner.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
+#include "VorControl/Control/IControlResourceAdaptor.h"
 #include "VorMsg/VvNullMsg.h"
 
 #include <atomic>
@@ -31,6 +32,13 @@ namespace {
 
 constexpr unsigned long long Timeout = 1000000;
 
+class FakeResources : public VorControl::IControlResourceAdaptor {
+public:
+    void Read(const std::string& path, std::string& out, unsigned long long timeout) override {
+        out = path + " " + std::to_string(timeout);
+    }
+};
+
 /// The test's thread is the main loop's, and runs it step by step.
 class ControlHostTest : public testing::Test {
 protected:
@@ -43,8 +51,8 @@ protected:
     }
 
     std::unique_ptr<ControlHost> Make() {
-        return std::make_unique<ControlHost>(scanResults, operations, dataCache, platform, cache, &problems, scanEngine,
-                                             0xFFFFFFFE, 3190, 65535, &pipe);
+        return std::make_unique<ControlHost>(scanResults, operations, dataCache, resources, platform, cache, &problems,
+                                             scanEngine, 0xFFFFFFFE, 3190, 65535, &pipe);
     }
 
     /// A function for data source events that notes them as texts such as "a: 1 profile/max Max 19".
@@ -79,11 +87,18 @@ protected:
     Tests::FakeSystemInterface system;
     Tests::FakeScanEngineInterface scanEngine;
     Tests::FakeDataCache dataCache;
+    FakeResources resources;
     Texts events;
     VorControl::ControlProtocolOperations operations{system, scanEngine, cache};
     std::unique_ptr<ControlHost> made = Make();
     ControlHost& host = *made;
 };
+
+TEST_F(ControlHostTest, ResourcesAreReadByTheAdaptor) {
+    std::string out;
+    host.ReadResource("/controls", out, 7);
+    EXPECT_EQ(out, "/controls 7");
+}
 
 TEST_F(ControlHostTest, GivesWhatItWasBuiltFrom) {
     VorControl::IControlHost& services = host;
@@ -411,12 +426,14 @@ TEST(ControlHostThreadsTest, ServicesMayComeAndGoWhileDataSourcesDo) {
     system.dataSources["profile/max"] = {};
     Tests::FakeScanEngineInterface scanEngine;
     Tests::FakeDataCache dataCache;
+    FakeResources resources;
     Tests::RecordingScanResults scanResults;
     VorCommon::PlatformAttributes platform;
     VorCommon::RuntimeCache cache;
     const Tests::MainLoopThread mainLoop;
     VorControl::ControlProtocolOperations operations(system, scanEngine, cache);
-    ControlHost host(scanResults, operations, dataCache, platform, cache, nullptr, scanEngine, 0, 0, 0, nullptr);
+    ControlHost host(scanResults, operations, dataCache, resources, platform, cache, nullptr, scanEngine, 0, 0, 0,
+                     nullptr);
     std::atomic<int> heard = 0;
     const auto add = [&](const std::string& id, unsigned long long wait) {
         host.AddDataSourceEventHandler(

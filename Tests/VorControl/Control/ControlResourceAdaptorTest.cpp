@@ -1,5 +1,6 @@
 #include "VorControl/Control/ControlResourceAdaptor.h"
 
+#include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/MainLoopThread.h"
 #include "Vor/Logging.h"
@@ -87,6 +88,14 @@ TEST_F(ControlResourceAdaptorTest, OneReadAtATimeAndATimedOutOneCountsUntilTheMa
 
     loop.RunReady();
     adaptor.Read("/things#/name", out, 0);
+    EXPECT_EQ(out, "\"x\"");
+}
+
+TEST_F(ControlResourceAdaptorTest, TheHostForwardsToIt) {
+    const Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    Tests::HostEnviron environ;
+    environ.application.router.Register("/things", things);
+    environ.host.ReadResource("/things#/name", out, 0);
     EXPECT_EQ(out, "\"x\"");
 }
 

@@ -131,6 +131,7 @@ TEST_F(ProtocolBaseTest, AHostOfAnotherClassIsABadCast) {
                                   unsigned long long /*timeout*/) override {}
         void* LiveJob(unsigned long long /*timeout*/) override { return nullptr; }
         VorCommon::ProblemsManager* ProblemsManager() override { return nullptr; }
+        void ReadResource(const std::string& /*path*/, std::string& /*out*/, unsigned long long /*timeout*/) override {}
         Engine& ScanEngineInterface() override { throw std::logic_error("not asked"); }
         std::uint32_t LocalNodeId() override { return 0; }
         std::uint16_t ControlChannelPort() override { return 0; }
