@@ -76,7 +76,7 @@ std::vector<std::string> ServiceHost::DuplicateTypeNames() const {
 }
 
 void ServiceHost::CreateServices() {
-    module = MakeServiceModule(plugins, ModuleEnviron());
+    module = MakeServiceModule(plugins, router, ModuleEnviron());
 }
 
 void ServiceHost::StopServices() {

@@ -37,10 +37,11 @@ std::vector<std::string> ServiceTypes(const VorPlugin::PluginLib& library) {
 }
 
 std::unique_ptr<VorControl::ControlModule> MakeServiceModule(VorPlugin::PluginManager& plugins,
+                                                             VorApi::ResourceRouter& router,
                                                              const VorControl::ControlModuleEnviron& environ) {
     for (;;) {
         try {
-            return std::make_unique<VorControl::ControlModule>(plugins, environ);
+            return std::make_unique<VorControl::ControlModule>(plugins, router, environ);
         } catch (const VorControl::ControlCreateException& e) {
             const VorPlugin::PluginLib* library = FindLibrary(plugins, e.TypeName());
             if (library == nullptr) {

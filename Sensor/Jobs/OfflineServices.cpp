@@ -14,7 +14,7 @@ namespace Sensor::Jobs {
 OfflineServices::OfflineServices(VorPlugin::PluginManager& plugins) {
     Vor::ThrowIfFailed(VorCnLib_Construct(&assembly));
     try {
-        module = MakeServiceModule(plugins, ModuleEnviron());
+        module = MakeServiceModule(plugins, router, ModuleEnviron());
     } catch (...) {
         xyAssembly_VRelease(assembly);
         throw;

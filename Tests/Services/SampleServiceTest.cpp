@@ -30,7 +30,7 @@ class SampleServiceTest : public testing::Test {
 protected:
     SampleServiceTest() {
         plugins.Load(Tests::BuiltPlugin("sample.so"));
-        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+        module = std::make_unique<VorControl::ControlModule>(plugins, environ.router, environ.Record());
     }
 
     VorControl::IControlInstance& Sample() { return module->Manager().GetInstance("sample"); }
@@ -154,7 +154,7 @@ TEST_F(SampleServiceTest, FindsItsConfigurationAgain) {
     Tests::MemoryStore saved;
     module->Manager().SavePersistDomain(PersistDomain::Job, saved);
     module.reset();
-    module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+    module = std::make_unique<VorControl::ControlModule>(plugins, environ.router, environ.Record());
     module->Manager().LoadPersistDomain(PersistDomain::Job, saved);
     EXPECT_EQ(Sample().GetProtocolStatus(), ProtocolStatus::Running);
     EXPECT_EQ(Registers(), (Bytes{0, 0, 0, 0x80, 0, 0, 0, 0x80}));

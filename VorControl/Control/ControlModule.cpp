@@ -2,9 +2,12 @@
 
 namespace VorControl {
 
-ControlModule::ControlModule(VorPlugin::PluginManager& plugins, const ControlModuleEnviron& environ)
+ControlModule::ControlModule(VorPlugin::PluginManager& plugins, VorApi::ResourceRouter& router,
+                             const ControlModuleEnviron& environ)
     : registry(plugins)
     , scanResults(environ.resultHub, environ.pipeAllocator)
-    , manager(registry, scanResults, environ) {}
+    , manager(registry, scanResults, environ)
+    , metrics(manager)
+    , directory(router, manager, metrics) {}
 
 } // namespace VorControl

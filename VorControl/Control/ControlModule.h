@@ -1,8 +1,14 @@
 #pragma once
 
 #include "VorControl/Control/ControlManager.h"
+#include "VorControl/Control/ControlMetrics.h"
 #include "VorControl/Control/ControlRegistry.h"
 #include "VorControl/Control/ControlScanResults.h"
+#include "VorControl/Protocol/ControlDir.h"
+
+namespace VorApi {
+class ResourceRouter;
+}
 
 namespace VorControl {
 
@@ -11,8 +17,10 @@ namespace VorControl {
 /// exist and none is started: they start when the persistence manager initialises or loads the job domain.
 class ControlModule {
 public:
+    /// The resources of the subsystem are routes of `router`, which outlives the module, as long as the module lives.
     /// Throws ControlCreateException if a service can't be created. Then nothing of the subsystem is left.
-    ControlModule(VorPlugin::PluginManager& plugins, const ControlModuleEnviron& environ);
+    ControlModule(VorPlugin::PluginManager& plugins, VorApi::ResourceRouter& router,
+                  const ControlModuleEnviron& environ);
 
     IControlManager& Manager() { return manager; }
 
@@ -20,6 +28,8 @@ private:
     ControlRegistry registry;
     ControlScanResults scanResults;
     ControlManager manager;
+    ControlMetrics metrics;
+    ControlDir directory;
 };
 
 } // namespace VorControl

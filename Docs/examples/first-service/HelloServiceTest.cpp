@@ -12,7 +12,7 @@ TEST(HelloService, GreetsAsTheJobSays) {
     VorPlugin::PluginManager plugins;
     plugins.Load(Tests::BuiltPlugin("hello.so"));
     Tests::ControlEnviron environ;
-    VorControl::ControlModule module(plugins, environ.Record());
+    VorControl::ControlModule module(plugins, environ.router, environ.Record());
 
     Tests::MemoryStore job;
     job.files["/controls/hello/config.json"] =

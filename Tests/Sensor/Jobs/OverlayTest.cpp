@@ -32,7 +32,7 @@ protected:
         });
         plugin.Add("bare", bare);
         plugin.Publish(plugins);
-        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+        module = std::make_unique<VorControl::ControlModule>(plugins, environ.router, environ.Record());
     }
 
     void Add(const std::string& text) { overlay.Add(ServiceSetting::Parse(text, "--set"), module->Manager()); }

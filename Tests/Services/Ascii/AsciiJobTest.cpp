@@ -52,7 +52,7 @@ protected:
                        return std::make_shared<AsciiProtocol>(record);
                    });
         plugin.Publish(plugins);
-        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+        module = std::make_unique<VorControl::ControlModule>(plugins, environ.router, environ.Record());
     }
 
     VorControl::IControlInstance& Instance() { return module->Manager().GetInstance("ascii"); }

@@ -33,7 +33,7 @@ public:
                        return made;
                    });
         plugin.Publish(plugins);
-        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+        module = std::make_unique<VorControl::ControlModule>(plugins, environ.router, environ.Record());
     }
 
     Service& Own() { return *service; }

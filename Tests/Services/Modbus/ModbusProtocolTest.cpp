@@ -59,7 +59,7 @@ protected:
                        return made;
                    });
         plugin.Publish(plugins);
-        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
+        module = std::make_unique<VorControl::ControlModule>(plugins, environ.router, environ.Record());
     }
 
     VorControl::IControlInstance& Instance() { return module->Manager().GetInstance("modbus"); }

@@ -30,7 +30,7 @@ protected:
         return plugins.Load(Tests::BuiltFile("test-plugins/" + name + ".so"));
     }
 
-    void Build() { module = std::make_unique<ControlModule>(plugins, environ.Record()); }
+    void Build() { module = std::make_unique<ControlModule>(plugins, environ.router, environ.Record()); }
 
     void Enable(const std::string& type) {
         store.files["/controls/" + type + "/config.json"] =

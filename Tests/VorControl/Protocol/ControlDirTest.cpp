@@ -27,11 +27,11 @@ TEST_F(ControlDirTest, ARouteThatIsTakenLeavesNothing) {
     directory.reset();
     VorApi::ResourceBase other;
     router.Register("/controls/:protocol/outputs", other);
-    EXPECT_FAILURE(VorControl::ControlDir(router, module->Manager(), reporter), yERROR_ALREADY_EXISTS,
+    EXPECT_FAILURE(VorControl::ControlDir(router, *manager, reporter), yERROR_ALREADY_EXISTS,
                    "The route /controls/:protocol/outputs is registered already.");
     EXPECT_EQ(router.Routes(), Texts{"/controls/:protocol/outputs"});
     router.Deregister("/controls/:protocol/outputs", true);
-    directory = std::make_unique<VorControl::ControlDir>(router, module->Manager(), reporter);
+    directory = std::make_unique<VorControl::ControlDir>(router, *manager, reporter);
     EXPECT_EQ(router.Routes().size(), 8U);
 }
 

@@ -142,13 +142,13 @@ TEST_F(ControlOutputsResourceTest, AnInvocationNeedsServiceAndCommand) {
 }
 
 TEST_F(ControlOutputsResourceTest, ChangesDuringALoadAreNotNotified) {
-    module->Manager().AddPersistenceLoadEventHandler([this](VorControl::IControlManager::PersistenceLoadOpState state) {
+    manager->AddPersistenceLoadEventHandler([this](VorControl::IControlManager::PersistenceLoadOpState state) {
         if (state == VorControl::IControlManager::PersistenceLoadOpState::Begin) {
             service->NotifyOutputsInternalUpdateEventHandler(false);
         }
     });
     Tests::MemoryStore store;
-    module->Manager().LoadPersistDomain(VorCommon::PersistDomain::Job, store);
+    manager->LoadPersistDomain(VorCommon::PersistDomain::Job, store);
     EXPECT_EQ(NewNotifications(), Texts{});
     service->NotifyOutputsInternalUpdateEventHandler(false);
     EXPECT_EQ(NewNotifications(), Texts{"2 /controls/full/outputs"});

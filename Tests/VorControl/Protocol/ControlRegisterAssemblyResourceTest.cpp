@@ -134,13 +134,13 @@ TEST_F(ControlRegisterAssemblyResourceTest, ChangesDuringALoadAreNotNotified) {
         Instance().BeginUpdateRegisterAssembly("a1");
         Instance().EndUpdateRegisterAssembly("a1");
     };
-    module->Manager().AddPersistenceLoadEventHandler([&](VorControl::IControlManager::PersistenceLoadOpState state) {
+    manager->AddPersistenceLoadEventHandler([&](VorControl::IControlManager::PersistenceLoadOpState state) {
         if (state == VorControl::IControlManager::PersistenceLoadOpState::Begin) {
             change();
         }
     });
     Tests::MemoryStore store;
-    module->Manager().LoadPersistDomain(VorCommon::PersistDomain::Job, store);
+    manager->LoadPersistDomain(VorCommon::PersistDomain::Job, store);
     EXPECT_EQ(NewNotifications(), Texts{});
     change();
     EXPECT_EQ(NewNotifications(), Texts{std::string("2 ") + Assembly});

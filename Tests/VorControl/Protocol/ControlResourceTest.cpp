@@ -161,10 +161,10 @@ TEST_F(ControlResourceTest, AnUpdateOfTheCollectionNamesNoService) {
 
 TEST_F(ControlResourceTest, ChangesDuringALoadAreOneNoticeAtItsEnd) {
     int changes = 0;
-    for (const std::string& id : module->Manager().List()) {
+    for (const std::string& id : manager->List()) {
         Instance(id).AddParamsUpdatedEventHandler([&](const std::string&, bool) { ++changes; });
     }
-    module->Manager().AddPersistenceLoadEventHandler([this](VorControl::IControlManager::PersistenceLoadOpState state) {
+    manager->AddPersistenceLoadEventHandler([this](VorControl::IControlManager::PersistenceLoadOpState state) {
         if (state == VorControl::IControlManager::PersistenceLoadOpState::Begin) {
             service->NotifyParamsInternalUpdateEventHandler(false);
             service->NotifyParamsInternalUpdateEventHandler(true);
@@ -172,7 +172,7 @@ TEST_F(ControlResourceTest, ChangesDuringALoadAreOneNoticeAtItsEnd) {
         }
     });
     Tests::MemoryStore store;
-    module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+    manager->LoadPersistDomain(PersistDomain::Job, store);
     EXPECT_GE(changes, 2);
     EXPECT_EQ(NewNotifications(), Texts{"4 /controls"});
     EXPECT_EQ(log.Count(Vor::LevelInfo, "Notifications saved in ControlResource: " + std::to_string(changes)), 1U);
@@ -187,11 +187,11 @@ TEST_F(ControlResourceTest, EachLoadAndTheInitOfTheJobEndWithANotice) {
         const Texts all = NewNotifications();
         return std::count(all.begin(), all.end(), "4 /controls");
     };
-    module->Manager().LoadPersistDomain(PersistDomain::Workspace, store);
+    manager->LoadPersistDomain(PersistDomain::Workspace, store);
     EXPECT_EQ(reloads(), 1);
-    module->Manager().InitPersistDomain(PersistDomain::Job, store);
+    manager->InitPersistDomain(PersistDomain::Job, store);
     EXPECT_EQ(reloads(), 1);
-    module->Manager().InitPersistDomain(PersistDomain::Workspace, store);
+    manager->InitPersistDomain(PersistDomain::Workspace, store);
     EXPECT_EQ(reloads(), 0);
 }
 

@@ -3,12 +3,14 @@
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/DomainService.h"
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/TestService.h"
 #include "Tests/VorControl/Protocol/FakeReporter.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 #include "VorApi/ResourceRouter.h"
-#include "VorControl/Control/ControlModule.h"
+#include "VorControl/Control/ControlManager.h"
+#include "VorControl/Control/ControlRegistry.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Protocol/ControlDir.h"
 #include "VorRest/RequestProcessor.h"
@@ -91,7 +93,7 @@ public:
     void Stop() override {}
 };
 
-/// The resources of a module with the services "bare" and "full". The test's thread is the main loop's.
+/// The resources of the services "bare" and "full". The test's thread is the main loop's.
 class ResourceFixture : public testing::Test {
 protected:
     using Texts = std::vector<std::string>;
@@ -112,12 +114,13 @@ protected:
                      return std::make_shared<BareService>(ofService);
                  })
             .Publish(plugins);
-        module = std::make_unique<VorControl::ControlModule>(plugins, environ.Record());
-        directory = std::make_unique<VorControl::ControlDir>(router, module->Manager(), reporter);
+        registry = std::make_unique<VorControl::ControlRegistry>(plugins);
+        manager = std::make_unique<VorControl::ControlManager>(*registry, scanResults, environ.Record());
+        directory = std::make_unique<VorControl::ControlDir>(router, *manager, reporter);
         service->calls.clear();
     }
 
-    VorControl::IControlInstance& Instance(const std::string& id = "full") { return module->Manager().GetInstance(id); }
+    VorControl::IControlInstance& Instance(const std::string& id = "full") { return manager->GetInstance(id); }
 
     VorRest::Answer Ask(VorRest::Verb verb, const std::string& path, const nlohmann::json& body = nullptr,
                         bool wantsSchema = false) {
@@ -182,7 +185,9 @@ protected:
     VorRest::RequestProcessor requests{router};
     FakeReporter reporter;
     FullService* service = nullptr;
-    std::unique_ptr<VorControl::ControlModule> module;
+    RecordingScanResults scanResults;
+    std::unique_ptr<VorControl::ControlRegistry> registry;
+    std::unique_ptr<VorControl::ControlManager> manager;
     std::unique_ptr<VorControl::ControlDir> directory;
     Texts notifications;
 };
