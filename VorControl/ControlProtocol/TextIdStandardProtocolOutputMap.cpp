@@ -73,9 +73,10 @@ void TextIdStandardProtocolOutputMap::Collect(const TextIdStandardOutputItem& it
     const std::string& id = item.outputId.Get();
     const std::string& source = item.source.Get();
     const unsigned long index = BSearchForInsert(id);
-    const auto found = added.find(id);
-    const bool overlaps = found != added.end() || GetOverlappingState(item);
-    const bool isEntry = overlaps && (found != added.end() ? found->second : At(index).source.Get()) == source;
+    const auto next = added.lower_bound(id);
+    const bool isNew = next != added.end() && next->first == id;
+    const bool overlaps = isNew || GetOverlappingState(item);
+    const bool isEntry = overlaps && (isNew ? next->second : At(index).source.Get()) == source;
     RequireNewSource(source, isEntry, sources.contains(source));
     if (overlaps) {
         OverlapInsert(index, item);
@@ -83,7 +84,7 @@ void TextIdStandardProtocolOutputMap::Collect(const TextIdStandardOutputItem& it
     if (Count() + added.size() == maxCount) {
         Vor::Throw(yERROR_FULL);
     }
-    added.emplace(id, source);
+    added.emplace_hint(next, id, source);
     sources.insert(source);
 }
 
