@@ -9,6 +9,7 @@
 #include "VorMsg/VvMeasureMsg.h"
 #include "yApi/yArrayList.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <map>
@@ -31,12 +32,49 @@ std::string SourceName(std::size_t i) {
     return "tool/" + std::to_string(i);
 }
 
-std::vector<std::string> SourceNames(std::size_t items) {
+/// The data sources of each service, whose results pass.
+using Maps = std::vector<std::vector<std::string>>;
+
+/// Each service has all sources of the sets, so that every item passes.
+Maps EqualMaps(std::size_t services, std::size_t items) {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < items; ++i) {
         names.push_back(SourceName(i));
     }
-    return names;
+    return Maps(services, names);
+}
+
+/// Each service lacks another source, and has one that isn't in the sets.
+Maps DifferingMaps(std::size_t services, std::size_t items) {
+    Maps maps = EqualMaps(services, std::max(services, items));
+    for (std::size_t i = 0; i < services; ++i) {
+        maps[i][i] = "other/" + std::to_string(i);
+    }
+    return maps;
+}
+
+/// The number of items of a published set that pass the map.
+std::size_t PassingItems(const std::vector<std::string>& map, std::size_t items) {
+    std::size_t passing = 0;
+    for (std::size_t i = 0; i < items; ++i) {
+        passing += static_cast<std::size_t>(std::ranges::count(map, SourceName(i)));
+    }
+    return passing;
+}
+
+/// The number of items of a published set that reach services.
+std::size_t PassingItems(const Maps& maps, std::size_t items) {
+    std::size_t passing = 0;
+    for (const auto& map : maps) {
+        passing += PassingItems(map, items);
+    }
+    return passing;
+}
+
+/// The number of services that a published set reaches.
+std::size_t ReachedServices(const Maps& maps, std::size_t items) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(maps, [&](const auto& map) { return PassingItems(map, items) > 0; }));
 }
 
 void Check(yStatus status) {
@@ -85,24 +123,24 @@ private:
     std::condition_variable done;
 };
 
-/// The library. Each service filters by a map of all sources, so that every item passes.
+/// The library. Each service filters by its map.
 class Library {
 public:
-    Library(std::size_t services, std::size_t items)
-        : services(services)
-        , items(items)
+    Library(const Maps& maps, std::size_t items)
+        : reachedServices(ReachedServices(maps, items))
+        , passingItems(PassingItems(maps, items))
         , sets(MakeSets(items)) {
-        for (std::size_t i = 0; i < services; ++i) {
+        for (std::size_t i = 0; i < maps.size(); ++i) {
             const auto id = "service" + std::to_string(i);
             results.AddResultHandler(
                 id, [this](void* batch) { countdown.Subtract(yArrayList_Count(static_cast<yArrayList>(batch))); });
-            results.UpdateOutputMap(id, SourceNames(items));
+            results.UpdateOutputMap(id, maps[i]);
             results.SetForwardScanResultsToProtocol(id, true);
         }
     }
 
     void Round() {
-        countdown.Expect(services * SetsPerRound);
+        countdown.Expect(reachedServices * SetsPerRound);
         for (std::size_t pass = 0; pass < PassesPerRound; ++pass) {
             for (const auto& set : sets) {
                 results.ProcessResultSet(set.Get());
@@ -116,7 +154,7 @@ public:
         for (std::size_t i = 0; i < Rounds; ++i) {
             Round();
         }
-        const double passed = static_cast<double>(Rounds * SetsPerRound * services * items);
+        const double passed = static_cast<double>(Rounds * SetsPerRound * passingItems);
         return passed / (Bench::ProcessCpuSeconds() - begin);
     }
 
@@ -124,12 +162,12 @@ public:
     double Allocations() {
         const auto begin = Bench::Allocations();
         Round();
-        return static_cast<double>(Bench::Allocations() - begin) / static_cast<double>(SetsPerRound * services);
+        return static_cast<double>(Bench::Allocations() - begin) / static_cast<double>(SetsPerRound * reachedServices);
     }
 
 private:
-    std::size_t services;
-    std::size_t items;
+    const std::size_t reachedServices;
+    const std::size_t passingItems;
     std::vector<Vor::Object> sets;
     Countdown countdown;
     VorControl::ControlScanResults results{nullptr, nullptr};
@@ -165,13 +203,13 @@ std::vector<std::vector<Item>> MakePlainSets(std::size_t items) {
 template <class Service>
 class Loop {
 public:
-    Loop(std::size_t services, std::size_t items)
-        : items(items)
-        , services(services)
+    Loop(const Maps& maps, std::size_t items)
+        : passingItems(PassingItems(maps, items))
+        , services(maps.size())
         , sets(MakePlainSets(items)) {
-        for (auto& service : this->services) {
-            for (std::size_t i = 0; i < items; ++i) {
-                service.Pass(SourceName(i));
+        for (std::size_t i = 0; i < maps.size(); ++i) {
+            for (const auto& source : maps[i]) {
+                services[i].Pass(source);
             }
         }
     }
@@ -181,12 +219,12 @@ public:
         for (std::size_t i = 0; i < Rounds; ++i) {
             Round();
         }
-        const double passed = static_cast<double>(Rounds * SetsPerRound * services.size() * items);
+        const double passed = static_cast<double>(Rounds * SetsPerRound * passingItems);
         return passed / (Bench::ProcessCpuSeconds() - begin);
     }
 
 private:
-    std::size_t items;
+    const std::size_t passingItems;
     std::vector<Service> services;
     std::vector<std::vector<Item>> sets;
 
@@ -217,6 +255,9 @@ public:
             if (passing.find(item.info->id) != passing.end()) {
                 filtered.push_back(item);
             }
+        }
+        if (filtered.empty()) {
+            return;
         }
         const std::lock_guard guard(mutex);
         incoming.push_back(std::move(filtered));
@@ -267,17 +308,29 @@ std::string Label(std::size_t services, std::size_t items, const std::string& re
     return std::to_string(services) + " services, " + std::to_string(items) + " items, against " + reference;
 }
 
+void MeasureDiffering(Bench::Report& report, std::size_t items, double atLeast) {
+    constexpr std::size_t Services = 8;
+    const Maps maps = DifferingMaps(Services, items);
+    Library library(maps, items);
+    Loop<MapAndShares> byHand(maps, items);
+    const auto comparison = Bench::Compare(
+        15, [&] { return library.Rate(); }, [&] { return byHand.Rate(); });
+    report.AddRate("differing maps: " + Label(Services, items, "map, shares and a mutex"), comparison, "M items/s",
+                   atLeast, 1e-6);
+}
+
 void Measure(Bench::Report& report, std::size_t services, std::size_t items, bool limited) {
-    Library library(services, items);
+    const Maps maps = EqualMaps(services, items);
+    Library library(maps, items);
     {
-        Loop<MapAndShares> byHand(services, items);
+        Loop<MapAndShares> byHand(maps, items);
         const auto comparison = Bench::Compare(
             7, [&] { return library.Rate(); }, [&] { return byHand.Rate(); });
         report.AddRate(Label(services, items, "map, shares and a mutex"), comparison, "M items/s",
                        limited ? std::optional(0.5) : std::nullopt, 1e-6);
     }
     if (limited) {
-        Loop<HashAndPointers> bare(services, items);
+        Loop<HashAndPointers> bare(maps, items);
         const auto comparison = Bench::Compare(
             7, [&] { return library.Rate(); }, [&] { return bare.Rate(); });
         report.AddRate(Label(services, items, "hash set and plain pointers"), comparison, "M items/s", std::nullopt,
@@ -297,6 +350,8 @@ void Measure(Bench::Report& report, std::size_t services, std::size_t items, boo
 int main(int argc, char** argv) {
     Vor::Logging::SetMinimumLevel(Vor::LevelError);
     Bench::Report report("hub", argc, argv);
+    MeasureDiffering(report, 1, 0.4);
+    MeasureDiffering(report, 64, 0.7);
     Measure(report, 8, 64, true);
     if (!report.Has("--quick")) {
         Measure(report, 1, 64, false);

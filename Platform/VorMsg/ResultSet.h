@@ -12,7 +12,8 @@ using ResultSet = void*;
 
 extern const yType yType_ResultSet;
 
-yStatus ResultSet_Construct(ResultSet* set, yAllocator allocator = nullptr);
+/// A set of up to `capacity` items is one allocation; it can hold more.
+yStatus ResultSet_Construct(ResultSet* set, yAllocator allocator = nullptr, std::size_t capacity = 16);
 
 /// Appends an item; on success takes over one share of each. `msgInfo` may be null, `resultInfo` not. The last
 /// argument is 0.

@@ -3,14 +3,34 @@
 #include "VorMsg/ResultSet.h"
 
 #include <algorithm>
+#include <bit>
 #include <memory>
 
-ResultSetObject::ResultSetObject(yAllocator allocator)
+static_assert(alignof(ResultSetObject) >= alignof(ResultItemObject), "the first chunk begins behind the set");
+
+ResultSetObject* ResultSetObject::New(yAllocator allocator, std::size_t capacity) {
+    const auto firstBits = static_cast<unsigned>(std::bit_width(std::max<std::size_t>(capacity, 1) - 1));
+    auto* const set = new (yMemory_Allocate(allocator, SizeInMemory(firstBits))) ResultSetObject(allocator, firstBits);
+    yObject_CountMade();
+    return set;
+}
+
+void ResultSetObject::Delete(void* handle) {
+    auto* const set = yObject_As<ResultSetObject>(handle);
+    const yAllocator allocator = set->allocator;
+    const std::size_t size = SizeInMemory(set->firstBits);
+    set->~ResultSetObject();
+    yMemory_Free(allocator, set, size);
+    yObject_CountDestroyed();
+}
+
+ResultSetObject::ResultSetObject(yAllocator allocator, unsigned firstBits)
     : yObject(yType_ResultSet)
-    , allocator(allocator) {
-    chunks[0] = reinterpret_cast<ResultItemObject*>(first);
+    , allocator(allocator)
+    , firstBits(firstBits) {
+    chunks[0] = reinterpret_cast<ResultItemObject*>(this + 1);
     next = chunks[0];
-    end = chunks[0] + FirstChunkSize;
+    end = next + SizeOf(0);
 }
 
 ResultSetObject::~ResultSetObject() {

@@ -8,11 +8,13 @@
 #include <new>
 
 /// What a `ResultSet` points to. Items lie in chunks, so that adding never moves them and a set costs few allocations:
-/// the first chunk is part of the set, each later one makes the set four times as large.
+/// the first chunk is behind the set in the same allocation, each later one makes the set four times as large.
 class ResultSetObject : public yObject {
 public:
-    explicit ResultSetObject(yAllocator allocator);
-    ~ResultSetObject();
+    /// The first chunk has room for `capacity` items.
+    static ResultSetObject* New(yAllocator allocator, std::size_t capacity);
+    /// The `destroy` of the class.
+    static void Delete(void* handle);
 
     /// False when the set can hold no more items.
     bool Add(void* msgInfo, void* resultInfo) {
@@ -36,19 +38,28 @@ public:
     bool fromSimulation = false;
 
 private:
-    static constexpr std::size_t FirstChunkSize = 16;
     static constexpr std::size_t MaxChunks = 14;
 
-    ResultItemObject* next; ///< where the next item goes, unless it is the end of the last chunk
+    const unsigned firstBits; ///< the first chunk has 2^firstBits items
+    ResultItemObject* next;   ///< where the next item goes, unless it is the end of the last chunk
     ResultItemObject* end;
     std::array<ResultItemObject*, MaxChunks> chunks{};
-    alignas(ResultItemObject) std::byte first[FirstChunkSize * sizeof(ResultItemObject)];
 
-    static std::size_t ChunkOf(std::size_t index) {
-        return (static_cast<std::size_t>(std::bit_width(index / FirstChunkSize)) + 1) / 2;
+    ResultSetObject(yAllocator allocator, unsigned firstBits);
+    ~ResultSetObject();
+
+    static std::size_t SizeInMemory(unsigned firstBits) {
+        return sizeof(ResultSetObject) + (sizeof(ResultItemObject) << firstBits);
     }
-    static std::size_t BeginOf(std::size_t chunk) { return chunk == 0 ? 0 : FirstChunkSize << (2 * (chunk - 1)); }
-    static std::size_t SizeOf(std::size_t chunk) { return chunk == 0 ? FirstChunkSize : 3 * BeginOf(chunk); }
+    std::size_t ChunkOf(std::size_t index) const {
+        return (static_cast<std::size_t>(std::bit_width(index >> firstBits)) + 1) / 2;
+    }
+    std::size_t BeginOf(std::size_t chunk) const {
+        return chunk == 0 ? 0 : std::size_t(1) << (firstBits + 2 * (chunk - 1));
+    }
+    std::size_t SizeOf(std::size_t chunk) const {
+        return chunk == 0 ? std::size_t(1) << firstBits : 3 * BeginOf(chunk);
+    }
 
     bool Grow();
 };

@@ -8,6 +8,7 @@
 #include "VorCore/ResultHub.h"
 #include "VorMsg/ResultSet.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace VorControl {
@@ -159,8 +160,8 @@ Vor::Object ControlScanResults::Filter(const std::string& serviceId, void* resul
         return filtered;
     }
     const auto& passing = found->second;
-    Vor::ThrowIfFailed(ResultSet_Construct(filtered.Out(), allocator));
     const std::size_t count = ResultSet_Count(resultSet);
+    Vor::ThrowIfFailed(ResultSet_Construct(filtered.Out(), allocator, std::min(count, passing.size())));
     for (std::size_t index = 0; index < count; ++index) {
         const ResultItem item = ResultSet_At(resultSet, index);
         if (passing.contains(ResultInfo_NumericId(ResultItem_ResultInfo(item)))) {

@@ -126,6 +126,32 @@ TEST_F(ResultSetTest, CostsFewAllocationsHoweverManyItems) {
     EXPECT_EQ(resource.alive, 0);
 }
 
+TEST_F(ResultSetTest, ASetWithRoomForItsItemsIsOneAllocation) {
+    for (const int capacity : {0, 1, 2, 3, 63, 64, 65, 1000}) {
+        SCOPED_TRACE(capacity);
+        CountingResource resource;
+        {
+            Vor::Object counted;
+            ASSERT_EQ(ResultSet_Construct(counted.Out(), static_cast<std::pmr::memory_resource*>(&resource),
+                                          static_cast<std::size_t>(capacity)),
+                      yOK);
+            for (int i = 0; i < capacity; ++i) {
+                Add(counted.Get());
+            }
+            EXPECT_EQ(resource.allocations, 1);
+            for (int i = 0; i < 2000; ++i) {
+                Add(counted.Get());
+            }
+            ASSERT_EQ(ResultSet_Count(counted.Get()), static_cast<std::size_t>(capacity) + 2000);
+            EXPECT_LE(resource.allocations, 8);
+            for (std::size_t i = 0; i < ResultSet_Count(counted.Get()); ++i) {
+                ASSERT_EQ(ResultItem_MsgInfo(ResultSet_At(counted.Get(), i)), msgInfo.Get());
+            }
+        }
+        EXPECT_EQ(resource.alive, 0);
+    }
+}
+
 TEST_F(ResultSetTest, ShareOfAnItemKeepsItsSet) {
     Add(set.Get());
     const Vor::Object item = Vor::Object::Share(ResultSet_At(set.Get(), 0));
