@@ -4,6 +4,7 @@
 #include "Services/Common/Translate.h"
 #include "Services/Modbus/BlockTypes.h"
 #include "Services/Modbus/DiagnosticsBlock.h"
+#include "Services/Modbus/ModbusAssembly.h"
 #include "Services/Modbus/Session.h"
 #include "yApi/yArrayList.h"
 
@@ -12,26 +13,10 @@ namespace Services::Modbus {
 using Common::CommandCells;
 using namespace VorControl::ControlProtocol;
 
-namespace {
-
-constexpr unsigned short FirstRegister = 0;
-constexpr unsigned short LastRegister = 65534;
-
-std::shared_ptr<ProtocolRegisterAssemblyBase> MakeAssembly() {
-    auto assembly = std::make_shared<ProtocolRegisterAssemblyBase>(
-        true, FirstRegister, LastRegister, "registerAssembly-0",
-        IProtocolRegisterAssembly::DEFAULT_REGISTER_ASSEMBLY_DISPLAY_NAME);
-    AddScanBlockTypes(*assembly);
-    AddControlBlockTypes(*assembly);
-    return assembly;
-}
-
-} // namespace
-
 ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
     : TcpService(environ)
     , properties("exceptions", Common::Translate("Exceptions"))
-    , assembly(MakeAssembly())
+    , assembly(std::make_shared<ModbusAssembly>())
     , cells(image, *this, MakeCellTypes(), MakeRegisterFormat())
     , registers(assembly, image, cells, MakeRegisterFormat())
     , map(image, cells)
