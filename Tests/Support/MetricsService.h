@@ -1,22 +1,11 @@
 #pragma once
 
+#include "Tests/Support/Figures.h"
 #include "Tests/Support/TestService.h"
-#include "Vor/Structure.h"
-#include "VorApi/Params/PropertyValue.h"
 
 #include <functional>
 
 namespace Tests {
-
-class Figures : public Vor::Properties::Structure {
-public:
-    Figures()
-        : Structure(true) {
-        Register("dropCount", dropCount);
-    }
-
-    Vor::Properties::Value<long long> dropCount{0};
-};
 
 /// A service with one figure, which counts the refreshes.
 class MetricsService : public TestService {

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "Tests/Support/Figures.h"
 #include "Vor/Exception.h"
-#include "Vor/Structure.h"
-#include "VorApi/Params/PropertyValue.h"
 #include "VorControl/Control/IControlMetrics.h"
 #include "yApi/yStatus.h"
 
@@ -10,16 +9,6 @@
 #include <utility>
 
 namespace Tests {
-
-class Figures : public Vor::Properties::Structure {
-public:
-    Figures()
-        : Structure(true) {
-        Register("dropCount", dropCount);
-    }
-
-    Vor::Properties::Value<long long> dropCount{0};
-};
 
 struct FigureSource : VorCommon::IMetricsSource {
     const Vor::Properties::Structure& GetMetrics() const override {
