@@ -75,7 +75,7 @@ TEST(AsciiParams, TakesWhatKeepsLinesReadable) {
     for (const char* delimiter : {";", "\t", " ", "::", "|", ", "}) {
         EXPECT_EQ(Refusal({{"delimiter", delimiter}}), "") << delimiter;
     }
-    for (const char* terminator : {"\n", "\r", "\x03", "\x1E\n"}) {
+    for (const char* terminator : {"\n", "\r", "\x03", "\x1E\n", "\x7F"}) {
         EXPECT_EQ(Refusal({{"terminator", terminator}}), "");
     }
     for (const char* text : {"", "NaN", "-999.999", "no value"}) {
@@ -97,7 +97,7 @@ TEST(AsciiParams, RefusesADelimiterThatStandsInValues) {
 }
 
 TEST(AsciiParams, RefusesATerminatorThatStandsInLines) {
-    for (const char* terminator : {"", ";", "\t", " ", "\x7F", "END", "\r\n\r\n\n"}) {
+    for (const char* terminator : {"", ";", "\t", " ", "END", "\r\n\r\n\n"}) {
         EXPECT_EQ(Refusal({{"terminator", terminator}}),
                   "Line Terminator must be 1 to 4 control characters of ASCII other than NUL and tab.")
             << terminator;
