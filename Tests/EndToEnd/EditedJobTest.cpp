@@ -102,6 +102,7 @@ TEST_F(EditedJobTest, HoldsSettingsAndAServiceOfAnotherFolderForGood) {
         const Answer answer = Jobs(command);
         ASSERT_EQ(answer.status, 0) << answer.errors;
     }
+    ExpectEndWell(sensor.Process());
     Program other({VirtualSensor::File(), "--data", sensor.DataFolder(), "--job", "ours", "--plugins",
                    BuiltFile("plugins"), "--plugins", examples});
     EXPECT_TRUE(other.WaitForLine("Service sample (Sample): Running")) << other.Output() << other.Errors();
