@@ -36,11 +36,11 @@ int LogFile::Open() const {
 }
 
 std::string LogFile::Reopen() {
+    const std::lock_guard lock(mutex);
     const int opened = Open();
     if (opened < 0) {
         return LastError();
     }
-    const std::lock_guard lock(mutex);
     close(std::exchange(descriptor, opened));
     return "";
 }

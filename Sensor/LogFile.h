@@ -16,7 +16,7 @@ public:
     LogFile& operator=(const LogFile&) = delete;
 
     /// Opens the file at the path anew, which may be another one by now. Returns why it can't: then the former file
-    /// stays in use. Empty: it could.
+    /// stays in use. Empty: it could. Once the new file is there, no entry goes to the former one.
     std::string Reopen();
 
     /// Returns why it can't append; empty: it could.
