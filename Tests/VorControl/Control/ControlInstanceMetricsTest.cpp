@@ -1,10 +1,8 @@
 #include "VorControl/Control/ControlInstanceMetrics.h"
 
-#include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/MetricsService.h"
-#include "Tests/Support/RecordingScanResults.h"
-#include "VorControl/Control/ControlInstance.h"
+#include "Tests/VorControl/Control/InstanceParams.h"
 
 #include <memory>
 
@@ -41,13 +39,7 @@ TEST(ControlInstanceMetricsTest, AnInstanceIsBoundToItsServiceAsLongAsItLives) {
     Tests::RecordingScanResults scanResults;
     VorControl::ControlInfo info;
     auto service = std::make_shared<Tests::MetricsService>(environ.Record("a", "A"));
-    VorControl::ControlInstanceParams params;
-    params.info = &info;
-    params.updateGate = &environ.application.gate;
-    params.scanResults = &scanResults;
-    params.problemsManager = &environ.application.problems;
-    params.protocol = service;
-    VorControl::ControlInstance instance(params);
+    VorControl::ControlInstance instance(Tests::InstanceParams(environ, scanResults, info, service));
     instance.MetricsKeeper().UpdateMetrics();
     EXPECT_EQ(&instance.MetricsSource().GetMetrics(), &service->figures);
     EXPECT_EQ(service->figures.dropCount.Get(), 1);

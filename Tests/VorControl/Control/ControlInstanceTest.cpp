@@ -3,6 +3,7 @@
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/TestService.h"
+#include "Tests/VorControl/Control/InstanceParams.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/VorGetText.h"
@@ -44,12 +45,7 @@ protected:
     ControlInstanceTest() {
         info.SetTypeName("type").SetDisplayName("info's name");
         service = std::make_shared<TestService>(environ.Record("type", "Display"));
-        VorControl::ControlInstanceParams params;
-        params.info = &info;
-        params.updateGate = &environ.application.gate;
-        params.scanResults = &scanResults;
-        params.problemsManager = &environ.application.problems;
-        params.protocol = service;
+        VorControl::ControlInstanceParams params = Tests::InstanceParams(environ, scanResults, info, service);
         params.typeName = "type";
         params.displayName = "Display";
         instance = std::make_unique<ControlInstance>(params);
