@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Sensor/Http/HttpRequest.h"
+#include "Sensor/Http/HttpResponse.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace Sensor::Http {
+
+/// The right to answer one request. Copies are the same right, of which the first use counts; when the client has gone
+/// it does nothing. From any thread. A request whose last copy goes without an answer is answered with status 500.
+class Responder {
+public:
+    class Target;
+
+    explicit Responder(std::shared_ptr<Target> target);
+
+    void Respond(HttpResponse response) const;
+    /// Makes the server read more of a stream with which this was answered.
+    void Wake() const;
+
+private:
+    std::shared_ptr<Target> target;
+};
+
+/// What answers the requests of a server. Called on the network thread; none of it waits for anything.
+class IHttpHandler {
+public:
+    virtual ~IHttpHandler() = default;
+    /// Called with a request whose body hasn't been received yet, before the client is asked for it. Returns a response
+    /// when the request is refused whatever its body is; the connection is closed then.
+    virtual std::optional<HttpResponse> CheckHeader(const HttpRequest& request) = 0;
+    /// Called with the whole request. The answers to requests of one connection are sent in the order of the requests.
+    virtual void Handle(HttpRequest request, Responder responder) = 0;
+};
+
+} // namespace Sensor::Http
