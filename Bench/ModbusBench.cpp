@@ -12,6 +12,7 @@
 #include "Services/Modbus/RegisterMap.h"
 #include "Services/Modbus/RequestHandler.h"
 #include "Services/Modbus/Session.h"
+#include "Vor/Logging.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -284,6 +285,7 @@ Pairs RunInTurns(int pairs, const std::function<Figures()>& subject, const std::
 } // namespace
 
 int main(int argc, char** argv) {
+    Vor::Logging::SetMinimumLevel(Vor::LevelWarning); // as in a sensor without --verbose
     Bench::Report report("modbus", argc, argv);
     const bool quick = report.Has("--quick");
     const int pairs = quick ? 3 : 10;

@@ -55,7 +55,7 @@ AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
     , handler(outputs, *this, Counters(), LineFormat())
     , commands({.host = GetControlHost(),
                 .process = [this](const auto& command) { ProcessReceivedCommonCommands(command); },
-                .beginOfOperation = [this] { return BeginOfLastOperation(); },
+                .beginOfTrigger = [this] { return BeginOfLastTrigger(); },
                 .sources = [this] { return DataSourceList(); }}) {
     Init({.assemblies = {assembly}, .outputs = map},
          {.threadName = "AsciiNet", .params = params, .properties = properties, .wakeup = &wakeup});

@@ -125,7 +125,7 @@ bool SensorCommands::HasSource() const {
 }
 
 void SensorCommands::OperationEnded(yStatus status) {
-    const std::uint64_t begin = service.beginOfOperation();
+    const std::uint64_t begin = service.beginOfTrigger();
     std::unique_lock lock(mutex);
     if (running == nullptr) {
         return;

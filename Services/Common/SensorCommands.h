@@ -50,7 +50,7 @@ public:
     struct Service {
         VorControl::IControlHost& host;
         std::function<void(const Command&)> process;       ///< ProtocolBase::ProcessReceivedCommonCommands
-        std::function<std::uint64_t()> beginOfOperation;   ///< ProtocolBase::BeginOfLastOperation
+        std::function<std::uint64_t()> beginOfTrigger;     ///< ProtocolBase::BeginOfLastTrigger
         std::function<std::vector<std::string>()> sources; ///< the data sources of the service's map; on the main loop
     };
 

@@ -23,7 +23,7 @@ ModbusProtocol::ModbusProtocol(const ControlProtocolEnviron& environ)
     , handler(map, Counters(), 0)
     , commands({.host = GetControlHost(),
                 .process = [this](const auto& command) { ProcessReceivedCommonCommands(command); },
-                .beginOfOperation = [this] { return BeginOfLastOperation(); },
+                .beginOfTrigger = [this] { return BeginOfLastTrigger(); },
                 .sources = [this] { return DataSourceList(); }}) {
     Init({.assemblies = {assembly}},
          {.threadName = "ModbusNet", .params = params, .properties = properties, .poll = [this] { ReadStates(); }});

@@ -283,8 +283,8 @@ Vor::Event<int>::CallbackId ControlHost::AddOpEndEventHandler(const std::string&
     return protocolOperations.AddOpEndEventHandler(serviceId, std::move(handler));
 }
 
-std::uint64_t ControlHost::BeginOfLastOperation(const std::string& serviceId) const {
-    return protocolOperations.BeginOfLastOperation(serviceId);
+std::uint64_t ControlHost::BeginOfLastTrigger(const std::string& serviceId) const {
+    return protocolOperations.BeginOfLastTrigger(serviceId);
 }
 
 void ControlHost::RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id) {

@@ -84,7 +84,7 @@ public:
     Vor::Event<int>::CallbackId AddOpEndEventHandler(const std::string& serviceId, std::function<void(int)> handler);
     void RemoveOpEndEventHandler(const std::string& serviceId, Vor::Event<int>::CallbackId& id);
     /// See ControlProtocolOperations.
-    std::uint64_t BeginOfLastOperation(const std::string& serviceId) const;
+    std::uint64_t BeginOfLastTrigger(const std::string& serviceId) const;
 
     /// For ProtocolBase: a service has one handler, which is called on a thread of this service.
     Vor::Event<void*>::CallbackId AddScanResultHandler(const std::string& serviceId,

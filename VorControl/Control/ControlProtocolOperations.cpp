@@ -159,14 +159,14 @@ void ControlProtocolOperations::RunSynchronousOp(const std::string& serviceId, A
         Vor::Throw(yERROR_BUSY, "Protocol %s operation %u rejected because another operation is in progress", serviceId,
                    Number(action));
     }
-    {
+    if (action == ActionId::SoftwareTrigger) {
         const std::lock_guard guard(beginsMutex);
         begins[serviceId] = yTime_Monotonic();
     }
     asyncRunner->Run([this, serviceId, action, params = std::move(params)] { RunAction(serviceId, action, params); });
 }
 
-std::uint64_t ControlProtocolOperations::BeginOfLastOperation(const std::string& serviceId) const {
+std::uint64_t ControlProtocolOperations::BeginOfLastTrigger(const std::string& serviceId) const {
     const std::lock_guard guard(beginsMutex);
     const auto found = begins.find(serviceId);
     return found == begins.end() ? 0 : found->second;

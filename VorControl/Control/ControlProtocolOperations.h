@@ -90,9 +90,9 @@ public:
 
     /// Starts the action of each of the operations above. It doesn't wait for the action.
     void RunSynchronousOp(const std::string& serviceId, ActionId action, ControlOperationsParams params);
-    /// When the service's last operation was accepted: a yTime_Monotonic after the end of each earlier operation and
-    /// before the begin of this one's action. 0 when there was none.
-    std::uint64_t BeginOfLastOperation(const std::string& serviceId) const;
+    /// When the service's last software trigger was accepted: a yTime_Monotonic after the end of each earlier operation
+    /// and before the begin of this one's action. 0 when there was none.
+    std::uint64_t BeginOfLastTrigger(const std::string& serviceId) const;
 
     /// Adds a handler of the ends of a service's operations. Handlers are called in order of adding, with a lock held:
     /// a handler may start an operation, but must not remove handlers. Add it before the first operation. An empty
@@ -170,7 +170,7 @@ private:
     Vor::Handle<yLock, yLock_Destroy> opEndLock;
     std::atomic<std::uint32_t> operationInProgress = 0; ///< the slot of the one operation: 0 free, 1 taken
     mutable std::mutex beginsMutex;                     ///< guards `begins`, for a few instructions; innermost
-    std::map<std::string, std::uint64_t> begins;        ///< when the last operation of each service was accepted
+    std::map<std::string, std::uint64_t> begins;        ///< when the last trigger of each service was accepted
     std::atomic<bool> dispatcherRunning = true;
     Vor::MsgQueue<EndOfOpResult> dispatcherQueue;
     Vor::NamedThread dispatcherThread;

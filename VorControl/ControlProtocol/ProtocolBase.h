@@ -172,9 +172,10 @@ protected:
     std::uint8_t GetCommandStatus() const;
     void SetOperationInProgress(bool value) { operationInProgress.store(value, std::memory_order_release); }
     bool OperationInProgress() const { return operationInProgress.load(std::memory_order_acquire); }
-    /// When the last operation of this service was accepted, as a yTime_Monotonic: what the sensor publishes for it is
-    /// published later, and what it has published for earlier operations was published before. 0 when there was none.
-    std::uint64_t BeginOfLastOperation() const;
+    /// When the last software trigger of this service was accepted, as a yTime_Monotonic: what the sensor publishes for
+    /// it is published later, and what it has published for earlier operations was published before. 0 when there was
+    /// none.
+    std::uint64_t BeginOfLastTrigger() const;
     void OperationCompleted(int status);
     void OpEndEventHandler(int status);
     /// After it has returned, OperationEndEventImpl isn't called any more for operations on the sensor. Waits for a

@@ -109,8 +109,8 @@ std::uint8_t ProtocolBase::CompletedOperationStatus() const {
     return completedOperationStatus.load(std::memory_order_relaxed);
 }
 
-std::uint64_t ProtocolBase::BeginOfLastOperation() const {
-    return host->BeginOfLastOperation(id);
+std::uint64_t ProtocolBase::BeginOfLastTrigger() const {
+    return host->BeginOfLastTrigger(id);
 }
 
 void ProtocolBase::OpEndEventHandler(int status) {

@@ -79,7 +79,7 @@ protected:
                                                                              onProcess();
                                                                          }
                                                                      },
-                                                                 .beginOfOperation = [this] { return begin; },
+                                                                 .beginOfTrigger = [this] { return begin; },
                                                                  .sources = [this] { return sources; }});
 };
 

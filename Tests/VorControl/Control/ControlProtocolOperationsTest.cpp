@@ -60,22 +60,25 @@ std::vector<Row> Rows() {
          {}}};
 }
 
-TEST_F(ControlProtocolOperationsTest, KeepsWhenTheLastOperationOfEachServiceWasAccepted) {
-    EXPECT_EQ(operations->BeginOfLastOperation("a"), 0U);
+TEST_F(ControlProtocolOperationsTest, KeepsWhenTheLastTriggerOfEachServiceWasAccepted) {
+    EXPECT_EQ(operations->BeginOfLastTrigger("a"), 0U);
     std::uint64_t action = 0;
-    system.OnCall([&](const std::string&) { action = yTime_Monotonic(); });
+    scanEngine.OnCall([&](const std::string&) { action = yTime_Monotonic(); });
     const std::uint64_t before = yTime_Monotonic();
-    operations->StartScan("a");
-    const std::uint64_t begin = operations->BeginOfLastOperation("a");
+    operations->SoftwareTrigger("a", "");
+    const std::uint64_t begin = operations->BeginOfLastTrigger("a");
     EXPECT_GE(begin, before);
     EXPECT_LE(begin, yTime_Monotonic());
-    EXPECT_TRUE(Tests::FailureOf([&] { operations->StartScan("b"); })) << "the other one isn't finished";
-    EXPECT_EQ(operations->BeginOfLastOperation("b"), 0U) << "a refused one doesn't count";
+    EXPECT_TRUE(Tests::FailureOf([&] { operations->SoftwareTrigger("b", ""); })) << "the other one isn't finished";
+    EXPECT_EQ(operations->BeginOfLastTrigger("b"), 0U) << "a refused one doesn't count";
     EXPECT_EQ(RunToEnd(), Texts{"a 1"});
     EXPECT_LE(begin, action);
-    operations->StartScan("b");
-    EXPECT_GE(operations->BeginOfLastOperation("b"), action) << "after the action of the one before";
-    EXPECT_EQ(operations->BeginOfLastOperation("a"), begin);
+    operations->SoftwareTrigger("b", "");
+    EXPECT_GE(operations->BeginOfLastTrigger("b"), action) << "after the action of the one before";
+    EXPECT_EQ(operations->BeginOfLastTrigger("a"), begin);
+    loop.RunReady();
+    operations->StartScan("c");
+    EXPECT_EQ(operations->BeginOfLastTrigger("c"), 0U);
     loop.RunReady();
 }
 
