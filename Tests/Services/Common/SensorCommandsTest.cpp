@@ -126,6 +126,10 @@ TEST_F(SensorCommandsTest, AnOperationThatFailsBeforeItBeginsWasRefusedForAnothe
     onProcess = [this] { std::thread([this] { commands->OperationEnded(yERROR); }).join(); };
     EXPECT_TRUE(Run(Command::Start));
     EXPECT_EQ(Ends(), Statuses{yERROR}) << "it had begun";
+    onProcess = nullptr;
+    EXPECT_TRUE(Run(Command::Start));
+    commands->OperationEnded(yERROR);
+    EXPECT_EQ(Ends(), Statuses{yERROR}) << "it had begun, and ends on the thread that started it";
     onProcess = [this] { commands->OperationEnded(yERROR_COMMAND); };
     EXPECT_TRUE(Run(77));
     EXPECT_EQ(Ends(), Statuses{yERROR_COMMAND});
@@ -157,6 +161,7 @@ TEST_F(SensorCommandsTest, ATriggerIsDoneWhenItsFrameFollowsItsOperation) {
 TEST_F(SensorCommandsTest, ATriggerIsDoneWhenItsOperationFollowsItsFrame) {
     Trigger();
     Hold({100});
+    Hold({99});
     EXPECT_EQ(Ends(), Statuses()) << "the operation hasn't ended";
     commands->OperationEnded(yOK);
     EXPECT_EQ(Ends(), Statuses{yOK});
