@@ -63,6 +63,16 @@ bool ResourceRouter::Has(const IResource& resource) const {
     return std::any_of(routes.begin(), routes.end(), [&](const Route& route) { return route.resource == &resource; });
 }
 
+std::vector<IResource*> ResourceRouter::Resources() const {
+    std::vector<IResource*> resources;
+    for (const Route& route : routes) {
+        if (std::find(resources.begin(), resources.end(), route.resource) == resources.end()) {
+            resources.push_back(route.resource);
+        }
+    }
+    return resources;
+}
+
 std::vector<std::string> ResourceRouter::Routes() const {
     std::vector<std::string> paths;
     paths.reserve(routes.size());

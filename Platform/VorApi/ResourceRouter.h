@@ -37,6 +37,8 @@ public:
     bool Has(const IResource& resource) const;
     /// In order of registration.
     std::vector<std::string> Routes() const;
+    /// Each resource once, in order of registration.
+    std::vector<IResource*> Resources() const;
 
 private:
     struct Route {

@@ -102,6 +102,7 @@ void ControlInstance::Enable(bool on) {
         RemoveScanResultsHandler();
     }
     enabled = on;
+    enabledEvent.Raise(id);
 }
 
 template <class Work>
@@ -201,6 +202,15 @@ ControlInstance::AddPersistenceDomainChangeEventHandler(std::function<void(VorCo
 
 void ControlInstance::RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId& callback) {
     persistenceDomainChange.Remove(callback);
+}
+
+ControlInstance::EnabledEvent::CallbackId
+ControlInstance::AddEnabledEventHandler(std::function<void(const std::string&)> handler) {
+    return enabledEvent.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveEnabledEventHandler(EnabledEvent::CallbackId& callback) {
+    enabledEvent.Remove(callback);
 }
 
 void ControlInstance::ProtocolParamsInternalUpdateHandler(bool persist) {

@@ -93,6 +93,8 @@ public:
     void ResetProtocolToDefaultEnabledState() override;
     bool ProtocolAutoEnableSetting() const override;
     std::optional<EnableFailure> LastEnableFailure() const override;
+    EnabledEvent::CallbackId AddEnabledEventHandler(std::function<void(const std::string&)> handler) override;
+    void RemoveEnabledEventHandler(EnabledEvent::CallbackId& callback) override;
 
     /// Whether the status is running, starting or failed-to-stop.
     bool IsProtocolRunning() const;
@@ -135,6 +137,7 @@ private:
     OutputsUpdatedEvent outputsUpdated;
     RegisterAssemblyUpdatedEvent registerAssemblyUpdated;
     PersistenceDomainChangeEvent persistenceDomainChange;
+    EnabledEvent enabledEvent;
     ControlInstanceMetrics metrics;
     VorCommon::ProblemsManager* problemsManager;
     VorCommon::ProblemsTracker problemsTracker;

@@ -45,6 +45,8 @@ public:
     /// Arguments: instance id, whether the change is to be persisted.
     using ParamsUpdatedEvent = Vor::Event<const std::string&, bool>;
     using OutputsUpdatedEvent = Vor::Event<const std::string&, bool>;
+    /// Argument: instance id.
+    using EnabledEvent = Vor::Event<const std::string&>;
     /// Arguments: instance id, assembly id.
     using RegisterAssemblyUpdatedEvent = Vor::Event<const std::string&, const std::string&>;
     using PersistenceDomainChangeEvent = Vor::Event<VorCommon::PersistDomain>;
@@ -162,6 +164,10 @@ public:
     /// Why the last Enable failed; nothing when it succeeded, and before the first. Not while Enable runs on another
     /// thread.
     virtual std::optional<EnableFailure> LastEnableFailure() const = 0;
+
+    /// Raised at the end of each Enable, on its thread.
+    virtual EnabledEvent::CallbackId AddEnabledEventHandler(std::function<void(const std::string&)> handler) = 0;
+    virtual void RemoveEnabledEventHandler(EnabledEvent::CallbackId& id) = 0;
 };
 
 } // namespace VorControl

@@ -1,7 +1,6 @@
 #include "VorControl/Protocol/ControlDir.h"
 
-#include "VorApi/LogThrown.h"
-#include "VorApi/ResourceRouter.h"
+#include "VorApi/RoutedResource.h"
 #include "VorControl/Control/IControlManager.h"
 #include "VorControl/Control/IControlMetrics.h"
 #include "VorControl/Protocol/ControlCommandResource.h"
@@ -12,9 +11,6 @@
 #include "VorControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "VorControl/Protocol/ControlResource.h"
 #include "VorControl/Protocol/ControlTypesResource.h"
-
-#include <string>
-#include <utility>
 
 namespace VorControl {
 
@@ -32,43 +28,14 @@ public:
                           manager) {}
 
 private:
-    class Route {
-    public:
-        Route(VorApi::ResourceRouter& router, std::string path, VorApi::IResource& resource)
-            : router(router)
-            , path(std::move(path)) {
-            router.Register(this->path, resource);
-        }
-        ~Route() {
-            Vor::CleanUp([this] { router.Deregister(path, true); });
-        }
-        Route(const Route&) = delete;
-        Route& operator=(const Route&) = delete;
-
-    private:
-        VorApi::ResourceRouter& router;
-        const std::string path;
-    };
-
-    template <class Resource>
-    struct RoutedResource {
-        template <class... Args>
-        RoutedResource(VorApi::ResourceRouter& router, const char* path, Args&... args)
-            : resource(args...)
-            , route(router, path, resource) {}
-
-        Resource resource;
-        Route route;
-    };
-
-    RoutedResource<Protocol::ControlTypesResource> types;
-    RoutedResource<Protocol::ControlResource> control;
-    RoutedResource<Protocol::ControlCommandResource> command;
-    RoutedResource<Protocol::ControlMetricsResource> metrics;
-    RoutedResource<Protocol::ControlOutputsResource> outputs;
-    RoutedResource<Protocol::ControlOutputsCommandResource> outputsCommand;
-    RoutedResource<Protocol::ControlRegisterAssemblyResource> assembly;
-    RoutedResource<Protocol::ControlRegisterAssemblyCommandResource> assemblyCommand;
+    VorApi::RoutedResource<Protocol::ControlTypesResource> types;
+    VorApi::RoutedResource<Protocol::ControlResource> control;
+    VorApi::RoutedResource<Protocol::ControlCommandResource> command;
+    VorApi::RoutedResource<Protocol::ControlMetricsResource> metrics;
+    VorApi::RoutedResource<Protocol::ControlOutputsResource> outputs;
+    VorApi::RoutedResource<Protocol::ControlOutputsCommandResource> outputsCommand;
+    VorApi::RoutedResource<Protocol::ControlRegisterAssemblyResource> assembly;
+    VorApi::RoutedResource<Protocol::ControlRegisterAssemblyCommandResource> assemblyCommand;
 };
 
 ControlDir::ControlDir(VorApi::ResourceRouter& router, IControlManager& manager, IControlMetrics& metrics)

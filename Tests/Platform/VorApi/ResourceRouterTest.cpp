@@ -77,6 +77,13 @@ TEST_F(ResourceRouterTest, OfSeveralRoutesTheWholeOneThenTheFirstIsTaken) {
     EXPECT_EQ(router.Routes(), (std::vector<std::string>{"/x/:y/:z", "/x/:y", "/x/fixed"}));
 }
 
+TEST_F(ResourceRouterTest, HasEachResourceOnce) {
+    router.Register("/x", two);
+    router.Register("/y", one);
+    router.Register("/z", two);
+    EXPECT_EQ(router.Resources(), (std::vector<VorApi::IResource*>{&two, &one}));
+}
+
 TEST_F(ResourceRouterTest, ARouteIsRegisteredOnce) {
     router.Register("/x", one);
     EXPECT_FAILURE(router.Register("/x", two), yERROR_ALREADY_EXISTS, "The route /x is registered already.");

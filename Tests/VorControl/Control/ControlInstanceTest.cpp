@@ -241,6 +241,21 @@ TEST_F(ControlInstanceTest, KeepsWhyItsLastStartOrStopFailed) {
     EXPECT_EQ(failure(false), "none");
 }
 
+TEST_F(ControlInstanceTest, EachEnableEndsWithAnEvent) {
+    Calls states;
+    auto handler = instance->AddEnabledEventHandler([&](const std::string& id) {
+        states.push_back(id + (instance->IsEnabled() ? " on" : " off") +
+                         (instance->LastEnableFailure() ? " failed" : ""));
+    });
+    instance->Enable(true);
+    service->onStop = [] { Vor::Throw(-6, "stuck"); };
+    instance->Enable(false);
+    EXPECT_EQ(states, (Calls{"type on", "type off failed"}));
+    instance->RemoveEnabledEventHandler(handler);
+    instance->Enable(true);
+    EXPECT_EQ(states.size(), 2U);
+}
+
 TEST_F(ControlInstanceTest, AFailedStopIsAProblemAndStillRemovesTheResultHandler) {
     instance->Enable(true);
     service->calls.clear();

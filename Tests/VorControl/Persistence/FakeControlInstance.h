@@ -194,6 +194,8 @@ public:
     void ResetProtocolToDefaultEnabledState() override { Note("ResetProtocolToDefaultEnabledState"); }
     bool ProtocolAutoEnableSetting() const override { return autoEnable; }
     std::optional<VorControl::EnableFailure> LastEnableFailure() const override { return std::nullopt; }
+    EnabledEvent::CallbackId AddEnabledEventHandler(std::function<void(const std::string&)>) override { return {}; }
+    void RemoveEnabledEventHandler(EnabledEvent::CallbackId&) override {}
 
     std::string typeName = "fake";
     std::string id = "fake";
