@@ -27,8 +27,8 @@ struct Receivers {
     AsyncLoop::ReceiverHandle lastHandle = AsyncLoop::NoReceiver;
 
     static Receivers& Instance() {
-        static Receivers* const instance = new Receivers;
-        return *instance;
+        static Receivers* const Instance = new Receivers;
+        return *Instance;
     }
 };
 
@@ -39,8 +39,8 @@ bool AsyncLoop::OnMainLoop() {
 }
 
 AsyncLoop& AsyncLoop::MainLoop() {
-    static AsyncLoop* const instance = new AsyncLoop;
-    return *instance;
+    static AsyncLoop* const Instance = new AsyncLoop;
+    return *Instance;
 }
 
 AsyncLoop::ReceiverHandle AsyncLoop::RegisterHandler(IAsyncEventReceiver& receiver) {

@@ -21,10 +21,10 @@ constexpr std::array<unsigned char, 256> Digits() {
 
 /// Reads four digits, of which the last `padding` are '='. False if they aren't what the encoder writes.
 bool DecodeQuad(const char* quad, std::size_t padding, std::vector<unsigned char>& out) {
-    static constexpr std::array<unsigned char, 256> digits = Digits();
+    static constexpr std::array<unsigned char, 256> Values = Digits();
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i < 4; ++i) {
-        const unsigned char digit = i < 4 - padding ? digits[static_cast<unsigned char>(quad[i])] : 0;
+        const unsigned char digit = i < 4 - padding ? Values[static_cast<unsigned char>(quad[i])] : 0;
         if (digit == NoDigit) {
             return false;
         }

@@ -51,8 +51,8 @@ spdlog::level::level_enum OutputLevel(int rank) {
 class LogState {
 public:
     static LogState& Instance() {
-        static LogState* const instance = new LogState;
-        return *instance;
+        static LogState* const Instance = new LogState;
+        return *Instance;
     }
 
     /// False when no output, capture or user's log gets an entry of this level.

@@ -35,8 +35,8 @@ LoopCore::LoopCore()
     : engine(std::make_unique<Engine>()) {}
 
 LoopCore& LoopCore::Instance() {
-    static LoopCore* const instance = new LoopCore;
-    return *instance;
+    static LoopCore* const Instance = new LoopCore;
+    return *Instance;
 }
 
 void LoopCore::Post(std::function<void()> call) {

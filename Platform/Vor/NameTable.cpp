@@ -10,7 +10,7 @@ namespace Vor::Properties::Internal {
 namespace {
 
 struct TextHash {
-    using is_transparent = void;
+    using is_transparent = void; // NOLINT(readability-identifier-naming): the standard library looks for it
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
 };
 
@@ -22,8 +22,8 @@ struct Table {
 
 /// Never destroyed: names are used by objects with static storage.
 Table& TheTable() {
-    static Table* const table = new Table();
-    return *table;
+    static Table* const Instance = new Table();
+    return *Instance;
 }
 
 const std::string* Intern(std::string_view text) {

@@ -11,8 +11,8 @@ namespace Vor::Properties {
 namespace {
 
 Internal::Name TypeKey() {
-    static const Internal::Name key("type");
-    return key;
+    static const Internal::Name Key("type");
+    return Key;
 }
 
 } // namespace

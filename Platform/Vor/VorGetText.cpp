@@ -13,7 +13,7 @@
 
 struct VorGetText::State {
     struct TextHash {
-        using is_transparent = void;
+        using is_transparent = void; // NOLINT(readability-identifier-naming): the standard library looks for it
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
     };
     /// By text, of one domain and catalogue.
@@ -65,8 +65,8 @@ VorGetText::VorGetText()
     : state(std::make_unique<State>()) {}
 
 VorGetText& VorGetText::GetInstance() {
-    static VorGetText* const instance = new VorGetText;
-    return *instance;
+    static VorGetText* const Instance = new VorGetText;
+    return *Instance;
 }
 
 const char* VorGetText::DPGetText(const char* domain, const char* catalogue, const char* text) {

@@ -140,7 +140,7 @@ private:
     };
 
     VorApi::Completion Defer(std::uint64_t id, const Answered& answered) {
-        const VorApi::Completion completion(
+        VorApi::Completion completion(
             [weak = weak_from_this(), id](const std::exception_ptr& failure, const VorDataTree& document) {
                 if (const auto self = weak.lock()) {
                     self->Post([weak, id, failure, document] {

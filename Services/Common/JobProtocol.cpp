@@ -112,15 +112,10 @@ void JobProtocol::ParamsResetImpl(PersistDomain domain) {
 }
 
 void JobProtocol::OutputsMapResetImpl(PersistDomain domain) {
-    if (domain != PersistDomain::Job || job.outputs == nullptr) {
-        return;
-    }
-    if (outputsLoading) {
-        job.outputs->Clear();
-    } else {
+    if (domain == PersistDomain::Job && job.outputs != nullptr) {
         ResetOutputs();
+        MapChanged();
     }
-    MapChanged();
 }
 
 void JobProtocol::RegisterAssemblyGroupResetImpl(PersistDomain domain) {
@@ -150,15 +145,11 @@ void JobProtocol::EndUpdateParamsImpl(PersistDomain domain, const char* /*versio
 }
 
 std::shared_ptr<IProtocolOutput> JobProtocol::BeginUpdateOutputsMapImpl(PersistDomain domain, const char* /*version*/) {
-    if (domain == PersistDomain::Job) {
-        outputsLoading = true;
-    }
     return Outputs(domain);
 }
 
 void JobProtocol::EndUpdateOutputsMapImpl(PersistDomain domain, const char* /*version*/) {
     if (domain == PersistDomain::Job) {
-        outputsLoading = false;
         MapChanged();
     }
 }

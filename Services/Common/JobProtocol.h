@@ -97,8 +97,7 @@ private:
     const std::shared_ptr<VorControl::Providers::ControlPersistenceProvider> provider =
         std::make_shared<VorControl::Providers::ControlPersistenceProvider>(*this);
     // Guarded by the update gate.
-    bool paramsTried = false;    ///< since the present update began
-    bool outputsLoading = false; ///< an update of the output map is under way
+    bool paramsTried = false; ///< since the present update began
 };
 
 } // namespace Services::Common

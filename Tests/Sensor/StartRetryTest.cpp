@@ -87,7 +87,10 @@ protected:
 TEST_F(StartRetryTest, TriesEachPeriodUntilTheServiceRunsAndTellsTheUserTwice) {
     Tests::TestPlugin().Add("a", service).Publish(host.Plugins());
     host.CreateServices();
-    service.lock()->onStart = [] { Vor::Throw(yERROR_CONFLICT, "the port is taken"); };
+    service.lock()->onStart = [] {
+        Vor::LogError("bind has failed");
+        Vor::Throw(yERROR_CONFLICT, "the port is taken");
+    };
     Service("a").Enable(true);
     service.lock()->calls.clear();
     std::ostringstream errors;
