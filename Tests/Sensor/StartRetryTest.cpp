@@ -87,8 +87,8 @@ protected:
 TEST_F(StartRetryTest, TriesEachPeriodUntilTheServiceRunsAndTellsTheUserTwice) {
     Tests::TestPlugin().Add("a", service).Publish(host.Plugins());
     host.CreateServices();
-    service.lock()->onStart = [] {
-        Vor::LogError("bind has failed");
+    service.lock()->onStart = [attempts = 0]() mutable {
+        Vor::LogError("attempt %d has failed", ++attempts);
         Vor::Throw(yERROR_CONFLICT, "the port is taken");
     };
     Service("a").Enable(true);
