@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Net/Network.h"
+
 #include <chrono>
 #include <cstddef>
 #include <optional>
@@ -20,6 +22,9 @@ public:
 
     virtual ~ITcpSession() = default;
 
+    /// The client's address. Called once, before anything else.
+    virtual void SetPeer(const NetworkAddress& /*address*/) {}
+
     /// Whether the client may do more than read, from the next request on.
     virtual void SetMayWrite(bool value) = 0;
 
@@ -32,6 +37,9 @@ public:
     /// Answers the whole requests that were received, until the room for replies is full. Returns how many it answered.
     /// Called when the client has connected, after Received and Sent, and when the Wakeup is set.
     virtual std::size_t Process() = 0;
+    /// Whether the Wakeup, which is for all sessions of the server, was set for this one. Without it Process isn't
+    /// called for the Wakeup.
+    virtual bool WantsWakeup() const { return true; }
 
     /// The bytes that wait to be sent.
     virtual std::span<const unsigned char> Replies() const = 0;
@@ -44,6 +52,11 @@ public:
     virtual bool Broken() const = 0;
     /// For the log: why the session has ended, such as "it has quit".
     virtual std::string EndReason() const { return "its session has ended"; }
+
+    /// Whether nothing more is sent after Replies(). The connection is closed in that direction when they are sent. In
+    /// the other one it is open until the client closes it, until the deadline, or until the session has ended: the
+    /// client would lose the last reply if it were still sending when the connection is closed.
+    virtual bool HasFinished() const { return false; }
 
     /// Whether the reply to a request comes later. Until then the connection stays open, even if the client has closed
     /// its side.

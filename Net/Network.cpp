@@ -41,6 +41,16 @@ std::optional<unsigned> ParseLength(const std::string& text, unsigned max) {
 
 } // namespace
 
+std::string AddressText(const NetworkAddress& address) {
+    char text[INET6_ADDRSTRLEN];
+    if (IsIpV4(address)) {
+        inet_ntop(AF_INET, &address[MappedBits / 8], text, sizeof text);
+    } else {
+        inet_ntop(AF_INET6, address.data(), text, sizeof text);
+    }
+    return text;
+}
+
 std::optional<Network> Network::Parse(const std::string& text) {
     const std::size_t slash = text.find('/');
     const std::string address = text.substr(0, slash);

@@ -10,6 +10,9 @@ namespace Net {
 /// An IPv6 address, or an IPv4 address mapped to IPv6, ::ffff:A.B.C.D.
 using NetworkAddress = std::array<unsigned char, 16>;
 
+/// The address as digits: "192.168.1.7" or "fd00::7".
+std::string AddressText(const NetworkAddress& address);
+
 /// The addresses that begin with the same bits. Networks of IPv4 and of IPv6 have no address in common.
 class Network {
 public:

@@ -196,6 +196,7 @@ void TcpServer::Impl::Serve(tcp::socket socket) {
                      refusal.empty() ? "the service has no session for it" : refusal);
         return;
     }
+    session->SetPeer(*peer);
     connections.push_back(
         std::make_shared<TcpConnection>(std::move(socket), *peer, name, std::move(session), settings.idleTimeOut));
     counters.connected.store(connections.size(), std::memory_order_relaxed);
@@ -283,7 +284,7 @@ void TcpServer::Impl::WaitForWakeup() {
                                     if (!error && self->wakeupDescriptor.is_open()) {
                                         self->wakeup->Clear();
                                         self->WaitForWakeup();
-                                        self->ForEach([](TcpConnection& connection) { connection.Pump(); });
+                                        self->ForEach([](TcpConnection& connection) { connection.Wake(); });
                                     }
                                 });
 }

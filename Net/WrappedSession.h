@@ -15,15 +15,18 @@ public:
     explicit WrappedSession(std::unique_ptr<ITcpSession> inner)
         : inner(std::move(inner)) {}
 
+    void SetPeer(const NetworkAddress& address) override { inner->SetPeer(address); }
     void SetMayWrite(bool value) override { inner->SetMayWrite(value); }
     std::span<unsigned char> ReceiveSpace() override { return inner->ReceiveSpace(); }
     void Received(std::size_t count) override { inner->Received(count); }
     std::size_t Process() override { return inner->Process(); }
+    bool WantsWakeup() const override { return inner->WantsWakeup(); }
     std::span<const unsigned char> Replies() const override { return inner->Replies(); }
     void Sent(std::size_t count) override { inner->Sent(count); }
     void Drained() override { inner->Drained(); }
     bool Broken() const override { return inner->Broken(); }
     std::string EndReason() const override { return inner->EndReason(); }
+    bool HasFinished() const override { return inner->HasFinished(); }
     bool IsWorking() const override { return inner->IsWorking(); }
     bool IsSubscribed() const override { return inner->IsSubscribed(); }
     bool ReadsAhead() const override { return inner->ReadsAhead(); }

@@ -64,6 +64,12 @@ void TcpConnection::Guarded(const Work& work) {
     }
 }
 
+void TcpConnection::Wake() {
+    if (IsOpen() && session->WantsWakeup()) {
+        Pump();
+    }
+}
+
 void TcpConnection::Pump() {
     if (!IsOpen()) {
         return;
@@ -94,6 +100,11 @@ void TcpConnection::Exchange() {
             if (inputEnded && !session->IsWorking()) {
                 Close("it has closed the connection");
                 return;
+            }
+            if (session->HasFinished() && !outputEnded) {
+                error_code ignored;
+                socket.shutdown(tcp::socket::shutdown_send, ignored);
+                outputEnded = true;
             }
             break;
         }

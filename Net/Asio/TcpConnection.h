@@ -34,6 +34,8 @@ public:
     void SetMayWrite(bool value) { session->SetMayWrite(value); }
     void SetIdleTimeOut(std::chrono::milliseconds value);
 
+    /// Pumps when the session wants it. For the server's Wakeup.
+    void Wake();
     /// Answers the requests that were received and sends the replies. Receives more only when all replies are sent,
     /// unless the session reads ahead.
     void Pump();
@@ -70,8 +72,9 @@ private:
     Clock::time_point lastSent = lastRequest;
     Clock::time_point watchedUntil = Clock::time_point::max(); ///< when the timer ends; max: it doesn't run
     bool receiving = false;
-    bool blocked = false;    ///< the socket is waited for before more is sent
-    bool inputEnded = false; ///< the client has closed its side
+    bool blocked = false;     ///< the socket is waited for before more is sent
+    bool inputEnded = false;  ///< the client has closed its side
+    bool outputEnded = false; ///< the own side is closed
 };
 
 } // namespace Net

@@ -119,5 +119,11 @@ TEST(Network, OfAListContainsWhatOneOfThemDoes) {
     EXPECT_FALSE(Contain({}, AddressOf("10.1.2.3")));
 }
 
+TEST(Network, WritesAddressesAsDigits) {
+    for (const char* text : {"192.168.1.7", "127.0.0.1", "fd00::7", "::1", "::"}) {
+        EXPECT_EQ(AddressText(AddressOf(text)), text);
+    }
+}
+
 } // namespace
 } // namespace Net

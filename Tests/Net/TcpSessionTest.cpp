@@ -307,6 +307,81 @@ TEST_F(TcpSessionTest, LeavesOthersTheirTurnWhileItSendsWithoutEnd) {
     reader.join();
 }
 
+/// Replies "bye" and the client's address to the first line, and drops what comes then.
+class FinishingSession : public EchoSession {
+public:
+    using EchoSession::EchoSession;
+
+    void SetPeer(const NetworkAddress& address) override { peer = AddressText(address); }
+    void Received(std::size_t count) override {
+        if (!finished) {
+            EchoSession::Received(count);
+        }
+    }
+    bool HasFinished() const override { return finished; }
+
+protected:
+    void Answer(std::string_view) override {
+        Reply("bye " + peer + "\n");
+        finished = true;
+    }
+
+private:
+    std::string peer;
+    bool finished = false;
+};
+
+TEST_F(TcpSessionTest, ItsLastReplyReachesAClientThatGoesOnSending) {
+    Serve<FinishingSession>({});
+    {
+        LineClient client(port);
+        client.Send("hello\n");
+        for (int i = 0; i < 1000; ++i) {
+            client.Send(std::string(4096, 'x'));
+        }
+        EXPECT_EQ(client.Rest(), "bye 127.0.0.1\n");
+        EXPECT_EQ(counters.connected, 1U) << "until the client closes its side";
+    }
+    EXPECT_TRUE(WaitForConnections(0));
+}
+
+/// Counts how often it is processed.
+class CountedSession : public EchoSession {
+public:
+    CountedSession(bool wantsWakeup, std::atomic<unsigned>& processed)
+        : EchoSession(false)
+        , wantsWakeup(wantsWakeup)
+        , processed(processed) {}
+
+    bool WantsWakeup() const override { return wantsWakeup; }
+    std::size_t Process() override {
+        ++processed;
+        return EchoSession::Process();
+    }
+
+private:
+    const bool wantsWakeup;
+    std::atomic<unsigned>& processed;
+};
+
+TEST_F(TcpSessionTest, IsNotProcessedForAWakeupThatItDoesNotWant) {
+    std::atomic<unsigned> unwanted = 0;
+    std::atomic<unsigned> wanted = 0;
+    bool isFirst = true;
+    Open({}, [&](bool) {
+        const bool wants = !std::exchange(isFirst, false);
+        return std::make_unique<CountedSession>(wants, wants ? wanted : unwanted);
+    });
+    const auto first = Client();
+    const auto second = Client();
+    const auto read = [this](const auto& count) { return thread.Call([&] { return count.load(); }); };
+    const unsigned unwantedBefore = read(unwanted);
+    const unsigned wantedBefore = read(wanted);
+    wakeup.Set();
+    EXPECT_TRUE(Tests::WaitUntil([&] { return wanted > wantedBefore; }));
+    EXPECT_EQ(read(unwanted), unwantedBefore);
+}
+
 class ThrowingSession : public EchoSession {
 public:
     explicit ThrowingSession(bool mayWrite)
