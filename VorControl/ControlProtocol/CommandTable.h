@@ -38,6 +38,7 @@ public:
 
     std::vector<VorCommon::CommandInfo> List() const {
         std::vector<VorCommon::CommandInfo> list;
+        list.reserve(commands.size());
         for (const Command& command : commands) {
             list.emplace_back(command.id, command.displayName);
         }

@@ -205,6 +205,7 @@ protected:
 
     /// `args` is an Item. `sources`, if given, are all sources of the map: they are searched in place of the entries,
     /// and the new one is added to them.
+    // NOLINTNEXTLINE(readability-identifier-naming): known to derived maps by this name
     void Add_Helper(const Vor::Params::Group& args, bool autoShift, Sources* sources = nullptr) {
         const auto& item = dynamic_cast<const Item&>(args);
         const Id& id = item.outputId.Get();
@@ -228,6 +229,7 @@ protected:
     }
 
     /// An entry that can't be added with its new id is lost.
+    // NOLINTNEXTLINE(readability-identifier-naming): known to derived maps by this name
     void UpdateId_Helper(Vor::Params::Group& args, bool rejectExisting) {
         auto& request = dynamic_cast<OutputsArgs&>(args);
         if (request.map.Count() != 2) {

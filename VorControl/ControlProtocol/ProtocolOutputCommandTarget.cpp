@@ -14,7 +14,7 @@ namespace {
 using OutputCommands = CommandTable<IProtocolOutput>;
 
 const OutputCommands& AllOutputCommands() {
-    static const OutputCommands commands{
+    static const OutputCommands Commands{
         {"add", "Add", [](IProtocolOutput& output) { return output.CreateOutputMapItemArgs(); },
          [](IProtocolOutput& output, Group& params) { output.Add(params); }},
         {"addAll", "AddAll", [](IProtocolOutput& output) { return output.CreateOutputsArgs(); },
@@ -26,7 +26,7 @@ const OutputCommands& AllOutputCommands() {
         {"updateId", "Update", [](IProtocolOutput& output) { return output.CreateOutputsArgs(); },
          [](IProtocolOutput& output, Group& params) { output.UpdateId(params); }},
     };
-    return commands;
+    return Commands;
 }
 
 } // namespace

@@ -21,7 +21,7 @@ std::shared_ptr<Group> MakeAssemblyParams(IProtocolRegisterAssembly& /*assembly*
 }
 
 const AssemblyCommands& AllAssemblyCommands() {
-    static const AssemblyCommands commands{
+    static const AssemblyCommands Commands{
         {"add", "Add", MakeAssemblyParams<AddBlockParams>,
          [](IProtocolRegisterAssembly& assembly, Group& params) { assembly.Add(params); }},
         {"remove", "Remove", MakeAssemblyParams<RemoveBlockParams>,
@@ -33,7 +33,7 @@ const AssemblyCommands& AllAssemblyCommands() {
         {"update", "Update", MakeAssemblyParams<UpdateBlockParams>,
          [](IProtocolRegisterAssembly& assembly, Group& params) { assembly.Update(params); }},
     };
-    return commands;
+    return Commands;
 }
 
 } // namespace

@@ -46,6 +46,7 @@ bool HasText(const json& entry, const char* group, const char* key) {
 }
 
 /// Moves the id from the attributes, where the first release stored it, to the properties.
+// NOLINTNEXTLINE(readability-identifier-naming): the underscore separates the parts of a version
 void ConvertRegisterAssemblyToPost1_0Format(json& entry) {
     json& attributes = entry.at(PERSISTENCE_FIELD_NAME_ATTRIBUTES);
     json& properties = entry[PERSISTENCE_FIELD_NAME_PROPERTIES];
@@ -71,6 +72,7 @@ std::string RegisterAssemblyIdFromCfg(json& entry) {
 }
 
 /// The service no longer has this block, of which a job had at most one.
+// NOLINTNEXTLINE(readability-identifier-naming): the underscore separates the parts of a version
 void RemoveUnsupportedRegisterBlockFromEthernetAsciiJobParamsFor1_2Release(AddBlockParams& params) {
     for (unsigned long i = 0; i < params.blocks.Count(); ++i) {
         if (params.blocks.At(i).type.Get() == "Scanner") {
