@@ -54,6 +54,10 @@ public:
     /// After CreateServices.
     VorControl::IControlManager& Services() { return module->Manager(); }
     VorCommon::PersistManager& Persistence() { return persistence; }
+    VorCommon::ProblemsManager& Problems() { return problems; }
+    /// The resources of the services are its routes from CreateServices on.
+    VorApi::ResourceRouter& Router() { return router; }
+    VorRest::RequestProcessor& Requests() { return requests; }
 
     /// Loads the workspace and the job, which starts the enabled services. Throws a Vor::Exception when a file can't be
     /// read.

@@ -1,59 +1,19 @@
 #include "Sensor/StartReport.h"
 
 #include "Sensor/PrintableText.h"
-#include "Vor/Exception.h"
-#include "Vor/JsonSerializer.h"
+#include "Sensor/ServiceState.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/IControlManager.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 
 #include <algorithm>
-#include <memory>
-#include <optional>
+#include <exception>
 #include <sstream>
-
-#include <nlohmann/json.hpp>
 
 namespace Sensor {
 
-namespace {
-
 using VorControl::IControlInstance;
 using VorControl::ControlProtocol::AssemblyLock;
-using VorControl::ControlProtocol::ProtocolStatus;
-
-const char* TextOf(ProtocolStatus status) {
-    switch (status) {
-    case ProtocolStatus::Running:
-        return "Running";
-    case ProtocolStatus::Stopped:
-        return "Stopped";
-    case ProtocolStatus::Starting:
-        return "Starting";
-    case ProtocolStatus::Stopping:
-        return "Stopping";
-    case ProtocolStatus::FailedToStart:
-        return "Failed To Start";
-    case ProtocolStatus::FailedToStop:
-        return "Failed To Stop";
-    }
-    return "Unknown";
-}
-
-nlohmann::json PropertiesOf(IControlInstance& instance) {
-    const Vor::ScopeLock<IControlInstance, &IControlInstance::NonPersistentPropertiesBeginLock,
-                         &IControlInstance::NonPersistentPropertiesEndLock>
-        lock(instance);
-    return Vor::Properties::JsonSerializer::Serialize(instance.Properties());
-}
-
-/// The text of a property, empty when the service has none of this name.
-std::string TextAt(const nlohmann::json& properties, const char* name) {
-    const auto found = properties.find(name);
-    return found != properties.end() && found->is_string() ? found->get<std::string>() : std::string();
-}
-
-} // namespace
 
 StartReport::StartReport(std::ostream& out)
     : out(out) {}
@@ -89,19 +49,13 @@ void StartReport::PrintServices(VorControl::IControlManager& manager) {
 void StartReport::PrintService(VorControl::IControlInstance& instance) {
     std::string text = "Service " + instance.Id() + " (" + instance.DisplayName() + "): ";
     try {
-        const nlohmann::json properties = PropertiesOf(instance);
-        // A service whose start was interrupted may still have another status.
-        const ProtocolStatus status = instance.GetProtocolStatus();
-        const auto startFailure = instance.IsEnabled() ? instance.LastEnableFailure() : std::nullopt;
-        const bool failed = startFailure && status != ProtocolStatus::Running;
-        text += TextOf(failed ? ProtocolStatus::FailedToStart : status);
-        if (const std::string address = TextAt(properties, "address"); !address.empty()) {
-            text += " at " + address;
+        const ServiceState state = ServiceState::Of(instance);
+        text += state.status;
+        if (!state.address.empty()) {
+            text += " at " + state.address;
         }
-        if (const std::string failure = TextAt(properties, "failure"); !failure.empty()) {
-            text += ": " + failure;
-        } else if (failed && !startFailure->text.empty()) {
-            text += ": " + startFailure->text;
+        if (!state.failure.empty()) {
+            text += ": " + state.failure;
         }
     } catch (const std::exception& e) {
         text += std::string("its state can't be read (") + e.what() + ")";

@@ -4,6 +4,8 @@
 #include "Sensor/Scan/Scanner.h"
 #include "Sensor/Scan/ScannerActions.h"
 #include "Sensor/Scan/ScannerAlignment.h"
+#include "Sensor/Scan/ScannerState.h"
+#include "Sensor/Scan/TriggerMode.h"
 #include "VorApi/Event.h"
 #include "VorCore/ResultHub.h"
 #include "VorCore/SystemCore.h"
@@ -44,6 +46,9 @@ public:
     /// Contains all data sources of the recording.
     VorPipe::PipeManager& Pipe() { return pipe; }
     VorScan::Internal::ScanEngineManager& ScanEngines() { return scanEngines; }
+
+    Scan::ScannerState ScanState() const { return scanner.State(); }
+    Scan::TriggerMode TriggerMode() const { return settings.scan.trigger; }
 
     Vor::Event<>& PreStartScanEvent() { return preStartScan; }
     Vor::Event<>& PostStopScanEvent() { return postStopScan; }

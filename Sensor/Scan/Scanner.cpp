@@ -86,6 +86,7 @@ ScannerState Scanner::State() const {
     const std::uint64_t count = frameCount.load(std::memory_order_relaxed);
     const auto time = (scanning ? Clock::now() : end) - start;
     return {.scanning = scanning,
+            .frames = count,
             .encoder = count == 0 ? 0 : static_cast<std::int64_t>(count - 1) * ResultSetMaker::EncoderTicksPerFrame,
             .time = static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(time).count())};
 }
