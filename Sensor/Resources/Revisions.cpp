@@ -1,0 +1,172 @@
+#include "Sensor/Resources/Revisions.h"
+
+#include "Sensor/Resources/ConfigurationHash.h"
+#include "Vor/Exception.h"
+#include "VorApi/LogThrown.h"
+#include "VorApi/Path.h"
+#include "VorApi/Threads/ScopeLock.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
+
+#include <exception>
+#include <utility>
+
+namespace Sensor::Resources {
+
+using VorApi::Path;
+using VorControl::IControlInstance;
+using VorControl::IControlManager;
+
+namespace {
+
+constexpr const char* ParametersPart = "parameters";
+constexpr const char* OutputsPart = "outputs";
+
+std::string AssemblyPart(const std::string& assemblyId) {
+    return "registerAssemblies/" + assemblyId;
+}
+
+/// What `hash` returns; 0 for a part that can't be read.
+template <class Hash>
+std::uint64_t HashOrNone(const Hash& hash) {
+    try {
+        return hash();
+    } catch (const std::exception&) {
+        return 0;
+    }
+}
+
+std::uint64_t ParametersHash(IControlInstance& instance) {
+    return HashOrNone([&] { return HashOf(*instance.Params()); });
+}
+
+std::uint64_t OutputsHash(IControlInstance& instance) {
+    return HashOrNone([&] {
+        const Vor::ScopeLock<IControlInstance, &IControlInstance::OutputsMapBeginLock,
+                             &IControlInstance::OutputsMapEndLock>
+            lock(instance);
+        return HashOf(instance.OutputsMap());
+    });
+}
+
+std::uint64_t AssemblyHash(IControlInstance& instance, const std::string& assemblyId) {
+    return HashOrNone([&] {
+        const auto assembly = instance.RegisterAssembly(assemblyId.c_str());
+        const VorControl::ControlProtocol::AssemblyLock lock(*assembly);
+        return HashOf(*assembly);
+    });
+}
+
+} // namespace
+
+Revisions::Revisions(std::string boot, IControlManager& manager)
+    : boot(std::move(boot))
+    , manager(manager)
+    , params(
+          manager,
+          [this](IControlInstance& instance) {
+              return instance.AddParamsUpdatedEventHandler([this, &instance](const std::string& id, bool) {
+                  Compare(id, ParametersPart, [&] { return ParametersHash(instance); });
+              });
+          },
+          &IControlInstance::RemoveParamsUpdatedEventHandler, "A handler of changed parameters can't be removed.")
+    , outputs(
+          manager,
+          [this](IControlInstance& instance) {
+              return instance.AddOutputsUpdatedEventHandler([this, &instance](const std::string& id, bool) {
+                  Compare(id, OutputsPart, [&] { return OutputsHash(instance); });
+              });
+          },
+          &IControlInstance::RemoveOutputsUpdatedEventHandler, "A handler of a changed output map can't be removed.")
+    , assemblies(
+          manager,
+          [this](IControlInstance& instance) {
+              return instance.AddRegisterAssemblyUpdatedEventHandler(
+                  [this, &instance](const std::string& id, const std::string& assemblyId) {
+                      Compare(id, AssemblyPart(assemblyId), [&] { return AssemblyHash(instance, assemblyId); });
+                  });
+          },
+          &IControlInstance::RemoveRegisterAssemblyUpdatedEventHandler,
+          "A handler of changed register assemblies can't be removed.")
+    , enabled(
+          manager,
+          [this](IControlInstance& instance) {
+              return instance.AddEnabledEventHandler([this, &instance](const std::string&) { OnEnabled(instance); });
+          },
+          &IControlInstance::RemoveEnabledEventHandler, "A handler of started services can't be removed.")
+    , load(manager.AddPersistenceLoadEventHandler(
+          [this](IControlManager::PersistenceLoadOpState state) { OnLoad(state); })) {
+    for (const std::string& id : manager.List()) {
+        services[id].hashes = HashesOf(manager.GetInstance(id));
+    }
+}
+
+Revisions::~Revisions() {
+    Vor::CleanUp([this] { manager.RemovePersistenceLoadEventHandler(load); });
+}
+
+std::optional<std::string> Revisions::TagOf(const std::string& path) const {
+    try {
+        const auto steps = Path::Split(path);
+        if (steps.size() < 2 || Path::Decode(steps[0]) != "controls" ||
+            (steps.size() == 3 && Path::Decode(steps[2]) == "metrics")) {
+            return std::nullopt;
+        }
+        const auto service = services.find(Path::Decode(steps[1]));
+        if (service == services.end()) {
+            return std::nullopt;
+        }
+        return '"' + boot + '-' + std::to_string(service->second.revision) + '"';
+    } catch (const Vor::Exception&) {
+        return std::nullopt; // not a path
+    }
+}
+
+// What a load has changed is compared with once it has ended, whatever that is.
+void Revisions::OnLoad(IControlManager::PersistenceLoadOpState state) {
+    loading = state == IControlManager::PersistenceLoadOpState::Begin;
+    if (loading) {
+        return;
+    }
+    for (auto& [id, service] : services) {
+        service.hashes = HashesOf(manager.GetInstance(id));
+        ++service.revision;
+    }
+}
+
+// A start that fails again as before, which is tried every few seconds, changes nothing.
+void Revisions::OnEnabled(const IControlInstance& instance) {
+    Service& service = services.at(instance.Id());
+    const auto failure = instance.LastEnableFailure();
+    const auto before = std::exchange(service.failure, failure ? std::optional(failure->text) : std::nullopt);
+    if (loading || (failure && before == service.failure)) {
+        return;
+    }
+    ++service.revision;
+    startedOrStopped.Raise(Path::Format("/controls/:protocol", {instance.Id()}));
+}
+
+void Revisions::Compare(const std::string& id, const std::string& part, const Hash& hash) {
+    if (loading) {
+        return;
+    }
+    Service& service = services.at(id);
+    const std::uint64_t now = hash();
+    if (std::exchange(service.hashes[part], now) != now) {
+        ++service.revision;
+    }
+}
+
+Revisions::Hashes Revisions::HashesOf(IControlInstance& instance) {
+    Hashes hashes;
+    hashes[ParametersPart] = ParametersHash(instance);
+    hashes[OutputsPart] = OutputsHash(instance);
+    if (instance.HasRegisterAssemblyGroup()) {
+        for (const std::string& assemblyId : instance.RegisterAssemblyList()) {
+            hashes[AssemblyPart(assemblyId)] = AssemblyHash(instance, assemblyId);
+        }
+    }
+    return hashes;
+}
+
+} // namespace Sensor::Resources

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Sensor/Http/IRevisions.h"
+#include "VorApi/Event.h"
+#include "VorControl/Control/IControlManager.h"
+#include "VorControl/Protocol/ServiceSubscriptions.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace Sensor::Resources {
+
+/// Counts how often the configuration of each service has changed: its parameters, its output map and its register
+/// assemblies at the end of an update that has changed them, at each start and stop, and at the end of each load. For
+/// the main loop; loads change it while the main loop waits for them.
+class Revisions : public Http::IRevisions {
+public:
+    /// `boot` is part of each tag. The manager must outlive this.
+    Revisions(std::string boot, VorControl::IControlManager& manager);
+    ~Revisions() override;
+
+    const std::string& Boot() const { return boot; }
+
+    /// A tag for each path below a service but that of its figures.
+    std::optional<std::string> TagOf(const std::string& path) const override;
+
+    /// Raised with the path of a service that was started or stopped, of which the tree itself notifies nobody. Not
+    /// during a load.
+    Vor::Event<const std::string&>& StartedOrStoppedEvent() { return startedOrStopped; }
+
+private:
+    using Instance = VorControl::IControlInstance;
+    /// By the name of the part.
+    using Hashes = std::map<std::string, std::uint64_t>;
+    using Hash = std::function<std::uint64_t()>;
+
+    struct Service {
+        std::uint64_t revision = 1;
+        Hashes hashes;
+        std::optional<std::string> failure = std::nullopt; ///< of the last start or stop
+    };
+
+    void OnLoad(VorControl::IControlManager::PersistenceLoadOpState state);
+    void OnEnabled(const Instance& instance);
+    /// Raises the revision if the part differs from before.
+    void Compare(const std::string& id, const std::string& part, const Hash& hash);
+    static Hashes HashesOf(Instance& instance);
+
+    const std::string boot;
+    VorControl::IControlManager& manager;
+    std::map<std::string, Service> services; ///< by id
+    bool loading = false;
+    Vor::Event<const std::string&> startedOrStopped;
+    VorControl::Protocol::ServiceSubscriptions<Instance::ParamsUpdatedEvent::CallbackId> params;
+    VorControl::Protocol::ServiceSubscriptions<Instance::OutputsUpdatedEvent::CallbackId> outputs;
+    VorControl::Protocol::ServiceSubscriptions<Instance::RegisterAssemblyUpdatedEvent::CallbackId> assemblies;
+    VorControl::Protocol::ServiceSubscriptions<Instance::EnabledEvent::CallbackId> enabled;
+    VorControl::IControlManager::PersistenceLoadEvent::CallbackId load;
+};
+
+} // namespace Sensor::Resources
