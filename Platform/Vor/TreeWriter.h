@@ -8,6 +8,7 @@
 #include "VorApi/Params/PropertyValue.h"
 
 #include <type_traits>
+#include <utility>
 
 namespace Vor::Properties::Internal {
 
@@ -18,10 +19,9 @@ template <class Place>
 class TreeWriter : private INodeVisitorConst, private IValueWriter {
 public:
     void Write(const Node& node, Place target) {
-        const Place outer = place;
-        place = target;
+        Place outer = std::exchange(place, std::move(target));
         node.Accept(*this);
-        place = outer;
+        place = std::move(outer);
     }
 
     void WriteSchema(const Node& node, Place target) {
@@ -46,7 +46,7 @@ private:
     /// Writes what follows from a node's kind to its schema.
     class ShapeWriter : public INodeVisitorConst {
     public:
-        ShapeWriter(TreeWriter& writer, Place target)
+        ShapeWriter(TreeWriter& writer, Place& target)
             : writer(writer)
             , target(target) {}
 
@@ -64,30 +64,30 @@ private:
 
     private:
         TreeWriter& writer;
-        Place target;
+        Place& target;
     };
 
     void Visit(const ValueBase& value) override { value.WriteValue(*this); }
     void Visit(const Structure& structure) override {
         if (structure.SchemaOwner()) {
-            WriteSchema(*structure.SchemaOwner(), place);
+            WriteSchema(*structure.SchemaOwner(), std::move(place));
             return;
         }
-        Place object = place;
+        Place object = std::move(place);
         object.MakeObject();
         for (const Internal::Member& member : structure.Members()) {
             Write(member.Target(), object.Member(member.Text()));
         }
     }
     void Visit(const ArrayBase& array) override {
-        Place list = place;
+        Place list = std::move(place);
         list.StartArray();
         for (unsigned long i = 0; i < array.Count(); ++i) {
             Write(array.ItemAt(i), list.Append());
         }
     }
     void Visit(const ReferenceArray& array) override {
-        Place list = place;
+        Place list = std::move(place);
         list.StartArray();
         for (unsigned long i = 0; i < array.Count(); ++i) {
             Write(array.At(i), list.Append());
@@ -108,7 +108,7 @@ private:
 
     template <class T>
     void WriteList(const std::vector<T>& values) {
-        Place list = place;
+        Place list = std::move(place);
         list.StartArray();
         for (const T& value : values) {
             if constexpr (std::is_same_v<T, std::string>) {
@@ -121,7 +121,7 @@ private:
         }
     }
 
-    Place place;
+    Place place; ///< of the node that is written next, which takes it
 };
 
 } // namespace Vor::Properties::Internal

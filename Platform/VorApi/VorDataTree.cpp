@@ -1,8 +1,14 @@
 #include "VorApi/VorDataTree.h"
 
 #include "Vor/Exception.h"
+#include "Vor/Utf8.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <span>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <variant>
@@ -17,41 +23,110 @@ using Vor::Properties::ByteVector;
 
 constexpr int IndentStep = 4;
 
-std::string Quoted(const std::string& text) {
-    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+/// Whether JSON has the text as it is, in quotation marks.
+bool IsPlain(std::string_view text) {
+    bool hasSpecial = false;
+    bool isAscii = true;
+    for (const char c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        hasSpecial |= code < 0x20 || code == '"' || code == '\\';
+        isAscii &= code < 0x80;
+    }
+    return !hasSpecial && (isAscii || Vor::IsUtf8(text));
 }
+
+std::string Quoted(std::string_view text) {
+    return IsPlain(text)
+               ? '"' + std::string(text) + '"'
+               : nlohmann::json(std::string(text)).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+/// The names of a tree's members, each once, with its form in JSON.
+using NameTable = std::unordered_map<std::string, std::string>;
+using Name = NameTable::value_type;
 
 } // namespace
 
-struct VorDataTree::Data {
-    struct Object {
-        /// The keys of the index are the names in the nodes, which don't move.
-        std::vector<std::pair<std::unique_ptr<const std::string>, std::shared_ptr<Data>>> members;
-        std::unordered_map<std::string_view, std::size_t> index;
-
-        std::shared_ptr<Data> Find(const std::string& name) const {
-            const auto found = index.find(name);
-            return found == index.end() ? nullptr : members[found->second].second;
+/// Memory that is released as a whole.
+class VorDataTree::Memory {
+public:
+    /// Aligned if whatever is taken has the alignment of `T`, at most that of a pointer.
+    template <class T>
+    T* Take(std::size_t count) {
+        static_assert(alignof(T) <= alignof(void*));
+        const std::size_t size = count * sizeof(T);
+        if (size > left) {
+            left = std::max(size, std::clamp(total, std::size_t{256}, std::size_t{256} * 1024));
+            blocks.push_back(std::make_unique_for_overwrite<std::byte[]>(left));
+            next = blocks.back().get();
+            total += left;
         }
-        std::shared_ptr<Data> Add(const std::string& name) {
-            auto key = std::make_unique<const std::string>(name);
-            index.emplace(*key, members.size());
-            members.emplace_back(std::move(key), std::make_shared<Data>());
-            return members.back().second;
+        void* const taken = std::exchange(next, next + size);
+        left -= size;
+        return static_cast<T*>(taken);
+    }
+
+    /// Takes room for one more `T` if it is right behind `end`.
+    template <class T>
+    bool Extend(const T* end) {
+        if (static_cast<const void*>(end) != next || left < sizeof(T)) {
+            return false;
+        }
+        Take<T>(1);
+        return true;
+    }
+
+private:
+    std::vector<std::unique_ptr<std::byte[]>> blocks;
+    std::byte* next = nullptr;
+    std::size_t left = 0;
+    std::size_t total = 0;
+};
+
+/// Needs no destructor, so a tree of any depth is released at once.
+struct VorDataTree::Node {
+    /// Consecutive members or elements.
+    struct Chunk {
+        Chunk* next;
+        Node* nodes;
+        std::size_t count;
+        std::size_t capacity;
+    };
+    /// Chunks of about doubling size. None is moved, so nodes keep their places.
+    struct List {
+        Chunk* first = nullptr;
+        Chunk* last = nullptr;
+
+        std::size_t Count() const {
+            std::size_t count = 0;
+            for (const Chunk* chunk = first; chunk != nullptr; chunk = chunk->next) {
+                count += chunk->count;
+            }
+            return count;
+        }
+
+        template <class Visit>
+        void ForEach(const Visit& visit) const {
+            for (const Chunk* chunk = first; chunk != nullptr; chunk = chunk->next) {
+                std::ranges::for_each(std::span(chunk->nodes, chunk->count), visit);
+            }
         }
     };
-    using Array = std::vector<std::shared_ptr<Data>>;
+    struct Object : List {};
+    struct Array : List {};
+    struct Text {
+        std::string_view characters;
+    };
+    struct Binary {
+        std::string_view bytes;
 
-    /// In the order of Kind.
-    std::variant<std::monostate, Object, Array, bool, std::int64_t, std::uint64_t, double, std::string, ByteVector>
-        value;
+        ByteVector Copy() const { return {bytes.data(), bytes.size()}; }
+    };
 
     template <class T>
     T& Make() {
-        if (T* const present = std::get_if<T>(&value)) {
-            return *present;
-        }
-        return value.emplace<T>();
+        T* const present = std::get_if<T>(&value);
+        return present ? *present : value.emplace<T>();
     }
 
     template <class T>
@@ -74,72 +149,162 @@ struct VorDataTree::Data {
         Vor::Throw(yERROR_PARAMETER, "The data tree holds no %s here.", "integer of this range");
     }
 
-    void Dump(std::string& out, bool indented, std::size_t depth) const;
+    const List* Children() const {
+        if (const auto* const object = std::get_if<Object>(&value)) {
+            return object;
+        }
+        return std::get_if<Array>(&value);
+    }
+
     nlohmann::json ToJson() const;
+
+    /// In the order of Kind.
+    std::variant<std::monostate, Object, Array, bool, std::int64_t, std::uint64_t, double, Text, Binary> value;
+    const Name* name = nullptr; ///< of a member
 };
 
-namespace {
+/// All nodes of a tree. They have no pointers of their own to it.
+class VorDataTree::Storage {
+public:
+    Node& Root() { return root; }
 
-void BreakLine(std::string& out, bool indented, std::size_t depth) {
-    if (indented) {
-        out += '\n';
-        out.append(depth * IndentStep, ' ');
+    Node* Find(const Node::Object& object, const std::string& name) const {
+        const auto known = names.find(name);
+        return known == names.end() ? nullptr : Find(object, *known);
+    }
+
+    Node& Member(Node::Object& object, const std::string& name) {
+        const Name& known = Intern(name);
+        Node* const present = Find(object, known);
+        return present ? *present : Add(object, known);
+    }
+
+    /// The object has no such member.
+    Node& Add(Node::Object& object, const std::string& name) { return Add(object, Intern(name)); }
+
+    Node& Append(Node::List& list) {
+        if (list.last == nullptr || list.last->count == list.last->capacity) {
+            Grow(list);
+        }
+        return *std::construct_at(list.last->nodes + list.last->count++);
+    }
+
+    std::string_view Copy(const void* bytes, std::size_t size) {
+        char* const copy = texts.Take<char>(size);
+        std::copy_n(static_cast<const char*>(bytes), size, copy);
+        return {copy, size};
+    }
+
+    void Assign(Node& node, const nlohmann::json& json);
+
+private:
+    /// So many members of an object are searched one by one, all further ones are in `index`.
+    static constexpr std::size_t Searched = 32;
+
+    const Name& Intern(const std::string& name) {
+        const auto [known, isNew] = names.try_emplace(name);
+        if (isNew) {
+            known->second = Quoted(name);
+        }
+        return *known;
+    }
+
+    Node* Find(const Node::Object& object, const Name& name) const {
+        std::size_t searched = 0;
+        for (const Node::Chunk* chunk = object.first; chunk != nullptr; chunk = chunk->next) {
+            for (Node& node : std::span(chunk->nodes, chunk->count)) {
+                if (node.name == &name) {
+                    return &node;
+                }
+                if (++searched == Searched) {
+                    return FindFurther(object, name);
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    Node* FindFurther(const Node::Object& object, const Name& name) const {
+        const auto further = index.find(object.first);
+        if (further == index.end()) {
+            return nullptr;
+        }
+        const auto found = further->second.find(&name);
+        return found == further->second.end() ? nullptr : found->second;
+    }
+
+    Node& Add(Node::Object& object, const Name& name) {
+        Node& added = Append(object);
+        added.name = &name;
+        if (object.Count() > Searched) {
+            index[object.first].emplace(&name, &added);
+        }
+        return added;
+    }
+
+    /// Most lists get nothing but values without nodes of their own, one after the other, and so fit exactly.
+    void Grow(Node::List& list) {
+        if (list.last != nullptr && nodes.Extend(list.last->nodes + list.last->capacity)) {
+            ++list.last->capacity;
+            return;
+        }
+        const std::size_t capacity = list.last == nullptr ? 1 : 2 * list.last->capacity + 1;
+        auto* const place = nodes.Take<Node::Chunk>(1);
+        auto* const chunk = std::construct_at(place, Node::Chunk{nullptr, nodes.Take<Node>(capacity), 0, capacity});
+        (list.last == nullptr ? list.first : list.last->next) = chunk;
+        list.last = chunk;
+    }
+
+    static_assert(std::is_trivially_destructible_v<Node> && std::is_trivially_destructible_v<Node::Chunk>);
+
+    Node root;
+    Memory nodes;
+    Memory texts;
+    NameTable names;
+    /// By the first chunk of an object, which isn't used again.
+    std::unordered_map<const Node::Chunk*, std::unordered_map<const Name*, Node*>> index;
+};
+
+void VorDataTree::Storage::Assign(Node& node, const nlohmann::json& json) {
+    if (json.is_object()) {
+        auto& object = node.Make<Node::Object>();
+        for (const auto& [name, member] : json.items()) {
+            Assign(Add(object, name), member);
+        }
+    } else if (json.is_array()) {
+        auto& array = node.Make<Node::Array>();
+        for (const auto& element : json) {
+            Assign(Append(array), element);
+        }
+    } else if (json.is_boolean()) {
+        node.value = json.get<bool>();
+    } else if (json.is_number_unsigned()) {
+        node.value = json.get<std::uint64_t>();
+    } else if (json.is_number_integer()) {
+        node.value = json.get<std::int64_t>();
+    } else if (json.is_number_float()) {
+        node.value = json.get<double>();
+    } else if (json.is_string()) {
+        const auto& text = json.get_ref<const std::string&>();
+        node.value = Node::Text{Copy(text.data(), text.size())};
     }
 }
 
-} // namespace
-
-void VorDataTree::Data::Dump(std::string& out, bool indented, std::size_t depth) const {
-    if (const auto* const object = std::get_if<Object>(&value)) {
-        out += '{';
-        for (std::size_t i = 0; i < object->members.size(); ++i) {
-            out += i == 0 ? "" : ",";
-            BreakLine(out, indented, depth + 1);
-            out += Quoted(*object->members[i].first);
-            out += indented ? ": " : ":";
-            object->members[i].second->Dump(out, indented, depth + 1);
-        }
-        if (!object->members.empty()) {
-            BreakLine(out, indented, depth);
-        }
-        out += '}';
-    } else if (const auto* const array = std::get_if<Array>(&value)) {
-        out += '[';
-        for (std::size_t i = 0; i < array->size(); ++i) {
-            out += i == 0 ? "" : ",";
-            BreakLine(out, indented, depth + 1);
-            (*array)[i]->Dump(out, indented, depth + 1);
-        }
-        if (!array->empty()) {
-            BreakLine(out, indented, depth);
-        }
-        out += ']';
-    } else if (const auto* const text = std::get_if<std::string>(&value)) {
-        out += Quoted(*text);
-    } else {
-        out += ToJson().dump();
-    }
-}
-
-nlohmann::json VorDataTree::Data::ToJson() const {
+nlohmann::json VorDataTree::Node::ToJson() const {
     struct Converter {
         nlohmann::json operator()(std::monostate) const { return nullptr; }
         nlohmann::json operator()(const Object& object) const {
             auto json = nlohmann::json::object();
-            for (const auto& [name, data] : object.members) {
-                json[*name] = data->ToJson();
-            }
+            object.ForEach([&](const Node& member) { json[member.name->first] = member.ToJson(); });
             return json;
         }
         nlohmann::json operator()(const Array& array) const {
             auto json = nlohmann::json::array();
-            for (const auto& data : array) {
-                json.push_back(data->ToJson());
-            }
+            array.ForEach([&](const Node& element) { json.push_back(element.ToJson()); });
             return json;
         }
-        nlohmann::json operator()(const ByteVector& bytes) const { return bytes.ToBase64(); }
-        nlohmann::json operator()(const std::string& text) const { return text; }
+        nlohmann::json operator()(const Binary& binary) const { return binary.Copy().ToBase64(); }
+        nlohmann::json operator()(const Text& text) const { return std::string(text.characters); }
         nlohmann::json operator()(bool flag) const { return flag; }
         nlohmann::json operator()(std::int64_t number) const { return number; }
         nlohmann::json operator()(std::uint64_t number) const { return number; }
@@ -148,162 +313,225 @@ nlohmann::json VorDataTree::Data::ToJson() const {
     return std::visit(Converter(), value);
 }
 
-VorDataTree::VorDataTree()
-    : data(std::make_shared<Data>()) {}
+/// Writes nodes as JSON text, or counts its bytes.
+class VorDataTree::Writer {
+public:
+    /// Without `out` it counts only.
+    Writer(std::string* out, bool indented)
+        : out(out)
+        , indented(indented) {}
 
-VorDataTree::VorDataTree(std::shared_ptr<Data> data)
-    : data(std::move(data)) {}
+    void Write(const Node& node) { std::visit(*this, node.value); }
+    std::size_t Size() const { return size; }
+
+    void operator()(std::monostate) { Add("null"); }
+    void operator()(const Node::Object& object) {
+        WriteList('{', object, '}', [this](const Node& member) {
+            Add(member.name->second);
+            Add(indented ? ": " : ":");
+        });
+    }
+    void operator()(const Node::Array& array) {
+        WriteList('[', array, ']', [](const Node&) {});
+    }
+    void operator()(const Node::Text& text) {
+        if (IsPlain(text.characters)) {
+            Add("\"");
+            Add(text.characters);
+            Add("\"");
+        } else {
+            Add(Quoted(text.characters));
+        }
+    }
+    void operator()(const Node::Binary& binary) { Add('"' + binary.Copy().ToBase64() + '"'); }
+    void operator()(bool flag) { Add(flag ? "true" : "false"); }
+    void operator()(std::int64_t number) { AddInteger(number); }
+    void operator()(std::uint64_t number) { AddInteger(number); }
+    void operator()(double number) { Add(nlohmann::json(number).dump()); }
+
+private:
+    void Add(std::string_view text) {
+        size += text.size();
+        if (out != nullptr) {
+            out->append(text);
+        }
+    }
+
+    template <class T>
+    void AddInteger(T number) {
+        std::array<char, 24> digits;
+        Add({digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr});
+    }
+
+    template <class WriteName>
+    void WriteList(char open, const Node::List& list, char close, const WriteName& writeName) {
+        Add({&open, 1});
+        ++depth;
+        bool isFirst = true;
+        list.ForEach([&](const Node& node) {
+            if (!std::exchange(isFirst, false)) {
+                Add(",");
+            }
+            BreakLine();
+            writeName(node);
+            Write(node);
+        });
+        --depth;
+        if (!isFirst) {
+            BreakLine();
+        }
+        Add({&close, 1});
+    }
+
+    void BreakLine() {
+        if (indented) {
+            Add("\n" + std::string(depth * IndentStep, ' '));
+        }
+    }
+
+    std::string* out;
+    bool indented;
+    std::size_t size = 0;
+    std::size_t depth = 0;
+};
+
+VorDataTree::VorDataTree()
+    : storage(std::make_shared<Storage>())
+    , node(&storage->Root()) {}
+
+VorDataTree::VorDataTree(std::shared_ptr<Storage> storage, Node& node)
+    : storage(std::move(storage))
+    , node(&node) {}
 
 VorDataTree::Kind VorDataTree::GetKind() const {
-    return static_cast<Kind>(data->value.index());
+    return static_cast<Kind>(node->value.index());
 }
 
 VorDataTree VorDataTree::operator[](const std::string& name) {
-    auto& object = data->Make<Data::Object>();
-    const auto found = object.Find(name);
-    return VorDataTree(found ? found : object.Add(name));
+    return {storage, storage->Member(node->Make<Node::Object>(), name)};
 }
 
 VorDataTree VorDataTree::operator[](const std::string& name) const {
-    const auto* const object = std::get_if<Data::Object>(&data->value);
-    const auto found = object ? object->Find(name) : nullptr;
-    return found ? VorDataTree(found) : VorDataTree();
+    const auto* const object = std::get_if<Node::Object>(&node->value);
+    Node* const found = object ? storage->Find(*object, name) : nullptr;
+    return found ? VorDataTree(storage, *found) : VorDataTree();
 }
 
 bool VorDataTree::Contains(const std::string& name) const {
-    const auto* const object = std::get_if<Data::Object>(&data->value);
-    return object && object->Find(name);
+    const auto* const object = std::get_if<Node::Object>(&node->value);
+    return object && storage->Find(*object, name);
 }
 
 std::vector<std::string> VorDataTree::Names() const {
     std::vector<std::string> names;
-    if (const auto* const object = std::get_if<Data::Object>(&data->value)) {
-        for (const auto& [name, member] : object->members) {
-            names.push_back(*name);
-        }
+    if (const auto* const object = std::get_if<Node::Object>(&node->value)) {
+        object->ForEach([&](const Node& member) { names.push_back(member.name->first); });
     }
     return names;
 }
 
 void VorDataTree::MakeObject() {
-    data->Make<Data::Object>();
+    node->Make<Node::Object>();
 }
 
 void VorDataTree::MakeArray() {
-    data->Make<Data::Array>();
+    node->Make<Node::Array>();
 }
 
 std::size_t VorDataTree::Count() const {
-    if (const auto* const object = std::get_if<Data::Object>(&data->value)) {
-        return object->members.size();
-    }
-    const auto* const array = std::get_if<Data::Array>(&data->value);
-    return array ? array->size() : 0;
+    const Node::List* const list = node->Children();
+    return list ? list->Count() : 0;
 }
 
 VorDataTree VorDataTree::Append() {
-    auto& array = data->Make<Data::Array>();
-    array.push_back(std::make_shared<Data>());
-    return VorDataTree(array.back());
+    return {storage, storage->Append(node->Make<Node::Array>())};
 }
 
 VorDataTree VorDataTree::At(std::size_t index) const {
-    const auto* const array = std::get_if<Data::Array>(&data->value);
-    if (!array || index >= array->size()) {
-        Vor::Throw(yERROR_NOT_FOUND);
+    if (const auto* const array = std::get_if<Node::Array>(&node->value)) {
+        for (const Node::Chunk* chunk = array->first; chunk != nullptr; chunk = chunk->next) {
+            if (index < chunk->count) {
+                return {storage, chunk->nodes[index]};
+            }
+            index -= chunk->count;
+        }
     }
-    return VorDataTree((*array)[index]);
+    Vor::Throw(yERROR_NOT_FOUND);
 }
 
 void VorDataTree::SetNull() {
-    data->value.emplace<std::monostate>();
+    node->value = std::monostate();
 }
 
 void VorDataTree::Set(bool value) {
-    data->value = value;
+    node->value = value;
 }
 
 void VorDataTree::Set(std::int64_t value) {
-    data->value = value;
+    node->value = value;
 }
 
 void VorDataTree::Set(std::uint64_t value) {
-    data->value = value;
+    node->value = value;
 }
 
 void VorDataTree::Set(double value) {
-    data->value = value;
+    node->value = value;
 }
 
 void VorDataTree::Set(const std::string& value) {
-    data->value = value;
+    node->value = Node::Text{storage->Copy(value.data(), value.size())};
 }
 
 void VorDataTree::Set(const char* value) {
-    data->value = std::string(value);
+    const std::string_view text = value;
+    node->value = Node::Text{storage->Copy(text.data(), text.size())};
 }
 
 void VorDataTree::Set(const ByteVector& value) {
-    data->value = value;
+    node->value = Node::Binary{storage->Copy(value.Data(), value.Size())};
 }
 
 bool VorDataTree::AsBool() const {
-    return data->As<bool>("boolean");
+    return node->As<bool>("boolean");
 }
 
 std::int64_t VorDataTree::AsInt64() const {
-    return data->AsInteger<std::int64_t>();
+    return node->AsInteger<std::int64_t>();
 }
 
 std::uint64_t VorDataTree::AsUInt64() const {
-    return data->AsInteger<std::uint64_t>();
+    return node->AsInteger<std::uint64_t>();
 }
 
 double VorDataTree::AsDouble() const {
-    return data->As<double>("real number");
+    return node->As<double>("real number");
 }
 
-const std::string& VorDataTree::AsText() const {
-    return data->As<std::string>("text");
+std::string VorDataTree::AsText() const {
+    return std::string(node->As<Node::Text>("text").characters);
 }
 
-const ByteVector& VorDataTree::AsBinary() const {
-    return data->As<ByteVector>("bytes");
+ByteVector VorDataTree::AsBinary() const {
+    return node->As<Node::Binary>("bytes").Copy();
 }
 
 std::string VorDataTree::Dump(bool indented) const {
+    Writer counter(nullptr, indented);
+    counter.Write(*node);
     std::string out;
-    data->Dump(out, indented, 0);
+    out.reserve(counter.Size());
+    Writer(&out, indented).Write(*node);
     return out;
 }
 
 nlohmann::json VorDataTree::ToJson() const {
-    return data->ToJson();
+    return node->ToJson();
 }
 
 VorDataTree VorDataTree::FromJson(const nlohmann::json& json) {
     VorDataTree tree;
-    if (json.is_object()) {
-        tree.MakeObject();
-        for (const auto& [name, member] : json.items()) {
-            tree.data->Make<Data::Object>().Add(name)->value = std::move(FromJson(member).data->value);
-        }
-    } else if (json.is_array()) {
-        tree.MakeArray();
-        for (const auto& element : json) {
-            tree.data->Make<Data::Array>().push_back(FromJson(element).data);
-        }
-    } else if (json.is_boolean()) {
-        tree.Set(json.get<bool>());
-    } else if (json.is_number_unsigned()) {
-        tree.Set(json.get<std::uint64_t>());
-    } else if (json.is_number_integer()) {
-        tree.Set(json.get<std::int64_t>());
-    } else if (json.is_number_float()) {
-        tree.Set(json.get<double>());
-    } else if (json.is_string()) {
-        tree.Set(json.get_ref<const std::string&>());
-    }
+    tree.storage->Assign(*tree.node, json);
     return tree;
 }
 

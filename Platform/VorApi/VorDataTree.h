@@ -13,7 +13,11 @@
 namespace VorApi {
 
 /// A document of the resource tree. It is a handle: a copy is the same node, and `tree["member"]` is a handle to the
-/// member that stays valid whatever is added. Members keep the order in which they were added. No lock.
+/// member that stays valid whatever is added. Members keep the order in which they were added. No lock: handles to
+/// nodes of one tree are one object to threads.
+///
+/// Each handle keeps the whole tree. What is replaced occupies its memory until the last handle goes, so a tree is made
+/// for one document, and not written again and again.
 class VorDataTree {
 public:
     enum class Kind { Null, Object, Array, Bool, Int64, UInt64, Double, Text, Binary };
@@ -70,8 +74,8 @@ public:
     std::int64_t AsInt64() const;
     std::uint64_t AsUInt64() const;
     double AsDouble() const;
-    const std::string& AsText() const;
-    const Vor::Properties::ByteVector& AsBinary() const;
+    std::string AsText() const;
+    Vor::Properties::ByteVector AsBinary() const;
 
     /// JSON text, indented or in one line. Bytes are written as base64.
     std::string Dump(bool indented) const;
@@ -80,11 +84,15 @@ public:
     static VorDataTree FromJson(const nlohmann::json& json);
 
 private:
-    struct Data;
+    class Memory;
+    struct Node;
+    class Storage;
+    class Writer;
 
-    explicit VorDataTree(std::shared_ptr<Data> data);
+    VorDataTree(std::shared_ptr<Storage> storage, Node& node);
 
-    std::shared_ptr<Data> data;
+    std::shared_ptr<Storage> storage;
+    Node* node;
 };
 
 } // namespace VorApi

@@ -2,7 +2,11 @@
 
 #include "Tests/Support/Failure.h"
 
+#include <array>
+#include <cmath>
 #include <limits>
+#include <random>
+#include <string>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -16,6 +20,82 @@ namespace {
 void FillByValue(VorDataTree tree) {
     tree["filled"].Set(true);
 }
+
+/// Builds the same random document as a data tree and with nlohmann/json.
+class RandomDocuments {
+public:
+    explicit RandomDocuments(unsigned seed)
+        : random(seed) {}
+
+    void Fill(const VorDataTree& tree, nlohmann::ordered_json& json, int depth) {
+        VorDataTree node = tree;
+        node.SetNull(); // of a name that has come before
+        switch (Below(depth == 0 ? 7 : 9)) {
+        case 0:
+            json = nullptr;
+            return node.SetNull();
+        case 1:
+            json = Below(2) == 0;
+            return node.Set(json.get<bool>());
+        case 2:
+            json = static_cast<std::int64_t>(Bits());
+            return node.Set(json.get<std::int64_t>());
+        case 3:
+            json = std::uint64_t{Bits()};
+            return node.Set(json.get<std::uint64_t>());
+        case 4:
+            json = Double();
+            return node.Set(json.get<double>());
+        case 5:
+            json = Text();
+            return node.Set(json.get<std::string>());
+        case 6: {
+            const std::string bytes = Text();
+            const ByteVector value(bytes.data(), bytes.size());
+            json = value.ToBase64();
+            return node.Set(value);
+        }
+        case 7:
+            json = nlohmann::ordered_json::array();
+            node.MakeArray();
+            for (std::size_t count = Below(8); count > 0; --count) {
+                json.push_back(nullptr);
+                Fill(node.Append(), json.back(), depth - 1);
+            }
+            return;
+        default:
+            json = nlohmann::ordered_json::object();
+            node.MakeObject();
+            for (std::size_t count = Below(2) == 0 ? Below(8) : Below(80); count > 0; --count) {
+                const std::string name = Text();
+                Fill(node[name], json[name], depth - 1);
+            }
+        }
+    }
+
+private:
+    std::size_t Below(std::size_t limit) { return random() % limit; }
+    std::uint64_t Bits() { return random() >> Below(64); }
+
+    double Double() {
+        const std::array<double, 8> special = {
+            0.0, -0.0, 1e300, 5e-324, 100.0, std::numeric_limits<double>::infinity(), std::nan(""), 1.0 / 3};
+        return Below(2) == 0 ? special.at(Below(special.size())) : std::ldexp(static_cast<double>(Bits()), -32);
+    }
+
+    /// Of pieces that JSON has as they are, escaped or replaced, cut anywhere.
+    std::string Text() {
+        const std::array<std::string, 12> pieces = {
+            "a", "name", "\"", "\\", "\n", "\x01", "\x7f", "/", "\xc3\xa9", "\xe2\x82\xac", "\xf0\x9f\x98\x80", "\xff"};
+        std::string text;
+        for (std::size_t count = Below(6); count > 0; --count) {
+            text += pieces.at(Below(3) == 0 ? Below(pieces.size()) : Below(2));
+        }
+        return Below(8) == 0 ? text.substr(0, text.size() / 2) : text;
+    }
+
+    std::mt19937_64 random;
+};
 
 } // namespace
 
@@ -91,6 +171,61 @@ TEST(VorDataTreeTest, ElementsAreHandlesToo) {
     EXPECT_TEXTLESS_FAILURE(first.At(0), yERROR_NOT_FOUND);
 }
 
+TEST(VorDataTreeTest, ManyMembersAndElementsAreFound) {
+    VorDataTree tree;
+    for (int i = 0; i < 5000; ++i) {
+        const std::string number = std::to_string(i);
+        tree["object"][number]["nested"].Set(std::int64_t(i));
+        tree["array"].Append().Append().Set(std::int64_t(i));
+        tree["flat"].Append().Set(std::int64_t(i));
+    }
+    const std::vector<std::string> names = tree["object"].Names();
+    ASSERT_EQ(names.size(), 5000U);
+    EXPECT_EQ(tree["object"].Count(), 5000U);
+    for (int i = 0; i < 5000; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        EXPECT_EQ(names[at], std::to_string(i));
+        EXPECT_EQ(tree["object"][names[at]]["nested"].AsInt64(), i);
+        EXPECT_EQ(tree["array"].At(at).At(0).AsInt64(), i);
+        EXPECT_EQ(tree["flat"].At(at).AsInt64(), i);
+    }
+    EXPECT_FALSE(tree["object"].Contains("5000"));
+    EXPECT_FALSE(tree["object"].Contains("nested"));
+}
+
+TEST(VorDataTreeTest, WhatIsReplacedIsGoneFromTheTreeAndStaysWithItsHandles) {
+    VorDataTree tree;
+    for (int i = 0; i < 100; ++i) {
+        tree["o"]["m" + std::to_string(i)].Set(std::int64_t(i));
+    }
+    VorDataTree last = tree["o"]["m99"];
+    VorDataTree object = tree["o"];
+    object.SetNull();
+    object.MakeObject();
+    EXPECT_EQ(tree.Dump(false), R"({"o":{}})");
+    for (int i = 0; i < 50; ++i) {
+        object["n" + std::to_string(i)];
+    }
+    EXPECT_FALSE(object.Contains("m99"));
+    EXPECT_TRUE(object.Contains("n49"));
+    tree = VorDataTree();
+    object = VorDataTree();
+    last["inside"].Set("text");
+    EXPECT_EQ(last.Dump(false), R"({"inside":"text"})");
+}
+
+TEST(VorDataTreeTest, IsReleasedHoweverDeepItIs) {
+    VorDataTree tree;
+    VorDataTree deepest = tree;
+    for (int i = 0; i < 1'000'000; ++i) {
+        deepest = i % 2 == 0 ? deepest["a"] : deepest.Append();
+    }
+    deepest.Set("bottom");
+    EXPECT_TRUE(tree["a"].At(0).Contains("a"));
+    tree = VorDataTree();
+    EXPECT_EQ(deepest.AsText(), "bottom");
+}
+
 TEST(VorDataTreeTest, EachKindOfValueIsGivenBack) {
     VorDataTree tree;
     tree.Set(true);
@@ -139,6 +274,18 @@ TEST(VorDataTreeTest, DumpEscapesTextsAndReplacesWrongUtf8) {
     tree["a\"b"].Set("line\n\x01");
     tree["c"].Set(std::string("x\xff"));
     EXPECT_EQ(tree.Dump(false), "{\"a\\\"b\":\"line\\n\\u0001\",\"c\":\"x\xef\xbf\xbd\"}");
+}
+
+TEST(VorDataTreeTest, DumpGivesTheTextOfNlohmann) {
+    RandomDocuments documents(1);
+    for (int i = 0; i < 2000; ++i) {
+        VorDataTree tree;
+        nlohmann::ordered_json json;
+        documents.Fill(tree, json, i % 5);
+        const auto replace = nlohmann::ordered_json::error_handler_t::replace;
+        ASSERT_TRUE(tree.Dump(false) == json.dump(-1, ' ', false, replace)) << "document " << i;
+        ASSERT_TRUE(tree.Dump(true) == json.dump(4, ' ', false, replace)) << "document " << i;
+    }
 }
 
 TEST(VorDataTreeTest, DumpCanBeIndented) {
