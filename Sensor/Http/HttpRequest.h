@@ -23,8 +23,9 @@ public:
     /// How many fields have that name.
     std::size_t Count(std::string_view name) const;
 
-    auto begin() const { return fields.begin(); }
-    auto end() const { return fields.end(); }
+    // For range-based loops.
+    auto begin() const { return fields.begin(); } // NOLINT(readability-identifier-naming)
+    auto end() const { return fields.end(); }     // NOLINT(readability-identifier-naming)
 
 private:
     std::vector<std::pair<std::string, std::string>> fields;

@@ -28,6 +28,7 @@ bool IsStamp(ResultItem item) {
 void Outputs::Replace(const std::vector<OutputDefinition>& definitions) {
     const std::lock_guard lock(mutex);
     std::vector<std::string> dataSources;
+    dataSources.reserve(definitions.size());
     for (const OutputDefinition& definition : definitions) {
         dataSources.push_back(definition.dataSource);
     }

@@ -54,6 +54,7 @@ void ScanRegisters::Rebuild() {
     const AssemblyLock lock(*assembly);
     AssemblyLayout layout(*assembly, format.bytesPerRegister);
     std::vector<std::string> dataSources;
+    dataSources.reserve(layout.scanBlocks.size());
     for (const AssemblyLayout::Place& place : layout.scanBlocks) {
         dataSources.push_back(place.block->DataSource());
     }
