@@ -197,8 +197,8 @@ void TcpServer::Impl::Serve(tcp::socket socket) {
         return;
     }
     session->SetPeer(*peer);
-    connections.push_back(
-        std::make_shared<TcpConnection>(std::move(socket), *peer, name, std::move(session), settings.idleTimeOut));
+    connections.push_back(std::make_shared<TcpConnection>(std::move(socket), *peer, name, counters, std::move(session),
+                                                          settings.idleTimeOut));
     counters.connected.store(connections.size(), std::memory_order_relaxed);
     const auto position = std::prev(connections.end());
     const auto connection = *position; // stays if it closes itself in Start

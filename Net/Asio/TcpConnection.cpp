@@ -18,12 +18,13 @@ constexpr std::size_t MaxBurst = std::size_t{1024} * 1024;
 
 } // namespace
 
-TcpConnection::TcpConnection(tcp::socket accepted, const NetworkAddress& peer, std::string name,
+TcpConnection::TcpConnection(tcp::socket accepted, const NetworkAddress& peer, std::string name, TcpCounters& counters,
                              std::unique_ptr<ITcpSession> session, std::chrono::milliseconds idleTimeOut)
     : socket(std::move(accepted))
     , timer(socket.get_executor())
     , peer(peer)
     , name(std::move(name))
+    , counters(counters)
     , session(std::move(session))
     , idleTimeOut(idleTimeOut) {}
 
@@ -118,6 +119,7 @@ void TcpConnection::Exchange() {
             Close(error.message());
             return;
         }
+        counters.bytesOut.fetch_add(sent, std::memory_order_relaxed);
         session->Sent(sent);
         if (session->IsSubscribed()) {
             lastSent = Clock::now();
@@ -169,6 +171,7 @@ void TcpConnection::Read() {
             Close(error.message());
             return;
         }
+        counters.bytesIn.fetch_add(size, std::memory_order_relaxed);
         session->Received(size);
     }
     Pump();

@@ -2,6 +2,7 @@
 
 #include "Net/ITcpSession.h"
 #include "Net/Network.h"
+#include "Net/TcpCounters.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,9 +22,9 @@ namespace Net {
 /// thread. It lives as long as the server or an operation under way refers to it; its session until it is closed.
 class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
 public:
-    /// `name` is the client's address and port.
+    /// `name` is the client's address and port. `counters` are used until it is closed.
     TcpConnection(boost::asio::ip::tcp::socket accepted, const NetworkAddress& peer, std::string name,
-                  std::unique_ptr<ITcpSession> session, std::chrono::milliseconds idleTimeOut);
+                  TcpCounters& counters, std::unique_ptr<ITcpSession> session, std::chrono::milliseconds idleTimeOut);
 
     /// `closed` is called once, by Close.
     void Start(std::function<void()> closed);
@@ -65,6 +66,7 @@ private:
     boost::asio::steady_timer timer;
     const NetworkAddress peer;
     const std::string name;
+    TcpCounters& counters;
     std::unique_ptr<ITcpSession> session; ///< null: closed
     std::function<void()> closed;
     std::chrono::milliseconds idleTimeOut;

@@ -1,6 +1,7 @@
 #include "Services/Ascii/AsciiProtocol.h"
 
 #include "Services/Ascii/AsciiSession.h"
+#include "Services/Common/Translate.h"
 #include "Vor/Exception.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementDecisionRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueAndDecisionRegisterBlockInfo.h"
@@ -8,7 +9,6 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
-#include "yApi/yArrayList.h"
 
 namespace Services::Ascii {
 
@@ -49,9 +49,11 @@ ValueKind KindOf(const std::string& type) {
 
 AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
     : TcpService(environ)
+    , properties("errors", Common::Translate("Errors"), "dropped")
     , params(std::make_shared<AsciiParams>())
     , assembly(MakeAssembly())
     , map(std::make_shared<TextIdStandardProtocolOutputMap>(MaxNames))
+    , outputs(Counters())
     , handler(outputs, *this, Counters(), LineFormat())
     , commands({.host = GetControlHost(),
                 .process = [this](const auto& command) { ProcessReceivedCommonCommands(command); },
@@ -128,11 +130,6 @@ std::vector<OutputDefinition> AsciiProtocol::Definitions() const {
     return definitions;
 }
 
-void AsciiProtocol::NonPersistentPropertiesBeginLock() {
-    TcpService::NonPersistentPropertiesBeginLock();
-    properties.dropped = outputs.Dropped();
-}
-
 bool AsciiProtocol::Run(const ControlRegisterCommandData& command, const std::shared_ptr<PendingAnswer>& answer) {
     return commands.Run(command, [this, answer](yStatus status) {
         const auto end = [this, answer, status] {
@@ -160,17 +157,11 @@ void AsciiProtocol::ReadState(const std::shared_ptr<PendingAnswer>& answer) {
     });
 }
 
-void AsciiProtocol::ProcessResultSets(void* resultSets) {
-    const auto sets = static_cast<yArrayList>(resultSets);
-    const std::size_t count = yArrayList_Count(sets);
-    bool pushed = false;
-    for (std::size_t i = 0; i < count; ++i) {
-        pushed = outputs.Process(yArrayList_At(sets, i)) || pushed;
-    }
-    commands.ResultsHeld(resultSets);
-    if (pushed) {
+bool AsciiProtocol::ApplyResultSet(ResultSet set) {
+    if (outputs.Process(set)) {
         wakeup.Set();
     }
+    return true;
 }
 
 } // namespace Services::Ascii

@@ -2,7 +2,6 @@
 
 #include "Net/Wakeup.h"
 #include "Services/Ascii/AsciiParams.h"
-#include "Services/Ascii/AsciiProperties.h"
 #include "Services/Ascii/ISensor.h"
 #include "Services/Ascii/Outputs.h"
 #include "Services/Ascii/RequestHandler.h"
@@ -26,11 +25,6 @@ public:
     explicit AsciiProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
     ~AsciiProtocol() override;
 
-    void ProcessResultSets(void* resultSets) override;
-
-    /// Updates the counters.
-    void NonPersistentPropertiesBeginLock() override;
-
 protected:
     std::unique_ptr<Net::ITcpSession> MakeSession(bool mayWrite) override;
     void UpdateSessions() override;
@@ -39,6 +33,8 @@ protected:
     /// after all changes of the present load.
     void MapChanged() override;
     void Stopped() override;
+    bool ApplyResultSet(ResultSet set) override;
+    void ResultSetsApplied(void* resultSets) override { commands.ResultsHeld(resultSets); }
     void OperationEndEventImpl(int status) override { commands.OperationEnded(status); }
     void ScanStateChangeImpl(bool started) override;
 
@@ -50,7 +46,7 @@ private:
     void PublishOutputs();
     std::vector<OutputDefinition> Definitions() const;
 
-    AsciiProperties properties;
+    Common::TcpServerProperties properties;
     const std::shared_ptr<AsciiParams> params;
     const std::shared_ptr<VorControl::ControlProtocol::ProtocolRegisterAssemblyBase> assembly;
     const std::shared_ptr<VorControl::ControlProtocol::TextIdStandardProtocolOutputMap> map;

@@ -59,7 +59,6 @@ void Outputs::Reset() {
     latest.Forget();
     versions.assign(latest.Count(), ++version);
     frames = 0;
-    dropped = 0;
 }
 
 bool Outputs::Process(ResultSet set) {
@@ -87,7 +86,7 @@ bool Outputs::PushFrame() {
         if (line.size() <= MaxLineSize && queue->Add(line)) {
             pushed = true;
         } else {
-            ++dropped;
+            counters.dropped.fetch_add(1, std::memory_order_relaxed);
         }
         ++i;
     }
@@ -148,11 +147,6 @@ void Outputs::Subscribe(const std::shared_ptr<PushQueue>& queue, const std::vect
 void Outputs::Unsubscribe(const PushQueue* queue) {
     const std::lock_guard lock(mutex);
     std::erase_if(subscriptions, [&](const Subscription& each) { return each.queue.lock().get() == queue; });
-}
-
-std::uint64_t Outputs::Dropped() const {
-    const std::lock_guard lock(mutex);
-    return dropped;
 }
 
 // A number without quotation marks is a block's if there is such a block; everything else is a name.

@@ -5,6 +5,7 @@
 #include "Services/Ascii/Request.h"
 #include "Services/Ascii/ValueText.h"
 #include "Services/Common/Registers/LatestResults.h"
+#include "Services/Common/ServiceCounters.h"
 #include "VorMsg/ResultSet.h"
 
 #include <cstddef>
@@ -30,6 +31,10 @@ struct OutputDefinition {
 /// call reads belong to one frame. For any thread.
 class Outputs {
 public:
+    /// The lines for which a queue had no room are counted as dropped.
+    explicit Outputs(Common::ServiceCounters& counters)
+        : counters(counters) {}
+
     /// The longest answer, and the longest line of a frame.
     static constexpr std::size_t MaxLineSize = std::size_t{32} * 1024;
 
@@ -37,7 +42,7 @@ public:
     void Replace(const std::vector<OutputDefinition>& definitions);
     /// Sets the format for the values from now on.
     void SetFormat(const LineFormat& next);
-    /// Removes all values, and sets the counts of frames and dropped lines to 0.
+    /// Removes all values, and sets the count of frames to 0.
     void Reset();
 
     /// Stores the results of one frame and adds its line to the queue of each subscriber. Returns whether a line was
@@ -57,8 +62,6 @@ public:
     /// AppendValues throws. An output that is removed later has no value in these lines.
     void Subscribe(const std::shared_ptr<PushQueue>& queue, const std::vector<Argument>& ids);
     void Unsubscribe(const PushQueue* queue);
-    /// The number of lines for which a queue had no room.
-    std::uint64_t Dropped() const;
 
 private:
     struct Column {
@@ -80,6 +83,7 @@ private:
     void AppendColumns(std::string& line, const std::vector<std::optional<std::size_t>>& chosen);
     bool PushFrame();
 
+    Common::ServiceCounters& counters;
     /// Guards the members below, while a frame is stored and written. Only the mutexes of the queues are locked under
     /// it.
     mutable std::mutex mutex;
@@ -92,7 +96,6 @@ private:
     std::vector<Subscription> subscriptions;
     std::uint64_t frames = 0;
     std::uint64_t version = 0;
-    std::uint64_t dropped = 0;
     std::string line;
 };
 

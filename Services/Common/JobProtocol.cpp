@@ -15,7 +15,8 @@ using namespace VorControl::ControlProtocol;
 JobProtocol::JobProtocol(const ControlProtocolEnviron& environ)
     : ProtocolBase(environ) {}
 
-void JobProtocol::Init(const JobContents& contents, NonPersistentProperties* properties) {
+void JobProtocol::Init(const JobContents& contents, NonPersistentProperties* properties,
+                       Vor::Properties::Structure* metrics) {
     job = contents;
     for (const auto& assembly : job.assemblies) {
         assemblies->Add(assembly);
@@ -24,6 +25,7 @@ void JobProtocol::Init(const JobContents& contents, NonPersistentProperties* pro
                         .params = job.params.get(),
                         .outputs = job.outputs.get(),
                         .outputsCommandTarget = job.outputs != nullptr ? &job.outputs->CommandTarget() : nullptr,
+                        .metrics = metrics,
                         .registerAssemblyGroup = job.assemblies.empty() ? nullptr : assemblies.get()});
     if (job.params != nullptr) {
         provider->RegisterParams(PersistDomain::Job);

@@ -61,8 +61,10 @@ public:
 protected:
     explicit JobProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
 
-    /// Call it once, in the constructor of the service, which owns the properties. Null keeps the built-in ones.
-    void Init(const JobContents& contents, VorControl::ControlProtocol::NonPersistentProperties* properties = nullptr);
+    /// Call it once, in the constructor of the service, which owns properties and metrics. Null keeps the built-in
+    /// properties; without metrics there are none.
+    void Init(const JobContents& contents, VorControl::ControlProtocol::NonPersistentProperties* properties = nullptr,
+              Vor::Properties::Structure* metrics = nullptr);
 
     /// The parameters have changed. A service that runs applies them here. If it can't, it throws with a text for the
     /// user and continues as before.

@@ -1,7 +1,9 @@
 #include "Services/Common/TcpService.h"
 
 #include "VorControl/ControlProtocol/ScopeLocks.h"
+#include "yApi/yArrayList.h"
 
+#include <cstddef>
 #include <utility>
 
 namespace Services::Common {
@@ -20,7 +22,7 @@ void TcpService::Init(JobContents contents, const Parts& parts) {
     wakeup = parts.wakeup;
     poll = parts.poll;
     contents.params = params;
-    JobProtocol::Init(contents, properties);
+    JobProtocol::Init(contents, properties, &properties->Metrics());
 }
 
 void TcpService::Start() {
@@ -110,12 +112,24 @@ void TcpService::ApplyParams() {
     ParamsApplied();
 }
 
+void TcpService::ProcessResultSets(void* resultSets) {
+    const auto sets = static_cast<yArrayList>(resultSets);
+    const std::size_t count = yArrayList_Count(sets);
+    for (std::size_t i = 0; i < count; ++i) {
+        counters.resultsReceived.fetch_add(1, std::memory_order_relaxed);
+        const bool isApplied = ApplyResultSet(yArrayList_At(sets, i));
+        (isApplied ? counters.resultsApplied : counters.dropped).fetch_add(1, std::memory_order_relaxed);
+    }
+    ResultSetsApplied(resultSets);
+}
+
 void TcpService::NonPersistentPropertiesBeginLock() {
     JobProtocol::NonPersistentPropertiesBeginLock();
-    properties->connected = counters.connected.load(std::memory_order_relaxed);
-    properties->refused = counters.refused.load(std::memory_order_relaxed);
-    properties->requests = counters.requests.load(std::memory_order_relaxed);
-    properties->failed = counters.failed.load(std::memory_order_relaxed);
+    properties->RefreshProperties(counters);
+}
+
+void TcpService::UpdateMetrics() {
+    properties->RefreshMetrics(counters);
 }
 
 } // namespace Services::Common

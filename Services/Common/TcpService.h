@@ -6,6 +6,7 @@
 #include "Services/Common/ServiceCounters.h"
 #include "Services/Common/TcpServerParams.h"
 #include "Services/Common/TcpServerProperties.h"
+#include "VorMsg/ResultSet.h"
 
 #include <chrono>
 #include <functional>
@@ -15,8 +16,8 @@
 namespace Services::Common {
 
 /// The base class of a service that serves TCP clients with results of the scan: it starts and stops the server,
-/// follows changed parameters, and keeps the properties. The destructor of the derived class calls CloseServer first,
-/// since sessions and hooks are its own.
+/// follows changed parameters, and keeps properties and metrics. The destructor of the derived class calls CloseServer
+/// first, since sessions and hooks are its own.
 class TcpService : public JobProtocol {
 public:
     static constexpr std::chrono::milliseconds PollPeriod{100};
@@ -27,8 +28,12 @@ public:
     void ParamsReset() final;
     using JobProtocol::ParamsReset;
 
-    /// Updates the counters.
+    /// Counts the result sets, and passes them on to ApplyResultSet and ResultSetsApplied.
+    void ProcessResultSets(void* resultSets) final;
+
+    /// Updates the figures among the properties.
     void NonPersistentPropertiesBeginLock() override;
+    void UpdateMetrics() override;
 
 protected:
     /// What the server needs. The service owns properties and wakeup.
@@ -64,6 +69,11 @@ protected:
     virtual void ParamsApplied() {}
     /// Forgets the values of the scan. The service listens no more.
     virtual void Stopped() {}
+    /// Brings the results of a frame to the clients; called on the thread of the results. Returns false when they can't
+    /// be, which is counted as dropped.
+    virtual bool ApplyResultSet(ResultSet /*set*/) { return true; }
+    /// Called with the list of ProcessResultSets when each of its sets was applied or dropped.
+    virtual void ResultSetsApplied(void* /*resultSets*/) {}
 
     /// If the service can't listen at a new address or port, it continues at the former one. In all cases the property
     /// `failure` has the reason.

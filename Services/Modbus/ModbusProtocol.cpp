@@ -6,7 +6,6 @@
 #include "Services/Modbus/DiagnosticsBlock.h"
 #include "Services/Modbus/ModbusAssembly.h"
 #include "Services/Modbus/Session.h"
-#include "yApi/yArrayList.h"
 
 namespace Services::Modbus {
 
@@ -93,17 +92,8 @@ void ModbusProtocol::ReadStates() {
                                                 .refused = static_cast<std::uint32_t>(counters.refused),
                                                 .requests = static_cast<std::uint32_t>(counters.requests),
                                                 .exceptions = static_cast<std::uint32_t>(counters.failed),
-                                                .dropCount = static_cast<std::uint32_t>(registers.Dropped()),
+                                                .dropCount = static_cast<std::uint32_t>(counters.dropped),
                                                 .uptime = static_cast<std::uint32_t>(counters.Uptime())});
-}
-
-void ModbusProtocol::ProcessResultSets(void* resultSets) {
-    const auto sets = static_cast<yArrayList>(resultSets);
-    const std::size_t count = yArrayList_Count(sets);
-    for (std::size_t i = 0; i < count; ++i) {
-        registers.Process(yArrayList_At(sets, i));
-    }
-    commands.ResultsHeld(resultSets);
 }
 
 } // namespace Services::Modbus

@@ -22,14 +22,14 @@ public:
     explicit ModbusProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
     ~ModbusProtocol() override;
 
-    void ProcessResultSets(void* resultSets) override;
-
 protected:
     std::unique_ptr<Net::ITcpSession> MakeSession(bool mayWrite) override;
     void UpdateSessions() override;
     void ParamsApplied() override;
     void MapChanged() override;
     void Stopped() override;
+    bool ApplyResultSet(ResultSet set) override { return registers.Process(set); }
+    void ResultSetsApplied(void* resultSets) override { commands.ResultsHeld(resultSets); }
     void OperationEndEventImpl(int status) override { commands.OperationEnded(status); }
     void ScanStateChangeImpl(bool started) override;
 

@@ -18,6 +18,13 @@ nlohmann::json PropertiesOf(Service& service) {
     return Vor::Properties::JsonSerializer::Serialize(service.Properties());
 }
 
+/// The metrics of a service, refreshed.
+template <class Service>
+nlohmann::json MetricsOf(Service& service) {
+    service.UpdateMetrics();
+    return Vor::Properties::JsonSerializer::Serialize(service.GetMetrics());
+}
+
 /// The port of an address such as "tcp://127.0.0.1:502"; 0 when the address is empty.
 inline std::uint16_t PortOf(const std::string& address) {
     return address.empty() ? std::uint16_t{0}

@@ -85,18 +85,18 @@ void ScanRegisters::Rebuild() {
 void ScanRegisters::ForgetValues() {
     const AssemblyLock lock(*assembly);
     latest.Forget();
-    dropped.store(0, std::memory_order_relaxed);
 }
 
-void ScanRegisters::Process(ResultSet set) {
+bool ScanRegisters::Process(ResultSet set) {
     try {
         Write(set);
         failing.store(false, std::memory_order_relaxed);
+        return true;
     } catch (const std::exception& e) {
-        dropped.fetch_add(1, std::memory_order_relaxed);
         if (!failing.exchange(true, std::memory_order_relaxed)) {
             Vor::LogThrown(e, "A frame can't be written into the registers.");
         }
+        return false;
     }
 }
 

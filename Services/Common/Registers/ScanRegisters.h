@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -29,16 +28,13 @@ public:
     /// with a missing value when there was none. The blocks without data source are written by `cells`.
     void Rebuild();
 
-    /// Drops the latest results and the count of Dropped(); the next Rebuild writes missing values.
+    /// Drops the latest results; the next Rebuild writes missing values.
     void ForgetValues();
 
     /// Writes the results of one frame, which readers get all at once. Allocates nothing. A block that can't write its
-    /// result is written with a missing value, and logged once until it can write again. A frame that can't be written
-    /// for another reason is counted, and logged once until a frame can; nothing is thrown.
-    void Process(ResultSet set);
-
-    /// How many frames couldn't be written. Without the assembly's lock.
-    std::uint64_t Dropped() const { return dropped.load(std::memory_order_relaxed); }
+    /// result is written with a missing value, and logged once until it can write again. Returns false for a frame that
+    /// can't be written for another reason, which is logged once until a frame can; nothing is thrown.
+    bool Process(ResultSet set);
 
 private:
     /// One block and its place in `bytes`.
@@ -64,9 +60,8 @@ private:
     /// The parts of `bytes` between the blocks of `cells`, in ascending order.
     std::vector<RegisterImage::Part> own;
     std::vector<RegisterImage::Part> written; ///< used by Publish, a member so that nothing is allocated there
-    std::atomic<std::uint64_t> dropped = 0;
-    std::atomic<bool> failing = false; ///< the last frame couldn't be written
-    Vor::Object missing;               ///< an item without a value
+    std::atomic<bool> failing = false;        ///< the last frame couldn't be written
+    Vor::Object missing;                      ///< an item without a value
 };
 
 } // namespace Services::Common

@@ -8,6 +8,7 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/MainLoop.h"
 #include "VorCommon/ICommandTarget.h"
+#include "VorCommon/IMetricsSource.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterBlockInfo.h"
@@ -20,6 +21,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -106,6 +108,19 @@ TEST_P(Documents, ListThePropertiesAndTheStatuses) {
                        [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
         EXPECT_NE(rows.at("status").at(1).find(text), std::string::npos) << text;
     }
+}
+
+TEST_P(Documents, ListTheMetrics) {
+    auto rows = MarkdownTable(Page(), {"Name", "Content"});
+    if (auto dropped = rows.extract("dropped")) { // the one that has another name, as the page says
+        dropped.key() = "dropCount";
+        rows.insert(std::move(dropped));
+    }
+    std::set<std::string> figures = Names(rows);
+    for (const char* const other : {"status", "address", "failure"}) {
+        figures.erase(other);
+    }
+    EXPECT_EQ(Names(JsonSerializer::Serialize(Service().MetricsSource().GetMetrics())), figures);
 }
 
 TEST_P(Documents, ListTheTypesOfBlocks) {

@@ -287,6 +287,31 @@ TEST_F(AsciiProtocolTest, SendsALineAFrame) {
     EXPECT_TRUE(WaitForAnswer("RESULT height", "OK,0.000"));
 }
 
+TEST_F(AsciiProtocolTest, CountsWhatItsClientsDoAndWhatTheScanBrings) {
+    service->Stop();
+    Start({{"maxConnections", 1}});
+    std::size_t sent = 0;
+    std::size_t received = 0;
+    for (const std::string request : {"VERSION", "OUTPUTS", "RESULT 0", "NOTHING", "RESULT nothing"}) {
+        sent += request.size() + 2;
+        received += client->Ask(request).size() + 2;
+    }
+    TextClient refused(port);
+    EXPECT_TRUE(refused.WaitForClose());
+    for (int i = 1; i <= 4; ++i) {
+        Publish(Results().Measurement("profile/max", i));
+    }
+
+    const json expected = {{"dropCount", 0},       {"connected", 1},       {"refused", 1},
+                           {"requests", 5},        {"errors", 2},          {"bytesIn", sent},
+                           {"bytesOut", received}, {"resultsReceived", 4}, {"resultsApplied", 4}};
+    EXPECT_TRUE(Tests::WaitUntil([&] { return Tests::MetricsOf(*service) == expected; })) << Tests::MetricsOf(*service);
+    const json properties = Properties();
+    for (const auto& [name, value] : expected.items()) {
+        EXPECT_EQ(properties.at(name == "dropCount" ? "dropped" : name), value) << name;
+    }
+}
+
 TEST_F(AsciiProtocolTest, LetsASlowReaderOfFramesCostOnlyItself) {
     TextClient slow(port, 1024);
     TextClient quick(port);
@@ -300,6 +325,7 @@ TEST_F(AsciiProtocolTest, LetsASlowReaderOfFramesCostOnlyItself) {
         ASSERT_EQ(quick.Line(), "DATA," + std::to_string(frames) + "," + std::to_string(frames) + ".000");
     }
     EXPECT_LT(frames, 20000) << "the slow one loses frames";
+    EXPECT_EQ(Tests::MetricsOf(*service)["dropCount"], Properties()["dropped"]);
     EXPECT_EQ(client->Ask("RESULT height"), "OK," + std::to_string(frames) + ".000") << "others are served";
     std::string last;
     int received = 0;

@@ -2,12 +2,16 @@
 
 #include "Net/BufferedSession.h"
 #include "Tests/Services/Common/ServiceModule.h"
+#include "Tests/Support/ResultSets.h"
+#include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/TcpClient.h"
 #include "Tests/Support/Threads.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/Handle.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
+#include "yApi/yArrayList.h"
 
 #include <algorithm>
 #include <atomic>
@@ -103,10 +107,16 @@ protected:
     void ParamsApplied() override { calls.emplace_back("ParamsApplied"); }
     void MapChanged() override { calls.emplace_back("MapChanged"); }
     void Stopped() override { calls.emplace_back("Stopped"); }
+    /// Drops each third set.
+    bool ApplyResultSet(ResultSet) override { return ++sets % 3 != 0; }
+    void ResultSetsApplied(void* resultSets) override {
+        calls.push_back("ResultSetsApplied " + std::to_string(yArrayList_Count(static_cast<yArrayList>(resultSets))));
+    }
 
 private:
-    TcpServerProperties properties{"wrong", "Wrong"};
+    TcpServerProperties properties{"wrong", "Wrong", "lost"};
     unsigned char shift = 0;
+    unsigned sets = 0;
 };
 
 class Client : public Tests::TcpClient {
@@ -154,10 +164,15 @@ TEST_F(TcpServiceTest, ServesWhileItIsStarted) {
     EXPECT_EQ(module.Properties(), json({{"status", 1},
                                          {"address", ""},
                                          {"failure", ""},
+                                         {"lost", 0},
                                          {"connected", 0},
                                          {"refused", 0},
                                          {"requests", 0},
-                                         {"wrong", 0}}));
+                                         {"wrong", 0},
+                                         {"bytesIn", 0},
+                                         {"bytesOut", 0},
+                                         {"resultsReceived", 0},
+                                         {"resultsApplied", 0}}));
     module.Load(Section({{"port", 0}, {"shift", 2}}));
     EXPECT_EQ(Status(), ProtocolStatus::Running);
     EXPECT_EQ(module.Properties()["address"], "tcp://127.0.0.1:" + std::to_string(Port()));
@@ -172,6 +187,39 @@ TEST_F(TcpServiceTest, ServesWhileItIsStarted) {
     module.Instance().Enable(true);
     EXPECT_EQ(module.Properties()["requests"], 0) << "counters begin anew";
     EXPECT_EQ(Client(Port()).Ask(40), 42);
+}
+
+TEST_F(TcpServiceTest, HasEachFigureAmongItsPropertiesAndItsMetrics) {
+    module.Load(Section({{"port", 0}, {"maxConnections", 2}}));
+    Client client(Port());
+    Client other(Port());
+    Client refused(Port());
+    EXPECT_TRUE(refused.WaitForClose());
+    for (unsigned char byte = 0; byte < 5; ++byte) {
+        EXPECT_EQ(client.Ask(byte), byte + 1);
+    }
+    Vor::Handle<yArrayList, yArrayList_Destroy> sets;
+    Vor::ThrowIfFailed(yArrayList_Construct(sets.Out(), yType_ResultSet, 4, nullptr));
+    for (int i = 0; i < 4; ++i) {
+        Vor::ThrowIfFailed(yArrayList_Add(sets.Get(), Tests::MakeResultSet({"source"}).Release()));
+    }
+    NewCalls();
+    Own().ProcessResultSets(sets.Get());
+    EXPECT_EQ(NewCalls(), Calls{"ResultSetsApplied 4"});
+
+    const json expected = {{"dropCount", 1}, {"connected", 2},       {"refused", 1},
+                           {"requests", 5},  {"wrong", 0},           {"bytesIn", 5},
+                           {"bytesOut", 5},  {"resultsReceived", 4}, {"resultsApplied", 3}};
+    EXPECT_TRUE(Tests::WaitUntil([&] { return Tests::MetricsOf(Own()) == expected; })) << Tests::MetricsOf(Own());
+    const json properties = module.Properties();
+    for (const auto& [name, value] : expected.items()) {
+        EXPECT_EQ(properties.at(name == "dropCount" ? "lost" : name), value) << name;
+    }
+    module.Instance().Enable(false);
+    EXPECT_EQ(module.Properties()["bytesIn"], 5) << "they stay until the next start";
+    module.Instance().Enable(true);
+    EXPECT_EQ(module.Properties()["bytesIn"], 0);
+    EXPECT_EQ(Tests::MetricsOf(Own())["dropCount"], 0);
 }
 
 TEST_F(TcpServiceTest, GivesItsPartsTheParametersBeforeItListens) {

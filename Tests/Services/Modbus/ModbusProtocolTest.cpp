@@ -133,6 +133,36 @@ TEST_F(ModbusProtocolTest, ServesTheRegistersOfItsJob) {
     EXPECT_EQ(Read(5, 1), (Bytes{0x83, 2}));
 }
 
+TEST_F(ModbusProtocolTest, CountsWhatItsClientsDoAndWhatTheScanBrings) {
+    Load(Config({{"port", 0}, {"maxConnections", 1}}, TwoBlocks));
+    RawClient client(Port());
+    const Bytes good = ReadRequest(1, 0, 5);
+    const Bytes bad = ReadRequest(1, 500, 1);
+    std::size_t received = 0;
+    for (int i = 0; i < 5; ++i) {
+        received += client.Ask(good).size();
+    }
+    for (int i = 0; i < 3; ++i) {
+        received += client.Ask(bad).size();
+    }
+    EXPECT_EQ(received, 5U * 19 + 3U * 9);
+    RawClient refused(Port());
+    EXPECT_TRUE(refused.WaitForClose());
+    for (int i = 1; i <= 4; ++i) {
+        Publish(Results().Measurement("profile/max", i));
+    }
+
+    const json expected = {{"dropCount", 0},       {"connected", 1},       {"refused", 1},
+                           {"requests", 8},        {"exceptions", 3},      {"bytesIn", 8 * 12},
+                           {"bytesOut", received}, {"resultsReceived", 4}, {"resultsApplied", 4}};
+    const auto running = service.lock();
+    EXPECT_TRUE(Tests::WaitUntil([&] { return Tests::MetricsOf(*running) == expected; })) << Tests::MetricsOf(*running);
+    const json properties = Properties();
+    for (const auto& [name, value] : expected.items()) {
+        EXPECT_EQ(properties.at(name), value) << name;
+    }
+}
+
 TEST_F(ModbusProtocolTest, ReadsFollowTheByteOrderAtOnce) {
     Load(Config({{"port", 0}, {"byteOrder", 1}}, TwoBlocks));
     Publish(Results().Measurement("profile/max", 70000, 1));

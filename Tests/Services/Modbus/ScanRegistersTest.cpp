@@ -162,7 +162,6 @@ TEST_F(ScanRegistersTest, LogsABlockThatCannotWriteOnceAndItsRecoveryOnce) {
     }
     EXPECT_EQ(log.CountLevel(Vor::LevelError), 1u);
     EXPECT_EQ(log.Count("Register block at 0 writes the value of a again"), 1u);
-    EXPECT_EQ(registers.Dropped(), 0u) << "each frame was written";
 }
 
 TEST_F(ScanRegistersTest, KeepsTheLastValuesWhenTheMapChanges) {
