@@ -76,6 +76,8 @@ public:
         return true;
     }
 
+    std::size_t Total() const { return total; }
+
 private:
     std::vector<std::unique_ptr<std::byte[]>> blocks;
     std::byte* next = nullptr;
@@ -167,6 +169,7 @@ struct VorDataTree::Node {
 class VorDataTree::Storage {
 public:
     Node& Root() { return root; }
+    std::size_t Size() const { return sizeof(Storage) + nodes.Total() + texts.Total(); }
 
     Node* Find(const Node::Object& object, const std::string& name) const {
         const auto known = names.find(name);
@@ -517,12 +520,20 @@ ByteVector VorDataTree::AsBinary() const {
 }
 
 std::string VorDataTree::Dump(bool indented) const {
+    std::string out;
+    AppendTo(out, indented);
+    return out;
+}
+
+void VorDataTree::AppendTo(std::string& out, bool indented) const {
     Writer counter(nullptr, indented);
     counter.Write(*node);
-    std::string out;
-    out.reserve(counter.Size());
+    out.reserve(out.size() + counter.Size());
     Writer(&out, indented).Write(*node);
-    return out;
+}
+
+std::size_t VorDataTree::Size() const {
+    return storage->Size();
 }
 
 nlohmann::json VorDataTree::ToJson() const {

@@ -79,6 +79,11 @@ public:
 
     /// JSON text, indented or in one line. Bytes are written as base64.
     std::string Dump(bool indented) const;
+    /// Appends what Dump returns, without a copy.
+    void AppendTo(std::string& out, bool indented) const;
+
+    /// How many bytes the whole tree occupies, about.
+    std::size_t Size() const;
 
     nlohmann::json ToJson() const;
     static VorDataTree FromJson(const nlohmann::json& json);

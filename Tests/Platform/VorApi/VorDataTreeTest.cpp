@@ -269,6 +269,25 @@ TEST(VorDataTreeTest, AnotherKindThanRequestedFails) {
     EXPECT_FAILURE(tree.AsInt64(), yERROR_PARAMETER, "The data tree holds no integer of this range here.");
 }
 
+TEST(VorDataTreeTest, ItsTextCanBeAppended) {
+    VorDataTree tree;
+    tree["a"].Set(1.5);
+    std::string text = "x";
+    tree.AppendTo(text, false);
+    EXPECT_EQ(text, R"(x{"a":1.5})");
+}
+
+TEST(VorDataTreeTest, ItsSizeIsAboutThatOfItsContent) {
+    VorDataTree tree;
+    EXPECT_LT(tree.Size(), 1000U);
+    for (int i = 0; i < 10'000; ++i) {
+        tree.Append().Set("a text of twenty-four bytes");
+    }
+    EXPECT_GT(tree.Size(), 10'000U * 24U);
+    EXPECT_LT(tree.Size(), 10'000U * 250U);
+    EXPECT_EQ(tree.At(0).Size(), tree.Size());
+}
+
 TEST(VorDataTreeTest, DumpEscapesTextsAndReplacesWrongUtf8) {
     VorDataTree tree;
     tree["a\"b"].Set("line\n\x01");
