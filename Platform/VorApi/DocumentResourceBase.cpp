@@ -4,6 +4,9 @@
 #include "Vor/JsonSerializer.h"
 #include "Vor/Node.h"
 #include "Vor/VorDataTreeSerializer.h"
+#include "VorApi/Completion.h"
+
+#include <exception>
 
 #include <nlohmann/json.hpp>
 
@@ -15,6 +18,22 @@ using Vor::Properties::VorDataTreeSerializer;
 
 void DocumentResourceBase::UpdateDocument(const RequestInfo&, const nlohmann::json&) {
     Vor::Throw(yERROR_UNIMPLEMENTED);
+}
+
+bool DocumentResourceBase::HasDocument(const RequestInfoEx& request) {
+    try {
+        RequireDocument(request);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+void DocumentResourceBase::RequireDocument(const RequestInfoEx& request) {
+    ResponseInfoEx response([] { return Completion([](const std::exception_ptr&, const VorDataTree&) {}); });
+    VorDataTree unused;
+    unused.MakeObject();
+    Document(request, response, unused);
 }
 
 void DocumentResourceBase::NodeToVorDataTree(const Node& node, const RequestInfoEx& request, VorDataTree tree,

@@ -21,7 +21,15 @@ public:
     /// Changes what the members of `json` name. Throws `yERROR_UNIMPLEMENTED` here.
     virtual void UpdateDocument(const RequestInfo& request, const nlohmann::json& json);
 
+    /// Whether there is a document for the request.
+    bool HasDocument(const RequestInfoEx& request);
+    /// Whether clients can change documents of this resource.
+    virtual bool TakesUpdates() const { return false; }
+
 protected:
+    /// Throws if Document would. Here it makes the document; overridden where that takes long.
+    virtual void RequireDocument(const RequestInfoEx& request);
+
     /// Writes the values into `tree` and, if `withSchema` and the client wants it, the schema into its "_schema". Both
     /// keep what is there already.
     static void NodeToVorDataTree(const Vor::Properties::Node& node, const RequestInfoEx& request, VorDataTree tree,

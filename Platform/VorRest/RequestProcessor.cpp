@@ -102,8 +102,6 @@ private:
 /// The requests that aren't answered yet. Main loop only, `runner` aside.
 class RequestProcessor::Requests : public std::enable_shared_from_this<RequestProcessor::Requests> {
 public:
-    using Answered = std::function<void(const Answer&)>;
-
     Requests(const ResourceRouter& router, unsigned long long timeLimit)
         : router(router)
         , timeLimit(timeLimit) {}
@@ -120,13 +118,13 @@ public:
             answer.failure = std::current_exception();
         }
         if (!response.IsDeferred()) {
-            answered(answer);
+            answered(std::move(answer));
             return;
         }
         Later& later = laters.at(id);
-        later.answer = answer;
-        if (answer.failure != nullptr) {
-            later.completion.Fail(answer.failure);
+        later.answer = std::move(answer);
+        if (later.answer.failure != nullptr) {
+            later.completion.Fail(later.answer.failure);
         }
     }
 
@@ -164,7 +162,7 @@ private:
         Answer answer = std::move(later.mapped().answer);
         answer.failure = failure;
         answer.document = document;
-        later.mapped().answered(answer);
+        later.mapped().answered(std::move(answer));
     }
 
     const ResourceRouter& router;
@@ -189,16 +187,20 @@ VorDataTree RequestProcessor::Read(const std::string& path, const VorDataTree& a
     request.wantsSchema = arguments.Contains("schema") && arguments["schema"].AsBool();
     ResponseInfoEx response;
     Answer answer;
-    Run(router, request, response, answer);
+    VorRest::Run(router, request, response, answer);
     return answer.document;
 }
 
-void RequestProcessor::Process(Request request, std::function<void(const Answer&)> answered) {
+void RequestProcessor::Process(Request request, Answered answered) {
     requests->Post([weak = std::weak_ptr(requests), request = std::move(request), answered = std::move(answered)] {
         if (const auto self = weak.lock()) {
             self->Run(request, answered);
         }
     });
+}
+
+void RequestProcessor::Run(const Request& request, const Answered& answered) {
+    requests->Run(request, answered);
 }
 
 std::unique_ptr<RequestProcessor::Stream> RequestProcessor::OpenStream(const std::string& path,

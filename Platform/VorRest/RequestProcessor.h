@@ -32,9 +32,14 @@ public:
     /// no document, `yERROR_STATE` when it would answer later.
     VorApi::VorDataTree Read(const std::string& path, const VorApi::VorDataTree& arguments, const std::string& body);
 
+    using Answered = std::function<void(Answer)>;
+
     /// Runs the request later. `answered` is called exactly once, on the main loop, with what Read would return or
     /// throw; with `yERROR_TIMEOUT` when a resource that answers later doesn't do so in time. From any thread.
-    void Process(Request request, std::function<void(const Answer&)> answered);
+    void Process(Request request, Answered answered);
+    /// As Process, but runs the request at once. `answered` is called inside this call unless the resource answers
+    /// later. Main loop only.
+    void Run(const Request& request, const Answered& answered);
 
     /// An open stream, which its destruction stops. Main loop only.
     class Stream {

@@ -36,6 +36,10 @@ void ControlMetricsResourceBase::Document(const VorApi::RequestInfoEx& request, 
     MetricsToVorDataTree(reporter.LastReport(PopulateMetricsKey(request)).GetMetrics(), request.WantsSchema(), data);
 }
 
+void ControlMetricsResourceBase::RequireDocument(const VorApi::RequestInfoEx& request) {
+    reporter.LastReport(PopulateMetricsKey(request)).GetMetrics();
+}
+
 VorApi::StreamResourceBase* ControlMetricsResourceBase::StreamableProvider() {
     return this;
 }

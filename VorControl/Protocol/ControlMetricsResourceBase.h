@@ -24,6 +24,7 @@ public:
     VorApi::StreamResourceBase* StreamableProvider() override;
 
 protected:
+    void RequireDocument(const VorApi::RequestInfoEx& request) override;
     /// What the figures of a request are about.
     virtual ControlMetricsKey PopulateMetricsKey(const VorApi::RequestInfoEx& request) const = 0;
     virtual ControlMetricsKey PopulateMetricsKey(const VorApi::RequestInfo& request) const = 0;

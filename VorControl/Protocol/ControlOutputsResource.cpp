@@ -21,6 +21,12 @@ void ControlOutputsResource::Document(const VorApi::RequestInfoEx& request, VorA
                [&](const char*) { return Vor::Format(OutputsText("Failed to convert %s output map"), id); });
 }
 
+void ControlOutputsResource::RequireDocument(const VorApi::RequestInfoEx& request) {
+    IControlInstance& instance = RequiredInstance(request);
+    const MapLock lock(instance);
+    instance.OutputsMap();
+}
+
 void ControlOutputsResource::ReadMap(const std::string& id, const VorApi::RequestInfoEx& request,
                                      VorApi::ResponseInfoEx& response, const VorApi::VorDataTree& data) const {
     IControlInstance& instance = ResolveToInstance(id);

@@ -14,6 +14,9 @@ public:
     /// Fails with yERROR_READ_ONLY: the map is changed by its commands.
     void UpdateDocument(const VorApi::RequestInfo& request, const nlohmann::json& json) override;
 
+protected:
+    void RequireDocument(const VorApi::RequestInfoEx& request) override;
+
 private:
     void ReadMap(const std::string& id, const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                  const VorApi::VorDataTree& data) const;

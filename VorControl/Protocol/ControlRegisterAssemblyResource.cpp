@@ -42,10 +42,8 @@ ControlRegisterAssemblyResource::ControlRegisterAssemblyResource(IControlManager
 
 void ControlRegisterAssemblyResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                                                VorDataTree& data) {
+    RequireDocument(request);
     const IControlInstance& instance = RequiredInstance(request);
-    if (!instance.HasRegisterAssemblyGroup()) {
-        Vor::Throw(yERROR_UNIMPLEMENTED);
-    }
     if (const std::string* const assemblyId = request.FindKey("registerAssembly")) {
         ReadOne(instance, *assemblyId, request, response, data);
     } else {
@@ -53,12 +51,18 @@ void ControlRegisterAssemblyResource::Document(const VorApi::RequestInfoEx& requ
     }
 }
 
+void ControlRegisterAssemblyResource::RequireDocument(const VorApi::RequestInfoEx& request) {
+    const IControlInstance& instance = RequiredInstance(request);
+    const std::string* const assemblyId = request.FindKey("registerAssembly");
+    if (!instance.HasRegisterAssemblyGroup() ||
+        (assemblyId != nullptr && !instance.HasRegisterAssembly(assemblyId->c_str()))) {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+}
+
 void ControlRegisterAssemblyResource::ReadOne(const IControlInstance& instance, const std::string& assemblyId,
                                               const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                                               VorDataTree& data) {
-    if (!instance.HasRegisterAssembly(assemblyId.c_str())) {
-        Vor::Throw(yERROR_UNIMPLEMENTED);
-    }
     const auto assembly = instance.RegisterAssembly(assemblyId.c_str());
     WritePart(assembly->Properties(), request, data);
     WritePart(assembly->Attributes(), request, data["attributes"]);

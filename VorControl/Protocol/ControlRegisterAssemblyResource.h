@@ -15,6 +15,9 @@ public:
     /// Fails with yERROR_READ_ONLY: an assembly is changed by its commands.
     void UpdateDocument(const VorApi::RequestInfo& request, const nlohmann::json& json) override;
 
+protected:
+    void RequireDocument(const VorApi::RequestInfoEx& request) override;
+
 private:
     static void ReadOne(const IControlInstance& instance, const std::string& assemblyId,
                         const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,

@@ -70,6 +70,12 @@ void ControlResource::Document(const VorApi::RequestInfoEx& request, VorApi::Res
     }
 }
 
+void ControlResource::RequireDocument(const VorApi::RequestInfoEx& request) {
+    if (const std::string* const id = request.FindKey("protocol")) {
+        ResolveToInstance(*id);
+    }
+}
+
 void ControlResource::ReadAll(VorApi::ResponseInfoEx& response) const {
     for (const std::string& id : controlManager.List()) {
         response.Embed("item", Path::Format(ServicePath, {id}), true, VorDataTree());

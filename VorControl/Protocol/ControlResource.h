@@ -14,8 +14,10 @@ public:
                   VorApi::VorDataTree& data) override;
     /// "enabled" and "parameters". A document that is refused changes nothing.
     void UpdateDocument(const VorApi::RequestInfo& request, const nlohmann::json& json) override;
+    bool TakesUpdates() const override { return true; }
 
 protected:
+    void RequireDocument(const VorApi::RequestInfoEx& request) override;
     /// At the end of a load everybody is notified to read the services again.
     void OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state) override;
 

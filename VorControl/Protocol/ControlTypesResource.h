@@ -11,6 +11,9 @@ public:
 
     void Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                   VorApi::VorDataTree& data) override;
+
+protected:
+    void RequireDocument(const VorApi::RequestInfoEx&) override {}
 };
 
 } // namespace VorControl::Protocol

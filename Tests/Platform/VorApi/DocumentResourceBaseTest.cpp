@@ -46,6 +46,22 @@ TEST(DocumentResourceBaseTest, TheUpdateOfAResourceWithoutOneIsNotImplemented) {
     EXPECT_TEXTLESS_FAILURE(resource.UpdateDocument(RequestInfo({}), nlohmann::json::object()), yERROR_UNIMPLEMENTED);
 }
 
+TEST(DocumentResourceBaseTest, ThereIsADocumentUnlessItsMakingFails) {
+    class Sometimes : public VorApi::DocumentResourceBase {
+    public:
+        void Document(const RequestInfoEx& request, VorApi::ResponseInfoEx& response, VorDataTree& data) override {
+            if (request.FindKey("fails") != nullptr) {
+                throw 1;
+            }
+            data["a"].Set(true);
+            response.Defer();
+        }
+    } resource;
+    EXPECT_TRUE(resource.HasDocument(RequestInfoEx({}, false)));
+    EXPECT_FALSE(resource.HasDocument(RequestInfoEx({{"fails", ""}}, false)));
+    EXPECT_FALSE(resource.TakesUpdates());
+}
+
 TEST(DocumentResourceBaseTest, ANodeIsWrittenWithItsSchemaIfTheClientWantsIt) {
     const Port port;
     VorDataTree plain;

@@ -232,6 +232,22 @@ TEST_F(RequestProcessorTest, AFailureAfterTheAnswerWasTakenIsTheAnswer) {
     EXPECT_EQ(answers, 1);
 }
 
+TEST_F(RequestProcessorTest, RunAnswersAtOnceUnlessTheResourceDoesLater) {
+    std::vector<std::string> texts;
+    const auto keep = [&](const Answer& given) { texts.push_back(given.document.Dump(false)); };
+    processor->Run({Verb::Read, "/things/a", {}, true}, keep);
+    EXPECT_EQ(texts, std::vector<std::string>{R"({"schema":true})"});
+
+    std::optional<VorApi::Completion> completion;
+    things.onDocument = [&](ResponseInfoEx& response, VorDataTree&) { completion = response.Defer(); };
+    processor->Run({Verb::Read, "/things/a"}, keep);
+    EXPECT_EQ(texts.size(), 1U);
+    completion->Complete(VorDataTree::FromJson("late"));
+    loop.RunReady();
+    ASSERT_EQ(texts.size(), 2U);
+    EXPECT_EQ(texts.back(), R"("late")");
+}
+
 TEST_F(RequestProcessorTest, AnAnswerThatTakesTooLongIsATimeOut) {
     std::optional<VorApi::Completion> completion;
     things.onDocument = [&](ResponseInfoEx& response, VorDataTree&) { completion = response.Defer(); };

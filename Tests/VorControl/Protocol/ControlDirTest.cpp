@@ -41,4 +41,36 @@ TEST_F(ControlDirTest, FiguresAreADocument) {
     EXPECT_EQ(Tests::StatusOf([&] { Read("/controls/bare/metrics"); }), yERROR_NOT_FOUND);
 }
 
+TEST_F(ControlDirTest, ThereIsADocumentExactlyWhereAReadSucceeds) {
+    std::size_t documents = 0;
+    std::size_t others = 0;
+    for (const std::string service : {"", "/full", "/bare", "/nobody"}) {
+        for (const std::string part :
+             {"", "/commands", "/commands/greet", "/commands/nothing", "/metrics", "/outputs", "/outputs/commands",
+              "/outputs/commands/add", "/registerAssemblies", "/registerAssemblies/a1", "/registerAssemblies/a2",
+              "/registerAssemblies/a1/commands", "/registerAssemblies/a1/commands/add"}) {
+            const std::string path = "/controls" + service + part;
+            const auto match = router.Find(path);
+            if (!match) {
+                continue;
+            }
+            const bool hasDocument = As<VorApi::DocumentResourceBase>(match->resource)
+                                         .HasDocument(VorApi::RequestInfoEx(match->keys, false));
+            EXPECT_EQ(hasDocument, Ask(VorRest::Verb::Read, path).failure == nullptr) << path;
+            ++(hasDocument ? documents : others);
+        }
+    }
+    EXPECT_GT(documents, 10U);
+    EXPECT_GT(others, 10U);
+    EXPECT_TRUE(
+        As<VorApi::DocumentResourceBase>(ResourceAt("/controlTypes")).HasDocument(VorApi::RequestInfoEx({}, false)));
+}
+
+TEST_F(ControlDirTest, OnlyServicesTakeUpdates) {
+    for (const std::string& route : router.Routes()) {
+        EXPECT_EQ(As<VorApi::DocumentResourceBase>(ResourceAt(route)).TakesUpdates(), route == "/controls/:protocol")
+            << route;
+    }
+}
+
 } // namespace
