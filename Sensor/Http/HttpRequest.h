@@ -35,9 +35,9 @@ private:
 struct HttpRequest {
     std::string method; ///< such as "GET", as it was sent
     std::string target; ///< as it was sent: percent-coded, with the query
-    HttpFields fields;
-    std::string body;
-    std::string peerAddress; ///< the client's IP address, as digits
+    HttpFields fields = {};
+    std::string body = {};
+    std::string peerAddress = {}; ///< the client's IP address, as digits
     bool peerIsLoopback = false;
 };
 

@@ -1,17 +1,11 @@
 #pragma once
 
+#include "Sensor/Http/ProblemTypes.h"
+
 #include <array>
 #include <string>
 
 namespace Sensor::Http {
-
-/// A type of problem, which "/problems/SLUG" explains.
-struct ProblemType {
-    unsigned status;
-    const char* slug;
-    const char* title;
-    const char* explanation;
-};
 
 /// Why a request is refused before a handler has it. The connection is closed after the answer.
 struct Refusal {

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Sensor/Http/Budget.h"
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace Vor {
+class AsyncRunner;
+}
+
+namespace Sensor::Http {
+
+/// Sees to it that large documents are made one at a time, when the budget has room, and after what else the main loop
+/// has to do. A document is large when its text was, the last time. Main loop only.
+class LargeDocuments {
+public:
+    static constexpr std::size_t LargeSize = std::size_t{1024} * 1024; ///< bytes
+    static constexpr std::size_t MaxWaiting = 16;
+
+    /// The right to make a large document, until its last copy goes. It may go on any thread.
+    using Turn = std::shared_ptr<void>;
+
+    /// Both must outlive this, and no turn may end on another thread while this is destroyed.
+    LargeDocuments(Budget& budget, Vor::AsyncRunner& runner);
+    ~LargeDocuments();
+    LargeDocuments(const LargeDocuments&) = delete;
+    LargeDocuments& operator=(const LargeDocuments&) = delete;
+
+    bool IsLarge(const std::string& path) const { return textSizes.contains(path); }
+    /// The document's text had that size.
+    void Note(const std::string& path, std::size_t textSize);
+    /// As Note, from the bytes that the document's tree occupies, before there is a text.
+    void NoteTree(const std::string& path, std::size_t treeSize);
+
+    /// Calls `start` later, on the main loop, when it is this document's turn; drops it when `isWanted` returns false
+    /// then. False when too many wait.
+    bool Wait(const std::string& path, std::function<bool()> isWanted, std::function<void(Turn)> start);
+    /// For a document that proved to be large while it was made.
+    Turn TakeTurn();
+
+private:
+    struct Waiting {
+        std::string path;
+        std::function<bool()> isWanted;
+        std::function<void(Turn)> start;
+    };
+
+    void StartLater();
+    void StartNext();
+
+    Budget& budget;
+    Vor::AsyncRunner& runner;
+    const std::shared_ptr<const bool> alive = std::make_shared<bool>(true);
+    std::map<std::string, std::size_t> textSizes; ///< of large documents, by path
+    std::deque<Waiting> waiting;
+    std::size_t turns = 0; ///< that haven't ended
+};
+
+} // namespace Sensor::Http

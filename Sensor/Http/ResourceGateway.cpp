@@ -1,0 +1,399 @@
+#include "Sensor/Http/ResourceGateway.h"
+
+#include "Sensor/Http/EntityTags.h"
+#include "Sensor/Http/FailureResponse.h"
+#include "Sensor/Http/FieldList.h"
+#include "Sensor/Http/IEventStreams.h"
+#include "Sensor/Http/IRevisions.h"
+#include "Sensor/Http/MediaTypes.h"
+#include "Sensor/Http/Problem.h"
+#include "Sensor/Http/RequestTarget.h"
+#include "Vor/DocumentErrors.h"
+#include "Vor/Exception.h"
+#include "Vor/JsonText.h"
+#include "VorApi/ResourceRouter.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+namespace Sensor::Http {
+
+using VorApi::VorDataTree;
+using VorRest::Answer;
+using VorRest::Verb;
+
+namespace {
+
+/// A body of JSON occupies at most about that many bytes for each of its own while it is parsed.
+constexpr std::size_t BytesPerBodyByte = 48;
+
+HttpResponse TooMuch() {
+    return ProblemResponse({503, "The documents that are being made and sent occupy all the memory that they may."});
+}
+
+HttpResponse NotFound(const std::string& path) {
+    return ProblemResponse({404, "There is no resource at " + path + ".", yERROR_NOT_FOUND});
+}
+
+bool HasBody(const HttpRequest& request) {
+    return !request.body.empty() || request.fields.Count("Transfer-Encoding") > 0 ||
+           request.fields.Find("Content-Length").value_or("0") != "0";
+}
+
+/// A merge patch removes members by null (RFC 7396); no member of a resource can be removed.
+void CollectNulls(const nlohmann::json& patch, const nlohmann::json::json_pointer& place, Vor::DocumentErrors& errors) {
+    for (const auto& [name, value] : patch.items()) {
+        const nlohmann::json::json_pointer member = place / name;
+        if (value.is_null()) {
+            errors.Add(member.to_string(),
+                       Vor::Exception(__LINE__, __FILE__, yERROR_PARAMETER, __func__,
+                                      "null would remove %s, and members can't be removed.", member.to_string()));
+        } else if (value.is_object()) {
+            CollectNulls(value, member, errors);
+        }
+    }
+}
+
+void RequirePatch(const nlohmann::json& patch) {
+    if (!patch.is_object()) {
+        Vor::Throw(yERROR_PARAMETER, "The document of a PATCH is an object with the members to be changed.");
+    }
+    Vor::DocumentErrors errors;
+    CollectNulls(patch, nlohmann::json::json_pointer(), errors);
+    errors.ThrowIfAny();
+}
+
+} // namespace
+
+/// A request until it is answered.
+struct ResourceGateway::Call {
+    HttpRequest request;
+    Responder responder;
+    RequestTarget target = {};
+    VorDataTree body = {};
+    bool wantsSchema = false;
+    std::vector<std::string> expanded = {}; ///< relations
+    /// Of the answer.
+    unsigned status = 200;
+    HttpFields fields = {};
+    bool hasChanged = false; ///< what it was to change; what is left to do is a document for the client
+
+    std::size_t treeSize = 0; ///< bytes
+    std::shared_ptr<Budget::Share> share;
+    LargeDocuments::Turn turn = nullptr;
+};
+
+ResourceGateway::ResourceGateway(const Settings& settings, VorApi::ResourceRouter& router,
+                                 VorRest::RequestProcessor& requests, const IRevisions& revisions,
+                                 IEventStreams& streams)
+    : hostRules(settings.hosts)
+    , requests(requests)
+    , revisions(revisions)
+    , streams(streams)
+    , map(router)
+    , problems(router, ProblemsRoute, ProblemsRoute, ExplainProblems())
+    , relations(router, RelationsRoute, RelationsRoute, ExplainRelations())
+    , budget(std::make_shared<Budget>(settings.memoryLimit)) {}
+
+ResourceGateway::~ResourceGateway() = default;
+
+std::optional<HttpResponse> ResourceGateway::CheckHeader(const HttpRequest& request) {
+    if (auto refusal = hostRules.Check(request)) {
+        return refusal;
+    }
+    if (!RequestTarget::Parse(request.target)) {
+        return ProblemResponse({400, "The target '" + request.target +
+                                         "' isn't a path that begins with a slash, of characters and percent codes in "
+                                         "UTF-8."});
+    }
+    const bool isPatch = request.method == "PATCH";
+    if (!(isPatch || request.method == "POST") || !HasBody(request)) {
+        return std::nullopt;
+    }
+    const bool isJson = isPatch ? IsContentType(request.fields, {"application/json", "application/merge-patch+json"})
+                                : IsContentType(request.fields, {"application/json"});
+    if (isJson) {
+        return std::nullopt;
+    }
+    const std::string types(isPatch ? MergePatchTypes : "application/json");
+    HttpResponse refusal = ProblemResponse({415, "The body is '" + request.fields.Find("Content-Type").value_or("") +
+                                                     "', and one of these types, in UTF-8, was expected: " + types});
+    refusal.fields.Add(isPatch ? "Accept-Patch" : "Accept", types);
+    return refusal;
+}
+
+void ResourceGateway::Handle(HttpRequest request, Responder responder) {
+    if (auto refusal = CheckHeader(request)) {
+        responder.Respond(*std::move(refusal));
+        return;
+    }
+    const auto call = std::make_shared<Call>(Call{.request = std::move(request),
+                                                  .responder = std::move(responder),
+                                                  .share = std::make_shared<Budget::Share>(budget)});
+    call->target = *RequestTarget::Parse(call->request.target);
+    call->target.path = ResourceMap::Canonical(call->target.path);
+    if (const std::string* const schema = call->target.FindQuery("schema")) {
+        if (*schema != "0" && *schema != "1") {
+            call->responder.Respond(
+                ProblemResponse({400, "The query has schema=" + *schema + ", and 0 or 1 was expected."}));
+            return;
+        }
+        call->wantsSchema = *schema == "1";
+    }
+    if (const std::string* const expand = call->target.FindQuery("expand")) {
+        for (const std::string_view relation : SplitList(*expand, ',')) {
+            call->expanded.emplace_back(relation);
+        }
+    }
+    if (auto refusal = TakeBody(*call)) {
+        call->responder.Respond(*std::move(refusal));
+        return;
+    }
+    runner.Run([this, call] { Process(call); });
+}
+
+std::optional<HttpResponse> ResourceGateway::TakeBody(Call& call) const {
+    const std::string body = std::exchange(call.request.body, "");
+    const bool isPatch = call.request.method == "PATCH";
+    if (!isPatch && (call.request.method != "POST" || body.empty())) {
+        return std::nullopt;
+    }
+    if (!budget->HasRoom(body.size() * BytesPerBodyByte)) {
+        return TooMuch();
+    }
+    call.share->Change(body.size() * BytesPerBodyByte);
+    nlohmann::json json;
+    try {
+        json = Vor::ParseJson(body);
+    } catch (const Vor::Exception& e) {
+        return ProblemResponse(
+            {400, std::string("The body isn't the JSON that was expected. ") + e.what(), e.Status()});
+    }
+    if (isPatch) {
+        try {
+            RequirePatch(json);
+        } catch (const Vor::Exception&) {
+            return FailureResponse(std::current_exception(), Verb::Update, {.patch = true});
+        }
+    }
+    call.body = VorDataTree::FromJson(json);
+    return std::nullopt;
+}
+
+void ResourceGateway::Process(const CallPointer& call) {
+    const std::string& method = call->request.method;
+    const std::string& path = call->target.path;
+    if (method == "GET" && AcceptsExplicitly(call->request.fields, EventStream)) {
+        OpenStream(*call);
+        return;
+    }
+    if (const auto verb = map.VerbOf(method, path)) {
+        ProcessVerb(call, *verb);
+        return;
+    }
+    const Methods methods = map.MethodsOf(path);
+    HttpResponse response{.status = 204};
+    if (!methods.Any()) {
+        response = NotFound(path);
+    } else if (method != "OPTIONS") {
+        response = ProblemResponse({405, path + " doesn't have the method " + method + "."});
+    }
+    if (methods.Any()) {
+        methods.AddTo(response.fields);
+    }
+    call->responder.Respond(std::move(response));
+}
+
+void ResourceGateway::ProcessVerb(const CallPointer& call, Verb verb) {
+    if (verb == Verb::Read) {
+        Read(call);
+        return;
+    }
+    if (auto refusal = CheckPrecondition(*call)) {
+        call->responder.Respond(*std::move(refusal));
+        return;
+    }
+    const VorRest::Request request{verb, call->target.path, std::exchange(call->body, {}), call->wantsSchema};
+    Run(call, request, [this, call, verb](Answer answer) {
+        call->hasChanged = true;
+        switch (verb) {
+        case Verb::Create:
+            call->status = 201;
+            call->fields.Add("Location", answer.path);
+            call->target.path = answer.path;
+            MakeDocument(call);
+            break;
+        case Verb::Delete:
+            call->responder.Respond({.status = 204});
+            break;
+        case Verb::Invoke:
+            Send(call, Document(*call, call->target.path, std::move(answer)));
+            break;
+        default:
+            MakeDocument(call);
+        }
+    });
+}
+
+void ResourceGateway::OpenStream(Call& call) {
+    try {
+        call.responder.Respond(streams.Open(call.target, call.request, call.responder));
+    } catch (const Vor::Exception& e) {
+        if (e.Status() == yERROR_UNIMPLEMENTED) {
+            call.responder.Respond(ProblemResponse({406, call.target.path + " isn't a stream of events.", e.Status()}));
+        } else {
+            Fail(call, std::current_exception(), Verb::Read);
+        }
+    } catch (...) {
+        Fail(call, std::current_exception(), Verb::Read);
+    }
+}
+
+std::optional<HttpResponse> ResourceGateway::CheckPrecondition(const Call& call) const {
+    const auto ifMatch = call.request.fields.Find("If-Match");
+    if (!ifMatch) {
+        return std::nullopt;
+    }
+    const auto tag = revisions.TagOf(call.target.path);
+    if (IfMatchAdmits(*ifMatch, tag)) {
+        return std::nullopt;
+    }
+    if (!map.MethodsOf(call.target.path).get) {
+        return NotFound(call.target.path);
+    }
+    HttpResponse refusal = ProblemResponse({412, "The configuration has the tag " + tag.value_or("(none)") +
+                                                     ", and the field If-Match is " + *ifMatch + "."});
+    if (tag) {
+        refusal.fields.Add("ETag", *tag);
+    }
+    return refusal;
+}
+
+void ResourceGateway::Ask(const CallPointer& call, const VorRest::Request& request, Then then) {
+    const Verb verb = request.verb;
+    requests.Run(request, [this, token = std::weak_ptr(alive), call, verb, then = std::move(then)](Answer answer) {
+        if (token.expired()) {
+            return;
+        }
+        try {
+            then(std::move(answer));
+        } catch (...) {
+            Fail(*call, std::current_exception(), verb);
+        }
+    });
+}
+
+void ResourceGateway::Run(const CallPointer& call, const VorRest::Request& request, Then then) {
+    Ask(call, request, [this, call, verb = request.verb, then = std::move(then)](Answer answer) {
+        if (answer.failure != nullptr) {
+            Fail(*call, answer.failure, verb);
+        } else {
+            then(std::move(answer));
+        }
+    });
+}
+
+void ResourceGateway::Fail(const Call& call, const std::exception_ptr& failure, Verb verb) const {
+    if (call.hasChanged) {
+        call.responder.Respond({.status = call.status == 201 ? 201U : 204U, .fields = call.fields});
+        return;
+    }
+    call.responder.Respond(FailureResponse(failure, verb, map.MethodsOf(call.target.path)));
+}
+
+void ResourceGateway::Read(const CallPointer& call) {
+    const std::string& path = call->target.path;
+    if (!large.IsLarge(path)) {
+        if (budget->HasRoom(0)) {
+            MakeDocument(call);
+        } else {
+            call->responder.Respond(TooMuch());
+        }
+        return;
+    }
+    const bool waits = large.Wait(
+        path, [call] { return call->responder.IsWanted(); },
+        [this, call](LargeDocuments::Turn turn) {
+            call->turn = std::move(turn);
+            MakeDocument(call);
+        });
+    if (!waits) {
+        call->responder.Respond(ProblemResponse({503, "Too many requests wait for large documents."}));
+    }
+}
+
+void ResourceGateway::MakeDocument(const CallPointer& call) {
+    const std::string& path = call->target.path;
+    Run(call, {Verb::Read, path, {}, call->wantsSchema}, [this, call](Answer answer) {
+        const auto document = Document(*call, call->target.path, std::move(answer));
+        const auto isExpanded = [&](const HalDocument::Embedded& part) {
+            return std::ranges::find(call->expanded, part.link.relation) != call->expanded.end();
+        };
+        if (std::ranges::count_if(document->embedded, isExpanded) > static_cast<std::ptrdiff_t>(MaxExpanded)) {
+            call->responder.Respond(ProblemResponse(
+                {422, "The query asks for more than the " + std::to_string(MaxExpanded) + " documents that it may."}));
+            return;
+        }
+        Expand(call, document, 0);
+    });
+}
+
+void ResourceGateway::Expand(const CallPointer& call, const std::shared_ptr<HalDocument>& document, std::size_t part) {
+    const auto isExpanded = [&](std::size_t index) {
+        return std::ranges::find(call->expanded, document->embedded[index].link.relation) != call->expanded.end();
+    };
+    while (part < document->embedded.size() && !isExpanded(part)) {
+        ++part;
+    }
+    if (part == document->embedded.size()) {
+        Send(call, document);
+        return;
+    }
+    const std::string path = document->embedded[part].link.href;
+    Ask(call, {Verb::Read, path, {}, call->wantsSchema}, [this, call, document, part, path](Answer answer) {
+        std::size_t next = part;
+        if (answer.failure != nullptr) {
+            document->embedded.erase(document->embedded.begin() + static_cast<std::ptrdiff_t>(part));
+        } else {
+            document->embedded[part].document = Document(*call, path, std::move(answer));
+            ++next;
+        }
+        // What else the main loop has to do may go first.
+        runner.Run([this, call, document, next] { Expand(call, document, next); });
+    });
+}
+
+void ResourceGateway::Send(const CallPointer& call, const std::shared_ptr<HalDocument>& document) {
+    const std::string path = call->target.path;
+    call->fields.Add("Content-Type", std::string(HalJson));
+    call->fields.Add("Cache-Control", "no-store");
+    if (const auto tag = revisions.TagOf(path)) {
+        call->fields.Add("ETag", *tag);
+    }
+    Net::NetThread& thread = call->turn != nullptr ? largeTextThread : textThread;
+    thread.Post([this, call, document] {
+        std::string text = document->Text();
+        *document = {};
+        if (const std::size_t size = text.size(); call->turn != nullptr || size > LargeDocuments::LargeSize) {
+            runner.Run([this, path = call->target.path, size] { large.Note(path, size); });
+        }
+        call->responder.Respond({.status = call->status,
+                                 .fields = std::move(call->fields),
+                                 .body = Budget::Hold(std::move(text), std::move(call->share))});
+    });
+}
+
+std::shared_ptr<HalDocument> ResourceGateway::Document(Call& call, const std::string& path, Answer answer) {
+    auto document = std::make_shared<HalDocument>(map.Describe(path, std::move(answer)));
+    call.treeSize += document->members.Size();
+    call.share->Change(call.treeSize);
+    if (call.treeSize > LargeDocuments::LargeSize && call.turn == nullptr) {
+        call.turn = large.TakeTurn();
+        large.NoteTree(call.target.path, call.treeSize);
+    }
+    return document;
+}
+
+} // namespace Sensor::Http

@@ -1,0 +1,131 @@
+#include "Sensor/Http/LargeDocuments.h"
+
+#include "Vor/AsyncRunner.h"
+#include "Vor/MainLoop.h"
+
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace Sensor::Http {
+namespace {
+
+constexpr std::size_t MiB = std::size_t{1024} * 1024;
+
+class LargeDocumentsTest : public testing::Test {
+protected:
+    bool Wait(const std::string& path) {
+        return large.Wait(
+            path, [this, path] { return path != gone; },
+            [this, path](LargeDocuments::Turn turn) {
+                started.push_back(path);
+                turns.push_back(std::move(turn));
+            });
+    }
+
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    std::shared_ptr<Budget> budget = std::make_shared<Budget>(100 * MiB);
+    Vor::AsyncRunner runner;
+    LargeDocuments large{*budget, runner};
+    std::vector<std::string> started;
+    std::vector<LargeDocuments::Turn> turns;
+    std::string gone;
+};
+
+TEST_F(LargeDocumentsTest, ADocumentIsLargeAsLongAsItsTextIs) {
+    EXPECT_FALSE(large.IsLarge("/a"));
+    large.Note("/a", MiB);
+    EXPECT_FALSE(large.IsLarge("/a"));
+    large.Note("/a", MiB + 1);
+    EXPECT_TRUE(large.IsLarge("/a"));
+    EXPECT_FALSE(large.IsLarge("/b"));
+    large.Note("/a", 1);
+    EXPECT_FALSE(large.IsLarge("/a"));
+}
+
+TEST_F(LargeDocumentsTest, ATreeIsLargerThanItsText) {
+    large.NoteTree("/a", 2 * MiB);
+    EXPECT_FALSE(large.IsLarge("/a"));
+    large.NoteTree("/a", 8 * MiB);
+    EXPECT_TRUE(large.IsLarge("/a"));
+}
+
+TEST_F(LargeDocumentsTest, OneIsMadeAtATimeInTheOrderOfTheRequests) {
+    EXPECT_TRUE(Wait("/a"));
+    EXPECT_TRUE(Wait("/b"));
+    EXPECT_TRUE(started.empty());
+    loop.RunReady();
+    EXPECT_EQ(started, std::vector<std::string>{"/a"});
+    std::thread([this] { turns.clear(); }).join();
+    EXPECT_EQ(started.size(), 1U);
+    loop.RunReady();
+    EXPECT_EQ(started, (std::vector<std::string>{"/a", "/b"}));
+}
+
+TEST_F(LargeDocumentsTest, WhatTheMainLoopHasToDoGoesFirst) {
+    std::size_t startedBefore = 1;
+    loop.Post([&] { startedBefore = started.size(); });
+    Wait("/a");
+    loop.RunReady();
+    EXPECT_EQ(startedBefore, 0U);
+    EXPECT_EQ(started.size(), 1U);
+}
+
+TEST_F(LargeDocumentsTest, OneThatProvedToBeLargeTakesATurn) {
+    auto turn = large.TakeTurn();
+    auto copy = turn;
+    Wait("/a");
+    loop.RunReady();
+    turn.reset();
+    loop.RunReady();
+    EXPECT_TRUE(started.empty());
+    copy.reset();
+    loop.RunReady();
+    EXPECT_EQ(started.size(), 1U);
+}
+
+TEST_F(LargeDocumentsTest, SixteenMayWait) {
+    for (std::size_t i = 0; i < LargeDocuments::MaxWaiting; ++i) {
+        EXPECT_TRUE(Wait("/" + std::to_string(i)));
+    }
+    EXPECT_FALSE(Wait("/more"));
+    gone = "/7";
+    EXPECT_TRUE(Wait("/more"));
+    EXPECT_FALSE(Wait("/evenMore"));
+}
+
+TEST_F(LargeDocumentsTest, NothingIsMadeForAClientThatHasGone) {
+    Wait("/a");
+    Wait("/b");
+    gone = "/a";
+    loop.RunReady();
+    EXPECT_EQ(started, std::vector<std::string>{"/b"});
+}
+
+TEST_F(LargeDocumentsTest, TheBudgetMustHaveRoomForTreeAndText) {
+    large.Note("/a", 10 * MiB);
+    Budget::Share unsent(budget);
+    unsent.Change(50 * MiB);
+    Wait("/a");
+    loop.RunReady();
+    EXPECT_TRUE(started.empty());
+    unsent.Change(45 * MiB);
+    loop.RunReady();
+    EXPECT_TRUE(started.empty());
+    unsent.Change(40 * MiB);
+    loop.RunReady();
+    EXPECT_EQ(started.size(), 1U);
+}
+
+TEST_F(LargeDocumentsTest, ATurnMayOutliveIt) {
+    auto other = std::make_unique<LargeDocuments>(*budget, runner);
+    auto turn = other->TakeTurn();
+    other.reset();
+    loop.RunReady();
+    turn.reset();
+    EXPECT_EQ(loop.RunReady(), 0U);
+}
+
+} // namespace
+} // namespace Sensor::Http

@@ -1,0 +1,612 @@
+#include "Sensor/Http/ResourceGateway.h"
+
+#include "Tests/Sensor/Http/GatewayFixture.h"
+
+#include <chrono>
+#include <set>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Sensor::Http::LargeDocuments;
+using Sensor::Http::ResourceGateway;
+using VorApi::RequestInfoEx;
+using VorApi::ResponseInfoEx;
+using VorApi::VorDataTree;
+
+class ResourceGatewayTest : public Tests::GatewayFixture {
+protected:
+    /// The paths of a relation.
+    static Texts HrefsOf(const Json& document, const std::string& relation) {
+        const Json links = document["_links"].value(relation, Json::array());
+        Texts hrefs;
+        for (const Json& link : links.is_array() ? links : Json::array({links})) {
+            hrefs.push_back(link["href"]);
+        }
+        return hrefs;
+    }
+
+    void WriteFree(std::function<void(ResponseInfoEx&, VorDataTree&)> write) {
+        free.onDocument = [write = std::move(write)](const RequestInfoEx&, ResponseInfoEx& response,
+                                                     VorDataTree& data) { write(response, data); };
+    }
+    /// A document whose text has a little more than `size` bytes.
+    void WriteLargeFree(std::size_t size) {
+        WriteFree([size](ResponseInfoEx&, VorDataTree& data) { data["text"].Set(std::string(size, 'x')); });
+    }
+};
+
+// Methods.
+
+TEST_F(ResourceGatewayTest, GetAndHeadReadADocument) {
+    notes.texts = {{"a", "Hello"}};
+    for (const char* const method : {"GET", "HEAD"}) {
+        const HttpResponse response = Request(method, "/notes/a");
+        EXPECT_EQ(response.status, 200U);
+        EXPECT_EQ(response.fields.Find("Content-Type"), "application/hal+json");
+        EXPECT_EQ(response.fields.Find("Cache-Control"), "no-store");
+        EXPECT_EQ(*response.body, R"({"_links":{"self":{"href":"/notes/a"},"up":{"href":"/notes"},)"
+                                  R"("collection":{"href":"/notes"}},"text":"Hello"})");
+    }
+}
+
+TEST_F(ResourceGatewayTest, PatchUpdatesAndReturnsTheDocumentAsItIsThen) {
+    notes.texts = {{"a", "Hello"}};
+    for (const char* const type : {"application/json", "application/merge-patch+json"}) {
+        const HttpResponse response =
+            Request("PATCH", "/notes/a?schema=1", {{"Content-Type", type}}, R"({"text":"Bye"})");
+        EXPECT_EQ(response.status, 200U);
+        EXPECT_EQ(Parse(response)["text"], "Bye");
+        EXPECT_EQ(Parse(response)["_schema"]["type"], "object");
+        EXPECT_EQ(notes.texts["a"], "Bye");
+        notes.texts["a"] = "Hello";
+    }
+}
+
+TEST_F(ResourceGatewayTest, PostCreatesInACollection) {
+    const HttpResponse response = SendJson("POST", "/notes", R"({"id":"a b","text":"Hi"})");
+    EXPECT_EQ(response.status, 201U);
+    EXPECT_EQ(response.fields.Find("Location"), "/notes/a%20b");
+    EXPECT_EQ(Parse(response)["text"], "Hi");
+    EXPECT_EQ(Parse(response)["_links"]["self"]["href"], "/notes/a%20b");
+    EXPECT_EQ(GetDocument("/notes/a%20b")["text"], "Hi");
+    EXPECT_EQ(DetailOf(SendJson("POST", "/notes/", R"({"id":"a b"})"), 409), "There is a note 'a b'.");
+}
+
+TEST_F(ResourceGatewayTest, WhatWasChangedIsDoneEvenIfItCantBeRead) {
+    const HttpResponse created = SendJson("POST", "/notes", R"({"id":"broken"})");
+    EXPECT_EQ(created.status, 201U);
+    EXPECT_EQ(created.fields.Find("Location"), "/notes/broken");
+    EXPECT_EQ(created.body, nullptr);
+    EXPECT_EQ(SendJson("PATCH", "/notes/broken", R"({"text":"x"})").status, 204U);
+}
+
+TEST_F(ResourceGatewayTest, PostInvokesACommand) {
+    EXPECT_EQ(*SendJson("POST", "/button", R"({"x":[1]})").body, R"({"_links":{"self":{"href":"/button"},)"
+                                                                 R"("up":{"href":"/"}},"x":[1]})");
+    const HttpResponse empty = Request("POST", "/button");
+    EXPECT_EQ(empty.status, 200U);
+    EXPECT_FALSE(Parse(empty).contains("x"));
+}
+
+TEST_F(ResourceGatewayTest, DeleteDeletes) {
+    notes.texts = {{"a", ""}};
+    const HttpResponse response = Request("DELETE", "/notes/a");
+    EXPECT_EQ(response.status, 204U);
+    EXPECT_EQ(response.body, nullptr);
+    EXPECT_TRUE(notes.texts.empty());
+    EXPECT_EQ(DetailOf(Request("DELETE", "/notes/a"), 404), "There is no note 'a'.");
+}
+
+TEST_F(ResourceGatewayTest, OptionsListsTheMethods) {
+    notes.texts = {{"a", ""}};
+    const auto allowed = [&](const char* target) {
+        const HttpResponse response = Request("OPTIONS", target);
+        EXPECT_EQ(response.status, 204U) << target;
+        return response.fields.Find("Allow").value_or("") + " | " + response.fields.Find("Accept-Patch").value_or("");
+    };
+    EXPECT_EQ(allowed("/notes"), "GET, HEAD, POST, OPTIONS | ");
+    EXPECT_EQ(allowed("/notes/a"),
+              "GET, HEAD, PATCH, DELETE, OPTIONS | application/json, application/merge-patch+json");
+    EXPECT_EQ(allowed("/button"), "POST, OPTIONS | ");
+    EXPECT_EQ(allowed("/controls"), "GET, HEAD, OPTIONS | ");
+    EXPECT_EQ(allowed("/controls/full"), "GET, HEAD, PATCH, OPTIONS | application/json, application/merge-patch+json");
+    EXPECT_EQ(allowed("/controls/full/commands/greet"), "GET, HEAD, POST, OPTIONS | ");
+    EXPECT_EQ(allowed("/controls/full/commands"), "GET, HEAD, OPTIONS | ");
+    EXPECT_EQ(Request("OPTIONS", "/notes/b").status, 404U);
+    EXPECT_EQ(Request("OPTIONS", "/controls/nobody").status, 404U);
+}
+
+TEST_F(ResourceGatewayTest, AMethodThatTheResourceDoesntHaveIsNotAllowed) {
+    notes.texts = {{"a", ""}};
+    const auto refused = [&](const char* method, const char* target) {
+        const HttpResponse response = SendJson(method, target, "{}");
+        EXPECT_EQ(response.status, 405U) << method << target;
+        return response.fields.Find("Allow");
+    };
+    EXPECT_EQ(refused("PUT", "/notes/a"), "GET, HEAD, PATCH, DELETE, OPTIONS");
+    EXPECT_EQ(refused("POST", "/notes/a"), "GET, HEAD, PATCH, DELETE, OPTIONS");
+    EXPECT_EQ(refused("PATCH", "/notes"), "GET, HEAD, POST, OPTIONS");
+    EXPECT_EQ(refused("DELETE", "/notes"), "GET, HEAD, POST, OPTIONS");
+    EXPECT_EQ(refused("GET", "/button"), "POST, OPTIONS");
+    EXPECT_EQ(refused("BREW", "/controls"), "GET, HEAD, OPTIONS");
+    EXPECT_EQ(refused("PATCH", "/controlTypes"), "GET, HEAD, OPTIONS");
+    EXPECT_EQ(refused("PATCH", "/controls/full/outputs"), "GET, HEAD, OPTIONS");
+    EXPECT_EQ(refused("POST", "/controls/full/commands"), "GET, HEAD, OPTIONS");
+    EXPECT_EQ(DetailOf(Request("PUT", "/notes/a"), 405), "/notes/a doesn't have the method PUT.");
+}
+
+TEST_F(ResourceGatewayTest, WhatIsntThereIsNotFound) {
+    EXPECT_EQ(DetailOf(Get("/nothing"), 404), "There is no resource at /nothing.");
+    EXPECT_EQ(DetailOf(Get("/notes/a"), 404), "There is no note 'a'.");
+    EXPECT_EQ(Parse(Get("/notes/a"))["code"], yERROR_NOT_FOUND);
+    EXPECT_EQ(Get("/notes//a").status, 404U);
+    EXPECT_EQ(Get("/..").status, 404U);
+    EXPECT_EQ(Request("PUT", "/controls/nobody").status, 404U);
+    EXPECT_EQ(SendJson("PATCH", "/controls/nobody", "{}").status, 404U);
+    EXPECT_EQ(Get("/controls/bare/commands").status, 404U);
+    EXPECT_EQ(SendJson("POST", "/controls/full/commands/nothing", "{}").status, 404U);
+}
+
+// Targets.
+
+TEST_F(ResourceGatewayTest, PathsAreCodedBothWaysAndMayEndWithASlash) {
+    notes.texts = {{"a/b c\xc3\xa4", "x"}};
+    const Json list = GetDocument("/notes/");
+    EXPECT_EQ(list["_links"]["self"]["href"], "/notes");
+    const std::string path = list["_embedded"]["item"][0]["_links"]["self"]["href"];
+    EXPECT_EQ(path, "/notes/a%2Fb%20c%C3%A4");
+    for (const char* const same : {"/notes/a%2Fb%20c%C3%A4/", "/notes/%61%2fb%20c%c3%a4", "/%6eotes/a%2Fb%20c%C3%A4"}) {
+        EXPECT_EQ(GetDocument(same)["_links"]["self"]["href"], path);
+    }
+}
+
+TEST_F(ResourceGatewayTest, AMalformedTargetIsABadRequest) {
+    for (const char* const target : {"", "*", "/a%", "/%ff", "http://localhost/"}) {
+        EXPECT_EQ(Get(target).status, 400U) << target;
+    }
+    EXPECT_EQ(DetailOf(Get("/notes?schema=yes"), 400), "The query has schema=yes, and 0 or 1 was expected.");
+}
+
+TEST_F(ResourceGatewayTest, TheSchemaComesWhenItIsWanted) {
+    notes.texts = {{"a", ""}};
+    EXPECT_TRUE(GetDocument("/notes/a?schema=1").contains("_schema"));
+    EXPECT_FALSE(GetDocument("/notes/a?schema=0").contains("_schema"));
+    EXPECT_FALSE(GetDocument("/notes/a?other=1").contains("_schema"));
+}
+
+// Bodies.
+
+TEST_F(ResourceGatewayTest, ABodyThatIsntJsonIsRefused) {
+    notes.texts = {{"a", "Hello"}};
+    EXPECT_EQ(
+        DetailOf(SendJson("PATCH", "/notes/a", "{\n \"text\" 1}"), 400),
+        "The body isn't the JSON that was expected. Line 2, column 9: syntax error while parsing object separator - "
+        "unexpected number literal; expected ':'.");
+    EXPECT_EQ(SendJson("PATCH", "/notes/a", "").status, 400U);
+    EXPECT_EQ(SendJson("POST", "/button", "{").status, 400U);
+    EXPECT_EQ(SendJson("POST", "/button", "\"\xff\"").status, 400U);
+    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+    EXPECT_EQ(SendJson("POST", "/button", nested(64)).status, 200U);
+    EXPECT_EQ(DetailOf(SendJson("POST", "/button", nested(65)), 400),
+              "The body isn't the JSON that was expected. Line 1, column 65: nested more than 64 levels deep.");
+    EXPECT_EQ(notes.texts["a"], "Hello");
+}
+
+TEST_F(ResourceGatewayTest, ABodyOfAnotherTypeIsRefused) {
+    const HttpResponse patch = Request("PATCH", "/notes/a", {{"Content-Type", "text/plain"}}, "{}");
+    EXPECT_EQ(DetailOf(patch, 415), "The body is 'text/plain', and one of these types, in UTF-8, was expected: "
+                                    "application/json, application/merge-patch+json");
+    EXPECT_EQ(patch.fields.Find("Accept-Patch"), "application/json, application/merge-patch+json");
+    const HttpResponse post = Request("POST", "/button", {}, "{}");
+    EXPECT_EQ(post.status, 415U);
+    EXPECT_EQ(post.fields.Find("Accept"), "application/json");
+    EXPECT_EQ(Request("POST", "/button", {{"Content-Type", "application/merge-patch+json"}}, "{}").status, 415U);
+}
+
+TEST_F(ResourceGatewayTest, AHeaderIsEnoughForARefusal) {
+    const auto statusOf = [&](const char* method, const char* target, HttpFields fields) {
+        fields.Add("Host", "localhost");
+        const auto refusal = gateway->CheckHeader({.method = method, .target = target, .fields = fields});
+        return refusal ? refusal->status : 0;
+    };
+    EXPECT_EQ(statusOf("GET", "/", {}), 0U);
+    EXPECT_EQ(statusOf("GET", "/%", {}), 400U);
+    EXPECT_EQ(statusOf("POST", "/", {}), 0U);
+    EXPECT_EQ(statusOf("POST", "/", {{"Content-Length", "0"}}), 0U);
+    EXPECT_EQ(statusOf("POST", "/", {{"Content-Length", "2"}}), 415U);
+    EXPECT_EQ(statusOf("POST", "/", {{"Transfer-Encoding", "chunked"}}), 415U);
+    EXPECT_EQ(statusOf("POST", "/", {{"Content-Length", "2"}, {"Content-Type", "application/json"}}), 0U);
+    EXPECT_EQ(statusOf("POST", "/", {{"Origin", "http://evil.example"}}), 403U);
+}
+
+TEST_F(ResourceGatewayTest, PagesOfOtherHostsAreRefused) {
+    notes.texts = {{"a", ""}};
+    EXPECT_EQ(Request("GET", "/notes", {{"Host", "evil.example"}}).status, 421U);
+    EXPECT_EQ(Request("DELETE", "/notes/a", {{"Origin", "http://evil.example"}}).status, 403U);
+    EXPECT_EQ(notes.texts.size(), 1U);
+    Restart({.hosts = {"sensor.example"}});
+    EXPECT_EQ(Request("GET", "/notes", {{"Host", "sensor.example"}}).status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, NullInAPatchIsRefusedWhereverAMemberWouldGo) {
+    notes.texts = {{"a", "Hello"}};
+    const HttpResponse response = SendJson("PATCH", "/notes/a", R"({"text":null,"b":{"c/d~":null,"e":[null]}})");
+    EXPECT_EQ(DetailOf(response, 422), "null would remove /b/c~1d~0, and members can't be removed.");
+    EXPECT_EQ(Parse(response)["errors"].size(), 2U);
+    EXPECT_EQ(Parse(response)["errors"][0]["pointer"], "/b/c~1d~0");
+    EXPECT_EQ(Parse(response)["errors"][1]["pointer"], "/text");
+    EXPECT_EQ(Parse(response)["code"], yERROR_PARAMETER);
+    for (const char* const body : {"null", "[]", "7"}) {
+        EXPECT_EQ(DetailOf(SendJson("PATCH", "/notes/a", body), 422),
+                  "The document of a PATCH is an object with the members to be changed.");
+    }
+    EXPECT_EQ(notes.texts["a"], "Hello");
+}
+
+// Hypertext.
+
+TEST_F(ResourceGatewayTest, AServiceHasItsRelationsFirstAndThenThoseOfItsRoutes) {
+    const Json service = GetDocument("/controls/full");
+    const std::string text = *Get("/controls/full").body;
+    EXPECT_EQ(HrefsOf(service, "self"), Texts{"/controls/full"});
+    EXPECT_EQ(HrefsOf(service, "vor:command"), (Texts{"/controls/full/commands/greet", "/controls/full/commands/quiet",
+                                                      "/controls/full/commands/fail"}));
+    EXPECT_EQ(HrefsOf(service, "up"), Texts{"/controls"});
+    EXPECT_EQ(HrefsOf(service, "collection"), Texts{"/controls"});
+    EXPECT_EQ(HrefsOf(service, "vor:metrics"), Texts{"/controls/full/metrics"});
+    EXPECT_EQ(HrefsOf(service, "vor:commands"), Texts{"/controls/full/commands"});
+    EXPECT_EQ(service["_links"]["curies"], Json::parse(R"([{"name":"vor","href":"/rels/{rel}","templated":true}])"));
+    EXPECT_LT(text.find("vor:command\""), text.find("\"up\""));
+    EXPECT_EQ(service["_embedded"]["vor:datasources"],
+              Json::parse(R"({"_links":{"self":{"href":"/controls/full/outputs"}}})"));
+    EXPECT_EQ(service["_embedded"]["vor:registerAssembly"],
+              Json::parse(R"([{"_links":{"self":{"href":"/controls/full/registerAssemblies/a1"}}}])"));
+    EXPECT_EQ(service["id"], "full");
+}
+
+TEST_F(ResourceGatewayTest, LinksThatLeadNowhereAreLeftOut) {
+    const Json bare = GetDocument("/controls/bare");
+    EXPECT_FALSE(bare["_links"].contains("vor:metrics"));
+    EXPECT_FALSE(bare["_links"].contains("vor:commands"));
+    EXPECT_FALSE(bare["_links"].contains("curies"));
+    EXPECT_FALSE(bare.contains("_embedded"));
+    WriteFree([](ResponseInfoEx& response, VorDataTree&) {
+        for (const char* const path :
+             {"/nothing", "/notes/a", "/controls/nobody", "/button", "/%", "nothing", "/notes"}) {
+            response.Link("to", path, true, VorDataTree());
+            response.Embed("part", path, true, VorDataTree());
+        }
+    });
+    const Json document = GetDocument("/free");
+    EXPECT_EQ(HrefsOf(document, "to"), (Texts{"/button", "/notes"}));
+    EXPECT_EQ(document["_embedded"]["part"].size(), 2U);
+    EXPECT_EQ(HrefsOf(document, "up"), Texts{"/"});
+    EXPECT_FALSE(GetDocument("/")["_links"].contains("up"));
+}
+
+TEST_F(ResourceGatewayTest, WhatTheDocumentLinksItselfIsntAddedAgain) {
+    WriteFree([](ResponseInfoEx& response, VorDataTree&) { response.Link("up", "/notes", false, VorDataTree()); });
+    EXPECT_EQ(HrefsOf(GetDocument("/free"), "up"), Texts{"/notes"});
+}
+
+TEST_F(ResourceGatewayTest, EmbedsAreFilledOnDemandOneLevelDeep) {
+    const Json service = GetDocument("/controls/full?expand=vor:registerAssembly,other&schema=1");
+    EXPECT_EQ(service["_embedded"]["vor:registerAssembly"][0]["id"], "a1");
+    EXPECT_TRUE(service["_embedded"]["vor:registerAssembly"][0]["attributes"].contains("_schema"));
+    EXPECT_EQ(service["_embedded"]["vor:datasources"].size(), 1U);
+    const Json list = GetDocument("/controls?expand=item");
+    EXPECT_EQ(list["_embedded"]["item"][0]["id"], "bare");
+    EXPECT_EQ(list["_embedded"]["item"][1]["id"], "full");
+    EXPECT_EQ(list["_embedded"]["item"][1]["_embedded"]["vor:datasources"].size(), 1U);
+    EXPECT_EQ(HrefsOf(list["_embedded"]["item"][1], "vor:metrics"), Texts{"/controls/full/metrics"});
+}
+
+TEST_F(ResourceGatewayTest, AnEmbedThatCantBeReadIsLeftOut) {
+    notes.texts = {{"a", "1"}, {"broken", "2"}, {"c", "3"}};
+    EXPECT_EQ(GetDocument("/notes")["_embedded"]["item"].size(), 3U);
+    const Json items = GetDocument("/notes?expand=item")["_embedded"]["item"];
+    ASSERT_EQ(items.size(), 2U);
+    EXPECT_EQ(items[0]["text"], "1");
+    EXPECT_EQ(items[1]["text"], "3");
+}
+
+TEST_F(ResourceGatewayTest, AThousandEmbedsAreFilledAndNotOneMore) {
+    for (std::size_t i = 0; i < ResourceGateway::MaxExpanded; ++i) {
+        notes.texts["n" + std::to_string(i)] = "x";
+    }
+    const Json items = GetDocument("/notes?expand=item")["_embedded"]["item"];
+    ASSERT_EQ(items.size(), 1000U);
+    EXPECT_EQ(items[999]["text"], "x");
+    notes.texts["more"];
+    EXPECT_EQ(DetailOf(Get("/notes?expand=item"), 422), "The query asks for more than the 1000 documents that it may.");
+    EXPECT_EQ(GetDocument("/notes")["_embedded"]["item"].size(), 1001U);
+}
+
+TEST_F(ResourceGatewayTest, TheMainLoopGoesOnBetweenTheDocumentsOfEmbeds) {
+    notes.texts = {{"a", ""}, {"b", ""}};
+    const Client client = Send("GET", "/notes?expand=item");
+    loop.Step();
+    bool went = false;
+    loop.Post([&] { went = true; });
+    for (int i = 0; i < 3 && !went; ++i) {
+        loop.Step();
+    }
+    EXPECT_TRUE(went);
+    EXPECT_EQ(Wait(client).status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, NoLinkAndNoEmbedIsDead) {
+    notes.texts = {{"a/b", ""}};
+    service->AddOutput(1, "source");
+    Texts waiting{"/"};
+    std::set<std::string> seen{"/"};
+    std::set<std::string> relations;
+    const auto follow = [&](const std::string& relation, const Json& target) {
+        relations.insert(relation);
+        if (!target.value("templated", false) && seen.insert(target["href"]).second) {
+            waiting.push_back(target["href"]);
+        }
+    };
+    const auto followAll = [&](const Json& document) {
+        for (const auto& [relation, targets] : document["_links"].items()) {
+            for (const Json& target : targets.is_array() ? targets : Json::array({targets})) {
+                follow(relation, target);
+            }
+        }
+    };
+    while (!waiting.empty()) {
+        const Json document = GetDocument(waiting.back() + "?schema=1");
+        waiting.pop_back();
+        followAll(document);
+        const Json embedded = document.value("_embedded", Json::object());
+        for (const auto& [relation, parts] : embedded.items()) {
+            relations.insert(relation);
+            for (const Json& part : parts.is_array() ? parts : Json::array({parts})) {
+                followAll(part);
+            }
+        }
+    }
+    EXPECT_GT(seen.size(), 30U);
+    EXPECT_TRUE(seen.contains("/controls/full/registerAssemblies/a1/commands/add"));
+    for (const std::string& relation : relations) {
+        if (relation.starts_with("vor:")) {
+            EXPECT_EQ(GetDocument("/rels/" + relation.substr(4))["relation"], relation);
+        }
+    }
+    EXPECT_TRUE(relations.contains("vor:datasources"));
+}
+
+TEST_F(ResourceGatewayTest, EachKindOfProblemIsExplained) {
+    const Json list = GetDocument("/problems?expand=item");
+    EXPECT_GT(list["_embedded"]["item"].size(), 10U);
+    const Json problem = Parse(Get("/nothing"));
+    const Json explanation = GetDocument(problem["type"].get<std::string>() + "?schema=1");
+    EXPECT_EQ(explanation["type"], problem["type"]);
+    EXPECT_EQ(explanation["title"], problem["title"]);
+    EXPECT_EQ(explanation["status"], 404);
+    EXPECT_EQ(explanation["_schema"]["properties"]["status"]["title"], "HTTP Status");
+    EXPECT_EQ(DetailOf(Get("/problems/none"), 404), "There is no explanation of 'none'.");
+    EXPECT_EQ(Get("/rels/none").status, 404U);
+}
+
+// Revisions.
+
+TEST_F(ResourceGatewayTest, DocumentsBelowAServiceHaveATag) {
+    revisions.revision = 7;
+    for (const char* const path : {"/controls/full", "/controls/full/outputs", "/controls/full/commands/greet"}) {
+        EXPECT_EQ(Get(path).fields.Find("ETag"), "\"boot-7\"") << path;
+    }
+    for (const char* const path : {"/controls", "/controls/full/metrics", "/controlTypes"}) {
+        EXPECT_EQ(Get(path).fields.Find("ETag"), std::nullopt) << path;
+    }
+    EXPECT_EQ(Request("GET", "/controls/full", {{"If-None-Match", "\"boot-7\""}}).status, 200U);
+    EXPECT_EQ(Request("GET", "/controls/full", {{"If-Match", "\"boot-1\""}}).status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, AStaleChangeIsRefused) {
+    const std::string change = R"({"parameters":{"port":503}})";
+    revisions.revision = 2;
+    const HttpResponse stale = SendJson("PATCH", "/controls/full", change, {{"If-Match", "\"boot-1\""}});
+    EXPECT_EQ(DetailOf(stale, 412), "The configuration has the tag \"boot-2\", and the field If-Match is \"boot-1\".");
+    EXPECT_EQ(stale.fields.Find("ETag"), "\"boot-2\"");
+    EXPECT_EQ(SendJson("PATCH", "/controls/full", change, {{"If-Match", "W/\"boot-2\""}}).status, 412U);
+    EXPECT_EQ(SendJson("POST", "/controls/full/commands/greet", "{}", {{"If-Match", "\"boot-1\""}}).status, 412U);
+    EXPECT_EQ(service->params->port.Get(), 502);
+
+    service->onParamsUpdate = [&] { ++revisions.revision; };
+    const HttpResponse done = SendJson("PATCH", "/controls/full", change, {{"If-Match", "\"other\", \"boot-2\""}});
+    EXPECT_EQ(done.status, 200U);
+    EXPECT_EQ(done.fields.Find("ETag"), "\"boot-3\"");
+    EXPECT_EQ(service->params->port.Get(), 503);
+    EXPECT_EQ(SendJson("PATCH", "/controls/full", change, {{"If-Match", "*"}}).status, 200U);
+    EXPECT_EQ(SendJson("PATCH", "/controls/full", change).status, 200U);
+    EXPECT_EQ(SendJson("POST", "/controls/full/commands/greet", "{}", {{"If-Match", "\"boot-5\""}}).status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, WhatHasNoTagMatchesAnAsteriskOnly) {
+    notes.texts = {{"a", ""}};
+    EXPECT_EQ(DetailOf(Request("DELETE", "/notes/a", {{"If-Match", "\"x\""}}), 412),
+              "The configuration has the tag (none), and the field If-Match is \"x\".");
+    EXPECT_EQ(Request("DELETE", "/notes/b", {{"If-Match", "\"x\""}}).status, 404U);
+    EXPECT_EQ(Request("DELETE", "/notes/a", {{"If-Match", "*"}}).status, 204U);
+}
+
+TEST_F(ResourceGatewayTest, OfTwoEditorsWithTheSameTagOneWins) {
+    service->onParamsUpdate = [&] { ++revisions.revision; };
+    for (int race = 0; race < 1000; ++race) {
+        const HttpFields fields{{"If-Match", *revisions.TagOf("/controls/full")}, {"Content-Type", "application/json"}};
+        const Client one = Send("PATCH", "/controls/full", fields, R"({"parameters":{"port":1}})");
+        const Client other = Send("PATCH", "/controls/full", fields, R"({"parameters":{"port":2}})");
+        EXPECT_EQ(Wait(one).status, 200U);
+        EXPECT_EQ(Wait(other).status, 412U);
+    }
+    EXPECT_EQ(revisions.revision, 1001U);
+}
+
+// Failures.
+
+TEST_F(ResourceGatewayTest, ARefusedDocumentNamesWhatIsWrong) {
+    const HttpResponse response = SendJson("PATCH", "/controls/full", R"({"enabled":"yes","parameters":{"port":"x"}})");
+    EXPECT_EQ(response.status, 422U);
+    const Json errors = Parse(response)["errors"];
+    ASSERT_EQ(errors.size(), 2U);
+    EXPECT_EQ(errors[0]["pointer"], "/enabled");
+    EXPECT_EQ(errors[1]["pointer"], "/parameters/port");
+    EXPECT_EQ(errors[1]["status"], yERROR_PARAMETER);
+    EXPECT_EQ(Parse(response)["detail"], errors[0]["text"]);
+}
+
+TEST_F(ResourceGatewayTest, AFailedCommandSaysWhy) {
+    EXPECT_EQ(DetailOf(SendJson("POST", "/controls/full/commands/fail", "{}"), 409), "it failed");
+    EXPECT_EQ(SendJson("POST", "/controls/full/commands/greet", R"({"times":"x"})").status, 422U);
+    EXPECT_EQ(Parse(SendJson("POST", "/controls/full/commands/greet", R"({"name":"you"})"))["text"], "you 1");
+}
+
+TEST_F(ResourceGatewayTest, AFailureInsideIsNotExplained) {
+    button.onInvoke = [] { throw std::logic_error("secret"); };
+    EXPECT_EQ(DetailOf(Request("POST", "/button"), 500).find("secret"), std::string::npos);
+    button.onInvoke = [] { throw 7; };
+    EXPECT_EQ(Request("POST", "/button").status, 500U);
+}
+
+// Streams.
+
+TEST_F(ResourceGatewayTest, AStreamIsOpenedForWhoAcceptsOne) {
+    const HttpResponse response = Request("GET", "/controls/full/metrics/?x=1", {{"Accept", "text/event-stream"}});
+    EXPECT_EQ(response.fields.Find("Content-Type"), "text/event-stream");
+    EXPECT_EQ(streams.opened, "/controls/full/metrics");
+    streams.failure = yERROR_UNIMPLEMENTED;
+    EXPECT_EQ(DetailOf(Request("GET", "/notes", {{"Accept", "text/event-stream"}}), 406),
+              "/notes isn't a stream of events.");
+    streams.failure = yERROR_BUSY;
+    EXPECT_EQ(Request("GET", "/notes", {{"Accept", "text/event-stream"}}).fields.Find("Retry-After"), "1");
+    EXPECT_EQ(Request("GET", "/notes", {{"Accept", "*/*"}}).status, 200U);
+    streams.failure = yERROR_NOT_FOUND;
+    EXPECT_EQ(Request("GET", "/nothing", {{"Accept", "text/event-stream"}}).status, 404U);
+}
+
+// Late answers.
+
+TEST_F(ResourceGatewayTest, AResourceMayAnswerLater) {
+    std::optional<VorApi::Completion> completion;
+    WriteFree([&](ResponseInfoEx& response, VorDataTree&) { completion = response.Defer(); });
+    const Client client = Send("GET", "/free");
+    loop.RunReady();
+    EXPECT_FALSE(client->IsAnswered());
+    std::thread([&] { completion->Complete(VorDataTree::FromJson({{"late", true}})); }).join();
+    EXPECT_EQ(Parse(Wait(client))["late"], true);
+}
+
+TEST_F(ResourceGatewayTest, ALateAnswerThatNeverComesIsATimeout) {
+    std::optional<VorApi::Completion> completion;
+    WriteFree([&](ResponseInfoEx& response, VorDataTree&) { completion = response.Defer(); });
+    const Client client = Send("GET", "/free");
+    loop.RunReady();
+    loop.Advance(30s);
+    EXPECT_EQ(DetailOf(Wait(client), 504), "The resource gave no answer in time.");
+}
+
+TEST_F(ResourceGatewayTest, ALateAnswerMayComeAfterItsEnd) {
+    std::optional<VorApi::Completion> completion;
+    WriteFree([&](ResponseInfoEx& response, VorDataTree&) { completion = response.Defer(); });
+    const Client client = Send("GET", "/free");
+    loop.RunReady();
+    gateway.reset();
+    EXPECT_FALSE(router.Find("/problems"));
+    completion->Complete(VorDataTree());
+    loop.RunReady();
+    EXPECT_FALSE(client->IsAnswered());
+}
+
+TEST_F(ResourceGatewayTest, ItsEndDropsWhatWaits) {
+    const Client client = Send("GET", "/free");
+    gateway.reset();
+    loop.RunReady();
+    EXPECT_TRUE(client->IsReleased());
+    EXPECT_FALSE(client->IsAnswered());
+}
+
+// Memory.
+
+TEST_F(ResourceGatewayTest, LargeDocumentsAreMadeOneAtATimeAfterSmallOnes) {
+    WriteLargeFree(2 * LargeDocuments::LargeSize);
+    EXPECT_EQ(Get("/free").status, 200U);
+    std::vector<Client> clients;
+    for (std::size_t i = 0; i < LargeDocuments::MaxWaiting; ++i) {
+        clients.push_back(Send("GET", "/free"));
+    }
+    unsigned readsBefore = 0;
+    entry.onDocument = [&](const RequestInfoEx&, ResponseInfoEx&, VorDataTree&) { readsBefore = free.reads; };
+    const Client small = Send("GET", "/");
+    const Client more = Send("GET", "/free");
+    EXPECT_EQ(Wait(small).status, 200U);
+    EXPECT_EQ(readsBefore, 1U);
+    const HttpResponse busy = Wait(more);
+    EXPECT_EQ(DetailOf(busy, 503), "Too many requests wait for large documents.");
+    EXPECT_EQ(busy.fields.Find("Retry-After"), "1");
+    for (const Client& client : clients) {
+        EXPECT_EQ(Wait(client).body->size(), Wait(clients.front()).body->size());
+    }
+    EXPECT_EQ(free.reads, 17U);
+}
+
+TEST_F(ResourceGatewayTest, TheFirstOfABurstShowsThatADocumentIsLarge) {
+    WriteLargeFree(8 * LargeDocuments::LargeSize);
+    std::vector<Client> clients;
+    for (std::size_t i = 0; i < LargeDocuments::MaxWaiting + 2; ++i) {
+        clients.push_back(Send("GET", "/free"));
+    }
+    EXPECT_EQ(Wait(clients.back()).status, 503U);
+    clients.pop_back();
+    for (const Client& client : clients) {
+        EXPECT_EQ(Wait(client).status, 200U);
+        client->Leave();
+    }
+    EXPECT_EQ(free.reads, 17U);
+}
+
+TEST_F(ResourceGatewayTest, NoLargeDocumentIsMadeForAClientThatHasGone) {
+    WriteLargeFree(2 * LargeDocuments::LargeSize);
+    Get("/free");
+    const Client gone = Send("GET", "/free");
+    const Client stays = Send("GET", "/free");
+    gone->Leave();
+    EXPECT_EQ(Wait(stays).status, 200U);
+    EXPECT_EQ(free.reads, 2U);
+}
+
+TEST_F(ResourceGatewayTest, AFullBudgetIsGivenBackByWhoReads) {
+    Restart({.memoryLimit = LargeDocuments::LargeSize});
+    WriteLargeFree(LargeDocuments::LargeSize);
+    const Client slow = Send("GET", "/free");
+    EXPECT_EQ(Wait(slow).status, 200U);
+    const HttpResponse refused = Get("/notes");
+    EXPECT_EQ(DetailOf(refused, 503),
+              "The documents that are being made and sent occupy all the memory that they may.");
+    EXPECT_EQ(refused.fields.Find("Retry-After"), "1");
+    EXPECT_EQ(SendJson("POST", "/button", "{}").status, 503U);
+    const Client next = Send("GET", "/free");
+    loop.RunReady();
+    EXPECT_FALSE(next->IsAnswered());
+    slow->Leave();
+    EXPECT_EQ(Wait(next).status, 200U);
+    next->Leave();
+    EXPECT_EQ(Get("/notes").status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, ADocumentThatHasBecomeSmallIsNoLongerLarge) {
+    WriteLargeFree(2 * LargeDocuments::LargeSize);
+    Get("/free");
+    WriteLargeFree(10);
+    Get("/free");
+    loop.RunReady();
+    for (std::size_t i = 0; i < 2 * LargeDocuments::MaxWaiting; ++i) {
+        Send("GET", "/free");
+    }
+    EXPECT_EQ(Get("/free").status, 200U);
+    EXPECT_EQ(free.reads, 35U);
+}
+
+} // namespace
