@@ -1,0 +1,189 @@
+// Any request: "METHOD TARGET", lines with fields, an empty line and the body. It gets one answer, of which a client is
+// to blame, and whose body is JSON.
+
+#include "Sensor/Http/IEventStreams.h"
+#include "Sensor/Http/IRevisions.h"
+#include "Sensor/Http/ProblemTypes.h"
+#include "Sensor/Http/ResourceGateway.h"
+#include "Sensor/Http/ResponderTarget.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+#include "Vor/MainLoop.h"
+#include "VorApi/DocumentResourceBase.h"
+#include "VorApi/ICallableResource.h"
+#include "VorApi/IParentResource.h"
+#include "VorApi/Params/Group.h"
+#include "VorApi/Params/Value.h"
+#include "VorApi/Path.h"
+#include "VorApi/ResourceRouter.h"
+#include "VorRest/RequestProcessor.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using namespace Sensor::Http;
+using VorApi::RequestInfo;
+using VorApi::RequestInfoEx;
+using VorApi::ResponseInfoEx;
+using VorApi::VorDataTree;
+
+void Require(bool condition) {
+    if (!condition) {
+        std::abort();
+    }
+}
+
+class Settings : public Vor::Params::Group {
+public:
+    Settings() {
+        Register("port", port);
+        Register("name", name);
+        port.EnableMaximum(true);
+        port.SetMaximum(1000);
+    }
+
+    Vor::Params::Value<unsigned short> port{502};
+    Vor::Params::Value<std::string> name;
+};
+
+/// Settings by name, at "/items/:item".
+class Items : public VorApi::DocumentResourceBase, public VorApi::IParentResource, public VorApi::ICallableResource {
+public:
+    void Document(const RequestInfoEx& request, ResponseInfoEx& response, VorDataTree& data) override {
+        if (const std::string* const id = request.FindKey("item")) {
+            NodeToVorDataTree(*Find(request), request, data, true);
+            response.Link("vor:command", VorApi::Path::Format("/items/:item", {*id}), true, VorDataTree());
+            return;
+        }
+        for (const auto& [id, item] : items) {
+            response.Embed("item", VorApi::Path::Format("/items/:item", {id}), true, VorDataTree());
+        }
+    }
+    bool TakesUpdates() const override { return true; }
+    void UpdateDocument(const RequestInfo& request, const nlohmann::json& json) override {
+        NodeFromJsonAndValidate(*Find(request), json);
+    }
+    Created Create(const RequestInfo&, const nlohmann::json& json) override {
+        const auto id = json.is_object() ? json.find("id") : json.end();
+        if (id == json.end() || !id->is_string() || items.size() >= 10) {
+            Vor::Throw(yERROR_PARAMETER, "An id was expected.");
+        }
+        items[*id] = std::make_shared<Settings>();
+        return {*id, VorApi::Path::Format("/items/:item", {*id})};
+    }
+    void Delete(const RequestInfo& request) override {
+        Find(request);
+        items.erase(*request.FindKey("item"));
+    }
+    using ICallableResource::Invoke;
+    VorDataTree Invoke(const RequestInfoEx& request, const VorDataTree& data) override {
+        NodeFromVorDataTree(*Find(request), data);
+        return data;
+    }
+
+private:
+    std::shared_ptr<Settings> Find(const RequestInfo& request) const {
+        const auto found = items.find(*request.FindKey("item"));
+        if (found == items.end()) {
+            Vor::Throw(yERROR_NOT_FOUND);
+        }
+        return found->second;
+    }
+
+    std::map<std::string, std::shared_ptr<Settings>> items{{"a", std::make_shared<Settings>()},
+                                                           {"b/c", std::make_shared<Settings>()}};
+};
+
+class Revisions : public IRevisions {
+public:
+    std::optional<std::string> TagOf(const std::string& path) const override {
+        return path.starts_with("/items/") ? std::optional("\"1\"") : std::nullopt;
+    }
+};
+
+class NoStreams : public IEventStreams {
+public:
+    HttpResponse Open(const RequestTarget&, const HttpRequest&, Responder) override {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+};
+
+class Client : public Responder::Target {
+public:
+    void Respond(HttpResponse response) override {
+        const std::lock_guard guard(mutex);
+        Require(!answer);
+        answer = std::move(response);
+        answered.notify_one();
+    }
+    bool IsWanted() const override { return true; }
+    void Wake() override {}
+
+    HttpResponse Wait() {
+        std::unique_lock guard(mutex);
+        answered.wait(guard, [this] { return answer.has_value(); });
+        return *answer;
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable answered;
+    std::optional<HttpResponse> answer;
+};
+
+std::string_view TakeUntil(std::string_view& text, char end) {
+    const std::string_view taken = text.substr(0, text.find(end));
+    text.remove_prefix(std::min(text.size(), taken.size() + 1));
+    return taken;
+}
+
+HttpRequest ParseRequest(std::string_view text) {
+    HttpRequest request;
+    std::string_view line = TakeUntil(text, '\n');
+    request.method = TakeUntil(line, ' ');
+    request.target = line;
+    for (line = TakeUntil(text, '\n'); !line.empty(); line = TakeUntil(text, '\n')) {
+        const std::string_view name = TakeUntil(line, ':');
+        request.fields.Add(std::string(name), std::string(line));
+    }
+    request.body = text;
+    return request;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Vor::Logging::SetMinimumLevel(Vor::LevelError);
+    static Vor::MainLoop loop(Vor::MainLoop::Mode::Manual);
+    VorApi::ResourceRouter router;
+    Items items;
+    router.Register("/items/:item", items);
+    VorRest::RequestProcessor requests(router);
+    const Revisions revisions;
+    NoStreams streams;
+    ResourceGateway gateway({}, router, requests, revisions, streams);
+
+    const auto client = std::make_shared<Client>();
+    gateway.Handle(ParseRequest({reinterpret_cast<const char*>(data), size}), Responder(client));
+    loop.RunReady();
+    const HttpResponse response = client->Wait();
+    Require(response.status < 500 && response.status != 408);
+    Require(response.status < 400 || ProblemTypeOf(response.status).status == response.status);
+    Require((response.body == nullptr) == (response.status == 204));
+    if (response.body) {
+        Require(nlohmann::json::accept(*response.body));
+    }
+    return 0;
+}
