@@ -101,7 +101,6 @@ public:
     explicit Impl(const RequestLimits& limits)
         : limits(limits)
         , scan(limits) {
-        eager(true);
         header_limit(std::numeric_limits<std::uint32_t>::max());
         body_limit(std::numeric_limits<std::uint64_t>::max());
     }
@@ -243,12 +242,14 @@ void RequestParser::Impl::CheckExpectation() {
 }
 
 std::size_t RequestParser::Impl::ReadBody(std::string_view bytes) {
-    // The parser mustn't be called again with less than that after it has seen the last chunk.
-    if (chunked() && bytes.size() < ShortestBodyEnd.size()) {
-        return 0;
-    }
     error_code error;
-    const std::size_t used = put(boost::asio::buffer(bytes.data(), bytes.size()), error);
+    std::size_t used = 0;
+    // One line or piece of a chunk at a time. With less than the shortest end of chunks there is nothing to decide, and
+    // the parser mustn't be called again with less when it has seen the last chunk.
+    const std::size_t least = chunked() ? ShortestBodyEnd.size() : 1;
+    while (!is_done() && !error && bytes.size() - used >= least) {
+        used += put(boost::asio::buffer(bytes.data() + used, bytes.size() - used), error);
+    }
     if (error == http::error::body_limit) {
         Refuse(WireProblems::BodyTooLarge, "The body has more than " + std::to_string(limits.body) + " bytes.");
     } else if (error && error != http::error::need_more) {
