@@ -13,6 +13,7 @@
 #include "Vor/MainLoop.h"
 #include "VorControl/Control/IControlInstance.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <utility>
@@ -26,6 +27,15 @@ class SensorFixture : public ::testing::Test {
 protected:
     SensorFixture() {
         Tests::TestPlugin().Add("a", service).Add("b", other).Publish(host.Plugins());
+        Build();
+    }
+    /// With the services of a folder of plug-ins instead.
+    explicit SensorFixture(const std::filesystem::path& plugins) {
+        host.LoadPlugins(plugins);
+        Build();
+    }
+
+    void Build() {
         host.CreateServices();
         host.LoadDomains();
         revisions = std::make_unique<Revisions>("b0", host.Services());

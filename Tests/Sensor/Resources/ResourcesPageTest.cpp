@@ -1,0 +1,206 @@
+// The tables of Docs/resources.md agree with the documents of the resources.
+
+#include "Tests/Sensor/Resources/SensorFixture.h"
+#include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/MarkdownTable.h"
+#include "VorApi/Path.h"
+#include "VorApi/VorDataTree.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace Sensor::Resources {
+namespace {
+
+using nlohmann::json;
+using Tests::WithoutTicks;
+using VorApi::Path;
+
+/// By name: what the second column has.
+using Entries = std::map<std::string, std::string>;
+
+constexpr const char* Page = "Docs/resources.md";
+constexpr const char* AssemblyPath = "/controls/:protocol/registerAssemblies/:registerAssembly";
+
+/// The resources with the services of this project.
+class ResourcesPage : public SensorFixture {
+protected:
+    ResourcesPage()
+        : SensorFixture(Tests::BuiltFile("plugins")) {}
+
+    /// The answer to a read with schema.
+    VorRest::Answer AnswerOf(const std::string& path) {
+        VorRest::Answer answer = Ask({.path = path, .wantsSchema = true});
+        if (answer.failure != nullptr) {
+            std::rethrow_exception(answer.failure);
+        }
+        return answer;
+    }
+    void Invoke(const std::string& path, const json& arguments) {
+        const VorRest::Answer answer =
+            Ask({.verb = VorRest::Verb::Invoke, .path = path, .body = VorApi::VorDataTree::FromJson(arguments)});
+        if (answer.failure != nullptr) {
+            std::rethrow_exception(answer.failure);
+        }
+    }
+    json Document(const std::string& path) { return Read(path, true).ToJson(); }
+
+    /// The second column, without the quotation marks of code, of the table with these titles.
+    static Entries Documented(const std::string& first, const std::string& second) {
+        Entries entries;
+        for (const auto& [name, cells] : Tests::MarkdownTable(Page, {first, second})) {
+            entries[name] = WithoutTicks(cells.at(1));
+        }
+        return entries;
+    }
+
+    /// The members of a document with their types, read-only ones with a mark.
+    static Entries Members(const json& document) {
+        Entries entries;
+        const json schema = document.value("_schema", json::object()).value("properties", json::object());
+        for (const auto& [name, value] : document.items()) {
+            if (name == "_schema") {
+                continue;
+            }
+            const json keywords = schema.value(name, json::object());
+            entries[name] = keywords.value("type", value.is_array() ? "array" : "object");
+            if (keywords.value("readOnly", false)) {
+                entries[name] += ", read-only";
+            }
+        }
+        return entries;
+    }
+
+    /// The relations of a document with the routes, or the collections, to which they lead.
+    Entries Relations(const std::string& path) {
+        Entries entries;
+        for (const auto& relation : AnswerOf(path).relations) {
+            const auto target = host.Router().Find(relation.path).value();
+            const auto parameters = std::ranges::count_if(Path::Split(target.route), &Path::IsParameter);
+            entries[relation.name] = std::cmp_less(target.keys.size(), parameters) ? relation.path : target.route;
+        }
+        return entries;
+    }
+
+    /// The commands of a collection with their parameters.
+    Entries Commands(const std::string& path) {
+        Entries entries;
+        for (const auto& relation : AnswerOf(path).relations) {
+            const json document = Document(relation.path);
+            std::string parameters;
+            for (const auto& parameter : document.at("parameters").items()) {
+                parameters += (parameters.empty() ? "" : ", ") + parameter.key();
+            }
+            entries[document.at("id")] = parameters.empty() ? "none" : parameters;
+        }
+        return entries;
+    }
+
+    static std::set<std::string> Names(const Entries& entries) {
+        std::set<std::string> names;
+        for (const auto& entry : entries) {
+            names.insert(entry.first);
+        }
+        return names;
+    }
+};
+
+TEST_F(ResourcesPage, ListsTheRoutes) {
+    std::set<std::string> routes;
+    for (const std::string& route : host.Router().Routes()) {
+        routes.insert(route);
+        if (route != "/" && Path::IsParameter(Path::Split(route).back())) {
+            routes.insert(route.substr(0, route.rfind('/')));
+        }
+    }
+    EXPECT_EQ(Names(Documented("Path", "Content")), routes);
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheEntry) {
+    EXPECT_EQ(Documented("Member of the entry", "Type"), Members(Document("/")));
+    EXPECT_EQ(Documented("Relation of the entry", "Leads to"), Relations("/"));
+    EXPECT_EQ(Documented("Member of the health", "Type"), Members(Document("/healthz")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheSensor) {
+    const json sensorDocument = Document("/sensor");
+    EXPECT_EQ(Documented("Member of the sensor", "Type"), Members(sensorDocument));
+    const json schema = sensorDocument.at("_schema").at("properties");
+    json service = sensorDocument.at("services").at(0);
+    service["_schema"] = schema.at("services").at("items").at(0);
+    EXPECT_EQ(Documented("Member of a service of the sensor", "Type"), Members(service));
+    json problems = sensorDocument.at("problems");
+    problems["_schema"] = schema.at("problems");
+    EXPECT_EQ(Documented("Member of the problems", "Type"), Members(problems));
+    EXPECT_EQ(Documented("Relation of the sensor", "Leads to"), Relations("/sensor"));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheEvents) {
+    EXPECT_EQ(Documented("Member of the events", "Type"), Members(Document("/events")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheServiceTypes) {
+    const json types = Document("/controlTypes");
+    EXPECT_EQ(Documented("Member of the service types", "Type"), Members(types));
+    EXPECT_EQ(Documented("Member of a service type", "Type"), Members(types.at("items").at(0)));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfAService) {
+    Entries common = Members(Document("/controls/modbus"));
+    const Entries other = Members(Document("/controls/ascii"));
+    std::erase_if(common, [&](const auto& entry) { return !other.contains(entry.first); });
+    EXPECT_EQ(Documented("Member of a service", "Type"), common);
+}
+
+TEST_F(ResourcesPage, ListsTheRelationsOfAService) {
+    EXPECT_EQ(Relations("/controls"), (Entries{{"item", "/controls/:protocol"}}));
+    Entries relations = Relations("/controls/modbus");
+    relations.merge(Relations("/controls/ascii"));
+    EXPECT_EQ(Documented("Relation of a service", "Leads to"), relations);
+}
+
+TEST_F(ResourcesPage, ListsTheMetrics) {
+    Entries figures = Members(Document("/controls/modbus/metrics"));
+    figures.merge(Members(Document("/controls/ascii/metrics")));
+    EXPECT_EQ(Documented("Metric of a service", "Type"), figures);
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfAnOutputMap) {
+    Invoke("/controls/ascii/outputs/commands/add", {{"outputId", "height"}, {"source", "profile/max"}});
+    const json map = Document("/controls/ascii/outputs");
+    EXPECT_EQ(Documented("Member of an output map", "Type"), Members(map));
+    json entry = map.at("map").at(0);
+    entry["_schema"] = map.at("_schema").at("properties").at("map").at("items").at(0);
+    EXPECT_EQ(Documented("Member of an entry", "Type"), Members(entry));
+    EXPECT_EQ(Names(Relations("/controls/ascii/outputs")), std::set<std::string>{"vor:command"});
+}
+
+TEST_F(ResourcesPage, ListsTheCommandsOfAnOutputMap) {
+    EXPECT_EQ(Documented("Command of an output map", "Parameters"), Commands("/controls/ascii/outputs/commands"));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfARegisterAssembly) {
+    const std::string path = Path::Format(AssemblyPath, {"modbus", "registerAssembly-0"});
+    Invoke(path + "/commands/add", {{"blocks", {{{"type", "Measurement"}, {"dataSource", "profile/max"}}}}});
+    const json assembly = Document(path);
+    EXPECT_EQ(Documented("Member of a register assembly", "Type"), Members(assembly));
+    EXPECT_EQ(Documented("Attribute", "Type"), Members(assembly.at("attributes")));
+    EXPECT_EQ(Documented("Member of a block type", "Type"), Members(assembly.at("supportedBlockTypes").at(0)));
+    EXPECT_EQ(Documented("Member of a block", "Type"), Members(assembly.at("blocks").at(0)));
+    EXPECT_EQ(Names(Relations(path)), std::set<std::string>{"vor:command"});
+}
+
+TEST_F(ResourcesPage, ListsTheCommandsOfARegisterAssembly) {
+    const std::string path = Path::Format(AssemblyPath, {"modbus", "registerAssembly-0"});
+    EXPECT_EQ(Documented("Command of a register assembly", "Parameters"), Commands(path + "/commands"));
+}
+
+} // namespace
+} // namespace Sensor::Resources
