@@ -42,8 +42,8 @@ std::vector<ProblemType> AllTypes() {
 } // namespace
 
 std::span<const ProblemType> ProblemTypes() {
-    static const std::vector<ProblemType> types = AllTypes();
-    return types;
+    static const std::vector<ProblemType> Types = AllTypes();
+    return Types;
 }
 
 const ProblemType& ProblemTypeOf(unsigned status) {
