@@ -92,6 +92,9 @@ int Application::Run() {
     LoadPlugins();
     demoJobs.emplace(host.Plugins(), recording);
     host.CreateServices();
+    if (commandLine.http.on) {
+        http.emplace(commandLine.http, host, sensor, [this](const std::string& line) { report.PrintLine(line); });
+    }
     ApplySettings();
     folderLock.emplace(commandLine.dataFolder, VorCommon::PersistManager::JobFileName(job));
     PrepareJob();
@@ -102,6 +105,7 @@ int Application::Run() {
     StartScan();
     logTimer.Start(LogPeriod.count(), false);
     loop.Run();
+    http.reset();
     StopScan();
     host.StopServices();
     report.PrintLine(restarting ? "Stopped, to be started again." : "Stopped.");
@@ -186,6 +190,9 @@ void Application::RequireUsableSettings() {
 
 void Application::ReportStart() {
     report.PrintServices(host.Services());
+    if (http) {
+        http->Start();
+    }
     report.PrintInput(commandLine.recording.empty() ? "generated part" : commandLine.recording.string(), recording,
                       SensorSettings().scan);
     report.PrintMaps(host.Services(), Scan::ResultSetMaker::DataSources(recording));

@@ -4,6 +4,7 @@
 #include "Sensor/FolderLock.h"
 #include "Sensor/Jobs/DemoJobs.h"
 #include "Sensor/Jobs/Overlay.h"
+#include "Sensor/ResourceServer.h"
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/SignalWatch.h"
@@ -74,6 +75,7 @@ private:
     SignalWatch signals;
     VirtualSensor sensor;
     ServiceHost host;
+    std::optional<ResourceServer> http;     ///< from the creation of the services to the end of Run, unless it is off
     std::optional<Jobs::DemoJobs> demoJobs; ///< from the load of the plug-ins on
     StartRetry retry;
     Vor::AsyncTimer restartTimer;

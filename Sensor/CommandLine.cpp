@@ -5,7 +5,9 @@
 #include "Vor/Utf8.h"
 #include "VorCommon/PersistManager.h"
 
+#include <arpa/inet.h>
 #include <cstdlib>
+#include <netinet/in.h>
 #include <pwd.h>
 #include <system_error>
 #include <unistd.h>
@@ -96,6 +98,8 @@ struct Options {
     std::vector<std::string> settings;
     std::vector<std::string> enable;
     int modbusPort = -1;
+    bool noHttp = false;
+    CommandLine::Http http = {};
 };
 
 void Define(CLI::App& app, Options& options) {
@@ -150,6 +154,23 @@ void Define(CLI::App& app, Options& options) {
                    "Short for --set modbus.port=N, 0 takes any free port (default: what the job says)")
         ->type_name("N")
         ->check(CLI::Range(0, MaxPort).description(""));
+    app.add_option(
+           "--http-port", options.http.port,
+           "Port on which HTTP is served, 0 takes any free port (default: 8080, and if that is taken the sensor "
+           "tries again every 5 seconds)")
+        ->type_name("N")
+        ->check(CLI::Range(0, MaxPort).description(""));
+    app.add_option("--http-address", options.http.address,
+                   "Address on which HTTP is served, one of the machine itself (default: 127.0.0.1)")
+        ->type_name("ADDRESS");
+    app.add_option("--http-host", options.http.hosts,
+                   "Further name by which HTTP clients may call this machine; may be repeated (default: localhost and "
+                   "the addresses of the machine itself)")
+        ->type_name("NAME")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+    app.add_flag("--no-http", options.noHttp, "Don't serve HTTP (default: serve it)");
     app.add_option("--log-file", options.logFile,
                    "Append all that happens to a file, which SIGHUP opens anew (default: no file)")
         ->type_name("FILE");
@@ -161,6 +182,31 @@ void RequireValue(const CLI::App& app, const char* name, const std::string& valu
     if (app.count(name) > 0 && value.empty()) {
         throw StartError(std::string(name) + ": the value is empty.");
     }
+}
+
+bool IsLoopback(const std::string& address) {
+    in_addr four{};
+    in6_addr six{};
+    if (inet_pton(AF_INET, address.c_str(), &four) == 1) {
+        return ntohl(four.s_addr) >> 24U == IN_LOOPBACKNET;
+    }
+    return inet_pton(AF_INET6, address.c_str(), &six) == 1 && IN6_IS_ADDR_LOOPBACK(&six);
+}
+
+CommandLine::Http MakeHttp(const CLI::App& app, const Options& options) {
+    RequireValue(app, "--http-address", options.http.address);
+    for (const std::string& name : options.http.hosts) {
+        RequireValue(app, "--http-host", name);
+    }
+    if (!IsLoopback(options.http.address)) {
+        throw StartError("--http-address " + options.http.address +
+                         ": must be an address of the machine itself, such as 127.0.0.1 or ::1, since every client of "
+                         "HTTP may change the sensor.");
+    }
+    CommandLine::Http http = options.http;
+    http.on = !options.noHttp;
+    http.portGiven = app.count("--http-port") > 0;
+    return http;
 }
 
 void RefuseSensorOptions(const CLI::App& app) {
@@ -202,6 +248,7 @@ CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     result.verbose = options.verbose;
     result.logFile = options.logFile;
     result.enable = options.enable;
+    result.http = MakeHttp(app, options);
     for (const std::string& setting : options.settings) {
         result.settings.push_back(Jobs::ServiceSetting::Parse(setting, "--set"));
     }

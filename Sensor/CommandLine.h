@@ -5,6 +5,7 @@
 #include "Sensor/Scan/ScannerAlignment.h"
 #include "Sensor/Scan/TriggerMode.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -34,6 +35,15 @@ struct CommandLine {
     std::vector<Jobs::ServiceSetting> settings;
     /// Services to enable at the start, even if the job disables them.
     std::vector<std::string> enable;
+    /// Where the resources are served.
+    struct Http {
+        bool on = true;
+        std::string address = "127.0.0.1";
+        std::uint16_t port = 8080;
+        bool portGiven = false;
+        std::vector<std::string> hosts; ///< further names by which clients may call this host
+    };
+    Http http;
     /// The command to run instead of the sensor.
     std::optional<Jobs::JobCommand> jobCommand;
     /// Text to print instead of running: the help or the version.

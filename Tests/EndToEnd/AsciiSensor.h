@@ -45,8 +45,8 @@ public:
                                  {"stamp", "profile/stamp"},
                                  {"text", "profile/text"},
                                  {"width", "profile/width"}}));
-        arguments.insert(arguments.begin(), {VirtualSensor::File(), "--data", data.Path().string(), "--job", "line"});
-        program.emplace(arguments);
+        arguments.insert(arguments.begin(), {"--job", "line"});
+        program.emplace(VirtualSensor::Command(data.Path().string(), std::move(arguments)));
     }
 
     /// A service with its own outputs.

@@ -204,13 +204,12 @@ TEST(AsciiService, IsStartedByItsUserAlthoughTheJobLeavesItDisabled) {
     const std::string disabled = R"({"version":"1","vor:control":{"enabled":false}})";
     job.Write("/controls/ascii/config.json", disabled.data(), disabled.size());
     job.Commit();
-    Program sensor({VirtualSensor::File(), "--data", data.Path().string(), "--job", "bare", "--enable", "ascii",
-                    "--set", "ascii.port=0", "--set", "ascii.delimiter=;"});
+    Program sensor(VirtualSensor::Command(data.Path().string(), {"--job", "bare", "--enable", "ascii", "--set",
+                                                                 "ascii.port=0", "--set", "ascii.delimiter=;"}));
     const std::string line = sensor.WaitForLine("Service ascii (e-ascii):").value_or("none");
     TextClient client(VirtualSensor::PortOf(line, sensor));
     EXPECT_EQ(client.Ask("JOB"), "OK;\"bare.vrjob\"");
-    const Answer unknown =
-        RunToEnd({VirtualSensor::File(), "--data", TempFolder().Path().string(), "--enable", "telex"});
+    const Answer unknown = RunToEnd(VirtualSensor::Command(TempFolder().Path().string(), {"--enable", "telex"}));
     EXPECT_EQ(unknown.status, 2);
     EXPECT_NE(unknown.errors.find("--enable telex: unknown service."), std::string::npos) << unknown.errors;
 }

@@ -103,8 +103,8 @@ TEST_F(EditedJobTest, HoldsSettingsAndAServiceOfAnotherFolderForGood) {
         ASSERT_EQ(answer.status, 0) << answer.errors;
     }
     ExpectEndWell(sensor.Process());
-    Program other({VirtualSensor::File(), "--data", sensor.DataFolder(), "--job", "ours", "--plugins",
-                   BuiltFile("plugins"), "--plugins", examples});
+    Program other(VirtualSensor::Command(sensor.DataFolder(),
+                                         {"--job", "ours", "--plugins", BuiltFile("plugins"), "--plugins", examples}));
     EXPECT_TRUE(other.WaitForLine("Service sample (Sample): Running")) << other.Output() << other.Errors();
     EXPECT_TRUE(other.WaitForLine("Map of sample, registerAssembly-0:"));
     EXPECT_TRUE(other.WaitForLine("profile/max"));

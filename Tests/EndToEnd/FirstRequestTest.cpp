@@ -81,9 +81,9 @@ class FirstRequestTest : public testing::Test {
 protected:
     /// Starts the sensor without a scan, on `port` or on a free port.
     void StartSensor(const std::string& firstRequest) {
-        program = std::make_unique<Program>(std::vector<std::string>{
-            VirtualSensor::File(), "--data", data.Path().string(), "--no-scan", "--modbus-port", std::to_string(port),
-            "--set", "ascii.port=0", "--set", "modbus.firstRequest=" + firstRequest});
+        program = std::make_unique<Program>(VirtualSensor::Command(
+            data.Path().string(), {"--no-scan", "--modbus-port", std::to_string(port), "--set", "ascii.port=0", "--set",
+                                   "modbus.firstRequest=" + firstRequest}));
         port = VirtualSensor::PortOf(program->WaitForLine("Service modbus (Modbus TCP):").value_or("none"), *program);
         reader = std::make_unique<ModbusReader>(port);
     }

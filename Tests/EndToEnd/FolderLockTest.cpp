@@ -13,8 +13,7 @@ namespace {
 class DataFolder : public testing::Test {
 protected:
     std::vector<std::string> Command(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {VirtualSensor::File(), "--data", data.Path().string()});
-        return arguments;
+        return VirtualSensor::Command(data.Path().string(), std::move(arguments));
     }
     std::vector<std::string> Sensor() const { return Command({"--modbus-port", "0", "--set", "ascii.port=0"}); }
 

@@ -34,8 +34,7 @@ protected:
     void Enable(const std::string& service) const { Write(JobFile("test"), "/controls/" + service + "/config.json"); }
 
     std::vector<std::string> Command() const {
-        return {VirtualSensor::File(),    "--data", data.Path().string(), "--job", "test", "--plugins",
-                BuiltFile("test-plugins")};
+        return VirtualSensor::Command(data.Path().string(), {"--job", "test", "--plugins", BuiltFile("test-plugins")});
     }
 
     TempFolder data;

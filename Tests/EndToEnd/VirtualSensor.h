@@ -24,8 +24,18 @@ class VirtualSensor {
 public:
     static std::string File() { return BuiltFile("vorsensor"); }
 
+    /// The program with a data folder and arguments. As a sensor that isn't told about HTTP it gets any free port.
+    static std::vector<std::string> Command(const std::string& folder, std::vector<std::string> arguments) {
+        const auto has = [&](const char* word) { return std::ranges::find(arguments, word) != arguments.end(); };
+        if (!has("jobs") && !has("--http-port") && !has("--no-http")) {
+            arguments.insert(arguments.begin(), {"--http-port", "0"});
+        }
+        arguments.insert(arguments.begin(), {File(), "--data", folder});
+        return arguments;
+    }
+
     explicit VirtualSensor(std::vector<std::string> arguments = {}, const std::string& port = "0")
-        : program(Command(std::move(arguments), port, data.Path().string())) {}
+        : program(Command(data.Path().string(), WithPorts(std::move(arguments), port))) {}
 
     /// Waits for the line with the state of the Modbus service.
     std::string ServiceLine() { return program.WaitForLine("Service modbus (Modbus TCP):").value_or("none"); }
@@ -52,10 +62,9 @@ public:
     std::string JobFile(const std::string& name) const { return data.File("jobs/" + name + ".vrjob"); }
 
 private:
-    static std::vector<std::string> Command(std::vector<std::string> arguments, const std::string& port,
-                                            const std::string& folder) {
+    static std::vector<std::string> WithPorts(std::vector<std::string> arguments, const std::string& port) {
         const bool ownPlugins = std::ranges::find(arguments, "--plugins") != arguments.end();
-        arguments.insert(arguments.begin(), {File(), "--data", folder, "--modbus-port", port});
+        arguments.insert(arguments.begin(), {"--modbus-port", port});
         if (!ownPlugins) {
             arguments.insert(arguments.end(), {"--set", "ascii.port=0"});
         }

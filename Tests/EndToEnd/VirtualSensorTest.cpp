@@ -26,8 +26,7 @@ protected:
     }
 
     std::vector<std::string> Command(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), {VirtualSensor::File(), "--data", data.Path().string()});
-        return arguments;
+        return VirtualSensor::Command(data.Path().string(), std::move(arguments));
     }
 
     TempFolder data;

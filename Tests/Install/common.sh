@@ -23,7 +23,7 @@ build_project() {
 sensor() {
     local line output pid ports=(--modbus-port 0 --set ascii.port=0)
     [[ " $* " != *" --plugins "* ]] || ports=()
-    coproc SENSOR { exec "$1" --data "$work/data" "${ports[@]}" --no-scan "${@:2}" 2>&1; }
+    coproc SENSOR { exec "$1" --data "$work/data" "${ports[@]}" --http-port 0 --no-scan "${@:2}" 2>&1; }
     pid=$SENSOR_PID
     exec {output}<&"${SENSOR[0]}"
     told=

@@ -72,6 +72,11 @@ TEST(CommandLine, HasDefaultsForAll) {
     EXPECT_EQ(line.alignment.time, std::chrono::milliseconds(200));
     EXPECT_FALSE(line.verbose);
     EXPECT_TRUE(line.settings.empty());
+    EXPECT_TRUE(line.http.on);
+    EXPECT_EQ(line.http.address, "127.0.0.1");
+    EXPECT_EQ(line.http.port, 8080);
+    EXPECT_FALSE(line.http.portGiven);
+    EXPECT_TRUE(line.http.hosts.empty());
     EXPECT_EQ(line.answer, "");
 }
 
@@ -132,6 +137,28 @@ TEST(CommandLine, ModbusPortIsASetting) {
     EXPECT_EQ(line.settings[1].option, "--modbus-port 0");
 }
 
+TEST(CommandLine, TakesWhereHttpIsServed) {
+    const CommandLine::Http http =
+        Parse({"--http-port", "8080", "--http-address", "::1", "--http-host", "sensor", "--http-host", "sensor.local"})
+            .http;
+    EXPECT_EQ(http.port, 8080);
+    EXPECT_TRUE(http.portGiven);
+    EXPECT_EQ(http.address, "::1");
+    EXPECT_EQ(http.hosts, (std::vector<std::string>{"sensor", "sensor.local"}));
+    EXPECT_EQ(Parse({"--http-port", "0"}).http.port, 0);
+    EXPECT_EQ(Parse({"--http-address", "127.8.9.10"}).http.address, "127.8.9.10");
+    EXPECT_FALSE(Parse({"--no-http"}).http.on);
+}
+
+TEST(CommandLine, HttpIsServedOnTheMachineItselfOnly) {
+    for (const char* address : {"0.0.0.0", "192.168.1.10", "::", "fd00::1", "::ffff:127.0.0.1", "localhost", "127.1"}) {
+        EXPECT_EQ(Refusal({"--http-address", address}),
+                  std::string("--http-address ") + address +
+                      ": must be an address of the machine itself, such as 127.0.0.1 or ::1, since every client of "
+                      "HTTP may change the sensor.");
+    }
+}
+
 TEST(CommandLine, NamesTheServicesToStart) {
     EXPECT_EQ(Parse({}).enable, std::vector<std::string>());
     EXPECT_EQ(Parse({"--enable", "ascii", "--enable", "modbus"}).enable, (std::vector<std::string>{"ascii", "modbus"}));
@@ -141,6 +168,9 @@ TEST(CommandLine, AnErrorNamesTheOption) {
     for (const std::vector<const char*>& arguments :
          {std::vector<const char*>{"--modbus-port", "65536"}, {"--modbus-port", "-1"}, {"--modbus-port", "x"}}) {
         EXPECT_NE(Refusal(arguments).find("--modbus-port"), std::string::npos) << Refusal(arguments);
+    }
+    for (const char* port : {"65536", "-1", "x", ""}) {
+        EXPECT_NE(Refusal({"--http-port", port}).find("--http-port"), std::string::npos) << port;
     }
     for (const std::vector<const char*>& arguments : {std::vector<const char*>{"--trigger", "encoder"},
                                                       {"--trigger", ""},
@@ -159,7 +189,8 @@ TEST(CommandLine, AnErrorNamesTheOption) {
     EXPECT_NE(Refusal({"word"}).find("word"), std::string::npos);
     EXPECT_NE(Refusal({"--recording"}).find("--recording"), std::string::npos);
     EXPECT_EQ(Refusal({"--set", "modbus"}), "--set modbus: expected SERVICE.PARAMETER=VALUE.");
-    for (const char* name : {"--data", "--plugins", "--job", "--recording", "--log-file"}) {
+    for (const char* name :
+         {"--data", "--plugins", "--job", "--recording", "--log-file", "--http-address", "--http-host"}) {
         EXPECT_EQ(Refusal({name, ""}), std::string(name) + ": the value is empty.");
     }
 }
@@ -179,8 +210,10 @@ TEST(CommandLine, AJobIsOneFileName) {
 TEST(CommandLine, HelpTellsEachOptionWithItsDefault) {
     const std::string help = Parse({"--help"}).answer;
     for (const char* option :
-         {"--data", "--plugins", "--job", "--recording", "--frame-rate", "--once", "--no-scan", "--trigger", "--align",
-          "--align-time", "--set", "--enable", "--modbus-port", "--log-file", "--verbose", "--version", "--help"}) {
+         {"--data",        "--plugins",   "--job",          "--recording",  "--frame-rate", "--once",
+          "--no-scan",     "--trigger",   "--align",        "--align-time", "--set",        "--enable",
+          "--modbus-port", "--http-port", "--http-address", "--http-host",  "--no-http",    "--log-file",
+          "--verbose",     "--version",   "--help"}) {
         EXPECT_NE(help.find(option), std::string::npos) << option;
     }
     for (const char* text : {"$XDG_DATA_HOME/vorsensor", "default: 10", "demo-values", "generated part", "(default:"}) {

@@ -101,6 +101,7 @@ Sensor::CommandLine SensorCommand(const Workplace& place, std::uint16_t port) {
     command.pluginFolders = {place.path / "plugins"};
     command.pluginFoldersGiven = true;
     command.frameRate = 1000;
+    command.http.on = false;
     command.alignment.time = std::chrono::milliseconds(20);
     command.settings.push_back({"port", "modbus", "port", text});
     return command;

@@ -44,7 +44,7 @@ public:
             close(ends[1]);
             const std::string program = Tests::BuiltFile("vorsensor");
             execl(program.c_str(), "vorsensor", "--data", dataFolder.c_str(), "--frame-rate", "1000", "--modbus-port",
-                  "0", static_cast<char*>(nullptr));
+                  "0", "--http-port", "0", static_cast<char*>(nullptr));
             _exit(127);
         }
         close(ends[1]);

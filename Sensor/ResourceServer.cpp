@@ -1,0 +1,76 @@
+#include "Sensor/ResourceServer.h"
+
+#include "Sensor/RandomText.h"
+#include "Sensor/ServiceHost.h"
+#include "Sensor/StartError.h"
+#include "Sensor/VirtualSensor.h"
+#include "Vor/Exception.h"
+#include "Vor/Logging.h"
+
+#include <utility>
+
+namespace Sensor {
+
+namespace {
+
+constexpr std::size_t BootBytes = 8;
+
+} // namespace
+
+ResourceServer::ResourceServer(const CommandLine::Http& settings, ServiceHost& host, VirtualSensor& sensor,
+                               std::function<void(const std::string& line)> print)
+    : settings(settings)
+    , print(std::move(print))
+    , revisions(RandomText(BootBytes), host.Services())
+    , streams({.boot = revisions.Boot(),
+               .router = host.Router(),
+               .requests = host.Requests(),
+               .revisions = revisions,
+               .services = host.Services().List()})
+    , directory(host.Router(), Environ(revisions.Boot(), host, sensor), streams)
+    , watch(Environ(revisions.Boot(), host, sensor), [this](const auto& changes) { streams.SendState(changes); })
+    , gateway({.hosts = settings.hosts}, host.Router(), host.Requests(), revisions, streams)
+    , thread("HttpNet")
+    , retry([this](Vor::AsyncTimer&) { TryAgain(); }) {
+    revisions.StartedOrStoppedEvent().Add(
+        [this](const std::string& path) { streams.Notice(VorApi::Notification::Changed, path); });
+}
+
+Resources::SensorEnviron ResourceServer::Environ(const std::string& boot, ServiceHost& host, VirtualSensor& sensor) {
+    return {.boot = boot,
+            .services = host.Services(),
+            .persistence = host.Persistence(),
+            .problems = host.Problems(),
+            .sensor = sensor};
+}
+
+void ResourceServer::Start() {
+    try {
+        Listen();
+    } catch (const Vor::Exception& e) {
+        if (settings.portGiven || e.Status() != yERROR_CONFLICT) {
+            throw StartError("--http-port " + std::to_string(settings.port) + ": " + e.what() + ".");
+        }
+        Vor::LogUser(Vor::UserWarning, "HTTP",
+                     "HTTP isn't served yet: %1$s. The sensor tries again every %2$d seconds.", e.what(),
+                     static_cast<int>(RetryPeriod.count()));
+        retry.Start(std::chrono::microseconds(RetryPeriod).count(), false);
+    }
+}
+
+void ResourceServer::Listen() {
+    server.emplace(thread, Http::HttpServerSettings{.address = settings.address, .port = settings.port, .session = {}},
+                   gateway);
+    print("HTTP: " + server->Url() + "/");
+}
+
+void ResourceServer::TryAgain() {
+    try {
+        Listen();
+        retry.Stop();
+    } catch (const Vor::Exception& e) {
+        Vor::LogDebug("HTTP isn't served yet: %s.", e.what());
+    }
+}
+
+} // namespace Sensor
