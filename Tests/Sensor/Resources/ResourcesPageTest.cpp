@@ -1,9 +1,11 @@
 // The tables of Docs/resources.md agree with the documents of the resources.
 
+#include "Sensor/Http/ExplanationsResource.h"
 #include "Tests/Sensor/Resources/SensorFixture.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/MarkdownTable.h"
 #include "VorApi/Path.h"
+#include "VorApi/RoutedResource.h"
 #include "VorApi/VorDataTree.h"
 
 #include <algorithm>
@@ -110,6 +112,11 @@ protected:
         }
         return names;
     }
+
+    VorApi::RoutedResource<Http::ExplanationsResource> problems{host.Router(), Http::ProblemsRoute, Http::ProblemsRoute,
+                                                                Http::ExplainProblems()};
+    VorApi::RoutedResource<Http::ExplanationsResource> relations{host.Router(), Http::RelationsRoute,
+                                                                 Http::RelationsRoute, Http::ExplainRelations()};
 };
 
 TEST_F(ResourcesPage, ListsTheRoutes) {
@@ -144,6 +151,11 @@ TEST_F(ResourcesPage, ListsTheMembersOfTheSensor) {
 
 TEST_F(ResourcesPage, ListsTheMembersOfTheEvents) {
     EXPECT_EQ(Documented("Member of the events", "Type"), Members(Document("/events")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheExplanations) {
+    EXPECT_EQ(Documented("Member of a problem", "Type"), Members(Document(AnswerOf("/problems").relations.at(0).path)));
+    EXPECT_EQ(Documented("Member of a relation", "Type"), Members(Document("/rels/sensor")));
 }
 
 TEST_F(ResourcesPage, ListsTheMembersOfTheServiceTypes) {
