@@ -33,7 +33,7 @@ private:
 class Handler : public IHttpHandler {
 public:
     std::optional<HttpResponse> CheckHeader(const HttpRequest& request) override {
-        if (request.fields.Count("Host") > 1 || request.body.size() > 0 || request.method.empty()) {
+        if (request.fields.Count("Host") > 1 || !request.body.empty() || request.method.empty()) {
             std::abort();
         }
         if (request.target == "/refused") {
@@ -44,7 +44,7 @@ public:
     void Handle(HttpRequest request, Responder responder) override {
         std::string text = request.method + " " + request.target + "\n";
         for (const auto& [name, value] : request.fields) {
-            text += name + ":" + value + "\n";
+            text.append(name).append(":").append(value).append("\n");
         }
         text += request.body;
         if (!hasStreamed) { // what is behind a stream is handled only if it was received before the stream began
@@ -76,11 +76,11 @@ std::string WithoutDates(std::string answers) {
 }
 
 std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t maxSentSize) {
-    static const auto wakeup = std::make_shared<Net::Wakeup>();
+    static const auto Wakeup = std::make_shared<Net::Wakeup>();
     HttpSessionSettings settings;
     settings.limits = {.requestLine = 100, .header = 400, .fields = 10, .body = 200};
     Handler handler;
-    HttpSession session(settings, handler, wakeup);
+    HttpSession session(settings, handler, Wakeup);
     std::string answers;
     while (!stream.empty() && !session.Broken()) {
         const auto space = session.ReceiveSpace();

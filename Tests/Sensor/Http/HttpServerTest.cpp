@@ -58,7 +58,7 @@ protected:
         client.HalfClose();
         const std::string sent = client.Rest();
         ResponseReader reader(sent);
-        const ReceivedResponse response = reader.Next();
+        ReceivedResponse response = reader.Next();
         EXPECT_TRUE(reader.AtEnd());
         return response;
     }
@@ -126,6 +126,7 @@ TEST_F(HttpServerTest, AnswersFromOtherThreads) {
         }
     });
     std::vector<std::thread> clients;
+    clients.reserve(8);
     for (int i = 0; i < 8; ++i) {
         clients.emplace_back([this, i] {
             LineClient client(port);
@@ -257,6 +258,7 @@ TEST_F(HttpServerTest, EndsEndlessBodies) {
 
 TEST_F(HttpServerTest, ServesOthersWhileClientsDoNotRead) {
     std::vector<std::unique_ptr<LineClient>> deaf;
+    deaf.reserve(32);
     for (int i = 0; i < 32; ++i) {
         deaf.push_back(std::make_unique<LineClient>(port, 4096));
         deaf.back()->Send(i % 2 == 0 ? Get("/long") + Get("/long") : Get("/stream"));
@@ -295,6 +297,7 @@ TEST_F(HttpServerTest, SurvivesResetsAtEachMoment) {
 
 TEST_F(HttpServerTest, ServesAsManyConnectionsAsItSays) {
     std::vector<std::unique_ptr<LineClient>> clients;
+    clients.reserve(256);
     for (int i = 0; i < 256; ++i) {
         clients.push_back(std::make_unique<LineClient>(port));
     }

@@ -457,7 +457,9 @@ TEST_F(HttpSessionTest, TakesNothingOfABodyForARequest) {
           std::string("Content-Length: 0\r\nContent-Length: 34\r\n"), std::string("Transfer-Encoding: xchunked\r\n"),
           std::string("Transfer-Encoding : chunked\r\n"), std::string("X: y\r\n Transfer-Encoding: chunked\r\n")}) {
         Connect();
-        const auto statuses = StatusesOf(Ask("POST / HTTP/1.1\r\nHost: a\r\n" + fields + "\r\n" + hidden));
+        std::string request = "POST / HTTP/1.1\r\nHost: a\r\n";
+        request.append(fields).append("\r\n").append(hidden);
+        const auto statuses = StatusesOf(Ask(request));
         ASSERT_EQ(statuses.size(), 1U) << fields;
         EXPECT_GE(statuses[0], 400U) << fields;
     }
