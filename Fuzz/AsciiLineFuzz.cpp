@@ -38,13 +38,13 @@ public:
 
 std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t maxSentSize,
                  const LineFormat& format) {
-    Outputs outputs;
+    Services::Common::ServiceCounters counters;
+    Outputs outputs(counters);
     outputs.SetFormat(format);
     outputs.Replace({{.id = "0", .isBlock = true, .kind = ValueKind::Measurement, .dataSource = "a"},
                      {.id = "height", .dataSource = "a"},
                      {.id = "my height", .dataSource = "b"}});
     Sensor sensor;
-    Services::Common::ServiceCounters counters;
     RequestHandler handler(outputs, sensor, counters, format);
     const auto session = std::make_unique<AsciiSession>(handler, true);
     std::string answers;

@@ -243,7 +243,7 @@ protected:
     /// Sends a request, to this host unless the fields say otherwise.
     Client Send(const std::string& method, const std::string& target, HttpFields fields = {},
                 const std::string& body = "") {
-        const auto client = std::make_shared<WaitingClient>(loop);
+        auto client = std::make_shared<WaitingClient>(loop);
         if (!fields.Find("Host")) {
             fields.Add("Host", "localhost:8080");
         }
