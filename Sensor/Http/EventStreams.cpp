@@ -40,6 +40,7 @@ EventStream::Text Shared(std::string text) {
 
 std::vector<std::string> TextsOf(const std::vector<EventTopic>& topics) {
     std::vector<std::string> texts;
+    texts.reserve(topics.size());
     for (const EventTopic& topic : topics) {
         texts.push_back(topic.text);
     }
@@ -64,7 +65,7 @@ struct EventStreams::Client {
 };
 
 /// The stream of a resource, which all clients that listen to it share.
-class EventStreams::Feed : public VorApi::IStreamReceiver {
+class EventStreams::Feed final : public VorApi::IStreamReceiver {
 public:
     Feed(EventStreams& streams, std::string path)
         : streams(streams)
