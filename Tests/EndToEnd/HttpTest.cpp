@@ -131,7 +131,10 @@ TEST_F(HttpTest, FiguresOfAServiceAreAStream) {
     const std::string service = ServicePath("modbus");
     Program figures = http->Stream(http->Get(service).Link("vor:metrics"));
     const std::string data = figures.WaitForLine("data: ").value_or("data: null").substr(6);
-    EXPECT_TRUE(Json::parse(data).is_object()) << data;
+    const Json received = Json::parse(data);
+    for (const char* const figure : {"dropCount", "connected", "requests", "bytesIn", "bytesOut", "resultsApplied"}) {
+        EXPECT_TRUE(received.contains(figure)) << figure << " isn't in " << data;
+    }
 }
 
 TEST_F(HttpTest, AnUnknownTopicIsRefusedWithTheTopics) {
