@@ -13,8 +13,8 @@ VirtualSensor::VirtualSensor(const Scan::Recording& recording, Settings given)
     : settings(std::move(given))
     , scanner(recording, hub, settings.scan)
     , core(CoreEnviron()) {
-    for (VorPipe::PipeOutput& output : DataSourcesOf(recording)) {
-        pipe.Add(std::move(output));
+    for (const VorPipe::PipeOutput& output : DataSourcesOf(recording)) {
+        pipe.Add(output);
     }
     scanEngines.Add(Scan::VirtualScanEngine::Make(ActionsEnviron(), settings.alignment));
 }
