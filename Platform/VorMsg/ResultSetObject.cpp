@@ -1,26 +1,41 @@
 #include "VorMsg/ResultSetObject.h"
 
 #include "VorMsg/ResultSet.h"
+#include "yApi/BlockCache.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <memory>
+#include <utility>
 
 static_assert(alignof(ResultSetObject) >= alignof(ResultItemObject), "the first chunk begins behind the set");
 
+BlockCache* ResultSetObject::CacheOf(yAllocator allocator, unsigned firstBits) {
+    static constinit auto caches = []<unsigned... Bits>(std::integer_sequence<unsigned, Bits...>) {
+        return std::array{BlockCache(SizeInMemory(Bits), CacheSize / SizeInMemory(Bits))...};
+    }(std::make_integer_sequence<unsigned, CachedSizes>());
+    return allocator == nullptr && firstBits < CachedSizes ? &caches[firstBits] : nullptr;
+}
+
 ResultSetObject* ResultSetObject::New(yAllocator allocator, std::size_t capacity) {
     const auto firstBits = static_cast<unsigned>(std::bit_width(std::max<std::size_t>(capacity, 1) - 1));
-    auto* const set = new (yMemory_Allocate(allocator, SizeInMemory(firstBits))) ResultSetObject(allocator, firstBits);
+    BlockCache* const cache = CacheOf(allocator, firstBits);
+    void* const memory = cache != nullptr ? cache->Allocate() : yMemory_Allocate(allocator, SizeInMemory(firstBits));
     yObject_CountMade();
-    return set;
+    return new (memory) ResultSetObject(allocator, firstBits);
 }
 
 void ResultSetObject::Delete(void* handle) {
     auto* const set = yObject_As<ResultSetObject>(handle);
     const yAllocator allocator = set->allocator;
-    const std::size_t size = SizeInMemory(set->firstBits);
+    const unsigned firstBits = set->firstBits;
     set->~ResultSetObject();
-    yMemory_Free(allocator, set, size);
+    if (BlockCache* const cache = CacheOf(allocator, firstBits); cache != nullptr) {
+        cache->Free(set);
+    } else {
+        yMemory_Free(allocator, set, SizeInMemory(firstBits));
+    }
     yObject_CountDestroyed();
 }
 
@@ -35,13 +50,13 @@ ResultSetObject::ResultSetObject(yAllocator allocator, unsigned firstBits)
 
 ResultSetObject::~ResultSetObject() {
     std::size_t left = count;
-    for (std::size_t chunk = 0; left > 0; ++chunk) {
+    std::destroy_n(chunks[0], std::min(left, SizeOf(0)));
+    left -= std::min(left, SizeOf(0));
+    for (std::size_t chunk = 1; left > 0; ++chunk) {
         const std::size_t used = std::min(left, SizeOf(chunk));
         std::destroy_n(chunks[chunk], used);
-        left -= used;
-    }
-    for (std::size_t chunk = 1; chunk < MaxChunks && chunks[chunk] != nullptr; ++chunk) {
         yMemory_Free(allocator, chunks[chunk], SizeOf(chunk) * sizeof(ResultItemObject));
+        left -= used;
     }
 }
 

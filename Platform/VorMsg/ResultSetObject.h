@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <new>
 
+class BlockCache;
+
 /// What a `ResultSet` points to. Items lie in chunks, so that adding never moves them and a set costs few allocations:
 /// the first chunk is behind the set in the same allocation, each later one makes the set four times as large.
 class ResultSetObject : public yObject {
@@ -39,16 +41,18 @@ public:
 
 private:
     static constexpr std::size_t MaxChunks = 14;
+    static constexpr unsigned CachedSizes = 7;            ///< sets made for up to 64 items
+    static constexpr std::size_t CacheSize = 1024 * 1024; ///< bytes of freed sets of one size
 
     const unsigned firstBits; ///< the first chunk has 2^firstBits items
     ResultItemObject* next;   ///< where the next item goes, unless it is the end of the last chunk
     ResultItemObject* end;
-    std::array<ResultItemObject*, MaxChunks> chunks{};
+    std::array<ResultItemObject*, MaxChunks> chunks; ///< set as far as `next` has come: most sets have one
 
     ResultSetObject(yAllocator allocator, unsigned firstBits);
     ~ResultSetObject();
 
-    static std::size_t SizeInMemory(unsigned firstBits) {
+    static constexpr std::size_t SizeInMemory(unsigned firstBits) {
         return sizeof(ResultSetObject) + (sizeof(ResultItemObject) << firstBits);
     }
     std::size_t ChunkOf(std::size_t index) const {
@@ -61,5 +65,7 @@ private:
         return chunk == 0 ? std::size_t(1) << firstBits : 3 * BeginOf(chunk);
     }
 
+    /// Where the sets of the size come from and return to; null for those of an allocator, and for large ones.
+    static BlockCache* CacheOf(yAllocator allocator, unsigned firstBits);
     bool Grow();
 };

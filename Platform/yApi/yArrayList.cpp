@@ -62,8 +62,13 @@ yStatus yArrayList_Purge(yArrayList list) {
     if (list == nullptr) {
         return yERROR_PARAMETER;
     }
-    for (void* item : list->items) {
-        yObject_Release(item);
+    constexpr std::size_t Ahead = 4;
+    const auto& items = list->items;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i + Ahead < items.size()) {
+            __builtin_prefetch(items[i + Ahead], 1); // another core has it in its cache
+        }
+        yObject_Release(items[i]);
     }
     list->items.clear();
     return yOK;

@@ -1,8 +1,22 @@
 #include "yApi/yObject.h"
 
+#include <array>
+
 namespace {
 
-std::atomic<std::int64_t> liveCount{0};
+/// A part of the number of live objects. Threads count in parts of their own, as far as there are parts: counting in a
+/// common one would cost more than the rest of making an object.
+struct alignas(64) LiveCount {
+    std::atomic<std::int64_t> value = 0;
+};
+
+constinit std::array<LiveCount, 16> liveCounts;
+constinit std::atomic<std::size_t> countingThreads = 0;
+
+std::atomic<std::int64_t>& OwnLiveCount() {
+    thread_local LiveCount& own = liveCounts[countingThreads.fetch_add(1) % liveCounts.size()];
+    return own.value;
+}
 
 } // namespace
 
@@ -22,13 +36,17 @@ std::int32_t yObject_ShareCount(const void* handle) {
 }
 
 std::int64_t yObject_LiveCount() {
-    return liveCount.load(std::memory_order_relaxed);
+    std::int64_t live = 0;
+    for (const auto& part : liveCounts) {
+        live += part.value.load(std::memory_order_relaxed);
+    }
+    return live;
 }
 
 void yObject_CountMade() {
-    liveCount.fetch_add(1, std::memory_order_relaxed);
+    OwnLiveCount().fetch_add(1, std::memory_order_relaxed);
 }
 
 void yObject_CountDestroyed() {
-    liveCount.fetch_sub(1, std::memory_order_relaxed);
+    OwnLiveCount().fetch_sub(1, std::memory_order_relaxed);
 }
