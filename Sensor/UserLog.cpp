@@ -126,7 +126,7 @@ public:
             Print(line);
         } else if (!IsDetail(record) && silent != std::this_thread::get_id()) {
             ReportRepeats(RepeatedEntries::Clock::now());
-            Tell(record.level, Cleaned(record.text));
+            PrintOnce(record.level, Cleaned(record.text));
         }
     }
 
@@ -135,7 +135,7 @@ public:
             return;
         }
         if (const std::string failure = file->Reopen(); !failure.empty()) {
-            Tell(Vor::UserError, "The log file can't be opened anew: " + failure + ".");
+            PrintOnce(Vor::UserError, "The log file can't be opened anew: " + failure + ".");
         }
     }
 
@@ -152,14 +152,14 @@ private:
     /// One write, so that the lines of several threads don't mix.
     static void Print(const std::string& line) { std::cerr << line; }
 
-    void Tell(std::uint64_t level, const std::string& text) {
+    void PrintOnce(std::uint64_t level, const std::string& text) {
         const std::lock_guard lock(mutex);
         if (repeats.Add(level, text, RepeatedEntries::Clock::now())) {
             Print(UserLine(level, text));
         }
     }
 
-    /// Tells the user once when the file fails, and once when it is well again.
+    /// Informs the user once when the file fails, and once when it is well again.
     void ReportFile(const std::string& failure) {
         {
             const std::lock_guard lock(mutex);
@@ -169,9 +169,9 @@ private:
             fileFailure = failure;
         }
         if (failure.empty()) {
-            Tell(Vor::UserInfo, "The log file is written again.");
+            PrintOnce(Vor::UserInfo, "The log file is written again.");
         } else {
-            Tell(Vor::UserError, "The log file can't be written: " + failure + ".");
+            PrintOnce(Vor::UserError, "The log file can't be written: " + failure + ".");
         }
     }
 

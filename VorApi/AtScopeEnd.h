@@ -7,7 +7,8 @@
 
 namespace Vor {
 
-/// Runs `work` when the scope ends, also when it ends with an exception. What `work` throws is logged.
+/// Runs `work` at `End`, which throws what `work` throws. Without that it runs when the scope ends, also when that is
+/// by an exception, and what it throws is logged.
 template <typename Work>
 class [[nodiscard]] AtScopeEnd {
 public:
@@ -16,11 +17,21 @@ public:
         , where(where) {}
     AtScopeEnd(const AtScopeEnd&) = delete;
     AtScopeEnd& operator=(const AtScopeEnd&) = delete;
-    ~AtScopeEnd() { CleanUp(work, where); }
+    ~AtScopeEnd() {
+        if (pending) {
+            CleanUp(work, where);
+        }
+    }
+
+    void End() {
+        pending = false;
+        work();
+    }
 
 private:
     Work work;
     std::source_location where;
+    bool pending = true;
 };
 
 } // namespace Vor

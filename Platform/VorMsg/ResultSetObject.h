@@ -41,8 +41,8 @@ public:
 
 private:
     static constexpr std::size_t MaxChunks = 14;
-    static constexpr unsigned CachedSizes = 7;            ///< sets made for up to 64 items
-    static constexpr std::size_t CacheSize = 1024 * 1024; ///< bytes of freed sets of one size
+    static constexpr unsigned CachedSizes = 7;                     ///< sets made for up to 64 items
+    static constexpr std::size_t CacheSize = std::size_t(1) << 20; ///< bytes of freed sets of one size
 
     const unsigned firstBits; ///< the first chunk has 2^firstBits items
     ResultItemObject* next;   ///< where the next item goes, unless it is the end of the last chunk

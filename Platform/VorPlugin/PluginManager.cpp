@@ -2,6 +2,7 @@
 
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorPlugin/PluginFile.h"
 
 #include <algorithm>
@@ -148,9 +149,7 @@ void PluginManager::Raise(const PluginLib& lib, PluginEvent event) {
     try {
         loadEvent.Raise(lib, event);
     } catch (const std::exception& e) {
-        Vor::LogError("Exception in a handler of the plug-in load event for \"%s\"", lib.Path());
-        Vor::Exception::LogException(e);
-        Vor::Exception::LogBackTrace(e);
+        Vor::LogThrown(e, "Exception in a handler of the plug-in load event for \"%s\"", lib.Path());
     } catch (...) {
         Vor::LogError("Exception of another type in a handler of the plug-in load event for \"%s\"", lib.Path());
     }

@@ -13,6 +13,7 @@
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorControl/Persistence/PersistControl.h"
 #include "VorControl/Persistence/PersistFields.h"
+#include "VorControl/Persistence/RunUpdate.h"
 #include "VorControl/Providers/UserNotes.h"
 #include "yApi/yStatus.h"
 
@@ -54,18 +55,6 @@ void ResetToDefaults(VorControl::IControlInstance& instance) {
     } else {
         instance.ResetInstance(true, VorControl::IControlInstance::DataToReset::All);
     }
-}
-
-/// Calls `end` after `update`, also when that throws.
-template <class Update, class End>
-void Bracketed(const Update& update, const End& end) {
-    try {
-        update();
-    } catch (...) {
-        end();
-        throw;
-    }
-    end();
 }
 
 } // namespace
@@ -190,13 +179,14 @@ bool JobService::Edit(const Selection& selection, const std::string& command, co
     try {
         if (IsOutputs(selection)) {
             instance.BeginUpdateOutputsMap();
-            Bracketed([&] { Run(instance.OutputsCommandTarget(), command, document); },
-                      [&] { instance.EndUpdateOutputsMap(); });
+            VorControl::Persistence::RunUpdate([&] { Run(instance.OutputsCommandTarget(), command, document); },
+                                               [&] { instance.EndUpdateOutputsMap(); });
         } else {
             const std::string id = RequireAssembly(selection);
             instance.BeginUpdateRegisterAssembly(id.c_str());
-            Bracketed([&] { Run(instance.RegisterAssemblyCommandTarget(id.c_str()), command, document); },
-                      [&] { instance.EndUpdateRegisterAssembly(id.c_str()); });
+            VorControl::Persistence::RunUpdate(
+                [&] { Run(instance.RegisterAssemblyCommandTarget(id.c_str()), command, document); },
+                [&] { instance.EndUpdateRegisterAssembly(id.c_str()); });
         }
     } catch (const Vor::Exception& e) {
         Vor::ThrowNested(e.Status(), "%s", Reason(e, made.Texts()));

@@ -55,7 +55,7 @@ void GoodClient::Run() {
 }
 
 GoodClient::Command GoodClient::RandomCommand() {
-    static const std::array<Command, 12> commands = {{{1, "", 2},
+    static const std::array<Command, 12> Commands = {{{1, "", 2},
                                                       {1, "", 2},
                                                       {2, "", 2},
                                                       {3, "", 2},
@@ -67,7 +67,7 @@ GoodClient::Command GoodClient::RandomCommand() {
                                                       {6, "", 3},
                                                       {7, "", 3},
                                                       {9, "data", 2}}};
-    return commands[random() % commands.size()];
+    return Commands[random() % Commands.size()];
 }
 
 void GoodClient::SendCommand(const Command& command) {

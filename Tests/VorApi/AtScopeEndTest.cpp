@@ -15,6 +15,29 @@ TEST(AtScopeEndTest, RunsItsWorkOnceWhenTheScopeEnds) {
     EXPECT_EQ(runs, 1);
 }
 
+TEST(AtScopeEndTest, EndRunsItsWorkAtOnceAndOnlyThen) {
+    int runs = 0;
+    {
+        Vor::AtScopeEnd atEnd([&] { ++runs; });
+        atEnd.End();
+        EXPECT_EQ(runs, 1);
+    }
+    EXPECT_EQ(runs, 1);
+}
+
+TEST(AtScopeEndTest, EndThrowsWhatItsWorkThrows) {
+    int runs = 0;
+    const auto fail = [&] {
+        ++runs;
+        throw std::runtime_error("second");
+    };
+    {
+        Vor::AtScopeEnd atEnd(fail);
+        EXPECT_THROW(atEnd.End(), std::runtime_error);
+    }
+    EXPECT_EQ(runs, 1);
+}
+
 TEST(AtScopeEndTest, RunsItsWorkWhenAnExceptionLeavesTheScope) {
     int runs = 0;
     try {

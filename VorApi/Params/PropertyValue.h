@@ -196,14 +196,6 @@ protected:
         Set(value);
     }
 
-    /// An empty text node, for a derived class that registers a further type keyword.
-    Internal::NodeType& SubType() {
-        if (!subType) {
-            subType = std::make_unique<Internal::NodeType>("");
-        }
-        return *subType;
-    }
-
 private:
     static Internal::Name TypeName() {
         static const Internal::Name Known(Kind::Type);
@@ -213,7 +205,6 @@ private:
     T stored;
     [[no_unique_address]] Internal::ItemsKeyword<T> items;
     Internal::NodeType type;
-    std::unique_ptr<Internal::NodeType> subType; ///< created when first asked for
     bool changed = false;
     Internal::HandlerList<Value<T>&> updateEndHandlers;
 };

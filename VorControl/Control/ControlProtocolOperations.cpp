@@ -72,7 +72,7 @@ ControlProtocolOperations::~ControlProtocolOperations() {
         dispatcherQueue.Clear();
     });
     dispatcherThread.Reset();
-    AbandonAlignment("Exception thrown in destructor");
+    Vor::CleanUp([this] { AbandonAlignment(); });
 }
 
 bool ControlProtocolOperations::OperationBegin() {
@@ -181,7 +181,7 @@ void ControlProtocolOperations::RunAction(const std::string& serviceId, ActionId
     } catch (const Vor::Exception& e) {
         Vor::LogThrown(e, "Exception processing action id %u", Number(action));
         if (action == ActionId::Alignment) {
-            AbandonAlignment("Exception cleaning up after an alignment");
+            EndFormerAlignment();
         }
         NotifyOperationEnd(serviceId, yERROR, "");
     }
@@ -251,7 +251,7 @@ bool ControlProtocolOperations::PerformAction(const std::string& serviceId, Acti
 void ControlProtocolOperations::StartAlignment(const std::string& serviceId, const std::string& scannerId) {
     auto& event = scanEngineInterface.AlignmentCompletedEvent(scannerId);
     // The registration of an alignment without a scanner id is still there after its end.
-    AbandonAlignment("Exception cleaning up after an alignment");
+    EndFormerAlignment();
     const auto alignment = std::make_shared<PendingAlignment>(*this, scannerId);
     alignment->callbackId =
         event.Add([alignment, serviceId](AlignCompletionStatus status) { alignment->Complete(serviceId, status); });
@@ -289,7 +289,15 @@ void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(const std::string
     }
 }
 
-void ControlProtocolOperations::AbandonAlignment(const char* failureText) {
+void ControlProtocolOperations::EndFormerAlignment() {
+    try {
+        AbandonAlignment();
+    } catch (const std::exception& e) {
+        Vor::LogThrown(e, "Exception cleaning up after an alignment");
+    }
+}
+
+void ControlProtocolOperations::AbandonAlignment() {
     std::shared_ptr<PendingAlignment> alignment;
     {
         const std::lock_guard guard(alignMutex);
@@ -299,11 +307,7 @@ void ControlProtocolOperations::AbandonAlignment(const char* failureText) {
         return;
     }
     alignment->Abandon();
-    try {
-        scanEngineInterface.AlignmentCompletedEvent(alignment->scannerId).Remove(alignment->callbackId);
-    } catch (const std::exception& e) {
-        Vor::LogThrown(e, failureText);
-    }
+    scanEngineInterface.AlignmentCompletedEvent(alignment->scannerId).Remove(alignment->callbackId);
 }
 
 void ControlProtocolOperations::NotifyOperationEnd(const std::string& serviceId, yStatus status,

@@ -147,7 +147,8 @@ private:
     void AlignmentCompletedCallback(const std::string& serviceId, const std::string& scannerId,
                                     VorScan::AlignCompletionStatus status);
     void CleanUpAlignmentCompletedEvent(const std::string& scannerId);
-    void AbandonAlignment(const char* failureText);
+    void EndFormerAlignment();
+    void AbandonAlignment();
     void NotifyOperationEnd(const std::string& serviceId, yStatus status, const char* scannerId);
 
     yStatus DispatcherThreadFx();

@@ -1,11 +1,11 @@
 #include "VorControl/Protocol/ControlOutputsCommandResource.h"
 
 #include "Vor/Logging.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorApi/Path.h"
 #include "VorCommon/ICommandTarget.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/Protocol/OutputsText.h"
-#include "VorControl/Protocol/UpdateBracket.h"
 
 namespace VorControl::Protocol {
 
@@ -38,15 +38,15 @@ VorApi::VorDataTree ControlOutputsCommandResource::Invoke(const VorApi::RequestI
     const std::string& command = RequiredKey(request, "command", OutputsText("Request is missing command"));
     IControlInstance& instance = ResolveToInstance(id);
     const auto map = instance.BeginUpdateOutputsMap();
-    UpdateBracket bracket([&] { instance.EndUpdateOutputsMap(); });
+    Vor::AtScopeEnd updateEnd([&] { instance.EndUpdateOutputsMap(); });
     if (map == nullptr) {
         Vor::LogInfo(OutputsText("Protocol %s does not have an outputs map"), id);
-        bracket.End();
+        updateEnd.End();
         return {};
     }
     const auto result = RunWrapped([&] { return InvokeCommand(map->CommandTarget(), command, data); },
                                    [](const char*) { return OutputsText("Output connection map command error"); });
-    RunWrapped([&] { bracket.End(); },
+    RunWrapped([&] { updateEnd.End(); },
                [](const char*) { return OutputsText("Failed to send output map update notification"); });
     return ResultDocument(result, request);
 }

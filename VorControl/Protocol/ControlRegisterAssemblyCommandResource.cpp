@@ -1,8 +1,8 @@
 #include "VorControl/Protocol/ControlRegisterAssemblyCommandResource.h"
 
+#include "VorApi/AtScopeEnd.h"
 #include "VorCommon/ICommandTarget.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
-#include "VorControl/Protocol/UpdateBracket.h"
 #include "yApi/yStatus.h"
 
 namespace VorControl::Protocol {
@@ -42,10 +42,10 @@ VorApi::VorDataTree ControlRegisterAssemblyCommandResource::Invoke(const VorApi:
     return RunWrapped(
         [&] {
             instance.BeginUpdateRegisterAssembly(assemblyId);
-            UpdateBracket bracket([&] { instance.EndUpdateRegisterAssembly(assemblyId); });
+            Vor::AtScopeEnd updateEnd([&] { instance.EndUpdateRegisterAssembly(assemblyId); });
             const auto result = InvokeCommand(CommandTarget(instance, tokens.assembly), command, data);
             instance.RegisterAssemblyUpdate(assemblyId);
-            bracket.End();
+            updateEnd.End();
             return ResultDocument(result, request);
         },
         [](const char* cause) { return std::string(cause); });

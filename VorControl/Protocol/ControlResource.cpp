@@ -4,12 +4,12 @@
 #include "Vor/DocumentValidation.h"
 #include "Vor/Logging.h"
 #include "Vor/VorDataTreeSerializer.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Path.h"
 #include "VorApi/Threads/ScopeLock.h"
 #include "VorCommon/ICommandTarget.h"
 #include "VorControl/Protocol/ControlProperties.h"
-#include "VorControl/Protocol/UpdateBracket.h"
 #include "yApi/yStatus.h"
 
 #include <nlohmann/json.hpp>
@@ -135,7 +135,7 @@ void ControlResource::ApplyUpdate(IControlInstance& instance, const nlohmann::js
     update.enabled = instance.IsEnabled();
     std::shared_ptr<Vor::Params::Group> parameters;
     const bool begun = HasParameters([&] { parameters = instance.BeginUpdateParameters(); });
-    UpdateBracket bracket([&] {
+    Vor::AtScopeEnd updateEnd([&] {
         if (begun) {
             instance.EndUpdateParameters();
         }
@@ -158,7 +158,7 @@ void ControlResource::ApplyUpdate(IControlInstance& instance, const nlohmann::js
         NodeFromJson(update, json);
         instance.Enable(update.enabled);
     }
-    bracket.End();
+    updateEnd.End();
 }
 
 } // namespace VorControl::Protocol

@@ -4,6 +4,7 @@
 #include "VorApi/DocumentResourceBase.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/IControlManager.h"
+#include "VorControl/Control/RunCaught.h"
 
 #include <exception>
 #include <memory>
@@ -90,7 +91,7 @@ auto ControlResourceBase::RunWrapped(const Work& work, const TextOf& textOf) {
     } catch (const std::exception& e) {
         Vor::ThrowNested(Vor::Exception::StatusOf(e), "%s", textOf(e.what()));
     } catch (...) {
-        Vor::ThrowNested(yERROR, "%s", textOf("unknown exception"));
+        Vor::ThrowNested(yERROR, "%s", textOf(UnknownException));
     }
 }
 

@@ -58,16 +58,16 @@ TEST_F(UdiCacheTest, ClearMakesAllZerosAgain) {
 }
 
 TEST_F(UdiCacheTest, AReadNeverMixesTwoWrites) {
-    constexpr std::size_t size = 512;
+    constexpr std::size_t Size = 512;
     std::thread writer([&] {
         for (unsigned char round = 0; round < 200; ++round) {
-            const Bytes data(size, round);
-            cache.Write(data.data(), 0, size);
+            const Bytes data(Size, round);
+            cache.Write(data.data(), 0, Size);
         }
     });
     for (int round = 0; round < 200; ++round) {
-        const Bytes read = cache.Read(0, size);
-        EXPECT_EQ(read, Bytes(size, read.front()));
+        const Bytes read = cache.Read(0, Size);
+        EXPECT_EQ(read, Bytes(Size, read.front()));
     }
     writer.join();
 }

@@ -19,12 +19,12 @@ yAssembly global = nullptr;
 
 using Libs = std::vector<std::pair<std::string, yAssemblyConstruct>>;
 const Libs& PlatformLibs() {
-    static const Libs libs{{"yApiLib", &yApiLib_Construct},
-                           {"yTsLib", &yTsLib_Construct},
-                           {"VcLib", &VcLib_Construct},
-                           {"VorCoreLib", &VorCoreLib_Construct},
-                           {"VorApiLib", &VorApiLib_Construct}};
-    return libs;
+    static const Libs All{{"yApiLib", &yApiLib_Construct},
+                          {"yTsLib", &yTsLib_Construct},
+                          {"VcLib", &VcLib_Construct},
+                          {"VorCoreLib", &VorCoreLib_Construct},
+                          {"VorApiLib", &VorApiLib_Construct}};
+    return All;
 }
 
 } // namespace

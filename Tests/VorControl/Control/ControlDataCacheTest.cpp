@@ -81,11 +81,11 @@ TEST_F(ControlDataCacheTest, ABusyMainLoopHasAtMostOneQueryOfAKind) {
 }
 
 TEST_F(ControlDataCacheTest, CallsOfManyThreadsAtOnceShareOneQuery) {
-    constexpr int count = 4;
-    std::barrier begin(count);
+    constexpr int Count = 4;
+    std::barrier begin(Count);
     std::vector<std::thread> threads;
     std::atomic<int> answered{0};
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < Count; ++i) {
         threads.emplace_back([&] {
             begin.arrive_and_wait();
             answered += NumberOf(cache->SystemStats(0)) == 0 ? 1 : 0;
@@ -94,7 +94,7 @@ TEST_F(ControlDataCacheTest, CallsOfManyThreadsAtOnceShareOneQuery) {
     for (auto& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(answered, count);
+    EXPECT_EQ(answered, Count);
     EXPECT_EQ(loop.RunReady(), 1U);
     EXPECT_EQ(Poll(), 1U);
 }

@@ -56,18 +56,18 @@ Bytes Join(std::initializer_list<Bytes> parts) {
     return all;
 }
 
-const Bytes bigValue{0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18};
-const Bytes littleValue{0x18, 0x17, 0x16, 0x15, 0x14, 0x13, 0x12, 0x11};
-const Bytes wideBigValue{0x12, 0x11, 0x14, 0x13, 0x16, 0x15, 0x18, 0x17};
+const Bytes BigValue{0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0x18};
+const Bytes LittleValue{0x18, 0x17, 0x16, 0x15, 0x14, 0x13, 0x12, 0x11};
+const Bytes WideBigValue{0x12, 0x11, 0x14, 0x13, 0x16, 0x15, 0x18, 0x17};
 
 } // namespace
 
 TEST(DefaultSystemStateRegisterBlock, WritesAllFieldsInEitherByteOrder) {
     DefaultSystemStateRegisterBlockInfo info;
     const Bytes rest = Join({{0x21, 0x03, 'a', 'b', 'c'}, Bytes(61, 0), {0x22, 0x23}});
-    EXPECT_EQ(Serialized(info, State("abc")), Join({bigValue, rest}));
+    EXPECT_EQ(Serialized(info, State("abc")), Join({BigValue, rest}));
     info.SetIsProtocolBigEndian(false);
-    EXPECT_EQ(Serialized(info, State("abc")), Join({littleValue, rest}));
+    EXPECT_EQ(Serialized(info, State("abc")), Join({LittleValue, rest}));
 }
 
 TEST(DefaultSystemStateRegisterBlock, AStateValueOfOneInEitherByteOrder) {
@@ -86,7 +86,7 @@ TEST(DefaultSystemStateRegisterBlock, AStateValueOfOneInEitherByteOrder) {
 TEST(DefaultSystemStateRegisterBlock, AFileNameOf64CharactersFillsTheFieldAnd65AreRefused) {
     DefaultSystemStateRegisterBlockInfo info;
     const std::string name(64, 'n');
-    EXPECT_EQ(Serialized(info, State(name)), Join({bigValue, {0x21, 64}, Bytes(64, 'n'), {0x22, 0x23}}));
+    EXPECT_EQ(Serialized(info, State(name)), Join({BigValue, {0x21, 64}, Bytes(64, 'n'), {0x22, 0x23}}));
     auto buffer = Canary(76);
     EXPECT_FAILURE(Write(info, buffer, State(std::string(65, 'n'))), yERROR_PARAMETER,
                    "The job filename length specified [65] is too long.");
@@ -101,26 +101,26 @@ TEST(DefaultSystemStateRegisterBlock, AShortFileNameLeavesNoTraceOfALongOne) {
     auto buffer = Canary(76);
     Write(info, buffer, State(std::string(64, 'n')));
     Write(info, buffer, State("b"));
-    EXPECT_EQ(buffer, Join({bigValue, {0x21, 1, 'b'}, Bytes(63, 0), {0x22, 0x23}}));
+    EXPECT_EQ(buffer, Join({BigValue, {0x21, 1, 'b'}, Bytes(63, 0), {0x22, 0x23}}));
     Write(info, buffer, State(""));
-    EXPECT_EQ(buffer, Join({bigValue, {0x21, 0}, Bytes(64, 0), {0x22, 0x23}}));
+    EXPECT_EQ(buffer, Join({BigValue, {0x21, 0}, Bytes(64, 0), {0x22, 0x23}}));
 }
 
 TEST(DefaultSystemStateRegisterBlock, TheLengthDecidesWhatIsAName) {
     DefaultSystemStateRegisterBlockInfo info;
     auto data = State("abcd");
     data.jobFileNameLength = 2;
-    EXPECT_EQ(Serialized(info, data), Join({bigValue, {0x21, 2, 'a', 'b'}, Bytes(62, 0), {0x22, 0x23}}));
+    EXPECT_EQ(Serialized(info, data), Join({BigValue, {0x21, 2, 'a', 'b'}, Bytes(62, 0), {0x22, 0x23}}));
     data.jobFileName[0] = '\0';
     data.jobFileName[1] = '\xE4';
-    EXPECT_EQ(Serialized(info, data), Join({bigValue, {0x21, 2, 0, 0xE4}, Bytes(62, 0), {0x22, 0x23}}));
+    EXPECT_EQ(Serialized(info, data), Join({BigValue, {0x21, 2, 0, 0xE4}, Bytes(62, 0), {0x22, 0x23}}));
 }
 
 TEST(DefaultSystemStateRegisterBlock, InWideRegistersTheFileNamePrevailsOverTheFieldsThatItOverlaps) {
     for (const bool bigEndian : {true, false}) {
         SCOPED_TRACE(bigEndian);
         auto info = WideSystemState(bigEndian);
-        const auto& value = bigEndian ? wideBigValue : littleValue;
+        const auto& value = bigEndian ? WideBigValue : LittleValue;
         // The second byte of the length is the first one of the name, and is cleared with it.
         EXPECT_EQ(Serialized(info, State("")), Join({value, {0x21, 0}, Bytes(128, 0), Canary(14)}));
         EXPECT_EQ(Serialized(info, State("ab")), Join({value, {0x21, 2, 'a', 0, 'b', 0}, Bytes(124, 0), Canary(14)}));
@@ -148,7 +148,7 @@ TEST(DefaultSystemStateRegisterBlock, ADerivedBlockMayPlaceTheFieldsWithoutOverl
     };
     auto info = WideSystemState<Placed>(false);
     EXPECT_EQ(Serialized(info, State("a")),
-              Join({littleValue, {0x21, 0, 1, 0, 'a', 0}, Bytes(126, 0), {0x22, 0, 0x23, 0}, Canary(8)}));
+              Join({LittleValue, {0x21, 0, 1, 0, 'a', 0}, Bytes(126, 0), {0x22, 0, 0x23, 0}, Canary(8)}));
 }
 
 TEST(DefaultSystemStateRegisterBlock, SizesMustBeExactAndTheSourceIsAskedFirst) {
@@ -176,7 +176,7 @@ TEST(DefaultSystemStateRegisterBlock, AFailureToClearTheNameIsThrownAfterTheOthe
     auto buffer = Canary(76);
     faults.SetHere("yMemSet", -41);
     EXPECT_TEXTLESS_FAILURE(Write(info, buffer, State("abc")), -41);
-    EXPECT_EQ(buffer, Join({bigValue, {0x21, 3}, Canary(64), {0x22, 0x23}}));
+    EXPECT_EQ(buffer, Join({BigValue, {0x21, 3}, Canary(64), {0x22, 0x23}}));
 }
 
 TEST(DefaultSystemStateRegisterBlock, ItWritesOnly) {

@@ -41,13 +41,13 @@ struct Forgetting {
 template <class Document>
 struct Made : private Forgetting, public Document {};
 
-const json measurements = json::parse(R"([{"type": 19, "arrayed": false}])");
+const json Measurements = json::parse(R"([{"type": 19, "arrayed": false}])");
 
 } // namespace
 
 TEST(OutputDocuments, CommonPartOfAllMaps) {
     const Made<CommonProtocolOutputProp> document;
-    EXPECT_EQ(JsonSerializer::Serialize(document), (json{{"version", "1.2"}, {"acceptedDataFormats", measurements}}));
+    EXPECT_EQ(JsonSerializer::Serialize(document), (json{{"version", "1.2"}, {"acceptedDataFormats", Measurements}}));
     ExpectFields(document, {{"version", "Version", true}, {"acceptedDataFormats", "Accepted Data Formats"}});
 }
 
@@ -72,7 +72,7 @@ TEST(OutputDocuments, NumericAttributes) {
 TEST(OutputDocuments, NumericMap) {
     const Made<StandardOutputs> document;
     EXPECT_EQ(JsonSerializer::Serialize(document), (json{{"version", "1.2"},
-                                                         {"acceptedDataFormats", measurements},
+                                                         {"acceptedDataFormats", Measurements},
                                                          {"attributes", {{"outputIdMin", 0}, {"outputIdMax", 0}}},
                                                          {"map", json::array()}}));
     ExpectFields(document, {{"version", "Version", true},
@@ -123,7 +123,7 @@ TEST(OutputDocuments, TextAddRequest) {
 
 TEST(OutputDocuments, TextMapAndItsRequestAreAlike) {
     const Made<TextIdStandardOutputs> document;
-    const json expected = {{"version", "1.2"}, {"acceptedDataFormats", measurements}, {"map", json::array()}};
+    const json expected = {{"version", "1.2"}, {"acceptedDataFormats", Measurements}, {"map", json::array()}};
     EXPECT_EQ(JsonSerializer::Serialize(document), expected);
     ExpectFields(
         document,

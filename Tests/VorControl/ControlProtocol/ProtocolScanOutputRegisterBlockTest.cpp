@@ -126,21 +126,21 @@ TEST_F(ProtocolScanOutputRegisterBlockTest, BaseWritersAreNotImplemented) {
 TEST_F(ProtocolScanOutputRegisterBlockTest, SourceOfAnotherSizeIsRefusedFirst) {
     VorGetText::GetInstance().ForgetCalls();
     const Input input;
-    constexpr const char* text = "Insufficient source buffer size available for data serialization.";
-    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 5, &input, 15), yERROR_SIZE, text);
-    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 4, &input, 17), yERROR_SIZE, text);
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", text));
+    constexpr const char* Text = "Insufficient source buffer size available for data serialization.";
+    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 5, &input, 15), yERROR_SIZE, Text);
+    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 4, &input, 17), yERROR_SIZE, Text);
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", Text));
     EXPECT_EQ(sizeof(Input), 16U);
 }
 
 TEST_F(ProtocolScanOutputRegisterBlockTest, DestinationMustHaveExactlyTheSizeOfTheBlock) {
     VorGetText::GetInstance().ForgetCalls();
     const Input input;
-    constexpr const char* text = "Insufficient destination buffer size available for data serialization output.";
-    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 5, &input, 16), yERROR_SIZE, text);
-    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 3, &input, 16), yERROR_SIZE, text);
-    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 65540, &input, 16), yERROR_SIZE, text);
-    EXPECT_TRUE(WasTranslated("beApp.ctrl", text));
+    constexpr const char* Text = "Insufficient destination buffer size available for data serialization output.";
+    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 5, &input, 16), yERROR_SIZE, Text);
+    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 3, &input, 16), yERROR_SIZE, Text);
+    EXPECT_FAILURE(block.SerializeScanData(buffer.data(), 65540, &input, 16), yERROR_SIZE, Text);
+    EXPECT_TRUE(WasTranslated("beApp.ctrl", Text));
 }
 
 TEST_F(ProtocolScanOutputRegisterBlockTest, TypeCodeChoosesTheWriter) {
