@@ -140,7 +140,7 @@ void EditOne(Bench::Report& report, std::size_t count) {
              }
          }));
 
-    // Each entry moves behind the last one.
+    // Each entry moves to the end.
     typename Kind::Args update;
     update.map.Resize(2);
     note("update", Seconds([&] {

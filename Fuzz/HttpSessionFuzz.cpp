@@ -47,7 +47,7 @@ public:
             text.append(name).append(":").append(value).append("\n");
         }
         text += request.body;
-        if (!hasStreamed) { // what is behind a stream is handled only if it was received before the stream began
+        if (!hasStreamed) { // what follows a stream is handled only if it was received before the stream began
             handled += text;
         }
         if (request.target == "/stream") {

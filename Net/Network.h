@@ -16,7 +16,7 @@ std::string AddressText(const NetworkAddress& address);
 /// The addresses that begin with the same bits. Networks of IPv4 and of IPv6 have no address in common.
 class Network {
 public:
-    /// "A.B.C.D/n", "X::/n" or one address; bits behind the first n are ignored. Nothing for any other text.
+    /// "A.B.C.D/n", "X::/n" or one address; bits after the first n are ignored. Nothing for any other text.
     static std::optional<Network> Parse(const std::string& text);
 
     bool Contains(const NetworkAddress& address) const;

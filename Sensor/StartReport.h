@@ -16,7 +16,7 @@ class IControlManager;
 namespace Sensor {
 
 /// Prints what the sensor does for the user, and flushes each line. Control characters, which the texts of a job may
-/// contain, are printed as question marks.
+/// contain, are printed escaped.
 class StartReport {
 public:
     explicit StartReport(std::ostream& out);

@@ -81,7 +81,7 @@ std::string Cleaned(const std::string& text) {
     return PrintableText(AbridgedText(text, MaxText));
 }
 
-/// The lines of a back trace; those behind the first are indented, so that none looks like another entry.
+/// The lines of a back trace; those after the first are indented, so that none looks like another entry.
 std::string CleanedLines(const std::string& text) {
     std::string lines;
     for (std::size_t begin = 0; begin <= text.size();) {

@@ -24,7 +24,7 @@ void RequireWritten(const std::ostream& out) {
     }
 }
 
-/// Tells the user when the loaded job of a running sensor was changed.
+/// Notifies the user when the loaded job of a running sensor was changed.
 void ReportLoadedJob(const Sensor::CommandLine& commandLine) {
     const auto owner = Sensor::FolderLock::OwnerOf(commandLine.dataFolder);
     const std::vector<std::string> changed = commandLine.jobCommand->ChangedJobs();

@@ -34,7 +34,7 @@ def main():
     sensor.ask("START")
     sensor.ask("PUSH ON height width stamp")
     for _ in range(10):
-        # The field behind DATA counts lines, not frames of the scan: the stamp contains the frame.
+        # The field after DATA counts lines, not frames of the scan: the stamp contains the frame.
         _, _, height, width, frame, *_ = sensor.read()
         print(f"frame {frame}: " + ("no part" if width == "INVALID" else f"{height} mm high, {width} mm wide"))
     sensor.ask("PUSH OFF")

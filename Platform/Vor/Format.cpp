@@ -28,7 +28,7 @@ public:
     explicit Scanner(const char* text)
         : text(text) {}
 
-    /// Reads a conversion and moves behind it. False when the text isn't one.
+    /// Reads a conversion and moves past it. False when the text isn't one.
     bool Read(Conversion& out) {
         if (const char* mark = text; const auto number = Number()) {
             if (*text == '$' && *number > 0) {

@@ -2,7 +2,7 @@
 
 namespace VorApi {
 
-/// What the listeners of a resource hear. The first three equal EventType.
+/// What the listeners of a resource receive. The first three equal EventType.
 enum class Notification {
     Created = 1,
     Changed = 2,

@@ -66,7 +66,7 @@ public:
         return static_cast<T*>(taken);
     }
 
-    /// Takes room for one more `T` if it is right behind `end`.
+    /// Takes room for one more `T` if it is right after `end`.
     template <class T>
     bool Extend(const T* end) {
         if (static_cast<const void*>(end) != next || left < sizeof(T)) {

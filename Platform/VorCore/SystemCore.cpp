@@ -56,7 +56,7 @@ void SystemCore::RaisePostStopAndLogFailure() {
     try {
         RaisePostStop();
     } catch (const std::exception& e) {
-        Vor::LogThrown(e, "Telling that the scan hasn't started failed.");
+        Vor::LogThrown(e, "Reporting that the scan hasn't started failed.");
     }
 }
 

@@ -10,7 +10,7 @@
 class BlockCache;
 
 /// What a `ResultSet` points to. Items lie in chunks, so that adding never moves them and a set costs few allocations:
-/// the first chunk is behind the set in the same allocation, each later one makes the set four times as large.
+/// the first chunk is after the set in the same allocation, each later one makes the set four times as large.
 class ResultSetObject : public yObject {
 public:
     /// The first chunk has room for `capacity` items.

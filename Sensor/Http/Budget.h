@@ -13,7 +13,7 @@ namespace Sensor::Http {
 /// thread.
 class Budget {
 public:
-    /// A part of the budget, which its end gives back. It isn't refused: who makes something asks HasRoom before.
+    /// A part of the budget, given back when it ends. It isn't refused: who makes something asks HasRoom before.
     class Share {
     public:
         explicit Share(std::shared_ptr<Budget> budget)

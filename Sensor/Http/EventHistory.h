@@ -33,7 +33,7 @@ public:
     /// Numbers the event and makes its text of its name and data. The oldest one goes when there is no room.
     const NumberedEvent& Add(NumberedEvent event, const std::string& name, const std::string& data);
 
-    /// What has happened for these topics behind the event with that id; nothing when it isn't known any more, was
+    /// What has happened for these topics after the event with that id; nothing when it isn't known any more, was
     /// never given, or when it is more than `limits` allows to wait.
     std::optional<std::vector<EventStream::Text>> Since(const std::string& id, const std::vector<EventTopic>& topics,
                                                         const EventStream::Limits& limits) const;

@@ -26,7 +26,7 @@ public:
 
     /// Appends an event. An event with a key replaces the one of the same key that waits, in its place.
     void Push(Text text, const std::string& key = std::string());
-    /// Ends the stream behind what waits.
+    /// Ends the stream after what waits.
     void End();
 
     void Read(std::string& out) override;

@@ -9,7 +9,7 @@ class ResourceRouter;
 
 namespace Sensor::Http {
 
-/// What a client wants to hear of in its stream of events.
+/// What a client wants to be notified of in its stream of events.
 struct EventTopic {
     enum class Kind {
         Notice, ///< what was created, changed or deleted at `path` and below

@@ -9,7 +9,7 @@
 namespace Sensor::Http {
 
 /// The answer to a request that has failed. `methods`: those at its path, none when the path names nothing. What the
-/// client can't know and change is logged, and not answered.
+/// client can neither see nor change is logged, and not answered.
 HttpResponse FailureResponse(const std::exception_ptr& failure, VorRest::Verb verb, const Methods& methods);
 
 } // namespace Sensor::Http

@@ -27,7 +27,7 @@ constexpr std::size_t MaxCopiedBody = 16384;
 constexpr std::size_t MaxWaitingText = 65536;
 /// A larger buffer isn't kept when its bytes are sent.
 constexpr std::size_t MaxKeptText = 4 * MaxWaitingText;
-/// The connection is closed when the client sends more behind the last request.
+/// The connection is closed when the client sends more after the last request.
 constexpr std::size_t MaxDropped = std::size_t{4} << 20;
 
 constexpr const char* ContinueHead = "HTTP/1.1 100 Continue\r\n\r\n";

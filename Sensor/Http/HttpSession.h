@@ -27,10 +27,10 @@ struct HttpSessionSettings {
 /// The server's side of one connection of HTTP/1.1 or HTTP/1.0 (RFC 9112).
 ///
 /// GET, HEAD and OPTIONS without a body are handled while earlier requests are. Any other request is handled when those
-/// before it are answered, and those behind it when it is answered itself (RFC 9112, 9.3.2).
+/// before it are answered, and those after it when it is answered itself (RFC 9112, 9.3.2).
 ///
 /// A request is the last one of its connection when it says so, when it is refused on the wire or by
-/// IHttpHandler::CheckHeader, and when it is answered with a stream. Whatever the client sends behind the last one is
+/// IHttpHandler::CheckHeader, and when it is answered with a stream. Whatever the client sends after the last one is
 /// dropped, requests as well.
 class HttpSession : public Net::ITcpSession {
 public:

@@ -5,7 +5,7 @@
 
 namespace Sensor::Http {
 
-/// Which state of the configuration a document shows. For the main loop.
+/// Which state of the configuration a document contains. For the main loop.
 class IRevisions {
 public:
     virtual ~IRevisions() = default;

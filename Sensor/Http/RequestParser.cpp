@@ -212,7 +212,7 @@ void RequestParser::Impl::CheckFields() {
     }
 }
 
-// The parser accepts equal lengths, and takes a request with another coding than "chunked" for one without a body.
+// The parser accepts equal lengths, and treats a request with another coding than "chunked" as one without a body.
 void RequestParser::Impl::CheckFraming() {
     const auto coding = request.fields.Find("Transfer-Encoding");
     const auto length = request.fields.Find("Content-Length");

@@ -66,7 +66,7 @@ private:
     void Process(const CallPointer& call);
     void ProcessVerb(const CallPointer& call, VorRest::Verb verb);
     void OpenStream(Call& call);
-    /// The refusal of a change to a configuration that isn't the one that the client knows.
+    /// The refusal of a change to a configuration that isn't the one that the client has read.
     std::optional<HttpResponse> CheckPrecondition(const Call& call) const;
     /// Runs a request at once. `then` gets the answer, perhaps later.
     void Ask(const CallPointer& call, const VorRest::Request& request, Then then);

@@ -167,7 +167,7 @@ void ResourceMap::AddLinks(HalDocument& document) const {
     if (place && place->hasItems && !place->isCollection) {
         add("collection", base.substr(0, base.rfind('/')));
     }
-    // A route that names the step, and doesn't take it for the value of a parameter.
+    // Only a route that names the step itself counts, not one with a parameter in its place.
     const std::size_t depth = Path::Split(document.path).size();
     for (const char* const part : {"metrics", "commands"}) {
         const std::string path = base + '/' + part;

@@ -10,7 +10,7 @@ class ResourceRouter;
 
 namespace Sensor::Resources {
 
-/// Where a client begins that knows nothing else: who answers, and links to all that the router has at its top.
+/// Where a client without any other link begins: who answers, and links to all that the router has at its top.
 class EntryResource : public VorApi::DocumentResourceBase {
 public:
     /// `boot`: the id of this run of the program. The router outlives this.

@@ -10,7 +10,7 @@
 namespace Services::Ascii {
 
 /// The lines of one connection. Answers are sent in the order of the requests, and lines of frames between them. While
-/// a request waits for its answer, the requests behind it wait, too.
+/// a request waits for its answer, the requests after it wait, too.
 class AsciiSession : public Net::BufferedSession {
 public:
     /// `handler` must outlive the session.

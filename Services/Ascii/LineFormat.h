@@ -13,7 +13,7 @@ struct LineFormat {
     std::string terminator = "\r\n"; ///< control characters; each of them also ends a received line
     char decimalSeparator = '.';
     Notation notation = Notation::Fixed;
-    int decimals = 3;                    ///< digits behind the separator, except for Notation::Shortest
+    int decimals = 3;                    ///< digits after the separator, except for Notation::Shortest
     std::string invalidText = "INVALID"; ///< written for a missing value
 };
 

@@ -49,7 +49,7 @@ public:
     /// added. Allocates nothing, once the lines have reached their size.
     bool Process(ResultSet set);
 
-    /// Appends the fields of outputs, each behind a delimiter. Without ids these are all blocks or, if there are none,
+    /// Appends the fields of outputs, each after a delimiter. Without ids these are all blocks or, if there are none,
     /// all entries of the map. Throws yERROR_NOT_FOUND for an unknown output, and yERROR_SIZE when the line would be
     /// longer than MaxLineSize.
     void AppendValues(std::string& line, const std::vector<Argument>& ids);

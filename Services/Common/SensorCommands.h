@@ -19,7 +19,7 @@
 
 namespace Services::Common {
 
-/// What clients can be told about the sensor. What can't be read is empty.
+/// What clients can read about the sensor. What can't be read is empty.
 struct SensorState {
     std::optional<VorControl::IControlSystemInterface::SystemStats> system;
     /// Of the first scanner. Without a scanner its id is empty.

@@ -22,7 +22,7 @@ BlockType MakeControlInputType();
 BlockType MakeControlOutputType();
 BlockType MakeSystemType();
 BlockType MakeScannerType();
-/// Has the category of "System"; its type tells them apart.
+/// Has the category of "System"; its type distinguishes them.
 BlockType MakeDiagnosticsType();
 
 } // namespace Services::Modbus

@@ -6,7 +6,7 @@
 
 namespace Services::Modbus {
 
-/// What the service has done since it was started. Each count goes on from 0 behind its greatest value.
+/// What the service has done since it was started. Each count goes on from 0 after its greatest value.
 struct Diagnostics {
     std::uint32_t clients = 0;    ///< that are connected now
     std::uint32_t refused = 0;    ///< clients that were closed as soon as they connected

@@ -63,7 +63,7 @@ void SampleService::Start() {
         // Optional: without the filter the service receives complete result sets.
         GetControlHost().SetScanResultsFiltering(Id(), true);
     } catch (const std::exception& e) {
-        // Required: logs the failure, sets the status and throws again, so that the user is told the reason.
+        // Required: logs the failure, sets the status and throws again, so that the user gets the reason.
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
     UpdateProtocolStatus(ProtocolStatus::Running);

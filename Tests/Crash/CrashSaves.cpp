@@ -70,7 +70,7 @@ public:
     unsigned long generation = 0;
 };
 
-/// Saves one generation after the other, and prints the begin and the end of each, until it is killed.
+/// Saves one generation after the other, and prints the start and the end of each, until it is killed.
 [[noreturn]] void SaveUntilKilled(const std::string& folder) {
     Vor::MainLoop loop(Vor::MainLoop::Mode::Manual);
     VorCommon::PersistManager manager({.dataFolder = folder, .job = JobName});

@@ -11,7 +11,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// A sensor that stands still behind its one frame, so that its values stay as they are.
+/// A sensor that stops after its one frame, so that its values stay as they are.
 class HttpTest : public testing::Test {
 protected:
     HttpTest() {

@@ -20,7 +20,7 @@
 namespace Tests {
 namespace {
 
-/// What a client sends that wants to forge an entry, to erase a terminal, and to turn the text behind it.
+/// What a client sends that wants to forge an entry, to erase a terminal, and to turn the text after it.
 const std::string Attack = "forged\n2026-01-31T23:59:59.999Z error: no laser\r\x1b[2J\x07";
 const std::string AttackInUtf8 = "forged\xc2\x9b[2J\xe2\x80\xae\xe2\x80\xa8no-laser";
 const std::string TurnedText = "turned\xe2\x80\xae\xe2\x80\xa8no-laser";

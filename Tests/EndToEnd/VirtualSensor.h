@@ -24,7 +24,7 @@ class VirtualSensor {
 public:
     static std::string File() { return BuiltFile("vorsensor"); }
 
-    /// The program with a data folder and arguments. As a sensor that isn't told about HTTP it gets any free port.
+    /// The program with a data folder and arguments. Without an option about HTTP it serves that on any free port.
     static std::vector<std::string> Command(const std::string& folder, std::vector<std::string> arguments) {
         const auto has = [&](const char* word) { return std::ranges::find(arguments, word) != arguments.end(); };
         if (!has("jobs") && !has("--http-port") && !has("--no-http")) {

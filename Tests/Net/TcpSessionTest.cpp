@@ -49,7 +49,7 @@ private:
     std::optional<std::string> text;
 };
 
-/// Answers the line "ask" with a text from the letterbox, when there is one. Lines behind it wait.
+/// Answers the line "ask" with a text from the letterbox, when there is one. Lines after it wait.
 class AskingSession : public EchoSession {
 public:
     AskingSession(bool mayWrite, Letterbox& answers)

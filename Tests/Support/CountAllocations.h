@@ -20,7 +20,7 @@ std::size_t AllocationsOf(const Call& call) {
 
 } // namespace Tests
 
-// Not inlined, since the compiler would see a call of free behind one of new.
+// Not inlined, since the compiler would see a call of free after one of new.
 [[gnu::noinline]] void* operator new(std::size_t size) {
     ++Tests::allocations;
     if (void* const memory = std::malloc(size)) {

@@ -116,7 +116,7 @@ public:
     const char* assemblyVersion = "7";
     /// Further versions that parameters and assemblies support.
     std::set<std::string> supported;
-    /// Whether the begin of an update returns null.
+    /// Whether the start of an update returns null.
     bool refusesUpdates = false;
     int dynamicPasses = 0;
     std::shared_ptr<Map> outputs = std::make_shared<VorControl::ControlProtocol::StandardProtocolOutputMap>(4, 0, 100);

@@ -11,7 +11,7 @@
 
 namespace Tests {
 
-/// The files of a domain in memory. Read returns buffers with an offset, and with other bytes behind the file's.
+/// The files of a domain in memory. Read returns buffers with an offset, and with other bytes after the file's.
 class MemoryStore : public VorCommon::IPersistStore {
 public:
     VorCommon::PersistBuffer Read(const std::string& path) const override {

@@ -64,8 +64,8 @@ private:
     void Subscribe();
     void Unsubscribe();
     void OnPersistenceLoad(PersistenceLoadOpState state);
-    /// Raises the begin and the end of a load around the operation, the end also when a handler of the begin or the
-    /// operation throws. The operation doesn't run if the begin failed.
+    /// Raises the start and the end of a load around the operation, the end also when a handler of the start or the
+    /// operation throws. The operation doesn't run if the start failed.
     void RunLoad(const std::function<void()>& operation);
     /// Returns whether a service had something to report.
     bool LoadAll(VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);

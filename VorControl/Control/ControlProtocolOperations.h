@@ -91,7 +91,7 @@ public:
     /// Starts the action of each of the operations above. It doesn't wait for the action.
     void RunSynchronousOp(const std::string& serviceId, ActionId action, ControlOperationsParams params);
     /// When the service's last software trigger was accepted: a yTime_Monotonic after the end of each earlier operation
-    /// and before the begin of this one's action. 0 when there was none.
+    /// and before the start of this one's action. 0 when there was none.
     std::uint64_t BeginOfLastTrigger(const std::string& serviceId) const;
 
     /// Adds a handler of the ends of a service's operations. Handlers are called in order of adding, with a lock held:
@@ -165,7 +165,7 @@ private:
     VorCommon::IRuntimeCache& runtimeCache;
     std::unique_ptr<Vor::AsyncRunner> asyncRunner;
     std::map<std::string, Vor::Event<int>> opEndEvents;
-    /// Guards the structure of `opEndEvents`, for a few instructions; ranks behind `opEndLock`.
+    /// Guards the structure of `opEndEvents`, for a few instructions; ranks after `opEndLock`.
     std::mutex opEndEventsMutex;
     /// Held while handlers run and while they are removed; ranks before all locks that handlers use.
     Vor::Handle<yLock, yLock_Destroy> opEndLock;

@@ -39,7 +39,7 @@ private:
 
     VorRest::RequestProcessor& requestProcessor;
     std::unique_ptr<Vor::AsyncRunner> asyncRunner;
-    /// 1 from the begin of a read until the main loop is done with it, which may be after the caller's time-out.
+    /// 1 from the start of a read until the main loop is done with it, which may be after the caller's time-out.
     std::atomic<std::uint32_t> readInProgress = 0;
 };
 

@@ -43,7 +43,7 @@ private:
     void* const allocator;
     VorCore::ResultHub* const resultHub;
     Vor::Event<void*>::CallbackId hubCallbackId;
-    /// Guards `outputMaps`. Ranks behind `dispatcherLock`.
+    /// Guards `outputMaps`. Ranks after `dispatcherLock`.
     Vor::Handle<yLock, yLock_Destroy> outputMapLock;
     std::map<std::string, OutputMap> outputMaps;
     /// Guards `dispatchers`, and is held while a dispatcher is stopped. Ranks before `outputMapLock` and the locks of a

@@ -25,7 +25,7 @@ public:
     virtual IControlInstance& GetInstance(const std::string& id) = 0;
     virtual const ControlRegistry& GetControlRegistry() const = 0;
     /// The handler runs on the thread that loads, before the first and after the last service is loaded. It is called
-    /// at the end of each load of which it was called at the begin, whatever it or another handler throws then; what a
+    /// at the end of each load of which it was called at the start, whatever it or another handler throws then; what a
     /// handler throws ends the load.
     virtual PersistenceLoadEvent::CallbackId
     AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) = 0;

@@ -49,9 +49,9 @@ public:
     /// to the user, and the next ones are still removed. Throws yERROR_NOT_FOUND if no block was removed. Returns 0.
     virtual std::uint32_t Remove(const Vor::Params::Group& group) = 0;
     /// Removes the blocks that are above the minimum number of their type. A failure of the lock is thrown. A
-    /// Vor::Exception of a block is logged to the user and ends the walk: the blocks behind it stay.
+    /// Vor::Exception of a block is logged to the user and ends the walk: the blocks after it stay.
     virtual void RemoveAll() = 0;
-    /// Closes all gaps: moves the blocks one behind the other, from the output id in a CompactBlocksParams on. Throws
+    /// Closes all gaps: moves the blocks one after the other, from the output id in a CompactBlocksParams on. Throws
     /// std::bad_cast for another group. Throws yERROR_FULL or yERROR_PARAMETER, and moves nothing, if the blocks would
     /// be outside of the range. Returns 0.
     virtual std::uint32_t Compact(const Vor::Params::Group& group) = 0;

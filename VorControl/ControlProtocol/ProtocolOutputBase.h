@@ -333,7 +333,7 @@ protected:
     std::atomic<std::uint32_t> locked = 0; ///< 1 between BeginLock and EndLock
     mutable Outputs outputs;
     /// Reentrant; guards `outputs`. Handlers of the list and of its entries run under it, and refusals are logged under
-    /// it, so the locks that these enter rank behind it.
+    /// it, so the locks that these enter rank after it.
     Vor::Handle<yLock, yLock_Destroy> lock;
     ProtocolOutputCommandTarget commandTarget{*this};
     unsigned short firstOutputId = 0; ///< where the numbers of AddAll and CompactId begin

@@ -15,7 +15,7 @@ class ProtocolRegisterBlock;
 
 /// Finds blocks in the list of an assembly without a walk over it: the position for a range of addresses, the block
 /// with an output id, and the sum of the registers. The list is searchable if each block has an end that isn't below
-/// its start, and a start behind the end of the block before it. A list that isn't searchable is walked.
+/// its start, and a start after the end of the block before it. A list that isn't searchable is walked.
 ///
 /// Each answer is that of a walk at the time of the call. Blocks may be changed from outside between two calls, and in
 /// a handler of another block's change; an "actual" of the output id or the register count may be enabled, set or
@@ -28,7 +28,7 @@ public:
 
     explicit RegisterBlockIndex(Blocks& blocks);
 
-    /// The first block that overlaps the range or is behind it, or the end of the list, in logarithmic time. The
+    /// The first block that overlaps the range or is after it, or the end of the list, in logarithmic time. The
     /// beginning of a list that isn't searchable. No block before the returned one overlaps the range.
     Blocks::iterator WalkStart(unsigned short start, unsigned short end);
     /// The first block with this output id, or the end of the list. In logarithmic time if the list is searchable.

@@ -25,7 +25,7 @@ class IProtocolRegisterAssemblyGroup;
 namespace VorControl::Providers {
 
 /// A service makes its provider in its constructor and returns it from PersistenceProvider(). The provider gets the
-/// objects of the domain from the service, and changes each between the service's begin and end of an update. It does
+/// objects of the domain from the service, and changes each between the service's start and end of an update. It does
 /// so under its lock, so meanwhile the service must not wait for another thread that uses the provider.
 class ControlPersistenceProvider : public IControlPersistenceProvider {
 public:

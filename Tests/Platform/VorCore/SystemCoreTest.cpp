@@ -103,7 +103,7 @@ TEST_F(SystemCoreTest, TheFailureOfAStartOutweighsThatOfTakingItBack) {
     const Vor::LogCapture log;
     EXPECT_FAILURE(core.Start(true, false), yERROR_PARAMETER, "start is broken");
     EXPECT_EQ(core.GetRunState(), 0);
-    EXPECT_TRUE(log.Contains(Vor::LevelError, "Telling that the scan hasn't started failed."));
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Reporting that the scan hasn't started failed."));
 }
 
 TEST_F(SystemCoreTest, AStopThatFailsLeavesTheRunState) {

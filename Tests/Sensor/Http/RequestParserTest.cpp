@@ -206,7 +206,7 @@ TEST_F(RequestParserTest, RefusesWhatIsNoCorrectRequest) {
         {413, Chunked("1\r\nx\r\n100000\r\n")},
     };
     for (const auto& [status, bytes] : refused) {
-        // What is behind a cut line completes it, so that each piece can be waited for.
+        // What follows a cut line completes it, so that each piece can be waited for.
         for (const std::size_t step : {std::string::npos, std::size_t{1}, std::size_t{7}}) {
             EXPECT_EQ(Outcome(bytes + "\r\n\r\n", step).status, status) << bytes;
         }

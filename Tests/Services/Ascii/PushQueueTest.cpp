@@ -43,7 +43,7 @@ TEST(PushQueue, DropsAndCountsALineWithoutRoom) {
     EXPECT_FALSE(queue.Add("9"));
     EXPECT_EQ(queue.Dropped(), 2u);
     EXPECT_EQ(MoveLines(queue, 4), "1234");
-    EXPECT_TRUE(queue.Add("abcd")) << "the room at the begin is used again";
+    EXPECT_TRUE(queue.Add("abcd")) << "the room at the start is used again";
     EXPECT_EQ(MoveLines(queue, 50), "5678abcd");
     EXPECT_FALSE(queue.Add("1234567890123"));
     EXPECT_TRUE(queue.Add("123456789012"));

@@ -11,7 +11,7 @@ using namespace Tests;
 
 namespace {
 
-/// The bytes that the block writes for a result, and behind them bytes that must not change.
+/// The bytes that the block writes for a result, and after them bytes that must not change.
 Bytes Serialized(ProtocolRegisterBlockInfo& info) {
     const auto block = info.ConstructBlock(RegisterBlockParams());
     const DefaultCommandResultData data{0x1234, 0x03};

@@ -23,7 +23,7 @@ namespace {
 
 constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
-/// The bytes that the block writes for the item, and behind them two bytes that must not change.
+/// The bytes that the block writes for the item, and after them two bytes that must not change.
 Bytes Serialized(ProtocolRegisterBlockInfo& info, const Vor::Object& item, unsigned int outputMode = 0,
                  unsigned short registerCount = 65535) {
     RegisterBlockParams params;

@@ -212,7 +212,7 @@ public:
         return places;
     }
 
-    /// Whether each block begins behind the end of the one before it, and all are within the range.
+    /// Whether each block begins after the end of the one before it, and all are within the range.
     bool IsInOrder() const {
         int previousEnd = isGlobal ? least - 1 : -1;
         for (const auto& block : blocks) {

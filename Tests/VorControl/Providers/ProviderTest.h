@@ -49,7 +49,7 @@ protected:
     std::size_t UserEntries() const {
         return log.CountLevel(Vor::UserInfo) + log.CountLevel(Vor::UserWarning) + log.CountLevel(Vor::UserError);
     }
-    /// The entry at error level, with the exception behind it.
+    /// The entry at error level, with the exception after it.
     void ExpectThrown(const std::string& text, const std::string& exception) const {
         const auto records = log.Records();
         for (std::size_t i = 0; i + 1 < records.size(); ++i) {

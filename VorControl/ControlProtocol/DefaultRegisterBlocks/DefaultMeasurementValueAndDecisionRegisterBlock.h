@@ -5,7 +5,7 @@
 
 namespace VorControl::ControlProtocol {
 
-/// A measurement in thousandths as a signed 32-bit value, and behind it the decision byte; 0x80000000 and 2 when there
+/// A measurement in thousandths as a signed 32-bit value, and after it the decision byte; 0x80000000 and 2 when there
 /// is none.
 class DefaultMeasurementValueAndDecisionRegisterBlock : public DefaultMeasurementValueRegisterBlock,
                                                         public DefaultMeasurementDecisionRegisterBlock {
