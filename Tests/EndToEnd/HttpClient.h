@@ -1,52 +1,17 @@
 #pragma once
 
+#include "Tests/EndToEnd/HttpAnswer.h"
 #include "Tests/EndToEnd/Program.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
 
-#include <map>
-#include <sstream>
+#include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 namespace Tests {
-
-/// What curl got.
-struct HttpAnswer {
-    int status = 0;
-    std::map<std::string, std::string> fields; ///< names in small letters
-    nlohmann::json body;                       ///< null when it is no JSON
-
-    std::string Field(const std::string& name) const {
-        const auto found = fields.find(name);
-        return found == fields.end() ? "" : found->second;
-    }
-    /// Where the link leads, the first of several.
-    std::string Link(const std::string& relation) const {
-        const nlohmann::json& links = body.at("_links").at(relation);
-        return (links.is_array() ? links.at(0) : links).at("href");
-    }
-    /// Where the links lead.
-    std::vector<std::string> Links(const std::string& relation) const {
-        std::vector<std::string> paths;
-        for (const nlohmann::json& link : body.at("_links").at(relation)) {
-            paths.push_back(link.at("href"));
-        }
-        return paths;
-    }
-    /// Where the embedded documents of a relation are.
-    std::vector<std::string> Embedded(const std::string& relation) const {
-        std::vector<std::string> paths;
-        const nlohmann::json& documents = body.at("_embedded").at(relation);
-        for (const nlohmann::json& document : documents.is_array() ? documents : nlohmann::json::array({documents})) {
-            paths.push_back(document.at("_links").at("self").at("href"));
-        }
-        return paths;
-    }
-};
 
 /// A client of the sensor's HTTP that is the program curl.
 class HttpClient {
@@ -74,37 +39,25 @@ public:
         command.push_back(host + path);
         const Answer answer = RunToEnd(command);
         EXPECT_EQ(answer.status, 0) << answer.errors;
-        return Parse(answer.output);
+        return ParseHttpAnswer(answer.output);
     }
     HttpAnswer Get(const std::string& path) const { return Ask("GET", path); }
 
     /// A stream, line by line.
-    Program Stream(const std::string& path) const {
-        return Program(
-            {"curl", "--silent", "--show-error", "--no-buffer", "--header", "Accept: text/event-stream", host + path});
+    Program Stream(const std::string& path, const std::vector<std::string>& fields = {}) const {
+        std::vector<std::string> command{"curl",        "--silent", "--show-error",
+                                         "--no-buffer", "--header", "Accept: text/event-stream"};
+        for (const std::string& field : fields) {
+            command.insert(command.end(), {"--header", field});
+        }
+        command.push_back(host + path);
+        return Program(command);
     }
+
+    std::string Address() const { return host + '/'; }
+    std::uint16_t Port() const { return static_cast<std::uint16_t>(std::stoi(host.substr(host.rfind(':') + 1))); }
 
 private:
-    static HttpAnswer Parse(const std::string& output) {
-        HttpAnswer answer;
-        std::istringstream lines(output);
-        std::string line;
-        std::getline(lines, line);
-        answer.status = std::atoi(line.substr(line.find(' ') + 1).c_str());
-        while (std::getline(lines, line) && line != "\r") {
-            const auto colon = line.find(": ");
-            std::string name = line.substr(0, colon);
-            std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::tolower(c); });
-            answer.fields[name] = line.substr(colon + 2, line.size() - colon - 3);
-        }
-        const std::string body(std::istreambuf_iterator<char>(lines), {});
-        answer.body = nlohmann::json::parse(body, nullptr, false);
-        if (answer.body.is_discarded()) {
-            answer.body = nullptr;
-        }
-        return answer;
-    }
-
     std::string host;
 };
 

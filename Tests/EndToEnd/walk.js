@@ -1,0 +1,114 @@
+// Follows each link and each embed from the entry on, with an independent client of hypertext, and prints what it found
+// as JSON:
+//   node walk.js ENTRY
+// `documents` are the paths that were read, `commands` those that take POST only, `dead` the links to anything else, and
+// `unlike` the embeds that, once they are filled, have other members than the document itself.
+"use strict";
+
+const { Client, NeverCache } = require("ketting");
+
+class Walk {
+    constructor(entry) {
+        this.client = new Client(entry);
+        // An embed that isn't filled is no document that a cache may keep.
+        this.client.cache = new NeverCache();
+        this.membersOf = new Map(); // by the address of a document
+        this.commands = [];
+        this.dead = [];
+        this.filled = [];
+    }
+
+    async run() {
+        const waiting = [{ from: "", relation: "entry", resource: this.client.go() }];
+        const seen = new Set(waiting.map((target) => target.resource.uri));
+        while (waiting.length > 0) {
+            const target = waiting.shift();
+            for (const next of await this.visit(target)) {
+                if (!seen.has(next.resource.uri)) {
+                    seen.add(next.resource.uri);
+                    waiting.push(next);
+                }
+            }
+        }
+        const unlike = this.filled.filter(({ uri, members }) => this.membersOf.get(uri) !== members);
+        return {
+            documents: [...this.membersOf.keys()].map(pathOf),
+            commands: this.commands.map(pathOf),
+            dead: this.dead,
+            filled: this.filled.length,
+            unlike: unlike.map(({ uri }) => pathOf(uri)),
+        };
+    }
+
+    /// The targets of the document's links.
+    async visit({ from, relation, resource }) {
+        try {
+            const state = await resource.get();
+            this.membersOf.set(resource.uri, namesOf(state.data));
+            await this.fill(resource, state);
+            return targetsOf(state);
+        } catch (error) {
+            if (await takesPost(resource)) {
+                this.commands.push(resource.uri);
+            } else {
+                this.dead.push({ from, relation, path: pathOf(resource.uri), reason: error.message });
+            }
+            return [];
+        }
+    }
+
+    async fill(resource, state) {
+        const embedded = new Set(state.getEmbedded().map((part) => part.uri));
+        const links = state.links.getAll().filter((link) => embedded.has(state.client.go(link).uri));
+        const relations = new Set(links.map((link) => link.rel));
+        if (relations.size > 0) {
+            const query = "?expand=" + [...relations].map(encodeURIComponent).join(",");
+            const whole = await resource.go(resource.uri + query).get();
+            this.filled.push(...whole.getEmbedded().map((part) => ({ uri: part.uri, members: namesOf(part.data) })));
+        }
+    }
+}
+
+function targetsOf(state) {
+    const links = state.links.getAll();
+    const targets = [];
+    for (const link of links) {
+        const resources = link.templated ? expand(state, link, links) : [state.client.go(link)];
+        for (const resource of resources) {
+            targets.push({ from: state.uri, relation: link.rel, resource });
+        }
+    }
+    return targets;
+}
+
+/// A template of names is expanded with each name of the document that it explains, another one without values.
+function expand(state, link, links) {
+    if (link.rel !== "curies") {
+        return [state.follow(link.rel, {})];
+    }
+    const prefix = link.name + ":";
+    const names = links.map(({ rel }) => rel).filter((rel) => rel.startsWith(prefix));
+    return names.map((rel) => state.follow("curies", { rel: rel.slice(prefix.length) }));
+}
+
+async function takesPost(resource) {
+    const options = await resource.fetch({ method: "OPTIONS" });
+    return options.ok && (options.headers.get("Allow") ?? "").split(", ").includes("POST");
+}
+
+function namesOf(members) {
+    return Object.keys(members).sort().join(" ");
+}
+
+function pathOf(uri) {
+    const { pathname, search } = new URL(uri);
+    return pathname + search;
+}
+
+new Walk(process.argv[2])
+    .run()
+    .then((found) => console.log(JSON.stringify(found)))
+    .catch((error) => {
+        console.error(error);
+        process.exit(1);
+    });
