@@ -3,7 +3,6 @@
 #include "Tests/EndToEnd/VirtualSensor.h"
 #include "Tests/Support/TcpClient.h"
 
-#include <algorithm>
 #include <optional>
 
 namespace Tests {
@@ -31,10 +30,15 @@ protected:
         ADD_FAILURE() << "there is no service " << id;
         return "";
     }
-    static std::string Ending(const std::vector<std::string>& paths, const std::string& end) {
-        const auto found = std::ranges::find_if(paths, [&](const std::string& path) { return path.ends_with(end); });
-        EXPECT_NE(found, paths.end()) << end;
-        return found == paths.end() ? "" : *found;
+    /// The command of that name, by the links of the document.
+    std::string CommandPath(const std::string& document, const std::string& id) const {
+        for (const std::string& path : http->Get(document).Links("vor:command")) {
+            if (http->Get(path).body.at("id") == id) {
+                return path;
+            }
+        }
+        ADD_FAILURE() << "there is no command " << id << " of " << document;
+        return "";
     }
     /// The port of the Modbus service as its document has it.
     std::uint16_t Port(const std::string& service) const {
@@ -49,10 +53,9 @@ protected:
 TEST_F(HttpTest, AMapIsEditedByLinksAloneAndReadByAModbusClient) {
     const std::string service = ServicePath("modbus");
     const std::string assembly = http->Get(service).Embedded("vor:registerAssembly").at(0);
-    const std::vector<std::string> commands = http->Get(assembly).Links("vor:command");
     const Json block = {{"type", "Measurement"}, {"dataSource", "profile/max"}, {"outputId", 80}};
-    EXPECT_EQ(http->Ask("POST", Ending(commands, "/add"), {{"blocks", Json::array({block})}}).status, 200);
-    EXPECT_EQ(http->Ask("POST", Ending(commands, "/compact"), {{"startingOutputId", 0}}).status, 200);
+    EXPECT_EQ(http->Ask("POST", CommandPath(assembly, "add"), {{"blocks", Json::array({block})}}).status, 200);
+    EXPECT_EQ(http->Ask("POST", CommandPath(assembly, "compact"), {{"startingOutputId", 0}}).status, 200);
 
     const Json blocks = http->Get(assembly).body.at("blocks");
     ASSERT_EQ(blocks.size(), 13U);
