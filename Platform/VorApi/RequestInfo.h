@@ -6,7 +6,7 @@
 
 namespace VorApi {
 
-/// What a resource learns of a request: the values of the parameters in its path, decoded.
+/// What a resource gets of a request: the values of the parameters in its path, decoded.
 class RequestInfo {
 public:
     using Keys = std::map<std::string, std::string>;

@@ -15,7 +15,7 @@ class AsyncRunner;
 
 namespace Sensor::Http {
 
-/// Sees to it that large documents are made one at a time, when the budget has room, and after what else the main loop
+/// Ensures that large documents are made one at a time, when the budget has room, and after what else the main loop
 /// has to do. A document is large when its text was, the last time. Main loop only.
 class LargeDocuments {
 public:

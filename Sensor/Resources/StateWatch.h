@@ -9,7 +9,7 @@
 
 namespace Sensor::Resources {
 
-/// Notices when the sensor's state changes: members of its document, except the time and the frames, which always do.
+/// Detects when the sensor's state changes: members of its document, except the time and the frames, which always do.
 /// Main loop only.
 class StateWatch {
 public:
