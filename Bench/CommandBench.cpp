@@ -4,6 +4,7 @@
 
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
+#include "Bench/RoundTrips.h"
 #include "Services/Modbus/FrameCodec.h"
 #include "Services/Modbus/ModbusProtocol.h"
 #include "Vor/AsyncRunner.h"
@@ -37,7 +38,6 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <optional>
-#include <sched.h>
 #include <string>
 #include <sys/socket.h>
 #include <thread>
@@ -47,23 +47,14 @@
 namespace {
 
 using namespace Services::Modbus;
+using Bench::Clock;
 using Bench::Fail;
 using Bench::LoopbackSocket;
-using Clock = std::chrono::steady_clock;
+using Bench::PinTo;
 
 constexpr int Commands = 5000;
-constexpr int ServerCore = 0;
-constexpr int ClientCore = 1;
 constexpr std::uint16_t CommandAddress = 1000;
 constexpr std::uint16_t AnswerAddress = 1100;
-
-/// Pins the calling thread, and the threads that it starts from now on.
-void PinTo(int core) {
-    cpu_set_t cores;
-    CPU_ZERO(&cores);
-    CPU_SET(core, &cores);
-    sched_setaffinity(0, sizeof cores, &cores);
-}
 
 /// When the scan was last started, in nanoseconds of the clock; 0 after WaitForStart.
 std::atomic<Clock::rep> started{0};
@@ -280,13 +271,13 @@ int main(int argc, char** argv) {
         return report.Finish();
     }
     Vor::Logging::SetMinimumLevel(Vor::LevelWarning); // as in a sensor without --verbose
-    PinTo(ServerCore);
+    PinTo(Bench::ServerCore);
     Vor::MainLoop loop;
     OwnServer own;
     std::optional<BareServer> bare(std::in_place);
     Vor::AsyncRunner runner;
     std::thread clients([&] {
-        PinTo(ClientCore);
+        PinTo(Bench::ClientCore);
         std::vector<double> reference;
         {
             Client client(bare->port);

@@ -2,6 +2,7 @@
 // structures that is read from and written to the same file.
 
 #include "Bench/Measure.h"
+#include "Bench/TempFolder.h"
 #include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/Jobs/JobService.h"
 #include "Sensor/Jobs/OfflineServices.h"
@@ -9,7 +10,6 @@
 #include "VorCommon/ArchiveStore.h"
 #include "VorPlugin/PluginManager.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -136,34 +136,13 @@ private:
     const std::string file;
 };
 
-/// A temporary folder, removed with its content at destruction.
-class Folder {
-public:
-    Folder() {
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("no temporary folder");
-        }
-    }
-    ~Folder() {
-        std::error_code error;
-        std::filesystem::remove_all(name, error);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::filesystem::path Path() const { return name; }
-
-private:
-    std::string name = (std::filesystem::temp_directory_path() / "vor-bench-XXXXXX").string();
-};
-
 } // namespace
 
 int main(int argc, char** argv) {
     Vor::LogOutput::Set([](const Vor::LogRecord&) {});
     Bench::Report report("Loading and saving a job", argc, argv);
     const int runs = report.Has("--quick") ? 1 : 5;
-    const Folder folder;
+    const Bench::TempFolder folder;
     VorPlugin::PluginManager plugins;
     plugins.LoadFolder(std::filesystem::canonical("/proc/self/exe").parent_path() / "plugins");
     Sensor::Jobs::OfflineServices services(plugins);

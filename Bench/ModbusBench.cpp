@@ -3,6 +3,7 @@
 
 #include "Bench/LoopbackSocket.h"
 #include "Bench/Measure.h"
+#include "Bench/RoundTrips.h"
 #include "Net/TcpServer.h"
 #include "Services/Common/Registers/CommandCells.h"
 #include "Services/Common/Registers/ICommandRunner.h"
@@ -19,20 +20,18 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <memory>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
-#include <sched.h>
 #include <string>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <modbus/modbus.h>
@@ -40,22 +39,16 @@
 namespace {
 
 using namespace Services::Modbus;
+using Bench::Clock;
 using Bench::Fail;
+using Bench::Figures;
 using Bench::LoopbackSocket;
-using Clock = std::chrono::steady_clock;
+using Bench::Pairs;
+using Bench::PinTo;
+using Bench::RunInTurns;
 
-constexpr int ServerCore = 0;
-constexpr int ClientCore = 1;
 constexpr unsigned Registers = 100;
 constexpr std::size_t ReplySize = HeaderSize + 2 + 2 * Registers;
-
-/// Pins the calling thread, and the threads that it starts from now on.
-void PinTo(int core) {
-    cpu_set_t cores;
-    CPU_ZERO(&cores);
-    CPU_SET(core, &cores);
-    sched_setaffinity(0, sizeof cores, &cores);
-}
 
 void MakeRequest(unsigned char (&request)[12]) {
     EncodeHeader(request, 1, 1, 5);
@@ -63,11 +56,6 @@ void MakeRequest(unsigned char (&request)[12]) {
     PutWord(request + 8, 0);
     PutWord(request + 10, Registers);
 }
-
-struct Figures {
-    double rate; ///< round trips a second, of all clients
-    double p99;  ///< seconds
-};
 
 void RoundTrips(std::uint16_t port, Clock::time_point end, std::vector<float>& times) {
     const LoopbackSocket socket(port);
@@ -98,14 +86,12 @@ Figures Run(std::uint16_t port, int clients, std::chrono::milliseconds duration)
     for (std::thread& thread : threads) {
         thread.join();
     }
-    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    const auto time = Clock::now() - begin;
     std::vector<float> all;
     for (const auto& own : times) {
         all.insert(all.end(), own.begin(), own.end());
     }
-    const auto place = all.begin() + static_cast<std::ptrdiff_t>(all.size() * 99 / 100);
-    std::nth_element(all.begin(), place, all.end());
-    return {static_cast<double>(all.size()) / seconds, *place};
+    return Bench::FiguresOf(std::move(all), time);
 }
 
 /// The usual loop around the C library: one thread, select, receive, reply.
@@ -255,33 +241,6 @@ private:
     std::thread thread;
 };
 
-struct Pairs {
-    std::vector<Figures> subject;
-    std::vector<Figures> reference;
-
-    Bench::Comparison Compare(double Figures::*figure) const {
-        std::vector<double> subjects;
-        std::vector<double> references;
-        std::vector<double> ratios;
-        for (std::size_t i = 0; i < subject.size(); ++i) {
-            subjects.push_back(subject[i].*figure);
-            references.push_back(reference[i].*figure);
-            ratios.push_back(subjects.back() / references.back());
-        }
-        return {Bench::Median(subjects), Bench::Median(references), Bench::Median(ratios),
-                *std::min_element(ratios.begin(), ratios.end()), *std::max_element(ratios.begin(), ratios.end())};
-    }
-};
-
-Pairs RunInTurns(int pairs, const std::function<Figures()>& subject, const std::function<Figures()>& reference) {
-    Pairs result;
-    for (int i = 0; i < pairs; ++i) {
-        result.subject.push_back(subject());
-        result.reference.push_back(reference());
-    }
-    return result;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -295,10 +254,10 @@ int main(int argc, char** argv) {
         return report.Finish();
     }
 
-    PinTo(ServerCore);
+    PinTo(Bench::ServerCore);
     const BareServer bare;
     const OwnServer own;
-    PinTo(ClientCore);
+    PinTo(Bench::ClientCore);
 
     Run(own.Port(), 1, duration / 3);
     Run(bare.Port(), 1, duration / 3);
