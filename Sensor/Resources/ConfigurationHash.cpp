@@ -3,38 +3,40 @@
 #include "Vor/TreeWriter.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 
-#include <cstddef>
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace Sensor::Resources {
 
 namespace {
 
-/// The hash FNV-1a (RFC 9923) of a sequence of bytes.
+/// The hash of a sequence of numbers and texts. A large map is hashed after each edit, so it takes eight bytes at once.
 class Hash {
 public:
-    void Add(const void* bytes, std::size_t size) {
-        const auto* const begin = static_cast<const unsigned char*>(bytes);
-        for (std::size_t i = 0; i < size; ++i) {
-            value = (value ^ begin[i]) * 0x100000001b3U;
-        }
-    }
     /// What follows is of this kind.
-    void AddKind(char kind) { Add(&kind, 1); }
-    template <class T>
-    void AddNumber(char kind, T number) {
+    void AddKind(char kind) { Mix(static_cast<unsigned char>(kind)); }
+    void AddNumber(char kind, std::uint64_t number) {
         AddKind(kind);
-        Add(&number, sizeof number);
+        Mix(number);
     }
-    void AddText(char kind, const std::string& text) {
+    void AddText(char kind, std::string_view text) {
         AddNumber(kind, text.size());
-        Add(text.data(), text.size());
+        Mix(std::hash<std::string_view>()(text));
     }
 
     std::uint64_t Value() const { return value; }
 
 private:
-    std::uint64_t value = 0xcbf29ce484222325U;
+    // A step of SplitMix64 (Steele, Lea, Flood: Fast Splittable Pseudorandom Number Generators, 2014).
+    void Mix(std::uint64_t number) {
+        value = (value ^ number) + 0x9e3779b97f4a7c15U;
+        value = (value ^ (value >> 30)) * 0xbf58476d1ce4e5b9U;
+        value = (value ^ (value >> 27)) * 0x94d049bb133111ebU;
+        value ^= value >> 31;
+    }
+
+    std::uint64_t value = 0;
 };
 
 /// A document of which nothing remains but its hash.
@@ -57,12 +59,11 @@ public:
 
     void Set(bool value) { hash->AddNumber('b', value); }
     void Set(std::uint64_t value) { hash->AddNumber('u', value); }
-    void Set(std::int64_t value) { hash->AddNumber('i', value); }
+    void Set(std::int64_t value) { hash->AddNumber('i', static_cast<std::uint64_t>(value)); }
     void Set(const char* value) { hash->AddText('t', value); }
     void Set(const std::string& value) { hash->AddText('t', value); }
     void Set(const Vor::Properties::ByteVector& value) {
-        hash->AddNumber('y', value.Size());
-        hash->Add(value.Data(), value.Size());
+        hash->AddText('y', {reinterpret_cast<const char*>(value.Data()), value.Size()});
     }
 
 private:
