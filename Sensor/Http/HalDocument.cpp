@@ -100,8 +100,9 @@ bool HalDocument::HasLink(const std::string& relation) const {
     return std::ranges::find(links, relation, &Link::relation) != links.end();
 }
 
-std::string HalDocument::Text() const {
+std::string HalDocument::Text(std::size_t expectedSize) const {
     std::string text;
+    text.reserve(expectedSize);
     AppendTo(text);
     return text;
 }

@@ -2,6 +2,7 @@
 
 #include "VorApi/VorDataTree.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,8 +29,9 @@ struct HalDocument {
 
     bool HasLink(const std::string& relation) const;
     /// JSON with "_links", of which "self" is the first, the members and "_embedded". A relation that is there several
-    /// times is an array.
-    std::string Text() const;
+    /// times is an array. A text of at most `expectedSize` bytes doesn't move in memory, where it would occupy up to
+    /// three times its size meanwhile.
+    std::string Text(std::size_t expectedSize = 0) const;
     void AppendTo(std::string& out) const;
 };
 

@@ -31,21 +31,24 @@ public:
     LargeDocuments(const LargeDocuments&) = delete;
     LargeDocuments& operator=(const LargeDocuments&) = delete;
 
-    bool IsLarge(const std::string& path) const { return textSizes.contains(path); }
+    /// Documents are named by their path, and by what else their size depends on.
+    bool IsLarge(const std::string& name) const { return TextSize(name) > 0; }
+    /// What a large document's text had the last time; 0 for one that isn't large.
+    std::size_t TextSize(const std::string& name) const;
     /// The document's text had that size.
-    void Note(const std::string& path, std::size_t textSize);
+    void Note(const std::string& name, std::size_t textSize);
     /// As Note, from the bytes that the document's tree occupies, before there is a text.
-    void NoteTree(const std::string& path, std::size_t treeSize);
+    void NoteTree(const std::string& name, std::size_t treeSize);
 
     /// Calls `start` later, on the main loop, when it is this document's turn; drops it when `isWanted` returns false
     /// then. False when too many wait.
-    bool Wait(const std::string& path, std::function<bool()> isWanted, std::function<void(Turn)> start);
+    bool Wait(const std::string& name, std::function<bool()> isWanted, std::function<void(Turn)> start);
     /// For a document that proved to be large while it was made.
     Turn TakeTurn();
 
 private:
     struct Waiting {
-        std::string path;
+        std::string name;
         std::function<bool()> isWanted;
         std::function<void(Turn)> start;
     };
@@ -56,7 +59,7 @@ private:
     Budget& budget;
     Vor::AsyncRunner& runner;
     const std::shared_ptr<const bool> alive = std::make_shared<bool>(true);
-    std::map<std::string, std::size_t> textSizes; ///< of large documents, by path
+    std::map<std::string, std::size_t> textSizes; ///< of large documents, by name
     std::deque<Waiting> waiting;
     std::size_t turns = 0; ///< that haven't ended
 };

@@ -83,6 +83,11 @@ struct ResourceGateway::Call {
     std::size_t treeSize = 0; ///< bytes
     std::shared_ptr<Budget::Share> share;
     LargeDocuments::Turn turn = nullptr;
+
+    /// Of the document among the large ones.
+    std::string Name() const {
+        return target.path + (wantsSchema ? "?schema" : "") + (expanded.empty() ? "" : "?expand");
+    }
 };
 
 ResourceGateway::ResourceGateway(const Settings& settings, VorApi::ResourceRouter& router,
@@ -304,8 +309,8 @@ void ResourceGateway::Fail(const Call& call, const std::exception_ptr& failure, 
 }
 
 void ResourceGateway::Read(const CallPointer& call) {
-    const std::string& path = call->target.path;
-    if (!large.IsLarge(path)) {
+    const std::string name = call->Name();
+    if (!large.IsLarge(name)) {
         if (budget->HasRoom(0)) {
             MakeDocument(call);
         } else {
@@ -314,7 +319,7 @@ void ResourceGateway::Read(const CallPointer& call) {
         return;
     }
     const bool waits = large.Wait(
-        path, [call] { return call->responder.IsWanted(); },
+        name, [call] { return call->responder.IsWanted(); },
         [this, call](LargeDocuments::Turn turn) {
             call->turn = std::move(turn);
             MakeDocument(call);
@@ -373,11 +378,12 @@ void ResourceGateway::Send(const CallPointer& call, const std::shared_ptr<HalDoc
         call->fields.Add("ETag", *tag);
     }
     Net::NetThread& thread = call->turn != nullptr ? largeTextThread : textThread;
-    thread.Post([this, call, document] {
-        std::string text = document->Text();
+    const std::size_t lastSize = large.TextSize(call->Name());
+    thread.Post([this, call, document, lastSize] {
+        std::string text = document->Text(lastSize + lastSize / 16);
         *document = {};
         if (const std::size_t size = text.size(); call->turn != nullptr || size > LargeDocuments::LargeSize) {
-            runner.Run([this, path = call->target.path, size] { large.Note(path, size); });
+            runner.Run([this, name = call->Name(), size] { large.Note(name, size); });
         }
         call->responder.Respond({.status = call->status,
                                  .fields = std::move(call->fields),
@@ -391,7 +397,7 @@ std::shared_ptr<HalDocument> ResourceGateway::Document(Call& call, const std::st
     call.share->Change(call.treeSize);
     if (call.treeSize > LargeDocuments::LargeSize && call.turn == nullptr) {
         call.turn = large.TakeTurn();
-        large.NoteTree(call.target.path, call.treeSize);
+        large.NoteTree(call.Name(), call.treeSize);
     }
     return document;
 }

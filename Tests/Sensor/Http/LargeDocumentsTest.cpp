@@ -39,9 +39,11 @@ TEST_F(LargeDocumentsTest, ADocumentIsLargeAsLongAsItsTextIs) {
     EXPECT_FALSE(large.IsLarge("/a"));
     large.Note("/a", MiB + 1);
     EXPECT_TRUE(large.IsLarge("/a"));
+    EXPECT_EQ(large.TextSize("/a"), MiB + 1);
     EXPECT_FALSE(large.IsLarge("/b"));
     large.Note("/a", 1);
     EXPECT_FALSE(large.IsLarge("/a"));
+    EXPECT_EQ(large.TextSize("/a"), 0U);
 }
 
 TEST_F(LargeDocumentsTest, ATreeIsLargerThanItsText) {
@@ -106,14 +108,14 @@ TEST_F(LargeDocumentsTest, NothingIsMadeForAClientThatHasGone) {
 TEST_F(LargeDocumentsTest, TheBudgetMustHaveRoomForTreeAndText) {
     large.Note("/a", 10 * MiB);
     Budget::Share unsent(budget);
-    unsent.Change(50 * MiB);
+    unsent.Change(70 * MiB);
     Wait("/a");
     loop.RunReady();
     EXPECT_TRUE(started.empty());
-    unsent.Change(45 * MiB);
+    unsent.Change(65 * MiB);
     loop.RunReady();
     EXPECT_TRUE(started.empty());
-    unsent.Change(40 * MiB);
+    unsent.Change(60 * MiB);
     loop.RunReady();
     EXPECT_EQ(started.size(), 1U);
 }

@@ -596,6 +596,21 @@ TEST_F(ResourceGatewayTest, AFullBudgetIsGivenBackByWhoReads) {
     EXPECT_EQ(Get("/notes").status, 200U);
 }
 
+TEST_F(ResourceGatewayTest, ADocumentIsntLargeBecauseItsSchemaIs) {
+    free.onDocument = [](const RequestInfoEx& request, ResponseInfoEx&, VorDataTree& data) {
+        data["text"].Set(std::string(request.WantsSchema() ? 2 * LargeDocuments::LargeSize : 10, 'x'));
+    };
+    Get("/free?schema=1");
+    loop.RunReady();
+    std::vector<Client> clients;
+    for (std::size_t i = 0; i < 2 * LargeDocuments::MaxWaiting; ++i) {
+        clients.push_back(Send("GET", "/free"));
+    }
+    for (const Client& client : clients) {
+        EXPECT_EQ(Wait(client).status, 200U);
+    }
+}
+
 TEST_F(ResourceGatewayTest, ADocumentThatHasBecomeSmallIsNoLongerLarge) {
     WriteLargeFree(2 * LargeDocuments::LargeSize);
     Get("/free");
