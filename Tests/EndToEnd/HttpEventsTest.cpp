@@ -79,7 +79,7 @@ protected:
         tag = editor.Ask("GET", Service).Field("etag");
     }
 
-    /// Changes the service, if it is as this editor knows it, and knows it then. Returns the status.
+    /// Changes the service if it is still as after the last edit. Returns the status; `tag` is the present one then.
     int Edit() {
         const HttpAnswer answer =
             editor.Ask("PATCH", Service, {{"parameters", {{"idleTimeout", ++value}}}}, {"If-Match: " + tag});

@@ -1,4 +1,4 @@
-// An independent client of hypertext that knows nothing but the entry finds everything.
+// An independent client of hypertext that is given the entry alone finds everything.
 
 #include "Tests/EndToEnd/HttpClient.h"
 #include "Tests/EndToEnd/VirtualSensor.h"

@@ -1,8 +1,9 @@
 // Follows each link and each embed from the entry on, with an independent client of hypertext, and prints what it found
 // as JSON:
 //   node walk.js ENTRY
-// `documents` are the paths that were read, `commands` those that take POST only, `dead` the links to anything else, and
-// `unlike` the embeds that, once they are filled, have other members than the document itself.
+// `documents` are the paths that were read, `commands` those that have POST but no document, `dead` the links to
+// anything else, `filled` the number of embeds that were filled, and `unlike` those of them that then have other members
+// than the document itself.
 "use strict";
 
 const { Client, NeverCache } = require("ketting");
@@ -40,7 +41,7 @@ class Walk {
         };
     }
 
-    /// The targets of the document's links.
+    // Returns the targets of the document's links.
     async visit({ from, relation, resource }) {
         try {
             const state = await resource.get();
@@ -48,7 +49,7 @@ class Walk {
             await this.fill(resource, state);
             return targetsOf(state);
         } catch (error) {
-            if (await takesPost(resource)) {
+            if (await hasPost(resource)) {
                 this.commands.push(resource.uri);
             } else {
                 this.dead.push({ from, relation, path: pathOf(resource.uri), reason: error.message });
@@ -81,7 +82,7 @@ function targetsOf(state) {
     return targets;
 }
 
-/// A template of names is expanded with each name of the document that it explains, another one without values.
+// A template of names is expanded with each name of the document that it explains, another one without values.
 function expand(state, link, links) {
     if (link.rel !== "curies") {
         return [state.follow(link.rel, {})];
@@ -91,7 +92,7 @@ function expand(state, link, links) {
     return names.map((rel) => state.follow("curies", { rel: rel.slice(prefix.length) }));
 }
 
-async function takesPost(resource) {
+async function hasPost(resource) {
     const options = await resource.fetch({ method: "OPTIONS" });
     return options.ok && (options.headers.get("Allow") ?? "").split(", ").includes("POST");
 }
