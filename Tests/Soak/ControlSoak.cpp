@@ -3,6 +3,7 @@
 #include "Sensor/Application.h"
 #include "Tests/Soak/BadClient.h"
 #include "Tests/Soak/GoodClient.h"
+#include "Tests/Soak/HttpClients.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Vor/AsyncRunner.h"
 #include "Vor/Exception.h"
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <malloc.h>
 #include <ostream>
 #include <thread>
 #include <vector>
@@ -27,8 +29,13 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr double GrowthLimitKilobytes = 256;
+/// What is freed in one place and needed in another takes minutes to settle, with 30 threads.
+constexpr double ResidentGrowthLimitKilobytes = 2048;
 constexpr int ReadingsPerMinute = 12;
 constexpr int GoodClients = 5;
+constexpr int HttpReaders = 3;
+constexpr int HttpEditors = 2;
+constexpr int HttpListeners = 3;
 constexpr unsigned long long Minute = 60'000'000; ///< microseconds
 
 /// A temporary folder with the plug-ins and the jobs of the run, removed at destruction.
@@ -41,8 +48,10 @@ public:
         }
         path = name;
         std::filesystem::create_directory(path / "plugins");
-        std::filesystem::create_symlink(Tests::BuiltFile("plugins/modbus.so"), path / "plugins" / "modbus.so");
-        std::filesystem::create_symlink(Tests::BuiltFile("examples/sample.so"), path / "plugins" / "sample.so");
+        for (const char* const name : {"plugins/modbus.so", "plugins/modbus.demo.json", "examples/sample.so"}) {
+            const std::filesystem::path file = Tests::BuiltFile(name);
+            std::filesystem::create_symlink(file, path / "plugins" / file.filename());
+        }
     }
     ~Workplace() {
         std::error_code ignored;
@@ -94,14 +103,15 @@ std::uint16_t FreePort() {
     return ntohs(address.sin_port);
 }
 
-Sensor::CommandLine SensorCommand(const Workplace& place, std::uint16_t port) {
+Sensor::CommandLine SensorCommand(const Workplace& place, std::uint16_t port, std::uint16_t httpPort) {
     const std::string text = std::to_string(port);
     Sensor::CommandLine command;
     command.dataFolder = place.path;
     command.pluginFolders = {place.path / "plugins"};
     command.pluginFoldersGiven = true;
     command.frameRate = 1000;
-    command.http.on = false;
+    command.http.port = httpPort;
+    command.http.portGiven = true;
     command.alignment.time = std::chrono::milliseconds(20);
     command.settings.push_back({"port", "modbus", "port", text});
     return command;
@@ -117,9 +127,21 @@ long ResidentKilobytes() {
     return 0;
 }
 
+/// What malloc has given out and not got back.
+long AllocatedKilobytes() {
+    const auto info = mallinfo2();
+    return static_cast<long>((info.uordblks + info.hblkhd) / 1024);
+}
+
 double Median(std::vector<long> values) {
     std::sort(values.begin(), values.end());
     return static_cast<double>(values[(values.size() - 1) / 2] + values[values.size() / 2]) / 2;
+}
+
+/// From the second minute to the last, in medians.
+double GrowthOf(const std::vector<long>& readings) {
+    const auto second = readings.begin() + ReadingsPerMinute;
+    return Median({readings.end() - ReadingsPerMinute, readings.end()}) - Median({second, second + ReadingsPerMinute});
 }
 
 /// A histogram from 0 to 10 s in steps of 0.1 ms; longer times are in the last step. All memory is allocated at
@@ -152,9 +174,10 @@ private:
 /// Controls one run from its own thread while the main loop runs the sensor.
 class Conductor {
 public:
-    Conductor(Sensor::Application& application, std::uint16_t port, int minutes)
+    Conductor(Sensor::Application& application, std::uint16_t port, std::uint16_t httpPort, int minutes)
         : application(application)
         , port(port)
+        , httpPort(httpPort)
         , minutes(minutes) {}
 
     void Run() {
@@ -166,6 +189,9 @@ public:
              {Manner::HalfRequests, Manner::Resets, Manner::Silence, Manner::Floods, Manner::Garbage}) {
             threads.emplace_back([this, manner] { Misbehave(manner, port, ending); });
         }
+        AddWorkers<HttpReader>(threads, HttpReaders);
+        AddWorkers<HttpEditor>(threads, HttpEditors);
+        AddWorkers<HttpListener>(threads, HttpListeners);
         threads.emplace_back([this] { WatchMainLoop(); });
         threads.emplace_back([this] { SwitchServices(); });
         ReadMemory();
@@ -178,11 +204,13 @@ public:
 
     /// Prints the results and returns the exit status.
     int Report() const {
-        const auto second = readings.begin() + ReadingsPerMinute;
-        const double growth =
-            Median({readings.end() - ReadingsPerMinute, readings.end()}) - Median({second, second + ReadingsPerMinute});
-        std::printf("%ld reads, %ld commands taken, %ld refused as busy, %ld cut off by a disabled service\n",
+        std::printf("Modbus: %ld reads, %ld commands taken, %ld refused as busy, %ld cut off by a disabled service\n",
                     totals.reads.load(), totals.commands.load(), totals.busy.load(), totals.interrupted.load());
+        std::printf(
+            "HTTP: %ld documents read, %ld edits made, %ld stale, %ld requests refused as busy, %ld events in %ld "
+            "streams\n",
+            http.reads.load(), http.edits.load(), http.stale.load(), http.busy.load(), http.events.load(),
+            http.streams.load());
         std::printf("longest stall of the main loop %.1f ms, 99 %% of %lu probes below %.1f ms\n",
                     stalls.LongestMilliseconds(), stalls.Total(), stalls.Percentile99Milliseconds());
         std::printf("services switched %ld times\n", switches);
@@ -196,20 +224,36 @@ public:
         none("commands that didn't end", totals.withoutEnd);
         none("requests without a reply", totals.withoutReply);
         none("replies of two scans", totals.mixedScans);
+        none("unexpected answers of HTTP", http.unexpected);
+        none("requests and streams of HTTP without an answer", http.withoutReply);
+        require("edits over HTTP, at least 100", http.edits >= 100, static_cast<double>(http.edits));
         require("commands taken, at least 100", totals.commands >= 100, static_cast<double>(totals.commands));
-        require("growth of resident memory in KB, at most 256", growth <= GrowthLimitKilobytes, growth);
+        const double growth = GrowthOf(allocated);
+        require("growth of allocated memory in KB, at most 256", growth <= GrowthLimitKilobytes, growth);
+        const double residentGrowth = GrowthOf(resident);
+        require("growth of resident memory in KB, at most 2,048", residentGrowth <= ResidentGrowthLimitKilobytes,
+                residentGrowth);
         require("a command is taken and done at the end", runsAtEnd, runsAtEnd ? 1 : 0);
         return kept ? 0 : 1;
     }
 
 private:
+    template <class Worker>
+    void AddWorkers(std::vector<std::thread>& threads, int count) {
+        for (int number = 1; number <= count; ++number) {
+            threads.emplace_back([this, number] { Worker(number, httpPort, http, ending).Run(); });
+        }
+    }
+
     void ReadMemory() {
         const auto begin = Clock::now();
         for (int i = 1; i <= minutes * ReadingsPerMinute; ++i) {
             std::this_thread::sleep_until(begin + i * std::chrono::seconds(5));
-            readings.push_back(ResidentKilobytes());
-            std::printf("%5d s  resident %7ld KB  %7ld reads  %6ld commands\n", i * 5, readings.back(),
-                        totals.reads.load(), totals.commands.load());
+            resident.push_back(ResidentKilobytes());
+            allocated.push_back(AllocatedKilobytes());
+            std::printf("%5d s  resident %7ld KB  allocated %7ld KB  %7ld reads  %6ld commands  %6ld edits\n", i * 5,
+                        resident.back(), allocated.back(), totals.reads.load(), totals.commands.load(),
+                        http.edits.load());
             std::fflush(stdout);
         }
     }
@@ -246,10 +290,13 @@ private:
 
     Sensor::Application& application;
     const std::uint16_t port;
+    const std::uint16_t httpPort;
     const int minutes;
     std::atomic<bool> ending{false};
     GoodClient::Totals totals;
-    std::vector<long> readings;
+    HttpTotals http;
+    std::vector<long> resident; ///< KB, as the next
+    std::vector<long> allocated;
     StallHistogram stalls;
     long switches = 0;
     bool runsAtEnd = false; ///< whether a command succeeded at the end
@@ -260,9 +307,10 @@ private:
 int ControlSoak(int minutes) {
     const Workplace place;
     const std::uint16_t port = FreePort();
+    const std::uint16_t httpPort = FreePort();
     std::ostream output(nullptr); // discards everything
-    Sensor::Application application(SensorCommand(place, port), output);
-    Conductor conductor(application, port, minutes);
+    Sensor::Application application(SensorCommand(place, port, httpPort), output);
+    Conductor conductor(application, port, httpPort, minutes);
     std::exception_ptr failure;
     std::thread thread([&] {
         try {
