@@ -1,7 +1,6 @@
 #include "Sensor/StartRetry.h"
 
 #include "Vor/Logging.h"
-#include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/IControlManager.h"
 #include "yApi/yStatus.h"
 
@@ -24,7 +23,16 @@ StartRetry::StartRetry(const UserLog& log, std::function<void(VorControl::IContr
     , timer([this](Vor::AsyncTimer&) { TryAgain(); }) {}
 
 void StartRetry::Watch(VorControl::IControlManager& manager) {
-    services = &manager;
+    if (services == nullptr) {
+        services = &manager;
+        enabled.emplace(
+            manager,
+            [this](VorControl::IControlInstance& instance) {
+                return instance.AddEnabledEventHandler([this](const std::string&) { Update(); });
+            },
+            &VorControl::IControlInstance::RemoveEnabledEventHandler,
+            "A handler of started services can't be removed.");
+    }
     Update();
 }
 

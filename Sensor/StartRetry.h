@@ -2,16 +2,14 @@
 
 #include "Sensor/UserLog.h"
 #include "Vor/AsyncTimer.h"
+#include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Protocol/ServiceSubscriptions.h"
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
-
-namespace VorControl {
-class IControlInstance;
-class IControlManager;
-} // namespace VorControl
 
 namespace Sensor {
 
@@ -25,8 +23,8 @@ public:
     /// `started` is called with each service that was started by this. The log must outlive this.
     StartRetry(const UserLog& log, std::function<void(VorControl::IControlInstance& instance)> started);
 
-    /// To be called after the services of the manager were started or loaded. The manager must live as long as the main
-    /// loop runs.
+    /// To be called after the services of the manager were started or loaded. From then on services that a client
+    /// starts are watched, too. The manager must outlive this.
     void Watch(VorControl::IControlManager& manager);
 
 private:
@@ -37,6 +35,9 @@ private:
     const UserLog& log;
     const std::function<void(VorControl::IControlInstance& instance)> started;
     VorControl::IControlManager* services = nullptr;
+    /// For services that are started or stopped by others.
+    std::optional<VorControl::Protocol::ServiceSubscriptions<VorControl::IControlInstance::EnabledEvent::CallbackId>>
+        enabled;
     std::set<std::string> waiting; ///< by id
     Vor::AsyncTimer timer;
 };

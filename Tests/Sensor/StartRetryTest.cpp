@@ -122,6 +122,22 @@ TEST_F(StartRetryTest, TriesEachPeriodUntilTheServiceRunsAndTellsTheUserTwice) {
               "info: a service has started.\n");
 }
 
+TEST_F(StartRetryTest, TriesServicesThatAreStartedLater) {
+    Tests::TestPlugin().Add("a", service).Publish(host.Plugins());
+    host.CreateServices();
+    Service("a").Enable(true);
+    retry.Watch(host.Services());
+    Service("a").Enable(false);
+    service.lock()->onStart = [] { Vor::Throw(yERROR_CONFLICT, "the port is taken"); };
+    Service("a").Enable(true);
+    EXPECT_EQ(UserTexts(), std::vector<std::string>{
+                               "a service can't start: the port is taken. The sensor tries again every 5 seconds."});
+    service.lock()->onStart = {};
+    loop.Advance(StartRetry::Period);
+    EXPECT_EQ(started, std::vector<std::string>{"a"});
+    EXPECT_EQ(UserTexts().back(), "a service has started.");
+}
+
 TEST_F(StartRetryTest, LeavesOtherFailuresAndDisabledServicesAlone) {
     Tests::TestPlugin().Add("a", service).Publish(host.Plugins());
     host.CreateServices();
