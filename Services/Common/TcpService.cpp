@@ -42,6 +42,7 @@ void TcpService::Stop() {
     UpdateProtocolStatus(ProtocolStatus::Stopping);
     try {
         Close();
+        SetProperties("", "");
     } catch (const std::exception& e) {
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStop);
     }
@@ -74,7 +75,6 @@ void TcpService::Close() {
     SetIsRunning(false);
     CloseServer();
     Stopped();
-    SetProperties("", "");
     SetForwardScanResultsToProtocol(false);
 }
 

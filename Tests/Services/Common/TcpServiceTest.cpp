@@ -260,6 +260,15 @@ TEST_F(TcpServiceTest, ReportsWhyItCannotStart) {
     EXPECT_EQ(module.Properties()["failure"], "");
 }
 
+TEST_F(TcpServiceTest, NoLongerReportsWhyItCouldNotStartOnceItIsStopped) {
+    const TakenPort taken;
+    module.Load(Section({{"port", taken.Port()}}));
+    EXPECT_EQ(module.Properties()["failure"], taken.Failure());
+    module.Own().Stop();
+    EXPECT_EQ(Status(), ProtocolStatus::Stopped);
+    EXPECT_EQ(module.Properties()["failure"], "");
+}
+
 TEST_F(TcpServiceTest, StaysWhereItIsAndReportsWhyItCannotMove) {
     module.Load(Section({{"port", 0}}));
     const std::uint16_t former = Port();
