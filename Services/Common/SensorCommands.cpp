@@ -190,9 +190,17 @@ void SensorCommands::EndIfReady(std::unique_lock<std::mutex> lock) {
 
 SensorState SensorCommands::LastState() const {
     SensorState state;
-    ReadInto(state.system, state.status, [this] { return service.host.SystemStats(0); });
-    ReadInto(state.scanner, state.status, [this] { return service.host.ScannerInfo("", 0); });
+    ReadSystem(state);
+    ReadScanner(state);
     return state;
+}
+
+void SensorCommands::ReadSystem(SensorState& state) const {
+    ReadInto(state.system, state.status, [this] { return service.host.SystemStats(0); });
+}
+
+void SensorCommands::ReadScanner(SensorState& state) const {
+    ReadInto(state.scanner, state.status, [this] { return service.host.ScannerInfo("", 0); });
 }
 
 void SensorCommands::ReadState(std::function<void(const SensorState&)> read) {

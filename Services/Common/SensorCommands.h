@@ -78,6 +78,9 @@ public:
 
     /// The last known state, without waiting. On the main loop it is the present one.
     SensorState LastState() const;
+    /// One half of `LastState` each.
+    void ReadSystem(SensorState& state) const;
+    void ReadScanner(SensorState& state) const;
     /// Calls `read` with the present state on the main loop.
     void ReadState(std::function<void(const SensorState&)> read);
 

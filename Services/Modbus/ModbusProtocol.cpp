@@ -77,10 +77,13 @@ void ModbusProtocol::Run(const ControlRegisterCommandData& command) {
 
 // A state that can't be read leaves the last one in the registers.
 void ModbusProtocol::ReadStates() {
-    if (!cells.HasStates()) {
-        return;
+    Common::SensorState state;
+    if (cells.HasSystemState()) {
+        commands.ReadSystem(state);
     }
-    const Common::SensorState state = commands.LastState();
+    if (cells.HasState(ScannerType)) {
+        commands.ReadScanner(state);
+    }
     if (state.system) {
         cells.SetSystemState(Common::SystemState(*state.system));
     }

@@ -136,9 +136,14 @@ void CommandCells::EndCommand(unsigned char status) {
     }
 }
 
-bool CommandCells::HasStates() const {
+bool CommandCells::HasSystemState() const {
     const std::lock_guard lock(mutex);
-    return system.IsInMap() || std::ranges::any_of(others, &RegisterCell::IsInMap);
+    return system.IsInMap();
+}
+
+bool CommandCells::HasState(const std::string& type) const {
+    const std::lock_guard lock(mutex);
+    return std::ranges::any_of(others, [&](const RegisterCell& cell) { return cell.Type() == type && cell.IsInMap(); });
 }
 
 void CommandCells::SetSystemState(const DefaultSystemStateData& state) {

@@ -85,8 +85,10 @@ public:
     /// The last command has ended.
     void EndCommand(unsigned char status);
 
-    /// Whether the map contains a state.
-    bool HasStates() const;
+    /// Whether the map contains the state that SetSystemState writes.
+    bool HasSystemState() const;
+    /// Whether the map contains a state of one of the other types.
+    bool HasState(const std::string& type) const;
     /// `state.secondStateByte` is ignored: this object writes 1 there while a command is in progress, else 0.
     void SetSystemState(const VorControl::ControlProtocol::DefaultSystemStateData& state);
     /// Sets the record of one of the other types.

@@ -309,7 +309,7 @@ TEST_F(ModbusCommandTest, TakesTheFirstRequestWordAsABaseOnceInTheProgramsLife) 
     EXPECT_TRUE(WaitForRegisters(Answer, Words({6, 2, 0})));
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Start"}));
     service->Stop();
-    Start();
+    Start({{"firstRequest", "base"}});
     service->RegisterAssemblyUpdate(AssemblyId);
     EXPECT_EQ(Write(Command, {7, 2}), 0u);
     EXPECT_TRUE(WaitForRegisters(Answer, Words({7, 2, 0}))) << "it was disabled and enabled, and has a new map";
@@ -504,7 +504,7 @@ TEST_F(ModbusCommandTest, ShowsZerosUntilTheScannerHasAnsweredAndThenItsLastStat
 TEST_F(ModbusCommandTest, AsksForNoStateThatItsMapDoesNotShow) {
     service->Stop();
     service->RegisterAssembly(AssemblyId)->ResetRegisterAssembly();
-    AddBlocks(*service->RegisterAssembly(AssemblyId), {{"ControlInput", "", Command}});
+    AddBlocks(*service->RegisterAssembly(AssemblyId), {{"ControlInput", "", Command}, {"Diagnostics", "", 1400}});
     environ.dataCache.NewCalls();
     Start();
     EXPECT_EQ(Read(Command, 1), Words({0}));

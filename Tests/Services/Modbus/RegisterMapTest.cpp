@@ -258,7 +258,9 @@ TEST_F(RegisterMapTest, WritesTheDiagnosticsWhereTheMapHasThem) {
     EXPECT_EQ(Read(100, 40), Bytes(80, 0)) << "this map has none";
     CellPlaces places{.places = {{DiagnosticsType, 8}}};
     Replace(places, {{4, 16}});
-    EXPECT_TRUE(cells.HasStates());
+    EXPECT_TRUE(cells.HasState(DiagnosticsType));
+    EXPECT_FALSE(cells.HasState(ScannerType));
+    EXPECT_FALSE(cells.HasSystemState());
     EXPECT_EQ(Read(4, 12), Words({0, 1, 0, 2, 3, 4, 0, 5, 0, 6, 0, 7}));
     cells.SetState(DiagnosticsType, Diagnostics());
     EXPECT_EQ(Read(4, 12), Bytes(24, 0));
@@ -272,14 +274,14 @@ TEST_F(RegisterMapTest, KeepsItsContentInANewMap) {
     EXPECT_EQ(Write(10, {1, 5, 'a'}), NoException);
     cells.SetState(ScannerType, DefaultScannerStateData{.signedScannerValue = 7});
     Replace({}, {});
-    EXPECT_FALSE(cells.HasStates());
+    EXPECT_FALSE(cells.HasState(ScannerType));
     EXPECT_EQ(Write(10, {1}), IllegalDataAddress);
     cells.EndCommand(2);
     EXPECT_EQ(Write(0, {1}), IllegalDataAddress);
     EXPECT_EQ(Read(0, 1), Bytes());
     Replace({.places = {{"ControlInput", 0}, {"ControlOutput", 130}, {"Scanner", 140}}, .isBigEndian = false},
             {{0, 80}});
-    EXPECT_TRUE(cells.HasStates());
+    EXPECT_TRUE(cells.HasState(ScannerType));
     EXPECT_EQ(Read(0, 3), Words({1, 5, 'a'}));
     EXPECT_EQ(Read(65, 3), Words({1, 2, 0}));
     EXPECT_EQ(Read(70, 4), Words({7, 0, 0, 0}));

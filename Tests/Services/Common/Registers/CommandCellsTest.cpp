@@ -117,9 +117,12 @@ TEST_F(CommandCellsTest, MovesItsContentToANewMapInItsByteOrder) {
     EXPECT_EQ(Read(200, 8), (Bytes{2, 1, 0, 0, 0, 0, 0, 0}));
     EXPECT_EQ(Read(216, 1), (Bytes{2}));
     EXPECT_EQ(Read(100, 9), (Bytes{4, 3, 0, 0, 0, 0, 0, 0, 1}));
-    EXPECT_TRUE(cells.HasStates());
+    EXPECT_TRUE(cells.HasSystemState());
+    EXPECT_TRUE(cells.HasState("Scanner"));
+    EXPECT_FALSE(cells.HasState("Other"));
     cells.Replace({.places = {{"ControlInput", 0}}}, {{0, 67}}, Bytes(67, 0));
-    EXPECT_FALSE(cells.HasStates());
+    EXPECT_FALSE(cells.HasSystemState());
+    EXPECT_FALSE(cells.HasState("Scanner"));
     EXPECT_EQ(Read(0, 3), (Bytes{1, 2, 1}));
 }
 
