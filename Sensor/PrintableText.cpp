@@ -42,7 +42,8 @@ unsigned CodeOf(std::string_view character) {
 bool IsPrintable(unsigned code) {
     const bool isControl = code < 0x20 || (code >= 0x7F && code < 0xA0);
     const bool changesLines = code >= 0x2028 && code <= 0x202E;
-    const bool changesDirection = code == 0x200E || code == 0x200F || (code >= 0x2066 && code <= 0x2069);
+    const bool changesDirection =
+        code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x2066 && code <= 0x2069);
     return !isControl && !changesLines && !changesDirection;
 }
 

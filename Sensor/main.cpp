@@ -40,8 +40,10 @@ void RunJobCommand(const Sensor::CommandLine& commandLine) {
     if (Sensor::Jobs::JobServiceTool::IsFor(command)) {
         const Sensor::UserLog log({.verbose = commandLine.verbose});
         const Sensor::UserLog::Silence silence(log);
-        Sensor::Jobs::JobServiceTool(commandLine.dataFolder, commandLine.pluginFolders, std::cout, std::cerr)
-            .Run(command);
+        Sensor::Jobs::JobServiceTool tool(commandLine.dataFolder, commandLine.pluginFolders, std::cout, std::cerr);
+        if (!tool.Run(command)) {
+            return;
+        }
     } else {
         Sensor::Jobs::JobTool(commandLine.dataFolder, std::cout).Run(command);
     }
@@ -67,7 +69,7 @@ int main(int argc, char** argv) {
         }
         return Sensor::Application(commandLine, std::cout).Run();
     } catch (const Sensor::StartError& error) {
-        std::cerr << "vorsensor: " << error.what() << std::endl;
+        std::cerr << "vorsensor: " << Sensor::PrintableText(error.what()) << std::endl;
         return StatusOfRefusal;
     } catch (const std::exception& error) {
         std::cerr << "vorsensor: " << error.what() << std::endl;

@@ -70,7 +70,7 @@ bool JobServiceTool::IsFor(const JobCommand& command) {
     }
 }
 
-void JobServiceTool::Run(const JobCommand& command) {
+bool JobServiceTool::Run(const JobCommand& command) {
     try {
         const std::string path = (folder / VorCommon::PersistManager::JobFileName(command.name)).string();
         Vor::MainLoop loop(Vor::MainLoop::Mode::Manual);
@@ -83,15 +83,16 @@ void JobServiceTool::Run(const JobCommand& command) {
         store.OpenJob();
         if (command.action == Action::Map) {
             PrintMap(services, store, command);
-            return;
+            return false;
         }
         const std::string done = Change(services, store, command);
         if (done.empty()) {
             out << PrintableText("Nothing was changed in " + path) << std::endl;
-            return;
+            return false;
         }
         store.Commit();
         out << PrintableText(done + " " + path) << std::endl;
+        return true;
     } catch (const Vor::Exception& e) {
         throw StartError(PrintableText(command.Text() + ": " + e.what() + AdviceOn(e.Status())));
     }

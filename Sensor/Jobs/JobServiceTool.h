@@ -28,8 +28,8 @@ public:
     /// Whether the command is for this class, not for JobTool.
     static bool IsFor(const JobCommand& command);
 
-    /// Throws a StartError that names the command and the reason.
-    void Run(const JobCommand& command);
+    /// Returns whether a job was changed. Throws a StartError that names the command and the reason.
+    bool Run(const JobCommand& command);
 
 private:
     void PrintMap(OfflineServices& services, VorCommon::ArchiveStore& store, const JobCommand& command);

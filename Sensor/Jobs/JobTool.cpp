@@ -191,7 +191,8 @@ void JobTool::Delete(const JobCommand& command) {
 }
 
 void JobTool::Export(const JobCommand& command) {
-    const auto status = std::filesystem::symlink_status(command.file);
+    std::error_code unknown; // then the copy fails, too
+    const auto status = std::filesystem::symlink_status(command.file, unknown);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         Vor::Throw(yERROR_PARAMETER, "'%s' is not a regular file, and isn't replaced.", command.file);
     }

@@ -52,6 +52,7 @@ TEST_F(DataFolder, MayBeWorkedOnByJobCommandsWhichNameALoadedJob) {
         {{"jobs", "set", "demo", "modbus.unitId=7"}, note},
         {{"jobs", "disable", "demo", "ascii"}, note},
         {{"jobs", "edit", "demo", "modbus", "removeAll"}, note},
+        {{"jobs", "edit", "demo", "modbus", "removeAll"}, ""},
         {{"jobs", "import", data.File("exported"), "demo", "--force"}, note},
         {{"jobs", "copy", "second", "demo.vrjob", "--force"}, note},
         {{"jobs", "rename", "demo", "third"}, note},

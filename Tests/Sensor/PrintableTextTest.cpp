@@ -14,7 +14,7 @@ TEST(PrintableText, EscapesControlCharacters) {
 }
 
 TEST(PrintableText, EscapesCharactersThatSeparateLinesOrTurnText) {
-    EXPECT_EQ(PrintableText("\u2028\u202egpj\u2066\u200f"), "\\u2028\\u202egpj\\u2066\\u200f");
+    EXPECT_EQ(PrintableText("\u061c\u2028\u202egpj\u2066\u200f"), "\\u061c\\u2028\\u202egpj\\u2066\\u200f");
 }
 
 TEST(PrintableText, EscapesBytesThatAreNotUtf8) {

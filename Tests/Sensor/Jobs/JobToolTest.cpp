@@ -111,6 +111,10 @@ TEST_F(JobToolTest, AnExportReplacesRegularFilesOnly) {
                       "jobs export demo " + file + ": '" + file + "' is not a regular file, and isn't replaced.");
         }
     }
+    const std::string nameTooLong = elsewhere.File(std::string(300, 'x'));
+    EXPECT_EQ(Refusal({.action = Action::Export, .name = "demo", .file = nameTooLong})
+                  .find("jobs export demo " + nameTooLong + ": "),
+              0U);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     EXPECT_TRUE(std::filesystem::is_symlink(elsewhere.File("link")));
 }
