@@ -85,11 +85,12 @@ HostRules::HostRules(const std::vector<std::string>& names) {
     }
 }
 
-std::optional<HttpResponse> HostRules::Check(const HttpRequest& request) const {
-    const std::string field = request.fields.Find("Host").value_or("");
-    const auto host = ParseAuthority(field);
+std::optional<HttpResponse> HostRules::Check(const HttpRequest& request,
+                                             const std::optional<std::string>& authority) const {
+    const std::string given = authority ? *authority : request.fields.Find("Host").value_or("");
+    const auto host = ParseAuthority(given);
     if (!host) {
-        return ProblemResponse({400, "The field Host is '" + field + "', and a host's name or address was expected."});
+        return ProblemResponse({400, "The host is '" + given + "', and a host's name or address was expected."});
     }
     if (!IsThisHost(host->name)) {
         return ProblemResponse(

@@ -20,8 +20,8 @@ public:
     explicit HostRules(const std::vector<std::string>& names);
 
     /// The refusal of a request that names another host than this one, or that changes something on behalf of a page
-    /// of another one.
-    std::optional<HttpResponse> Check(const HttpRequest& request) const;
+    /// of another one. `authority` is the host of the request's target, if it has one; otherwise the field Host counts.
+    std::optional<HttpResponse> Check(const HttpRequest& request, const std::optional<std::string>& authority) const;
 
 private:
     bool IsThisHost(const std::string& name) const;

@@ -1,5 +1,6 @@
 #include "Sensor/Http/RequestTarget.h"
 
+#include "Sensor/Http/FieldList.h"
 #include "Vor/Exception.h"
 #include "VorApi/Path.h"
 
@@ -8,6 +9,8 @@
 namespace Sensor::Http {
 
 namespace {
+
+constexpr std::string_view UrlBegin = "http://";
 
 bool IsVisibleAscii(char c) {
     return c > 0x20 && c < 0x7F;
@@ -23,13 +26,18 @@ std::string DecodeQuery(std::string_view text) {
 } // namespace
 
 std::optional<RequestTarget> RequestTarget::Parse(std::string_view target) {
-    if (!target.starts_with('/') || !std::ranges::all_of(target, IsVisibleAscii) ||
-        target.find('#') != std::string_view::npos) {
+    RequestTarget parsed;
+    if (LowerCase(target.substr(0, UrlBegin.size())) == UrlBegin) {
+        target.remove_prefix(UrlBegin.size());
+        parsed.authority = target.substr(0, target.find_first_of("/?"));
+        target.remove_prefix(parsed.authority->size());
+    }
+    const bool hasPath = target.starts_with('/') || (parsed.authority && (target.empty() || target.front() == '?'));
+    if (!hasPath || !std::ranges::all_of(target, IsVisibleAscii) || target.find('#') != std::string_view::npos) {
         return std::nullopt;
     }
     const std::size_t queryMark = target.find('?');
-    RequestTarget parsed;
-    parsed.path = target.substr(0, queryMark);
+    parsed.path = queryMark == 0 || target.empty() ? "/" : target.substr(0, queryMark);
     std::string_view rest = queryMark == std::string_view::npos ? "" : target.substr(queryMark + 1);
     try {
         VorApi::Path::Decode(parsed.path);

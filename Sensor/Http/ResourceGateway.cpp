@@ -105,13 +105,14 @@ ResourceGateway::ResourceGateway(const Settings& settings, VorApi::ResourceRoute
 ResourceGateway::~ResourceGateway() = default;
 
 std::optional<HttpResponse> ResourceGateway::CheckHeader(const HttpRequest& request) {
-    if (auto refusal = hostRules.Check(request)) {
-        return refusal;
-    }
-    if (!RequestTarget::Parse(request.target)) {
+    const auto target = RequestTarget::Parse(request.target);
+    if (!target) {
         return ProblemResponse({400, "The target '" + request.target +
                                          "' isn't a path that begins with a slash, of characters and percent codes in "
                                          "UTF-8."});
+    }
+    if (auto refusal = hostRules.Check(request, target->authority)) {
+        return refusal;
     }
     const bool isPatch = request.method == "PATCH";
     if (!(isPatch || request.method == "POST") || !HasBody(request)) {

@@ -122,6 +122,8 @@ TEST_F(HostileHttpTest, APageOfTheWebReachesNothing) {
              {"421", Request("GET", "/", "", "", "127.0.0.1.evil.example")},
              {"421", Request("GET", "/", "", "", "localhost.:80")},
              {"421", Request("GET", "/", "", "", "2130706433")},
+             {"421", Request("GET", "http://evil.example/")},
+             {"421", WithBody("PATCH", "http://user@127.0.0.1" + Service, change)},
              {"403", WithBody("PATCH", Service, change, origin)},
              {"403", WithBody("PATCH", Service, change, "Origin: null\r\n")},
              {"403", WithBody("PATCH", Service, change, "Origin: http://127.0.0.1:1\r\n")},

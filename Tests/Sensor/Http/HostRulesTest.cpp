@@ -5,8 +5,8 @@
 namespace Sensor::Http {
 namespace {
 
-unsigned StatusOf(const HttpRequest& request) {
-    const auto refusal = HostRules({"Sensor.local:8080", "10.0.0.7", "[fe80::1]"}).Check(request);
+unsigned StatusOf(const HttpRequest& request, const std::optional<std::string>& authority = std::nullopt) {
+    const auto refusal = HostRules({"Sensor.local:8080", "10.0.0.7", "[fe80::1]"}).Check(request, authority);
     return refusal ? refusal->status : 200;
 }
 
@@ -27,8 +27,27 @@ TEST(HostRulesTest, LoopbackAndTheGivenNamesAreThisHost) {
 }
 
 TEST(HostRulesTest, AnotherHostIsNotThisOne) {
-    for (const char* const host : {"sensor", "evil.example", "localhost.evil.example", "127.0.0.1.evil.example",
-                                   "10.0.0.8", "[::2]", "[::]", "[1::1]", "127", "1.127.0.0", "sensor.local."}) {
+    for (const char* const host : {"sensor",
+                                   "evil.example",
+                                   "localhost.evil.example",
+                                   "127.0.0.1.evil.example",
+                                   "10.0.0.8",
+                                   "[::2]",
+                                   "[::]",
+                                   "[1::1]",
+                                   "[::127.0.0.1]",
+                                   "127",
+                                   "1.127.0.0",
+                                   "0.0.0.0",
+                                   "2130706433",
+                                   "0x7f.0.0.1",
+                                   "0177.0.0.1",
+                                   "localhost.",
+                                   "sensor.local.",
+                                   "127.0.0.1@evil.example",
+                                   "[::1%25lo]",
+                                   "null",
+                                   "localhost, localhost"}) {
         EXPECT_EQ(StatusOfHost(host), 421U) << host;
     }
 }
@@ -40,6 +59,21 @@ TEST(HostRulesTest, AHostIsANameWithAPort) {
     EXPECT_EQ(StatusOf({.method = "GET", .target = "/"}), 400U);
     EXPECT_EQ(StatusOf({.method = "GET", .target = "/", .fields = {{"Host", "localhost"}, {"Host", "localhost"}}}),
               421U);
+}
+
+TEST(HostRulesTest, TheHostOfTheTargetCountsInsteadOfTheField) {
+    const auto status = [](const char* method, const char* host, const char* authority) {
+        return StatusOf(
+            {.method = method, .target = "/", .fields = {{"Host", host}, {"Origin", "http://localhost:8080"}}},
+            authority);
+    };
+    EXPECT_EQ(status("GET", "evil.example", "localhost"), 200U);
+    EXPECT_EQ(status("GET", "localhost", "evil.example"), 421U);
+    EXPECT_EQ(status("GET", "localhost", "user@localhost"), 421U);
+    EXPECT_EQ(status("GET", "localhost", "localhost:8080@evil.example"), 400U);
+    EXPECT_EQ(status("GET", "localhost", ""), 400U);
+    EXPECT_EQ(status("POST", "localhost", "localhost:8080"), 200U);
+    EXPECT_EQ(status("POST", "localhost:8080", "localhost"), 403U);
 }
 
 TEST(HostRulesTest, APageOfAnotherHostChangesNothing) {

@@ -163,7 +163,7 @@ TEST_F(ResourceGatewayTest, PathsAreCodedBothWaysAndMayEndWithASlash) {
 }
 
 TEST_F(ResourceGatewayTest, AMalformedTargetIsABadRequest) {
-    for (const char* const target : {"", "*", "/a%", "/%ff", "http://localhost/"}) {
+    for (const char* const target : {"", "*", "/a%", "/%ff", "https://localhost/"}) {
         EXPECT_EQ(Get(target).status, 400U) << target;
     }
     EXPECT_EQ(DetailOf(Get("/notes?schema=yes"), 400), "The query has schema=yes, and 0 or 1 was expected.");
@@ -228,6 +228,21 @@ TEST_F(ResourceGatewayTest, PagesOfOtherHostsAreRefused) {
     EXPECT_EQ(notes.texts.size(), 1U);
     Restart({.hosts = {"sensor.example"}});
     EXPECT_EQ(Request("GET", "/notes", {{"Host", "sensor.example"}}).status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, ATargetMayBeAUrlWhoseHostCounts) {
+    notes.texts = {{"a", "Hello"}};
+    const HttpFields otherHost{{"Host", "evil.example"}};
+    EXPECT_EQ(Request("GET", "http://127.0.0.1:8080/notes/a", otherHost).status, 200U);
+    EXPECT_EQ(Parse(Request("GET", "http://localhost", otherHost))["_links"]["self"]["href"], "/");
+    for (const char* const method : {"GET", "PATCH", "POST", "DELETE"}) {
+        EXPECT_EQ(Request(method, "http://evil.example/notes/a").status, 421U);
+    }
+    EXPECT_EQ(
+        SendJson("POST", "http://localhost:8080/notes", R"({"id":"b"})", {{"Origin", "http://localhost:8080"}}).status,
+        201U);
+    EXPECT_EQ(Request("DELETE", "http://localhost:8080/notes/b", {{"Origin", "http://evil.example"}}).status, 403U);
+    EXPECT_TRUE(notes.texts.contains("b"));
 }
 
 TEST_F(ResourceGatewayTest, NullInAPatchIsRefusedWhereverAMemberWouldGo) {
