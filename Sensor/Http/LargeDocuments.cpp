@@ -40,16 +40,39 @@ void LargeDocuments::NoteTree(const std::string& name, std::size_t treeSize) {
     Note(name, treeSize / TreeBytesPerTextByte);
 }
 
-bool LargeDocuments::Wait(const std::string& name, std::function<bool()> isWanted, std::function<void(Turn)> start) {
+bool LargeDocuments::Wait(Request request) {
     if (waiting.size() >= MaxWaiting) {
-        std::erase_if(waiting, [](const Waiting& other) { return !other.isWanted(); });
+        DropUnwanted();
     }
     if (waiting.size() >= MaxWaiting) {
         return false;
     }
-    waiting.push_back({name, std::move(isWanted), std::move(start)});
+    const auto place = waiting.insert(waiting.end(), {std::move(request), nullptr});
+    place->timer = std::make_unique<Vor::AsyncTimer>([this, place](Vor::AsyncTimer&) { Drop(place); });
+    place->timer->Start(static_cast<unsigned long long>(std::chrono::microseconds(MaxWaitTime).count()), true);
     StartLater();
     return true;
+}
+
+LargeDocuments::Request LargeDocuments::Take(WaitingList::iterator place) {
+    Request request = std::move(place->request);
+    waiting.erase(place);
+    return request;
+}
+
+// There may be room for what waits behind it.
+void LargeDocuments::Drop(WaitingList::iterator place) {
+    Take(place).drop();
+    StartLater();
+}
+
+void LargeDocuments::DropUnwanted() {
+    for (auto next = waiting.begin(); next != waiting.end();) {
+        const auto place = next++;
+        if (!place->request.isWanted()) {
+            Drop(place);
+        }
+    }
 }
 
 LargeDocuments::Turn LargeDocuments::TakeTurn() {
@@ -73,13 +96,12 @@ void LargeDocuments::StartLater() {
 
 void LargeDocuments::StartNext() {
     while (turns == 0 && !waiting.empty()) {
-        const std::size_t expected = TextSize(waiting.front().name) * (TreeBytesPerTextByte + 1);
-        if (!waiting.front().isWanted()) {
-            waiting.pop_front();
+        const auto first = waiting.begin();
+        const std::size_t expected = TextSize(first->request.name) * (TreeBytesPerTextByte + 1);
+        if (!first->request.isWanted()) {
+            Drop(first);
         } else if (budget.HasRoom(expected, [this] { StartLater(); })) {
-            const Waiting next = std::move(waiting.front());
-            waiting.pop_front();
-            next.start(TakeTurn());
+            Take(first).start(TakeTurn());
         } else {
             return;
         }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Sensor/Http/Budget.h"
+#include "Vor/AsyncTimer.h"
 
+#include <chrono>
 #include <cstddef>
-#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -21,9 +23,18 @@ class LargeDocuments {
 public:
     static constexpr std::size_t LargeSize = std::size_t{1024} * 1024; ///< bytes
     static constexpr std::size_t MaxWaiting = 16;
+    static constexpr std::chrono::seconds MaxWaitTime{30};
 
     /// The right to make a large document, until its last copy goes. It may go on any thread.
     using Turn = std::shared_ptr<void>;
+
+    /// A request for a document. One of `start` and `drop` is called on the main loop, unless this is destroyed before.
+    struct Request {
+        std::string name;
+        std::function<bool()> isWanted;
+        std::function<void(Turn)> start; ///< it is this document's turn
+        std::function<void()> drop;      ///< it isn't wanted any more, or has waited for MaxWaitTime
+    };
 
     /// Both must outlive this, and no turn may end on another thread while this is destroyed.
     LargeDocuments(Budget& budget, Vor::AsyncRunner& runner);
@@ -40,27 +51,29 @@ public:
     /// As Note, from the bytes that the document's tree occupies, before there is a text.
     void NoteTree(const std::string& name, std::size_t treeSize);
 
-    /// Calls `start` later, on the main loop, when it is this document's turn; drops it when `isWanted` returns false
-    /// then. False when too many wait.
-    bool Wait(const std::string& name, std::function<bool()> isWanted, std::function<void(Turn)> start);
+    /// Calls back later; false, without that, when too many wait.
+    bool Wait(Request request);
     /// For a document that proved to be large while it was made.
     Turn TakeTurn();
 
 private:
     struct Waiting {
-        std::string name;
-        std::function<bool()> isWanted;
-        std::function<void(Turn)> start;
+        Request request;
+        std::unique_ptr<Vor::AsyncTimer> timer;
     };
+    using WaitingList = std::list<Waiting>;
 
     void StartLater();
     void StartNext();
+    Request Take(WaitingList::iterator place);
+    void Drop(WaitingList::iterator place);
+    void DropUnwanted();
 
     Budget& budget;
     Vor::AsyncRunner& runner;
     const std::shared_ptr<const bool> alive = std::make_shared<bool>(true);
     std::map<std::string, std::size_t> textSizes; ///< of large documents, by name
-    std::deque<Waiting> waiting;
+    WaitingList waiting;
     std::size_t turns = 0; ///< that haven't ended
 };
 

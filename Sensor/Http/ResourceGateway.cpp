@@ -319,12 +319,20 @@ void ResourceGateway::Read(const CallPointer& call) {
         }
         return;
     }
-    const bool waits = large.Wait(
-        name, [call] { return call->responder.IsWanted(); },
-        [this, call](LargeDocuments::Turn turn) {
-            call->turn = std::move(turn);
-            MakeDocument(call);
-        });
+    const bool waits = large.Wait({
+        .name = name,
+        .isWanted = [call] { return call->responder.IsWanted(); },
+        .start =
+            [this, call](LargeDocuments::Turn turn) {
+                call->turn = std::move(turn);
+                MakeDocument(call);
+            },
+        .drop =
+            [call] {
+                call->responder.Respond(ProblemResponse(
+                    {503, "The sensor was busy with other large documents for too long to make this one."}));
+            },
+    });
     if (!waits) {
         call->responder.Respond(ProblemResponse({503, "Too many requests wait for large documents."}));
     }

@@ -3,6 +3,7 @@
 #include "Vor/AsyncRunner.h"
 #include "Vor/MainLoop.h"
 
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -11,17 +12,21 @@
 namespace Sensor::Http {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr std::size_t MiB = std::size_t{1024} * 1024;
 
 class LargeDocumentsTest : public testing::Test {
 protected:
     bool Wait(const std::string& path) {
-        return large.Wait(
-            path, [this, path] { return path != gone; },
-            [this, path](LargeDocuments::Turn turn) {
-                started.push_back(path);
-                turns.push_back(std::move(turn));
-            });
+        return large.Wait({.name = path,
+                           .isWanted = [this, path] { return path != gone; },
+                           .start =
+                               [this, path](LargeDocuments::Turn turn) {
+                                   started.push_back(path);
+                                   turns.push_back(std::move(turn));
+                               },
+                           .drop = [this, path] { dropped.push_back(path); }});
     }
 
     Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
@@ -29,6 +34,7 @@ protected:
     Vor::AsyncRunner runner;
     LargeDocuments large{*budget, runner};
     std::vector<std::string> started;
+    std::vector<std::string> dropped;
     std::vector<LargeDocuments::Turn> turns;
     std::string gone;
 };
@@ -94,6 +100,7 @@ TEST_F(LargeDocumentsTest, SixteenMayWait) {
     EXPECT_FALSE(Wait("/more"));
     gone = "/7";
     EXPECT_TRUE(Wait("/more"));
+    EXPECT_EQ(dropped, std::vector<std::string>{"/7"}) << "at once";
     EXPECT_FALSE(Wait("/evenMore"));
 }
 
@@ -103,6 +110,23 @@ TEST_F(LargeDocumentsTest, NothingIsMadeForAClientThatHasGone) {
     gone = "/a";
     loop.RunReady();
     EXPECT_EQ(started, std::vector<std::string>{"/b"});
+    EXPECT_EQ(dropped, std::vector<std::string>{"/a"});
+}
+
+TEST_F(LargeDocumentsTest, WhatHasWaitedForTooLongIsDropped) {
+    auto turn = large.TakeTurn();
+    Wait("/a");
+    loop.Advance(1s);
+    Wait("/b");
+    loop.Advance(LargeDocuments::MaxWaitTime - 1s - 1us);
+    EXPECT_TRUE(dropped.empty());
+    loop.Advance(1us);
+    EXPECT_EQ(dropped, std::vector<std::string>{"/a"});
+    turn.reset();
+    loop.RunReady();
+    EXPECT_EQ(started, std::vector<std::string>{"/b"});
+    loop.Advance(LargeDocuments::MaxWaitTime);
+    EXPECT_EQ(dropped.size(), 1U) << "what has started isn't dropped";
 }
 
 TEST_F(LargeDocumentsTest, TheBudgetMustHaveRoomForTreeAndText) {

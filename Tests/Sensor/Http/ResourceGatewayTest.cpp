@@ -605,9 +605,15 @@ TEST_F(ResourceGatewayTest, AFullBudgetIsGivenBackByWhoReads) {
     const Client next = Send("GET", "/free");
     loop.RunReady();
     EXPECT_FALSE(next->IsAnswered());
+    loop.Advance(LargeDocuments::MaxWaitTime - 1s);
+    const Client last = Send("GET", "/free");
+    loop.Advance(1s);
+    const HttpResponse late = Wait(next);
+    EXPECT_EQ(DetailOf(late, 503), "The sensor was busy with other large documents for too long to make this one.");
+    EXPECT_EQ(late.fields.Find("Retry-After"), "1");
     slow->Leave();
-    EXPECT_EQ(Wait(next).status, 200U);
-    next->Leave();
+    EXPECT_EQ(Wait(last).status, 200U);
+    last->Leave();
     EXPECT_EQ(Get("/notes").status, 200U);
 }
 
