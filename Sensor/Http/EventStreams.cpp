@@ -20,6 +20,9 @@ constexpr const char* EventsPath = "/events";
 constexpr unsigned long long BeatPeriod = 1'000'000;
 constexpr std::size_t NameBytes = 16;
 
+/// For texts of clients.
+constexpr auto ReplaceWrongBytes = nlohmann::json::error_handler_t::replace;
+
 const char* TextOf(VorApi::Notification code) {
     switch (code) {
     case VorApi::Notification::Created:
@@ -136,7 +139,8 @@ HttpResponse EventStreams::OpenTopics(const RequestTarget& target, const HttpReq
                 stream->Push(text);
             }
         } else {
-            stream->Push(Shared(EventText("gap", "", nlohmann::json{{"lastEventId", *id}}.dump())));
+            const nlohmann::json gap = {{"lastEventId", *id}};
+            stream->Push(Shared(EventText("gap", "", gap.dump(-1, ' ', false, ReplaceWrongBytes))));
         }
     }
     return Add(std::move(client), stream);

@@ -42,27 +42,53 @@ bool HasBody(const HttpRequest& request) {
            request.fields.Find("Content-Length").value_or("0") != "0";
 }
 
-/// A merge patch removes members by null (RFC 7396); no member of a resource can be removed.
-void CollectNulls(const nlohmann::json& patch, const nlohmann::json::json_pointer& place, Vor::DocumentErrors& errors) {
-    for (const auto& [name, value] : patch.items()) {
-        const nlohmann::json::json_pointer member = place / name;
-        if (value.is_null()) {
-            errors.Add(member.to_string(),
-                       Vor::Exception(__LINE__, __FILE__, yERROR_PARAMETER, __func__,
-                                      "null would remove %s, and members can't be removed.", member.to_string()));
-        } else if (value.is_object()) {
-            CollectNulls(value, member, errors);
+/// Collects the members of a patch that are null: a merge patch removes these (RFC 7396), and no member of a resource
+/// can be removed.
+class NullCollector {
+public:
+    void Collect(const nlohmann::json& patch) {
+        for (auto member = patch.begin(); member != patch.end() && !IsFull(); ++member) {
+            place.push_back(&member.key());
+            if (member->is_null()) {
+                Add(Pointer());
+            } else if (member->is_object()) {
+                Collect(*member);
+            }
+            place.pop_back();
         }
     }
-}
+    void ThrowIfAny() const { errors.ThrowIfAny(); }
+
+private:
+    /// Bytes. A patch may have one long name in the places of many members.
+    static constexpr std::size_t MaxPointersSize = 65536;
+
+    bool IsFull() const { return errors.IsFull() || pointersSize >= MaxPointersSize; }
+    void Add(const std::string& pointer) {
+        pointersSize += pointer.size();
+        errors.Add(pointer, Vor::Exception(__LINE__, __FILE__, yERROR_PARAMETER, __func__,
+                                           "null would remove %s, and members can't be removed.", pointer));
+    }
+    std::string Pointer() const {
+        nlohmann::json::json_pointer pointer;
+        for (const std::string* const name : place) {
+            pointer.push_back(*name);
+        }
+        return pointer.to_string();
+    }
+
+    std::vector<const std::string*> place; ///< the names that lead to what is looked at
+    std::size_t pointersSize = 0;
+    Vor::DocumentErrors errors;
+};
 
 void RequirePatch(const nlohmann::json& patch) {
     if (!patch.is_object()) {
         Vor::Throw(yERROR_PARAMETER, "The document of a PATCH is an object with the members to be changed.");
     }
-    Vor::DocumentErrors errors;
-    CollectNulls(patch, nlohmann::json::json_pointer(), errors);
-    errors.ThrowIfAny();
+    NullCollector nulls;
+    nulls.Collect(patch);
+    nulls.ThrowIfAny();
 }
 
 } // namespace

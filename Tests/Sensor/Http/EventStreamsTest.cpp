@@ -323,6 +323,7 @@ TEST_F(EventStreamsTest, AClientThatHasMissedTooMuchGetsAGap) {
         ASSERT_EQ(events.size(), 2U) << id;
         EXPECT_EQ(events[1], (Event{"gap", "", Json{{"lastEventId", id}}.dump()}));
     }
+    EXPECT_EQ(Open("/events", {"state"}, "\xFF").Read().at(1).name, "gap") << "whatever the bytes are";
 }
 
 TEST_F(EventStreamsTest, AReaderThatDoesntReadIsClosedAndComesBackWithAGap) {

@@ -260,6 +260,19 @@ TEST_F(ResourceGatewayTest, NullInAPatchIsRefusedWhereverAMemberWouldGo) {
     EXPECT_EQ(notes.texts["a"], "Hello");
 }
 
+TEST_F(ResourceGatewayTest, ARefusalIsNotMuchLongerThanTheBodyThatIsRefused) {
+    notes.texts = {{"a", "Hello"}};
+    Json members;
+    for (int i = 0; i < 1000; ++i) {
+        members["m" + std::to_string(i)] = nullptr;
+    }
+    const std::string body = Json{{std::string(100'000, 'n'), members}}.dump();
+    const HttpResponse response = SendJson("PATCH", "/notes/a", body);
+    EXPECT_EQ(response.status, 422U);
+    EXPECT_EQ(Parse(response)["errors"].size(), 1U) << "the place alone is as long as all of them may be";
+    EXPECT_LT(response.body->size(), 4 * body.size());
+}
+
 // Hypertext.
 
 TEST_F(ResourceGatewayTest, AServiceHasItsRelationsFirstAndThenThoseOfItsRoutes) {
