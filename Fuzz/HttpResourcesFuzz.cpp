@@ -1,11 +1,10 @@
 // Any request: "METHOD TARGET", lines with fields, an empty line and the body. It gets one answer, of which a client is
 // to blame, and whose body is JSON.
 
+#include "ResourceClient.h"
 #include "Sensor/Http/IEventStreams.h"
 #include "Sensor/Http/IRevisions.h"
-#include "Sensor/Http/ProblemTypes.h"
 #include "Sensor/Http/ResourceGateway.h"
-#include "Sensor/Http/ResponderTarget.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
@@ -18,32 +17,22 @@
 #include "VorApi/ResourceRouter.h"
 #include "VorRest/RequestProcessor.h"
 
-#include <algorithm>
-#include <condition_variable>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include <nlohmann/json.hpp>
 
 namespace {
 
+using namespace Fuzz;
 using namespace Sensor::Http;
 using VorApi::RequestInfo;
 using VorApi::RequestInfoEx;
 using VorApi::ResponseInfoEx;
 using VorApi::VorDataTree;
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 class Settings : public Vor::Params::Group {
 public:
@@ -120,48 +109,6 @@ public:
     }
 };
 
-class Client : public Responder::Target {
-public:
-    void Respond(HttpResponse response) override {
-        const std::lock_guard guard(mutex);
-        Require(!answer);
-        answer = std::move(response);
-        answered.notify_one();
-    }
-    bool IsWanted() const override { return true; }
-    void Wake() override {}
-
-    HttpResponse Wait() {
-        std::unique_lock guard(mutex);
-        answered.wait(guard, [this] { return answer.has_value(); });
-        return *answer;
-    }
-
-private:
-    std::mutex mutex;
-    std::condition_variable answered;
-    std::optional<HttpResponse> answer;
-};
-
-std::string_view TakeUntil(std::string_view& text, char end) {
-    const std::string_view taken = text.substr(0, text.find(end));
-    text.remove_prefix(std::min(text.size(), taken.size() + 1));
-    return taken;
-}
-
-HttpRequest ParseRequest(std::string_view text) {
-    HttpRequest request;
-    std::string_view line = TakeUntil(text, '\n');
-    request.method = TakeUntil(line, ' ');
-    request.target = line;
-    for (line = TakeUntil(text, '\n'); !line.empty(); line = TakeUntil(text, '\n')) {
-        const std::string_view name = TakeUntil(line, ':');
-        request.fields.Add(std::string(name), std::string(line));
-    }
-    request.body = text;
-    return request;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -175,15 +122,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     NoStreams streams;
     ResourceGateway gateway({}, router, requests, revisions, streams);
 
-    const auto client = std::make_shared<Client>();
-    gateway.Handle(ParseRequest({reinterpret_cast<const char*>(data), size}), Responder(client));
-    loop.RunReady();
-    const HttpResponse response = client->Wait();
-    Require(response.status < 500 && response.status != 408);
-    Require(response.status < 400 || ProblemTypeOf(response.status).status == response.status);
-    Require((response.body == nullptr) == (response.status == 204));
-    if (response.body) {
-        Require(nlohmann::json::accept(*response.body));
-    }
+    Ask(gateway, loop, ParseRequest({reinterpret_cast<const char*>(data), size}));
     return 0;
 }

@@ -1,4 +1,4 @@
-#include "VorApi/Params/Array.h"
+#include "FuzzedService.h"
 #include "VorApi/ResourceRouter.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorCommon/PlatformAttributes.h"
@@ -30,66 +30,11 @@
 
 namespace {
 
+using Fuzz::Service;
 using VorCommon::PersistDomain;
 using namespace VorControl::ControlProtocol;
 
 constexpr const char* Path = "/controls/fuzzed/config.json";
-
-class Client : public Vor::Params::Group {
-public:
-    Client() {
-        Register("name", name);
-        Register("ports", ports);
-    }
-
-    Vor::Params::Value<std::string> name;
-    Vor::Params::Value<std::vector<unsigned short>> ports;
-};
-
-class Settings : public Vor::Params::Group {
-public:
-    Settings() {
-        Register("port", port);
-        Register("offset", offset);
-        Register("fast", fast);
-        Register("clients", clients);
-        port.EnableMaximum(true);
-        port.SetMaximum(60000);
-    }
-
-    Vor::Params::Value<unsigned short> port{502};
-    Vor::Params::Value<long long> offset;
-    Vor::Params::Value<bool> fast;
-    Vor::Params::Array<Client> clients;
-};
-
-/// Has parameters and one register assembly, and uses no scan results.
-class Service : public ProtocolBase {
-public:
-    explicit Service(const ControlProtocolEnviron& environ)
-        : ProtocolBase(environ) {
-        assembly->AddSupportedBlockType(std::make_unique<DefaultMeasurementValueRegisterBlockInfo>());
-        assembly->AddSupportedBlockType(std::make_unique<DefaultStampRegisterBlockInfo>());
-        group.Add(assembly);
-        ProtocolInitParams init;
-        init.params = &settings;
-        init.registerAssemblyGroup = &group;
-        Init(init);
-    }
-
-    void Start() override { UpdateProtocolStatus(ProtocolStatus::Running); }
-    void Stop() override { UpdateProtocolStatus(ProtocolStatus::Stopped); }
-    void AddControlScanResultsHandler() override {}
-    void RemoveControlScanResultsHandler() override {}
-    void RegisterAssemblyUpdate(const char*) override {}
-    void ConfigureDefaultRegisterAssembly() override { assembly->InitDefaultRegisterBlocksForRegisterAssembly(); }
-
-private:
-    Settings settings;
-    std::shared_ptr<ProtocolRegisterAssemblyBase> assembly =
-        std::make_shared<ProtocolRegisterAssemblyBase>(true, 100, 999, "registerAssembly-0", "Map");
-    ProtocolRegisterAssemblyGroup group;
-};
 
 /// One service with what it needs of the sensor.
 class Bench {
