@@ -51,22 +51,27 @@ std::string AddressText(const NetworkAddress& address) {
     return text;
 }
 
+std::optional<NetworkAddress> ParseAddress(const std::string& text) {
+    NetworkAddress address = MappedBegin;
+    if (text.find('\0') != std::string::npos || (inet_pton(AF_INET, text.c_str(), &address[MappedBits / 8]) != 1 &&
+                                                 inet_pton(AF_INET6, text.c_str(), address.data()) != 1)) {
+        return std::nullopt;
+    }
+    return address;
+}
+
 std::optional<Network> Network::Parse(const std::string& text) {
     const std::size_t slash = text.find('/');
     const std::string address = text.substr(0, slash);
+    const auto first = ParseAddress(address);
+    if (!first) {
+        return std::nullopt;
+    }
     Network network{};
-    unsigned shortest = 0;
-    if (address.find('\0') != std::string::npos) {
-        return std::nullopt;
-    }
-    if (inet_pton(AF_INET, address.c_str(), &network.first[MappedBits / 8]) == 1) {
-        std::copy_n(MappedBegin.begin(), MappedBits / 8, network.first.begin());
-        shortest = MappedBits;
-    } else if (inet_pton(AF_INET6, address.c_str(), network.first.data()) != 1) {
-        return std::nullopt;
-    }
+    network.first = *first;
     network.length = AllBits;
     if (slash != std::string::npos) {
+        const unsigned shortest = address.find(':') == std::string::npos ? MappedBits : 0;
         const auto length = ParseLength(text.substr(slash + 1), AllBits - shortest);
         if (!length) {
             return std::nullopt;
@@ -96,6 +101,15 @@ std::vector<Network> ParseNetworks(const std::vector<std::string>& texts) {
 
 bool Contain(const std::vector<Network>& networks, const NetworkAddress& address) {
     return std::ranges::any_of(networks, [&](const Network& network) { return network.Contains(address); });
+}
+
+const std::vector<Network>& LoopbackNetworks() {
+    static const std::vector<Network> Networks = ParseNetworks({"127.0.0.0/8", "::1/128"});
+    return Networks;
+}
+
+bool IsLoopback(const NetworkAddress& address) {
+    return Contain(LoopbackNetworks(), address);
 }
 
 } // namespace Net

@@ -12,6 +12,8 @@ using NetworkAddress = std::array<unsigned char, 16>;
 
 /// The address as digits: "192.168.1.7" or "fd00::7".
 std::string AddressText(const NetworkAddress& address);
+/// The address of "A.B.C.D" or of an IPv6 address as digits. Nothing for any other text.
+std::optional<NetworkAddress> ParseAddress(const std::string& text);
 
 /// The addresses that begin with the same bits. Networks of IPv4 and of IPv6 have no address in common.
 class Network {
@@ -31,5 +33,9 @@ std::vector<Network> ParseNetworks(const std::vector<std::string>& texts);
 
 /// Whether one of the networks contains the address.
 bool Contain(const std::vector<Network>& networks, const NetworkAddress& address);
+
+/// The addresses by which a machine reaches itself: 127.0.0.0/8 and ::1.
+const std::vector<Network>& LoopbackNetworks();
+bool IsLoopback(const NetworkAddress& address);
 
 } // namespace Net

@@ -18,10 +18,10 @@ namespace Net {
 struct TcpServerSettings {
     std::string address = "127.0.0.1";      ///< IPv4 or IPv6, as digits; "0.0.0.0" and "::" listen on all interfaces
     std::uint16_t port = 0;                 ///< 0 for any free port
-    unsigned maxConnections = 32;           ///< one more is closed at once, unless it gets another's place
-    unsigned maxConnectionsPerAddress = 16; ///< one more is closed at once; 0: no limit of its own
+    unsigned maxConnections = 32;           ///< one more is refused, unless it gets another's place
+    unsigned maxConnectionsPerAddress = 16; ///< one more is refused; 0: no limit of its own
     /// Addresses of which each may have as many connections as all together, and whose connections keep their places.
-    std::vector<Network> uncounted = ParseNetworks({"127.0.0.0/8", "::1/128"});
+    std::vector<Network> uncounted = LoopbackNetworks();
     /// A connection with no whole request in this time is closed; 0 leaves it open. One whose session is subscribed is
     /// closed when its client has read nothing in this time although something was sent. A session may have a deadline
     /// of its own instead.
@@ -29,7 +29,7 @@ struct TcpServerSettings {
     /// Whose clients are served. Another client is closed as soon as it connects.
     std::vector<Network> readers = ParseNetworks({"0.0.0.0/0", "::/0"});
     /// Whose clients may do more than read.
-    std::vector<Network> writers = ParseNetworks({"127.0.0.0/8", "::1/128"});
+    std::vector<Network> writers = LoopbackNetworks();
 };
 
 /// Serves TCP clients, each with a session of its own, on a NetThread. No client can block that thread: sockets never

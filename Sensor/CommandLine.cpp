@@ -1,13 +1,12 @@
 #include "Sensor/CommandLine.h"
 
+#include "Net/Network.h"
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "Vor/Utf8.h"
 #include "VorCommon/PersistManager.h"
 
-#include <arpa/inet.h>
 #include <cstdlib>
-#include <netinet/in.h>
 #include <pwd.h>
 #include <system_error>
 #include <unistd.h>
@@ -184,21 +183,13 @@ void RequireValue(const CLI::App& app, const char* name, const std::string& valu
     }
 }
 
-bool IsLoopback(const std::string& address) {
-    in_addr four{};
-    in6_addr six{};
-    if (inet_pton(AF_INET, address.c_str(), &four) == 1) {
-        return ntohl(four.s_addr) >> 24U == IN_LOOPBACKNET;
-    }
-    return inet_pton(AF_INET6, address.c_str(), &six) == 1 && IN6_IS_ADDR_LOOPBACK(&six);
-}
-
 CommandLine::Http MakeHttp(const CLI::App& app, const Options& options) {
     RequireValue(app, "--http-address", options.http.address);
     for (const std::string& name : options.http.hosts) {
         RequireValue(app, "--http-host", name);
     }
-    if (!IsLoopback(options.http.address)) {
+    const auto address = Net::ParseAddress(options.http.address);
+    if (!address || !Net::IsLoopback(*address)) {
         throw StartError("--http-address " + options.http.address +
                          ": must be an address of the machine itself, such as 127.0.0.1 or ::1, since every client of "
                          "HTTP may change the sensor.");

@@ -1,11 +1,10 @@
 #include "Sensor/Http/HostRules.h"
 
+#include "Net/Network.h"
 #include "Sensor/Http/FieldList.h"
 #include "Sensor/Http/Problem.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
-#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -61,15 +60,9 @@ bool IsSameHost(const std::string& origin, const Authority& host) {
 }
 
 bool IsLoopback(const std::string& name) {
-    std::array<unsigned char, 16> address{};
-    if (inet_pton(AF_INET, name.c_str(), address.data()) == 1) {
-        return address[0] == 127;
-    }
-    return name == "localhost" ||
-           (name.starts_with('[') &&
-            inet_pton(AF_INET6, name.substr(1, name.size() - 2).c_str(), address.data()) == 1 &&
-            std::ranges::all_of(address.begin(), address.end() - 1, [](unsigned char byte) { return byte == 0; }) &&
-            address.back() == 1);
+    const bool isIpV6 = name.starts_with('[');
+    const auto address = Net::ParseAddress(isIpV6 ? name.substr(1, name.size() - 2) : name);
+    return name == "localhost" || (address && Net::IsLoopback(*address));
 }
 
 } // namespace

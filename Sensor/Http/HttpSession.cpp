@@ -141,9 +141,8 @@ HttpSession::HttpSession(const HttpSessionSettings& settings, IHttpHandler& hand
 HttpSession::~HttpSession() = default;
 
 void HttpSession::SetPeer(const Net::NetworkAddress& address) {
-    static const std::vector<Net::Network> Loopback = Net::ParseNetworks({"127.0.0.0/8", "::1"});
     peerAddress = Net::AddressText(address);
-    peerIsLoopback = Net::Contain(Loopback, address);
+    peerIsLoopback = Net::IsLoopback(address);
 }
 
 std::span<unsigned char> HttpSession::ReceiveSpace() {

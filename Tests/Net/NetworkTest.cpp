@@ -119,6 +119,25 @@ TEST(Network, OfAListContainsWhatOneOfThemDoes) {
     EXPECT_FALSE(Contain({}, AddressOf("10.1.2.3")));
 }
 
+TEST(Network, ReadsAddressesOfDigitsOnly) {
+    EXPECT_EQ(ParseAddress("192.168.1.7"), AddressOf("192.168.1.7"));
+    EXPECT_EQ(ParseAddress("fd00::7"), AddressOf("fd00::7"));
+    EXPECT_EQ(ParseAddress("::ffff:1.2.3.4"), AddressOf("1.2.3.4"));
+    for (const char* text : {"", "localhost", "127.1", "1.2.3.4.5", "1.2.3.4/32", "[::1]", "::1%lo", "127.0.0.1 "}) {
+        EXPECT_FALSE(ParseAddress(text)) << text;
+    }
+    EXPECT_FALSE(ParseAddress(std::string("127.0.0.1\0", 10)));
+}
+
+TEST(Network, KnowsTheMachineItself) {
+    for (const char* text : {"127.0.0.1", "127.0.0.0", "127.255.255.255", "::1", "::ffff:127.0.0.1"}) {
+        EXPECT_TRUE(IsLoopback(AddressOf(text))) << text;
+    }
+    for (const char* text : {"126.255.255.255", "128.0.0.0", "0.0.0.0", "::", "::2", "1::1", "::127.0.0.1"}) {
+        EXPECT_FALSE(IsLoopback(AddressOf(text))) << text;
+    }
+}
+
 TEST(Network, WritesAddressesAsDigits) {
     for (const char* text : {"192.168.1.7", "127.0.0.1", "fd00::7", "::1", "::"}) {
         EXPECT_EQ(AddressText(AddressOf(text)), text);

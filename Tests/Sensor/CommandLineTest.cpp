@@ -146,12 +146,14 @@ TEST(CommandLine, TakesWhereHttpIsServed) {
     EXPECT_EQ(http.address, "::1");
     EXPECT_EQ(http.hosts, (std::vector<std::string>{"sensor", "sensor.local"}));
     EXPECT_EQ(Parse({"--http-port", "0"}).http.port, 0);
-    EXPECT_EQ(Parse({"--http-address", "127.8.9.10"}).http.address, "127.8.9.10");
+    for (const char* address : {"127.8.9.10", "::ffff:127.0.0.1"}) {
+        EXPECT_EQ(Parse({"--http-address", address}).http.address, address);
+    }
     EXPECT_FALSE(Parse({"--no-http"}).http.on);
 }
 
 TEST(CommandLine, HttpIsServedOnTheMachineItselfOnly) {
-    for (const char* address : {"0.0.0.0", "192.168.1.10", "::", "fd00::1", "::ffff:127.0.0.1", "localhost", "127.1"}) {
+    for (const char* address : {"0.0.0.0", "192.168.1.10", "::", "fd00::1", "::ffff:10.0.0.1", "localhost", "127.1"}) {
         EXPECT_EQ(Refusal({"--http-address", address}),
                   std::string("--http-address ") + address +
                       ": must be an address of the machine itself, such as 127.0.0.1 or ::1, since every client of "
