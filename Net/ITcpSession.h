@@ -33,6 +33,8 @@ public:
     virtual std::span<unsigned char> ReceiveSpace() = 0;
     /// `count` bytes were written to the front of ReceiveSpace().
     virtual void Received(std::size_t count) = 0;
+    /// The client has closed its side, and sends nothing more. Perhaps it has gone altogether. Process is called next.
+    virtual void InputEnded() {}
 
     /// Answers the whole requests that were received, until the room for replies is full. Returns how many it answered.
     /// Called when the client has connected, after Received and Sent, and when the Wakeup is set.
@@ -50,6 +52,8 @@ public:
 
     /// Whether the session has ended: nothing more is received, and the connection is closed when its replies are sent.
     virtual bool Broken() const = 0;
+    /// Whether the connection is reset, and what waits to be sent dropped. Asked after Process.
+    virtual bool IsAborted() const { return false; }
     /// For the log: why the session has ended, such as "it has quit".
     virtual std::string EndReason() const { return "its session has ended"; }
 

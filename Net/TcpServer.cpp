@@ -48,12 +48,13 @@ std::optional<NetworkAddress> PeerOf(const tcp::socket& socket) {
 class TcpServer::Impl : public std::enable_shared_from_this<Impl> {
 public:
     Impl(NetThread& thread, TcpCounters& counters, const TcpServerSettings& wanted, SessionMaker makeSession,
-         Wakeup* wakeup)
+         Wakeup* wakeup, RefusalMaker makeRefusal)
         : thread(thread)
         , io(thread.OwnLoop().io)
         , settings(wanted)
         , counters(counters)
         , makeSession(std::move(makeSession))
+        , makeRefusal(std::move(makeRefusal))
         , wakeup(wakeup)
         , acceptor(Listen(io, wanted)) {}
 
@@ -74,8 +75,11 @@ private:
     void StartAccept();
     void Accepted(const error_code& error, tcp::socket socket);
     void Serve(tcp::socket socket);
-    /// Why a client isn't served; empty when it is. Then there is a place for it.
-    std::string Refusal(const NetworkAddress& peer);
+    /// Makes a connection of the list, which leaves it when it is closed.
+    void Open(ConnectionList& list, tcp::socket socket, const NetworkAddress& peer, const std::string& name,
+              std::unique_ptr<ITcpSession> session);
+    /// Why there is no place for a client; empty when there is one.
+    std::string LackOfPlace(const NetworkAddress& peer);
     /// Closes a connection in favour of a client of another address, if it may.
     bool FreePlace();
     void ApplySettings();
@@ -83,15 +87,16 @@ private:
     /// Writes to the user's log when clients can't connect, and when they can again.
     void ReportAccept(const error_code& error);
     void WaitForWakeup();
-    /// Calls `work` for each connection, each of which may close itself meanwhile.
+    /// Calls `work` for each connection of a list, each of which may close itself meanwhile.
     template <typename Work>
-    void ForEach(const Work& work);
+    void ForEach(ConnectionList& list, const Work& work);
 
     NetThread& thread;
     asio::io_context& io;
     TcpServerSettings settings;
     TcpCounters& counters;
     SessionMaker makeSession;
+    RefusalMaker makeRefusal;
     Wakeup* const wakeup;
     asio::posix::stream_descriptor wakeupDescriptor{io};
     tcp::acceptor acceptor;
@@ -99,6 +104,7 @@ private:
     asio::steady_timer acceptRetryTimer{io};
     error_code acceptFailure; ///< of the last accept
     ConnectionList connections;
+    ConnectionList refused; ///< that are answered before they are closed
 };
 
 void TcpServer::Impl::Start() {
@@ -187,31 +193,39 @@ void TcpServer::Impl::Serve(tcp::socket socket) {
     }
     error_code ignored;
     const std::string name = EndpointText(socket.remote_endpoint(ignored));
-    const std::string refusal = Refusal(*peer);
-    auto session = refusal.empty() ? makeSession(Contain(settings.writers, *peer)) : nullptr;
-    if (session == nullptr) {
-        counters.refused.fetch_add(1, std::memory_order_relaxed);
-        // Without the port: a flood of clients gives equal entries.
-        Vor::LogInfo("A client from %s is refused: %s", name.substr(0, name.rfind(':')),
-                     refusal.empty() ? "the service has no session for it" : refusal);
-        return;
+    const bool mayRead = Contain(settings.readers, *peer);
+    const std::string lack = mayRead ? LackOfPlace(*peer) : "";
+    if (mayRead && lack.empty()) {
+        if (auto session = makeSession(Contain(settings.writers, *peer))) {
+            Open(connections, std::move(socket), *peer, name, std::move(session));
+            return;
+        }
     }
-    session->SetPeer(*peer);
-    connections.push_back(std::make_shared<TcpConnection>(std::move(socket), *peer, name, counters, std::move(session),
-                                                          settings.idleTimeOut));
+    counters.refused.fetch_add(1, std::memory_order_relaxed);
+    // Without the port: a flood of clients gives equal entries.
+    const std::string address = name.substr(0, name.rfind(':'));
+    const char* const reason = mayRead ? "the service has no session for it" : "its network may not read";
+    Vor::LogInfo("A client from %s is refused: %s", address, lack.empty() ? reason : lack);
+    if (!lack.empty() && makeRefusal && refused.size() < MaxRefused) {
+        Open(refused, std::move(socket), *peer, address + " (refused)", makeRefusal());
+    }
+}
+
+void TcpServer::Impl::Open(ConnectionList& list, tcp::socket socket, const NetworkAddress& peer,
+                           const std::string& name, std::unique_ptr<ITcpSession> session) {
+    session->SetPeer(peer);
+    list.push_back(std::make_shared<TcpConnection>(std::move(socket), peer, name, counters, std::move(session),
+                                                   settings.idleTimeOut));
     counters.connected.store(connections.size(), std::memory_order_relaxed);
-    const auto position = std::prev(connections.end());
+    const auto position = std::prev(list.end());
     const auto connection = *position; // stays if it closes itself in Start
-    connection->Start([this, position] {
-        connections.erase(position);
+    connection->Start([this, &list, position] {
+        list.erase(position);
         counters.connected.store(connections.size(), std::memory_order_relaxed);
     });
 }
 
-std::string TcpServer::Impl::Refusal(const NetworkAddress& peer) {
-    if (!Contain(settings.readers, peer)) {
-        return "its network may not read";
-    }
+std::string TcpServer::Impl::LackOfPlace(const NetworkAddress& peer) {
     const auto own = static_cast<std::size_t>(std::ranges::count(connections, peer, &TcpConnection::Peer));
     const std::size_t most = Contain(settings.uncounted, peer) ? 0 : settings.maxConnectionsPerAddress;
     if (most > 0 && own >= most) {
@@ -241,16 +255,16 @@ bool TcpServer::Impl::FreePlace() {
 }
 
 template <typename Work>
-void TcpServer::Impl::ForEach(const Work& work) {
+void TcpServer::Impl::ForEach(ConnectionList& list, const Work& work) {
     thread.AssertCurrent();
-    for (auto next = connections.begin(); next != connections.end();) {
+    for (auto next = list.begin(); next != list.end();) {
         const auto connection = *next++;
         work(*connection);
     }
 }
 
 void TcpServer::Impl::ApplySettings() {
-    ForEach([this](TcpConnection& connection) {
+    ForEach(connections, [this](TcpConnection& connection) {
         if (Contain(settings.readers, connection.Peer())) {
             connection.SetMayWrite(Contain(settings.writers, connection.Peer()));
             connection.SetIdleTimeOut(settings.idleTimeOut);
@@ -261,7 +275,9 @@ void TcpServer::Impl::ApplySettings() {
 }
 
 void TcpServer::Impl::CloseAll(const char* reason) {
-    ForEach([reason](TcpConnection& connection) { connection.Close(reason); });
+    for (ConnectionList* const list : {&connections, &refused}) {
+        ForEach(*list, [reason](TcpConnection& connection) { connection.Close(reason); });
+    }
 }
 
 // A client that has left before it was accepted is no failure of the server.
@@ -279,21 +295,22 @@ void TcpServer::Impl::ReportAccept(const error_code& error) {
 }
 
 void TcpServer::Impl::WaitForWakeup() {
-    wakeupDescriptor.async_wait(asio::posix::stream_descriptor::wait_read,
-                                [self = shared_from_this()](const error_code& error) {
-                                    if (!error && self->wakeupDescriptor.is_open()) {
-                                        self->wakeup->Clear();
-                                        self->WaitForWakeup();
-                                        self->ForEach([](TcpConnection& connection) { connection.Wake(); });
-                                    }
-                                });
+    wakeupDescriptor.async_wait(
+        asio::posix::stream_descriptor::wait_read, [self = shared_from_this()](const error_code& error) {
+            if (!error && self->wakeupDescriptor.is_open()) {
+                self->wakeup->Clear();
+                self->WaitForWakeup();
+                self->ForEach(self->connections, [](TcpConnection& connection) { connection.Wake(); });
+            }
+        });
 }
 
 TcpServer::TcpServer(NetThread& thread, TcpCounters& counters, const TcpServerSettings& settings,
-                     SessionMaker makeSession, Wakeup* wakeup)
+                     SessionMaker makeSession, Wakeup* wakeup, RefusalMaker makeRefusal)
     : thread(thread)
     , impl(thread.Call([&] {
-        auto made = std::make_shared<Impl>(thread, counters, settings, std::move(makeSession), wakeup);
+        auto made =
+            std::make_shared<Impl>(thread, counters, settings, std::move(makeSession), wakeup, std::move(makeRefusal));
         made->Start();
         return made;
     })) {}

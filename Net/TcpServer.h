@@ -7,6 +7,7 @@
 #include "Net/Wakeup.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -42,11 +43,17 @@ public:
     /// Makes the session of a client that has connected. Called on the network thread. A client without a session, and
     /// one for which this throws, is closed.
     using SessionMaker = std::function<std::unique_ptr<ITcpSession>(bool mayWrite)>;
+    /// Makes the session of a client for which there is no place, with which that is answered. Called on the network
+    /// thread, for at most MaxRefused such connections at a time; another one is closed at once. All of them are, when
+    /// there is no function.
+    using RefusalMaker = std::function<std::unique_ptr<ITcpSession>()>;
+
+    static constexpr std::size_t MaxRefused = 16;
 
     /// Listens when it returns. Throws a Vor::Exception with a text for the user when it can't. `thread`, `counters`,
     /// and `wakeup`, if there is one, must outlive the server.
     TcpServer(NetThread& thread, TcpCounters& counters, const TcpServerSettings& settings, SessionMaker makeSession,
-              Wakeup* wakeup = nullptr);
+              Wakeup* wakeup = nullptr, RefusalMaker makeRefusal = nullptr);
     /// Closes all connections. Their sessions are gone then.
     ~TcpServer();
     TcpServer(const TcpServer&) = delete;

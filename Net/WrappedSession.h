@@ -19,12 +19,14 @@ public:
     void SetMayWrite(bool value) override { inner->SetMayWrite(value); }
     std::span<unsigned char> ReceiveSpace() override { return inner->ReceiveSpace(); }
     void Received(std::size_t count) override { inner->Received(count); }
+    void InputEnded() override { inner->InputEnded(); }
     std::size_t Process() override { return inner->Process(); }
     bool WantsWakeup() const override { return inner->WantsWakeup(); }
     std::span<const unsigned char> Replies() const override { return inner->Replies(); }
     void Sent(std::size_t count) override { inner->Sent(count); }
     void Drained() override { inner->Drained(); }
     bool Broken() const override { return inner->Broken(); }
+    bool IsAborted() const override { return inner->IsAborted(); }
     std::string EndReason() const override { return inner->EndReason(); }
     bool HasFinished() const override { return inner->HasFinished(); }
     bool IsWorking() const override { return inner->IsWorking(); }

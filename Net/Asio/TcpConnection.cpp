@@ -44,11 +44,16 @@ void TcpConnection::Close(const std::string& reason) {
         return;
     }
     Vor::LogInfo("Client %s has left: %s", name, reason);
+    const bool isAborted = session->IsAborted();
     session.reset();
     timer.cancel();
     closed(); // first, so that a client that notices the end is no longer counted
     error_code ignored;
-    socket.shutdown(tcp::socket::shutdown_both, ignored);
+    if (isAborted) { // an end in order isn't a reset
+        socket.set_option(asio::socket_base::linger(true, 0), ignored);
+    } else {
+        socket.shutdown(tcp::socket::shutdown_both, ignored);
+    }
     socket.close(ignored);
 }
 
@@ -88,6 +93,10 @@ void TcpConnection::Exchange() {
     for (;;) {
         if ((!blocked || session->ReadsAhead()) && session->Process() > 0) {
             lastRequest = Clock::now();
+        }
+        if (session->IsAborted()) {
+            Close(session->EndReason());
+            return;
         }
         if (blocked) {
             break;
@@ -167,6 +176,7 @@ void TcpConnection::Read() {
         const std::size_t size = socket.read_some(asio::buffer(space.data(), space.size()), error);
         if (error == asio::error::eof) {
             inputEnded = true;
+            session->InputEnded();
         } else if (error && error != asio::error::would_block) {
             Close(error.message());
             return;

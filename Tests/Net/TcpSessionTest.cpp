@@ -6,6 +6,7 @@
 #include "Vor/Logging.h"
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -343,6 +344,111 @@ TEST_F(TcpSessionTest, ItsLastReplyReachesAClientThatGoesOnSending) {
         EXPECT_EQ(counters.connected, 1U) << "until the client closes its side";
     }
     EXPECT_TRUE(WaitForConnections(0));
+}
+
+/// Sends much; is aborted when it says so.
+class AbortedSession : public EchoSession {
+public:
+    AbortedSession(bool mayWrite, std::atomic<bool>& aborts)
+        : EchoSession(mayWrite)
+        , aborts(aborts) {}
+
+    bool ReadsAhead() const override { return true; }
+    std::size_t Process() override {
+        if (OutputSpace().size() > 0) {
+            Reply(std::string(OutputSpace().size(), 'x'));
+        }
+        return 0;
+    }
+    bool IsAborted() const override { return aborts; }
+
+private:
+    std::atomic<bool>& aborts;
+};
+
+TEST_F(TcpSessionTest, IsResetWhenItIsAborted) {
+    class Client : public LineClient {
+    public:
+        using LineClient::LineClient;
+        /// Reads to the end; whether that was a reset.
+        bool IsReset() {
+            char bytes[4096];
+            ssize_t got = 1;
+            while (got > 0 && WaitForBytes()) {
+                got = recv(fd, bytes, sizeof bytes, 0);
+            }
+            return got < 0 && errno == ECONNRESET;
+        }
+    };
+    std::atomic<bool> aborts = false;
+    Serve<AbortedSession>({}, aborts);
+    Client deaf(port, 4096);
+    ASSERT_TRUE(WaitForConnections(1));
+    aborts = true;
+    wakeup.Set();
+    EXPECT_TRUE(WaitForConnections(0)) << "though its client reads nothing";
+    EXPECT_TRUE(deaf.IsReset());
+}
+
+/// Notes that the client has closed its side.
+class ListeningSession : public EchoSession {
+public:
+    ListeningSession(bool mayWrite, std::atomic<unsigned>& ends)
+        : EchoSession(mayWrite)
+        , ends(ends) {}
+
+    void InputEnded() override { ++ends; }
+    bool IsWorking() const override { return true; }
+
+private:
+    std::atomic<unsigned>& ends;
+};
+
+TEST_F(TcpSessionTest, IsToldOnceThatTheClientHasClosedItsSide) {
+    std::atomic<unsigned> ends = 0;
+    Serve<ListeningSession>({}, ends);
+    LineClient client(port);
+    EXPECT_EQ(client.Ask("hello"), "hello");
+    EXPECT_EQ(ends, 0U);
+    client.HalfClose();
+    EXPECT_TRUE(Tests::WaitUntil([&] { return ends == 1; }));
+    wakeup.Set();
+    server.reset();
+    EXPECT_EQ(ends, 1U);
+}
+
+/// Says no, without a request, and waits for the client to close the connection.
+class RefusingSession : public EchoSession {
+public:
+    RefusingSession()
+        : EchoSession(false) {
+        Reply("no\n");
+    }
+    std::size_t Process() override { return 0; }
+    void Received(std::size_t) override {}
+    bool HasFinished() const override { return true; }
+};
+
+TEST_F(TcpSessionTest, SaysNoToClientsForWhomThereIsNoPlace) {
+    server = std::make_unique<TcpServer>(
+        thread, counters, TcpServerSettings{.maxConnections = 2},
+        [](bool mayWrite) { return std::make_unique<EchoSession>(mayWrite); }, &wakeup,
+        [] { return std::make_unique<RefusingSession>(); });
+    port = server->Port();
+    const auto first = Client();
+    const auto second = Client();
+    std::vector<std::unique_ptr<LineClient>> refused;
+    for (std::size_t i = 0; i < TcpServer::MaxRefused; ++i) {
+        refused.push_back(std::make_unique<LineClient>(port));
+        refused.back()->Send("hello\n");
+        EXPECT_EQ(refused.back()->Rest(), "no\n");
+    }
+    EXPECT_EQ(LineClient(port).Rest(), "") << "one more is closed at once";
+    EXPECT_EQ(counters.connected, 2U);
+    EXPECT_EQ(counters.refused, TcpServer::MaxRefused + 1);
+    EXPECT_EQ(first->Ask("again"), "again");
+    refused.clear();
+    EXPECT_TRUE(Tests::WaitUntil([&] { return LineClient(port).Rest() == "no\n"; })) << "they have gone";
 }
 
 /// Counts how often it is processed.
