@@ -32,6 +32,7 @@ void EventStream::Push(Text text, const std::string& key) {
         waiting.clear();
         waitingBytes = 0;
         ended = true;
+        isCut = true;
     }
 }
 
@@ -53,6 +54,11 @@ void EventStream::Read(std::string& out) {
 bool EventStream::Ended() const {
     const std::lock_guard guard(mutex);
     return ended && waiting.empty();
+}
+
+bool EventStream::IsCut() const {
+    const std::lock_guard guard(mutex);
+    return isCut;
 }
 
 } // namespace Sensor::Http

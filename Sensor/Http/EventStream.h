@@ -10,7 +10,7 @@
 
 namespace Sensor::Http {
 
-/// The server-sent events that wait for one client. Filled on the main loop, read on the network thread. It ends, and
+/// The server-sent events that wait for one client. Filled on the main loop, read on the network thread. It is cut, and
 /// what waits is dropped, when more waits than a client may leave unread.
 class EventStream : public IBodyStream {
 public:
@@ -31,6 +31,7 @@ public:
 
     void Read(std::string& out) override;
     bool Ended() const override;
+    bool IsCut() const override;
 
 private:
     struct Event {
@@ -45,6 +46,7 @@ private:
     std::deque<Event> waiting;
     std::size_t waitingBytes = 0;
     bool ended = false;
+    bool isCut = false;
 };
 
 } // namespace Sensor::Http

@@ -18,6 +18,9 @@ public:
     virtual void Read(std::string& out) = 0;
     /// Whether the body ends here: the connection is closed after what was read. Called on the network thread.
     virtual bool Ended() const = 0;
+    /// Whether the client has left too much unread: what waits is dropped, and the connection is reset. Called on the
+    /// network thread.
+    virtual bool IsCut() const { return false; }
 };
 
 /// The answer to a request. Date, Content-Length and Connection are added by the server.

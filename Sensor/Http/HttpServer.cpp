@@ -1,5 +1,7 @@
 #include "Sensor/Http/HttpServer.h"
 
+#include "Sensor/Http/Problem.h"
+
 #include <chrono>
 
 namespace Sensor::Http {
@@ -23,7 +25,12 @@ HttpServer::HttpServer(Net::NetThread& thread, const HttpServerSettings& setting
           [session = settings.session, &handler, sessionWakeup = wakeup](bool) {
               return std::make_unique<HttpSession>(session, handler, sessionWakeup);
           },
-          wakeup.get()) {}
+          wakeup.get(),
+          [session = settings.session, &handler, sessionWakeup = wakeup] {
+              auto refusing = std::make_unique<HttpSession>(session, handler, sessionWakeup);
+              refusing->Refuse(ProblemResponse({503, "There are as many connections as there may be."}));
+              return refusing;
+          }) {}
 
 std::string HttpServer::Url() const {
     const std::string url = server.Url();

@@ -16,8 +16,8 @@ namespace Sensor::Http {
 struct HttpServerSettings {
     std::string address = "127.0.0.1";      ///< IPv4 or IPv6, as digits
     std::uint16_t port = 8080;              ///< 0 for any free port
-    unsigned maxConnections = 256;          ///< one more is closed at once, unless it gets another's place
-    unsigned maxConnectionsPerAddress = 64; ///< one more is closed at once; connections of loopback aren't counted
+    unsigned maxConnections = 256;          ///< one more is answered with 503, unless it gets another's place
+    unsigned maxConnectionsPerAddress = 64; ///< likewise; connections of loopback aren't counted
     HttpSessionSettings session;
 };
 

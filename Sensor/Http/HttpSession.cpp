@@ -45,7 +45,7 @@ void AppendChunk(std::string& out, std::string_view bytes) {
 
 } // namespace
 
-/// Wakes the network thread for one session.
+/// Wakes the network thread for one session, and says how its client is.
 class HttpSession::Signal {
 public:
     explicit Signal(std::shared_ptr<Net::Wakeup> wakeup)
@@ -59,9 +59,13 @@ public:
     bool IsSet() const { return isSet; }
     void Clear() { isSet = false; }
 
+    void SetClientWaits(bool value) { clientWaits = value; }
+    bool ClientWaits() const { return clientWaits; }
+
 private:
     const std::shared_ptr<Net::Wakeup> wakeup;
     std::atomic<bool> isSet = false;
+    std::atomic<bool> clientWaits = true;
 };
 
 /// The answer to one request, which any thread gives. It is gone when the client is.
@@ -98,7 +102,7 @@ public:
         , signal(signal) {}
     ~AnswerTarget() override {
         Vor::CleanUp([this] {
-            if (IsWanted()) {
+            if (IsOpen()) {
                 Vor::LogError("a request was dropped without an answer");
                 Respond(RefusalResponse({WireProblems::Failure, "The request wasn't answered."}));
             }
@@ -114,8 +118,8 @@ public:
         }
     }
     bool IsWanted() const override {
-        const auto open = answer.lock();
-        return open && !open->IsGiven();
+        const auto open = signal.lock();
+        return open && open->ClientWaits() && IsOpen();
     }
     void Wake() override {
         if (const auto open = signal.lock()) {
@@ -124,6 +128,11 @@ public:
     }
 
 private:
+    bool IsOpen() const {
+        const auto open = answer.lock();
+        return open && !open->IsGiven();
+    }
+
     const std::weak_ptr<Answer> answer;
     const std::weak_ptr<Signal> signal;
 };
@@ -160,8 +169,15 @@ void HttpSession::Received(std::size_t count) {
     }
 }
 
+void HttpSession::InputEnded() {
+    signal->SetClientWaits(false);
+}
+
 std::size_t HttpSession::Process() {
     signal->Clear(); // first, so that an answer that comes meanwhile isn't missed
+    if (stream && stream->IsCut()) {
+        Abort();
+    }
     while (ReadOn() || WriteOn()) {
     }
     if (inputBegin > 0) {
@@ -328,6 +344,17 @@ bool HttpSession::ReadStream() {
         text = std::move(piece);
     }
     return !text.empty();
+}
+
+void HttpSession::Abort() {
+    isAborted = true;
+    stream.reset();
+    text.clear();
+    textBegin = 0;
+}
+
+std::string HttpSession::EndReason() const {
+    return isAborted ? "it hasn't read what it was sent" : ITcpSession::EndReason();
 }
 
 std::span<const unsigned char> HttpSession::Replies() const {

@@ -12,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace Sensor::Http {
 
@@ -43,18 +44,26 @@ public:
     HttpSession(const HttpSession&) = delete;
     HttpSession& operator=(const HttpSession&) = delete;
 
+    /// Before the first Process: answers without a request, and reads none.
+    void Refuse(HttpResponse response) { AnswerLast(std::move(response)); }
+
     void SetPeer(const Net::NetworkAddress& address) override;
     void SetMayWrite(bool) override {}
     std::span<unsigned char> ReceiveSpace() override;
     void Received(std::size_t count) override;
+    void InputEnded() override;
     std::size_t Process() override;
     bool WantsWakeup() const override;
     std::span<const unsigned char> Replies() const override;
     void Sent(std::size_t count) override;
     bool Broken() const override;
+    bool IsAborted() const override { return isAborted; }
+    std::string EndReason() const override;
     bool HasFinished() const override;
     bool IsWorking() const override { return !exchanges.empty(); }
     bool IsSubscribed() const override { return stream != nullptr; }
+    // So that a stream whose client doesn't read is looked after.
+    bool ReadsAhead() const override { return stream != nullptr; }
     std::optional<Clock::time_point> Deadline() const override;
     bool Expire() override;
 
@@ -93,6 +102,7 @@ private:
     bool WriteOn();
     void Write(const Exchange& exchange, HttpResponse response);
     bool ReadStream();
+    void Abort();
     Phase CurrentPhase() const;
     void UpdatePhase();
 
@@ -121,6 +131,7 @@ private:
     std::size_t bodyBegin = 0;
     std::shared_ptr<IBodyStream> stream;
     bool isChunked = false; ///< of the stream
+    bool isAborted = false;
     std::size_t answered = 0;
 
     Phase phase = Phase::Request;

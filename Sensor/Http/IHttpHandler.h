@@ -18,7 +18,8 @@ public:
     explicit Responder(std::shared_ptr<Target> target);
 
     void Respond(HttpResponse response) const;
-    /// Whether an answer would still reach the client. It may be false soon after.
+    /// Whether the client waits for the answer. One that has closed its side of the connection doesn't, though it may
+    /// get it. It may be false soon after.
     bool IsWanted() const;
     /// Makes the server read more of a stream with which this was answered.
     void Wake() const;

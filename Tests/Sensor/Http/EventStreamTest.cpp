@@ -49,19 +49,21 @@ TEST(EventStream, ABigReadIsDoneInPieces) {
     EXPECT_EQ(Read(stream), "<c>");
 }
 
-TEST(EventStream, AReaderThatLeavesTooManyEventsIsEnded) {
+TEST(EventStream, AReaderThatLeavesTooManyEventsIsCutOff) {
     EventStream stream({.events = 3});
     for (const char* event : {"1", "2", "3"}) {
         stream.Push(Text(event));
     }
+    EXPECT_FALSE(stream.IsCut());
     stream.Push(Text("k"), "k");
     EXPECT_TRUE(stream.Ended());
+    EXPECT_TRUE(stream.IsCut());
     EXPECT_EQ(Read(stream), "<>");
     stream.Push(Text("late"));
     EXPECT_EQ(Read(stream), "<>");
 }
 
-TEST(EventStream, AReaderThatLeavesTooManyBytesIsEnded) {
+TEST(EventStream, AReaderThatLeavesTooManyBytesIsCutOff) {
     EventStream stream({.bytes = 10});
     stream.Push(Text("12345"), "k");
     stream.Push(Text("1234567890"), "k");
@@ -71,6 +73,7 @@ TEST(EventStream, AReaderThatLeavesTooManyBytesIsEnded) {
     EXPECT_FALSE(stream.Ended());
     stream.Push(Text("1"));
     EXPECT_TRUE(stream.Ended());
+    EXPECT_TRUE(stream.IsCut());
 }
 
 TEST(EventStream, EndsBehindWhatWaits) {
@@ -80,6 +83,7 @@ TEST(EventStream, EndsBehindWhatWaits) {
     EXPECT_FALSE(stream.Ended());
     EXPECT_EQ(Read(stream), "<a>");
     EXPECT_TRUE(stream.Ended());
+    EXPECT_FALSE(stream.IsCut());
 }
 
 TEST(EventStream, IsReadOnOneThreadAndFilledOnAnother) {

@@ -30,6 +30,7 @@ public:
         std::mutex mutex; ///< guards the next two
         std::string waiting;
         bool hasEnded = false;
+        std::atomic<bool> isCut = false;
         std::atomic<bool> isStreamGone = false;
         std::atomic<std::size_t> bytesRead = 0;
     };
@@ -53,6 +54,7 @@ public:
         const std::lock_guard guard(source->mutex);
         return source->hasEnded;
     }
+    bool IsCut() const override { return source->isCut; }
 
 private:
     const std::shared_ptr<Source> source;

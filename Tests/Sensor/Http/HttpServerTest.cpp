@@ -191,6 +191,18 @@ TEST_F(HttpServerTest, EndsWhileAnswersAreUnderWay) {
     ExpectItServes();
 }
 
+TEST_F(HttpServerTest, NoticesThatAClientDoesNotWait) {
+    LineClient client(port);
+    client.Send(Get("/later"));
+    ASSERT_TRUE(Tests::WaitUntil([&] { return handler.WaitingCount() == 1; }));
+    const Responder responder = handler.waiting.at(0).first;
+    EXPECT_TRUE(responder.IsWanted());
+    client.HalfClose();
+    EXPECT_TRUE(Tests::WaitUntil([&] { return !responder.IsWanted(); }));
+    handler.AnswerWaiting(0);
+    EXPECT_EQ(StatusesOf(client.Rest()), std::vector<unsigned>{200});
+}
+
 TEST_F(HttpServerTest, NoticesThatTheClientOfAStreamHasGone) {
     {
         LineClient client(port);
@@ -278,6 +290,26 @@ TEST_F(HttpServerTest, ServesOthersWhileClientsDoNotRead) {
     EXPECT_EQ(handler.longBody.use_count(), 1);
 }
 
+TEST_F(HttpServerTest, ResetsAClientWhoseStreamIsCutAtOnce) {
+    LineClient deaf(port, 4096);
+    deaf.Send(Get("/stream"));
+    ASSERT_TRUE(Tests::WaitUntil([&] {
+        const std::lock_guard guard(handler.mutex);
+        return handler.streamers.size() == 1;
+    }));
+    std::size_t read = 0;
+    do { // until nothing more is sent
+        read = handler.source->bytesRead;
+        handler.Stream(std::string(std::size_t{1} << 18, 'x'));
+        ExpectItServes();
+    } while (handler.source->bytesRead > read);
+    handler.source->isCut = true;
+    handler.WakeStreams();
+    EXPECT_TRUE(WaitForConnections(0));
+    EXPECT_TRUE(handler.source->isStreamGone);
+    EXPECT_LT(deaf.Rest().size(), handler.source->bytesRead) << "what it hasn't read is dropped";
+}
+
 TEST_F(HttpServerTest, SurvivesResetsAtEachMoment) {
     const std::string requests =
         Get("/a") + "POST /later HTTP/1.1\r\nHost: a\r\nContent-Length: 5\r\n\r\nhello" + Get("/long") + Get("/stream");
@@ -302,7 +334,17 @@ TEST_F(HttpServerTest, ServesAsManyConnectionsAsItSays) {
         clients.push_back(std::make_unique<LineClient>(port));
     }
     ASSERT_TRUE(WaitForConnections(256));
-    EXPECT_EQ(LineClient(port).Rest(), "") << "one more";
+    {
+        LineClient client(port);
+        client.Send(Get("/a"));
+        const std::string sent = client.Rest();
+        const ReceivedResponse refusal = ResponseReader(sent).Next();
+        EXPECT_EQ(refusal.status, 503U) << "one more";
+        EXPECT_EQ(refusal.fields.Find("Content-Type"), "application/problem+json");
+        EXPECT_EQ(refusal.fields.Find("Retry-After"), "1");
+        EXPECT_TRUE(refusal.closes);
+    }
+    EXPECT_TRUE(handler.handled.empty());
     for (const auto& client : clients) {
         client->Send(Get("/later"));
     }

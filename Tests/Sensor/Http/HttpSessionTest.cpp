@@ -291,6 +291,39 @@ TEST_F(HttpSessionTest, CountsTheFirstAnswerOnly) {
     EXPECT_EQ(Sent(), "");
 }
 
+TEST_F(HttpSessionTest, AClientThatHasClosedItsSideDoesNotWaitButGetsItsAnswer) {
+    Ask(Get("/later"));
+    const Responder responder = handler.waiting.at(0).first;
+    session->InputEnded();
+    EXPECT_FALSE(responder.IsWanted());
+    EXPECT_TRUE(session->IsWorking());
+    handler.AnswerWaiting(0);
+    EXPECT_EQ(StatusesOf(Sent()), std::vector<unsigned>{200});
+    EXPECT_FALSE(session->IsWorking());
+}
+
+TEST_F(HttpSessionTest, AnswersAClientThatHasClosedItsSideThoughTheHandlerDoesNot) {
+    const Vor::LogCapture log;
+    Ask(Get("/later"));
+    session->InputEnded();
+    handler.waiting.clear();
+    EXPECT_EQ(StatusesOf(Sent()), std::vector<unsigned>{500});
+}
+
+TEST_F(HttpSessionTest, RefusesAClientBeforeItAsks) {
+    session = std::make_unique<HttpSession>(settings, handler, wakeup, [] { return testTime; });
+    session->Refuse({.status = 503});
+    const std::string sent = Sent();
+    ResponseReader reader(sent);
+    const ReceivedResponse refusal = reader.Next();
+    EXPECT_EQ(refusal.status, 503U);
+    EXPECT_TRUE(refusal.closes);
+    EXPECT_TRUE(session->HasFinished());
+    EXPECT_EQ(Ask(GetA + PostA), "");
+    EXPECT_TRUE(handler.checked.empty());
+    EXPECT_EQ(Expired(2s), "closed");
+}
+
 TEST_F(HttpSessionTest, LeavesRespondersThatDoNothingWhenTheClientHasGone) {
     Ask(Get("/later"));
     const Responder responder = handler.waiting.at(0).first;
@@ -404,6 +437,21 @@ TEST_F(HttpSessionTest, ReadsAStreamAsFastAsItsClient) {
     EXPECT_EQ(handler.source->bytesRead, 5U) << "the first one isn't sent";
     EXPECT_TRUE(HasLeft(60s));
     EXPECT_EQ(Sent(), "5\r\nfirst\r\n6\r\nsecond\r\n");
+}
+
+TEST_F(HttpSessionTest, IsAbortedWhenItsStreamIsCut) {
+    Ask(Get("/stream"));
+    handler.Stream("unread");
+    session->Process();
+    EXPECT_FALSE(session->IsAborted());
+    EXPECT_TRUE(session->ReadsAhead()) << "so that this is noticed although the client doesn't read";
+    handler.source->isCut = true;
+    handler.WakeStreams();
+    EXPECT_TRUE(session->WantsWakeup());
+    EXPECT_EQ(Sent(), "");
+    EXPECT_TRUE(session->IsAborted());
+    EXPECT_TRUE(handler.source->isStreamGone);
+    EXPECT_EQ(session->EndReason(), "it hasn't read what it was sent");
 }
 
 TEST_F(HttpSessionTest, DropsTheStreamWhenTheClientHasGone) {
