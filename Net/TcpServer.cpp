@@ -4,6 +4,7 @@
 #include "Net/Asio/Loop.h"
 #include "Net/Asio/TcpConnection.h"
 #include "Net/Asio/TcpListen.h"
+#include "Vor/Exception.h"
 #include "Vor/Logging.h"
 
 #include <algorithm>
@@ -108,11 +109,15 @@ private:
 };
 
 void TcpServer::Impl::Start() {
-    StartAccept();
     if (wakeup != nullptr) {
-        wakeupDescriptor.assign(dup(wakeup->Descriptor()));
+        const int descriptor = dup(wakeup->Descriptor());
+        if (descriptor < 0) {
+            Vor::Throw(yERROR, "there are too many open files");
+        }
+        wakeupDescriptor.assign(descriptor);
         WaitForWakeup();
     }
+    StartAccept();
 }
 
 void TcpServer::Impl::End() {

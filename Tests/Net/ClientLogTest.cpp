@@ -1,4 +1,5 @@
 #include "Tests/Net/EchoServer.h"
+#include "Vor/Exception.h"
 #include "Vor/Logging.h"
 
 #include <algorithm>
@@ -90,6 +91,17 @@ public:
 private:
     rlimit former{};
 };
+
+TEST_F(ClientLogTest, NothingOfAServerStaysForWhichThereAreNotEnoughDescriptors) {
+    Open();
+    server.reset();
+    {
+        const OpenFileLimit limit(1);
+        EXPECT_THROW(Open({.port = port}), Vor::Exception);
+    }
+    Open({.port = port});
+    EXPECT_EQ(Client()->Ask("again"), "again");
+}
 
 TEST_F(ClientLogTest, TellsTheUserOnceThatThereAreNoMoreDescriptorsAndOnceThatThereAre) {
     Open();
