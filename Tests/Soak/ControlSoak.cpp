@@ -29,8 +29,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr double GrowthLimitKilobytes = 256;
-/// What is freed in one place and needed in another takes minutes to settle, with 30 threads.
-constexpr double ResidentGrowthLimitKilobytes = 2048;
 constexpr int ReadingsPerMinute = 12;
 constexpr int GoodClients = 5;
 constexpr int HttpReaders = 3;
@@ -231,8 +229,7 @@ public:
         const double growth = GrowthOf(allocated);
         require("growth of allocated memory in KB, at most 256", growth <= GrowthLimitKilobytes, growth);
         const double residentGrowth = GrowthOf(resident);
-        require("growth of resident memory in KB, at most 2,048", residentGrowth <= ResidentGrowthLimitKilobytes,
-                residentGrowth);
+        require("growth of resident memory in KB, at most 256", residentGrowth <= GrowthLimitKilobytes, residentGrowth);
         require("a command is taken and done at the end", runsAtEnd, runsAtEnd ? 1 : 0);
         return kept ? 0 : 1;
     }

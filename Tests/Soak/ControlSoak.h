@@ -12,8 +12,8 @@ namespace Soak {
 ///  - an answer of HTTP is unexpected, or a stream without a beat for ten seconds,
 ///  - fewer than 100 edits were made over HTTP,
 ///  - fewer than 100 commands were accepted,
-///  - the median of allocated memory in the last minute is more than 256 KB above that of the second minute, or that of
-///    resident memory more than 2 MiB,
+///  - the median of resident or of allocated memory in the last minute is more than 256 KB above that of the second
+///    minute,
 ///  - at the end a command isn't done within five seconds,
 /// else 0.
 int ControlSoak(int minutes);
