@@ -266,6 +266,7 @@ TEST_F(AsciiProtocolTest, TakesResultsOfTheAssemblyAndOfTheMap) {
     EXPECT_EQ(service->DataSourceList().back(), "values/extra") << "what only the map has comes behind";
     EXPECT_EQ(service->DataSourceList(PersistDomain::Job), service->DataSourceList());
     EXPECT_EQ(service->DataSourceList(PersistDomain::Workspace), Texts());
+    ASSERT_TRUE(WaitForAnswer("RESULT extra", "OK,INVALID"));
     Publish(Results().Measurement("values/extra", 4));
     EXPECT_TRUE(WaitForAnswer("RESULT extra", "OK,4.000")) << "its results pass the filter";
 }
