@@ -11,6 +11,13 @@ ProblemsManager::Handle ProblemsManager::AddText(int severity, const char* title
     return handle;
 }
 
+void ProblemsManager::SetOwner(Handle handle, const std::string& owner) {
+    const std::lock_guard lock(mutex);
+    if (const auto problem = problems.find(handle); problem != problems.end()) {
+        problem->second.owner = owner;
+    }
+}
+
 void ProblemsManager::Remove(Handle handle) {
     const std::lock_guard lock(mutex);
     problems.erase(handle);

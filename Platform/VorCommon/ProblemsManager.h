@@ -20,6 +20,7 @@ public:
         int severity = 0; ///< 0 warning, 1 failure
         std::string title;
         std::string text;
+        std::string owner = {}; ///< the id of the service whose problem it is; empty when nobody has claimed it
     };
 
     /// Adds a problem and returns its handle, which is never 0. Equal problems are separate entries.
@@ -27,6 +28,8 @@ public:
     Handle Add(int severity, const char* title, const char* format, const Args&... args) {
         return AddText(severity, title, Vor::Format(format, args...));
     }
+    /// Says whose problem it is. An unknown handle is ignored.
+    void SetOwner(Handle handle, const std::string& owner);
     /// An unknown handle is ignored.
     void Remove(Handle handle);
 

@@ -1,9 +1,12 @@
 #include "VorCommon/ProblemsTracker.h"
 
+#include <utility>
+
 namespace VorCommon {
 
-ProblemsTracker::ProblemsTracker(ProblemsManager* manager)
-    : manager(manager) {}
+ProblemsTracker::ProblemsTracker(ProblemsManager* manager, std::string owner)
+    : manager(manager)
+    , owner(std::move(owner)) {}
 
 ProblemsTracker::~ProblemsTracker() {
     Begin();
@@ -20,6 +23,9 @@ void ProblemsTracker::Register(ProblemsManager::Handle problem) {
     const std::lock_guard lock(mutex);
     earlier.erase(problem);
     current.insert(problem);
+    if (manager != nullptr) {
+        manager->SetOwner(problem, owner);
+    }
 }
 
 void ProblemsTracker::End() {

@@ -4,6 +4,7 @@
 
 #include <mutex>
 #include <set>
+#include <string>
 
 namespace VorCommon {
 
@@ -11,8 +12,8 @@ namespace VorCommon {
 /// registered in this one. No lock is held between the calls.
 class ProblemsTracker {
 public:
-    /// The manager is borrowed and may be null.
-    explicit ProblemsTracker(ProblemsManager* manager);
+    /// The manager is borrowed and may be null. `owner` is the id of the service whose problems they are.
+    explicit ProblemsTracker(ProblemsManager* manager, std::string owner = std::string());
     /// Removes all its problems.
     ~ProblemsTracker();
     ProblemsTracker(const ProblemsTracker&) = delete;
@@ -26,6 +27,7 @@ public:
 
 private:
     ProblemsManager* const manager;
+    const std::string owner;
     /// Guards the rest; ranks before the manager's.
     std::mutex mutex;
     bool open = false;

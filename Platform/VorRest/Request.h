@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorApi/RequestInfoEx.h"
 #include "VorApi/ResponseInfoEx.h"
 #include "VorApi/VorDataTree.h"
 
@@ -19,6 +20,8 @@ struct Request {
     /// changed any more.
     VorApi::VorDataTree body = {};
     bool wantsSchema = false;
+    /// Resources ignore what they don't know.
+    VorApi::RequestInfoEx::Query query = {};
 };
 
 /// The answer to a request.

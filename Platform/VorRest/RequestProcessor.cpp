@@ -47,7 +47,7 @@ Kind& As(VorApi::IResource& resource) {
 /// document that the resource may still fill.
 void Run(const ResourceRouter& router, const Request& request, ResponseInfoEx& response, Answer& answer) {
     auto match = FindResource(router, request.path);
-    const RequestInfoEx info(std::move(match.keys), request.wantsSchema);
+    const RequestInfoEx info(std::move(match.keys), request.wantsSchema, request.query);
     switch (request.verb) {
     case Verb::Read:
         answer.document.MakeObject();
@@ -204,13 +204,15 @@ void RequestProcessor::Run(const Request& request, const Answered& answered) {
 }
 
 std::unique_ptr<RequestProcessor::Stream> RequestProcessor::OpenStream(const std::string& path,
-                                                                       VorApi::IStreamReceiver& receiver) {
+                                                                       VorApi::IStreamReceiver& receiver,
+                                                                       VorApi::RequestInfoEx::Query query) {
     auto match = FindResource(router, path);
     VorApi::StreamResourceBase* const streams = As<VorApi::StreamResourceBase>(match.resource).StreamableProvider();
     if (streams == nullptr) {
         Vor::Throw(yERROR_UNIMPLEMENTED);
     }
-    const unsigned int id = streams->StartStream(RequestInfoEx(std::move(match.keys), false), receiver);
+    const unsigned int id =
+        streams->StartStream(RequestInfoEx(std::move(match.keys), false, std::move(query)), receiver);
     return std::make_unique<OpenedStream>(router, match.resource, *streams, id);
 }
 

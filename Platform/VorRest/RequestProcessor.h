@@ -48,7 +48,8 @@ public:
     };
     /// Opens a stream of the resource at the path. Throws as Read does. Main loop only. The receiver outlives the
     /// stream.
-    std::unique_ptr<Stream> OpenStream(const std::string& path, VorApi::IStreamReceiver& receiver);
+    std::unique_ptr<Stream> OpenStream(const std::string& path, VorApi::IStreamReceiver& receiver,
+                                       VorApi::RequestInfoEx::Query query = {});
 
 private:
     class Requests;

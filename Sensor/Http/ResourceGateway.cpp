@@ -366,7 +366,7 @@ void ResourceGateway::Read(const CallPointer& call) {
 
 void ResourceGateway::MakeDocument(const CallPointer& call) {
     const std::string& path = call->target.path;
-    Run(call, {Verb::Read, path, {}, call->wantsSchema}, [this, call](Answer answer) {
+    Run(call, {Verb::Read, path, {}, call->wantsSchema, call->target.query}, [this, call](Answer answer) {
         const auto document = Document(*call, call->target.path, std::move(answer));
         const auto isExpanded = [&](const HalDocument::Embedded& part) {
             return std::ranges::find(call->expanded, part.link.relation) != call->expanded.end();

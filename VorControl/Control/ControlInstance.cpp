@@ -46,7 +46,7 @@ ControlInstance::ControlInstance(const ControlInstanceParams& params)
     , updateGate(*params.updateGate)
     , scanResults(*params.scanResults)
     , problemsManager(params.problemsManager)
-    , problemsTracker(params.problemsManager) {
+    , problemsTracker(params.problemsManager, id) {
     metrics.BindProtocol(protocol.get());
     paramsCallback = protocol->AddParamsInternalUpdateEventHandler(
         [this](bool persist) { ProtocolParamsInternalUpdateHandler(persist); });

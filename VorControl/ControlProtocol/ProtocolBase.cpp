@@ -34,7 +34,7 @@ ProtocolBase::ProtocolBase(const ControlProtocolEnviron& environ)
     , displayName(environ.displayName)
     , host(&dynamic_cast<ControlHost&>(*environ.controlHost))
     , properties(&builtInProperties)
-    , problemsTracker(host->ProblemsManager())
+    , problemsTracker(host->ProblemsManager(), id)
     , scannerIsOptional(IsScannerOptional(host->PlatformAttributes()))
     , defaultMetrics(true) {
     Vor::ThrowIfFailed(yLock_Construct(propertiesLock.Out()));

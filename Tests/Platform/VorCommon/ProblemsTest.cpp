@@ -55,6 +55,20 @@ TEST(ProblemsManagerTest, RemovesByHandleAndIgnoresUnknownOnes) {
     EXPECT_TRUE(manager.List().empty());
 }
 
+TEST(ProblemsTrackerTest, AProblemHasTheOwnerOfItsTracker) {
+    ProblemsManager manager;
+    const auto nobodys = manager.Add(1, "t", "nobody's");
+    ProblemsTracker tracker(&manager, "modbus");
+    tracker.Begin();
+    tracker.Register(manager.Add(1, "t", "modbus'"));
+    tracker.Register(nobodys + 100);
+    tracker.End();
+    const auto list = manager.List();
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[0].owner, "");
+    EXPECT_EQ(list[1].owner, "modbus");
+}
+
 TEST(ProblemsTrackerTest, EndWithdrawsTheProblemsOfEarlierRuns) {
     ProblemsManager manager;
     ProblemsTracker tracker(&manager);

@@ -41,6 +41,9 @@ public:
             return;
         }
         data["schema"].Set(request.WantsSchema());
+        if (const std::string* const color = request.FindQuery("color")) {
+            data["color"].Set(*color);
+        }
         if (onDocument) {
             onDocument(response, data);
         }
@@ -62,6 +65,9 @@ public:
     }
     unsigned int StartStream(const RequestInfoEx& request, VorApi::IStreamReceiver& receiver) override {
         receiver.Send(VorDataTree::FromJson(*request.FindKey("thing")));
+        for (const auto& [name, value] : request.GetQuery()) {
+            receiver.Send(VorDataTree::FromJson(name + "=" + value));
+        }
         return ++lastStream;
     }
     void StopStream(unsigned int id) override { call = "stop " + std::to_string(id); }
@@ -134,6 +140,16 @@ TEST_F(RequestProcessorTest, ReadReturnsTheDocument) {
     arguments["schema"].Set(true);
     EXPECT_EQ(processor->Read("/things/a", arguments, "").Dump(false), R"({"schema":true})");
     EXPECT_EQ(processor->Read("/things", VorDataTree(), "").Dump(false), "{}");
+}
+
+TEST_F(RequestProcessorTest, AResourceGetsTheQuery) {
+    std::optional<Answer> given;
+    processor->Run({.path = "/things/a", .query = {{"size", "1"}, {"color", "red"}, {"color", "blue"}}},
+                   [&](Answer document) { given = std::move(document); });
+    EXPECT_EQ(given.value().document.Dump(false), R"({"schema":false,"color":"red"})") << "the first one of a name";
+    Receiver receiver;
+    processor->OpenStream("/things/a", receiver, {{"rate", "2"}, {"points", "3"}});
+    EXPECT_EQ(receiver.messages, R"("a""rate=2""points=3")");
 }
 
 TEST_F(RequestProcessorTest, ReadThrowsWhatIsWrong) {

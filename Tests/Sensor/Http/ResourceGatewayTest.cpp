@@ -176,6 +176,17 @@ TEST_F(ResourceGatewayTest, TheSchemaComesWhenItIsWanted) {
     EXPECT_FALSE(GetDocument("/notes/a?other=1").contains("_schema"));
 }
 
+TEST_F(ResourceGatewayTest, AResourceGetsTheQuery) {
+    free.onDocument = [](const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx&, VorApi::VorDataTree& data) {
+        for (const auto& [name, value] : request.GetQuery()) {
+            data[name].Set(value);
+        }
+    };
+    const Json document = GetDocument("/free?q=two+w%6Frds&n=3");
+    EXPECT_EQ(document["q"], "two words");
+    EXPECT_EQ(document["n"], "3");
+}
+
 // Bodies.
 
 TEST_F(ResourceGatewayTest, ABodyThatIsntJsonIsRefused) {

@@ -125,6 +125,7 @@ TEST_F(ControlInstanceTest, AFailedStartCountsAsEnabledWithOneProblemAndNoResult
     EXPECT_EQ(Problems()[0].severity, 1);
     EXPECT_EQ(Problems()[0].title, "Protocol");
     EXPECT_EQ(Problems()[0].text, "Could not start service: port 502 taken");
+    EXPECT_EQ(Problems()[0].owner, instance->Id());
 }
 
 TEST_F(ControlInstanceTest, ARepeatedFailureReplacesTheProblemAndASuccessWithdrawsIt) {
