@@ -93,7 +93,8 @@ int Application::Run() {
     demoJobs.emplace(host.Plugins(), recording);
     host.CreateServices();
     if (commandLine.http.on) {
-        http.emplace(commandLine.http, host, sensor, [this](const std::string& line) { report.PrintLine(line); });
+        http.emplace(commandLine.http, host, sensor, logHistory,
+                     [this](const std::string& line) { report.PrintLine(line); });
     }
     ApplySettings();
     folderLock.emplace(commandLine.dataFolder, VorCommon::PersistManager::JobFileName(job));

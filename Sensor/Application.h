@@ -4,6 +4,7 @@
 #include "Sensor/FolderLock.h"
 #include "Sensor/Jobs/DemoJobs.h"
 #include "Sensor/Jobs/Overlay.h"
+#include "Sensor/LogHistory.h"
 #include "Sensor/ResourceServer.h"
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/ServiceHost.h"
@@ -65,6 +66,7 @@ private:
 
     const CommandLine commandLine;
     UserLog log;
+    LogHistory logHistory;
     StartReport report;
     const Scan::Recording recording;
     const std::string job;

@@ -3,6 +3,7 @@
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/Scan/ResultSetMaker.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -18,26 +19,30 @@ struct Known {
     std::string_view name;
     const char* displayName;
     PipeDataType type;
+    ValueUnit unit;
 };
 
-constexpr std::array<Known, 8> Sources = {{{"profile/max", "Maximum Height", PipeDataType::Measurement},
-                                           {"profile/min", "Minimum Height", PipeDataType::Measurement},
-                                           {"profile/mean", "Mean Height", PipeDataType::Measurement},
-                                           {"profile/width", "Width", PipeDataType::Measurement},
-                                           {"profile/points", "Number of Points", PipeDataType::Measurement},
-                                           {"profile/text", "Text", PipeDataType::String},
-                                           {"profile/stamp", "Stamp", PipeDataType::Stamp},
-                                           {"values/stamp", "Stamp", PipeDataType::Stamp}}};
+constexpr std::array<Known, 8> Sources = {{{"profile/max", "Maximum Height", PipeDataType::Measurement, {"mm", 3}},
+                                           {"profile/min", "Minimum Height", PipeDataType::Measurement, {"mm", 3}},
+                                           {"profile/mean", "Mean Height", PipeDataType::Measurement, {"mm", 3}},
+                                           {"profile/width", "Width", PipeDataType::Measurement, {"mm", 3}},
+                                           {"profile/points", "Number of Points", PipeDataType::Measurement, {"", 0}},
+                                           {"profile/text", "Text", PipeDataType::String, {"", 0}},
+                                           {"profile/stamp", "Stamp", PipeDataType::Stamp, {"", 0}},
+                                           {"values/stamp", "Stamp", PipeDataType::Stamp, {"", 0}}}};
+
+/// Null for a named value.
+const Known* Find(const std::string& name) {
+    const auto* const found = std::ranges::find(Sources, name, &Known::name);
+    return found == Sources.end() ? nullptr : found;
+}
 
 VorPipe::PipeOutput OutputOf(const std::string& name) {
-    const std::size_t slash = name.find('/');
     const char* const owner = name.starts_with("profile/") ? "Profile" : "Values";
-    for (const Known& known : Sources) {
-        if (known.name == name) {
-            return {name, owner, known.displayName, {known.type, false}};
-        }
+    if (const Known* const known = Find(name)) {
+        return {name, owner, known->displayName, {known->type, false}};
     }
-    return {name, owner, name.substr(slash + 1), {PipeDataType::Measurement, false}};
+    return {name, owner, name.substr(name.find('/') + 1), {PipeDataType::Measurement, false}};
 }
 
 } // namespace
@@ -48,6 +53,11 @@ std::vector<VorPipe::PipeOutput> DataSourcesOf(const Scan::Recording& recording)
         outputs.push_back(OutputOf(name));
     }
     return outputs;
+}
+
+ValueUnit UnitOf(const std::string& dataSource) {
+    const Known* const known = Find(dataSource);
+    return known != nullptr ? known->unit : ValueUnit{"", 3};
 }
 
 } // namespace Sensor

@@ -96,6 +96,11 @@ std::string AbridgedText(const std::string& text, std::size_t limit) {
     return text.substr(0, front) + "... (" + Counted(back - front, "byte") + " left out) ..." + text.substr(back);
 }
 
+std::string LoggedText(const std::string& text) {
+    constexpr std::size_t MaxText = 1000;
+    return PrintableText(AbridgedText(text, MaxText));
+}
+
 std::string Counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }

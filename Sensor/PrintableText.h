@@ -12,6 +12,10 @@ std::string PrintableText(const std::string& text);
 /// are left out between them. Characters of UTF-8 stay whole.
 std::string AbridgedText(const std::string& text, std::size_t limit);
 
+/// A text of the log as users read it: printable, of at most 1000 bytes before that, since clients determine the length
+/// of some.
+std::string LoggedText(const std::string& text);
+
 /// "1 frame", "2 frames".
 std::string Counted(std::size_t count, const std::string& noun);
 

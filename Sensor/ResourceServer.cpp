@@ -18,7 +18,7 @@ constexpr std::size_t BootBytes = 8;
 } // namespace
 
 ResourceServer::ResourceServer(const CommandLine::Http& settings, ServiceHost& host, VirtualSensor& sensor,
-                               std::function<void(const std::string& line)> print)
+                               const LogHistory& log, std::function<void(const std::string& line)> print)
     : settings(settings)
     , print(std::move(print))
     , revisions(RandomText(BootBytes), host.Services())
@@ -27,8 +27,8 @@ ResourceServer::ResourceServer(const CommandLine::Http& settings, ServiceHost& h
                .requests = host.Requests(),
                .revisions = revisions,
                .services = host.Services().List()})
-    , directory(host.Router(), Environ(revisions.Boot(), host, sensor), streams)
-    , watch(Environ(revisions.Boot(), host, sensor), [this](const auto& changes) { streams.SendState(changes); })
+    , directory(host.Router(), Environ(revisions.Boot(), host, sensor, log), streams)
+    , watch(Environ(revisions.Boot(), host, sensor, log), [this](const auto& changes) { streams.SendState(changes); })
     , gateway({.hosts = settings.hosts}, host.Router(), host.Requests(), revisions, streams)
     , thread("HttpNet")
     , retry([this](Vor::AsyncTimer&) { TryAgain(); }) {
@@ -36,12 +36,14 @@ ResourceServer::ResourceServer(const CommandLine::Http& settings, ServiceHost& h
         [this](const std::string& path) { streams.Notice(VorApi::Notification::Changed, path); });
 }
 
-Resources::SensorEnviron ResourceServer::Environ(const std::string& boot, ServiceHost& host, VirtualSensor& sensor) {
+Resources::SensorEnviron ResourceServer::Environ(const std::string& boot, ServiceHost& host, VirtualSensor& sensor,
+                                                 const LogHistory& log) {
     return {.boot = boot,
             .services = host.Services(),
             .persistence = host.Persistence(),
             .problems = host.Problems(),
-            .sensor = sensor};
+            .sensor = sensor,
+            .log = log};
 }
 
 void ResourceServer::Start() {

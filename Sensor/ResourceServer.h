@@ -18,6 +18,7 @@
 
 namespace Sensor {
 
+class LogHistory;
 class ServiceHost;
 class VirtualSensor;
 
@@ -27,8 +28,8 @@ class ResourceServer {
 public:
     static constexpr std::chrono::seconds RetryPeriod{5};
 
-    /// The resources of the services exist. `print` prints a line for the user. `host` and `sensor` outlive this.
-    ResourceServer(const CommandLine::Http& settings, ServiceHost& host, VirtualSensor& sensor,
+    /// The resources of the services exist. `print` prints a line for the user. The others outlive this.
+    ResourceServer(const CommandLine::Http& settings, ServiceHost& host, VirtualSensor& sensor, const LogHistory& log,
                    std::function<void(const std::string& line)> print);
 
     /// Listens, and prints where. When the default port is taken it tries again each RetryPeriod. Throws a StartError
@@ -36,7 +37,8 @@ public:
     void Start();
 
 private:
-    static Resources::SensorEnviron Environ(const std::string& boot, ServiceHost& host, VirtualSensor& sensor);
+    static Resources::SensorEnviron Environ(const std::string& boot, ServiceHost& host, VirtualSensor& sensor,
+                                            const LogHistory& log);
     void Listen();
     void TryAgain();
 

@@ -3,7 +3,7 @@
 #include "Sensor/LogFile.h"
 #include "Sensor/PrintableText.h"
 #include "Sensor/RepeatedEntries.h"
-#include "Vor/Format.h"
+#include "Sensor/UtcText.h"
 #include "Vor/LogOutput.h"
 #include "Vor/Logging.h"
 
@@ -11,7 +11,6 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <ctime>
 #include <iostream>
 #include <mutex>
 #include <optional>
@@ -22,9 +21,6 @@
 namespace Sensor {
 
 namespace {
-
-/// Longer texts are cut: clients determine the length of some.
-constexpr std::size_t MaxText = 1000;
 
 bool IsOf(std::uint64_t level, std::uint64_t kind) {
     return (level & kind & 0xFF) != 0;
@@ -58,17 +54,8 @@ bool IsDetail(const Vor::LogRecord& record) {
     return (!IsUsers(record) && !serious) || IsBackTrace(record) || IsOfHealthyRead(record);
 }
 
-/// UTC, as "2026-01-31T23:59:59.999Z".
 std::string Now() {
-    const auto now = std::chrono::system_clock::now();
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    const auto milliseconds =
-        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-    std::tm utc{};
-    std::array<char, 32> text{};
-    gmtime_r(&seconds, &utc);
-    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &utc);
-    return text.data() + Vor::Format(".%03dZ", static_cast<int>(milliseconds));
+    return UtcText(std::chrono::system_clock::now());
 }
 
 std::string ThreadName() {
@@ -77,16 +64,12 @@ std::string ThreadName() {
     return name.data();
 }
 
-std::string Cleaned(const std::string& text) {
-    return PrintableText(AbridgedText(text, MaxText));
-}
-
 /// The lines of a back trace; those after the first are indented, so that none looks like another entry.
 std::string CleanedLines(const std::string& text) {
     std::string lines;
     for (std::size_t begin = 0; begin <= text.size();) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
-        lines += (begin == 0 ? "" : "\n  ") + Cleaned(text.substr(begin, end - begin));
+        lines += (begin == 0 ? "" : "\n  ") + LoggedText(text.substr(begin, end - begin));
         begin = end + 1;
     }
     return lines;
@@ -95,9 +78,9 @@ std::string CleanedLines(const std::string& text) {
 /// An entry of the log of record.
 std::string RecordLine(const Vor::LogRecord& record) {
     const std::string title(Vor::LogOutput::ShortName(record.title));
-    return Now() + " " + NameOf(record.level) + " [" + Cleaned(ThreadName()) + "] " +
-           (IsUsers(record) ? "[user] " : "") + Cleaned(title) + ": " +
-           (IsBackTrace(record) ? CleanedLines(record.text) : Cleaned(record.text)) + "\n";
+    return Now() + " " + NameOf(record.level) + " [" + LoggedText(ThreadName()) + "] " +
+           (IsUsers(record) ? "[user] " : "") + LoggedText(title) + ": " +
+           (IsBackTrace(record) ? CleanedLines(record.text) : LoggedText(record.text)) + "\n";
 }
 
 std::string UserLine(std::uint64_t level, const std::string& text) {
@@ -126,7 +109,7 @@ public:
             Print(line);
         } else if (!IsDetail(record) && silent != std::this_thread::get_id()) {
             ReportRepeats(RepeatedEntries::Clock::now());
-            PrintOnce(record.level, Cleaned(record.text));
+            PrintOnce(record.level, LoggedText(record.text));
         }
     }
 

@@ -10,7 +10,8 @@
 namespace Sensor {
 
 VirtualSensor::VirtualSensor(const Scan::Recording& recording, Settings given)
-    : settings(std::move(given))
+    : recording(recording)
+    , settings(std::move(given))
     , scanner(recording, hub, settings.scan)
     , core(CoreEnviron()) {
     for (const VorPipe::PipeOutput& output : DataSourcesOf(recording)) {

@@ -47,6 +47,7 @@ public:
     VorPipe::PipeManager& Pipe() { return pipe; }
     VorScan::Internal::ScanEngineManager& ScanEngines() { return scanEngines; }
 
+    const Scan::Recording& Input() const { return recording; }
     Scan::ScannerState ScanState() const { return scanner.State(); }
     Scan::TriggerMode TriggerMode() const { return settings.scan.trigger; }
 
@@ -59,6 +60,7 @@ private:
     Scan::ScannerActions::Environ ActionsEnviron();
     void RestoreFactory();
 
+    const Scan::Recording& recording;
     const Settings settings;
     VorCore::ResultHub hub;
     Vor::Event<> preStartScan;

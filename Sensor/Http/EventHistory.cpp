@@ -20,7 +20,7 @@ bool IsBelow(std::string_view path, std::string_view top) {
 
 bool NumberedEvent::IsFor(const std::vector<EventTopic>& topics) const {
     return std::ranges::any_of(topics, [this](const EventTopic& topic) {
-        return topic.kind == kind && (kind == EventTopic::Kind::State || topic.path == path ||
+        return topic.kind == kind && (kind != EventTopic::Kind::Notice || topic.path == path ||
                                       IsBelow(path, topic.path) || (isReload && IsBelow(topic.path, path)));
     });
 }

@@ -37,6 +37,10 @@ const char* TextOf(VorApi::Notification code) {
     return "changed";
 }
 
+std::string Dumped(const nlohmann::json& json) {
+    return json.dump(-1, ' ', false, ReplaceWrongBytes);
+}
+
 EventStream::Text Shared(std::string text) {
     return std::make_shared<const std::string>(std::move(text));
 }
@@ -70,18 +74,18 @@ struct EventStreams::Client {
 /// The stream of a resource, which all clients that listen to it share.
 class EventStreams::Feed final : public VorApi::IStreamReceiver {
 public:
-    Feed(EventStreams& streams, std::string path)
+    Feed(EventStreams& streams, Source source)
         : streams(streams)
-        , path(std::move(path))
-        , stream(streams.environ.requests.OpenStream(this->path, *this)) {}
+        , source(std::move(source))
+        , stream(streams.environ.requests.OpenStream(this->source.first, *this, this->source.second)) {}
 
-    void Send(const VorApi::VorDataTree& message) override { streams.SendFigures(path, message.Dump(false)); }
-    std::string Description() const override { return "HTTP clients of " + path; }
-    void Abort() override { streams.EndListeners(path); }
+    void Send(const VorApi::VorDataTree& message) override { streams.SendMessage(source, message.Dump(false)); }
+    std::string Description() const override { return "HTTP clients of " + source.first; }
+    void Abort() override { streams.EndListeners(source); }
 
 private:
     EventStreams& streams;
-    const std::string path;
+    const Source source;
     const std::unique_ptr<VorRest::RequestProcessor::Stream> stream;
 };
 
@@ -109,7 +113,7 @@ HttpResponse EventStreams::Open(const RequestTarget& target, const HttpRequest& 
     RequireRoom(request);
     const std::string path = PathOf(target);
     return path == EventsPath ? OpenTopics(target, request, std::move(responder))
-                              : OpenResource(path, request, std::move(responder));
+                              : OpenResource(EventTopic::OfResource(path, target.query), request, std::move(responder));
 }
 
 HttpResponse EventStreams::OpenTopics(const RequestTarget& target, const HttpRequest& request, Responder responder) {
@@ -140,17 +144,17 @@ HttpResponse EventStreams::OpenTopics(const RequestTarget& target, const HttpReq
             }
         } else {
             const nlohmann::json gap = {{"lastEventId", *id}};
-            stream->Push(Shared(EventText("gap", "", gap.dump(-1, ' ', false, ReplaceWrongBytes))));
+            stream->Push(Shared(EventText("gap", "", Dumped(gap))));
         }
     }
     return Add(std::move(client), stream);
 }
 
-HttpResponse EventStreams::OpenResource(const std::string& path, const HttpRequest& request, Responder responder) {
+HttpResponse EventStreams::OpenResource(EventTopic topic, const HttpRequest& request, Responder responder) {
     Client client{.name = "",
                   .address = request.peerAddress,
                   .isLoopback = request.peerIsLoopback,
-                  .topics = {{EventTopic::Kind::Metrics, "", path}},
+                  .topics = {std::move(topic)},
                   .responder = std::move(responder)};
     OpenFeeds(client.topics);
     return Add(std::move(client), std::make_shared<EventStream>(environ.limits.waiting));
@@ -182,15 +186,15 @@ void EventStreams::RemoveGone() {
         const auto stream = client.stream.lock();
         return stream == nullptr || stream->Ended();
     });
-    std::set<std::string> paths;
+    std::set<Source> sources;
     for (const Client& client : clients) {
         for (const EventTopic& topic : client.topics) {
-            if (topic.kind == EventTopic::Kind::Metrics) {
-                paths.insert(topic.path);
+            if (topic.kind == EventTopic::Kind::Stream) {
+                sources.emplace(topic.path, topic.query);
             }
         }
     }
-    std::erase_if(feeds, [&](const auto& feed) { return !paths.contains(feed.first); });
+    std::erase_if(feeds, [&](const auto& feed) { return !sources.contains(feed.first); });
 }
 
 std::vector<std::string> EventStreams::Topics() const {
@@ -239,8 +243,9 @@ std::vector<EventTopic> EventStreams::ParseTopics(const std::vector<std::string>
 
 void EventStreams::OpenFeeds(const std::vector<EventTopic>& topics) {
     for (const EventTopic& topic : topics) {
-        if (topic.kind == EventTopic::Kind::Metrics && !feeds.contains(topic.path)) {
-            feeds.emplace(topic.path, std::make_unique<Feed>(*this, topic.path));
+        const Source source(topic.path, topic.query);
+        if (topic.kind == EventTopic::Kind::Stream && !feeds.contains(source)) {
+            feeds.emplace(source, std::make_unique<Feed>(*this, source));
         }
     }
 }
@@ -280,7 +285,20 @@ void EventStreams::SendNotices() {
 }
 
 void EventStreams::SendState(const nlohmann::json& changes) {
-    Send(history.Add({.kind = EventTopic::Kind::State, .path = "", .text = nullptr}, "state", changes.dump()));
+    Send(history.Add({.kind = EventTopic::Kind::State, .path = "", .text = nullptr}, "state", Dumped(changes)));
+}
+
+void EventStreams::SendProblem(const nlohmann::json& change) {
+    Send(history.Add({.kind = EventTopic::Kind::Problems, .path = "", .text = nullptr}, "problems", Dumped(change)));
+}
+
+void EventStreams::SendLogEntry(const nlohmann::json& entry) {
+    const EventStream::Text text = Shared(EventText("log", "", Dumped(entry)));
+    for (const Client& client : clients) {
+        if (std::ranges::find(client.topics, EventTopic::Kind::Log, &EventTopic::kind) != client.topics.end()) {
+            Push(client, text);
+        }
+    }
 }
 
 void EventStreams::Send(const NumberedEvent& event) {
@@ -291,30 +309,36 @@ void EventStreams::Send(const NumberedEvent& event) {
     }
 }
 
-void EventStreams::SendFigures(const std::string& path, const std::string& json) {
+bool EventStreams::Listens(const EventTopic& topic, const Source& source) {
+    return topic.kind == EventTopic::Kind::Stream && topic.path == source.first && topic.query == source.second;
+}
+
+void EventStreams::SendMessage(const Source& source, const std::string& json) {
+    std::string key = source.first;
+    for (const auto& [name, value] : source.second) {
+        key += ';' + name + '=' + value;
+    }
     EventStream::Text message;
     EventStream::Text named;
     for (const Client& client : clients) {
-        const auto topic = std::ranges::find_if(client.topics, [&](const EventTopic& wanted) {
-            return wanted.kind == EventTopic::Kind::Metrics && wanted.path == path;
-        });
+        const auto topic =
+            std::ranges::find_if(client.topics, [&](const EventTopic& wanted) { return Listens(wanted, source); });
         if (topic == client.topics.end()) {
             continue;
         }
         EventStream::Text& text = client.name.empty() ? message : named;
         if (text == nullptr) {
-            text = Shared(EventText(topic->text, "", json));
+            text = Shared(EventText(topic->EventName(), "", json));
         }
-        Push(client, text, path);
+        Push(client, text, key);
     }
 }
 
-void EventStreams::EndListeners(const std::string& path) {
+void EventStreams::EndListeners(const Source& source) {
     for (const Client& client : clients) {
         const auto stream = client.stream.lock();
-        const bool listens = std::ranges::any_of(client.topics, [&](const EventTopic& topic) {
-            return topic.kind == EventTopic::Kind::Metrics && topic.path == path;
-        });
+        const bool listens =
+            std::ranges::any_of(client.topics, [&](const EventTopic& topic) { return Listens(topic, source); });
         if (stream != nullptr && listens) {
             stream->End();
             client.responder.Wake();

@@ -9,6 +9,7 @@
 #include "Vor/AsyncTimer.h"
 #include "VorApi/IResource.h"
 #include "VorApi/IStreamReceiver.h"
+#include "VorApi/RequestInfoEx.h"
 #include "VorRest/RequestProcessor.h"
 
 #include <cstddef>
@@ -71,14 +72,20 @@ public:
     void Notice(VorApi::Notification code, const std::string& path);
     /// Sends an event of the topic "state".
     void SendState(const nlohmann::json& changes);
+    /// Sends an event of the topic "problems".
+    void SendProblem(const nlohmann::json& change);
+    /// Sends an event of the topic "log". It has no id, and nobody gets it who isn't there.
+    void SendLogEntry(const nlohmann::json& entry);
 
 private:
     struct Client;
     class Feed;
     using PendingNotice = std::pair<VorApi::Notification, std::string>;
+    /// The path of a resource that has a stream, and what is asked of it.
+    using Source = std::pair<std::string, VorApi::RequestInfoEx::Query>;
 
     HttpResponse OpenTopics(const RequestTarget& target, const HttpRequest& request, Responder responder);
-    HttpResponse OpenResource(const std::string& path, const HttpRequest& request, Responder responder);
+    HttpResponse OpenResource(EventTopic topic, const HttpRequest& request, Responder responder);
     /// Forgets the clients that have gone and the resources that nobody listens to any more. Throws `yERROR_BUSY` when
     /// there is no room for this client.
     void RequireRoom(const HttpRequest& request);
@@ -89,15 +96,16 @@ private:
     void OpenFeeds(const std::vector<EventTopic>& topics);
     void SendNotices();
     void Send(const NumberedEvent& event);
-    void SendFigures(const std::string& path, const std::string& json);
-    void EndListeners(const std::string& path);
+    void SendMessage(const Source& source, const std::string& json);
+    void EndListeners(const Source& source);
+    static bool Listens(const EventTopic& topic, const Source& source);
     void Beat();
     static void Push(const Client& client, EventStream::Text text, const std::string& key = std::string());
 
     const Environ environ;
     EventHistory history;
     std::vector<Client> clients;
-    std::map<std::string, std::unique_ptr<Feed>> feeds; ///< by the path of the resource
+    std::map<Source, std::unique_ptr<Feed>> feeds;
     std::vector<std::pair<VorApi::IResource*, VorApi::IResource::ResourceEvent::CallbackId>> subscriptions;
     Vor::AsyncTimer beat;
 

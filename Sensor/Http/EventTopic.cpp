@@ -5,8 +5,10 @@
 #include "VorApi/ResourceRouter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace Sensor::Http {
 
@@ -14,6 +16,8 @@ namespace {
 
 constexpr std::string_view NoticeOfPath = "notice:";
 constexpr std::string_view MetricsOf = "metrics:";
+constexpr std::string_view ScanTopic = "scan";
+constexpr const char* ScanPath = "/sensor/scan";
 
 /// The path of a resource, coded anew; nothing when there is none.
 std::optional<std::string> ResourcePath(const std::string& path, const VorApi::ResourceRouter& router) {
@@ -31,6 +35,29 @@ std::optional<std::string> ResourcePath(const std::string& path, const VorApi::R
     }
 }
 
+/// What streams can be asked for.
+bool IsParameter(std::string_view name) {
+    return name == "rate" || name == "points";
+}
+
+/// The parameters of a scan's topic, such as ";rate=10;points=100"; nothing for anything else. The resource checks the
+/// values.
+std::optional<VorApi::RequestInfoEx::Query> ScanParameters(std::string_view text) {
+    VorApi::RequestInfoEx::Query query;
+    while (!text.empty()) {
+        const std::string_view parameter = text.substr(1, text.find(';', 1) - 1);
+        const std::string_view name = parameter.substr(0, parameter.find('='));
+        const bool isSecond =
+            std::ranges::find(query, name, [](const auto& known) { return known.first; }) != query.end();
+        if (text.front() != ';' || !IsParameter(name) || name.size() == parameter.size() || isSecond) {
+            return std::nullopt;
+        }
+        query.emplace_back(name, parameter.substr(name.size() + 1));
+        text.remove_prefix(1 + parameter.size());
+    }
+    return query;
+}
+
 } // namespace
 
 EventTopic EventTopic::Parse(const std::string& text, const VorApi::ResourceRouter& router,
@@ -38,8 +65,16 @@ EventTopic EventTopic::Parse(const std::string& text, const VorApi::ResourceRout
     if (text == "notice") {
         return {Kind::Notice, text, ""};
     }
-    if (text == "state") {
-        return {Kind::State, text, ""};
+    for (const auto& [name, kind] :
+         {std::pair("state", Kind::State), std::pair("problems", Kind::Problems), std::pair("log", Kind::Log)}) {
+        if (text == name) {
+            return {kind, text, ""};
+        }
+    }
+    if (text.starts_with(ScanTopic)) {
+        if (auto query = ScanParameters(std::string_view(text).substr(ScanTopic.size()))) {
+            return {Kind::Stream, text, ScanPath, *std::move(query)};
+        }
     }
     if (text.starts_with(NoticeOfPath)) {
         if (const auto path = ResourcePath(text.substr(NoticeOfPath.size()), router)) {
@@ -49,7 +84,7 @@ EventTopic EventTopic::Parse(const std::string& text, const VorApi::ResourceRout
     if (text.starts_with(MetricsOf)) {
         const std::string service = text.substr(MetricsOf.size());
         if (std::ranges::find(services, service) != services.end()) {
-            return {Kind::Metrics, text, VorApi::Path::Format("/controls/:protocol/metrics", {service})};
+            return {Kind::Stream, text, VorApi::Path::Format("/controls/:protocol/metrics", {service})};
         }
     }
     std::string topics;
@@ -57,12 +92,20 @@ EventTopic EventTopic::Parse(const std::string& text, const VorApi::ResourceRout
         topics += topic + ", ";
     }
     Vor::Throw(yERROR_FORMAT,
-               "There is no topic \"%s\". Topics are: %sand notice:PATH for a resource and all below it.", text,
-               topics);
+               "There is no topic \"%s\". Topics are: %sand notice:PATH for a resource and all below it. What "
+               "\"scan\" sends is determined by \";rate=\" and \";points=\" behind it.",
+               text, topics);
+}
+
+EventTopic EventTopic::OfResource(const std::string& path, const VorApi::RequestInfoEx::Query& query) {
+    EventTopic topic{Kind::Stream, "", path};
+    std::ranges::copy_if(query, std::back_inserter(topic.query),
+                         [](const auto& parameter) { return IsParameter(parameter.first); });
+    return topic;
 }
 
 std::vector<std::string> EventTopic::All(const std::vector<std::string>& services) {
-    std::vector<std::string> topics{"notice", "state"};
+    std::vector<std::string> topics{"notice", "state", "problems", "log", std::string(ScanTopic)};
     for (const std::string& service : services) {
         topics.push_back(std::string(MetricsOf) + service);
     }

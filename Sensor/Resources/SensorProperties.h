@@ -19,6 +19,7 @@ class IControlManager;
 
 namespace Sensor {
 
+class LogHistory;
 class VirtualSensor;
 
 namespace Resources {
@@ -30,6 +31,7 @@ struct SensorEnviron {
     VorCommon::PersistManager& persistence;
     VorCommon::ProblemsManager& problems;
     VirtualSensor& sensor;
+    const LogHistory& log;
 };
 
 /// A service of the sensor, briefly.

@@ -3,6 +3,7 @@
 #include "VorControl/Control/IControlManager.h"
 
 #include <chrono>
+#include <utility>
 
 namespace Sensor::Resources {
 
@@ -18,6 +19,11 @@ void SensorResource::Document(const VorApi::RequestInfoEx& request, VorApi::Resp
     NodeToVorDataTree(document, request, data, true);
     for (unsigned long i = 0; i < document.services.Count(); ++i) {
         response.Link("vor:service", document.services.At(i).path.Get(), true, VorApi::VorDataTree());
+    }
+    for (const auto& [relation, path] :
+         {std::pair("vor:sensorProblems", "/sensor/problems"), std::pair("vor:log", "/sensor/log"),
+          std::pair("vor:scan", "/sensor/scan"), std::pair("vor:sources", "/sensor/sources")}) {
+        response.Link(relation, path, false, VorApi::VorDataTree());
     }
 }
 

@@ -6,6 +6,7 @@
 #include "Tests/Services/Ascii/TextClient.h"
 #include "Tests/Support/Threads.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -184,6 +185,27 @@ TEST_F(HttpEventsTest, AClientThatComesBackTooLateHearsOfTheGap) {
     VirtualSensor another;
     Listener ofAnotherRun(HttpClient::Of(another), "notice", lastId);
     EXPECT_EQ(ofAnotherRun.Next().name, "gap");
+}
+
+TEST_F(HttpEventsTest, FramesComeAsTheyAreAskedFor) {
+    Listener listener(http, "scan;rate=25;points=8");
+    const Event first = listener.Next();
+    ASSERT_EQ(first.name, "scan");
+    EXPECT_EQ(first.id, "");
+    EXPECT_LE(first.data.at("x").size(), 8U);
+    const Event second = listener.Next();
+    ASSERT_EQ(second.name, "scan");
+    EXPECT_GT(second.data.at("frame"), first.data.at("frame"));
+
+    const Json& greatest = first.data.at("values").at(0);
+    const HttpAnswer answer = http.Get("/sensor/scan/history?source=" + greatest.at("source").get<std::string>());
+    ASSERT_EQ(answer.status, 200);
+    const Json& frames = answer.body.at("frames");
+    const auto frame = std::find(frames.begin(), frames.end(), first.data.at("frame"));
+    ASSERT_NE(frame, frames.end());
+    const auto place = static_cast<std::size_t>(frame - frames.begin());
+    EXPECT_EQ(answer.body.at("columns").at(0).at("values").at(place), greatest.at("value"));
+    EXPECT_EQ(http.Get("/sensor/scan/history?n=5000").status, 422);
 }
 
 TEST_F(HttpEventsTest, ThereAreSixtyFourStreams) {

@@ -49,5 +49,14 @@ TEST(DataSources, NamedValuesBearTheirNames) {
                                     }));
 }
 
+TEST(DataSources, HaveUnits) {
+    EXPECT_STREQ(UnitOf("profile/width").name, "mm");
+    EXPECT_EQ(UnitOf("profile/width").decimals, 3U);
+    EXPECT_STREQ(UnitOf("profile/points").name, "");
+    EXPECT_EQ(UnitOf("profile/points").decimals, 0U);
+    EXPECT_STREQ(UnitOf("values/gap").name, "");
+    EXPECT_EQ(UnitOf("values/gap").decimals, 3U);
+}
+
 } // namespace
 } // namespace Sensor

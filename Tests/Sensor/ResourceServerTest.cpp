@@ -1,6 +1,7 @@
 #include "Sensor/ResourceServer.h"
 
 #include "Net/NetThread.h"
+#include "Sensor/LogHistory.h"
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/StartError.h"
@@ -40,6 +41,7 @@ protected:
     const Scan::Recording recording = Scan::GeneratePart();
     VirtualSensor sensor{recording, {}};
     ServiceHost host{{.dataFolder = folder.Path(), .job = "test"}, sensor};
+    const LogHistory logHistory;
     Net::NetThread thread{"Other"};
     Net::TcpCounters counters;
     std::optional<Net::TcpServer> taken;
@@ -49,7 +51,7 @@ protected:
 };
 
 TEST_F(ResourceServerTest, SaysWhereItListens) {
-    server.emplace(settings, host, sensor, [this](const std::string& line) { lines.push_back(line); });
+    server.emplace(settings, host, sensor, logHistory, [this](const std::string& line) { lines.push_back(line); });
     EXPECT_TRUE(lines.empty());
     server->Start();
     ASSERT_EQ(lines.size(), 1U);
@@ -59,7 +61,7 @@ TEST_F(ResourceServerTest, SaysWhereItListens) {
 
 TEST_F(ResourceServerTest, ADefaultPortThatIsTakenIsTriedAgain) {
     TakePort();
-    server.emplace(settings, host, sensor, [this](const std::string& line) { lines.push_back(line); });
+    server.emplace(settings, host, sensor, logHistory, [this](const std::string& line) { lines.push_back(line); });
     server->Start();
     Advance();
     EXPECT_TRUE(lines.empty());
@@ -76,7 +78,7 @@ TEST_F(ResourceServerTest, ADefaultPortThatIsTakenIsTriedAgain) {
 TEST_F(ResourceServerTest, APortOfTheUserThatIsTakenIsRefused) {
     TakePort();
     settings.portGiven = true;
-    server.emplace(settings, host, sensor, [this](const std::string& line) { lines.push_back(line); });
+    server.emplace(settings, host, sensor, logHistory, [this](const std::string& line) { lines.push_back(line); });
     try {
         server->Start();
         FAIL();
@@ -87,14 +89,14 @@ TEST_F(ResourceServerTest, APortOfTheUserThatIsTakenIsRefused) {
 }
 
 TEST_F(ResourceServerTest, NothingOfItIsLeftAtItsEnd) {
-    server.emplace(settings, host, sensor, [this](const std::string& line) { lines.push_back(line); });
+    server.emplace(settings, host, sensor, logHistory, [this](const std::string& line) { lines.push_back(line); });
     server->Start();
     server.reset();
     EXPECT_FALSE(host.Router().Find("/sensor"));
     EXPECT_FALSE(host.Router().Find("/events"));
     EXPECT_TRUE(host.Router().Find("/controls"));
     EXPECT_EQ(loop.RunReady(), 0U);
-    server.emplace(settings, host, sensor, [](const std::string&) {});
+    server.emplace(settings, host, sensor, logHistory, [](const std::string&) {});
 }
 
 } // namespace

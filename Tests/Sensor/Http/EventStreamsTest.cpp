@@ -216,15 +216,90 @@ TEST_F(EventStreamsTest, AClientGetsItsTopicsOnly) {
 }
 
 TEST_F(EventStreamsTest, AnUnknownTopicIsRefusedWithTheListOfTopics) {
-    EXPECT_FAILURE(Open("/events", {"state", "weather"}), yERROR_FORMAT,
-                   "There is no topic \"weather\". Topics are: notice, state, metrics:bare, metrics:full, and "
-                   "notice:PATH for a resource and all below it.");
+    EXPECT_FAILURE(
+        Open("/events", {"state", "weather"}), yERROR_FORMAT,
+        "There is no topic \"weather\". Topics are: notice, state, problems, log, scan, metrics:bare, "
+        "metrics:full, and notice:PATH for a resource and all below it. What \"scan\" sends is determined by "
+        "\";rate=\" and \";points=\" behind it.");
     for (const char* topic :
          {"", "notice:", "notice:x", "notice:/nothing", "notice:/controls/%", "notice:/controls/%00", "metrics",
-          "metrics:", "metrics:nobody", "metrics:/controls/full", "State", "notice "}) {
+          "metrics:", "metrics:nobody", "metrics:/controls/full", "State", "notice ", "scanner", "scan;", "scan;rate",
+          "scan;rate=1;", "scan;rate=1;rate=2", "scan;points=1;x=2", "scan rate=1"}) {
         EXPECT_EQ(StatusOf([&] { Open("/events", {topic}); }), yERROR_FORMAT) << topic;
     }
-    EXPECT_EQ(Streams().Topics(), (Texts{"notice", "state", "metrics:bare", "metrics:full"}));
+    EXPECT_EQ(Streams().Topics(),
+              (Texts{"notice", "state", "problems", "log", "scan", "metrics:bare", "metrics:full"}));
+}
+
+TEST_F(EventStreamsTest, ProblemsHaveIdsAndAreKept) {
+    Listener problems = OpenEvents({"problems"}).first;
+    Listener states = OpenEvents({"state"}).first;
+    streams->SendProblem({{"op", "cleared"}, {"id", 1}});
+    EXPECT_EQ(problems.Read(), (std::vector<Event>{{"problems", "b0:1", R"({"id":1,"op":"cleared"})"}}));
+    EXPECT_EQ(states.Names(), Texts{});
+    streams->SendProblem({{"op", "raised"}, {"text", "\xFF"}});
+    EXPECT_EQ(Open("/events", {"problems"}, "b0:1").Names(), (Texts{"hello", "problems"}));
+}
+
+TEST_F(EventStreamsTest, EntriesOfTheLogHaveNoIds) {
+    Listener log = OpenEvents({"log"}).first;
+    Listener others = OpenEvents({"notice", "state", "problems"}).first;
+    streams->SendLogEntry({{"number", 1}});
+    streams->SendLogEntry({{"number", 2}});
+    EXPECT_EQ(log.Read(), (std::vector<Event>{{"log", "", R"({"number":1})"}, {"log", "", R"({"number":2})"}}));
+    EXPECT_EQ(others.Names(), Texts{});
+    streams->SendState(Json::object());
+    EXPECT_EQ(Open("/events", {"log", "state"}, "b0:0").Names(), (Texts{"hello", "state"}));
+}
+
+/// Sends to each stream what was asked of it.
+class EchoResource : public VorApi::StreamResourceBase {
+public:
+    unsigned int StartStream(const VorApi::RequestInfoEx& request, VorApi::IStreamReceiver& receiver) override {
+        std::string asked;
+        for (const auto& [name, value] : request.GetQuery()) {
+            asked += name + value;
+        }
+        receivers[asked] = &receiver;
+        ids[++last] = asked;
+        return last;
+    }
+    void StopStream(unsigned int id) override { receivers.erase(ids.at(id)); }
+    StreamResourceBase* StreamableProvider() override { return this; }
+
+    void Send() {
+        for (const auto& [asked, receiver] : receivers) {
+            receiver->Send(VorApi::VorDataTree::FromJson(asked));
+        }
+    }
+
+    std::map<std::string, VorApi::IStreamReceiver*> receivers;
+    std::map<unsigned int, std::string> ids;
+    unsigned int last = 0;
+};
+
+TEST_F(EventStreamsTest, EachWayToAskForTheScanIsAStreamOfTheResource) {
+    EchoResource scan;
+    router.Register("/sensor/scan", scan);
+    Listener slow = OpenEvents({"scan;rate=1;points=2"}).first;
+    Listener same = OpenEvents({"scan;rate=1;points=2"}).first;
+    auto [both, name] = OpenEvents({"scan", "scan;rate=25"});
+    Listener plain = Open("/sensor/scan");
+    EXPECT_EQ(scan.receivers.size(), 3U);
+    scan.Send();
+    scan.Send();
+    const std::vector<Event> newest{{"scan", "", R"("rate1points2")"}};
+    EXPECT_EQ(slow.Read(), newest) << "only the newest one waits";
+    EXPECT_EQ(same.Read(), newest);
+    EXPECT_EQ(both.Read(), (std::vector<Event>{{"scan", "", R"("")"}, {"scan", "", R"("rate25")"}}));
+    EXPECT_EQ(plain.Read(), (std::vector<Event>{{"", "", R"("")"}}));
+    streams->ChangeTopics(name, {}, {"scan;rate=25"});
+    EXPECT_EQ(streams->TopicsOf(name), Texts{"scan"});
+    loop.Advance(std::chrono::seconds(1));
+    EXPECT_EQ(scan.receivers.size(), 2U);
+    streams.reset();
+    EXPECT_TRUE(scan.receivers.empty());
+    router.Deregister("/sensor/scan", true);
 }
 
 TEST_F(EventStreamsTest, FiguresComeInTheirOwnEventAndWithoutOthersInAMessage) {

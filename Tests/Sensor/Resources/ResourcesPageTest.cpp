@@ -63,6 +63,26 @@ protected:
         return entries;
     }
 
+    /// "integer", or "integer or null" for several.
+    static std::string TypeOf(const json& type) {
+        if (type.is_string()) {
+            return type;
+        }
+        std::string text;
+        for (const json& one : type) {
+            text += (text.empty() ? "" : " or ") + one.get<std::string>();
+        }
+        return text;
+    }
+
+    /// The first element of an array with its schema, of which there is one for each element or one for all.
+    static json FirstOf(const json& document, const char* name) {
+        json element = document.at(name).at(0);
+        const json& items = document.at("_schema").at("properties").at(name).at("items");
+        element["_schema"] = items.is_array() ? items.at(0) : items;
+        return element;
+    }
+
     /// The members of a document with their types, read-only ones with a mark.
     static Entries Members(const json& document) {
         Entries entries;
@@ -72,7 +92,7 @@ protected:
                 continue;
             }
             const json keywords = schema.value(name, json::object());
-            entries[name] = keywords.value("type", value.is_array() ? "array" : "object");
+            entries[name] = TypeOf(keywords.value("type", json(value.is_array() ? "array" : "object")));
             if (keywords.value("readOnly", false)) {
                 entries[name] += ", read-only";
             }
@@ -147,6 +167,37 @@ TEST_F(ResourcesPage, ListsTheMembersOfTheSensor) {
     problems["_schema"] = schema.at("problems");
     EXPECT_EQ(Documented("Member of the problems", "Type"), Members(problems));
     EXPECT_EQ(Documented("Relation of the sensor", "Leads to"), Relations("/sensor"));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheProblems) {
+    host.Problems().Add(1, "Temperature", "Hot");
+    const json problems = Document("/sensor/problems");
+    EXPECT_EQ(Documented("Member of the problem list", "Type"), Members(problems));
+    EXPECT_EQ(Documented("Member of a problem of the sensor", "Type"), Members(FirstOf(problems, "items")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheLog) {
+    Vor::LogUser(Vor::UserInfo, "HTTP", "It is served.");
+    const json entries = Document("/sensor/log");
+    EXPECT_EQ(Documented("Member of the log", "Type"), Members(entries));
+    EXPECT_EQ(Documented("Member of a log entry", "Type"), Members(FirstOf(entries, "items")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheDataSources) {
+    const json sources = Document("/sensor/sources");
+    EXPECT_EQ(Documented("Member of the data sources", "Type"), Members(sources));
+    EXPECT_EQ(Documented("Member of a data source", "Type"), Members(FirstOf(sources, "items")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheScan) {
+    MakeFrames(1);
+    const json scan = Document("/sensor/scan");
+    EXPECT_EQ(Documented("Member of the scan", "Type"), Members(scan));
+    EXPECT_EQ(Documented("Member of a value of the scan", "Type"), Members(FirstOf(scan, "values")));
+    EXPECT_EQ(Documented("Relation of the scan", "Leads to"), Relations("/sensor/scan"));
+    const json history = Document("/sensor/scan/history");
+    EXPECT_EQ(Documented("Member of the history of the scan", "Type"), Members(history));
+    EXPECT_EQ(Documented("Member of a column", "Type"), Members(FirstOf(history, "columns")));
 }
 
 TEST_F(ResourcesPage, ListsTheMembersOfTheEvents) {

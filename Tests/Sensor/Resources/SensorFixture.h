@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Sensor/Http/EventStreams.h"
+#include "Sensor/LogHistory.h"
 #include "Sensor/Resources/Revisions.h"
 #include "Sensor/Resources/SensorDir.h"
 #include "Sensor/Scan/PartGenerator.h"
+#include "Sensor/Scan/VirtualScanEngine.h"
 #include "Sensor/ServiceHost.h"
 #include "Sensor/VirtualSensor.h"
 #include "Tests/Support/Failure.h"
@@ -12,6 +14,8 @@
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 #include "VorControl/Control/IControlInstance.h"
+#include "VorScan/Internal/ScanEngineInstance.h"
+#include "VorScan/Internal/ScannerInstance.h"
 
 #include <filesystem>
 #include <memory>
@@ -52,7 +56,8 @@ protected:
                 .services = host.Services(),
                 .persistence = host.Persistence(),
                 .problems = host.Problems(),
-                .sensor = sensor};
+                .sensor = sensor,
+                .log = logHistory};
     }
 
     VorRest::Answer Ask(VorRest::Request request) {
@@ -69,8 +74,22 @@ protected:
         return answer.document;
     }
 
+    /// Starts the scan unless it runs, makes frames, and waits until they are published.
+    void MakeFrames(int count) {
+        sensor.Core().Start(true, false);
+        VorScan::IScanner& scanner = sensor.ScanEngines()
+                                         .GetInstance(Scan::VirtualScanEngine::Id)
+                                         .FindScanner(Scan::VirtualScanEngine::ScannerId)
+                                         .Scanner();
+        for (int i = 0; i < count; ++i) {
+            scanner.ActionTarget()->ExecuteAction("trigger", nullptr);
+        }
+        ASSERT_TRUE(sensor.Hub().Drain(20'000'000));
+    }
+
     Tests::TempFolder folder;
     Vor::LogCapture log;
+    LogHistory logHistory;
     Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
     std::weak_ptr<Tests::TestService> service;
     std::weak_ptr<Tests::TestService> other;
