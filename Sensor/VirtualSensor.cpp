@@ -4,6 +4,8 @@
 #include "Sensor/Scan/VirtualScanEngine.h"
 #include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
+#include "VorScan/Internal/ScanEngineInstance.h"
+#include "VorScan/Internal/ScannerInstance.h"
 
 #include <utility>
 
@@ -18,6 +20,14 @@ VirtualSensor::VirtualSensor(const Scan::Recording& recording, Settings given)
         pipe.Add(output);
     }
     scanEngines.Add(Scan::VirtualScanEngine::Make(ActionsEnviron(), settings.alignment));
+}
+
+VorScan::AlignState VirtualSensor::Alignment() {
+    return scanEngines.GetInstance(Scan::VirtualScanEngine::Id)
+        .FindScanner(Scan::VirtualScanEngine::ScannerId)
+        .Scanner()
+        .AlignmentState()
+        .Get();
 }
 
 VorCore::SystemCore::Environ VirtualSensor::CoreEnviron() {

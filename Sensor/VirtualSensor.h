@@ -10,6 +10,7 @@
 #include "VorCore/ResultHub.h"
 #include "VorCore/SystemCore.h"
 #include "VorPipe/PipeManager.h"
+#include "VorScan/AlignState.h"
 #include "VorScan/Internal/ScanEngineManager.h"
 
 #include <functional>
@@ -49,6 +50,9 @@ public:
 
     const Scan::Recording& Input() const { return recording; }
     Scan::ScannerState ScanState() const { return scanner.State(); }
+    /// Frames a second, when they are made by time.
+    double FrameRate() const { return settings.scan.frameRate; }
+    VorScan::AlignState Alignment();
     Scan::TriggerMode TriggerMode() const { return settings.scan.trigger; }
 
     Vor::Event<>& PreStartScanEvent() { return preStartScan; }

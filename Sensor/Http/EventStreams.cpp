@@ -316,7 +316,7 @@ bool EventStreams::Listens(const EventTopic& topic, const Source& source) {
 void EventStreams::SendMessage(const Source& source, const std::string& json) {
     std::string key = source.first;
     for (const auto& [name, value] : source.second) {
-        key += ';' + name + '=' + value;
+        key.append(";").append(name).append("=").append(value);
     }
     EventStream::Text message;
     EventStream::Text named;

@@ -1,5 +1,6 @@
 #include "Sensor/Resources/SensorProperties.h"
 
+#include "Sensor/ResidentMemory.h"
 #include "Sensor/Resources/DocumentMembers.h"
 #include "Sensor/ServiceState.h"
 #include "Sensor/VirtualSensor.h"
@@ -10,8 +11,35 @@
 #include "VorControl/Control/IControlManager.h"
 
 #include <exception>
+#include <filesystem>
 
 namespace Sensor::Resources {
+
+namespace {
+
+const char* TextOf(VorScan::AlignState state) {
+    switch (state) {
+    case VorScan::AlignState::Aligned:
+        return "aligned";
+    case VorScan::AlignState::Aligning:
+        return "aligning";
+    default:
+        return "notAligned";
+    }
+}
+
+std::vector<std::string> UnsavedOf(const VorCommon::PersistManager& persistence) {
+    std::vector<std::string> names;
+    if (persistence.IsModified(VorCommon::PersistDomain::Job)) {
+        names.emplace_back("job");
+    }
+    if (persistence.IsModified(VorCommon::PersistDomain::Workspace)) {
+        names.emplace_back("workspace");
+    }
+    return names;
+}
+
+} // namespace
 
 ServiceProperties::ServiceProperties() {
     RegisterReadOnly(*this, "id", id, "Id");
@@ -55,8 +83,16 @@ SensorProperties::SensorProperties() {
     RegisterReadOnly(*this, "runState", runState, "Run state, ready or scanning");
     RegisterReadOnly(*this, "frame", frame, "Frames of the present or last scan");
     RegisterReadOnly(*this, "triggerMode", triggerMode, "What makes a frame, time or software");
+    RegisterReadOnly(*this, "alignment", alignment, "Alignment, notAligned, aligning or aligned");
+    RegisterReadOnly(*this, "encoder", encoder, "Encoder at the last frame");
+    RegisterReadOnly(*this, "laser", laser, "Whether the laser is on");
+    RegisterReadOnly(*this, "memory", memory, "Memory that the program occupies");
+    memory.EnableUnits(true);
+    memory.SetUnits("B");
+    RegisterReadOnly(*this, "dataFolder", dataFolder, "Data folder");
     RegisterReadOnly(*this, "job", job, "Loaded job");
     RegisterReadOnly(*this, "jobModified", jobModified, "Whether the job has changes that aren't saved");
+    RegisterReadOnly(*this, "unsaved", unsaved, "What has changes that aren't saved, job or workspace");
     RegisterReadOnly(*this, "services", services, "Services");
     Register("problems", problems, "Problems");
 }
@@ -67,10 +103,18 @@ void SensorProperties::Populate(const SensorEnviron& environ, std::chrono::secon
     boot = environ.boot;
     upTime = static_cast<unsigned long long>(time.count());
     runState = environ.sensor.Core().GetRunState() == 1 ? "scanning" : "ready";
-    frame = environ.sensor.ScanState().frames;
+    const Scan::ScannerState scan = environ.sensor.ScanState();
+    frame = scan.frames;
+    encoder = scan.encoder;
+    laser = scan.scanning;
+    alignment = TextOf(environ.sensor.Alignment());
+    memory = ResidentMemory();
     triggerMode = environ.sensor.TriggerMode() == Scan::TriggerMode::Software ? "software" : "time";
+    dataFolder =
+        std::filesystem::path(environ.persistence.FilePath(VorCommon::PersistDomain::Workspace)).parent_path().string();
     job = environ.persistence.LoadedJob();
     jobModified = environ.persistence.IsModified(VorCommon::PersistDomain::Job);
+    unsaved = UnsavedOf(environ.persistence);
 
     const std::vector<std::string> ids = environ.services.List();
     services.Resize(ids.size());

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 namespace VorCommon {
 class PersistManager;
@@ -75,8 +76,14 @@ public:
     Vor::Params::Value<std::string> runState;
     Vor::Params::Value<unsigned long long> frame;
     Vor::Params::Value<std::string> triggerMode;
+    Vor::Params::Value<std::string> alignment;
+    Vor::Params::Value<long long> encoder;
+    Vor::Params::Value<bool> laser;
+    Vor::Params::Value<unsigned long long> memory;
+    Vor::Params::Value<std::string> dataFolder;
     Vor::Params::Value<std::string> job;
     Vor::Params::Value<bool> jobModified;
+    Vor::Params::Value<std::vector<std::string>> unsaved;
     Vor::Params::Array<ServiceProperties> services;
     ProblemCounts problems;
 };

@@ -32,7 +32,9 @@ StateWatch::StateWatch(const SensorEnviron& environ, std::function<void(const nl
 nlohmann::json StateWatch::Read() {
     document.Populate(environ, {});
     nlohmann::json state = Vor::Properties::JsonSerializer::Serialize(document);
-    state.erase("frame");
+    for (const char* always : {"frame", "encoder", "memory"}) {
+        state.erase(always);
+    }
     return state;
 }
 

@@ -9,8 +9,8 @@
 
 namespace Sensor::Resources {
 
-/// Detects when the sensor's state changes: members of its document, except the time and the frames, which always do.
-/// Main loop only.
+/// Detects when the sensor's state changes: members of its document, except the time, the frames, the encoder
+/// and the memory, which always do. Main loop only.
 class StateWatch {
 public:
     static constexpr unsigned long long Period = 250'000;

@@ -196,6 +196,7 @@ TEST_F(HttpEventsTest, FramesComeAsTheyAreAskedFor) {
     const Event second = listener.Next();
     ASSERT_EQ(second.name, "scan");
     EXPECT_GT(second.data.at("frame"), first.data.at("frame"));
+    EXPECT_EQ(http.Get("/sensor").body.at("frameRate"), 10.0);
 
     const Json& greatest = first.data.at("values").at(0);
     const HttpAnswer answer = http.Get("/sensor/scan/history?source=" + greatest.at("source").get<std::string>());

@@ -64,8 +64,13 @@ void HttpWorker::CountFailure(const std::string& what, const HttpAnswer& answer)
 }
 
 bool HttpReader::WorkOnce(HttpConnection& connection) {
-    const std::array<std::string, 10> paths = {"/",
+    const std::array<std::string, 15> paths = {"/",
                                                "/sensor",
+                                               "/sensor/problems",
+                                               "/sensor/log?n=10&level=warning",
+                                               "/sensor/sources",
+                                               "/sensor/scan?points=100",
+                                               "/sensor/scan/history?source=profile/max",
                                                "/healthz",
                                                "/controls?expand=item",
                                                "/controls/sample",
@@ -122,7 +127,7 @@ void HttpEditor::Edit(HttpConnection& connection, const std::string& tag, const 
 
 bool HttpListener::WorkOnce(HttpConnection& connection) {
     connection.Send(HttpConnection::Request(
-        "GET", "/events?topic=notice&topic=state&topic=metrics:modbus",
+        "GET", "/events?topic=notice&topic=state&topic=problems&topic=log&topic=scan;rate=25&topic=metrics:modbus",
         "Accept: text/event-stream\r\n" + (lastId.empty() ? std::string() : "Last-Event-ID: " + lastId + "\r\n")));
     std::string text = connection.Piece();
     if (text.find("HTTP/1.1 200") != 0) {

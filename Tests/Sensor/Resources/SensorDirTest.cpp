@@ -98,8 +98,15 @@ TEST_F(SensorDirTest, TheSensorShowsItsState) {
     EXPECT_EQ(document["runState"], "ready");
     EXPECT_EQ(document["frame"], 0);
     EXPECT_EQ(document["triggerMode"], "software");
+    EXPECT_EQ(document["frameRate"], 0);
+    EXPECT_EQ(document["alignment"], "notAligned");
+    EXPECT_EQ(document["encoder"], 0);
+    EXPECT_EQ(document["laser"], false);
+    EXPECT_GT(document["memory"], 1'000'000);
+    EXPECT_EQ(document["dataFolder"], folder.Path().string());
     EXPECT_EQ(document["job"], "test.vrjob");
     EXPECT_EQ(document["jobModified"], false);
+    EXPECT_EQ(document["unsaved"], Json::array());
     EXPECT_EQ(document["problems"], (Json{{"failures", 0}, {"warnings", 0}}));
     EXPECT_EQ(document["services"].size(), 2U);
     EXPECT_EQ(document["services"][0], (Json{{"id", "a"},
@@ -371,10 +378,18 @@ TEST_F(SensorDirTest, TheSensorShowsWhatHasHappened) {
     host.Services().GetInstance("b").BeginUpdateParameters();
     host.Services().GetInstance("b").EndUpdateParameters();
     host.Problems().Add(0, "Temperature", "Warm");
-    sensor.Core().Start(true, false);
+    VorScan::IScanner& scanner = Scanner();
+    scanner.CommandTarget()->InvokeCommand("align", *scanner.CommandTarget()->GetCommandParams("align"));
+    EXPECT_EQ(Read("/sensor")["alignment"].AsText(), "aligning");
+    loop.Advance(std::chrono::seconds(2));
+    MakeFrames(3);
     const Json document = Read("/sensor").ToJson();
     EXPECT_EQ(document["runState"], "scanning");
+    EXPECT_EQ(document["alignment"], "aligned");
+    EXPECT_EQ(document["encoder"], 2000);
+    EXPECT_EQ(document["laser"], true);
     EXPECT_EQ(document["jobModified"], true);
+    EXPECT_EQ(document["unsaved"], Json{"job"});
     EXPECT_EQ(document["problems"], (Json{{"failures", 1}, {"warnings", 1}}));
     EXPECT_EQ(document["services"][0]["enabled"], true);
     EXPECT_EQ(document["services"][0]["status"], "Failed To Start");

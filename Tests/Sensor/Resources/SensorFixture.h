@@ -74,15 +74,18 @@ protected:
         return answer.document;
     }
 
+    VorScan::IScanner& Scanner() {
+        return sensor.ScanEngines()
+            .GetInstance(Scan::VirtualScanEngine::Id)
+            .FindScanner(Scan::VirtualScanEngine::ScannerId)
+            .Scanner();
+    }
+
     /// Starts the scan unless it runs, makes frames, and waits until they are published.
     void MakeFrames(int count) {
         sensor.Core().Start(true, false);
-        VorScan::IScanner& scanner = sensor.ScanEngines()
-                                         .GetInstance(Scan::VirtualScanEngine::Id)
-                                         .FindScanner(Scan::VirtualScanEngine::ScannerId)
-                                         .Scanner();
         for (int i = 0; i < count; ++i) {
-            scanner.ActionTarget()->ExecuteAction("trigger", nullptr);
+            Scanner().ActionTarget()->ExecuteAction("trigger", nullptr);
         }
         ASSERT_TRUE(sensor.Hub().Drain(20'000'000));
     }

@@ -27,12 +27,13 @@ TEST_F(StateWatchTest, NothingChangesByTimeAlone) {
 }
 
 TEST_F(StateWatchTest, NamesWhatHasChanged) {
-    sensor.Core().Start(true, false);
-    EXPECT_EQ(Changes(), Json::parse(R"([{"runState":"scanning"}])"));
+    MakeFrames(2);
+    EXPECT_EQ(Changes(), Json::parse(R"([{"runState":"scanning","laser":true}])"));
+    MakeFrames(2);
     EXPECT_EQ(Changes(), Json::array());
     host.Problems().Add(1, "Temperature", "Hot");
     sensor.Core().Stop(false, false);
-    EXPECT_EQ(Changes(), Json::parse(R"([{"runState":"ready","problems":{"failures":1,"warnings":0}}])"));
+    EXPECT_EQ(Changes(), Json::parse(R"([{"runState":"ready","laser":false,"problems":{"failures":1,"warnings":0}}])"));
 }
 
 TEST_F(StateWatchTest, NamesTheServicesThatHaveChanged) {
