@@ -72,6 +72,7 @@ public:
         items[*id] = std::make_shared<Settings>();
         return {*id, VorApi::Path::Format("/items/:item", {*id})};
     }
+    using IParentResource::Delete;
     void Delete(const RequestInfo& request) override {
         Find(request);
         items.erase(*request.FindKey("item"));

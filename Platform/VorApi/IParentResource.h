@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VorApi/RequestInfo.h"
+#include "VorApi/ResponseInfoEx.h"
 
 #include <string>
 
@@ -8,7 +9,8 @@
 
 namespace VorApi {
 
-/// A resource that creates and deletes others.
+/// A resource that creates and deletes others. One that answers a deletion later overrides the second operation, which
+/// is what is called.
 class IParentResource {
 public:
     struct Created {
@@ -18,6 +20,9 @@ public:
 
     virtual Created Create(const RequestInfo& request, const nlohmann::json& json) = 0;
     virtual void Delete(const RequestInfo& request) = 0;
+    virtual void Delete(const RequestInfo& request, ResponseInfoEx& /*response*/) { Delete(request); }
+    /// Whether clients can create something, and not only delete.
+    virtual bool Creates() const { return true; }
 
 protected:
     ~IParentResource() = default;

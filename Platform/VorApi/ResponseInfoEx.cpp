@@ -19,6 +19,10 @@ void ResponseInfoEx::Link(const std::string& relation, const std::string& path, 
     relations.push_back({Relation::Kind::Link, relation, path, asArray, properties});
 }
 
+void ResponseInfoEx::Accept(std::string path) {
+    acceptedPath = std::move(path);
+}
+
 Completion ResponseInfoEx::Defer() {
     if (!makeCompletion) {
         Vor::Throw(yERROR_STATE, "This request has to be answered at once.");

@@ -40,8 +40,15 @@ public:
     Completion Defer();
     bool IsDeferred() const { return deferred; }
 
+    /// What the request asks for has begun, and goes on after the answer. The answer is the document of the path, which
+    /// says how far it is.
+    void Accept(std::string path);
+    /// Empty unless Accept was called.
+    const std::string& AcceptedPath() const { return acceptedPath; }
+
 private:
     std::vector<Relation> relations;
+    std::string acceptedPath;
     std::function<Completion()> makeCompletion;
     bool deferred = false;
 };

@@ -22,6 +22,8 @@ struct Request {
     bool wantsSchema = false;
     /// Resources ignore what they don't know.
     VorApi::RequestInfoEx::Query query = {};
+    /// See RequestInfoEx::PrefersAsync.
+    bool prefersAsync = false;
 };
 
 /// The answer to a request.
@@ -31,7 +33,9 @@ struct Answer {
     std::vector<VorApi::ResponseInfoEx::Relation> relations;
     /// Of what was created.
     std::string id = std::string();
+    /// Of what was created, or of what goes on; see ResponseInfoEx::Accept.
     std::string path = std::string();
+    bool isAccepted = false; ///< what was asked for goes on after this answer
 };
 
 } // namespace VorRest

@@ -47,7 +47,7 @@ Kind& As(VorApi::IResource& resource) {
 /// document that the resource may still fill.
 void Run(const ResourceRouter& router, const Request& request, ResponseInfoEx& response, Answer& answer) {
     auto match = FindResource(router, request.path);
-    const RequestInfoEx info(std::move(match.keys), request.wantsSchema, request.query);
+    const RequestInfoEx info(std::move(match.keys), request.wantsSchema, request.query, request.prefersAsync);
     switch (request.verb) {
     case Verb::Read:
         answer.document.MakeObject();
@@ -63,13 +63,17 @@ void Run(const ResourceRouter& router, const Request& request, ResponseInfoEx& r
         break;
     }
     case Verb::Delete:
-        As<VorApi::IParentResource>(match.resource).Delete(info);
+        As<VorApi::IParentResource>(match.resource).Delete(info, response);
         break;
     case Verb::Invoke:
         answer.document = As<VorApi::ICallableResource>(match.resource).Invoke(info, response, request.body);
         break;
     }
     answer.relations = response.Relations();
+    if (!response.AcceptedPath().empty()) {
+        answer.isAccepted = true;
+        answer.path = response.AcceptedPath();
+    }
 }
 
 class OpenedStream : public RequestProcessor::Stream {

@@ -82,6 +82,14 @@ private:
     Vor::DocumentErrors errors;
 };
 
+/// Whether the client would rather not wait (RFC 7240, 4.1).
+bool PrefersAsync(const HttpFields& fields) {
+    const std::string prefer = fields.Find("Prefer").value_or("");
+    return std::ranges::any_of(SplitList(prefer, ','), [](std::string_view preference) {
+        return LowerCase(Trim(preference.substr(0, preference.find(';')))) == "respond-async";
+    });
+}
+
 void RequirePatch(const nlohmann::json& patch) {
     if (!patch.is_object()) {
         Vor::Throw(yERROR_PARAMETER, "The document of a PATCH is an object with the members to be changed.");
@@ -247,7 +255,12 @@ void ResourceGateway::ProcessVerb(const CallPointer& call, Verb verb) {
         call->responder.Respond(*std::move(refusal));
         return;
     }
-    const VorRest::Request request{verb, call->target.path, std::exchange(call->body, {}), call->wantsSchema};
+    const VorRest::Request request{.verb = verb,
+                                   .path = call->target.path,
+                                   .body = std::exchange(call->body, {}),
+                                   .wantsSchema = call->wantsSchema,
+                                   .query = call->target.query,
+                                   .prefersAsync = PrefersAsync(call->request.fields)};
     Run(call, request, [this, call, verb](Answer answer) {
         call->hasChanged = true;
         switch (verb) {
@@ -261,12 +274,24 @@ void ResourceGateway::ProcessVerb(const CallPointer& call, Verb verb) {
             call->responder.Respond({.status = 204});
             break;
         case Verb::Invoke:
+            if (answer.isAccepted) {
+                Accept(*call, answer.path);
+            }
             Send(call, Document(*call, call->target.path, std::move(answer)));
             break;
         default:
             MakeDocument(call);
         }
     });
+}
+
+void ResourceGateway::Accept(Call& call, const std::string& path) {
+    call.status = 202;
+    call.fields.Add("Location", path);
+    if (PrefersAsync(call.request.fields)) {
+        call.fields.Add("Preference-Applied", "respond-async");
+    }
+    call.target.path = path;
 }
 
 void ResourceGateway::OpenStream(Call& call) {

@@ -65,6 +65,8 @@ private:
     // Main loop.
     void Process(const CallPointer& call);
     void ProcessVerb(const CallPointer& call, VorRest::Verb verb);
+    /// The answer is the document of what goes on at the path.
+    static void Accept(Call& call, const std::string& path);
     void OpenStream(Call& call);
     /// The refusal of a change to a configuration that isn't the one that the client has read.
     std::optional<HttpResponse> CheckPrecondition(const Call& call) const;

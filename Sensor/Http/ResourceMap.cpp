@@ -43,7 +43,7 @@ struct ResourceMap::Place {
     VorApi::ICallableResource* command;
 
     bool TakesUpdates() const { return document != nullptr && !isCollection; }
-    bool Creates() const { return parent != nullptr && (isCollection || !hasItems); }
+    bool Creates() const { return parent != nullptr && (isCollection || !hasItems) && parent->Creates(); }
     bool Deletes() const { return parent != nullptr && !isCollection; }
     bool IsCommand() const { return command != nullptr && !isCollection; }
 };

@@ -55,6 +55,7 @@ public:
         call = "create " + json.dump();
         return {"b", "/things/b"};
     }
+    using IParentResource::Delete;
     void Delete(const RequestInfo& request) override { call = "delete " + *request.FindKey("thing"); }
     using ICallableResource::Invoke;
     VorDataTree Invoke(const RequestInfoEx& request, const VorDataTree& data) override {
@@ -62,6 +63,12 @@ public:
         VorDataTree result;
         result["done"].Set(true);
         return result;
+    }
+    VorDataTree Invoke(const RequestInfoEx& request, ResponseInfoEx& response, const VorDataTree& data) override {
+        if (request.PrefersAsync()) {
+            response.Accept("/things/going");
+        }
+        return Invoke(request, data);
     }
     unsigned int StartStream(const RequestInfoEx& request, VorApi::IStreamReceiver& receiver) override {
         receiver.Send(VorDataTree::FromJson(*request.FindKey("thing")));
@@ -262,6 +269,19 @@ TEST_F(RequestProcessorTest, RunAnswersAtOnceUnlessTheResourceDoesLater) {
     loop.RunReady();
     ASSERT_EQ(texts.size(), 2U);
     EXPECT_EQ(texts.back(), R"("late")");
+}
+
+TEST_F(RequestProcessorTest, AnAnswerNamesWhatGoesOnAfterIt) {
+    std::vector<Answer> given;
+    const auto keep = [&](const Answer& one) { given.push_back(one); };
+    processor->Run({.verb = Verb::Invoke, .path = "/things/a", .prefersAsync = true}, keep);
+    processor->Run({.verb = Verb::Invoke, .path = "/things/a"}, keep);
+    ASSERT_EQ(given.size(), 2U);
+    EXPECT_TRUE(given[0].isAccepted);
+    EXPECT_EQ(given[0].path, "/things/going");
+    EXPECT_EQ(given[0].document.Dump(false), R"({"done":true})");
+    EXPECT_FALSE(given[1].isAccepted);
+    EXPECT_EQ(given[1].path, "");
 }
 
 TEST_F(RequestProcessorTest, AnAnswerThatTakesTooLongIsATimeOut) {

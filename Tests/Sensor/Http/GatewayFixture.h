@@ -155,12 +155,16 @@ public:
         }
         return {id, VorApi::Path::Format("/notes/:note", {id})};
     }
+    using IParentResource::Delete;
     void Delete(const VorApi::RequestInfo& request) override {
         Text(*request.FindKey("note"));
         texts.erase(*request.FindKey("note"));
     }
 
+    bool Creates() const override { return creates; }
+
     std::map<std::string, std::string> texts;
+    bool creates = true;
 
 protected:
     // The list also names what can't be read.
@@ -207,6 +211,14 @@ public:
             onInvoke();
         }
         return data;
+    }
+    /// Goes on after the answer, at "/free", if the client prefers that.
+    VorApi::VorDataTree Invoke(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
+                               const VorApi::VorDataTree& data) override {
+        if (request.PrefersAsync()) {
+            response.Accept("/free");
+        }
+        return Invoke(request, data);
     }
 
     std::function<void()> onInvoke;

@@ -82,6 +82,31 @@ TEST_F(ResourceGatewayTest, WhatWasChangedIsDoneEvenIfItCantBeRead) {
     EXPECT_EQ(SendJson("PATCH", "/notes/broken", R"({"text":"x"})").status, 204U);
 }
 
+TEST_F(ResourceGatewayTest, WhoPrefersNotToWaitIsAnsweredWithWhatGoesOn) {
+    for (const char* const prefer : {"respond-async", "wait=10, Respond-Async; x=1"}) {
+        const HttpResponse response = SendJson("POST", "/button", R"({"x":1})", {{"Prefer", prefer}});
+        EXPECT_EQ(response.status, 202U);
+        EXPECT_EQ(response.fields.Find("Location"), "/free");
+        EXPECT_EQ(response.fields.Find("Preference-Applied"), "respond-async");
+        EXPECT_EQ(Parse(response)["_links"]["self"]["href"], "/free");
+        EXPECT_EQ(Parse(response)["x"], 1);
+    }
+    for (const char* const prefer : {"respond-asynchronously", "wait=10", "\"respond-async\"", ""}) {
+        const HttpResponse response = SendJson("POST", "/button", "{}", {{"Prefer", prefer}});
+        EXPECT_EQ(response.status, 200U) << prefer;
+        EXPECT_FALSE(response.fields.Find("Preference-Applied")) << prefer;
+    }
+}
+
+TEST_F(ResourceGatewayTest, AResourceMayDeleteWithoutCreating) {
+    notes.texts["a"] = "Hi";
+    notes.creates = false;
+    EXPECT_EQ(Request("OPTIONS", "/notes").fields.Find("Allow"), "GET, HEAD, OPTIONS");
+    EXPECT_EQ(SendJson("POST", "/notes", R"({"id":"b"})").status, 405U);
+    EXPECT_EQ(Request("DELETE", "/notes/a").status, 204U);
+    EXPECT_TRUE(notes.texts.empty());
+}
+
 TEST_F(ResourceGatewayTest, PostInvokesACommand) {
     EXPECT_EQ(*SendJson("POST", "/button", R"({"x":[1]})").body, R"({"_links":{"self":{"href":"/button"},)"
                                                                  R"("up":{"href":"/"}},"x":[1]})");
