@@ -13,6 +13,7 @@
 #include "VorControl/Control/ControlRegistry.h"
 #include "VorControl/Control/IControlFactory.h"
 #include "VorControl/Control/RunCaught.h"
+#include "VorControl/Providers/UserNotes.h"
 #include "yApi/yStatus.h"
 
 #include <exception>
@@ -196,20 +197,35 @@ void ControlManager::LoadPersistDomain(PersistDomain domain, const VorCommon::IP
 
 bool ControlManager::LoadAll(PersistDomain domain, const VorCommon::IPersistStore& store) {
     bool changed = false;
+    std::vector<ServiceLoadNotes> notes;
     for (const auto& entry : instances) {
-        RunCaught([&] { persistControl.Load(*entry.second, domain, store); },
-                  [&](const std::exception& e) {
-                      LogFailure(e);
-                      Vor::LogUser(Vor::UserError, "VorControl",
-                                   VorGetText::GetInstance().DPGetText("BE", "beApp.ctrl",
-                                                                       "Error loading control service '%s' "
-                                                                       "configuration. Loading next service's "
-                                                                       "configuration."),
-                                   entry.second->Id());
-                  });
+        notes.push_back(LoadOne(*entry.second, domain, store));
         changed = changed || persistControl.LastLoadResult() != Persistence::PersistLoadResult{};
     }
+    if (domain == PersistDomain::Job) {
+        loadNotes = std::move(notes);
+    }
     return changed;
+}
+
+ServiceLoadNotes ControlManager::LoadOne(IControlInstance& instance, PersistDomain domain,
+                                         const VorCommon::IPersistStore& store) {
+    const Providers::UserNotes notes;
+    bool hasFailed = false;
+    RunCaught([&] { persistControl.Load(instance, domain, store); },
+              [&](const std::exception& e) {
+                  hasFailed = true;
+                  LogFailure(e);
+                  Vor::LogUser(Vor::UserError, "VorControl",
+                               VorGetText::GetInstance().DPGetText("BE", "beApp.ctrl",
+                                                                   "Error loading control service '%s' "
+                                                                   "configuration. Loading next service's "
+                                                                   "configuration."),
+                               instance.Id());
+              });
+    return {.serviceId = instance.Id(),
+            .result = hasFailed ? Persistence::PersistLoadResult::Failed : persistControl.LastLoadResult(),
+            .texts = notes.Texts()};
 }
 
 void ControlManager::SavePersistDomain(PersistDomain domain, VorCommon::IPersistStore& store) {

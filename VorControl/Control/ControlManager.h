@@ -16,11 +16,20 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace VorControl {
 
 class ControlInfo;
 class IControlScanResults;
+
+/// What the load of a job had to report about a service.
+struct ServiceLoadNotes {
+    std::string serviceId;
+    Persistence::PersistLoadResult result;
+    std::vector<std::string> texts; ///< for the user: what the load has written to the user's log
+};
 
 /// Owns the services and the objects by which they access the system. It has no lock: the persist operations run on the
 /// persistence thread, the event handlers on the thread that raises the event.
@@ -47,6 +56,11 @@ public:
     AddPersistenceLoadEventHandler(std::function<void(PersistenceLoadOpState)> handler) override;
     void RemovePersistenceLoadEventHandler(PersistenceLoadEvent::CallbackId callback) override;
 
+    ControlProtocolOperations& Operations() { return protocolOperations; }
+    /// Of each service, by its id, at the last load of a job. None after the start without one. For the main loop, and
+    /// the thread that loads.
+    const std::vector<ServiceLoadNotes>& NotesOfLastLoad() const { return loadNotes; }
+
     /// Reports the change to the registrar, unless a domain is being loaded.
     void NotifyDomainChange(VorCommon::PersistDomain domain);
     void SetPersistenceFileModified(VorCommon::PersistDomain domain);
@@ -69,6 +83,8 @@ private:
     void RunLoad(const std::function<void()>& operation);
     /// Returns whether a service had something to report.
     bool LoadAll(VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
+    ServiceLoadNotes LoadOne(IControlInstance& instance, VorCommon::PersistDomain domain,
+                             const VorCommon::IPersistStore& store);
     void LivePreStartScanEventHandler();
     void LivePostStopScanEventHandler();
     void FactoryRestoreEventHandler();
@@ -89,6 +105,7 @@ private:
     std::map<std::string, std::unique_ptr<IControlInstance>> instances;
     std::atomic<bool> persistLoading = false; ///< while LoadPersistDomain runs
     PersistControl persistControl;
+    std::vector<ServiceLoadNotes> loadNotes;
     std::optional<unsigned long long> persistHandlerId; ///< of the registrar
     PersistenceLoadEvent persistenceLoad;
     Subscription preStart;

@@ -6,6 +6,8 @@
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/Protocol/ControlDir.h"
 
+#include <vector>
+
 namespace VorApi {
 class ResourceRouter;
 }
@@ -23,6 +25,10 @@ public:
                   const ControlModuleEnviron& environ);
 
     IControlManager& Manager() { return manager; }
+    /// What the application's own clients run the sensor's operations with, under an id that no service has.
+    ControlProtocolOperations& Operations() { return manager.Operations(); }
+    /// See ControlManager.
+    const std::vector<ServiceLoadNotes>& NotesOfLastLoad() const { return manager.NotesOfLastLoad(); }
 
 private:
     ControlRegistry registry;

@@ -160,30 +160,36 @@ void ControlProtocolOperations::RunSynchronousOp(const std::string& serviceId, A
                    Number(action));
     }
     if (action == ActionId::SoftwareTrigger) {
-        const std::lock_guard guard(beginsMutex);
+        const std::lock_guard guard(recordsMutex);
         begins[serviceId] = yTime_Monotonic();
     }
     asyncRunner->Run([this, serviceId, action, params = std::move(params)] { RunAction(serviceId, action, params); });
 }
 
 std::uint64_t ControlProtocolOperations::BeginOfLastTrigger(const std::string& serviceId) const {
-    const std::lock_guard guard(beginsMutex);
+    const std::lock_guard guard(recordsMutex);
     const auto found = begins.find(serviceId);
     return found == begins.end() ? 0 : found->second;
+}
+
+ControlProtocolOperations::Failure ControlProtocolOperations::LastFailure(const std::string& serviceId) const {
+    const std::lock_guard guard(recordsMutex);
+    const auto found = failures.find(serviceId);
+    return found == failures.end() ? Failure() : found->second;
 }
 
 void ControlProtocolOperations::RunAction(const std::string& serviceId, ActionId action,
                                           const ControlOperationsParams& params) {
     try {
         if (PerformAction(serviceId, action, params)) {
-            NotifyOperationEnd(serviceId, yOK, "");
+            NotifyOperationEnd(serviceId, yOK, "", {});
         }
     } catch (const Vor::Exception& e) {
         Vor::LogThrown(e, "Exception processing action id %u", Number(action));
         if (action == ActionId::Alignment) {
             EndFormerAlignment();
         }
-        NotifyOperationEnd(serviceId, yERROR, "");
+        NotifyOperationEnd(serviceId, yERROR, "", {.status = e.Status(), .text = e.what()});
     }
 }
 
@@ -231,7 +237,7 @@ bool ControlProtocolOperations::PerformAction(const std::string& serviceId, Acti
         systemInterface.SetLocalNodeDateTime(params.dateTime);
         return true;
     case ActionId::EndAtOnce:
-        NotifyOperationEnd(serviceId, yOK, "");
+        NotifyOperationEnd(serviceId, yOK, "", {});
         return false;
     case ActionId::SleepThenEnd:
         Vor::ThrowIfFailed(yThread_Sleep(SleepOfAction));
@@ -244,7 +250,7 @@ bool ControlProtocolOperations::PerformAction(const std::string& serviceId, Acti
         Vor::Throw(static_cast<yStatus>(action), "Async test action id %u", Number(action));
     }
     Vor::LogError("Unexpected action id %u", Number(action));
-    NotifyOperationEnd(serviceId, yERROR_PARAMETER, "");
+    NotifyOperationEnd(serviceId, yERROR_PARAMETER, "", {});
     return false;
 }
 
@@ -272,7 +278,7 @@ void ControlProtocolOperations::StartAlignment(const std::string& serviceId, con
 
 void ControlProtocolOperations::AlignmentCompletedCallback(const std::string& serviceId, const std::string& scannerId,
                                                            AlignCompletionStatus status) {
-    NotifyOperationEnd(serviceId, status == AlignCompletionStatus::Succeeded ? yOK : yERROR, scannerId.c_str());
+    NotifyOperationEnd(serviceId, status == AlignCompletionStatus::Succeeded ? yOK : yERROR, scannerId.c_str(), {});
 }
 
 void ControlProtocolOperations::CleanUpAlignmentCompletedEvent(const std::string& scannerId) {
@@ -310,10 +316,10 @@ void ControlProtocolOperations::AbandonAlignment() {
     scanEngineInterface.AlignmentCompletedEvent(alignment->scannerId).Remove(alignment->callbackId);
 }
 
-void ControlProtocolOperations::NotifyOperationEnd(const std::string& serviceId, yStatus status,
-                                                   const char* scannerId) {
+void ControlProtocolOperations::NotifyOperationEnd(const std::string& serviceId, yStatus status, const char* scannerId,
+                                                   const Failure& failure) {
     dispatcherQueue.Add(std::make_unique<EndOfOpResult>(
-        EndOfOpResult{.protocolId = serviceId, .status = status, .scannerId = scannerId}));
+        EndOfOpResult{.protocolId = serviceId, .status = status, .scannerId = scannerId, .failure = failure}));
 }
 
 yStatus ControlProtocolOperations::DispatcherThreadFx() {
@@ -348,6 +354,10 @@ void ControlProtocolOperations::EndOperation(const EndOfOpResult& result) {
     } catch (const std::exception& e) {
         // The slot must be freed even if the scanner doesn't exist any more.
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
+    }
+    {
+        const std::lock_guard guard(recordsMutex);
+        failures[result.protocolId] = result.failure;
     }
     const std::uint32_t former = OperationFinish();
     OnOperationEnd(result.protocolId, result.status);

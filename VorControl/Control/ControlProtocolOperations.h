@@ -64,6 +64,12 @@ public:
         std::int64_t dateTime = 0;           ///< microseconds since the beginning of 1970, UTC
     };
 
+    /// Why an operation has failed.
+    struct Failure {
+        yStatus status = yOK; ///< yOK: nothing has failed, or nothing said why
+        std::string text = std::string();
+    };
+
     /// The objects outlive this one. Throws the status of a thread, lock or queue that can't be made.
     ControlProtocolOperations(IControlSystemInterface& systemInterface,
                               IControlScanEngineInterface& scanEngineInterface, VorCommon::IRuntimeCache& runtimeCache);
@@ -93,6 +99,10 @@ public:
     /// When the service's last software trigger was accepted: a yTime_Monotonic after the end of each earlier operation
     /// and before the start of this one's action. 0 when there was none.
     std::uint64_t BeginOfLastTrigger(const std::string& serviceId) const;
+
+    /// What has made that operation of the service fail that has ended last: in a handler of an end, the one that has
+    /// ended.
+    Failure LastFailure(const std::string& serviceId) const;
 
     /// Adds a handler of the ends of a service's operations. Handlers are called in order of adding, with a lock held:
     /// a handler may start an operation, but must not remove handlers. Add it before the first operation. An empty
@@ -128,6 +138,7 @@ private:
         std::string protocolId; ///< the service that the operation was for
         yStatus status;
         std::string scannerId; ///< empty unless an alignment ended
+        Failure failure = {};
     };
 
     struct PendingAlignment;
@@ -149,7 +160,8 @@ private:
     void CleanUpAlignmentCompletedEvent(const std::string& scannerId);
     void EndFormerAlignment();
     void AbandonAlignment();
-    void NotifyOperationEnd(const std::string& serviceId, yStatus status, const char* scannerId);
+    void NotifyOperationEnd(const std::string& serviceId, yStatus status, const char* scannerId,
+                            const Failure& failure);
 
     yStatus DispatcherThreadFx();
     void DispatchNext();
@@ -170,8 +182,10 @@ private:
     /// Held while handlers run and while they are removed; ranks before all locks that handlers use.
     Vor::Handle<yLock, yLock_Destroy> opEndLock;
     std::atomic<std::uint32_t> operationInProgress = 0; ///< the slot of the one operation: 0 free, 1 taken
-    mutable std::mutex beginsMutex;                     ///< guards `begins`, for a few instructions; innermost
-    std::map<std::string, std::uint64_t> begins;        ///< when the last trigger of each service was accepted
+    /// Guards the two members below, for a few instructions; innermost.
+    mutable std::mutex recordsMutex;
+    std::map<std::string, std::uint64_t> begins; ///< when the last trigger of each service was accepted
+    std::map<std::string, Failure> failures;     ///< of the last operation of each service that has ended
     std::atomic<bool> dispatcherRunning = true;
     Vor::MsgQueue<EndOfOpResult> dispatcherQueue;
     Vor::NamedThread dispatcherThread;

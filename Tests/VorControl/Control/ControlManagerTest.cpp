@@ -402,6 +402,31 @@ TEST_F(ControlManagerTest, AFailedLoadIsToldToTheUserAndTheNextServiceIsLoaded) 
     EXPECT_TRUE(manager->GetInstance("b").IsEnabled());
 }
 
+TEST_F(ControlManagerTest, TheNotesOfALoadAreKeptForEachService) {
+    BuildTwo();
+    EXPECT_TRUE(manager->NotesOfLastLoad().empty());
+    store.files[PathOf("a")] = NoConfiguration;
+    store.files[PathOf("b")] = EnabledConfiguration();
+    manager->LoadPersistDomain(PersistDomain::Job, store);
+    const auto& notes = manager->NotesOfLastLoad();
+    ASSERT_EQ(notes.size(), 2U);
+    EXPECT_EQ(notes[0].serviceId, "a");
+    EXPECT_EQ(notes[0].result, Persistence::PersistLoadResult::Failed);
+    ASSERT_FALSE(notes[0].texts.empty());
+    EXPECT_EQ(notes[0].texts.back(),
+              "Error loading control service 'a' configuration. Loading next service's configuration.");
+    EXPECT_EQ(notes[1].serviceId, "b");
+    EXPECT_EQ(notes[1].result, Persistence::PersistLoadResult::None);
+    EXPECT_TRUE(notes[1].texts.empty());
+
+    manager->LoadPersistDomain(PersistDomain::Workspace, store);
+    EXPECT_EQ(manager->NotesOfLastLoad().size(), 2U) << "it is about jobs";
+    store.files.clear();
+    manager->LoadPersistDomain(PersistDomain::Job, store);
+    ASSERT_EQ(manager->NotesOfLastLoad().size(), 2U);
+    EXPECT_EQ(manager->NotesOfLastLoad()[0].result, Persistence::PersistLoadResult::None);
+}
+
 TEST_F(ControlManagerTest, AReportedLoadResultAnnouncesTheDomainOnceAfterTheLoad) {
     BuildTwo();
     const std::string unknownBlock =

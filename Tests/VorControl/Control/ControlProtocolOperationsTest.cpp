@@ -164,6 +164,23 @@ TEST_F(ControlProtocolOperationsTest, AMissingOrEmptyJobNameIsRefusedBeforeTheSl
     EXPECT_FAILURE(operations->LoadJob("a", ""), yERROR_PARAMETER, "Empty job name for action 4");
 }
 
+TEST_F(ControlProtocolOperationsTest, AnEndComesWithTheReasonOfTheFailure) {
+    std::vector<std::string> reasons;
+    operations->AddOpEndEventHandler("a", [&](int) {
+        const auto failure = operations->LastFailure("a");
+        reasons.push_back(std::to_string(failure.status) + " " + failure.text);
+        ends.Add("read");
+    });
+    EXPECT_EQ(operations->LastFailure("a").status, yOK);
+    RunAction(202);
+    EXPECT_EQ(RunToEnd(2), (Texts{"a 0", "read"}));
+    EXPECT_EQ(operations->LastFailure("a").text, "Testing action id 202");
+    EXPECT_EQ(operations->LastFailure("b").status, yOK);
+    operations->StartScan("a");
+    EXPECT_EQ(RunToEnd(2), (Texts{"a 1", "read"}));
+    EXPECT_EQ(reasons, (std::vector<std::string>{"202 Testing action id 202", "1 "}));
+}
+
 TEST_F(ControlProtocolOperationsTest, ArgumentsAreCopiedBeforeTheOperationReturns) {
     {
         std::string protocol = "a";
