@@ -145,7 +145,14 @@ void RequireWholePages(const Database& database) {
     }
 }
 
-/// One row of `SELECT name, mode, sz, data`.
+void RequireFewRows(const Database& database, std::size_t rowCount) {
+    if (rowCount > ArchiveFile::MaxEntryCount) {
+        Refuse(database.Path(), yERROR_FORMAT,
+               "it has more than " + std::to_string(ArchiveFile::MaxEntryCount) + " entries");
+    }
+}
+
+/// One row of `SELECT name, mode, sz, data`, or of `SELECT name, mode`, which has no content.
 class Row {
 public:
     Row(const Database& database, sqlite3_stmt* row)
@@ -360,6 +367,25 @@ bool ArchiveFile::Exists() const {
     return status.type() != std::filesystem::file_type::not_found;
 }
 
+std::vector<std::string> ArchiveFile::Names() const {
+    CheckFault("ArchiveFile_Read", path);
+    RequireFile(*this);
+    const Database database(path, SQLITE_OPEN_READWRITE);
+    RequireArchiveTable(database);
+    RequireWholePages(database);
+    Statement select(database, "SELECT name, mode FROM sqlar");
+    std::vector<std::string> names;
+    std::size_t rowCount = 0;
+    while (select.Step()) {
+        RequireFewRows(database, ++rowCount);
+        const Row row(database, select.Handle());
+        if (!row.IsFolder()) {
+            names.push_back(row.Name());
+        }
+    }
+    return names;
+}
+
 ArchiveFile::Entries ArchiveFile::Read() const {
     CheckFault("ArchiveFile_Read", path);
     RequireFile(*this);
@@ -373,9 +399,7 @@ ArchiveFile::Entries ArchiveFile::Read() const {
     std::size_t rowCount = 0;
     std::size_t totalSize = 0;
     while (select.Step()) {
-        if (++rowCount > MaxEntryCount) {
-            Refuse(path, yERROR_FORMAT, "it has more than " + std::to_string(MaxEntryCount) + " entries");
-        }
+        RequireFewRows(database, ++rowCount);
         const Row row(database, select.Handle());
         if (row.IsFolder()) {
             continue;

@@ -34,6 +34,10 @@ public:
     ///         the limits, yERROR_BUSY when another program has it locked, else yERROR.
     Entries Read() const;
 
+    /// The names of all files of the archive, in no order; their content isn't read.
+    /// @throws Vor::Exception as Read().
+    std::vector<std::string> Names() const;
+
     /// Creates or replaces these entries, all or none, also when the process or the machine stops in between, and
     /// returns when they are safely on the disk. Other entries stay. A file that doesn't exist is created with its
     /// folder; a file that is no archive is refused and stays.

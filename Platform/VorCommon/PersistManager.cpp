@@ -134,7 +134,7 @@ std::shared_future<PersistManager::SaveResult> PersistManager::Save(PersistDomai
     RunWhileWaiting(
         [=, this] {
             progress->wasModified = modified[index].exchange(false);
-            progress->failure = FailureOf([&] { SaveHandlers(domain); });
+            progress->failure = FailureOf([&] { SaveHandlers(domain, LoadedStore(domain)); });
         },
         [=, this] {
             if (progress->failure == nullptr) {
@@ -150,6 +150,36 @@ std::shared_future<PersistManager::SaveResult> PersistManager::Save(PersistDomai
             progress->result.set_value(LogFailedSave(domain, progress->failure));
         });
     return result;
+}
+
+void PersistManager::SaveJobAs(const std::string& name, ArchiveFile::Existing existing) {
+    ChangeJob(name, [this, existing](const std::string& fileName) { SaveJobDomainAs(fileName, existing); });
+}
+
+ArchiveFile::Entries PersistManager::ContentToSave(PersistDomain domain) {
+    ArchiveFile::Entries content;
+    RunWhileWaiting(
+        [&] {
+            ArchiveStore copy = LoadedStore(domain);
+            SaveHandlers(domain, copy);
+            content = copy.Files();
+        },
+        [] {});
+    return content;
+}
+
+void PersistManager::Post(std::function<void()> task) {
+    {
+        const std::lock_guard guard(queueMutex);
+        queue.emplace_back([task = std::move(task)] {
+            try {
+                task();
+            } catch (const std::exception& e) {
+                Vor::LogThrown(e, "A task with the files of domains failed.");
+            }
+        });
+    }
+    queueChanged.notify_one();
 }
 
 std::string PersistManager::LoadedJob() const {
@@ -180,7 +210,7 @@ std::string PersistManager::JobPath(const std::string& fileName) const {
 }
 
 std::string PersistManager::WorkspacePath() const {
-    return (std::filesystem::path(environ.dataFolder) / "workspace.vrdata").string();
+    return (std::filesystem::path(environ.dataFolder) / WorkspaceFile).string();
 }
 
 std::size_t PersistManager::IndexOf(PersistDomain domain) {
@@ -383,25 +413,52 @@ void PersistManager::CommitInitialised() {
     }
 }
 
-// At the first failure the remaining handlers aren't called, and what was written is discarded.
-void PersistManager::SaveHandlers(PersistDomain domain) {
+void PersistManager::SaveJobDomainAs(const std::string& fileName, ArchiveFile::Existing existing) {
+    const std::size_t index = IndexOf(PersistDomain::Job);
+    const bool wasModified = modified[index].exchange(false);
+    std::exception_ptr failure = FailureOf([&] {
+        ArchiveStore copy = LoadedStore(PersistDomain::Job);
+        SaveHandlers(PersistDomain::Job, copy);
+        const std::string path = JobPath(fileName);
+        ArchiveFile(path).Make(copy.Files(), existing);
+        auto store = std::make_unique<ArchiveStore>(path);
+        store->Open();
+        SetLoadedJob(fileName);
+        stores[index] = std::move(store);
+    });
+    if (failure == nullptr) {
+        return;
+    }
+    if (wasModified) {
+        modified[index] = true;
+    }
+    LogFailedSave(PersistDomain::Job, failure);
+    std::rethrow_exception(std::move(failure));
+}
+
+ArchiveStore& PersistManager::LoadedStore(PersistDomain domain) const {
     const std::unique_ptr<ArchiveStore>& store = stores[IndexOf(domain)];
     if (store == nullptr) {
         Vor::Throw(yERROR_STATE, "The %s domain can't be saved before it is loaded.", PersistDomain_Name(domain));
     }
+    return *store;
+}
+
+// At the first failure the remaining handlers aren't called, and what was written is discarded.
+void PersistManager::SaveHandlers(PersistDomain domain, ArchiveStore& store) {
     std::string component;
     try {
-        const auto decorated = environ.decorateStore ? environ.decorateStore(*store, domain) : nullptr;
-        IPersistStore& seen = decorated ? *decorated : *store;
+        const auto decorated = environ.decorateStore ? environ.decorateStore(store, domain) : nullptr;
+        IPersistStore& seen = decorated ? *decorated : store;
         for (const unsigned long long id : HandlerIds()) {
             CallHandler(id, component, [&](IPersistHandler& handler) { handler.SavePersistDomain(domain, seen); });
         }
     } catch (const std::exception& e) {
-        store->Discard();
+        store.Discard();
         Vor::ThrowNested(Vor::Exception::StatusOf(e), "Persist handler \"%s\" failed to save the %s domain (%s).",
                          component, PersistDomain_Name(domain), e.what());
     } catch (...) {
-        store->Discard();
+        store.Discard();
         Vor::Throw(yERROR, "Persist handler \"%s\" failed to save the %s domain (unknown exception).", component,
                    PersistDomain_Name(domain));
     }

@@ -2,6 +2,7 @@
 
 #include "VorApi/Object.h"
 #include "VorApi/Threads/NamedThread.h"
+#include "VorCommon/ArchiveFile.h"
 #include "VorCommon/IPersistRegistrar.h"
 #include "VorCommon/IPersistStore.h"
 #include "VorCommon/PersistDomain.h"
@@ -39,8 +40,8 @@ public:
         /// Borrowed; may be null.
         RuntimeCache* runtimeCache = nullptr;
         StoreDecorator decorateStore = nullptr; ///< may be empty
-        /// Called with the file name of a job that LoadJob() or Restore() has loaded, on the main loop, which isn't
-        /// blocked any more. May be empty; what it throws is logged.
+        /// Called with the file name of a job that LoadJob() or Restore() has loaded, or SaveJobAs() has saved, on the
+        /// main loop, which isn't blocked any more. May be empty; what it throws is logged.
         std::function<void(const std::string& fileName)> jobLoaded = nullptr;
     };
 
@@ -55,6 +56,9 @@ public:
         /// @throws Vor::Exception with status and text of a save that failed.
         void ThrowIfFailed() const;
     };
+
+    /// The name of the workspace's file in the data folder.
+    static constexpr const char* WorkspaceFile = "workspace.vrdata";
 
     /// The file name of a job: `name`, completed with ".vrjob" where that is missing.
     /// @throws Vor::Exception yERROR_PARAMETER unless it is one file name, in UTF-8 and without control characters,
@@ -84,6 +88,22 @@ public:
     /// Saves the domain. Main loop only; blocks while the handlers run, but not while the file is written.
     /// @return ready when the file is safely on the disk, or the save has failed and the file is as it was.
     std::shared_future<SaveResult> Save(PersistDomain domain);
+
+    /// Saves the job to the file of another name, which is the loaded job from then on. Main loop only; blocks, also
+    /// while the file is written. The file that was loaded before stays as it is.
+    /// @throws Vor::Exception for a bad name, for a file that exists unless it may be replaced, and when the save
+    /// fails,
+    ///         which is also logged. Then the loaded job stays, and the other file is as it was.
+    void SaveJobAs(const std::string& name, ArchiveFile::Existing existing);
+
+    /// All files that the domain would have after a save; nothing is saved. Main loop only; blocks.
+    /// @throws Vor::Exception as a save that fails.
+    ArchiveFile::Entries ContentToSave(PersistDomain domain);
+
+    /// Runs a task with the files of domains on the persistence thread, between the loads and saves that were begun
+    /// before and those that are begun later. It must not be long, since these wait for it, and the main loop with
+    /// them. Any thread; returns at once. The task also runs when this is destroyed before; what it throws is logged.
+    void Post(std::function<void()> task);
 
     /// Loads another job, or the running one again; changes that weren't saved are lost. The name is completed with its
     /// extension. Main loop only; blocks. Before a handler is called the whole file is read, and each entry whose name
@@ -147,7 +167,10 @@ private:
     void ApplyDomain(LoadedDomain loaded);
     void InitOrLoadHandlers(const LoadedDomain& loaded);
     void CommitInitialised();
-    void SaveHandlers(PersistDomain domain);
+    void SaveJobDomainAs(const std::string& fileName, ArchiveFile::Existing existing);
+    /// The store of a domain that is loaded.
+    ArchiveStore& LoadedStore(PersistDomain domain) const;
+    void SaveHandlers(PersistDomain domain, ArchiveStore& store);
     static SaveResult LogFailedSave(PersistDomain domain, const std::exception_ptr& failure);
     std::vector<unsigned long long> HandlerIds() const;
     void CallHandler(unsigned long long id, std::string& component, const std::function<void(IPersistHandler&)>& call);

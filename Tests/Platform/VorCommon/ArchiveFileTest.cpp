@@ -1,11 +1,13 @@
 #include "VorCommon/ArchiveFile.h"
 
 #include "Tests/Platform/VorCommon/ArchiveContent.h"
+#include "Tests/Support/Failure.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Exception.h"
 #include "yApi/yFault.h"
 #include "yApi/yStatus.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <sys/stat.h>
@@ -84,6 +86,16 @@ TEST_F(ArchiveFileTest, WhatIsWrittenIsReadAgain) {
     EXPECT_EQ(Text(entries.at("controls/a/config.json")), "{}");
     EXPECT_EQ(Text(entries.at("empty")), "");
     EXPECT_EQ(Text(entries.at("binary")), binary);
+}
+
+TEST_F(ArchiveFileTest, TheNamesAreReadWithoutTheContent) {
+    EXPECT_EQ(Tests::StatusOf([&] { file.Names(); }), yERROR_NOT_FOUND);
+    file.Write({{"b", Tests::Bytes("1")}, {"a/b", Tests::Bytes("2")}});
+    std::vector<std::string> names = file.Names();
+    std::ranges::sort(names);
+    EXPECT_EQ(names, (std::vector<std::string>{"a/b", "b"}));
+    Tests::WriteWholeFile(path, "no archive");
+    EXPECT_EQ(Tests::StatusOf([&] { file.Names(); }), yERROR_FORMAT);
 }
 
 TEST_F(ArchiveFileTest, TheCommandLineToolListsAndExtractsIt) {

@@ -437,3 +437,91 @@ TEST_F(PersistManagerTest, AStoreThatCannotBeGivenFailsTheLoadBeforeAnyHandler) 
     EXPECT_EQ(StatusOf([&] { manager->Load(); }), yERROR_PARAMETER);
     EXPECT_TRUE(calls.empty());
 }
+
+TEST_F(PersistManagerTest, ATaskRunsOnThePersistenceThreadBetweenSaves) {
+    MakeFiles();
+    Start();
+    manager->Load();
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/setting", "new"); };
+    std::promise<std::string> seen;
+    const auto saved = manager->Save(PersistDomain::Job);
+    manager->Post([&] {
+        char threadName[16] = "";
+        pthread_getname_np(pthread_self(), threadName, sizeof threadName);
+        seen.set_value(Entry(jobPath, "setting") + " " + threadName);
+        Vor::Throw(yERROR, "It is logged.");
+    });
+    EXPECT_EQ(seen.get_future().get(), "new Persistence");
+    EXPECT_NO_THROW(manager->LoadJob("part")) << "the thread goes on";
+}
+
+TEST_F(PersistManagerTest, TasksThatWereGivenRunBeforeItsEnd) {
+    Start();
+    int count = 0;
+    for (int i = 0; i < 3; ++i) {
+        manager->Post([&] { ++count; });
+    }
+    manager.reset();
+    EXPECT_EQ(count, 3);
+}
+
+TEST_F(PersistManagerTest, TheContentToSaveIsNotSaved) {
+    MakeFiles();
+    Start();
+    manager->Load();
+    manager->Announce(first, PersistDomain::Job, 0);
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/added", "new"); };
+    const ArchiveFile::Entries content = manager->ContentToSave(PersistDomain::Job);
+    ASSERT_EQ(content.size(), 2U);
+    EXPECT_EQ(*content.at("added"), *Bytes("new"));
+    EXPECT_EQ(*content.at("setting"), *Bytes("stored"));
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
+    EXPECT_EQ(Entry(jobPath, "added"), "(none)");
+    first.onSave = nullptr;
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
+    EXPECT_EQ(Entry(jobPath, "added"), "(none)") << "nothing of it was kept";
+}
+
+TEST_F(PersistManagerTest, AJobThatIsSavedUnderAnotherNameIsTheLoadedOne) {
+    MakeFiles();
+    std::vector<std::string> loaded;
+    environ.jobLoaded = [&](const std::string& fileName) { loaded.push_back(fileName); };
+    Start();
+    manager->Load();
+    manager->Announce(first, PersistDomain::Job, 0);
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/added", "new"); };
+    const std::string other = folder.File("jobs/other.vrjob");
+    manager->SaveJobAs("other", ArchiveFile::Existing::Refuse);
+    EXPECT_EQ(Entry(other, "added"), "new");
+    EXPECT_EQ(Entry(other, "setting"), "stored");
+    EXPECT_EQ(Entry(jobPath, "added"), "(none)");
+    EXPECT_EQ(manager->LoadedJob(), "other.vrjob");
+    EXPECT_FALSE(manager->IsModified(PersistDomain::Job));
+    EXPECT_EQ(loaded, std::vector<std::string>{"other.vrjob"});
+
+    first.onSave = [](PersistDomain, IPersistStore& store) { Put(store, "/added", "newer"); };
+    manager->Save(PersistDomain::Job).get().ThrowIfFailed();
+    EXPECT_EQ(Entry(other, "added"), "newer");
+    EXPECT_EQ(Entry(jobPath, "added"), "(none)");
+}
+
+TEST_F(PersistManagerTest, AJobThatCannotBeSavedUnderAnotherNameStays) {
+    MakeFiles();
+    const std::string other = folder.File("jobs/other.vrjob");
+    ArchiveFile(other).Write({{"setting", Bytes("theirs")}});
+    Start();
+    manager->Load();
+    manager->Announce(first, PersistDomain::Job, 0);
+    EXPECT_EQ(StatusOf([&] { manager->SaveJobAs("other", ArchiveFile::Existing::Refuse); }), yERROR_ALREADY_EXISTS);
+    EXPECT_EQ(StatusOf([&] { manager->SaveJobAs("a/b", ArchiveFile::Existing::Refuse); }), yERROR_PARAMETER);
+    first.onSave = [](PersistDomain, IPersistStore&) { Vor::Throw(yERROR_FULL, "no room"); };
+    EXPECT_EQ(StatusOf([&] { manager->SaveJobAs("third", ArchiveFile::Existing::Refuse); }), yERROR_FULL);
+    EXPECT_EQ(StatusOf([&] { manager->ContentToSave(PersistDomain::Job); }), yERROR_FULL);
+    EXPECT_EQ(Entry(other, "setting"), "theirs");
+    EXPECT_FALSE(ArchiveFile(folder.File("jobs/third.vrjob")).Exists());
+    EXPECT_EQ(manager->LoadedJob(), "part.vrjob");
+    EXPECT_TRUE(manager->IsModified(PersistDomain::Job));
+    first.onSave = nullptr;
+    manager->SaveJobAs("other", ArchiveFile::Existing::Replace);
+    EXPECT_EQ(Entry(other, "setting"), "stored");
+}
