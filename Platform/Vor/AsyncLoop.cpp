@@ -1,34 +1,68 @@
 #include "Vor/AsyncLoop.h"
 
-#include "Vor/CallGate.h"
 #include "Vor/Exception.h"
 #include "Vor/LoopCore.h"
+#include "VorApi/LogThrown.h"
+#include "VorApi/Threads/NamedThread.h"
+#include "yApi/yFault.h"
 
+#include <condition_variable>
+#include <deque>
+#include <exception>
 #include <map>
-#include <memory>
 #include <mutex>
+#include <thread>
 
 namespace Vor {
 
 namespace {
 
-struct Receiver {
-    explicit Receiver(IAsyncEventReceiver& target)
-        : target(target) {}
+/// The receivers, the events and the thread of the loop. It is never destroyed, so the thread may outlive main.
+struct Events {
+    using Handle = AsyncLoop::ReceiverHandle;
 
-    IAsyncEventReceiver& target;
-    CallGate gate;
-};
-
-struct Receivers {
-    /// Guards the members below. No other lock is taken while it is held.
+    /// Guards the members below. No lock of others is taken while it is held.
     std::mutex mutex;
-    std::map<AsyncLoop::ReceiverHandle, std::shared_ptr<Receiver>> byHandle;
-    AsyncLoop::ReceiverHandle lastHandle = AsyncLoop::NoReceiver;
+    std::condition_variable changed; ///< an event was queued, or one has ended
+    std::map<Handle, IAsyncEventReceiver*> receivers;
+    std::deque<Handle> queue;
+    Handle lastHandle = AsyncLoop::NoReceiver;
+    Handle running = AsyncLoop::NoReceiver; ///< whose event runs
+    std::thread::id threadId;
+    NamedThread thread;
 
-    static Receivers& Instance() {
-        static Receivers* const Instance = new Receivers;
+    static Events& Instance() {
+        static Events* const Instance = new Events;
         return *Instance;
+    }
+
+    [[noreturn]] void Run() {
+        std::unique_lock lock(mutex);
+        threadId = std::this_thread::get_id();
+        for (;;) {
+            changed.wait(lock, [this] { return !queue.empty(); });
+            const auto receiver = receivers.find(queue.front());
+            if (receiver != receivers.end()) {
+                running = queue.front();
+                IAsyncEventReceiver& target = *receiver->second;
+                lock.unlock();
+                Process(target);
+                lock.lock();
+                running = AsyncLoop::NoReceiver;
+                changed.notify_all();
+            }
+            queue.pop_front();
+        }
+    }
+
+    static void Process(IAsyncEventReceiver& receiver) {
+        try {
+            receiver.ProcessEvent();
+        } catch (const std::exception& e) {
+            LogThrown(e, "Exception in an event of the device loop");
+        } catch (...) {
+            LogError("Exception of another type in an event of the device loop");
+        }
     }
 };
 
@@ -44,44 +78,38 @@ AsyncLoop& AsyncLoop::MainLoop() {
 }
 
 AsyncLoop::ReceiverHandle AsyncLoop::RegisterHandler(IAsyncEventReceiver& receiver) {
-    auto entry = std::make_shared<Receiver>(receiver);
-    Receivers& receivers = Receivers::Instance();
-    const std::lock_guard lock(receivers.mutex);
-    receivers.byHandle.emplace(receivers.lastHandle + 1, std::move(entry));
-    return ++receivers.lastHandle;
+    Events& events = Events::Instance();
+    const std::lock_guard lock(events.mutex);
+    events.receivers.emplace(events.lastHandle + 1, &receiver);
+    return ++events.lastHandle;
 }
 
-void AsyncLoop::DeregisterHandler(ReceiverHandle handle) {
-    Receivers& receivers = Receivers::Instance();
-    std::shared_ptr<Receiver> receiver;
-    {
-        const std::lock_guard lock(receivers.mutex);
-        const auto found = receivers.byHandle.find(handle);
-        if (found == receivers.byHandle.end()) {
-            return;
-        }
-        receiver = std::move(found->second);
-        receivers.byHandle.erase(found);
+bool AsyncLoop::DeregisterHandler(ReceiverHandle handle, std::uint64_t timeout) {
+    Events& events = Events::Instance();
+    std::unique_lock lock(events.mutex);
+    if (events.receivers.erase(handle) == 0 || events.threadId == std::this_thread::get_id()) {
+        return true;
     }
-    receiver->gate.Close();
+    const auto ended = [&] { return events.running != handle; };
+    if (timeout == yINFINITE) {
+        events.changed.wait(lock, ended);
+        return true;
+    }
+    return events.changed.wait_for(lock, LoopCore::Duration(timeout), ended);
 }
 
 void AsyncLoop::EnqueueImmediate(ReceiverHandle handle) {
-    Receivers& receivers = Receivers::Instance();
-    std::shared_ptr<Receiver> receiver;
-    {
-        const std::lock_guard lock(receivers.mutex);
-        const auto found = receivers.byHandle.find(handle);
-        if (found == receivers.byHandle.end()) {
-            Throw(yERROR_NOT_FOUND, "The main loop has no receiver %llu", handle);
-        }
-        receiver = found->second;
+    ThrowIfFailed(yFault_Check("AsyncLoop_EnqueueImmediate"));
+    Events& events = Events::Instance();
+    const std::lock_guard lock(events.mutex);
+    if (!events.receivers.contains(handle)) {
+        Throw(yERROR_NOT_FOUND, "The device loop has no receiver %llu", handle);
     }
-    LoopCore::Instance().Post([receiver] {
-        if (const CallGate::Passage passage(receiver->gate); passage) {
-            receiver->target.ProcessEvent();
-        }
-    });
+    if (!events.thread) {
+        events.thread = NamedThread("DeviceLoop", [&events]() -> yStatus { events.Run(); });
+    }
+    events.queue.push_back(handle);
+    events.changed.notify_all();
 }
 
 } // namespace Vor

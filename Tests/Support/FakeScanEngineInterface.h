@@ -1,11 +1,13 @@
 #pragma once
 
 #include "Tests/Support/CallLog.h"
+#include "Tests/Support/FakeOutputDevice.h"
 #include "Vor/Exception.h"
 #include "VorApi/Event.h"
 #include "VorControl/Control/IControlScanEngineInterface.h"
 #include "yApi/yStatus.h"
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -41,29 +43,49 @@ public:
     }
     std::vector<VorControl::ControlAvailableDeviceProp> FindAvailableSensors() override {
         Note("FindAvailableSensors");
-        return {};
+        std::vector<VorControl::ControlAvailableDeviceProp> found;
+        for (const auto& [engineId, devices] : outputs) {
+            for (const auto& [providerId, weak] : devices->Providers()) {
+                const auto provider = weak.lock();
+                if (provider == nullptr) {
+                    continue;
+                }
+                found.push_back({.device = provider,
+                                 .engineId = engineId,
+                                 .deviceModel = provider->Device().Model(),
+                                 .serialNumber = provider->Device().SerialNumber(),
+                                 .providerId = providerId,
+                                 .deviceStatus = provider->Device().Status()});
+            }
+        }
+        return found;
     }
     std::shared_ptr<VorCommon::IProviderManager<VorCommon::IDigitalOutputProvider>>
     GetDigitalOutputProviderManager(const std::string& engineId) override {
         Note("GetDigitalOutputProviderManager " + engineId);
-        return nullptr;
+        const auto found = outputs.find(engineId);
+        return found == outputs.end() ? nullptr : found->second;
     }
-    yStatus SetDigitalOutputState(std::shared_ptr<VorCommon::IDigitalOutputProvider> /*provider*/,
+    yStatus SetDigitalOutputState(std::shared_ptr<VorCommon::IDigitalOutputProvider> provider,
                                   unsigned long long outputId, bool state, long long time) override {
         Note("SetDigitalOutputState " + std::to_string(outputId) + " " + Text(state) + " " + std::to_string(time));
-        return yOK;
+        return provider == nullptr ? yOK : provider->SetOutputState(outputId, state, time);
     }
     std::vector<std::string> GetScanEngineList() override {
         Note("GetScanEngineList");
-        return {"engine"};
+        return engines;
     }
-    bool IsScanEngineManagerValid() override { return true; }
+    bool IsScanEngineManagerValid() override { return hasEngines; }
 
     Vor::Event<VorScan::AlignCompletionStatus> completed;
     Vor::Event<> stateUpdated;
     Vor::Params::Value<VorScan::AlignState> alignState;
     /// Returned by ScannerInfo.
     ScannerStateInfo info;
+    bool hasEngines = true;
+    std::vector<std::string> engines{"engine"};
+    /// The devices of each engine that has any.
+    std::map<std::string, std::shared_ptr<FakeOutputDevices>> outputs;
 };
 
 } // namespace Tests

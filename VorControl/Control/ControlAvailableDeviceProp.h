@@ -13,8 +13,9 @@ struct ControlAvailableDeviceProp {
     std::string engineId;
     std::string deviceModel;
     std::string serialNumber;
-    std::string providerId;
+    std::string providerId; ///< of the engine
     VorCommon::IDeviceProvider::DeviceStatus deviceStatus = VorCommon::IDeviceProvider::DeviceStatus::NotConnected;
+    VorCommon::IDeviceProvider::ChangedEvent::CallbackId deviceChangedHandle{}; ///< of a device manager
 };
 
 } // namespace VorControl

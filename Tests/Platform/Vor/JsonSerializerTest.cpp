@@ -15,7 +15,6 @@ using nlohmann::json;
 using Vor::Params::Array;
 using Vor::Params::Enum;
 using Vor::Params::Group;
-using Vor::Params::Value;
 using Vor::Properties::ByteVector;
 using Vor::Properties::JsonSerializer;
 using Vor::Properties::Node;
@@ -29,8 +28,8 @@ struct Point : Group {
         Register("x", x);
         Register("tags", tags);
     }
-    Value<unsigned short> x;
-    Value<std::vector<std::string>> tags;
+    Vor::Params::Value<unsigned short> x;
+    Vor::Params::Value<std::vector<std::string>> tags;
 };
 
 struct Line : Group {
@@ -54,15 +53,15 @@ struct Document : Group {
         Register("inner", inner);
         Register("lines", lines);
     }
-    Value<bool> flag;
-    Value<unsigned short> small;
-    Value<unsigned int> medium;
-    Value<unsigned long long> large;
-    Value<long long> number;
-    Value<std::string> text;
-    Value<ByteVector> bytes;
-    Value<std::vector<std::string>> texts;
-    Value<std::vector<unsigned short>> numbers;
+    Vor::Params::Value<bool> flag;
+    Vor::Params::Value<unsigned short> small;
+    Vor::Params::Value<unsigned int> medium;
+    Vor::Params::Value<unsigned long long> large;
+    Vor::Params::Value<long long> number;
+    Vor::Params::Value<std::string> text;
+    Vor::Params::Value<ByteVector> bytes;
+    Vor::Params::Value<std::vector<std::string>> texts;
+    Vor::Params::Value<std::vector<unsigned short>> numbers;
     Enum<Mode> mode;
     Point inner;
     Array<Line> lines;
@@ -337,11 +336,11 @@ TEST(JsonSerializerTest, SchemaIsTheSameWhetherWrittenFromTheNodeOrFromItsSchema
 
 TEST(JsonSerializerTest, ManyChangesCostNoMoreEachThanFew) {
     Group group;
-    std::vector<std::unique_ptr<Value<unsigned int>>> values;
+    std::vector<std::unique_ptr<Vor::Params::Value<unsigned int>>> values;
     json source = json::object();
     int ended = 0;
     for (unsigned int i = 0; i < 10000; ++i) {
-        values.push_back(std::make_unique<Value<unsigned int>>());
+        values.push_back(std::make_unique<Vor::Params::Value<unsigned int>>());
         values.back()->AddUpdateEndHandler([&](auto&) { ++ended; });
         const std::string name = "m" + std::to_string(i);
         group.Register(name, *values.back());

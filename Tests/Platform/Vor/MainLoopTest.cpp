@@ -6,8 +6,6 @@
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
 
-#include <atomic>
-#include <functional>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -170,94 +168,4 @@ TEST(MainLoopTest, ModesAreKeptApart) {
     }
     MainLoop loop(MainLoop::Mode::Manual);
     EXPECT_THROW(loop.Run(), Vor::Exception);
-}
-
-namespace {
-
-struct Receiver : Vor::IAsyncEventReceiver {
-    std::function<void()> action = [] {};
-    int events = 0;
-
-    void ProcessEvent() override {
-        ++events;
-        action();
-    }
-};
-
-} // namespace
-
-TEST(AsyncLoopTest, EachEnqueueCausesOneLaterEvent) {
-    MainLoop loop(MainLoop::Mode::Manual);
-    Receiver receiver;
-    const auto handle = AsyncLoop::MainLoop().RegisterHandler(receiver);
-    EXPECT_NE(handle, AsyncLoop::NoReceiver);
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    EXPECT_EQ(receiver.events, 0);
-    loop.RunReady();
-    EXPECT_EQ(receiver.events, 2);
-    AsyncLoop::MainLoop().DeregisterHandler(handle);
-}
-
-TEST(AsyncLoopTest, EnqueueOfAnUnknownHandleThrowsNotFound) {
-    try {
-        AsyncLoop::MainLoop().EnqueueImmediate(AsyncLoop::NoReceiver);
-        FAIL() << "an unknown receiver was accepted";
-    } catch (const Vor::Exception& e) {
-        EXPECT_EQ(e.Status(), yERROR_NOT_FOUND);
-    }
-    EXPECT_NO_THROW(AsyncLoop::MainLoop().DeregisterHandler(AsyncLoop::NoReceiver));
-}
-
-TEST(AsyncLoopTest, NoEventComesAfterDeregistration) {
-    MainLoop loop(MainLoop::Mode::Manual);
-    Receiver receiver;
-    const auto handle = AsyncLoop::MainLoop().RegisterHandler(receiver);
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    AsyncLoop::MainLoop().DeregisterHandler(handle);
-    loop.RunReady();
-    EXPECT_EQ(receiver.events, 0);
-}
-
-TEST(AsyncLoopTest, ReceiverMayDeregisterItselfInItsEvent) {
-    MainLoop loop(MainLoop::Mode::Manual);
-    Receiver receiver;
-    const auto handle = AsyncLoop::MainLoop().RegisterHandler(receiver);
-    receiver.action = [handle] { AsyncLoop::MainLoop().DeregisterHandler(handle); };
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    loop.RunReady();
-    EXPECT_EQ(receiver.events, 1);
-}
-
-TEST(AsyncLoopTest, DeregistrationWaitsForARunningEvent) {
-    const Tests::MainLoopThread thread;
-    std::promise<void> entered;
-    std::promise<void> leave;
-    std::atomic<bool> left{false};
-    Receiver receiver;
-    receiver.action = [&] {
-        entered.set_value();
-        leave.get_future().wait();
-        left = true;
-    };
-    const auto handle = AsyncLoop::MainLoop().RegisterHandler(receiver);
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    entered.get_future().wait();
-    std::thread helper([&] { leave.set_value(); });
-    AsyncLoop::MainLoop().DeregisterHandler(handle);
-    EXPECT_TRUE(left);
-    helper.join();
-}
-
-TEST(AsyncLoopTest, FailingEventDoesntEndTheLoop) {
-    MainLoop loop(MainLoop::Mode::Manual);
-    Receiver receiver;
-    receiver.action = [] { throw std::runtime_error("event"); };
-    const auto handle = AsyncLoop::MainLoop().RegisterHandler(receiver);
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    AsyncLoop::MainLoop().EnqueueImmediate(handle);
-    loop.RunReady();
-    EXPECT_EQ(receiver.events, 2);
-    AsyncLoop::MainLoop().DeregisterHandler(handle);
 }

@@ -13,7 +13,6 @@
 using Vor::Params::Array;
 using Vor::Params::Enum;
 using Vor::Params::Group;
-using Vor::Params::Value;
 using Vor::Properties::ByteVector;
 using Vor::Properties::JsonSerializer;
 using Vor::Properties::VorDataTreeSerializer;
@@ -25,7 +24,7 @@ enum class Mode { Unknown = -1, Off = 0 };
 
 struct Item : Group {
     Item() { Register("n", n); }
-    Value<unsigned short> n;
+    Vor::Params::Value<unsigned short> n;
 };
 
 struct Document : Group {
@@ -49,13 +48,13 @@ struct Document : Group {
         mode.AddOption(Mode::Unknown, "Unknown");
         items.Resize(2);
     }
-    Value<std::string> text;
-    Value<long long> number;
-    Value<unsigned long long> large;
-    Value<bool> flag;
-    Value<ByteVector> bytes;
-    Value<std::vector<std::string>> texts;
-    Value<std::vector<unsigned short>> numbers;
+    Vor::Params::Value<std::string> text;
+    Vor::Params::Value<long long> number;
+    Vor::Params::Value<unsigned long long> large;
+    Vor::Params::Value<bool> flag;
+    Vor::Params::Value<ByteVector> bytes;
+    Vor::Params::Value<std::vector<std::string>> texts;
+    Vor::Params::Value<std::vector<unsigned short>> numbers;
     Enum<Mode> mode;
     Array<Item> items;
 };
@@ -102,8 +101,8 @@ TEST(VorDataTreeSerializerTest, ValuesAreMergedIntoWhatIsThere) {
 TEST(VorDataTreeSerializerTest, TwoSchemasInOnePlaceAreMerged) {
     Group first;
     Group second;
-    Value<bool> a;
-    Value<long long> b;
+    Vor::Params::Value<bool> a;
+    Vor::Params::Value<long long> b;
     first.Register("a", a);
     second.Register("b", b);
     second.SetTitle("second");

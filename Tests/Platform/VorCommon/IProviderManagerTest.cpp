@@ -1,12 +1,12 @@
 #include "VorCommon/IProviderManager.h"
 
 #include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/FakeOutputDevice.h"
 #include "VorCommon/IDigitalOutputProvider.h"
 
 #include <dlfcn.h>
 #include <map>
 #include <memory>
-#include <string>
 #include <typeinfo>
 
 #include <gtest/gtest.h>
@@ -15,11 +15,6 @@ namespace VorCommon {
 namespace {
 
 using OutputProviders = IProviderManager<IDigitalOutputProvider>;
-
-class NoProviders : public OutputProviders {
-public:
-    std::map<std::string, std::weak_ptr<IDigitalOutputProvider>> Providers() const override { return {}; }
-};
 
 TEST(IProviderManager, HasTheSameTypeInformationInAModuleThatIsLoadedWithLocalSymbols) {
     const std::unique_ptr<void, int (*)(void*)> module(
@@ -32,7 +27,7 @@ TEST(IProviderManager, HasTheSameTypeInformationInAModuleThatIsLoadedWithLocalSy
 }
 
 TEST(IProviderManager, ARegistryEntryComesBackAsTheInterfaceThatItWasMadeFrom) {
-    const std::shared_ptr<OutputProviders> made = std::make_shared<NoProviders>();
+    const std::shared_ptr<OutputProviders> made = std::make_shared<Tests::FakeOutputDevices>();
     const std::map<const std::type_info*, std::weak_ptr<void>> registry{{&typeid(OutputProviders), made}};
     const auto found = std::static_pointer_cast<OutputProviders>(registry.at(&typeid(OutputProviders)).lock());
     EXPECT_EQ(found, made);

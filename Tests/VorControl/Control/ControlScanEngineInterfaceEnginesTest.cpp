@@ -1,12 +1,11 @@
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/FakeOutputDevice.h"
 #include "Tests/Support/FakeScanner.h"
 #include "VorControl/Control/ControlScanEngineInterface.h"
 
-#include <map>
 #include <memory>
 #include <string>
 #include <typeinfo>
-#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -16,6 +15,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Tests::AddEngine;
 using Tests::AddScanner;
+using Tests::FakeOutputDevice;
+using Tests::FakeOutputDevices;
 using Tests::FakeScanner;
 using VorControl::ControlScanEngineInterface;
 using VorScan::Internal::ScanEngineManager;
@@ -27,40 +28,6 @@ using DeviceStatus = VorCommon::IDeviceProvider::DeviceStatus;
 using OutputManager = VorCommon::IProviderManager<VorCommon::IDigitalOutputProvider>;
 
 constexpr const char* NoManager = "Scan engine manager reference is uninitialized.";
-
-class FakeProvider : public VorCommon::IDigitalOutputProvider, public VorCommon::IDeviceProvider {
-public:
-    FakeProvider(std::string model, std::string serialNumber, DeviceStatus status)
-        : model(std::move(model))
-        , serialNumber(std::move(serialNumber))
-        , status(status) {}
-
-    std::vector<std::string> calls;
-    yStatus answer = yOK;
-
-    const VorCommon::IDeviceProvider& Device() const override { return *this; }
-    yStatus SetOutputState(unsigned long long outputId, bool state, long long target) override {
-        calls.push_back(std::to_string(outputId) + (state ? " on " : " off ") + std::to_string(target));
-        return answer;
-    }
-    std::string Model() const override { return model; }
-    std::string SerialNumber() const override { return serialNumber; }
-    DeviceStatus Status() const override { return status; }
-
-private:
-    const std::string model;
-    const std::string serialNumber;
-    const DeviceStatus status;
-};
-
-class FakeProviderManager : public OutputManager {
-public:
-    std::map<std::string, std::weak_ptr<VorCommon::IDigitalOutputProvider>> providers;
-
-    std::map<std::string, std::weak_ptr<VorCommon::IDigitalOutputProvider>> Providers() const override {
-        return providers;
-    }
-};
 
 void Offer(Tests::FakeScanEngine& engine, const std::shared_ptr<OutputManager>& manager) {
     engine.services[&typeid(OutputManager)] = manager;
@@ -210,7 +177,7 @@ TEST(ControlScanEngineInterfaceWithoutEnginesTest, WithoutAManagerNothingIsReach
 
 TEST_F(AvailableDevicesTest, DigitalOutputsAreFoundByTheServiceOfTheEngine) {
     EXPECT_EQ(subject.GetDigitalOutputProviderManager("scan"), nullptr);
-    auto outputs = std::make_shared<FakeProviderManager>();
+    auto outputs = std::make_shared<FakeOutputDevices>();
     Offer(engine, outputs);
     EXPECT_EQ(subject.GetDigitalOutputProviderManager("scan"), outputs);
     outputs.reset();
@@ -218,17 +185,19 @@ TEST_F(AvailableDevicesTest, DigitalOutputsAreFoundByTheServiceOfTheEngine) {
 }
 
 TEST_F(AvailableDevicesTest, AvailableDevicesAreThoseOfAllEnginesInOrder) {
-    const auto a = std::make_shared<FakeProvider>("modelA", "100", DeviceStatus::Connected);
-    const auto b = std::make_shared<FakeProvider>("modelB", "200", DeviceStatus::NotConnected);
-    const auto c = std::make_shared<FakeProvider>("modelC", "300", DeviceStatus::Connected);
-    auto gone = std::make_shared<FakeProvider>("modelD", "400", DeviceStatus::Connected);
-    const auto outputs = std::make_shared<FakeProviderManager>();
-    outputs->providers = {{"2", a}, {"1", b}, {"0", gone}};
+    const auto a = std::make_shared<FakeOutputDevice>("modelA", "100", DeviceStatus::Connected);
+    const auto b = std::make_shared<FakeOutputDevice>("modelB", "200", DeviceStatus::NotConnected);
+    const auto c = std::make_shared<FakeOutputDevice>("modelC", "300", DeviceStatus::Connected);
+    auto gone = std::make_shared<FakeOutputDevice>("modelD", "400", DeviceStatus::Connected);
+    const auto outputs = std::make_shared<FakeOutputDevices>();
+    outputs->Put("2", a);
+    outputs->Put("1", b);
+    outputs->Put("0", gone);
     gone.reset();
     Offer(engine, outputs);
     AddEngine(manager, "bare", "bare");
-    const auto others = std::make_shared<FakeProviderManager>();
-    others->providers = {{"9", c}};
+    const auto others = std::make_shared<FakeOutputDevices>();
+    others->Put("9", c);
     Offer(AddEngine(manager, "more", "more"), others);
 
     const auto found = subject.FindAvailableSensors();
@@ -269,10 +238,10 @@ TEST_F(EngineChoiceTest, AvailableDevicesOfAnEngineWhoseNameIsntItsTypeCantBeFou
 }
 
 TEST_F(AvailableDevicesTest, AnOutputIsSwitchedByItsProvider) {
-    const auto provider = std::make_shared<FakeProvider>("model", "1", DeviceStatus::Connected);
+    const auto provider = std::make_shared<FakeOutputDevice>("model", "1", DeviceStatus::Connected);
     EXPECT_EQ(subject.SetDigitalOutputState(provider, 3, true, -5), yOK);
     provider->answer = yERROR_FULL;
     EXPECT_EQ(subject.SetDigitalOutputState(provider, 0, false, 8), yERROR_FULL);
-    EXPECT_THAT(provider->calls, ElementsAre("3 on -5", "0 off 8"));
+    EXPECT_THAT(provider->NewCalls(), ElementsAre("3 on -5", "0 off 8"));
     EXPECT_TEXTLESS_FAILURE(subject.SetDigitalOutputState(nullptr, 0, false, 0), yERROR_STATE);
 }
