@@ -5,11 +5,11 @@
 #include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorControl/Control/ControlInfo.h"
+#include "VorControl/Control/ControlText.h"
 #include "VorControl/Control/IControlScanResults.h"
 #include "VorControl/Control/RunCaught.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
-#include "VorControl/ControlProtocol/Translate.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
 #include "yApi/yStatus.h"
 
@@ -31,10 +31,6 @@ constexpr int UpdateFlag = 1;
 
 constexpr const char* StartProblem = "Could not start service: %s";
 constexpr const char* StopProblem = "%1$s";
-
-const char* Translate(const char* text) {
-    return ControlProtocol::Translate("beApp.ctrl", text);
-}
 
 } // namespace
 
@@ -158,7 +154,7 @@ void ControlInstance::RunTracked(void (IProtocol::*operation)(), const char* pro
 
 void ControlInstance::EndWithProblem(const char* problemText, const char* reason) {
     if (problemsManager != nullptr) {
-        problemsTracker.Register(problemsManager->Add(1, Translate("Protocol"), Translate(problemText), reason));
+        problemsTracker.Register(problemsManager->Add(1, ControlText("Protocol"), ControlText(problemText), reason));
     }
     problemsTracker.End();
 }
