@@ -1,6 +1,8 @@
 #include "Sensor/Application.h"
 
+#include "Sensor/Jobs/DefaultJob.h"
 #include "Sensor/Jobs/DemoJobs.h"
+#include "Sensor/Jobs/JobFiles.h"
 #include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/Jobs/OverlayStore.h"
 #include "Sensor/Scan/PartGenerator.h"
@@ -50,7 +52,7 @@ Application::Application(const CommandLine& commandLine, std::ostream& out)
     , log({.verbose = commandLine.verbose, .file = commandLine.logFile})
     , report(out)
     , recording(ReadInput(commandLine))
-    , job(commandLine.job.empty() ? Jobs::DemoJobs::JobFor(recording) : commandLine.job)
+    , job(StartJob())
     , signals([this] { loop.Stop(); }, Patience, [this] { GiveUp(); }, [this] { log.ReopenFile(); })
     , sensor(recording, SensorSettings())
     , host(HostSettings(), sensor)
@@ -60,6 +62,24 @@ Application::Application(const CommandLine& commandLine, std::ostream& out)
 
 Application::~Application() {
     StopScan();
+}
+
+std::string Application::StartJob() const {
+    if (!commandLine.job.empty()) {
+        return commandLine.job;
+    }
+    const std::string chosen =
+        Jobs::DefaultJob::Read(commandLine.dataFolder / VorCommon::PersistManager::WorkspaceFile);
+    if (!chosen.empty() && Jobs::JobFiles(commandLine.dataFolder / "jobs").Has(chosen)) {
+        return chosen;
+    }
+    std::string demo = Jobs::DemoJobs::JobFor(recording);
+    if (!chosen.empty()) {
+        Vor::LogUser(Vor::UserWarning, "VorSensor",
+                     "The job %1$s, with which the sensor was to start, doesn't exist any more. It starts with %2$s.",
+                     chosen, demo);
+    }
+    return demo;
 }
 
 VirtualSensor::Settings Application::SensorSettings() {

@@ -60,6 +60,8 @@ private:
     void StartScan();
     void StopScan();
     void ReportJob(const std::string& fileName);
+    /// The job with which to start.
+    std::string StartJob() const;
     void RestoreFactory();
     void Restart();
     [[noreturn]] void GiveUp() const;

@@ -43,7 +43,8 @@ Resources::SensorEnviron ResourceServer::Environ(const std::string& boot, Servic
             .persistence = host.Persistence(),
             .problems = host.Problems(),
             .sensor = sensor,
-            .log = log};
+            .log = log,
+            .module = host.Module()};
 }
 
 void ResourceServer::Start() {

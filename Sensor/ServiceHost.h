@@ -53,6 +53,8 @@ public:
     void CreateServices();
     /// After CreateServices.
     VorControl::IControlManager& Services() { return module->Manager(); }
+    /// After CreateServices.
+    VorControl::ControlModule& Module() { return *module; }
     VorCommon::PersistManager& Persistence() { return persistence; }
     VorCommon::ProblemsManager& Problems() { return problems; }
     /// The resources of the services are its routes from CreateServices on.

@@ -71,6 +71,12 @@ constexpr RelationText RelationExplanations[] = {
     {"log", "The entries of the user's log, the latest first."},
     {"metrics", "The figures of a service. With 'Accept: text/event-stream' they are a stream with an event each "
                 "second."},
+    {"changes", "What differs between the loaded job and its file."},
+    {"file", "The file of a job, as bytes: an SQLite Archive, which 'vorsensor jobs import' accepts."},
+    {"job", "A job, which is a file with the settings of the services."},
+    {"jobs", "The list of the jobs."},
+    {"operation", "An operation on the sensor that a command has started: whether it has ended, and how."},
+    {"operations", "The last operations that commands of the sensor and its jobs have started."},
     {"registerAssembly", "A register assembly of a service: the blocks in its address space."},
 };
 

@@ -8,6 +8,7 @@
 #include "Sensor/Http/MediaTypes.h"
 #include "Sensor/Http/Problem.h"
 #include "Sensor/Http/RequestTarget.h"
+#include "Vor/ByteVector.h"
 #include "Vor/DocumentErrors.h"
 #include "Vor/Exception.h"
 #include "Vor/JsonText.h"
@@ -392,6 +393,10 @@ void ResourceGateway::Read(const CallPointer& call) {
 void ResourceGateway::MakeDocument(const CallPointer& call) {
     const std::string& path = call->target.path;
     Run(call, {Verb::Read, path, {}, call->wantsSchema, call->target.query}, [this, call](Answer answer) {
+        if (answer.document.GetKind() == VorDataTree::Kind::Binary) {
+            SendBytes(*call, answer.document);
+            return;
+        }
         const auto document = Document(*call, call->target.path, std::move(answer));
         const auto isExpanded = [&](const HalDocument::Embedded& part) {
             return std::ranges::find(call->expanded, part.link.relation) != call->expanded.end();
@@ -449,6 +454,14 @@ void ResourceGateway::Send(const CallPointer& call, const std::shared_ptr<HalDoc
                                  .fields = std::move(call->fields),
                                  .body = Budget::Hold(std::move(text), std::move(call->share))});
     });
+}
+
+void ResourceGateway::SendBytes(const Call& call, const VorDataTree& document) {
+    const Vor::Properties::ByteVector bytes = document.AsBinary();
+    call.share->Change(bytes.Size());
+    call.responder.Respond(
+        {.fields = {{"Content-Type", "application/octet-stream"}, {"Cache-Control", "no-store"}},
+         .body = Budget::Hold({reinterpret_cast<const char*>(bytes.Data()), bytes.Size()}, call.share)});
 }
 
 std::shared_ptr<HalDocument> ResourceGateway::Document(Call& call, const std::string& path, Answer answer) {

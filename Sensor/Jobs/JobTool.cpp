@@ -1,5 +1,6 @@
 #include "Sensor/Jobs/JobTool.h"
 
+#include "Sensor/Jobs/JobFiles.h"
 #include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/PrintableText.h"
 #include "Sensor/StartError.h"
@@ -80,19 +81,7 @@ void JobTool::Run(const JobCommand& command) {
 }
 
 void JobTool::List(const JobCommand& command) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        const std::string fileName = entry->path().filename().string();
-        if (!fileName.starts_with('.') && JobFormat::JobNameOf(fileName) != fileName) {
-            names.push_back(JobFormat::JobNameOf(fileName));
-        }
-    }
-    if (error && error != std::errc::no_such_file_or_directory) {
-        throw StartError("jobs list: " + folder.string() + ": " + error.message() + ".");
-    }
-    std::sort(names.begin(), names.end());
+    const std::vector<std::string> names = JobFiles(folder).Names();
     if (command.format == "json") {
         PrintJsonList(names);
     } else if (names.empty()) {

@@ -4,15 +4,23 @@
 #include "Sensor/Resources/EntryResource.h"
 #include "Sensor/Resources/EventsResource.h"
 #include "Sensor/Resources/HealthResource.h"
+#include "Sensor/Resources/JobChangesResource.h"
+#include "Sensor/Resources/JobCommandResource.h"
+#include "Sensor/Resources/JobFileResource.h"
+#include "Sensor/Resources/JobsResource.h"
 #include "Sensor/Resources/LogResource.h"
 #include "Sensor/Resources/LogWatch.h"
+#include "Sensor/Resources/OperationProperties.h"
+#include "Sensor/Resources/OperationsResource.h"
 #include "Sensor/Resources/ProblemList.h"
 #include "Sensor/Resources/ProblemsResource.h"
 #include "Sensor/Resources/ScanDocuments.h"
 #include "Sensor/Resources/ScanHistoryResource.h"
 #include "Sensor/Resources/ScanResource.h"
+#include "Sensor/Resources/SensorCommandResource.h"
 #include "Sensor/Resources/SensorResource.h"
 #include "Sensor/Resources/SourcesResource.h"
+#include "VorApi/Notification.h"
 #include "VorApi/RoutedResource.h"
 
 #include <nlohmann/json.hpp>
@@ -32,7 +40,25 @@ struct SensorDir::Impl {
         , log(router, "/sensor/log", environ.log)
         , sources(router, "/sensor/sources", environ.sensor)
         , scan(router, "/sensor/scan", scanDocuments)
-        , scanHistory(router, "/sensor/scan/history", scanDocuments) {}
+        , scanHistory(router, "/sensor/scan/history", scanDocuments)
+        , operations(environ)
+        , commands(router, "/sensor/commands/:command", operations)
+        , lastOperations(router, "/sensor/operations/:operation", operations)
+        , sensorJobs(environ.persistence)
+        , fileTasks(environ.persistence)
+        , jobsEnviron({sensorJobs, fileTasks, environ.persistence, operations,
+                       [&streams] { streams.Notice(VorApi::Notification::Reload, "/sensor/jobs"); }})
+        , jobs(router, "/sensor/jobs/:job", jobsEnviron)
+        , jobCommands(router, "/sensor/jobs/:job/commands/:command", jobsEnviron)
+        , jobFiles(router, "/sensor/jobs/:job/file", jobsEnviron)
+        , jobChanges(router, "/sensor/jobs/loaded/changes", jobsEnviron) {
+        operations.EndedEvent().Add([this, &streams](const Operation& operation) {
+            streams.Notice(VorApi::Notification::Changed, OperationProperties::PathOf(operation));
+            if (operation.command == "load") {
+                jobsEnviron.changed();
+            }
+        });
+    }
 
     ProblemList problemList;
     LogWatch logWatch;
@@ -47,6 +73,16 @@ struct SensorDir::Impl {
     VorApi::RoutedResource<SourcesResource> sources;
     VorApi::RoutedResource<ScanResource> scan;
     VorApi::RoutedResource<ScanHistoryResource> scanHistory;
+    OperationRunner operations;
+    VorApi::RoutedResource<SensorCommandResource> commands;
+    VorApi::RoutedResource<OperationsResource> lastOperations;
+    SensorJobs sensorJobs;
+    FileTasks fileTasks;
+    const JobsEnviron jobsEnviron;
+    VorApi::RoutedResource<JobsResource> jobs;
+    VorApi::RoutedResource<JobCommandResource> jobCommands;
+    VorApi::RoutedResource<JobFileResource> jobFiles;
+    VorApi::RoutedResource<JobChangesResource> jobChanges;
 };
 
 SensorDir::SensorDir(VorApi::ResourceRouter& router, const SensorEnviron& environ, Http::EventStreams& streams)

@@ -14,6 +14,7 @@ class ProblemsManager;
 } // namespace VorCommon
 
 namespace VorControl {
+class ControlModule;
 class IControlInstance;
 class IControlManager;
 } // namespace VorControl
@@ -33,6 +34,7 @@ struct SensorEnviron {
     VorCommon::ProblemsManager& problems;
     VirtualSensor& sensor;
     const LogHistory& log;
+    VorControl::ControlModule& module; ///< of the services
 };
 
 /// A service of the sensor, briefly.

@@ -39,7 +39,8 @@ void SensorResource::Document(const VorApi::RequestInfoEx& request, VorApi::Resp
         response.Link("vor:service", document.services.At(i).path.Get(), true, VorApi::VorDataTree());
     }
     for (const auto& [relation, path] :
-         {std::pair("vor:sensorProblems", "/sensor/problems"), std::pair("vor:log", "/sensor/log"),
+         {std::pair("vor:operations", "/sensor/operations"), std::pair("vor:jobs", "/sensor/jobs"),
+          std::pair("vor:sensorProblems", "/sensor/problems"), std::pair("vor:log", "/sensor/log"),
           std::pair("vor:scan", "/sensor/scan"), std::pair("vor:sources", "/sensor/sources")}) {
         response.Link(relation, path, false, VorApi::VorDataTree());
     }

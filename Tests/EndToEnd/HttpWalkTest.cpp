@@ -76,11 +76,12 @@ TEST(HttpWalk, FindsEveryResourceAndNoDeadLink) {
             missed.insert(route);
         }
     }
-    // There is no open stream, no service has commands of its own, and Modbus has no output map.
-    EXPECT_EQ(missed, (Texts{"/controls/ascii/commands", "/controls/ascii/commands/:command",
-                             "/controls/modbus/commands", "/controls/modbus/commands/:command",
-                             "/controls/modbus/outputs", "/controls/modbus/outputs/commands",
-                             "/controls/modbus/outputs/commands/:command", "/events/:stream"}));
+    // There is no open stream and no operation, no service has commands of its own, and Modbus has no output map.
+    EXPECT_EQ(
+        missed,
+        (Texts{"/controls/ascii/commands", "/controls/ascii/commands/:command", "/controls/modbus/commands",
+               "/controls/modbus/commands/:command", "/controls/modbus/outputs", "/controls/modbus/outputs/commands",
+               "/controls/modbus/outputs/commands/:command", "/events/:stream", "/sensor/operations/:operation"}));
 }
 
 } // namespace

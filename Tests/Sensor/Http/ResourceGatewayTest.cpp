@@ -98,6 +98,18 @@ TEST_F(ResourceGatewayTest, WhoPrefersNotToWaitIsAnsweredWithWhatGoesOn) {
     }
 }
 
+TEST_F(ResourceGatewayTest, ADocumentOfBytesIsSentAsItIs) {
+    const std::string bytes("\0\xff{}", 4);
+    free.onDocument = [&](const VorApi::RequestInfoEx&, VorApi::ResponseInfoEx&, VorApi::VorDataTree& data) {
+        data.Set(Vor::Properties::ByteVector(bytes.data(), bytes.size()));
+    };
+    const HttpResponse response = Get("/free");
+    EXPECT_EQ(response.status, 200U);
+    EXPECT_EQ(response.fields.Find("Content-Type"), "application/octet-stream");
+    EXPECT_EQ(response.fields.Find("Cache-Control"), "no-store");
+    EXPECT_EQ(*response.body, bytes);
+}
+
 TEST_F(ResourceGatewayTest, AResourceMayDeleteWithoutCreating) {
     notes.texts["a"] = "Hi";
     notes.creates = false;

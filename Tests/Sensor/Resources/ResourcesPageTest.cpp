@@ -45,13 +45,6 @@ protected:
         }
         return answer;
     }
-    void Invoke(const std::string& path, const json& arguments) {
-        const VorRest::Answer answer =
-            Ask({.verb = VorRest::Verb::Invoke, .path = path, .body = VorApi::VorDataTree::FromJson(arguments)});
-        if (answer.failure != nullptr) {
-            std::rethrow_exception(answer.failure);
-        }
-    }
     json Document(const std::string& path) { return Read(path, true).ToJson(); }
 
     /// The second column, without the quotation marks of code, of the table with these titles.
@@ -198,6 +191,26 @@ TEST_F(ResourcesPage, ListsTheMembersOfTheScan) {
     const json history = Document("/sensor/scan/history");
     EXPECT_EQ(Documented("Member of the history of the scan", "Type"), Members(history));
     EXPECT_EQ(Documented("Member of a column", "Type"), Members(FirstOf(history, "columns")));
+}
+
+TEST_F(ResourcesPage, ListsTheCommandsOfTheSensor) {
+    EXPECT_EQ(Documented("Command of the sensor", "Parameters"), Commands("/sensor/commands"));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfAJobAndItsChanges) {
+    EXPECT_EQ(Documented("Command of a job", "Parameters"), Commands("/sensor/jobs/test/commands"));
+    EXPECT_EQ(Documented("Member of a job", "Type"), Members(Document("/sensor/jobs/test")));
+    const json changes = Document("/sensor/jobs/loaded/changes");
+    EXPECT_EQ(Documented("Member of the changes", "Type"), Members(changes));
+    EXPECT_EQ(Documented("Member of a change", "Type"), Members(FirstOf(changes, "changes")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfAnOperation) {
+    Invoke("/sensor/jobs/test/commands/save");
+    Invoke("/sensor/jobs/test/commands/load");
+    const json operation = Document("/sensor/operations/1");
+    EXPECT_EQ(Documented("Member of an operation", "Type"), Members(operation));
+    EXPECT_EQ(Documented("Member of a note", "Type"), Members(FirstOf(operation, "notes")));
 }
 
 TEST_F(ResourcesPage, ListsTheMembersOfTheEvents) {

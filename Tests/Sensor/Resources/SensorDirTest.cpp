@@ -1,6 +1,5 @@
 #include "Sensor/Resources/SensorDir.h"
 
-#include "Sensor/Http/ResponderTarget.h"
 #include "Sensor/Scan/ProfileMeasurement.h"
 #include "Tests/Sensor/Resources/SensorFixture.h"
 
@@ -54,13 +53,6 @@ protected:
             }
         });
     }
-};
-
-class NoConnection : public Http::Responder::Target {
-public:
-    void Respond(Http::HttpResponse) override {}
-    bool IsWanted() const override { return false; }
-    void Wake() override {}
 };
 
 TEST_F(SensorDirTest, TheEntrySaysWhoAnswersAndLinksToAll) {
@@ -118,6 +110,7 @@ TEST_F(SensorDirTest, TheSensorShowsItsState) {
                                              {"path", "/controls/a"}}));
     EXPECT_EQ(LinksOf("/sensor"),
               (std::vector<std::string>{"vor:service[] /controls/a", "vor:service[] /controls/b",
+                                        "vor:operations /sensor/operations", "vor:jobs /sensor/jobs",
                                         "vor:sensorProblems /sensor/problems", "vor:log /sensor/log",
                                         "vor:scan /sensor/scan", "vor:sources /sensor/sources"}));
 }

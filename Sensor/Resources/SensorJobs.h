@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Sensor/Jobs/JobChanges.h"
+#include "Sensor/Jobs/JobFiles.h"
+#include "VorCommon/ArchiveFile.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace VorCommon {
+class PersistManager;
+}
+
+namespace Sensor::Resources {
+
+/// The files of the jobs of a running sensor. For the persistence thread, on which no job is loaded or saved meanwhile,
+/// unless said otherwise.
+class SensorJobs {
+public:
+    struct Job {
+        Jobs::JobFiles::Description file;
+        bool isLoaded;
+        bool isDefault;
+    };
+    using Existing = VorCommon::ArchiveFile::Existing;
+
+    static constexpr std::size_t MaxCount = 1000;
+
+    /// The manager outlives this.
+    explicit SensorJobs(const VorCommon::PersistManager& persistence);
+
+    /// Those that Has. On any thread.
+    std::vector<std::string> Names() const;
+    /// Whether that is the name of a job, the loaded one also while it has no file. On any thread.
+    bool Has(const std::string& name) const;
+    /// On any thread.
+    bool IsLoaded(const std::string& name) const;
+    /// The name of a job that a client wants to make, without the extension. Throws a Vor::Exception for a bad name,
+    /// for a job that exists unless it may be replaced, and when there are too many. On any thread.
+    std::string RequireFree(const std::string& name, Existing existing) const;
+
+    /// Throws a Vor::Exception when there is no such job, or it has no file. On any thread.
+    void RequireFile(const std::string& name) const;
+
+    /// The whole archive, also of the loaded job.
+    std::vector<unsigned char> Archive(const std::string& name) const;
+    /// Throws a Vor::Exception when there is no such job.
+    Job Describe(const std::string& name) const;
+    /// All throw a Vor::Exception when the loaded job would be replaced or removed.
+    void Copy(const std::string& name, const std::string& newName, Existing existing) const;
+    /// The default job stays the default.
+    void Rename(const std::string& name, const std::string& newName, Existing existing) const;
+    /// Also refuses the default job.
+    void Delete(const std::string& name) const;
+    void SetDefault(const std::string& name) const;
+    /// What differs between the file of the loaded job and the content that it would have after a save.
+    Jobs::JobChanges ChangesOf(const VorCommon::ArchiveFile::Entries& content) const;
+
+private:
+    std::string Default() const;
+    void RequireNotLoaded(const std::string& name, const char* action) const;
+
+    const VorCommon::PersistManager& persistence;
+    const Jobs::JobFiles files;
+    const std::string workspace;
+};
+
+} // namespace Sensor::Resources
