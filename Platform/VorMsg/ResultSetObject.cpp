@@ -9,6 +9,7 @@
 #include <memory>
 #include <utility>
 
+static_assert(sizeof(ResultSetObject) <= 64, "a set is one cache line");
 static_assert(alignof(ResultSetObject) >= alignof(ResultItemObject), "the first chunk begins behind the set");
 
 BlockCache* ResultSetObject::CacheOf(yAllocator allocator, unsigned firstBits) {
@@ -42,22 +43,26 @@ void ResultSetObject::Delete(void* handle) {
 ResultSetObject::ResultSetObject(yAllocator allocator, unsigned firstBits)
     : yObject(yType_ResultSet)
     , allocator(allocator)
-    , firstBits(firstBits) {
-    chunks[0] = reinterpret_cast<ResultItemObject*>(this + 1);
-    next = chunks[0];
-    end = next + SizeOf(0);
-}
+    , firstBits(firstBits)
+    , next(FirstChunk())
+    , end(next + SizeOf(0)) {}
 
 ResultSetObject::~ResultSetObject() {
     std::size_t left = count;
-    std::destroy_n(chunks[0], std::min(left, SizeOf(0)));
-    left -= std::min(left, SizeOf(0));
+    std::destroy_n(FirstChunk(), std::min(left, SizeOf(0)));
+    if (laterChunks == nullptr) {
+        return;
+    }
+    left -= SizeOf(0);
     for (std::size_t chunk = 1; left > 0; ++chunk) {
         const std::size_t used = std::min(left, SizeOf(chunk));
-        std::destroy_n(chunks[chunk], used);
-        yMemory_Free(allocator, chunks[chunk], SizeOf(chunk) * sizeof(ResultItemObject));
+        std::destroy_n(Chunk(chunk), used);
         left -= used;
+        if (chunk > 1) {
+            yMemory_Free(allocator, Chunk(chunk), SizeOf(chunk) * sizeof(ResultItemObject));
+        }
     }
+    yMemory_Free(allocator, laterChunks, sizeof(LaterChunks) + SizeOf(1) * sizeof(ResultItemObject));
 }
 
 bool ResultSetObject::Grow() {
@@ -66,8 +71,14 @@ bool ResultSetObject::Grow() {
         return false;
     }
     const std::size_t size = SizeOf(chunk);
-    chunks[chunk] = static_cast<ResultItemObject*>(yMemory_Allocate(allocator, size * sizeof(ResultItemObject)));
-    next = chunks[chunk];
+    const std::size_t bytes = size * sizeof(ResultItemObject);
+    if (chunk == 1) {
+        laterChunks = new (yMemory_Allocate(allocator, sizeof(LaterChunks) + bytes)) LaterChunks;
+        next = reinterpret_cast<ResultItemObject*>(laterChunks + 1);
+    } else {
+        next = static_cast<ResultItemObject*>(yMemory_Allocate(allocator, bytes));
+    }
+    (*laterChunks)[chunk - 1] = next;
     end = next + size;
     return true;
 }

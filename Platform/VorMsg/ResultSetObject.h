@@ -10,7 +10,8 @@
 class BlockCache;
 
 /// What a `ResultSet` points to. Items lie in chunks, so that adding never moves them and a set costs few allocations:
-/// the first chunk is after the set in the same allocation, each later one makes the set four times as large.
+/// the first chunk is after the set in the same allocation, each later one makes the set four times as large. It is one
+/// cache line, since each service's copy of a frame goes from the publisher's core to the service's and back.
 class ResultSetObject : public yObject {
 public:
     /// The first chunk has room for `capacity` items.
@@ -30,9 +31,9 @@ public:
     }
 
     /// `index` is below `count`.
-    ResultItemObject* At(std::size_t index) const {
+    ResultItemObject* At(std::size_t index) {
         const std::size_t chunk = ChunkOf(index);
-        return chunks[chunk] + (index - BeginOf(chunk));
+        return Chunk(chunk) + (index - BeginOf(chunk));
     }
 
     const yAllocator allocator;
@@ -44,10 +45,13 @@ private:
     static constexpr unsigned CachedSizes = 7;                     ///< sets made for up to 64 items
     static constexpr std::size_t CacheSize = std::size_t(1) << 20; ///< bytes of freed sets of one size
 
+    /// Those after the first, set as far as `next` has come. It is in front of the first of them.
+    using LaterChunks = std::array<ResultItemObject*, MaxChunks - 1>;
+
     const unsigned firstBits; ///< the first chunk has 2^firstBits items
     ResultItemObject* next;   ///< where the next item goes, unless it is the end of the last chunk
     ResultItemObject* end;
-    std::array<ResultItemObject*, MaxChunks> chunks; ///< set as far as `next` has come: most sets have one
+    LaterChunks* laterChunks = nullptr; ///< null for most sets, which have one chunk
 
     ResultSetObject(yAllocator allocator, unsigned firstBits);
     ~ResultSetObject();
@@ -55,6 +59,8 @@ private:
     static constexpr std::size_t SizeInMemory(unsigned firstBits) {
         return sizeof(ResultSetObject) + (sizeof(ResultItemObject) << firstBits);
     }
+    ResultItemObject* FirstChunk() { return reinterpret_cast<ResultItemObject*>(this + 1); }
+    ResultItemObject* Chunk(std::size_t chunk) { return chunk == 0 ? FirstChunk() : (*laterChunks)[chunk - 1]; }
     std::size_t ChunkOf(std::size_t index) const {
         return (static_cast<std::size_t>(std::bit_width(index >> firstBits)) + 1) / 2;
     }

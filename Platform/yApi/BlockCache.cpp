@@ -11,6 +11,8 @@ constexpr bool KeepsBlocks = false; // so that the use of a freed block is detec
 constexpr bool KeepsBlocks = true;
 #endif
 
+constexpr std::align_val_t CacheLine{64};
+
 } // namespace
 
 void* BlockCache::Allocate() {
@@ -19,12 +21,12 @@ void* BlockCache::Allocate() {
         memory = Reuse();
         inUse.store(false, std::memory_order_release);
     }
-    return memory != nullptr ? memory : ::operator new(blockSize);
+    return memory != nullptr ? memory : ::operator new(blockSize, CacheLine);
 }
 
 void BlockCache::Free(void* memory) {
     if (!KeepsBlocks || freedCount.fetch_add(1, std::memory_order_relaxed) >= mostBlocks) {
-        ::operator delete(memory);
+        ::operator delete(memory, CacheLine);
         return;
     }
     auto* const block = new (memory) Block{freed.load(std::memory_order_relaxed)};

@@ -5,7 +5,8 @@
 
 /// Blocks of the heap, all of one size, that are kept when they are freed and given out again: for objects that one
 /// thread makes at a high rate and others free, for which the heap is slow. All calls are safe from any thread and
-/// never wait. It keeps at most about twice `mostBlocks` blocks, to the end of the process.
+/// never wait. A block begins a cache line, which no other thread's block shares. It keeps at most about twice
+/// `mostBlocks` blocks, to the end of the process.
 class BlockCache {
 public:
     constexpr BlockCache(std::size_t blockSize, std::size_t mostBlocks)

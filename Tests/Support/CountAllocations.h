@@ -28,9 +28,20 @@ std::size_t AllocationsOf(const Call& call) {
     }
     throw std::bad_alloc();
 }
+[[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t alignment) {
+    ++Tests::allocations;
+    const auto unit = static_cast<std::size_t>(alignment);
+    if (void* const memory = std::aligned_alloc(unit, (size + unit - 1) / unit * unit)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::align_val_t) noexcept {
     std::free(memory);
 }

@@ -3,7 +3,9 @@
 #include "Tests/Support/CountAllocations.h"
 
 #include <atomic>
+#include <cstdint>
 #include <cstring>
+#include <new>
 #include <set>
 #include <thread>
 #include <vector>
@@ -24,6 +26,7 @@ std::vector<void*> Allocate(BlockCache& cache, std::size_t count) {
     std::vector<void*> blocks(count);
     for (void*& block : blocks) {
         block = cache.Allocate();
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 64, 0U) << "it begins a cache line";
         std::memset(block, 0xff, BlockSize);
     }
     EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), count) << "each block is given out once";
@@ -38,7 +41,7 @@ void Free(BlockCache& cache, const std::vector<void*>& blocks) {
 
 void FreeToHeap(const std::vector<void*>& blocks) {
     for (void* const block : blocks) {
-        ::operator delete(block);
+        ::operator delete(block, std::align_val_t{64});
     }
 }
 
