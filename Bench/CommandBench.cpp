@@ -15,6 +15,7 @@
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
 #include "VorControl/Control/ControlDataCache.h"
+#include "VorControl/Control/ControlDeviceOperations.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorControl/Control/ControlResourceAdaptor.h"
@@ -242,12 +243,13 @@ private:
     VorControl::ControlSystemInterface system{&core, nullptr, nullptr};
     VorControl::ControlScanEngineInterface scanEngine{nullptr};
     VorControl::ControlProtocolOperations operations{system, scanEngine, runtimeCache};
+    VorControl::ControlDeviceOperations deviceOperations{scanEngine};
     VorControl::ControlDataCache cache{system, scanEngine};
     VorApi::ResourceRouter router;
     VorRest::RequestProcessor requests{router};
     VorControl::ControlResourceAdaptor resources{requests};
-    VorControl::ControlHost host{scanResults, operations, cache, resources, platform, runtimeCache,
-                                 &problems,   scanEngine, 1,     2,         3,        nullptr};
+    VorControl::ControlHost host{scanResults, operations,       cache, resources, platform, runtimeCache, &problems,
+                                 scanEngine,  deviceOperations, 1,     2,         3,        nullptr};
     ModbusProtocol service;
 };
 

@@ -8,6 +8,7 @@
 #include "VorCommon/RuntimeCache.h"
 #include "VorCommon/UpdateGate.h"
 #include "VorControl/Control/ControlDataCache.h"
+#include "VorControl/Control/ControlDeviceOperations.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
 #include "VorControl/Control/ControlResourceAdaptor.h"
@@ -127,12 +128,14 @@ private:
     VorControl::ControlSystemInterface systemInterface{nullptr, nullptr, nullptr};
     VorControl::ControlScanEngineInterface scanEngineInterface{nullptr};
     VorControl::ControlProtocolOperations operations{systemInterface, scanEngineInterface, runtimeCache};
+    VorControl::ControlDeviceOperations deviceOperations{scanEngineInterface};
     VorControl::ControlDataCache dataCache{systemInterface, scanEngineInterface};
     VorApi::ResourceRouter router;
     VorRest::RequestProcessor requests{router};
     VorControl::ControlResourceAdaptor resources{requests};
-    VorControl::ControlHost host{scanResults, operations,          dataCache, resources, platform, runtimeCache,
-                                 &problems,   scanEngineInterface, 1,         3190,      3195,     nullptr};
+    VorControl::ControlHost host{scanResults, operations,          dataCache,        resources, platform, runtimeCache,
+                                 &problems,   scanEngineInterface, deviceOperations, 1,         3190,     3195,
+                                 nullptr};
 };
 
 json Saved(Service& service) {

@@ -10,6 +10,7 @@
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
 #include "VorCommon/UpdateGate.h"
+#include "VorControl/Control/ControlDeviceOperations.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlModuleEnviron.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
@@ -64,12 +65,13 @@ public:
         : operations(system, scanEngine, application.runtimeCache)
         , resources(application.requests)
         , host(scanResults, operations, dataCache, resources, application.platform, application.runtimeCache,
-               &application.problems, scanEngine, 4711, 3190, 3195, nullptr) {}
+               &application.problems, scanEngine, deviceOperations, 4711, 3190, 3195, nullptr) {}
 
     FakeSystemInterface system;
     FakeScanEngineInterface scanEngine;
     FakeDataCache dataCache;
     VorControl::ControlProtocolOperations operations;
+    VorControl::ControlDeviceOperations deviceOperations{scanEngine};
     VorControl::ControlResourceAdaptor resources;
     VorControl::ControlHost host;
 };

@@ -28,8 +28,8 @@ ControlHost::ControlHost(IControlScanResults& scanResults, ControlProtocolOperat
                          IControlDataCache& dataCache, IControlResourceAdaptor& resourceAdaptor,
                          VorCommon::IPlatformAttributes& platformAttributes, VorCommon::IRuntimeCache& runtimeCache,
                          VorCommon::ProblemsManager* problemsManager, IControlScanEngineInterface& scanEngineInterface,
-                         std::uint32_t localNodeId, std::uint16_t controlChannelPort, std::uint16_t vdpPort,
-                         void* pipeAllocator)
+                         IControlDeviceOperations& deviceOperations, std::uint32_t localNodeId,
+                         std::uint16_t controlChannelPort, std::uint16_t vdpPort, void* pipeAllocator)
     : scanResults(scanResults)
     , protocolOperations(protocolOperations)
     , dataCache(dataCache)
@@ -38,6 +38,7 @@ ControlHost::ControlHost(IControlScanResults& scanResults, ControlProtocolOperat
     , runtimeCache(runtimeCache)
     , problemsManager(problemsManager)
     , scanEngineInterface(scanEngineInterface)
+    , deviceOperations(deviceOperations)
     , localNodeId(localNodeId)
     , controlChannelPort(controlChannelPort)
     , vdpPort(vdpPort)
@@ -240,6 +241,10 @@ void ControlHost::ReadResource(const std::string& path, std::string& out, unsign
 
 IControlScanEngineInterface& ControlHost::ScanEngineInterface() {
     return scanEngineInterface;
+}
+
+IControlDeviceOperations& ControlHost::DeviceOperations() {
+    return deviceOperations;
 }
 
 std::uint32_t ControlHost::LocalNodeId() {

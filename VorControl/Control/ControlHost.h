@@ -24,8 +24,8 @@ public:
                 IControlDataCache& dataCache, IControlResourceAdaptor& resourceAdaptor,
                 VorCommon::IPlatformAttributes& platformAttributes, VorCommon::IRuntimeCache& runtimeCache,
                 VorCommon::ProblemsManager* problemsManager, IControlScanEngineInterface& scanEngineInterface,
-                std::uint32_t localNodeId, std::uint16_t controlChannelPort, std::uint16_t vdpPort,
-                void* pipeAllocator);
+                IControlDeviceOperations& deviceOperations, std::uint32_t localNodeId, std::uint16_t controlChannelPort,
+                std::uint16_t vdpPort, void* pipeAllocator);
     /// Ends the subscription to data source events if a service still has one.
     ~ControlHost() override;
 
@@ -67,6 +67,7 @@ public:
     void ReadResource(const std::string& path, std::string& out, unsigned long long timeout) override;
 
     IControlScanEngineInterface& ScanEngineInterface() override;
+    IControlDeviceOperations& DeviceOperations() override;
 
     std::uint32_t LocalNodeId() override;
     std::uint16_t ControlChannelPort() override;
@@ -119,6 +120,7 @@ private:
     bool notifying = false;                                    ///< functions of `serviceMap` run
     VorCommon::ProblemsManager* problemsManager;
     IControlScanEngineInterface& scanEngineInterface;
+    IControlDeviceOperations& deviceOperations;
     std::uint32_t localNodeId;
     std::uint16_t controlChannelPort;
     std::uint16_t vdpPort;

@@ -50,11 +50,13 @@ ControlInstance::ControlInstance(const ControlInstanceParams& params)
         [this](bool persist) { ProtocolOutputsInternalUpdateHandler(persist); });
     domainCallback = protocol->AddPersistenceDomainChangeEventHandler(
         [this](VorCommon::PersistDomain domain) { ProtocolPersistenceDomainChangeHandler(domain); });
+    BindControlDeviceManagerEventHandlers();
 }
 
 ControlInstance::~ControlInstance() {
     Vor::CleanUp([this] {
         protocol->RemoveControlScanResultsHandler();
+        UnbindControlDeviceManagerEventHandlers();
         protocol->RemoveParamsInternalUpdateEventHandler(paramsCallback);
         protocol->RemoveOutputsInternalUpdateEventHandler(outputsCallback);
         protocol->RemovePersistenceDomainChangeEventHandler(domainCallback);
@@ -200,6 +202,52 @@ void ControlInstance::RemovePersistenceDomainChangeEventHandler(PersistenceDomai
     persistenceDomainChange.Remove(callback);
 }
 
+ControlInstance::AvailableDeviceListUpdatedEvent::CallbackId
+ControlInstance::AddAvailableDeviceListUpdatedEventHandler(std::function<void(const std::string&)> handler) {
+    return AvailableListEvent().Add(std::move(handler));
+}
+
+void ControlInstance::RemoveAvailableDeviceListUpdatedEventHandler(
+    AvailableDeviceListUpdatedEvent::CallbackId& callback) {
+    AvailableListEvent().Remove(callback);
+}
+
+IControlDeviceManager::AvailableListUpdatedEvent& ControlInstance::AvailableListEvent() const {
+    if (!HasDeviceManager()) {
+        Vor::Throw(yERROR_UNIMPLEMENTED);
+    }
+    return DeviceManager().AvailableDeviceListUpdatedEvent();
+}
+
+ControlInstance::DeviceRegisterAssemblyUpdatedEvent::CallbackId
+ControlInstance::AddDeviceRegisterAssemblyUpdatedEventHandler(
+    std::function<void(const std::string&, const std::string&, const std::string&, const std::string&)> handler) {
+    return deviceRegisterAssemblyUpdated.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveDeviceRegisterAssemblyUpdatedEventHandler(
+    DeviceRegisterAssemblyUpdatedEvent::CallbackId& callback) {
+    deviceRegisterAssemblyUpdated.Remove(callback);
+}
+
+ControlInstance::DeviceUpdatedEvent::CallbackId ControlInstance::AddDeviceUpdatedEventHandler(
+    std::function<void(const std::string&, const std::string&, bool)> handler) {
+    return deviceUpdated.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveDeviceUpdatedEventHandler(DeviceUpdatedEvent::CallbackId& callback) {
+    deviceUpdated.Remove(callback);
+}
+
+ControlInstance::DeviceRemovedEvent::CallbackId ControlInstance::AddDeviceRemovedEventHandler(
+    std::function<void(const std::string&, const std::string&, bool)> handler) {
+    return deviceRemoved.Add(std::move(handler));
+}
+
+void ControlInstance::RemoveDeviceRemovedEventHandler(DeviceRemovedEvent::CallbackId& callback) {
+    deviceRemoved.Remove(callback);
+}
+
 ControlInstance::EnabledEvent::CallbackId
 ControlInstance::AddEnabledEventHandler(std::function<void(const std::string&)> handler) {
     return enabledEvent.Add(std::move(handler));
@@ -219,6 +267,38 @@ void ControlInstance::ProtocolOutputsInternalUpdateHandler(bool persist) {
 
 void ControlInstance::ProtocolPersistenceDomainChangeHandler(VorCommon::PersistDomain domain) {
     persistenceDomainChange.Raise(domain);
+}
+
+void ControlInstance::BindControlDeviceManagerEventHandlers() {
+    if (!HasDeviceManager()) {
+        return;
+    }
+    deviceRemovedCallback = DeviceManager().SelectedDeviceRemovedEvent().Add(
+        [this](const ControlSelectedDeviceProp&, const std::string& deviceId, bool persist) {
+            SelectedDeviceRemovedHandler(deviceId, persist);
+        });
+    deviceUpdatedCallback = DeviceManager().SelectedDeviceUpdatedEvent().Add(
+        [this](const ControlSelectedDeviceProp&, const std::string& deviceId) {
+            SelectedDeviceUpdatedHandler(deviceId);
+        });
+}
+
+// The manager raises these events with its lock held, so with the lock a handler that runs is waited for.
+void ControlInstance::UnbindControlDeviceManagerEventHandlers() {
+    if (!HasDeviceManager()) {
+        return;
+    }
+    const DeviceManagerLock lock(DeviceManager());
+    DeviceManager().SelectedDeviceRemovedEvent().Remove(deviceRemovedCallback);
+    DeviceManager().SelectedDeviceUpdatedEvent().Remove(deviceUpdatedCallback);
+}
+
+void ControlInstance::SelectedDeviceRemovedHandler(const std::string& deviceId, bool persist) {
+    deviceRemoved.Raise(id, deviceId, persist);
+}
+
+void ControlInstance::SelectedDeviceUpdatedHandler(const std::string& deviceId) {
+    deviceUpdated.Raise(id, deviceId, false);
 }
 
 template <class Operation>
@@ -276,6 +356,16 @@ void ControlInstance::EndUpdateRegisterAssembly(const char* assemblyId) {
         protocol->EndUpdateRegisterAssembly(PersistDomain::Job, assemblyId, version);
     }
     registerAssemblyUpdated.Raise(id, assemblyId);
+}
+
+void ControlInstance::BeginUpdateDeviceRegisterAssembly() {
+    updateGate.Enter(UpdateFlag);
+}
+
+void ControlInstance::EndUpdateDeviceRegisterAssembly(const std::string& deviceId, const std::string& portId,
+                                                      const std::string& assemblyId) {
+    const Vor::AtScopeEnd leaveGate([this] { updateGate.Leave(UpdateFlag); });
+    deviceRegisterAssemblyUpdated.Raise(id, deviceId, portId, assemblyId);
 }
 
 VorCommon::IMetricsKeeper& ControlInstance::MetricsKeeper() {
@@ -413,11 +503,40 @@ void ControlInstance::RegisterAssemblyEndLock(const char* assemblyId) {
 }
 
 void ControlInstance::RegisterAssemblyUpdate(const char* assemblyId) {
-    if (!HasRegisterAssemblyGroup()) {
+    if (!HasRegisterAssemblyGroup() && !HasDeviceManager()) {
         return;
     }
     protocol->RegisterAssemblyUpdate(assemblyId);
     scanResults.UpdateOutputMap(id, protocol->DataSourceList());
+}
+
+bool ControlInstance::HasDeviceManager() const {
+    return protocol->HasDeviceManager();
+}
+
+IControlDeviceManager& ControlInstance::DeviceManager() const {
+    return protocol->DeviceManager();
+}
+
+void ControlInstance::BeginUpdateDeviceManager() {
+    updateGate.Enter(UpdateFlag);
+}
+
+void ControlInstance::EndUpdateDeviceManager() {
+    const Vor::AtScopeEnd leaveGate([this] { updateGate.Leave(UpdateFlag); });
+    deviceUpdated.Raise(id, std::string(), true);
+}
+
+void ControlInstance::DeviceManagerBeginLock() {
+    if (HasDeviceManager()) {
+        DeviceManager().BeginLock();
+    }
+}
+
+void ControlInstance::DeviceManagerEndLock() {
+    if (HasDeviceManager()) {
+        DeviceManager().EndLock();
+    }
 }
 
 void ControlInstance::ResetInstance(bool keepEnabled, DataToReset data) {
@@ -429,6 +548,9 @@ void ControlInstance::ResetInstance(bool keepEnabled, DataToReset data) {
     }
     if ((data == DataToReset::RegisterAssemblies || data == DataToReset::All) && HasRegisterAssemblyGroup()) {
         protocol->ConfigureDefaultRegisterAssembly();
+    }
+    if ((data == DataToReset::DeviceManager || data == DataToReset::All) && HasDeviceManager()) {
+        DeviceManager().Reset();
     }
 }
 

@@ -5,6 +5,7 @@
 #include "VorCommon/ProblemsTracker.h"
 #include "VorControl/Control/ControlInstanceMetrics.h"
 #include "VorControl/Control/ControlInstanceParams.h"
+#include "VorControl/Control/IControlDeviceManager.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/IProtocol.h"
 
@@ -39,6 +40,20 @@ public:
     PersistenceDomainChangeEvent::CallbackId
     AddPersistenceDomainChangeEventHandler(std::function<void(VorCommon::PersistDomain)> handler) override;
     void RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId& callback) override;
+    AvailableDeviceListUpdatedEvent::CallbackId
+    AddAvailableDeviceListUpdatedEventHandler(std::function<void(const std::string&)> handler) override;
+    void RemoveAvailableDeviceListUpdatedEventHandler(AvailableDeviceListUpdatedEvent::CallbackId& callback) override;
+    DeviceRegisterAssemblyUpdatedEvent::CallbackId AddDeviceRegisterAssemblyUpdatedEventHandler(
+        std::function<void(const std::string&, const std::string&, const std::string&, const std::string&)> handler)
+        override;
+    void
+    RemoveDeviceRegisterAssemblyUpdatedEventHandler(DeviceRegisterAssemblyUpdatedEvent::CallbackId& callback) override;
+    DeviceUpdatedEvent::CallbackId
+    AddDeviceUpdatedEventHandler(std::function<void(const std::string&, const std::string&, bool)> handler) override;
+    void RemoveDeviceUpdatedEventHandler(DeviceUpdatedEvent::CallbackId& callback) override;
+    DeviceRemovedEvent::CallbackId
+    AddDeviceRemovedEventHandler(std::function<void(const std::string&, const std::string&, bool)> handler) override;
+    void RemoveDeviceRemovedEventHandler(DeviceRemovedEvent::CallbackId& callback) override;
 
     std::shared_ptr<Vor::Params::Group> BeginUpdateParameters() override;
     void EndUpdateParameters() override;
@@ -48,6 +63,9 @@ public:
     std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     BeginUpdateRegisterAssembly(const char* assemblyId) override;
     void EndUpdateRegisterAssembly(const char* assemblyId) override;
+    void BeginUpdateDeviceRegisterAssembly() override;
+    void EndUpdateDeviceRegisterAssembly(const std::string& deviceId, const std::string& portId,
+                                         const std::string& assemblyId) override;
 
     VorCommon::IMetricsKeeper& MetricsKeeper() override;
     const VorCommon::IMetricsSource& MetricsSource() override;
@@ -77,6 +95,13 @@ public:
     void RegisterAssemblyBeginLock(const char* assemblyId) override;
     void RegisterAssemblyEndLock(const char* assemblyId) override;
     void RegisterAssemblyUpdate(const char* assemblyId) override;
+
+    bool HasDeviceManager() const override;
+    IControlDeviceManager& DeviceManager() const override;
+    void BeginUpdateDeviceManager() override;
+    void EndUpdateDeviceManager() override;
+    void DeviceManagerBeginLock() override;
+    void DeviceManagerEndLock() override;
 
     void ResetInstance(bool keepEnabled, DataToReset data) override;
 
@@ -114,6 +139,12 @@ private:
     void ProtocolParamsInternalUpdateHandler(bool persist);
     void ProtocolOutputsInternalUpdateHandler(bool persist);
     void ProtocolPersistenceDomainChangeHandler(VorCommon::PersistDomain domain);
+    void BindControlDeviceManagerEventHandlers();
+    void UnbindControlDeviceManagerEventHandlers();
+    void SelectedDeviceRemovedHandler(const std::string& deviceId, bool persist);
+    void SelectedDeviceUpdatedHandler(const std::string& deviceId);
+    /// Fails with yERROR_UNIMPLEMENTED without a device manager.
+    IControlDeviceManager::AvailableListUpdatedEvent& AvailableListEvent() const;
     /// Enters the gate and calls the operation. If that throws, the gate is left.
     template <class Operation>
     auto BeginUpdate(const Operation& operation);
@@ -137,6 +168,9 @@ private:
     OutputsUpdatedEvent outputsUpdated;
     RegisterAssemblyUpdatedEvent registerAssemblyUpdated;
     PersistenceDomainChangeEvent persistenceDomainChange;
+    DeviceRegisterAssemblyUpdatedEvent deviceRegisterAssemblyUpdated;
+    DeviceUpdatedEvent deviceUpdated;
+    DeviceRemovedEvent deviceRemoved;
     EnabledEvent enabledEvent;
     ControlInstanceMetrics metrics;
     VorCommon::ProblemsManager* problemsManager;
@@ -144,6 +178,8 @@ private:
     ControlProtocol::IProtocol::ParamsInternalUpdateEvent::CallbackId paramsCallback;
     ControlProtocol::IProtocol::OutputsInternalUpdateEvent::CallbackId outputsCallback;
     ControlProtocol::IProtocol::PersistenceDomainChangeEvent::CallbackId domainCallback;
+    IControlDeviceManager::DeviceRemovedEvent::CallbackId deviceRemovedCallback;
+    IControlDeviceManager::DeviceUpdatedEvent::CallbackId deviceUpdatedCallback;
 };
 
 } // namespace VorControl

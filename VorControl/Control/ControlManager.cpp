@@ -40,10 +40,11 @@ ControlManager::ControlManager(ControlRegistry& registry, IControlScanResults& s
     , systemInterface(environ.core, environ.persistManager, environ.pipeManager)
     , scanEngineInterface(environ.scanEngineManager)
     , protocolOperations(systemInterface, scanEngineInterface, *environ.runtimeCache)
+    , deviceOperations(scanEngineInterface)
     , dataCache(systemInterface, scanEngineInterface)
     , resourceAdaptor(*environ.requestProcessor)
     , host(scanResults, protocolOperations, dataCache, resourceAdaptor, *environ.platformAttributes,
-           *environ.runtimeCache, environ.problemsManager, scanEngineInterface, environ.localNodeId,
+           *environ.runtimeCache, environ.problemsManager, scanEngineInterface, deviceOperations, environ.localNodeId,
            environ.controlChannelPort, environ.vdpPort, environ.pipeAllocator) {
     protocolEnviron.controlHost = &host;
     CreateAll();
@@ -103,6 +104,17 @@ void ControlManager::BindEvents(IControlInstance& instance) {
     instance.AddRegisterAssemblyUpdatedEventHandler(
         [this](const std::string&, const std::string&) { SetPersistenceFileModified(PersistDomain::Job); });
     instance.AddPersistenceDomainChangeEventHandler([this](PersistDomain domain) { NotifyDomainChange(domain); });
+    instance.AddDeviceRegisterAssemblyUpdatedEventHandler(
+        [this](const std::string&, const std::string&, const std::string&, const std::string&) {
+            SetPersistenceFileModified(PersistDomain::Job);
+        });
+    const auto deviceChanged = [this](const std::string&, const std::string&, bool persist) {
+        if (persist) {
+            SetPersistenceFileModified(PersistDomain::Job);
+        }
+    };
+    instance.AddDeviceUpdatedEventHandler(deviceChanged);
+    instance.AddDeviceRemovedEventHandler(deviceChanged);
 }
 
 void ControlManager::CreateAll() {

@@ -2,6 +2,7 @@
 
 #include "Vor/LocatedFormat.h"
 #include "VorControl/Control/ControlDataCache.h"
+#include "VorControl/Control/ControlDeviceOperations.h"
 #include "VorControl/Control/ControlHost.h"
 #include "VorControl/Control/ControlModuleEnviron.h"
 #include "VorControl/Control/ControlProtocolOperations.h"
@@ -98,6 +99,7 @@ private:
     ControlSystemInterface systemInterface;
     ControlScanEngineInterface scanEngineInterface;
     ControlProtocolOperations protocolOperations;
+    ControlDeviceOperations deviceOperations;
     ControlDataCache dataCache;
     ControlResourceAdaptor resourceAdaptor;
     ControlHost host;

@@ -4,6 +4,7 @@
 #include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
 #include "VorCommon/IMetricsKeeper.h"
+#include "VorControl/Control/IControlDeviceManager.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/IControlManager.h"
 #include "yApi/yStatus.h"
@@ -86,7 +87,12 @@ void ControlMetrics::UpdateMetrics() {
     for (const std::string& id : manager.List()) {
         try {
             IControlInstance& instance = manager.GetInstance(id);
-            if (instance.IsEnabled()) {
+            if (!instance.IsEnabled()) {
+                continue;
+            }
+            if (instance.HasDeviceManager()) {
+                instance.DeviceManager().UpdateDevicePortMetrics();
+            } else {
                 instance.MetricsKeeper().UpdateMetrics();
             }
         } catch (...) {
@@ -99,7 +105,12 @@ void ControlMetrics::UpdateMetrics() {
 }
 
 const IMetricsSource& ControlMetrics::ResolveReport(const ControlMetricsKey& key) {
-    return manager.GetInstance(key.ProtocolName()).MetricsSource();
+    IControlInstance& instance = manager.GetInstance(key.ProtocolName());
+    const bool isPort = !key.DeviceId().empty() || !key.PortId().empty();
+    if (isPort && instance.HasDeviceManager()) {
+        return instance.DeviceManager().DevicePortMetricsSource(key.DeviceId(), key.PortId());
+    }
+    return instance.MetricsSource();
 }
 
 // A handler may remove this key or another one, so the walk is over a copy of the keys.

@@ -17,6 +17,8 @@ class ProblemsManager;
 
 namespace VorControl {
 
+class IControlDeviceOperations;
+
 /// What the system offers to a service. All services share one host, which outlives them. `serviceId` is the id of the
 /// calling service. Each operation runs on the caller's thread; the accessors return values that don't change.
 class IControlHost {
@@ -88,6 +90,7 @@ public:
     virtual void ReadResource(const std::string& path, std::string& out, unsigned long long timeout) = 0;
 
     virtual IControlScanEngineInterface& ScanEngineInterface() = 0;
+    virtual IControlDeviceOperations& DeviceOperations() = 0;
 
     virtual std::uint32_t LocalNodeId() = 0;
     virtual std::uint16_t ControlChannelPort() = 0;

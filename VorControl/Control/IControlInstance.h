@@ -25,6 +25,7 @@ class IMetricsSource;
 namespace VorControl {
 
 class ControlInfo;
+class IControlDeviceManager;
 
 namespace ControlProtocol {
 class IProtocolOutput;
@@ -50,6 +51,15 @@ public:
     /// Arguments: instance id, assembly id.
     using RegisterAssemblyUpdatedEvent = Vor::Event<const std::string&, const std::string&>;
     using PersistenceDomainChangeEvent = Vor::Event<VorCommon::PersistDomain>;
+    /// Argument: instance id.
+    using AvailableDeviceListUpdatedEvent = Vor::Event<const std::string&>;
+    /// Arguments: instance id, device id, port id, assembly id.
+    using DeviceRegisterAssemblyUpdatedEvent =
+        Vor::Event<const std::string&, const std::string&, const std::string&, const std::string&>;
+    /// Arguments: instance id, device id, whether the change is to be persisted. The device id is empty when a client
+    /// changed the selection.
+    using DeviceUpdatedEvent = Vor::Event<const std::string&, const std::string&, bool>;
+    using DeviceRemovedEvent = Vor::Event<const std::string&, const std::string&, bool>;
 
     enum class DataToReset : std::uint8_t {
         Params = 0,
@@ -85,6 +95,22 @@ public:
     virtual PersistenceDomainChangeEvent::CallbackId
     AddPersistenceDomainChangeEventHandler(std::function<void(VorCommon::PersistDomain)> handler) = 0;
     virtual void RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId& id) = 0;
+    /// Both fail with yERROR_UNIMPLEMENTED for a service without device manager. Handlers are called as those of
+    /// IControlDeviceManager, and so are those of a device that was updated or removed.
+    virtual AvailableDeviceListUpdatedEvent::CallbackId
+    AddAvailableDeviceListUpdatedEventHandler(std::function<void(const std::string&)> handler) = 0;
+    virtual void RemoveAvailableDeviceListUpdatedEventHandler(AvailableDeviceListUpdatedEvent::CallbackId& id) = 0;
+    virtual DeviceRegisterAssemblyUpdatedEvent::CallbackId AddDeviceRegisterAssemblyUpdatedEventHandler(
+        std::function<void(const std::string&, const std::string&, const std::string&, const std::string&)>
+            handler) = 0;
+    virtual void
+    RemoveDeviceRegisterAssemblyUpdatedEventHandler(DeviceRegisterAssemblyUpdatedEvent::CallbackId& id) = 0;
+    virtual DeviceUpdatedEvent::CallbackId
+    AddDeviceUpdatedEventHandler(std::function<void(const std::string&, const std::string&, bool)> handler) = 0;
+    virtual void RemoveDeviceUpdatedEventHandler(DeviceUpdatedEvent::CallbackId& id) = 0;
+    virtual DeviceRemovedEvent::CallbackId
+    AddDeviceRemovedEventHandler(std::function<void(const std::string&, const std::string&, bool)> handler) = 0;
+    virtual void RemoveDeviceRemovedEventHandler(DeviceRemovedEvent::CallbackId& id) = 0;
 
     /// Enters the update gate and returns the parameters to change. Fails as Params does.
     virtual std::shared_ptr<Vor::Params::Group> BeginUpdateParameters() = 0;
@@ -98,6 +124,10 @@ public:
     virtual std::shared_ptr<ControlProtocol::IProtocolRegisterAssembly>
     BeginUpdateRegisterAssembly(const char* assemblyId) = 0;
     virtual void EndUpdateRegisterAssembly(const char* assemblyId) = 0;
+    /// The update of an assembly of a port of a device, which the device manager returns.
+    virtual void BeginUpdateDeviceRegisterAssembly() = 0;
+    virtual void EndUpdateDeviceRegisterAssembly(const std::string& deviceId, const std::string& portId,
+                                                 const std::string& assemblyId) = 0;
 
     /// The service's figures. Both refer to the same object, which lives as long as the instance.
     virtual VorCommon::IMetricsKeeper& MetricsKeeper() = 0;
@@ -141,8 +171,19 @@ public:
     /// the id without a domain.
     virtual void RegisterAssemblyBeginLock(const char* assemblyId) = 0;
     virtual void RegisterAssemblyEndLock(const char* assemblyId) = 0;
-    /// Notifies the service of the change and updates the filter of its scan results.
+    /// Notifies the service of the change and updates the filter of its scan results. Does nothing for a service
+    /// without register assemblies and device manager. The id is empty when the devices were loaded.
     virtual void RegisterAssemblyUpdate(const char* assemblyId) = 0;
+
+    virtual bool HasDeviceManager() const = 0;
+    /// Fails with yERROR_NOT_FOUND for a service without device manager.
+    virtual IControlDeviceManager& DeviceManager() const = 0;
+    /// The update of the selected devices.
+    virtual void BeginUpdateDeviceManager() = 0;
+    virtual void EndUpdateDeviceManager() = 0;
+    /// Both do nothing for a service without device manager.
+    virtual void DeviceManagerBeginLock() = 0;
+    virtual void DeviceManagerEndLock() = 0;
 
     virtual void ResetInstance(bool keepEnabled, DataToReset data) = 0;
 

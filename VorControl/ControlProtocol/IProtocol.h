@@ -17,8 +17,9 @@
 #include <nlohmann/json_fwd.hpp>
 
 namespace VorControl {
+class IControlDeviceManager;
 class IControlHost;
-}
+} // namespace VorControl
 
 namespace VorCommon {
 class ICommandTarget;
@@ -110,7 +111,9 @@ public:
     /// The commands of the service as a whole, which owns the target; null, the default, when there are none.
     virtual VorCommon::ICommandTarget* CommandTarget() = 0;
 
-    /// Called after a client changed the assembly with that id. "Not implemented" by default.
+    /// Called after a client changed the assembly with that id or, with a device manager, that of a port, and with an
+    /// empty id after the devices were loaded. "Not implemented" by default, so a service with register assemblies or a
+    /// device manager overrides it.
     virtual void RegisterAssemblyUpdate(const char* assemblyId) = 0;
     virtual bool HasRegisterAssemblyCommandTarget() const = 0;
     virtual VorCommon::ICommandTarget& RegisterAssemblyCommandTarget(const char* assemblyId) const = 0;
@@ -120,6 +123,10 @@ public:
     virtual std::shared_ptr<IProtocolRegisterAssembly> RegisterAssembly(const char* assemblyId) const = 0;
     virtual std::vector<std::string> RegisterAssemblyList() const = 0;
     virtual void ConfigureDefaultRegisterAssembly() = 0;
+
+    virtual bool HasDeviceManager() const = 0;
+    /// "Not found" when the service has none.
+    virtual IControlDeviceManager& DeviceManager() const = 0;
 
     /// The names of the data sources that the service needs. The scan results are filtered by them.
     virtual std::vector<std::string> DataSourceList() const = 0;

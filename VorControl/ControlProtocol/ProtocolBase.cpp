@@ -5,6 +5,7 @@
 #include "VorApi/LogThrown.h"
 #include "VorApi/Params/PropertyValue.h"
 #include "VorCommon/IPlatformAttributes.h"
+#include "VorControl/Control/IControlDeviceManager.h"
 #include "VorControl/Control/RunCaught.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssemblyGroup.h"
@@ -65,6 +66,7 @@ void ProtocolBase::Init(const ProtocolInitParams& initParams) {
     outputsCommandTarget = initParams.outputsCommandTarget;
     metrics = initParams.metrics;
     registerAssemblyGroup = initParams.registerAssemblyGroup;
+    deviceManager = initParams.deviceManager;
 }
 
 void ProtocolBase::UpdateMetrics() {
@@ -283,7 +285,22 @@ std::vector<std::string> ProtocolBase::DataSourceList() const {
     if (registerAssemblyGroup != nullptr) {
         return registerAssemblyGroup->DataSourceList();
     }
-    return HasProtocolOutput() ? Outputs().DataSourceList() : std::vector<std::string>();
+    return HasProtocolOutput() ? Outputs().DataSourceList() : DeviceDataSourceList();
+}
+
+std::vector<std::string> ProtocolBase::DeviceDataSourceList() const {
+    return HasDeviceManager() ? DeviceManager().DataSourceList() : std::vector<std::string>();
+}
+
+bool ProtocolBase::HasDeviceManager() const {
+    return deviceManager != nullptr;
+}
+
+IControlDeviceManager& ProtocolBase::DeviceManager() const {
+    if (deviceManager == nullptr) {
+        Vor::Throw(yERROR_NOT_FOUND);
+    }
+    return *deviceManager;
 }
 
 void ProtocolBase::OnPreStartScan() {

@@ -82,7 +82,11 @@ public:
     std::vector<std::string> RegisterAssemblyList() const override;
     void ConfigureDefaultRegisterAssembly() override;
 
-    /// The data sources of the group of register assemblies if there is one, otherwise those of the output map.
+    bool HasDeviceManager() const override;
+    IControlDeviceManager& DeviceManager() const override;
+
+    /// The data sources of the group of register assemblies if there is one, otherwise those of the output map,
+    /// otherwise those of the devices.
     std::vector<std::string> DataSourceList() const override;
 
     void OnPreStartScan() override;
@@ -96,7 +100,8 @@ public:
     nlohmann::json& WorkspacePersistData() override;
     ProtocolPersistOptions PersistOptions(VorCommon::PersistDomain domain) const override;
 
-    /// The data sources of the domain's group if there is one, otherwise those of its output map.
+    /// The data sources of the domain's group if there is one, otherwise those of its output map, otherwise those of
+    /// the devices.
     std::vector<std::string> DataSourceList(VorCommon::PersistDomain domain) override;
     std::shared_ptr<Vor::Params::Group> Params(VorCommon::PersistDomain domain) const override;
     const char* ParamsVersion(VorCommon::PersistDomain domain) const override;
@@ -198,6 +203,8 @@ protected:
 
 private:
     const IProtocolRegisterAssemblyGroup& Group() const;
+    /// Empty without a device manager.
+    std::vector<std::string> DeviceDataSourceList() const;
     /// For the job domain: sets the filter of the scan results to its data sources.
     void RefreshScanResults(VorCommon::PersistDomain domain);
     std::uint64_t DropCount() const;
@@ -220,6 +227,7 @@ private:
     VorCommon::ICommandTarget* outputsCommandTarget = nullptr;
     Vor::Properties::Structure* metrics = nullptr;
     IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
+    IControlDeviceManager* deviceManager = nullptr;
     Vor::Event<void*>::CallbackId scanResultsCallback;
     ParamsInternalUpdateEvent paramsInternalUpdate;
     OutputsInternalUpdateEvent outputsInternalUpdate;

@@ -12,7 +12,7 @@ std::vector<std::string> ProtocolBase::DataSourceList(PersistDomain domain) {
         return group->DataSourceList();
     }
     const auto map = Outputs(domain);
-    return map != nullptr ? map->DataSourceList() : std::vector<std::string>();
+    return map != nullptr ? map->DataSourceList() : DeviceDataSourceList();
 }
 
 void ProtocolBase::RefreshScanResults(PersistDomain domain) {

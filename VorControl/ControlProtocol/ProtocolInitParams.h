@@ -7,6 +7,10 @@ namespace VorCommon {
 class ICommandTarget;
 }
 
+namespace VorControl {
+class IControlDeviceManager;
+}
+
 namespace VorControl::ControlProtocol {
 
 class IProtocolOutput;
@@ -26,6 +30,8 @@ struct ProtocolInitParams {
     /// Vor::Properties::Value<long long>; Init refuses another type. A service that sets it overrides UpdateMetrics.
     Vor::Properties::Structure* metrics = nullptr;
     IProtocolRegisterAssemblyGroup* registerAssemblyGroup = nullptr;
+    /// A service that sets it overrides RegisterAssemblyUpdate.
+    IControlDeviceManager* deviceManager = nullptr;
 };
 
 } // namespace VorControl::ControlProtocol

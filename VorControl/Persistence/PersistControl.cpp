@@ -288,6 +288,9 @@ void PersistControl::LoadControlInstanceSettings(IControlInstance& instance, jso
     if (HasOption(instance, ProtocolPersistOptions::RegisterAssemblies)) {
         LoadControlInstanceRegisterAssembly(instance, section);
     }
+    if (HasOption(instance, ProtocolPersistOptions::DeviceManager)) {
+        LoadControlInstanceDeviceManager(instance, section);
+    }
 }
 
 void PersistControl::LoadControlInstanceParams(IControlInstance& instance, const json& section) {
@@ -363,6 +366,9 @@ void PersistControl::SaveControlInstanceSettings(IControlInstance& instance, jso
     }
     if (HasOption(instance, ProtocolPersistOptions::RegisterAssemblies)) {
         SaveControlInstanceRegisterAssembly(instance, section);
+    }
+    if (HasOption(instance, ProtocolPersistOptions::DeviceManager)) {
+        SaveControlInstanceDeviceManager(instance, section);
     }
 }
 

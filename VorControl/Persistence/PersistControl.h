@@ -72,11 +72,14 @@ private:
     void LoadRegisterAssemblyEntry(IControlInstance& instance, nlohmann::json& entry);
     void UpdateRegisterAssembly(IControlInstance& instance, const nlohmann::json& entry, const std::string& id);
     void LoadRegisterAssemblyBlocks(IControlInstance& instance, const nlohmann::json& entry, const std::string& id);
+    void LoadControlInstanceDeviceManager(IControlInstance& instance, const nlohmann::json& section);
+    void LoadDeviceManagerSelectedDevicesList(IControlInstance& instance, const nlohmann::json& devices);
 
     nlohmann::json SaveControlInstance(IControlInstance& instance) const;
     void SaveControlInstanceSettings(IControlInstance& instance, nlohmann::json& section) const;
     void SaveControlInstanceParams(const IControlInstance& instance, nlohmann::json& section) const;
     void SaveControlInstanceRegisterAssembly(IControlInstance& instance, nlohmann::json& section) const;
+    void SaveControlInstanceDeviceManager(IControlInstance& instance, nlohmann::json& section) const;
 
     Persistence::PersistLoadResult lastLoadResult = Persistence::PersistLoadResult::None;
 };

@@ -52,7 +52,7 @@ protected:
 
     std::unique_ptr<ControlHost> Make() {
         return std::make_unique<ControlHost>(scanResults, operations, dataCache, resources, platform, cache, &problems,
-                                             scanEngine, 0xFFFFFFFE, 3190, 65535, &pipe);
+                                             scanEngine, deviceOperations, 0xFFFFFFFE, 3190, 65535, &pipe);
     }
 
     /// A function for data source events that notes them as texts such as "a: 1 profile/max Max 19".
@@ -90,6 +90,7 @@ protected:
     FakeResources resources;
     Texts events;
     VorControl::ControlProtocolOperations operations{system, scanEngine, cache};
+    VorControl::ControlDeviceOperations deviceOperations{scanEngine};
     std::unique_ptr<ControlHost> made = Make();
     ControlHost& host = *made;
 };
@@ -105,6 +106,7 @@ TEST_F(ControlHostTest, GivesWhatItWasBuiltFrom) {
     EXPECT_EQ(&services.PlatformAttributes(), &platform);
     EXPECT_EQ(services.ProblemsManager(), &problems);
     EXPECT_EQ(&services.ScanEngineInterface(), &scanEngine);
+    EXPECT_EQ(&services.DeviceOperations(), &deviceOperations);
     EXPECT_EQ(services.LocalNodeId(), 0xFFFFFFFEU);
     EXPECT_EQ(services.ControlChannelPort(), 3190);
     EXPECT_EQ(services.VdpPort(), 65535);
@@ -432,8 +434,9 @@ TEST(ControlHostThreadsTest, ServicesMayComeAndGoWhileDataSourcesDo) {
     VorCommon::RuntimeCache cache;
     const Tests::MainLoopThread mainLoop;
     VorControl::ControlProtocolOperations operations(system, scanEngine, cache);
-    ControlHost host(scanResults, operations, dataCache, resources, platform, cache, nullptr, scanEngine, 0, 0, 0,
-                     nullptr);
+    VorControl::ControlDeviceOperations deviceOperations(scanEngine);
+    ControlHost host(scanResults, operations, dataCache, resources, platform, cache, nullptr, scanEngine,
+                     deviceOperations, 0, 0, 0, nullptr);
     std::atomic<int> heard = 0;
     const auto add = [&](const std::string& id, unsigned long long wait) {
         host.AddDataSourceEventHandler(

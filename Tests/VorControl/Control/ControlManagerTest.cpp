@@ -1,6 +1,7 @@
 #include "VorControl/Control/ControlManager.h"
 
 #include "Tests/Support/ControlEnviron.h"
+#include "Tests/Support/FakeDeviceManager.h"
 #include "Tests/Support/MemoryStore.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/TestService.h"
@@ -370,6 +371,31 @@ TEST_F(ControlManagerTest, NotifyAndSetModifiedAnnounceTheSame) {
     manager->NotifyDomainChange(PersistDomain::Workspace);
     manager->SetPersistenceFileModified(PersistDomain::Job);
     EXPECT_EQ(NewAnnouncements(), (std::vector<int>{1, 2}));
+}
+
+TEST_F(ControlManagerTest, ChangesOfDevicesAreAnnounced) {
+    Tests::FakeDeviceManager devices;
+    TestPlugin()
+        .Add("a", a,
+             [&](TestService& service) { service.Init({.params = &service.params, .deviceManager = &devices}); })
+        .Publish(plugins);
+    Build();
+    IControlInstance& instance = manager->GetInstance("a");
+    EXPECT_NO_THROW(static_cast<void>(A()->GetControlHost().DeviceOperations()));
+    instance.BeginUpdateDeviceManager();
+    instance.EndUpdateDeviceManager();
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
+    instance.BeginUpdateDeviceRegisterAssembly();
+    instance.EndUpdateDeviceRegisterAssembly("device-0", "port-0", "registerAssembly-0");
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
+    const ControlSelectedDeviceProp device;
+    devices.removed.Raise(device, "device-0", false);
+    devices.updated.Raise(device, "device-0");
+    devices.listUpdated.Raise("a");
+    EXPECT_TRUE(NewAnnouncements().empty());
+    devices.removed.Raise(device, "device-0", true);
+    EXPECT_EQ(NewAnnouncements(), std::vector<int>{2});
+    manager.reset();
 }
 
 TEST_F(ControlManagerTest, ALoadEnablesServicesBetweenItsEventsAndAnnouncesNothing) {

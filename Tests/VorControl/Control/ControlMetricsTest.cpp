@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/FakeDeviceManager.h"
 #include "Tests/Support/MetricsService.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Vor/Logging.h"
@@ -204,6 +205,34 @@ TEST_F(ControlMetricsTest, IntervalsCanBeChangedAndTimersStopped) {
     loop.Advance(2s);
     EXPECT_TRUE(reports.empty());
     EXPECT_EQ(a->figures.dropCount.Get(), 5);
+}
+
+TEST_F(ControlMetricsTest, OfAServiceWithDevicesThePortsAreRefreshedAndReported) {
+    Tests::FakeDeviceManager devices;
+    devices.source.figures.dropCount = 7;
+    a->Init({.params = &a->params, .metrics = &a->figures, .deviceManager = &devices});
+    const ControlMetricsKey port("a", "device-0", "port-1");
+    loop.Advance(500ms);
+    EXPECT_EQ(devices.NewCalls(), (Reports{"UpdateDevicePortMetrics", "UpdateDevicePortMetrics"}));
+    EXPECT_EQ(a->figures.dropCount.Get(), 0);
+    EXPECT_EQ(b->figures.dropCount.Get(), 2);
+    EXPECT_EQ(&metrics->LastReport(port), &devices.source);
+    EXPECT_EQ(&metrics->LastReport(ControlMetricsKey("a", "", "port-1")), &devices.source);
+    EXPECT_EQ(&metrics->LastReport(keyA), &manager->GetInstance("a").MetricsSource());
+    EXPECT_EQ(devices.NewCalls(),
+              (Reports{"DevicePortMetricsSource device-0 port-1", "DevicePortMetricsSource  port-1"}));
+    const auto id = metrics->AddReportHandler(Record("port"), port);
+    loop.Advance(1s);
+    EXPECT_EQ(NewReports(), Reports{"port 7"});
+    metrics->RemoveReportHandler(id, port);
+    // The manager's handlers go before the devices.
+    metrics.reset();
+    manager.reset();
+}
+
+TEST_F(ControlMetricsTest, APortOfAServiceWithoutDevicesIsTheService) {
+    EXPECT_EQ(&metrics->LastReport(ControlMetricsKey("b", "device-0", "port-1")),
+              &manager->GetInstance("b").MetricsSource());
 }
 
 TEST_F(ControlMetricsTest, NothingRunsAfterItsEnd) {

@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/FakeDeviceManager.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/TestService.h"
 #include "Vor/Exception.h"
@@ -133,6 +134,7 @@ TEST_F(ProtocolBaseTest, AHostOfAnotherClassIsABadCast) {
         VorCommon::ProblemsManager* ProblemsManager() override { return nullptr; }
         void ReadResource(const std::string& /*path*/, std::string& /*out*/, unsigned long long /*timeout*/) override {}
         Engine& ScanEngineInterface() override { throw std::logic_error("not asked"); }
+        VorControl::IControlDeviceOperations& DeviceOperations() override { throw std::logic_error("not asked"); }
         std::uint32_t LocalNodeId() override { return 0; }
         std::uint16_t ControlChannelPort() override { return 0; }
         std::uint16_t VdpPort() override { return 0; }
@@ -235,6 +237,8 @@ TEST_F(ProtocolBaseTest, WhatIsntBoundIsNotFound) {
     EXPECT_FALSE(service.HasRegisterAssemblyGroup());
     EXPECT_FALSE(service.HasRegisterAssemblyCommandTarget());
     EXPECT_FALSE(service.HasRegisterAssembly("a"));
+    EXPECT_EQ(TextlessStatus([&] { service.DeviceManager(); }), yERROR_NOT_FOUND);
+    EXPECT_FALSE(service.HasDeviceManager());
     EXPECT_TRUE(service.DataSourceList().empty());
 }
 
@@ -401,6 +405,20 @@ TEST_F(ProtocolBaseTest, TheDataSourcesAreThoseOfItsGroup) {
     Group assemblies;
     service.Init({.registerAssemblyGroup = &assemblies});
     EXPECT_EQ(service.DataSourceList(), (std::vector<std::string>{"profile/max", "profile/min"}));
+}
+
+TEST_F(ProtocolBaseTest, TheDataSourcesOfItsDevicesCountWithoutAGroup) {
+    Tests::FakeDeviceManager devices;
+    devices.sources = {"profile/mean"};
+    service.Init({.deviceManager = &devices});
+    EXPECT_TRUE(service.HasDeviceManager());
+    EXPECT_EQ(&service.DeviceManager(), &devices);
+    EXPECT_EQ(service.DataSourceList(), std::vector<std::string>{"profile/mean"});
+    EXPECT_EQ(static_cast<IProtocol&>(service).DataSourceList(PersistDomain::Job),
+              std::vector<std::string>{"profile/mean"});
+    ProtocolRegisterAssemblyGroup assemblies;
+    service.Init({.registerAssemblyGroup = &assemblies, .deviceManager = &devices});
+    EXPECT_TRUE(service.DataSourceList().empty());
 }
 
 TEST_F(ProtocolBaseTest, ASecondResultHandlerIsntAdded) {

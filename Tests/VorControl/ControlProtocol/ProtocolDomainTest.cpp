@@ -1,6 +1,7 @@
 #include "Tests/Support/ControlEnviron.h"
 #include "Tests/Support/DomainService.h"
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/FakeDeviceManager.h"
 #include "Tests/Support/RecordingScanResults.h"
 #include "Tests/Support/TestService.h"
 
@@ -95,6 +96,10 @@ TEST_F(ProtocolDomainTest, ABoundGroupDecidesOverTheOutputMapEvenWhenEmpty) {
     map.Add(args);
     ProtocolInitParams init;
     init.outputs = &map;
+    service.Init(init);
+    Tests::FakeDeviceManager devices;
+    devices.sources = {"profile/mean"};
+    init.deviceManager = &devices;
     service.Init(init);
     EXPECT_EQ(service.DataSourceList(), Calls{"profile/max"});
     init.registerAssemblyGroup = &service.assemblies;

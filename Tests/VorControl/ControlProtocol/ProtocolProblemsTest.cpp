@@ -216,7 +216,8 @@ TEST_F(ProtocolProblemsTest, AServiceThatGoesTakesItsProblemsAlong) {
 TEST_F(ProtocolProblemsTest, WithoutAListOfProblemsTheBaseIsStillLowered) {
     VorControl::ControlHost host(environ.scanResults, environ.fakes.operations, environ.dataCache,
                                  environ.fakes.resources, environ.application.platform,
-                                 environ.application.runtimeCache, nullptr, environ.scanEngine, 0, 0, 0, nullptr);
+                                 environ.application.runtimeCache, nullptr, environ.scanEngine,
+                                 environ.fakes.deviceOperations, 0, 0, 0, nullptr);
     auto record = environ.Record("silent", "Silent");
     record.controlHost = &host;
     DropService silent(record);

@@ -4,6 +4,7 @@
 #include "VorApi/Params/Value.h"
 #include "VorControl/Control/ControlInfo.h"
 #include "VorControl/Control/ControlInstanceMetrics.h"
+#include "VorControl/Control/IControlDeviceManager.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/Providers/IControlPersistenceProvider.h"
@@ -80,6 +81,26 @@ public:
         return {};
     }
     void RemovePersistenceDomainChangeEventHandler(PersistenceDomainChangeEvent::CallbackId&) override {}
+    AvailableDeviceListUpdatedEvent::CallbackId
+    AddAvailableDeviceListUpdatedEventHandler(std::function<void(const std::string&)>) override {
+        return {};
+    }
+    void RemoveAvailableDeviceListUpdatedEventHandler(AvailableDeviceListUpdatedEvent::CallbackId&) override {}
+    DeviceRegisterAssemblyUpdatedEvent::CallbackId AddDeviceRegisterAssemblyUpdatedEventHandler(
+        std::function<void(const std::string&, const std::string&, const std::string&, const std::string&)>) override {
+        return {};
+    }
+    void RemoveDeviceRegisterAssemblyUpdatedEventHandler(DeviceRegisterAssemblyUpdatedEvent::CallbackId&) override {}
+    DeviceUpdatedEvent::CallbackId
+    AddDeviceUpdatedEventHandler(std::function<void(const std::string&, const std::string&, bool)>) override {
+        return {};
+    }
+    void RemoveDeviceUpdatedEventHandler(DeviceUpdatedEvent::CallbackId&) override {}
+    DeviceRemovedEvent::CallbackId
+    AddDeviceRemovedEventHandler(std::function<void(const std::string&, const std::string&, bool)>) override {
+        return {};
+    }
+    void RemoveDeviceRemovedEventHandler(DeviceRemovedEvent::CallbackId&) override {}
 
     std::shared_ptr<Group> BeginUpdateParameters() override {
         Note("BeginUpdateParameters");
@@ -112,6 +133,8 @@ public:
         --gateDepth;
         Note(std::string("EndUpdateRegisterAssembly ") + assemblyId);
     }
+    void BeginUpdateDeviceRegisterAssembly() override {}
+    void EndUpdateDeviceRegisterAssembly(const std::string&, const std::string&, const std::string&) override {}
 
     VorCommon::IMetricsKeeper& MetricsKeeper() override { return metrics; }
     const VorCommon::IMetricsSource& MetricsSource() override { return metrics; }
@@ -165,6 +188,13 @@ public:
         Note(std::string("RegisterAssemblyUpdate ") + assemblyId);
     }
 
+    bool HasDeviceManager() const override { return deviceManager != nullptr; }
+    VorControl::IControlDeviceManager& DeviceManager() const override { return *deviceManager; }
+    void BeginUpdateDeviceManager() override {}
+    void EndUpdateDeviceManager() override {}
+    void DeviceManagerBeginLock() override { deviceManager->BeginLock(); }
+    void DeviceManagerEndLock() override { deviceManager->EndLock(); }
+
     void ResetInstance(bool keepEnabled, DataToReset data) override {
         Note(std::string("ResetInstance ") + (keepEnabled ? "true " : "false ") +
              std::to_string(static_cast<int>(data)));
@@ -207,6 +237,7 @@ public:
     std::shared_ptr<FakeParams> params = std::make_shared<FakeParams>();
     bool hasGroup = true;
     std::map<std::string, std::shared_ptr<Assembly>> assemblies;
+    VorControl::IControlDeviceManager* deviceManager = nullptr;
     nlohmann::json workspaceData;
     VorControl::ControlInstanceMetrics metrics;
     std::shared_ptr<VorControl::Providers::IControlPersistenceProvider> provider;
