@@ -1,8 +1,12 @@
 #include "Tests/Support/Signal.h"
 #include "Tests/Support/Translations.h"
+#include "Tests/Support/WaitForLoop.h"
 #include "Tests/VorControl/Control/DeviceManagerFixture.h"
 #include "VorControl/Control/ControlDeviceOperations.h"
 
+#include <array>
+#include <atomic>
+#include <pthread.h>
 #include <stdexcept>
 #include <thread>
 
@@ -361,15 +365,17 @@ TEST_F(ControlDeviceManagerEventsTest, AnEventThatRunsIsWaitedForByTheDestructor
     Make();
     Tests::Signal entered;
     Tests::Signal leave;
+    std::atomic<bool> left{false};
     manager->AvailableDeviceListUpdatedEvent().Add([&](const std::string&) {
         entered.Set();
         leave.Wait();
+        left = true;
     });
     std::thread notifier([&] { second->changed.Raise(); });
     ASSERT_TRUE(entered.Wait());
     std::thread helper([&] { leave.Set(); });
     manager.reset();
-    EXPECT_TRUE(leave.IsSet());
+    EXPECT_TRUE(left);
     notifier.join();
     helper.join();
 }
@@ -382,10 +388,15 @@ TEST_F(ControlDeviceManagerEventsTest, WithRealOperationsAListIsUpdatedOnTheirTh
                                       .serviceName = "Service",
                                       .scanEngineInterface = scanEngine,
                                       .deviceOperations = queue});
-        subject.AvailableDeviceListUpdatedEvent().Add([&](const std::string&) { updated.Set(); });
+        std::array<char, 16> thread{};
+        subject.AvailableDeviceListUpdatedEvent().Add([&](const std::string&) {
+            pthread_getname_np(pthread_self(), thread.data(), thread.size());
+            updated.Set();
+        });
         devices->Take("p0");
         EXPECT_TRUE(queue.FindAvailableSensors("service"));
         ASSERT_TRUE(updated.Wait());
+        EXPECT_STREQ(thread.data(), "DeviceLoop");
         const VorControl::DeviceManagerLock lock(subject);
         EXPECT_EQ(subject.AvailableDevices().size(), 1U);
     }
@@ -417,6 +428,7 @@ TEST_F(ControlDeviceManagerEventsTest, DevicesMayChangeWhileTheManagerIsUsed) {
         EXPECT_TRUE(status == yOK || status == yERROR_NOT_FOUND) << status;
     }
     provider.join();
+    Tests::WaitForLoop();
     const VorControl::DeviceManagerLock lock(subject);
     EXPECT_LE(subject.SelectedDevices().size(), 1U);
 }

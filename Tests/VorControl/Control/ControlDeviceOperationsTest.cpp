@@ -5,6 +5,7 @@
 #include "Tests/Support/FakeScanEngineInterface.h"
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/Signal.h"
+#include "Tests/Support/WaitForLoop.h"
 #include "Vor/AsyncLoop.h"
 #include "Vor/Logging.h"
 
@@ -45,6 +46,7 @@ protected:
             operations->RemoveOpEndEventHandler("a", handle);
         }
         operations.reset();
+        Tests::WaitForLoop(); // for what the operations didn't wait for
     }
 
     void Collect(const std::string& name, const Results& results) {
@@ -299,7 +301,7 @@ TEST_F(ControlDeviceOperationsTest, ARequestKeepsItsDeviceUntilItHasRun) {
     EXPECT_FALSE(watch.expired());
     leave.Set();
     EXPECT_EQ(WaitFor(2), (Texts{"first a 1 1", "first a 1 1"}));
-    operations.reset();
+    Tests::WaitForLoop();
     EXPECT_TRUE(watch.expired());
 }
 
