@@ -147,7 +147,8 @@ bool ControlDeviceManager::LoadDevice(const json& itemJson, const std::string& e
         return true;
     }
     const ControlAvailableDeviceProp* const available = FindAvailableDevicePropProviderId(engineId, providerId);
-    if (available == nullptr) {
+    const auto provider = available != nullptr ? available->device.lock() : nullptr;
+    if (provider == nullptr) {
         LogForUser(Vor::UserWarning,
                    "%s: Active device not found. This active device configuration will not be applied.", serviceName);
         Vor::LogWarning("An active device from scan engine '%s' with provider id '%s' not found.", engineId,

@@ -255,6 +255,16 @@ TEST_F(ControlDeviceManagerPersistenceTest, ADeviceThatHasGoneSinceTheLastListIs
     EXPECT_TRUE(IsUnlocked());
 }
 
+TEST_F(ControlDeviceManagerPersistenceTest, ADeviceThatHasGoneBeforeItIsSelectedIsSkippedAndTheOthersAreLoaded) {
+    first.reset();
+    EXPECT_FAILURE(manager->Load(Section(Array(Device("p0"), Device("p1")))), yERROR_PARTIAL, SomeSkipped);
+    EXPECT_EQ(manager->SelectedDeviceProperties("device-0").providerId, "p1");
+    EXPECT_EQ(UserEntries("Service: Active device not found. This active device configuration will not be applied."),
+              1U);
+    EXPECT_TRUE(log.Contains("An active device from scan engine 'engine' with provider id 'p0' not found."));
+    EXPECT_TRUE(IsUnlocked());
+}
+
 TEST_F(ControlDeviceManagerPersistenceTest, ASecondDeviceFails) {
     EXPECT_TEXTLESS_FAILURE(manager->Load(Section(Array(Device("p0"), Device("p1")))), yERROR_FULL);
     EXPECT_EQ(SelectedIds(), Texts{"device-0"});
