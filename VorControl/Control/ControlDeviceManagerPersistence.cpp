@@ -254,8 +254,10 @@ void ControlDeviceManager::LoadRegisterAssemblyBlocks(IControlDevicePort& port, 
         VorCommon::ICommandTarget& target = port.RegisterAssemblyCmdTarget();
         const auto params = target.GetCommandParams("add");
         JsonSerializer::Deserialize(*params, entry);
+        ControlProtocol::AssemblyLock lock(*assembly);
         assembly->ResetRegisterAssembly();
         target.InvokeCommand("add", *params);
+        lock.Unlock();
     } catch (const std::exception& e) {
         Vor::LogThrown(e, "%s: Loading register assembly '%s' blocks ", serviceName, assembly->Id());
         Vor::ThrowNested(Vor::Exception::StatusOf(e), "Loading register assembly blocks");

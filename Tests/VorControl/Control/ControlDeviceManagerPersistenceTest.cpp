@@ -1,5 +1,6 @@
 #include "Tests/Support/Translations.h"
 #include "Tests/VorControl/Control/DeviceManagerFixture.h"
+#include "Tests/VorControl/ControlProtocol/TestBlocks.h"
 #include "Vor/JsonSerializer.h"
 #include "VorControl/Control/ControlDeviceManagerPersistenceProp.h"
 
@@ -59,6 +60,36 @@ protected:
         json section;
         manager->Save(section);
         return section;
+    }
+
+    /// Selects the device, with a type of blocks of its first port that calls this and makes none.
+    void SetFactory(const std::string& type, const std::function<void()>& action) {
+        class Factory : public Tests::IProtocolRegisterBlockFactory {
+        public:
+            explicit Factory(std::function<void()> action)
+                : action(std::move(action)) {}
+            std::shared_ptr<Tests::ProtocolRegisterBlock> Create(const Tests::RegisterBlockParams&,
+                                                                 Tests::ProtocolRegisterBlockInfo&) override {
+                action();
+                Vor::Throw(yERROR_STATE);
+            }
+
+        private:
+            const std::function<void()> action;
+        };
+        manager->CreateSelectedDevice("engine", "1001");
+        auto params = Tests::TypeParams(type);
+        params.factory = std::make_shared<Factory>(action);
+        const auto assembly = Port("device-0", "port-0")->RegisterAssembly();
+        dynamic_cast<Tests::ProtocolRegisterAssemblyBase&>(*assembly).AddSupportedBlockType(
+            std::make_unique<Tests::ProtocolRegisterBlockInfo>(std::move(params)));
+    }
+
+    void LoadBlock(const std::string& type) {
+        json assembly;
+        assembly["blocks"] = Array(json{{"type", type}});
+        manager->Load(
+            Section(Array(Device("p0", Array(json{{"id", "port-0"}, {"registerAssemblyList", Array(assembly)}})))));
     }
 
     std::size_t UserEntries(const std::string& text) const {
@@ -380,4 +411,16 @@ TEST_F(ControlDeviceManagerPersistenceTest, TheStatusOfAFailureIsThatOfItsCause)
     EXPECT_FAILURE(manager->Load(Section(
                        Array(Device("p0", Array(json{{"id", "port-0"}, {"registerAssemblyList", Array(assembly)}}))))),
                    yERROR_PARAMETER, LoadingFailed);
+}
+
+TEST_F(ControlDeviceManagerPersistenceTest, AnAssemblyIsLockedUntilItsBlocksAreAdded) {
+    bool locked = false;
+    SetFactory("Probe", [&] {
+        locked = Tests::StatusOf([&] { Port("device-0", "port-0")->RegisterAssembly()->AddedRegisterBlocks(); }) == yOK;
+    });
+    EXPECT_FAILURE(LoadBlock("Probe"), yERROR, LoadingFailed);
+    EXPECT_TRUE(locked);
+    EXPECT_EQ(Tests::StatusOf([&] { Port("device-0", "port-0")->RegisterAssembly()->AddedRegisterBlocks(); }),
+              yERROR_STATE);
+    EXPECT_TRUE(IsUnlocked());
 }
