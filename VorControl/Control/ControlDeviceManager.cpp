@@ -64,7 +64,7 @@ bool ControlDeviceManager::AutoSelectDefaultDevice() {
     }
     const std::string id = EnterSelectedDevice(found->second);
     ++nextSelectedDeviceNumber;
-    deviceAdded.Raise(selectedDevices.at(id), id);
+    deviceAdded.Raise(ControlSelectedDeviceProp(selectedDevices.at(id)), id); // handlers may change the map
     return true;
 }
 
@@ -94,7 +94,7 @@ std::string ControlDeviceManager::AddSelectedDeviceEntry(const ControlAvailableD
     try {
         AddSelectedDeviceHandlers(selectedDevices.at(id));
         ++nextSelectedDeviceNumber;
-        deviceAdded.Raise(selectedDevices.at(id), id);
+        deviceAdded.Raise(ControlSelectedDeviceProp(selectedDevices.at(id)), id); // handlers may change the map
     } catch (...) {
         if (const auto entry = selectedDevices.find(id); entry != selectedDevices.end()) {
             RemoveSelectedDeviceHandlers(entry->second);
@@ -159,10 +159,14 @@ void ControlDeviceManager::DeleteSelectedDevice(const std::string& id, bool forc
 }
 
 void ControlDeviceManager::DeleteSelectedDeviceImpl(ControlSelectedDeviceProp& selected) {
-    const std::string id = selected.id;
-    deviceRemoved.Raise(selected, id, true);
-    RemoveSelectedDeviceHandlers(selected);
-    if (const auto provider = selected.device.lock()) {
+    ControlSelectedDeviceProp removed = selected;
+    const std::string& id = removed.id;
+    deviceRemoved.Raise(removed, id, true);
+    if (!selectedDevices.contains(id)) {
+        return; // a handler has deleted it
+    }
+    RemoveSelectedDeviceHandlers(removed);
+    if (const auto provider = removed.device.lock()) {
         provider->OnDeselected();
     }
     selectedDevices.erase(id);

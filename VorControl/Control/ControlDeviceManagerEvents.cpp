@@ -264,7 +264,7 @@ void ControlDeviceManager::OnDeviceChanged(const std::string& engineId, const st
             selected.ports.clear();
         }
         UpdateSelectedDeviceProp(*available, selected);
-        deviceUpdated.Raise(selected, id);
+        deviceUpdated.Raise(ControlSelectedDeviceProp(selected), id); // handlers may change the map
     }
     availableListUpdated.Raise(serviceId);
 }
@@ -272,7 +272,7 @@ void ControlDeviceManager::OnDeviceChanged(const std::string& engineId, const st
 void ControlDeviceManager::OnDeviceParamsChanged(const std::string& id, unsigned long long port) {
     const auto found = selectedDevices.find(id);
     if (found != selectedDevices.end()) {
-        deviceParamsChanged.Raise(found->second, port);
+        deviceParamsChanged.Raise(ControlSelectedDeviceProp(found->second), port); // handlers may change the map
     }
 }
 

@@ -164,7 +164,8 @@ bool ControlDeviceManager::LoadDevice(const json& itemJson, const std::string& e
     if (found == selectedDevices.end()) {
         Vor::Throw(yERROR_NOT_FOUND);
     }
-    return LoadPortConfigurations(found->second, itemJson);
+    ControlSelectedDeviceProp selected = found->second; // handlers may change the map
+    return LoadPortConfigurations(selected, itemJson);
 }
 
 bool ControlDeviceManager::LoadPortConfigurations(ControlSelectedDeviceProp& selected, const json& itemJson) {

@@ -343,6 +343,63 @@ TEST_F(ControlDeviceManagerEventsTest, AChangedParameterOfAPortIsPassedOn) {
     EXPECT_TRUE(IsUnlocked());
 }
 
+TEST_F(ControlDeviceManagerEventsTest, AHandlerMayReplaceTheDeviceOfItsEvent) {
+    Make();
+    Texts seen;
+    const auto see = [&](const std::string& device) { seen.push_back(device); };
+    manager->SelectedDeviceAddedEvent().Add(
+        [&](const Selected& device, const std::string& id) { see(id + " " + device.serialNumber); });
+    manager->SelectedDeviceUpdatedEvent().Add(
+        [&](const Selected& device, const std::string& id) { see(id + " " + device.serialNumber); });
+    manager->SelectedDeviceParamsChangedEvent().Add(
+        [&](const Selected& device, unsigned long long) { see(device.id + " " + device.serialNumber); });
+    std::string cause = "added";
+    onEvent = [&](const std::string& event) {
+        if (event == cause) {
+            cause.clear();
+            manager->DeleteSelectedDevice("device-0", false);
+            manager->CreateSelectedDevice("engine", "1002");
+        }
+    };
+    manager->CreateSelectedDevice("engine", "1001");
+    EXPECT_EQ(std::exchange(seen, {}), (Texts{"device-0 1002", "device-0 1001"}));
+
+    const std::vector<std::pair<std::string, std::function<void()>>> causes{
+        {"updated", [this] { first->changed.Raise(); }},
+        {"params 1", [this] { first->paramsChanged.Raise(1); }},
+    };
+    for (const auto& [event, raise] : causes) {
+        manager->Reset();
+        manager->CreateSelectedDevice("engine", "1001");
+        seen.clear();
+        cause = event;
+        raise();
+        EXPECT_EQ(std::exchange(seen, {}), (Texts{"device-0 1002", "device-0 1001"})) << event;
+        EXPECT_EQ(manager->SelectedDeviceProperties("device-0").serialNumber, "1002");
+    }
+    EXPECT_TRUE(IsUnlocked());
+}
+
+TEST_F(ControlDeviceManagerEventsTest, AHandlerMayDeleteTheDeviceThatIsBeingDeleted) {
+    Make();
+    Texts seen;
+    manager->SelectedDeviceRemovedEvent().Add(
+        [&](const Selected& device, const std::string& id, bool) { seen.push_back(id + " " + device.serialNumber); });
+    manager->CreateSelectedDevice("engine", "1001");
+    bool deletes = true;
+    onEvent = [&](const std::string&) {
+        if (std::exchange(deletes, false)) {
+            manager->DeleteSelectedDevice("device-0", false);
+        }
+    };
+    manager->DeleteSelectedDevice("device-0", false);
+    EXPECT_EQ(seen, (Texts{"device-0 1001", "device-0 1001"}));
+    EXPECT_EQ(SelectedIds(), Texts{});
+    EXPECT_EQ(first->NewCalls(), Texts{"OnDeselected"});
+    EXPECT_EQ(first->paramsChanged.Count(), 0U);
+    EXPECT_TRUE(IsUnlocked());
+}
+
 TEST_F(ControlDeviceManagerEventsTest, EventsOfDevicesAreRaisedWithTheLockHeld) {
     Make();
     manager->CreateSelectedDevice("engine", "1001");

@@ -424,3 +424,24 @@ TEST_F(ControlDeviceManagerPersistenceTest, AnAssemblyIsLockedUntilItsBlocksAreA
               yERROR_STATE);
     EXPECT_TRUE(IsUnlocked());
 }
+
+TEST_F(ControlDeviceManagerPersistenceTest, AHandlerMayDeleteTheDeviceWhoseParametersAreLoaded) {
+    manager->CreateSelectedDevice("engine", "1001");
+    first->OnCall([this](const std::string& call) {
+        if (call == "EndUpdate 0") {
+            first->paramsChanged.Raise(0);
+        }
+    });
+    onEvent = [this](const std::string& event) {
+        if (event == "params 0") {
+            manager->DeleteSelectedDevice("device-0", false);
+        }
+    };
+    const json list = Array(Assembly({"a"}));
+    manager->Load(Section(Array(
+        Device("p0", Array(json{{"id", "port-0"}, {"config", {{"name", "x"}}}, {"registerAssemblyList", list}},
+                           json{{"id", "port-1"}, {"config", {{"name", "y"}}}, {"registerAssemblyList", list}})))));
+    EXPECT_EQ(first->params[1]->name.Get(), "y");
+    EXPECT_EQ(SelectedIds(), Texts{});
+    EXPECT_TRUE(IsUnlocked());
+}
