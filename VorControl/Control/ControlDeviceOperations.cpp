@@ -48,13 +48,13 @@ struct ControlDeviceOperations::Work {
     }
 
     bool Append(const std::shared_ptr<OperationRequest>& request, bool canDrop) {
-        const Vor::Locker locker(queueLock.Get());
-        if (request->actionId == ControlDeviceActionId::SetDigitalOutputState) {
-            if (!IncrementDigitalOutputStateRequestCount(canDrop)) {
-                return false;
-            }
-        } else if (canDrop) {
+        const bool isOutput = request->actionId == ControlDeviceActionId::SetDigitalOutputState;
+        if (!isOutput && canDrop) {
             Vor::LogError("The current control device action ID (%d) should not be able to drop.", request->actionId);
+            return false;
+        }
+        const Vor::Locker locker(queueLock.Get());
+        if (isOutput && !IncrementDigitalOutputStateRequestCount(canDrop)) {
             return false;
         }
         queue.push_back(request);
@@ -62,10 +62,19 @@ struct ControlDeviceOperations::Work {
     }
 
     void Withdraw(const std::shared_ptr<OperationRequest>& request) {
-        const Vor::Locker locker(queueLock.Get());
-        if (std::erase(queue, request) > 0 && request->actionId == ControlDeviceActionId::SetDigitalOutputState) {
+        bool withdrawn = false;
+        {
+            const Vor::Locker locker(queueLock.Get());
+            withdrawn = std::erase(queue, request) > 0;
+        }
+        if (withdrawn && request->actionId == ControlDeviceActionId::SetDigitalOutputState) {
             DecrementDigitalOutputStateRequestCount();
         }
+    }
+
+    bool IsEmpty() const {
+        const Vor::Locker locker(queueLock.Get());
+        return queue.empty();
     }
 
     /// Null when nothing is queued.
@@ -212,15 +221,30 @@ bool ControlDeviceOperations::RunSynchronousOp(OperationRequest request, bool ca
     if (!work->Append(queued, canDrop)) {
         return false;
     }
-    std::uint32_t none = 0;
-    if (work->eventPending.compare_exchange_strong(none, 1)) {
+    const auto wake = [this](const auto& giveUp) {
+        std::uint32_t none = 0;
+        if (!work->eventPending.compare_exchange_strong(none, 1)) {
+            return;
+        }
         try {
             loop.EnqueueImmediate(receiver);
         } catch (...) {
+            RunCaught(giveUp, [](const std::exception& e) { Vor::LogThrown(e, "Exception withdrawing a request"); });
             work->eventPending.store(0);
-            work->Withdraw(queued);
             throw;
         }
+    };
+    try {
+        wake([&] { work->Withdraw(queued); });
+    } catch (...) {
+        // A request that another thread has queued meanwhile relied on the same event.
+        const auto wakeAgain = [&] {
+            if (!work->IsEmpty()) {
+                wake([] {});
+            }
+        };
+        RunCaught(wakeAgain, [](const std::exception& e) { Vor::LogThrown(e, "Exception waking the device loop"); });
+        throw;
     }
     return true;
 }
@@ -231,18 +255,20 @@ std::uint32_t ControlDeviceOperations::PendingDigitalOutputSetStateRequestCount(
 
 void ControlDeviceOperations::ClearPendingOperations(ControlDeviceActionId actionId) {
     Work::Queue cleared;
-    const Vor::Locker locker(work->queueLock.Get());
-    for (auto request = work->queue.begin(); request != work->queue.end();) {
-        const auto next = std::next(request);
-        if ((*request)->actionId == actionId) {
-            cleared.splice(cleared.end(), work->queue, request);
+    {
+        const Vor::Locker locker(work->queueLock.Get());
+        for (auto request = work->queue.begin(); request != work->queue.end();) {
+            const auto next = std::next(request);
+            if ((*request)->actionId == actionId) {
+                cleared.splice(cleared.end(), work->queue, request);
+            }
+            request = next;
         }
-        request = next;
+        if (actionId == ControlDeviceActionId::SetDigitalOutputState) {
+            work->pendingDigitalOutputSetStateRequestCount.store(0);
+        }
     }
     Vor::LogInfo("Cleared %u queued operations of actionId %hhu.", cleared.size(), actionId);
-    if (actionId == ControlDeviceActionId::SetDigitalOutputState) {
-        work->pendingDigitalOutputSetStateRequestCount.store(0);
-    }
 }
 
 void ControlDeviceOperations::ProcessEvent() {

@@ -324,6 +324,16 @@ TEST_F(ControlDeviceOperationsTest, ARequestThatCantWakeTheLoopIsntQueued) {
     EXPECT_EQ(device->NewCalls(), Texts{"2 on 7"});
 }
 
+TEST_F(ControlDeviceOperationsTest, WhatIsQueuedWhenTheLoopCouldntBeWokenRuns) {
+    faults.SetHere("AsyncLoop_EnqueueImmediate", -31);
+    faults.SetHere("yLock_Enter", -32, 1); // the withdrawal of the request
+    EXPECT_TEXTLESS_FAILURE(Switch(true, 7), -31);
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Exception withdrawing a request"));
+    EXPECT_EQ(WaitFor(), Texts{"first a 1 1"});
+    EXPECT_EQ(device->NewCalls(), Texts{"2 on 7"});
+    EXPECT_EQ(Pending(), 0U);
+}
+
 TEST_F(ControlDeviceOperationsTest, ALockThatCannotBeMadeIsThrown) {
     for (unsigned skip : {0U, 1U}) {
         faults.SetHere("yLock_Construct", -31, skip);
