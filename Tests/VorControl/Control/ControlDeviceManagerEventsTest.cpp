@@ -400,6 +400,29 @@ TEST_F(ControlDeviceManagerEventsTest, AHandlerMayDeleteTheDeviceThatIsBeingDele
     EXPECT_TRUE(IsUnlocked());
 }
 
+TEST_F(ControlDeviceManagerEventsTest, ADeviceThatGoesWhileItIsSelectedIsntSelected) {
+    /// Ends while it is asked for its ports.
+    class LeavingDevice : public Tests::FakeOutputDevice {
+    public:
+        using FakeOutputDevice::FakeOutputDevice;
+        std::vector<unsigned long long> Ports() const override {
+            leave();
+            return ports;
+        }
+        std::function<void()> leave;
+    };
+    Make();
+    auto third = std::make_shared<LeavingDevice>("modelC", "1003");
+    third->leave = [&] { third.reset(); };
+    Add("p2", third);
+    VorGetText::GetInstance().ForgetCalls();
+    EXPECT_FAILURE(manager->CreateSelectedDevice("engine", "1003"), yERROR_STATE,
+                   "Device interface for 1003 is missing.");
+    EXPECT_TRUE(Tests::WasTranslated("beApp.ctrl", "Device interface for %1$s is missing."));
+    EXPECT_EQ(SelectedIds(), Texts{});
+    EXPECT_TRUE(IsUnlocked());
+}
+
 TEST_F(ControlDeviceManagerEventsTest, EventsOfDevicesAreRaisedWithTheLockHeld) {
     Make();
     manager->CreateSelectedDevice("engine", "1001");

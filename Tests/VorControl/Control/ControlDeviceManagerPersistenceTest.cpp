@@ -425,6 +425,15 @@ TEST_F(ControlDeviceManagerPersistenceTest, AnAssemblyIsLockedUntilItsBlocksAreA
     EXPECT_TRUE(IsUnlocked());
 }
 
+TEST_F(ControlDeviceManagerPersistenceTest, AnExceptionOfNoKnownKindIsReported) {
+    SetFactory("Odd", [] { throw 5; });
+    EXPECT_FAILURE(LoadBlock("Odd"), yERROR, LoadingFailed);
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "Service: Error filling connection map."));
+    EXPECT_EQ(UserEntries(FillingFailed), 0U);
+    EXPECT_EQ(UserEntries(LoadingFailed), 1U);
+    EXPECT_TRUE(IsUnlocked());
+}
+
 TEST_F(ControlDeviceManagerPersistenceTest, AHandlerMayDeleteTheDeviceWhoseParametersAreLoaded) {
     manager->CreateSelectedDevice("engine", "1001");
     first->OnCall([this](const std::string& call) {
