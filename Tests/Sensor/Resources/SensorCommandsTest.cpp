@@ -90,7 +90,7 @@ TEST_F(SensorCommandsTest, ATriggerEndsWhenItsFrameIsPublished) {
     EXPECT_EQ(sensor.ScanState().frames, 1U);
     EXPECT_EQ(StatusIn(Invoke(PathOf("trigger"), {{"parameters", {{"scanner", "scanner-0"}}}})), yOK);
     EXPECT_EQ(sensor.ScanState().frames, 2U);
-    ASSERT_TRUE(sensor.Hub().Drain(10'000'000));
+    EXPECT_TRUE(sensor.Hub().Drain(10'000'000));
     EXPECT_EQ(frames, 2);
     sensor.Hub().RemoveResultHandler(handler);
 }
@@ -101,7 +101,8 @@ TEST_F(SensorCommandsTest, ATriggerWhoseFrameDoesntComeFails) {
     auto handler = sensor.Hub().AddResultHandler([wait = released.get_future().share()](void*) { wait.wait(); });
     EXPECT_EQ(StatusIn(Invoke(PathOf("trigger"))), yOK); // from here on the hub stands
     std::atomic<int> ends = 0;
-    host.Module().Operations().AddOpEndEventHandler(OperationRunner::ClientId, [&](int) {
+    VorControl::ControlProtocolOperations& operations = host.Module().Operations();
+    auto endHandler = operations.AddOpEndEventHandler(OperationRunner::ClientId, [&](int) {
         ++ends;
         loop.Post([] {});
     });
@@ -115,6 +116,8 @@ TEST_F(SensorCommandsTest, ATriggerWhoseFrameDoesntComeFails) {
     released.set_value();
     sensor.Hub().RemoveResultHandler(handler);
     EXPECT_EQ(StatusIn(Invoke(PathOf("trigger"))), yOK);
+    WaitFor([&] { return ends == 2; });
+    operations.RemoveOpEndEventHandler(OperationRunner::ClientId, endHandler);
 }
 
 TEST_F(SensorCommandsTest, OneOperationRunsInTheWholeSensor) {
@@ -133,7 +136,7 @@ TEST_F(SensorCommandsTest, EachCommandOfSeveralClientsEndsOnce) {
         ++ended;
         loop.Post([] {});
     });
-    std::thread other([&] {
+    std::jthread other([&] {
         for (int i = 0; i < 1000; ++i) {
             accepted += StatusOf([&] { operations.StartScan("other"); }) == yOK ? 1 : 0;
         }

@@ -123,7 +123,7 @@ TEST_F(ScanHistoryTest, NothingOfItIsLeftAtItsEnd) {
 
 TEST_F(ScanHistoryTest, AReaderSeesWholeFramesWhileTheyAreReplaced) {
     std::atomic<bool> ended{false};
-    std::thread publisher([&] {
+    std::jthread publisher([&] {
         for (std::uint64_t i = 0; i < 20 * ScanHistory::Capacity; ++i) {
             // Both values and the time of a frame are its number.
             const Frame frame{.points = {}, .values = {{0, static_cast<double>(i)}, {1, static_cast<double>(i)}}};
