@@ -40,6 +40,10 @@ bool SensorJobs::IsLoaded(const std::string& name) const {
 
 std::string SensorJobs::RequireFree(const std::string& name, Existing existing) const {
     std::string free = Jobs::JobFormat::JobNameOf(PersistManager::JobFileName(name));
+    if (Jobs::JobFormat::JobNameOf(free) != free) {
+        Vor::Throw(yERROR_PARAMETER, "'%s' is not a job name: it ends with '%s' more than once.", name,
+                   Jobs::JobFormat::Extension);
+    }
     if (files.Has(free)) {
         if (existing == Existing::Refuse) {
             Vor::Throw(yERROR_ALREADY_EXISTS, "There is a job '%s' already, and 'replace' isn't true.", free);

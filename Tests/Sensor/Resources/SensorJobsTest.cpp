@@ -187,6 +187,20 @@ TEST_F(SensorJobsTest, TheLoadedJobIsNeitherReplacedNorRenamedNorDeleted) {
     EXPECT_FALSE(Exists("other"));
 }
 
+TEST_F(SensorJobsTest, TheExtensionInANameCountsOnce) {
+    Command("test", "save");
+    MakeEnabling("other");
+    const std::string before = Tests::ReadWholeFile(FileOf("test"));
+    for (const char* const command : {"copy", "rename"}) {
+        const Answer answer = Command("other", command, {{"name", "test.vrjob.vrjob"}, {"replace", true}});
+        EXPECT_EQ(StatusIn(answer), yERROR_PARAMETER) << command;
+        EXPECT_EQ(TextIn(answer), "'test.vrjob.vrjob' is not a job name: it ends with '.vrjob' more than once.");
+    }
+    EXPECT_EQ(StatusIn(Command("test", "saveAs", {{"name", "new.vrjob.vrjob"}})), yERROR_PARAMETER);
+    EXPECT_EQ(Tests::ReadWholeFile(FileOf("test")), before);
+    EXPECT_EQ(RelationsOf("/sensor/jobs"), (Texts{PathOf("other"), PathOf("test")}));
+}
+
 TEST_F(SensorJobsTest, TheDefaultJobStaysUntilAnotherOneIs) {
     MakeEnabling("first");
     MakeEnabling("second");
