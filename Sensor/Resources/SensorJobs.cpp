@@ -76,6 +76,9 @@ SensorJobs::Job SensorJobs::Describe(const std::string& name) const {
 void SensorJobs::Copy(const std::string& name, const std::string& newName, Existing existing) const {
     RequireFile(name);
     RequireNotLoaded(newName, "replaced");
+    if (Default() == newName) {
+        RequireLoadable(name);
+    }
     ArchiveFile(files.PathOf(name)).CopyTo(files.PathOf(newName), existing);
 }
 
@@ -87,7 +90,7 @@ void SensorJobs::Rename(const std::string& name, const std::string& newName, Exi
     }
     Copy(name, newName, existing);
     if (Default() == name) {
-        SetDefault(newName);
+        Jobs::DefaultJob::Write(workspace, newName);
     }
     ArchiveFile(files.PathOf(name)).Remove();
 }
@@ -103,6 +106,7 @@ void SensorJobs::Delete(const std::string& name) const {
 
 void SensorJobs::SetDefault(const std::string& name) const {
     RequireFile(name);
+    RequireLoadable(name);
     Jobs::DefaultJob::Write(workspace, name);
 }
 
@@ -113,6 +117,14 @@ Jobs::JobChanges SensorJobs::ChangesOf(const ArchiveFile::Entries& content) cons
 
 std::string SensorJobs::Default() const {
     return Jobs::DefaultJob::Read(workspace);
+}
+
+void SensorJobs::RequireLoadable(const std::string& name) const {
+    try {
+        Jobs::JobFormat::Open(files.PathOf(name));
+    } catch (const Vor::Exception& e) {
+        Vor::Throw(e.Status(), "The sensor couldn't start with the job '%s'. %s", name, e.what());
+    }
 }
 
 void SensorJobs::RequireNotLoaded(const std::string& name, const char* action) const {

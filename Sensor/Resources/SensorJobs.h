@@ -47,7 +47,8 @@ public:
     std::vector<unsigned char> Archive(const std::string& name) const;
     /// Throws a Vor::Exception when there is no such job.
     Job Describe(const std::string& name) const;
-    /// All throw a Vor::Exception when the loaded job would be replaced or removed.
+    /// All throw a Vor::Exception when the loaded job would be replaced or removed, and when the sensor couldn't start
+    /// any more since the default job would be one that it can't load.
     void Copy(const std::string& name, const std::string& newName, Existing existing) const;
     /// The default job stays the default.
     void Rename(const std::string& name, const std::string& newName, Existing existing) const;
@@ -59,6 +60,8 @@ public:
 
 private:
     std::string Default() const;
+    /// Throws a Vor::Exception unless the sensor would start with the file.
+    void RequireLoadable(const std::string& name) const;
     void RequireNotLoaded(const std::string& name, const char* action) const;
 
     const VorCommon::PersistManager& persistence;

@@ -214,6 +214,25 @@ TEST_F(SensorJobsTest, TheDefaultJobStaysUntilAnotherOneIs) {
     EXPECT_EQ(StatusIn(Delete("third")), yOK);
 }
 
+TEST_F(SensorJobsTest, TheDefaultJobIsOneWithWhichTheSensorStarts) {
+    MakeEnabling("good");
+    EXPECT_EQ(StatusIn(Command("good", "setDefault")), yOK);
+    Make("damaged", "{");
+    Make("old", R"({"version":"0","vor:control":{"enabled":true}})");
+    for (const char* const name : {"damaged", "old"}) {
+        const Answer answer = Command(name, "setDefault");
+        EXPECT_EQ(StatusIn(answer), yERROR_FORMAT) << name;
+        EXPECT_TRUE(TextIn(answer).starts_with("The sensor couldn't start with the job '" + std::string(name) + "'. "))
+            << TextIn(answer);
+        const Json overGood = {{"name", "good"}, {"replace", true}};
+        EXPECT_EQ(StatusIn(Command(name, "copy", overGood)), yERROR_FORMAT) << name;
+        EXPECT_EQ(StatusIn(Command(name, "rename", overGood)), yERROR_FORMAT) << name;
+        EXPECT_TRUE(Exists(name));
+    }
+    EXPECT_EQ(Job("good")["default"], true);
+    EXPECT_EQ(StatusIn(Command("good", "load")), yOK) << "it is as it was";
+}
+
 TEST_F(SensorJobsTest, TheFileOfAJobIsItsArchive) {
     Command("test", "save");
     const auto bytes = Read(PathOf("test") + "/file").AsBinary();
