@@ -19,6 +19,9 @@ public:
     void Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                   VorApi::VorDataTree& data) override;
 
+protected:
+    void RequireDocument(const VorApi::RequestInfoEx&) override {}
+
 private:
     const LogHistory& history;
 };

@@ -17,6 +17,9 @@ public:
     void Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                   VorApi::VorDataTree& data) override;
 
+protected:
+    void RequireDocument(const VorApi::RequestInfoEx&) override {}
+
 private:
     const ScanDocuments& documents;
 };

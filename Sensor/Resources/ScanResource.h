@@ -32,6 +32,9 @@ public:
     void StopStream(unsigned int id) override;
     StreamResourceBase* StreamableProvider() override { return this; }
 
+protected:
+    void RequireDocument(const VorApi::RequestInfoEx&) override {}
+
 private:
     struct Stream {
         VorApi::IStreamReceiver& receiver;

@@ -2,6 +2,7 @@
 
 #include "Sensor/Scan/ProfileMeasurement.h"
 #include "Tests/Sensor/Resources/SensorFixture.h"
+#include "VorApi/DocumentResourceBase.h"
 
 #include <algorithm>
 #include <chrono>
@@ -64,6 +65,17 @@ TEST_F(SensorDirTest, TheEntrySaysWhoAnswersAndLinksToAll) {
 
 TEST_F(SensorDirTest, HealthIsAnAnswer) {
     EXPECT_EQ(Read("/healthz").ToJson(), (Json{{"status", "ok"}}));
+}
+
+TEST_F(SensorDirTest, WhatIsALongDocumentIsntMadeForALinkToIt) {
+    for (const char* path : {"/sensor/log", "/sensor/scan", "/sensor/scan/history"}) {
+        const auto match = host.Router().Find(path);
+        ASSERT_TRUE(match.has_value()) << path;
+        auto* const document = dynamic_cast<VorApi::DocumentResourceBase*>(&match->resource);
+        ASSERT_NE(document, nullptr) << path;
+        // With this query its making would fail.
+        EXPECT_TRUE(document->HasDocument(VorApi::RequestInfoEx({}, false, {{"n", "x"}, {"points", "x"}}))) << path;
+    }
 }
 
 TEST_F(SensorDirTest, EachDocumentHasASchemaOfItsMembers) {
