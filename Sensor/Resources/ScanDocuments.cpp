@@ -82,10 +82,18 @@ std::vector<ScanDocuments::Source> ScanDocuments::SourcesOf(const VirtualSensor&
     return sources;
 }
 
-json ScanDocuments::Last(std::size_t points) {
+std::uint64_t ScanDocuments::Update() {
+    if (const Vor::Object& set = history.LastSet(); set.Get() != last.Get()) {
+        last = set;
+        ++found;
+    }
+    return found;
+}
+
+json ScanDocuments::Last(std::size_t points) const {
     json document = {{"frame", nullptr},        {"time", nullptr},    {"encoder", nullptr}, {"age", nullptr},
                      {"values", json::array()}, {"x", json::array()}, {"z", json::array()}};
-    void* const set = history.LastSet().Get();
+    void* const set = last.Get();
     if (set == nullptr) {
         return document;
     }

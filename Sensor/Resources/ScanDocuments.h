@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sensor/Scan/ScanHistory.h"
+#include "VorApi/Object.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,11 +26,11 @@ public:
     /// The frames from now on. The sensor outlives this.
     explicit ScanDocuments(VirtualSensor& sensor);
 
-    /// How many frames there were.
-    std::uint64_t FrameCount() const { return history.FrameCount(); }
+    /// Looks for a new frame. Returns how many were found by now, which aren't all; 0 before the first.
+    std::uint64_t Update();
 
-    /// The last frame with so many of its points.
-    nlohmann::json Last(std::size_t points);
+    /// The frame of the last Update with so many of its points.
+    nlohmann::json Last(std::size_t points) const;
     static nlohmann::json LastSchema();
 
     /// The values of so many of the latest frames, of the data sources of these names, each once; without names of all
@@ -49,9 +50,11 @@ private:
     static std::vector<Source> SourcesOf(const VirtualSensor& sensor);
     std::vector<std::size_t> MeasurementsOf(const std::vector<std::string>& names) const;
 
-    VirtualSensor& sensor;
+    const VirtualSensor& sensor;
     const std::vector<Source> sources;
     Scan::ScanHistory history;
+    Vor::Object last; ///< the set of the frame
+    std::uint64_t found = 0;
 };
 
 } // namespace Resources

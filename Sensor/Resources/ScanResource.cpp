@@ -22,6 +22,7 @@ constexpr unsigned long long Second = 1'000'000;
 
 void ScanResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                             VorApi::VorDataTree& data) {
+    documents.Update();
     nlohmann::json document = documents.Last(Points.Of(request));
     if (request.WantsSchema()) {
         document["_schema"] = ScanDocuments::LastSchema();
@@ -53,8 +54,8 @@ void ScanResource::StopStream(unsigned int id) {
 }
 
 void ScanResource::Send(Stream& stream) {
-    if (const std::uint64_t count = documents.FrameCount(); count != stream.sent) {
-        stream.sent = count;
+    if (const std::uint64_t found = documents.Update(); found != stream.sent) {
+        stream.sent = found;
         stream.receiver.Send(VorApi::VorDataTree::FromJson(documents.Last(stream.points)));
     }
 }

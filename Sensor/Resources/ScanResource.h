@@ -39,7 +39,7 @@ private:
     struct Stream {
         VorApi::IStreamReceiver& receiver;
         std::size_t points;
-        std::uint64_t sent = 0; ///< how many frames there were at the last document
+        std::uint64_t sent = 0; ///< what ScanDocuments::Update returned for the last document
         std::unique_ptr<Vor::AsyncTimer> timer = nullptr;
     };
 
