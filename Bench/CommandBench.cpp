@@ -205,7 +205,6 @@ public:
         params.port = 0;
         AddBlock("ControlInput", CommandAddress);
         AddBlock("ControlOutput", AnswerAddress);
-        service.RegisterAssemblyUpdate("registerAssembly-0");
         service.AddControlScanResultsHandler();
         service.Start();
     }

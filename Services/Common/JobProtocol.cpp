@@ -89,9 +89,7 @@ void JobProtocol::OutputsUpdate() {
     GetControlHost().UpdateScanResultsOutputMap(Id(), DataSourceList());
 }
 
-void JobProtocol::RegisterAssemblyUpdate(const char* /*assemblyId*/) {
-    MapChanged();
-}
+void JobProtocol::RegisterAssemblyUpdate(const char* /*assemblyId*/) {}
 
 void JobProtocol::ConfigureDefaultRegisterAssembly() {
     RegisterAssemblyGroupReset(PersistDomain::Job);

@@ -55,6 +55,7 @@ public:
     /// Throws what ApplyParams throws.
     void ParamsUpdate() final;
     void OutputsUpdate() override;
+    /// Nothing: what has changed is applied once, at the end of the update.
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     void ConfigureDefaultRegisterAssembly() override;
 

@@ -275,7 +275,7 @@ TEST_F(AsciiProtocolTest, FollowsAnEditedAssembly) {
     Publish(Results().Measurement("profile/max", 3));
     EXPECT_TRUE(WaitForAnswer("RESULT 0", "OK,3.000,1"));
     service->RegisterAssembly("registerAssembly-0")->ResetRegisterAssembly();
-    service->RegisterAssemblyUpdate("registerAssembly-0");
+    service->EndUpdateRegisterAssembly(PersistDomain::Job, "registerAssembly-0", "1");
     EXPECT_TRUE(WaitForAnswer("RESULT 0", "ERROR,-999,\"there is no output 0\""));
     EXPECT_EQ(client->Ask("RESULT height"), "OK,3.000");
 }

@@ -193,8 +193,6 @@ TEST_F(JobProtocolTest, ReportsEachChangeOfItsMap) {
     EXPECT_EQ(changes(), 0u);
     module.Instance().OutputsUpdate();
     EXPECT_EQ(changes(), 1u);
-    module.Instance().RegisterAssemblyUpdate(AssemblyId);
-    EXPECT_EQ(changes(), 1u);
     Own().ConfigureDefaultRegisterAssembly();
     EXPECT_EQ(changes(), 1u);
     module.Instance().BeginUpdateOutputsMap();
@@ -202,6 +200,8 @@ TEST_F(JobProtocolTest, ReportsEachChangeOfItsMap) {
     module.Instance().EndUpdateOutputsMap();
     EXPECT_EQ(changes(), 1u);
     module.Instance().BeginUpdateRegisterAssembly(AssemblyId);
+    module.Instance().RegisterAssemblyUpdate(AssemblyId);
+    EXPECT_EQ(changes(), 0u) << "once for each update, since a large map takes its time";
     module.Instance().EndUpdateRegisterAssembly(AssemblyId);
     EXPECT_EQ(changes(), 1u);
 }

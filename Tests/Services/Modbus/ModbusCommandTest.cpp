@@ -310,7 +310,7 @@ TEST_F(ModbusCommandTest, TakesTheFirstRequestWordAsABaseOnceInTheProgramsLife) 
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Start"}));
     service->Stop();
     Start({{"firstRequest", "base"}});
-    service->RegisterAssemblyUpdate(AssemblyId);
+    service->EndUpdateRegisterAssembly(VorCommon::PersistDomain::Job, AssemblyId, "1");
     EXPECT_EQ(Write(Command, {7, 2}), 0u);
     EXPECT_TRUE(WaitForRegisters(Answer, Words({7, 2, 0}))) << "it was disabled and enabled, and has a new map";
     EXPECT_EQ(Calls(), (std::vector<std::string>{"Stop"}));
@@ -385,7 +385,7 @@ TEST_F(ModbusTriggerTest, FailsAtOnceWhenTheScanOrTheMapEnds) {
     service->OnPostStopScan();
     EXPECT_EQ(Read(Answer, 3), Words({1, 3, 0}));
     TriggerWithoutFrame();
-    service->RegisterAssemblyUpdate(AssemblyId);
+    service->EndUpdateRegisterAssembly(VorCommon::PersistDomain::Job, AssemblyId, "1");
     EXPECT_EQ(Read(Answer, 3), Words({2, 3, 0}));
     TriggerWithoutFrame();
     Restart();
