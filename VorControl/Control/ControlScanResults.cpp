@@ -25,6 +25,22 @@ void AddShared(void* filtered, ResultItem item) {
     }
 }
 
+/// In the order of a map that may be large, where each insertion is cheap; texts with the same key in their own order.
+std::vector<const std::string*> InOrderOfKeys(const std::vector<std::string>& ids) {
+    std::vector<std::pair<unsigned long, const std::string*>> sorted;
+    sorted.reserve(ids.size());
+    for (const auto& id : ids) {
+        sorted.emplace_back(ResultInfo_IdOfText(id), &id);
+    }
+    std::ranges::sort(sorted);
+    std::vector<const std::string*> texts;
+    texts.reserve(sorted.size());
+    for (const auto& [key, id] : sorted) {
+        texts.push_back(id);
+    }
+    return texts;
+}
+
 } // namespace
 
 ControlScanResults::ControlScanResults(VorCore::ResultHub* hub, void* allocator)
@@ -105,12 +121,20 @@ void ControlScanResults::ProcessResultSet(void* resultSet) {
 }
 
 void ControlScanResults::UpdateOutputMap(const std::string& serviceId, const std::vector<std::string>& ids) {
-    const Vor::Locker locker(outputMapLock.Get());
-    auto& map = FindMap(serviceId);
-    map.clear();
-    for (const auto& id : ids) {
-        AddToMap(map, id);
+    {
+        const Vor::Locker locker(outputMapLock.Get());
+        const auto last = outputIds.find(serviceId);
+        if (last != outputIds.end() && last->second == ids) {
+            return;
+        }
     }
+    OutputMap next;
+    for (const std::string* const id : InOrderOfKeys(ids)) {
+        AddToMap(next, *id);
+    }
+    const Vor::Locker locker(outputMapLock.Get());
+    FindMap(serviceId).swap(next);
+    outputIds[serviceId] = ids;
 }
 
 void ControlScanResults::SetForwardScanResultsToProtocol(const std::string& serviceId, bool enable) {
@@ -135,7 +159,7 @@ void ControlScanResults::SetScanResultsFiltering(const std::string& serviceId, b
 
 void ControlScanResults::AddToMap(OutputMap& map, std::string id) {
     const unsigned long key = ResultInfo_IdOfText(id);
-    map.emplace(key, std::move(id));
+    map.emplace_hint(map.end(), key, std::move(id));
 }
 
 ControlScanResults::OutputMap& ControlScanResults::FindMap(const std::string& serviceId) {

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace VorCore {
 class ResultHub;
@@ -43,9 +44,11 @@ private:
     void* const allocator;
     VorCore::ResultHub* const resultHub;
     Vor::Event<void*>::CallbackId hubCallbackId;
-    /// Guards `outputMaps`. Ranks after `dispatcherLock`.
+    /// Guards `outputMaps` and `outputIds`. Ranks after `dispatcherLock`.
     Vor::Handle<yLock, yLock_Destroy> outputMapLock;
     std::map<std::string, OutputMap> outputMaps;
+    /// What `outputMaps` was made of: most updates of a map that may be large change nothing.
+    std::map<std::string, std::vector<std::string>> outputIds;
     /// Guards `dispatchers`, and is held while a dispatcher is stopped. Ranks before `outputMapLock` and the locks of a
     /// dispatcher.
     Vor::Handle<yLock, yLock_Destroy> dispatcherLock;

@@ -192,6 +192,7 @@ ProtocolRegisterAssemblyBase::FindAddedScanOutputBlocksSortedByDataSource() {
 std::vector<std::string> ProtocolRegisterAssemblyBase::DataSourceList() const {
     const Vor::Locker locker(lock.Get());
     std::vector<std::string> sources;
+    sources.reserve(addedBlocks.size());
     for (const auto& block : addedBlocks) {
         if (block->HasDataSource()) {
             sources.push_back(block->DataSource());

@@ -4,7 +4,9 @@
 #include "VorApi/Threads/Locker.h"
 #include "VorControl/ControlProtocol/Translate.h"
 
+#include <string_view>
 #include <unordered_set>
+#include <utility>
 
 namespace VorControl::ControlProtocol {
 
@@ -12,8 +14,16 @@ namespace {
 
 /// Keeps the first of equal texts, in their order.
 void RemoveDuplicates(std::vector<std::string>& texts) {
-    std::unordered_set<std::string> seen;
-    std::erase_if(texts, [&](const std::string& text) { return !seen.insert(text).second; });
+    std::unordered_set<std::string_view> seen;
+    seen.reserve(texts.size());
+    std::vector<std::string> kept;
+    kept.reserve(texts.size());
+    for (const std::string& text : texts) {
+        if (seen.insert(text).second) {
+            kept.push_back(text);
+        }
+    }
+    texts = std::move(kept);
 }
 
 } // namespace

@@ -9,6 +9,8 @@ std::vector<std::size_t> LatestResults::Replace(const std::vector<std::string>& 
     std::vector<Vor::Object> nextItems;
     std::unordered_map<unsigned long, std::size_t> nextPlaces;
     result.reserve(dataSources.size());
+    nextItems.reserve(dataSources.size());
+    nextPlaces.reserve(dataSources.size());
     for (const std::string& dataSource : dataSources) {
         const unsigned long id = ResultInfo_IdOfText(dataSource);
         const auto [place, isNew] = nextPlaces.try_emplace(id, nextItems.size());
