@@ -106,16 +106,16 @@ protected:
         return *streams;
     }
 
-    Listener Open(const std::string& path, const std::vector<std::string>& topics = {}, const std::string& lastId = "",
-                  const std::string& address = "127.0.0.1") {
+    Listener Open(const std::string& path, const std::vector<std::string>& topics = {},
+                  const std::optional<std::string>& lastId = std::nullopt, const std::string& address = "127.0.0.1") {
         RequestTarget target{path, {{"other", "x"}}};
         for (const std::string& topic : topics) {
             target.query.emplace_back("topic", topic);
         }
         HttpRequest request{.method = "GET", .target = path, .fields = {}, .body = "", .peerAddress = address};
         request.peerIsLoopback = address == "127.0.0.1";
-        if (!lastId.empty()) {
-            request.fields.Add("last-event-id", lastId);
+        if (lastId) {
+            request.fields.Add("last-event-id", *lastId);
         }
         connection = std::make_shared<Connection>();
         const HttpResponse response = Streams().Open(target, request, Responder(connection));
@@ -213,6 +213,17 @@ TEST_F(EventStreamsTest, AClientGetsItsTopicsOnly) {
     EXPECT_EQ(none.Names(), Texts{});
     Report();
     EXPECT_EQ(both.Names(), Texts{});
+}
+
+TEST_F(EventStreamsTest, APathOfATopicMayBeWrittenInOtherWays) {
+    for (const char* const path : {"/controls/bare", "/controls/bare/", "/controls/%62are"}) {
+        Listener ofBare = OpenEvents({std::string("notice:") + path}).first;
+        streams->Notice(Notification::Changed, "/controls/bare");
+        loop.RunReady();
+        EXPECT_EQ(ofBare.Names(), Texts{"notice"}) << path;
+    }
+    const auto [listener, name] = OpenEvents({"notice:/controls/bare", "notice:/controls/%62are/"});
+    EXPECT_EQ(streams->TopicsOf(name), Texts{"notice:/controls/bare"}) << "the same topic";
 }
 
 TEST_F(EventStreamsTest, AnUnknownTopicIsRefusedWithTheListOfTopics) {
@@ -387,6 +398,7 @@ TEST_F(EventStreamsTest, AClientThatComesBackGetsWhatItHasMissed) {
     EXPECT_EQ(Open("/events", {"notice", "state"}, "b0:1").Names(), (Texts{"hello", "state"}));
     EXPECT_EQ(Open("/events", {"notice"}, "b0:1").Names(), Texts{"hello"});
     EXPECT_EQ(Open("/events", {"notice", "state"}).Names(), Texts{"hello"}) << "it has never been here";
+    EXPECT_EQ(Open("/events", {"notice", "state"}, "").Names(), Texts{"hello"}) << "it has had no event with an id";
 }
 
 TEST_F(EventStreamsTest, AClientThatHasMissedTooMuchGetsAGap) {
@@ -438,16 +450,16 @@ TEST_F(EventStreamsTest, ThereAreSixtyFourStreams) {
 TEST_F(EventStreamsTest, AnAddressHasSixteenStreamsUnlessItIsThisMachine) {
     std::vector<Listener> listeners;
     for (int i = 0; i < 16; ++i) {
-        listeners.push_back(Open("/events", {}, "", "192.168.1.7"));
+        listeners.push_back(Open("/events", {}, std::nullopt, "192.168.1.7"));
         listeners.push_back(Open("/events"));
     }
-    EXPECT_FAILURE(Open("/events", {}, "", "192.168.1.7"), yERROR_BUSY,
+    EXPECT_FAILURE(Open("/events", {}, std::nullopt, "192.168.1.7"), yERROR_BUSY,
                    "There are 16 streams of events of this address already, which is the limit.");
-    EXPECT_EQ(StatusOf([&] { Open("/events", {}, "", "192.168.1.8"); }), yOK);
+    EXPECT_EQ(StatusOf([&] { Open("/events", {}, std::nullopt, "192.168.1.8"); }), yOK);
     EXPECT_EQ(StatusOf([&] { Open("/events"); }), yOK);
 }
 
-TEST_F(EventStreamsTest, AResourceThatAbortsEndsItsStreams) {
+TEST_F(EventStreamsTest, AStreamHasWhatItsResourceSendsAndEndsWithIt) {
     class Aborting : public VorApi::StreamResourceBase {
     public:
         unsigned int StartStream(const VorApi::RequestInfoEx&, VorApi::IStreamReceiver& receiver) override {
@@ -460,11 +472,16 @@ TEST_F(EventStreamsTest, AResourceThatAbortsEndsItsStreams) {
         VorApi::IStreamReceiver* target = nullptr;
     } resource;
     router.Register("/aborting", resource);
+    Listener other = OpenEvents({"notice", "metrics:full"}).first;
     Listener listener = Open("/aborting");
+    Report();
+    EXPECT_EQ(listener.Read(), std::vector<Event>());
+    EXPECT_EQ(other.Names(), Texts{"metrics:full"});
     const int wakes = connection->wakes;
     EXPECT_EQ(resource.target->Description(), "HTTP clients of /aborting");
     resource.target->Abort();
     EXPECT_TRUE(listener.stream->Ended());
+    EXPECT_FALSE(other.stream->Ended());
     EXPECT_GT(connection->wakes, wakes);
     loop.Advance(std::chrono::seconds(1));
     EXPECT_EQ(resource.target, nullptr);

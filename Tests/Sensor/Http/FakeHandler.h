@@ -27,15 +27,14 @@ public:
             const std::lock_guard guard(mutex);
             hasEnded = true;
         }
-        std::mutex mutex; ///< guards the next two
+        std::mutex mutex; ///< guards the next three
         std::string waiting;
         bool hasEnded = false;
+        std::size_t maxPiece = 65536; ///< bytes that are read at once
         std::atomic<bool> isCut = false;
         std::atomic<bool> isStreamGone = false;
         std::atomic<std::size_t> bytesRead = 0;
     };
-
-    static constexpr std::size_t MaxPiece = 65536;
 
     explicit FakeStream(std::shared_ptr<Source> source)
         : source(std::move(source)) {}
@@ -45,7 +44,7 @@ public:
 
     void Read(std::string& out) override {
         const std::lock_guard guard(source->mutex);
-        const std::string piece = source->waiting.substr(0, MaxPiece);
+        const std::string piece = source->waiting.substr(0, source->maxPiece);
         source->waiting.erase(0, piece.size());
         source->bytesRead += piece.size();
         out += piece;
@@ -99,7 +98,7 @@ public:
             responder.Respond(
                 {.fields = {{"Content-Type", "text/event-stream"}}, .stream = std::make_shared<FakeStream>(source)});
         } else if (target == "/nothing") {
-            responder.Respond({.status = 204});
+            responder.Respond({.status = 204, .body = longBody}); // of which nothing may be sent
         } else if (target == "/long") {
             responder.Respond({.body = longBody});
         } else if (target != "/dropped") {

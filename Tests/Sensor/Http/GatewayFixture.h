@@ -17,6 +17,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -34,6 +35,7 @@ public:
         const std::lock_guard guard(mutex);
         if (!answer) {
             answer = std::move(response);
+            answeredOn = std::this_thread::get_id();
         }
     }
     bool IsWanted() const {
@@ -61,6 +63,11 @@ public:
         const std::lock_guard guard(mutex);
         return answer.value();
     }
+    /// The thread that has answered.
+    std::thread::id AnsweredOn() const {
+        const std::lock_guard guard(mutex);
+        return answeredOn;
+    }
     /// Releases what was answered, as after sending it.
     void Leave() {
         const std::lock_guard guard(mutex);
@@ -72,6 +79,7 @@ private:
     Vor::MainLoop& loop;
     mutable std::mutex mutex;
     std::optional<Sensor::Http::HttpResponse> answer;
+    std::thread::id answeredOn;
     bool hasGone = false;
     bool isReleased = false;
 };

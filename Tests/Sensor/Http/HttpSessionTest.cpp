@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <malloc.h>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -199,6 +200,25 @@ TEST_F(HttpSessionTest, HandlesAChangeAlone) {
     EXPECT_EQ(handler.waiting.at(0).second, "GET /later/3\n");
 }
 
+TEST_F(HttpSessionTest, HandlesARequestWithABodyAlone) {
+    const std::string withBody = "GET /b HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: 5\r\n\r\n";
+    EXPECT_EQ(Ask(Get("/later") + withBody), "") << "whatever its method is";
+    EXPECT_EQ(handler.checked.size(), 1U);
+    handler.AnswerWaiting(0);
+    const std::string sent = Sent();
+    ResponseReader reader(sent);
+    EXPECT_EQ(reader.Next().body, "GET /later\n");
+    EXPECT_EQ(reader.Left(), "HTTP/1.1 100 Continue\r\n\r\n");
+}
+
+TEST_F(HttpSessionTest, AsksForABodyBehindAnAnswerThatIsNotSentYet) {
+    const std::string header = "POST /b HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: 5\r\n\r\n";
+    const std::string sent = Ask(Get("/long") + header);
+    ResponseReader reader(sent);
+    EXPECT_EQ(reader.Next().body, *handler.longBody);
+    EXPECT_EQ(reader.Left(), "HTTP/1.1 100 Continue\r\n\r\n");
+}
+
 TEST_F(HttpSessionTest, AsksForABodyWhenTheHeaderIsAccepted) {
     const std::string header = "POST /b HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: 5\r\n\r\n";
     EXPECT_EQ(Ask(Get("/later") + header), "");
@@ -269,6 +289,17 @@ TEST_F(HttpSessionTest, EndsWhenTheClientSendsMuchBehindItsLastRequest) {
     }
     EXPECT_TRUE(session->Broken());
     EXPECT_TRUE(session->ReceiveSpace().empty());
+}
+
+TEST_F(HttpSessionTest, AnswersItsLastRequestWhateverComesBehindIt) {
+    Ask(Get("/later", "Connection: close\r\n"));
+    for (int i = 0; i < 500; ++i) {
+        Ask(std::string(10000, 'x'));
+    }
+    EXPECT_FALSE(session->Broken());
+    handler.AnswerWaiting(0);
+    EXPECT_EQ(StatusesOf(Sent()), std::vector<unsigned>{200});
+    EXPECT_TRUE(session->Broken());
 }
 
 TEST_F(HttpSessionTest, AnswersForAHandlerThatFails) {
@@ -389,6 +420,22 @@ TEST_F(HttpSessionTest, ClosesAConnectionWhoseClientReadsNothing) {
     EXPECT_EQ(Expired(60s), "closed");
 }
 
+TEST_F(HttpSessionTest, ReadsNoFurtherForAClientThatReadsNothing) {
+    constexpr std::size_t Much = std::size_t{1} << 20;
+    const std::string requests = Repeated(GetA, Much / GetA.size());
+    std::size_t read = 0;
+    while (!session->ReceiveSpace().empty() && read < requests.size()) {
+        const auto space = session->ReceiveSpace();
+        const std::size_t size = std::min(space.size(), requests.size() - read);
+        std::copy_n(requests.begin() + static_cast<std::ptrdiff_t>(read), size, space.begin());
+        session->Received(size);
+        session->Process();
+        read += size;
+    }
+    EXPECT_LT(read, Much / 2);
+    EXPECT_LT(session->Replies().size(), Much / 4);
+}
+
 // Streams
 
 TEST_F(HttpSessionTest, StreamsInChunks) {
@@ -397,6 +444,7 @@ TEST_F(HttpSessionTest, StreamsInChunks) {
     EXPECT_TRUE(sent.ends_with("\r\n\r\n"));
     EXPECT_TRUE(session->IsSubscribed());
     EXPECT_FALSE(session->IsWorking());
+    EXPECT_FALSE(session->HasFinished());
     EXPECT_EQ(session->Deadline(), std::nullopt);
     EXPECT_EQ(Sent(), "");
     handler.Stream("hello");
@@ -439,6 +487,18 @@ TEST_F(HttpSessionTest, ReadsAStreamAsFastAsItsClient) {
     EXPECT_EQ(Sent(), "5\r\nfirst\r\n6\r\nsecond\r\n");
 }
 
+TEST_F(HttpSessionTest, DoesNotKeepTheMemoryOfALargePiece) {
+    constexpr std::size_t Large = std::size_t{1} << 20;
+    handler.source->maxPiece = Large;
+    Ask(Get("/stream"));
+    handler.Stream(std::string(Large, 'x'));
+    EXPECT_GT(Sent().size(), Large);
+    handler.Stream(std::string(100, 'x'));
+    session->Process();
+    void* const buffer = const_cast<unsigned char*>(session->Replies().data());
+    EXPECT_LT(malloc_usable_size(buffer), Large / 8);
+}
+
 TEST_F(HttpSessionTest, IsAbortedWhenItsStreamIsCut) {
     Ask(Get("/stream"));
     handler.Stream("unread");
@@ -470,6 +530,10 @@ TEST_F(HttpSessionTest, DropsWhatComesBehindARequestForAStream) {
     ResponseReader reader(sent);
     EXPECT_EQ(reader.Next().status, 200U);
     EXPECT_TRUE(reader.Left().ends_with("\r\n\r\n5\r\nhello\r\n"));
+    handler.source->End();
+    handler.WakeStreams();
+    EXPECT_EQ(Sent(), "0\r\n\r\n");
+    EXPECT_TRUE(session->HasFinished());
 }
 
 TEST_F(HttpSessionTest, AnswersHeadOfAStreamWithoutIt) {

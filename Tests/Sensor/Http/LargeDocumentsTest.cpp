@@ -129,6 +129,21 @@ TEST_F(LargeDocumentsTest, WhatHasWaitedForTooLongIsDropped) {
     EXPECT_EQ(dropped.size(), 1U) << "what has started isn't dropped";
 }
 
+TEST_F(LargeDocumentsTest, WhatIsDroppedLetsTheNextOneStart) {
+    large.Note("/a", 30 * MiB);
+    large.Note("/b", 10 * MiB);
+    Budget::Share unsent(budget);
+    unsent.Change(50 * MiB);
+    Wait("/a");
+    loop.Advance(1s);
+    Wait("/b");
+    loop.Advance(LargeDocuments::MaxWaitTime - 1s - 1us);
+    EXPECT_TRUE(started.empty()) << "/a is the first, and has no room";
+    loop.Advance(1us);
+    EXPECT_EQ(dropped, std::vector<std::string>{"/a"});
+    EXPECT_EQ(started, std::vector<std::string>{"/b"});
+}
+
 TEST_F(LargeDocumentsTest, TheBudgetMustHaveRoomForTreeAndText) {
     large.Note("/a", 10 * MiB);
     Budget::Share unsent(budget);

@@ -93,6 +93,12 @@ TEST_F(RequestParserTest, ReadsChunksInAnyPieces) {
     }
 }
 
+TEST_F(RequestParserTest, ReadsTheNameOfACodingInAnyCase) {
+    Outcome outcome(Post("Transfer-Encoding: ChunKed\r\n", "5\r\nhello\r\n0\r\n\r\n"));
+    EXPECT_EQ(outcome.parser.GetState(), State::Done);
+    EXPECT_EQ(outcome.parser.Request().body, "hello");
+}
+
 TEST_F(RequestParserTest, SkipsEmptyLinesBeforeARequest) {
     for (const std::size_t step : {1U, 2U, 3U, 100U}) {
         Outcome outcome("\r\n\r\n" + Get("Host: a\r\n"), step);

@@ -31,6 +31,12 @@ protected:
         free.onDocument = [write = std::move(write)](const RequestInfoEx&, ResponseInfoEx& response,
                                                      VorDataTree& data) { write(response, data); };
     }
+    /// The thread on which the document becomes text.
+    std::thread::id ThreadOf(const std::string& target) {
+        const Client client = Send("GET", target);
+        EXPECT_EQ(Wait(client).status, 200U);
+        return client->AnsweredOn();
+    }
     /// A document whose text has a little more than `size` bytes.
     void WriteLargeFree(std::size_t size) {
         WriteFree([size](ResponseInfoEx&, VorDataTree& data) { data["text"].Set(std::string(size, 'x')); });
@@ -363,8 +369,42 @@ TEST_F(ResourceGatewayTest, LinksThatLeadNowhereAreLeftOut) {
 }
 
 TEST_F(ResourceGatewayTest, WhatTheDocumentLinksItselfIsntAddedAgain) {
-    WriteFree([](ResponseInfoEx& response, VorDataTree&) { response.Link("up", "/notes", false, VorDataTree()); });
+    Tests::FreeDocument figures;
+    router.Register("/free/metrics", figures);
+    EXPECT_EQ(HrefsOf(GetDocument("/free"), "vor:metrics"), Texts{"/free/metrics"});
+    WriteFree([](ResponseInfoEx& response, VorDataTree&) {
+        response.Link("up", "/notes", false, VorDataTree());
+        response.Link("vor:metrics", "/notes", false, VorDataTree());
+    });
     EXPECT_EQ(HrefsOf(GetDocument("/free"), "up"), Texts{"/notes"});
+    EXPECT_EQ(HrefsOf(GetDocument("/free"), "vor:metrics"), Texts{"/notes"});
+    router.Deregister("/free/metrics", true);
+    Tests::FreeDocument things;
+    router.Register("/things/:thing", things);
+    EXPECT_EQ(HrefsOf(GetDocument("/things/a"), "collection"), Texts{"/things"});
+    things.onDocument = [](const RequestInfoEx&, ResponseInfoEx& response, VorDataTree&) {
+        response.Link("collection", "/notes", false, VorDataTree());
+    };
+    EXPECT_EQ(HrefsOf(GetDocument("/things/a"), "collection"), Texts{"/notes"});
+    router.Deregister("/things/:thing", true);
+}
+
+TEST_F(ResourceGatewayTest, AnItemIsNoPartOfItsCollection) {
+    notes.texts = {{"metrics", ""}};
+    EXPECT_EQ(Get("/notes/metrics").status, 200U);
+    EXPECT_FALSE(GetDocument("/notes")["_links"].contains("vor:metrics"));
+}
+
+TEST_F(ResourceGatewayTest, ACollectionIsInNoCollection) {
+    const char* const path = "/controls/full/registerAssemblies";
+    EXPECT_EQ(HrefsOf(GetDocument(std::string(path) + "/a1"), "collection"), Texts{path});
+    EXPECT_EQ(HrefsOf(GetDocument(path), "collection"), Texts{});
+    EXPECT_EQ(HrefsOf(GetDocument(path), "up"), Texts{"/controls/full"});
+}
+
+TEST_F(ResourceGatewayTest, RelationsOfPartsAreExplainedToo) {
+    WriteFree([](ResponseInfoEx& response, VorDataTree&) { response.Embed("vor:x", "/notes", true, VorDataTree()); });
+    EXPECT_TRUE(GetDocument("/free")["_links"].contains("curies"));
 }
 
 TEST_F(ResourceGatewayTest, EmbedsAreFilledOnDemandOneLevelDeep) {
@@ -401,16 +441,18 @@ TEST_F(ResourceGatewayTest, AThousandEmbedsAreFilledAndNotOneMore) {
 }
 
 TEST_F(ResourceGatewayTest, TheMainLoopGoesOnBetweenTheDocumentsOfEmbeds) {
-    notes.texts = {{"a", ""}, {"b", ""}};
-    const Client client = Send("GET", "/notes?expand=item");
+    WriteFree([](ResponseInfoEx& response, VorDataTree&) {
+        for (int i = 0; i < 3; ++i) {
+            response.Embed("item", "/free", true, VorDataTree());
+        }
+    });
+    const Client client = Send("GET", "/free?expand=item");
     loop.Step();
-    bool went = false;
-    loop.Post([&] { went = true; });
-    for (int i = 0; i < 3 && !went; ++i) {
-        loop.Step();
-    }
-    EXPECT_TRUE(went);
+    unsigned readsBefore = 0;
+    loop.Post([&] { readsBefore = free.reads; });
     EXPECT_EQ(Wait(client).status, 200U);
+    EXPECT_EQ(free.reads, 4U);
+    EXPECT_LT(readsBefore, 4U);
 }
 
 TEST_F(ResourceGatewayTest, NoLinkAndNoEmbedIsDead) {
@@ -559,6 +601,8 @@ TEST_F(ResourceGatewayTest, AStreamIsOpenedForWhoAcceptsOne) {
     streams.failure = yERROR_BUSY;
     EXPECT_EQ(Request("GET", "/notes", {{"Accept", "text/event-stream"}}).fields.Find("Retry-After"), "1");
     EXPECT_EQ(Request("GET", "/notes", {{"Accept", "*/*"}}).status, 200U);
+    EXPECT_EQ(Request("HEAD", "/notes", {{"Accept", "text/event-stream"}}).status, 200U);
+    EXPECT_EQ(Request("POST", "/button", {{"Accept", "text/event-stream"}}).status, 200U);
     streams.failure = yERROR_NOT_FOUND;
     EXPECT_EQ(Request("GET", "/nothing", {{"Accept", "text/event-stream"}}).status, 404U);
 }
@@ -587,13 +631,20 @@ TEST_F(ResourceGatewayTest, ALateAnswerThatNeverComesIsATimeout) {
 TEST_F(ResourceGatewayTest, ALateAnswerMayComeAfterItsEnd) {
     std::optional<VorApi::Completion> completion;
     WriteFree([&](ResponseInfoEx& response, VorDataTree&) { completion = response.Defer(); });
-    const Client client = Send("GET", "/free");
-    loop.RunReady();
+    std::vector<VorApi::Completion> completions;
+    std::vector<Client> clients;
+    for (int i = 0; i < 2; ++i) {
+        clients.push_back(Send("GET", "/free"));
+        loop.RunReady();
+        completions.push_back(completion.value());
+    }
     gateway.reset();
     EXPECT_FALSE(router.Find("/problems"));
-    completion->Complete(VorDataTree());
+    completions[0].Complete(VorDataTree());
+    completions[1].Fail(std::make_exception_ptr(std::runtime_error("late")));
     loop.RunReady();
-    EXPECT_FALSE(client->IsAnswered());
+    EXPECT_FALSE(clients[0]->IsAnswered());
+    EXPECT_FALSE(clients[1]->IsAnswered());
 }
 
 TEST_F(ResourceGatewayTest, ItsEndDropsWhatWaits) {
@@ -676,6 +727,29 @@ TEST_F(ResourceGatewayTest, AFullBudgetIsGivenBackByWhoReads) {
     EXPECT_EQ(Wait(last).status, 200U);
     last->Leave();
     EXPECT_EQ(Get("/notes").status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, ABodyOccupiesMemoryUntilItIsHandled) {
+    Restart({.memoryLimit = 10'000});
+    const HttpFields fields{{"Content-Type", "application/json"}};
+    const Client first = Send("POST", "/button", fields, Json(std::string(1000, 'x')).dump());
+    const Client second = Send("POST", "/button", fields, "{}");
+    EXPECT_EQ(second->Answer().status, 503U) << "at once";
+    EXPECT_EQ(Wait(first).status, 200U);
+}
+
+TEST_F(ResourceGatewayTest, LargeTextsAreMadeOnAThreadOfTheirOwn) {
+    const std::thread::id small = ThreadOf("/");
+    EXPECT_EQ(ThreadOf("/notes"), small);
+    WriteLargeFree(2 * LargeDocuments::LargeSize);
+    const std::thread::id large = ThreadOf("/free");
+    EXPECT_NE(large, small) << "so that no other text waits for them";
+    EXPECT_EQ(ThreadOf("/free"), large);
+    for (const char* const name : {"a", "b", "c"}) {
+        notes.texts[name] = std::string(LargeDocuments::LargeSize / 2, 'x');
+    }
+    EXPECT_EQ(ThreadOf("/notes?expand=item"), large) << "all parts together count";
+    EXPECT_EQ(ThreadOf("/notes"), small) << "without its parts it is another document";
 }
 
 TEST_F(ResourceGatewayTest, ADocumentIsntLargeBecauseItsSchemaIs) {

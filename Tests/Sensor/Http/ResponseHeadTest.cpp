@@ -45,8 +45,8 @@ TEST_F(ResponseHeadTest, SaysWhetherTheConnectionStaysOpen) {
 }
 
 TEST_F(ResponseHeadTest, LeavesNoControlCharacterInAValue) {
-    EXPECT_EQ(HeadOf({.status = 204, .fields = {{"Location", "/a\r\nX: b\tc"}}}),
-              "HTTP/1.1 204 No Content\r\nLocation: /a  X: b c\r\n\r\n");
+    EXPECT_EQ(HeadOf({.status = 204, .fields = {{"Location", "/a\r\nX: b\tc\x7F"}}}),
+              "HTTP/1.1 204 No Content\r\nLocation: /a  X: b c \r\n\r\n");
 }
 
 } // namespace
