@@ -193,7 +193,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Bench::State after = bench.GetState();
         const bool hasChanged = before.configuration != after.configuration || before.enabled != after.enabled;
         const bool isRevised = before.tag != after.tag;
-        Require(hasChanged ? isRevised : !isRevised || request.method == "PATCH");
+        const bool isStartedAnew = request.method == "PATCH" && after.enabled;
+        Require(hasChanged ? isRevised : !isRevised || isStartedAnew);
         if (response.status >= 400) {
             Require(!hasChanged && !isRevised && before.topics == after.topics);
         }

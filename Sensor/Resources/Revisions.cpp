@@ -97,7 +97,9 @@ Revisions::Revisions(std::string boot, IControlManager& manager)
     , load(manager.AddPersistenceLoadEventHandler(
           [this](IControlManager::PersistenceLoadOpState state) { OnLoad(state); })) {
     for (const std::string& id : manager.List()) {
-        services[id].hashes = HashesOf(manager.GetInstance(id));
+        IControlInstance& instance = manager.GetInstance(id);
+        services[id].hashes = HashesOf(instance);
+        services[id].isEnabled = instance.IsEnabled();
     }
 }
 
@@ -134,12 +136,15 @@ void Revisions::OnLoad(IControlManager::PersistenceLoadOpState state) {
     }
 }
 
-// A start that fails again as before, which is tried every few seconds, changes nothing.
+// A start that fails again as before, which is tried every few seconds, changes nothing, nor does a stop of a service
+// that is stopped.
 void Revisions::OnEnabled(const IControlInstance& instance) {
     Service& service = services.at(instance.Id());
     const auto failure = instance.LastEnableFailure();
     const auto before = std::exchange(service.failure, failure ? std::optional(failure->text) : std::nullopt);
-    if (loading || (failure && before == service.failure)) {
+    const bool wasEnabled = std::exchange(service.isEnabled, instance.IsEnabled());
+    const bool isStartedOrStopped = !failure && (service.isEnabled || wasEnabled);
+    if (loading || (before == service.failure && !isStartedOrStopped)) {
         return;
     }
     ++service.revision;

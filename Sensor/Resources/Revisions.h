@@ -40,6 +40,7 @@ private:
     struct Service {
         std::uint64_t revision = 1;
         Hashes hashes;
+        bool isEnabled = false;
         std::optional<std::string> failure = std::nullopt; ///< of the last start or stop
     };
 

@@ -90,9 +90,33 @@ TEST_F(RevisionsTest, EachStartAndStopRaisesTheRevision) {
     Update(Service, {{"enabled", true}});
     EXPECT_EQ(Risen(), 1);
     EXPECT_EQ(std::exchange(started, {}), Texts{Service});
+    Update(Service, {{"enabled", true}});
+    EXPECT_EQ(Risen(), 1) << "it is started anew";
+    started.clear();
     Instance().Enable(false);
     EXPECT_EQ(Risen(), 1);
-    EXPECT_EQ(started, Texts{Service});
+    EXPECT_EQ(std::exchange(started, {}), Texts{Service});
+    Update(Service, {{"enabled", false}});
+    EXPECT_EQ(Risen(), 0) << "it is stopped";
+    EXPECT_TRUE(started.empty());
+}
+
+TEST_F(RevisionsTest, ItNoticesAStopOfAServiceThatWasStartedBefore) {
+    Instance().Enable(true);
+    revisions = std::make_unique<Sensor::Resources::Revisions>("b0", *manager);
+    Instance().Enable(false);
+    EXPECT_EQ(Risen(), 1);
+}
+
+TEST_F(RevisionsTest, AStopThatFailsRaisesTheRevision) {
+    Instance().Enable(true);
+    EXPECT_EQ(Risen(), 1);
+    service->actions["Stop"] = [] { Vor::Throw(yERROR_TIMEOUT, "it hangs"); };
+    Instance().Enable(false);
+    EXPECT_EQ(Risen(), 1);
+    service->actions.clear();
+    Instance().Enable(false);
+    EXPECT_EQ(Risen(), 1) << "its failure is over";
 }
 
 TEST_F(RevisionsTest, AStartThatFailsAgainAsBeforeRaisesItOnce) {
