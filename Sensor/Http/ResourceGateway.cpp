@@ -38,6 +38,11 @@ HttpResponse NotFound(const std::string& path) {
     return ProblemResponse({404, "There is no resource at " + path + ".", yERROR_NOT_FOUND});
 }
 
+/// Whether it is a question about the server as a whole (RFC 9110, 9.3.7).
+bool IsAboutServer(const HttpRequest& request) {
+    return request.method == "OPTIONS" && request.target == "*";
+}
+
 bool HasBody(const HttpRequest& request) {
     return !request.body.empty() || request.fields.Count("Transfer-Encoding") > 0 ||
            request.fields.Find("Content-Length").value_or("0") != "0";
@@ -140,7 +145,7 @@ ResourceGateway::ResourceGateway(const Settings& settings, VorApi::ResourceRoute
 ResourceGateway::~ResourceGateway() = default;
 
 std::optional<HttpResponse> ResourceGateway::CheckHeader(const HttpRequest& request) {
-    const auto target = RequestTarget::Parse(request.target);
+    const auto target = RequestTarget::Parse(IsAboutServer(request) ? "/" : request.target);
     if (!target) {
         return ProblemResponse({400, "The target '" + request.target +
                                          "' isn't a path that begins with a slash, of characters and percent codes in "
@@ -168,6 +173,10 @@ std::optional<HttpResponse> ResourceGateway::CheckHeader(const HttpRequest& requ
 void ResourceGateway::Handle(HttpRequest request, Responder responder) {
     if (auto refusal = CheckHeader(request)) {
         responder.Respond(*std::move(refusal));
+        return;
+    }
+    if (IsAboutServer(request)) {
+        responder.Respond({.status = 204});
         return;
     }
     const auto call = std::make_shared<Call>(Call{.request = std::move(request),

@@ -161,6 +161,12 @@ TEST_F(ResourceGatewayTest, OptionsListsTheMethods) {
     EXPECT_EQ(Request("OPTIONS", "/controls/nobody").status, 404U);
 }
 
+TEST_F(ResourceGatewayTest, OptionsMayBeAboutTheServer) {
+    EXPECT_EQ(Request("OPTIONS", "*").status, 204U);
+    EXPECT_EQ(Request("OPTIONS", "*", {{"Host", "evil.example"}}).status, 421U);
+    EXPECT_EQ(Request("HEAD", "*").status, 400U);
+}
+
 TEST_F(ResourceGatewayTest, AMethodThatTheResourceDoesntHaveIsNotAllowed) {
     notes.texts = {{"a", ""}};
     const auto refused = [&](const char* method, const char* target) {
