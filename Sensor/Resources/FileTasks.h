@@ -3,8 +3,10 @@
 #include "Vor/AsyncRunner.h"
 #include "Vor/Exception.h"
 #include "VorApi/Completion.h"
+#include "VorApi/ResponseInfoEx.h"
 #include "VorCommon/PersistManager.h"
 
+#include <cstddef>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -17,18 +19,32 @@ namespace Sensor::Resources {
 /// Runs the work of requests with files on the persistence thread. Main loop only.
 class FileTasks {
 public:
+    /// The most tasks that wait or run.
+    static constexpr std::size_t MaxWaiting = 8;
+
     /// The manager outlives this.
     explicit FileTasks(VorCommon::PersistManager& persistence)
         : persistence(persistence) {}
     FileTasks(const FileTasks&) = delete;
     FileTasks& operator=(const FileTasks&) = delete;
 
+    /// Throws yERROR_BUSY when one more can't be run. For a request that does something before.
+    void RequireRoom() const {
+        if (waiting >= MaxWaiting) {
+            Vor::Throw(yERROR_BUSY, "%d requests wait for files of jobs, which is the most that may.",
+                       static_cast<int>(MaxWaiting));
+        }
+    }
+
     /// Runs `work` on the persistence thread, also when this is destroyed before, so it must own all it touches. The
     /// answer is what `documentOf` makes of its result on the main loop, as long as this lives, or what it has thrown.
+    /// Throws what RequireRoom throws.
     template <class Work, class DocumentOf>
-    void Run(const VorApi::Completion& completion, Work work, DocumentOf documentOf) {
+    void Run(VorApi::ResponseInfoEx& response, Work work, DocumentOf documentOf) {
         using Result = std::invoke_result_t<Work>;
-        persistence.Post([weak = std::weak_ptr(mainLoop), token = std::weak_ptr(alive), completion,
+        RequireRoom();
+        const VorApi::Completion completion = response.Defer();
+        persistence.Post([this, weak = std::weak_ptr(mainLoop), token = std::weak_ptr(alive), completion,
                           work = std::move(work), documentOf = std::move(documentOf)] {
             const auto outcome = std::make_shared<Outcome<Result>>();
             try {
@@ -38,13 +54,15 @@ public:
                 outcome->text = e.what();
             }
             if (const auto runner = weak.lock()) {
-                runner->Run([token, completion, documentOf, outcome] {
+                runner->Run([this, token, completion, documentOf, outcome] {
                     if (!token.expired()) {
+                        --waiting;
                         Answer(completion, documentOf, *outcome);
                     }
                 });
             }
         });
+        ++waiting;
     }
 
 private:
@@ -68,6 +86,7 @@ private:
     }
 
     VorCommon::PersistManager& persistence;
+    std::size_t waiting = 0;
     const std::shared_ptr<Vor::AsyncRunner> mainLoop = std::make_shared<Vor::AsyncRunner>();
     const std::shared_ptr<const bool> alive = std::make_shared<bool>(true);
 };

@@ -6,8 +6,9 @@ namespace Sensor::Resources {
 
 void JobChangesResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                                   VorApi::VorDataTree&) {
+    environ.tasks.RequireRoom();
     environ.tasks.Run(
-        response.Defer(),
+        response,
         [jobs = environ.jobs, content = environ.persistence.ContentToSave(VorCommon::PersistDomain::Job)] {
             return jobs.ChangesOf(content);
         },

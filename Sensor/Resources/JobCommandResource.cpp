@@ -76,6 +76,7 @@ VorApi::VorDataTree JobCommandResource::Run(const VorApi::RequestInfoEx& request
                              .loadsJob = true},
                             false, request, response);
     }
+    environ.tasks.RequireRoom();
     if (command == "save") {
         const auto saved = environ.persistence.Save(PersistDomain::Job);
         // The task runs behind the save.
@@ -106,7 +107,7 @@ template <class Work>
 void JobCommandResource::AnswerWithJob(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                                        const std::string& name, Work work) {
     environ.tasks.Run(
-        response.Defer(),
+        response,
         [jobs = environ.jobs, name, work = std::move(work)] {
             work();
             return jobs.Describe(name);

@@ -16,7 +16,7 @@ void JobFileResource::Document(const VorApi::RequestInfoEx& request, VorApi::Res
     const std::string& name = *request.FindKey("job");
     environ.jobs.RequireFile(name);
     environ.tasks.Run(
-        response.Defer(), [jobs = environ.jobs, name] { return jobs.Archive(name); },
+        response, [jobs = environ.jobs, name] { return jobs.Archive(name); },
         [](const std::vector<unsigned char>& bytes) {
             VorApi::VorDataTree document;
             document.Set(Vor::Properties::ByteVector(bytes));

@@ -38,7 +38,7 @@ void JobsResource::Document(const VorApi::RequestInfoEx& request, VorApi::Respon
         response.Link("vor:changes", "/sensor/jobs/loaded/changes", false, VorDataTree());
     }
     environ.tasks.Run(
-        response.Defer(), [jobs = environ.jobs, name] { return jobs.Describe(name); },
+        response, [jobs = environ.jobs, name] { return jobs.Describe(name); },
         [request](const SensorJobs::Job& job) {
             VorDataTree document;
             document.MakeObject();
@@ -58,7 +58,7 @@ void JobsResource::Delete(const VorApi::RequestInfo&) {
 void JobsResource::Delete(const VorApi::RequestInfo& request, VorApi::ResponseInfoEx& response) {
     const std::string& name = RequiredJob(request);
     environ.tasks.Run(
-        response.Defer(),
+        response,
         [jobs = environ.jobs, name] {
             jobs.Delete(name);
             return true;

@@ -1,3 +1,4 @@
+#include "Sensor/Resources/FileTasks.h"
 #include "Tests/Sensor/Resources/SensorFixture.h"
 #include "Tests/Support/TempFolder.h"
 #include "VorCommon/ArchiveFile.h"
@@ -319,6 +320,34 @@ TEST_F(SensorJobsTest, EachChangeOfTheJobsIsANotice) {
     EXPECT_EQ(notices(), 1);
     Delete("test");
     EXPECT_EQ(notices(), 1);
+}
+
+TEST_F(SensorJobsTest, AFewRequestsWaitForFiles) {
+    MakeEnabling("first");
+    std::promise<void> released;
+    host.Persistence().Post([wait = released.get_future().share()] { wait.wait(); });
+    std::vector<Pending> waiting;
+    for (std::size_t i = 0; i < FileTasks::MaxWaiting; ++i) {
+        waiting.push_back(Begin({Verb::Read, PathOf("first")}));
+    }
+    const auto copy = [&] {
+        return Begin({.verb = Verb::Invoke,
+                      .path = CommandOf("first", "copy"),
+                      .body = VorApi::VorDataTree::FromJson(Json{{"name", "second"}})});
+    };
+    // Those that wait for the persistence thread themselves would never return.
+    for (const Pending& refused : {Begin({Verb::Read, PathOf("first")}), Begin({Verb::Read, PathOf("first") + "/file"}),
+                                   Begin({Verb::Read, Changes}), Begin({.verb = Verb::Delete, .path = PathOf("first")}),
+                                   copy(), Begin({.verb = Verb::Invoke, .path = CommandOf("test", "save")})}) {
+        ASSERT_TRUE(refused->has_value());
+        EXPECT_EQ(StatusIn(**refused), yERROR_BUSY);
+        EXPECT_EQ(TextIn(**refused), "8 requests wait for files of jobs, which is the most that may.");
+    }
+    released.set_value();
+    for (const Pending& pending : waiting) {
+        EXPECT_EQ(StatusIn(AnswerTo(pending)), yOK);
+    }
+    EXPECT_EQ(StatusIn(AnswerTo(copy())), yOK);
 }
 
 TEST_F(SensorJobsTest, WorkWithFilesMayEndAfterTheResources) {
