@@ -46,13 +46,16 @@ OperationRunner::~OperationRunner() {
 }
 
 const Operation& OperationRunner::Run(const Request& request, Ended ended) {
-    RequireRoom();
+    const auto forgotten = EntryToForget();
     framesWanted += request.waitsForFrame ? 1 : 0;
     try {
         request.start(environ.module.Operations(), ClientId);
     } catch (...) {
         framesWanted -= request.waitsForFrame ? 1 : 0;
         throw;
+    }
+    if (forgotten != entries.end()) {
+        entries.erase(forgotten);
     }
     entries.push_back(
         {.operation = {.id = std::to_string(++lastId), .command = request.command, .argument = request.argument},
@@ -63,10 +66,9 @@ const Operation& OperationRunner::Run(const Request& request, Ended ended) {
     return entries.back().operation;
 }
 
-/// Forgets the oldest operation that has ended when there is none to add.
-void OperationRunner::RequireRoom() {
+std::list<OperationRunner::Entry>::iterator OperationRunner::EntryToForget() {
     if (entries.size() < MaxKept) {
-        return;
+        return entries.end();
     }
     const auto oldest = std::ranges::find_if(
         entries, [](const Entry& entry) { return entry.operation.state != Operation::State::Running; });
@@ -74,7 +76,7 @@ void OperationRunner::RequireRoom() {
         Vor::Throw(yERROR_BUSY, "%d operations wait for their ends, and one more isn't started.",
                    static_cast<int>(MaxKept));
     }
-    entries.erase(oldest);
+    return oldest;
 }
 
 std::vector<std::string> OperationRunner::Ids() const {

@@ -83,7 +83,9 @@ private:
         std::unique_ptr<Vor::AsyncTimer> limit = nullptr;
     };
 
-    void RequireRoom();
+    /// The oldest operation that has ended, which makes room for one more; the end while there is room. Throws
+    /// yERROR_BUSY when none has ended.
+    std::list<Entry>::iterator EntryToForget();
     void OnResults(void* resultSet);
     void OnFrame(std::uint64_t published);
     void OnEnd(int status, const Failure& failure);

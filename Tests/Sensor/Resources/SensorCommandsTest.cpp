@@ -213,6 +213,17 @@ TEST_F(SensorCommandsTest, TheLastOperationsAreKept) {
     EXPECT_EQ(StatusOf([&] { Read("/sensor/operations/2"); }), yERROR_NOT_FOUND);
 }
 
+TEST_F(SensorCommandsTest, AnOperationThatIsRefusedReplacesNone) {
+    for (std::size_t i = 0; i < OperationRunner::MaxKept; ++i) {
+        Invoke(PathOf("start"));
+    }
+    const std::vector<std::string> kept = EmbedsOf("/sensor/operations");
+    ASSERT_EQ(kept.size(), OperationRunner::MaxKept);
+    host.Module().Operations().RunSynchronousOp("a", VorControl::ControlProtocolOperations::ActionId::NeverEnd, {});
+    EXPECT_EQ(StatusIn(Invoke(PathOf("start"))), yERROR_BUSY);
+    EXPECT_EQ(EmbedsOf("/sensor/operations"), kept);
+}
+
 TEST_F(SensorCommandsTest, AnOperationMayEndWhenItsClientAndTheResourcesHaveGone) {
     const Pending pending = Begin({.verb = Verb::Invoke, .path = PathOf("align")});
     directory.reset();
