@@ -27,8 +27,8 @@ namespace {
 /// How long the program may take to end after the signal.
 constexpr std::chrono::milliseconds Patience{1800};
 
-/// How long clients can read that their restart has succeeded.
-constexpr std::chrono::microseconds RestartDelay{100'000};
+/// How long clients can be answered and read that their restart has succeeded.
+constexpr std::chrono::microseconds RestartDelay{1'000'000};
 
 constexpr std::chrono::microseconds LogPeriod{1'000'000};
 
