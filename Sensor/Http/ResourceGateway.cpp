@@ -465,8 +465,12 @@ void ResourceGateway::Send(const CallPointer& call, const std::shared_ptr<HalDoc
     });
 }
 
-void ResourceGateway::SendBytes(const Call& call, const VorDataTree& document) {
+void ResourceGateway::SendBytes(const Call& call, const VorDataTree& document) const {
     const Vor::Properties::ByteVector bytes = document.AsBinary();
+    if (!budget->HasRoom(bytes.Size())) {
+        call.responder.Respond(TooMuch());
+        return;
+    }
     call.share->Change(bytes.Size());
     call.responder.Respond(
         {.fields = {{"Content-Type", "application/octet-stream"}, {"Cache-Control", "no-store"}},

@@ -83,7 +83,7 @@ private:
     /// Makes text of it and responds.
     void Send(const CallPointer& call, const std::shared_ptr<HalDocument>& document);
     /// Responds with a document that is nothing but bytes.
-    static void SendBytes(const Call& call, const VorApi::VorDataTree& document);
+    void SendBytes(const Call& call, const VorApi::VorDataTree& document) const;
     /// The document of an answer, which is in use until the text is sent.
     std::shared_ptr<HalDocument> Document(Call& call, const std::string& path, VorRest::Answer answer);
 

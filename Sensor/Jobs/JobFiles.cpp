@@ -9,10 +9,33 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <system_error>
 #include <utility>
 
 namespace Sensor::Jobs {
+
+namespace {
+
+/// A file that is removed at the end.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(std::filesystem::path path)
+        : path(std::move(path)) {}
+    ~TemporaryFile() {
+        std::error_code error;
+        std::filesystem::remove(path, error);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    std::string Path() const { return path.string(); }
+
+private:
+    const std::filesystem::path path;
+};
+
+} // namespace
 
 JobFiles::JobFiles(std::filesystem::path folder)
     : folder(std::move(folder)) {}
@@ -70,13 +93,17 @@ JobFiles::Description JobFiles::Describe(const std::string& name) const {
 }
 
 std::vector<unsigned char> JobFiles::Read(const std::string& name) const {
-    VorCommon::ArchiveFile copy((folder / ".export").string());
-    VorCommon::ArchiveFile(PathOf(name)).CopyTo(copy.Path(), VorCommon::ArchiveFile::Existing::Replace);
+    const std::string path = PathOf(name);
+    std::error_code error;
+    if (const auto size = std::filesystem::file_size(path, error); !error && size > MaxReadSize) {
+        Vor::Throw(yERROR_FORMAT, "The job '%s' has %s bytes, and at most %s can be read.", name, std::to_string(size),
+                   std::to_string(MaxReadSize));
+    }
+    const TemporaryFile copy(folder / ".export");
+    VorCommon::ArchiveFile(path).CopyTo(copy.Path(), VorCommon::ArchiveFile::Existing::Replace);
     std::ifstream stream(copy.Path(), std::ios::binary);
     std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(stream), {}};
-    const bool isRead = stream.good();
-    copy.Remove();
-    if (!isRead) {
+    if (!stream.good()) {
         Vor::Throw(yERROR, "The copy of the job '%s' can't be read.", name);
     }
     return bytes;

@@ -22,6 +22,9 @@ public:
         std::string failure = std::string();    ///< why it can't be read; else empty
     };
 
+    /// Bytes. More than an archive of the largest content has.
+    static constexpr std::uintmax_t MaxReadSize = VorCommon::ArchiveFile::MaxTotalSize * 5 / 4;
+
     explicit JobFiles(std::filesystem::path folder);
 
     /// Ascending; none when there is no folder. A name may be one that PathOf refuses. Throws a Vor::Exception that
@@ -33,7 +36,8 @@ public:
     bool Has(const std::string& name) const;
     /// Throws a Vor::Exception for a bad name, and when there is no such job.
     Description Describe(const std::string& name) const;
-    /// The bytes of a job's archive as it is between two saves. Throws a Vor::Exception when there is no whole archive.
+    /// The bytes of a job's archive as it is between two saves. Throws a Vor::Exception when there is no whole archive,
+    /// and yERROR_FORMAT when its file is larger than MaxReadSize.
     std::vector<unsigned char> Read(const std::string& name) const;
 
 private:

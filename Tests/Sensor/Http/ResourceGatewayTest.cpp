@@ -710,6 +710,20 @@ TEST_F(ResourceGatewayTest, NoLargeDocumentIsMadeForAClientThatHasGone) {
     EXPECT_EQ(free.reads, 2U);
 }
 
+TEST_F(ResourceGatewayTest, BytesForWhichNoRoomIsLeftArentSent) {
+    constexpr std::size_t Size = 1000;
+    Restart({.memoryLimit = Size * 3 / 2});
+    free.onDocument = [bytes = std::string(Size, 'x')](const RequestInfoEx&, ResponseInfoEx&, VorDataTree& data) {
+        data.Set(Vor::Properties::ByteVector(bytes.data(), bytes.size()));
+    };
+    const Client slow = Send("GET", "/free");
+    EXPECT_EQ(Wait(slow).body->size(), Size);
+    EXPECT_EQ(DetailOf(Get("/free"), 503),
+              "The documents that are being made and sent occupy all the memory that they may.");
+    slow->Leave();
+    EXPECT_EQ(Get("/free").status, 200U);
+}
+
 TEST_F(ResourceGatewayTest, AFullBudgetIsGivenBackByWhoReads) {
     Restart({.memoryLimit = LargeDocuments::LargeSize});
     WriteLargeFree(LargeDocuments::LargeSize);

@@ -5,6 +5,7 @@
 #include "Tests/Support/TempFolder.h"
 #include "VorCommon/ArchiveFile.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -65,6 +66,24 @@ TEST_F(JobFilesTest, DescribesADamagedJobWithItsDamage) {
     EXPECT_EQ(job.size, 10U);
     EXPECT_NE(job.failure.find("file is not a database"), std::string::npos) << job.failure;
     EXPECT_TRUE(job.services.empty());
+}
+
+TEST_F(JobFilesTest, AJobOfTooManyBytesIsntRead) {
+    Make("a", {"x"});
+    EXPECT_FALSE(files.Read("a").empty());
+    std::filesystem::resize_file(files.PathOf("a"), JobFiles::MaxReadSize + 1);
+    EXPECT_FAILURE(files.Read("a"), yERROR_FORMAT, "The job 'a' has 83886081 bytes, and at most 83886080 can be read.");
+}
+
+TEST_F(JobFilesTest, AReadLeavesNoCopyBehind) {
+    const std::filesystem::path copy = folder.Path() / "jobs" / ".export";
+    Make("a", {"x"});
+    files.Read("a");
+    EXPECT_FALSE(std::filesystem::exists(copy));
+    Tests::WriteWholeFile(files.PathOf("a"), "no archive");
+    Tests::WriteWholeFile(copy.string(), "left by an interrupted read");
+    EXPECT_EQ(StatusOf([&] { files.Read("a"); }), yERROR_FORMAT);
+    EXPECT_FALSE(std::filesystem::exists(copy));
 }
 
 TEST_F(JobFilesTest, TheDefaultJobIsKeptInTheWorkspace) {
