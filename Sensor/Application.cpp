@@ -58,7 +58,9 @@ Application::Application(const CommandLine& commandLine, std::ostream& out)
     , host(HostSettings(), sensor)
     , retry(log, [this](VorControl::IControlInstance& instance) { report.PrintService(instance); })
     , restartTimer([this](Vor::AsyncTimer&) { signals.Trigger(); })
-    , logTimer([this](Vor::AsyncTimer&) { log.ReportRepeats(); }) {}
+    , logTimer([this](Vor::AsyncTimer&) { log.ReportRepeats(); }) {
+    host.JobLoadedEvent().Add([this](const std::string& fileName) { ReportJob(fileName); });
+}
 
 Application::~Application() {
     StopScan();
@@ -103,8 +105,7 @@ ServiceHost::Settings Application::HostSettings() {
             .decorateStore = [this](VorCommon::IPersistStore& store,
                                     VorCommon::PersistDomain) -> std::unique_ptr<VorCommon::IPersistStore> {
                 return std::make_unique<Jobs::OverlayStore>(store, overlay);
-            },
-            .jobLoaded = [this](const std::string& fileName) { ReportJob(fileName); }};
+            }};
 }
 
 int Application::Run() {

@@ -44,7 +44,8 @@ Resources::SensorEnviron ResourceServer::Environ(const std::string& boot, Servic
             .problems = host.Problems(),
             .sensor = sensor,
             .log = log,
-            .module = host.Module()};
+            .module = host.Module(),
+            .jobLoadedEvent = host.JobLoadedEvent()};
 }
 
 void ResourceServer::Start() {

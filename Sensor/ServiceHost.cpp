@@ -33,7 +33,7 @@ VorCommon::PersistManager::Environ ServiceHost::PersistEnviron(Settings settings
             .job = std::move(settings.job),
             .runtimeCache = &runtimeCache,
             .decorateStore = std::move(settings.decorateStore),
-            .jobLoaded = std::move(settings.jobLoaded)};
+            .jobLoaded = [this](const std::string& fileName) { jobLoadedEvent.RaiseToAll(fileName); }};
 }
 
 VorControl::ControlModuleEnviron ServiceHost::ModuleEnviron() {

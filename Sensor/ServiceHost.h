@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorApi/Event.h"
 #include "VorApi/ResourceRouter.h"
 #include "VorCommon/PersistManager.h"
 #include "VorCommon/PlatformAttributes.h"
@@ -12,7 +13,6 @@
 #include "yApi/yAssembly.h"
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,8 +29,6 @@ public:
         std::filesystem::path dataFolder;
         std::string job;
         VorCommon::PersistManager::StoreDecorator decorateStore = nullptr;
-        /// See PersistManager::Environ::jobLoaded.
-        std::function<void(const std::string& fileName)> jobLoaded = nullptr;
     };
 
     /// `sensor` must outlive this. Throws a Vor::Exception.
@@ -57,6 +55,9 @@ public:
     VorControl::ControlModule& Module() { return *module; }
     VorCommon::PersistManager& Persistence() { return persistence; }
     VorCommon::ProblemsManager& Problems() { return problems; }
+    /// Raised on the main loop with the file name of a job that is the loaded one from then on, whoever has loaded it;
+    /// not by LoadDomains.
+    Vor::Event<const std::string&>& JobLoadedEvent() { return jobLoadedEvent; }
     /// The resources of the services are its routes from CreateServices on.
     VorApi::ResourceRouter& Router() { return router; }
     VorRest::RequestProcessor& Requests() { return requests; }
@@ -90,6 +91,7 @@ private:
     VorCommon::ProblemsManager problems;
     Assembly assembly;
     VorPlugin::PluginManager plugins;
+    Vor::Event<const std::string&> jobLoadedEvent;
     VorCommon::PersistManager persistence;
     VorApi::ResourceRouter router;
     VorRest::RequestProcessor requests{router};

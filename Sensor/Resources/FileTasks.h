@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,14 +39,15 @@ public:
 
     /// Runs `work` on the persistence thread, also when this is destroyed before, so it must own all it touches. The
     /// answer is what `documentOf` makes of its result on the main loop, as long as this lives, or what it has thrown.
-    /// Throws what RequireRoom throws.
+    /// `ended` is called before either answer, unless it is empty. Throws what RequireRoom throws.
     template <class Work, class DocumentOf>
-    void Run(VorApi::ResponseInfoEx& response, Work work, DocumentOf documentOf) {
+    void Run(VorApi::ResponseInfoEx& response, Work work, DocumentOf documentOf,
+             std::function<void()> ended = nullptr) {
         using Result = std::invoke_result_t<Work>;
         RequireRoom();
         const VorApi::Completion completion = response.Defer();
         persistence.Post([this, weak = std::weak_ptr(mainLoop), token = std::weak_ptr(alive), completion,
-                          work = std::move(work), documentOf = std::move(documentOf)] {
+                          work = std::move(work), documentOf = std::move(documentOf), ended = std::move(ended)] {
             const auto outcome = std::make_shared<Outcome<Result>>();
             try {
                 outcome->result = work();
@@ -54,9 +56,12 @@ public:
                 outcome->text = e.what();
             }
             if (const auto runner = weak.lock()) {
-                runner->Run([this, token, completion, documentOf, outcome] {
+                runner->Run([this, token, completion, documentOf, ended, outcome] {
                     if (!token.expired()) {
                         --waiting;
+                        if (ended) {
+                            ended();
+                        }
                         Answer(completion, documentOf, *outcome);
                     }
                 });

@@ -77,48 +77,50 @@ VorApi::VorDataTree JobCommandResource::Run(const VorApi::RequestInfoEx& request
                             false, request, response);
     }
     environ.tasks.RequireRoom();
+    const auto change = [&](const std::string& changed, auto work) {
+        AnswerWithJob(request, response, changed, std::move(work), environ.changed);
+    };
     if (command == "save") {
         const auto saved = environ.persistence.Save(PersistDomain::Job);
         // The task runs behind the save.
-        AnswerWithJob(request, response, name, [saved] { saved.get().ThrowIfFailed(); });
+        change(name, [saved] { saved.get().ThrowIfFailed(); });
         return {};
     }
     if (command == "setDefault") {
-        AnswerWithJob(request, response, name, [jobs, name] { jobs.SetDefault(name); });
+        change(name, [jobs, name] { jobs.SetDefault(name); });
         return {};
     }
     const auto& made = dynamic_cast<const NameParameters&>(parameters);
     const SensorJobs::Existing existing = made.Existing();
     const std::string newName = jobs.RequireFree(made.name, existing);
     if (command == "saveAs") {
-        environ.persistence.SaveJobAs(newName, existing);
-        AnswerWithJob(request, response, newName, [] {});
+        environ.persistence.SaveJobAs(newName, existing); // raises the event of a loaded job
+        AnswerWithJob(
+            request, response, newName, [] {}, nullptr);
     } else if (command == "copy") {
-        AnswerWithJob(request, response, newName,
-                      [jobs, name, newName, existing] { jobs.Copy(name, newName, existing); });
+        change(newName, [jobs, name, newName, existing] { jobs.Copy(name, newName, existing); });
     } else {
-        AnswerWithJob(request, response, newName,
-                      [jobs, name, newName, existing] { jobs.Rename(name, newName, existing); });
+        change(newName, [jobs, name, newName, existing] { jobs.Rename(name, newName, existing); });
     }
     return {};
 }
 
 template <class Work>
 void JobCommandResource::AnswerWithJob(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
-                                       const std::string& name, Work work) {
+                                       const std::string& name, Work work, std::function<void()> ended) {
     environ.tasks.Run(
         response,
         [jobs = environ.jobs, name, work = std::move(work)] {
             work();
             return jobs.Describe(name);
         },
-        [request, changed = environ.changed](const SensorJobs::Job& job) {
-            changed();
+        [request](const SensorJobs::Job& job) {
             VorApi::VorDataTree document;
             document.MakeObject();
             NodeToVorDataTree(JobProperties(job), request, document, true);
             return document;
-        });
+        },
+        std::move(ended));
     response.Link("vor:job", JobProperties::PathOf(name), false, VorApi::VorDataTree());
 }
 

@@ -3,6 +3,7 @@
 #include "Sensor/Resources/CommandResourceBase.h"
 #include "Sensor/Resources/JobsEnviron.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,10 +25,11 @@ protected:
                             const std::string& command, const Group& parameters) override;
 
 private:
-    /// Answers with the job of that name once `work` has been done on the persistence thread.
+    /// Answers with the job of that name once `work` has been done on the persistence thread. `ended` is called before,
+    /// also if the work has failed, which may have been half done.
     template <class Work>
     void AnswerWithJob(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response, const std::string& name,
-                       Work work);
+                       Work work, std::function<void()> ended);
 
     const JobsEnviron environ;
 };

@@ -20,8 +20,11 @@
 #include "Sensor/Resources/SensorCommandResource.h"
 #include "Sensor/Resources/SensorResource.h"
 #include "Sensor/Resources/SourcesResource.h"
+#include "VorApi/Event.h"
 #include "VorApi/Notification.h"
 #include "VorApi/RoutedResource.h"
+
+#include <string>
 
 #include <nlohmann/json.hpp>
 
@@ -51,14 +54,16 @@ struct SensorDir::Impl {
         , jobs(router, "/sensor/jobs/:job", jobsEnviron)
         , jobCommands(router, "/sensor/jobs/:job/commands/:command", jobsEnviron)
         , jobFiles(router, "/sensor/jobs/:job/file", jobsEnviron)
-        , jobChanges(router, "/sensor/jobs/loaded/changes", jobsEnviron) {
-        operations.EndedEvent().Add([this, &streams](const Operation& operation) {
+        , jobChanges(router, "/sensor/jobs/loaded/changes", jobsEnviron)
+        , jobLoadedEvent(environ.jobLoadedEvent)
+        , jobLoadedHandler(jobLoadedEvent.Add([this](const std::string&) { jobsEnviron.changed(); })) {
+        operations.EndedEvent().Add([&streams](const Operation& operation) {
             streams.Notice(VorApi::Notification::Changed, OperationProperties::PathOf(operation));
-            if (operation.command == "load") {
-                jobsEnviron.changed();
-            }
         });
     }
+    ~Impl() { jobLoadedEvent.Remove(jobLoadedHandler); }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
 
     ProblemList problemList;
     LogWatch logWatch;
@@ -83,6 +88,8 @@ struct SensorDir::Impl {
     VorApi::RoutedResource<JobCommandResource> jobCommands;
     VorApi::RoutedResource<JobFileResource> jobFiles;
     VorApi::RoutedResource<JobChangesResource> jobChanges;
+    Vor::Event<const std::string&>& jobLoadedEvent;
+    Vor::Event<const std::string&>::CallbackId jobLoadedHandler;
 };
 
 SensorDir::SensorDir(VorApi::ResourceRouter& router, const SensorEnviron& environ, Http::EventStreams& streams)

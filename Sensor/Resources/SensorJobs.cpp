@@ -27,6 +27,7 @@ std::vector<std::string> SensorJobs::Names() const {
         names.push_back(loaded);
     }
     std::erase_if(names, [this](const std::string& name) { return !Has(name); });
+    std::ranges::sort(names);
     return names;
 }
 

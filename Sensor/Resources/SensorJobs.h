@@ -30,7 +30,7 @@ public:
     /// The manager outlives this.
     explicit SensorJobs(const VorCommon::PersistManager& persistence);
 
-    /// Those that Has. On any thread.
+    /// Those that Has, ascending. On any thread.
     std::vector<std::string> Names() const;
     /// Whether that is the name of a job, the loaded one also while it has no file. On any thread.
     bool Has(const std::string& name) const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorApi/Event.h"
 #include "VorApi/Params/Array.h"
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
@@ -35,6 +36,8 @@ struct SensorEnviron {
     VirtualSensor& sensor;
     const LogHistory& log;
     VorControl::ControlModule& module; ///< of the services
+    /// Raised on the main loop with the file name of a job that is the loaded one from then on.
+    Vor::Event<const std::string&>& jobLoadedEvent;
 };
 
 /// A service of the sensor, briefly.

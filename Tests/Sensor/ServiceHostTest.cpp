@@ -21,10 +21,9 @@ namespace {
 class ServiceHostTest : public ::testing::Test {
 protected:
     ServiceHostTest()
-        : host({.dataFolder = folder.Path(),
-                .job = "test",
-                .jobLoaded = [this](const std::string& fileName) { loaded = fileName; }},
-               sensor) {}
+        : host({.dataFolder = folder.Path(), .job = "test"}, sensor) {
+        host.JobLoadedEvent().Add([this](const std::string& fileName) { loaded = fileName; });
+    }
 
     /// A job in which the service "a" is enabled.
     void MakeJob(const std::string& name) const {

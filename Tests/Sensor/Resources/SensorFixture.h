@@ -71,7 +71,8 @@ protected:
                 .problems = host.Problems(),
                 .sensor = sensor,
                 .log = logHistory,
-                .module = host.Module()};
+                .module = host.Module(),
+                .jobLoadedEvent = host.JobLoadedEvent()};
     }
 
     /// Also waits for an answer that is given later.

@@ -1,7 +1,10 @@
 #include "Sensor/Resources/FileTasks.h"
 #include "Tests/Sensor/Resources/SensorFixture.h"
+#include "Tests/Support/Faults.h"
 #include "Tests/Support/TempFolder.h"
 #include "VorCommon/ArchiveFile.h"
+#include "VorControl/Control/ControlModule.h"
+#include "VorControl/Control/ControlProtocolOperations.h"
 
 #include <future>
 
@@ -78,7 +81,7 @@ TEST_F(SensorJobsTest, TheLoadedJobIsListedBeforeItHasAFile) {
 
 TEST_F(SensorJobsTest, EachJobHasADocumentAndItsCommands) {
     MakeEnabling("two words");
-    EXPECT_EQ(RelationsOf("/sensor/jobs"), (Texts{PathOf("two%20words"), PathOf("test")}));
+    EXPECT_EQ(RelationsOf("/sensor/jobs"), (Texts{PathOf("test"), PathOf("two%20words")}));
     const Json job = Job("two%20words");
     EXPECT_EQ(job["name"], "two words");
     EXPECT_GT(job["size"], 0);
@@ -320,6 +323,20 @@ TEST_F(SensorJobsTest, EachChangeOfTheJobsIsANotice) {
     EXPECT_EQ(notices(), 1);
     Delete("test");
     EXPECT_EQ(notices(), 1);
+    Command("third", "saveAs", {{"name", "fourth"}});
+    EXPECT_EQ(notices(), 1);
+    Make("damaged", "{");
+    Command("damaged", "load");
+    EXPECT_EQ(notices(), 0) << "it was refused";
+    host.Module().Operations().LoadJob("a", "third");
+    WaitFor([&] { return host.Persistence().LoadedJob() == "third.vrjob"; });
+    EXPECT_EQ(notices(), 1) << "whoever loads it";
+    host.Persistence().Restore("demo", [](const VorCommon::IPersistStore&) {});
+    EXPECT_EQ(notices(), 1);
+    Tests::Faults faults;
+    faults.Set("ArchiveFile_Remove", yERROR);
+    EXPECT_NE(StatusIn(Command("fourth", "rename", {{"name", "fifth"}})), yOK);
+    EXPECT_EQ(notices(), 1) << "it is done by half";
 }
 
 TEST_F(SensorJobsTest, AFewRequestsWaitForFiles) {
