@@ -4,6 +4,7 @@
 #include "Tests/Support/Faults.h"
 #include "Tests/Support/Signal.h"
 #include "Tests/Support/Threads.h"
+#include "Tests/Support/WaitForLoop.h"
 #include "Vor/IAsyncEventReceiver.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
@@ -21,6 +22,7 @@
 #include <gtest/gtest.h>
 
 using Tests::Signal;
+using Tests::WaitForLoop;
 using Vor::AsyncLoop;
 
 namespace {
@@ -58,13 +60,6 @@ private:
     std::condition_variable changed;
     int events = 0;
 };
-
-/// Returns when everything that was enqueued before has run.
-void WaitForLoop() {
-    Receiver last;
-    last.Enqueue();
-    EXPECT_TRUE(last.WaitFor(1));
-}
 
 } // namespace
 
