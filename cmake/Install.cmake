@@ -24,7 +24,7 @@ endforeach()
 add_library(ServiceTesting INTERFACE)
 target_link_libraries(ServiceTesting INTERFACE VorCnLib VorPlatform)
 target_include_directories(ServiceTesting INTERFACE $<INSTALL_INTERFACE:${VOR_SHARE_FOLDER}/testing>)
-foreach(header BuiltFile CallLog ControlEnviron FakeDataCache FakeScanEngineInterface FakeSystemInterface MainLoopThread
+foreach(header BuiltFile CallLog ControlEnviron FakeDataCache FakeOutputDevice FakeScanEngineInterface FakeSystemInterface MainLoopThread
     MemoryStore RecordingRegistrar Results)
   install(FILES Tests/Support/${header}.h DESTINATION ${VOR_SHARE_FOLDER}/testing/Tests/Support)
 endforeach()
