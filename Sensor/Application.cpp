@@ -70,8 +70,7 @@ std::string Application::StartJob() const {
     if (!commandLine.job.empty()) {
         return commandLine.job;
     }
-    const std::string chosen =
-        Jobs::DefaultJob::Read(commandLine.dataFolder / VorCommon::PersistManager::WorkspaceFile);
+    std::string chosen = Jobs::DefaultJob::Read(commandLine.dataFolder / VorCommon::PersistManager::WorkspaceFile);
     if (!chosen.empty() && Jobs::JobFiles(commandLine.dataFolder / "jobs").Has(chosen)) {
         return chosen;
     }
