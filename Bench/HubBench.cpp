@@ -24,9 +24,8 @@
 namespace {
 
 constexpr std::size_t Rounds = 4;
-constexpr std::size_t PassesPerRound = 16;
-constexpr std::size_t SetCount = 16; ///< distinct sets, each published once a pass
-constexpr std::size_t SetsPerRound = PassesPerRound * SetCount;
+/// Each set is published once a round, as by a sensor: none is shared anew while services release it.
+constexpr std::size_t SetsPerRound = 256;
 
 std::string SourceName(std::size_t i) {
     return "tool/" + std::to_string(i);
@@ -84,7 +83,7 @@ void Check(yStatus status) {
 }
 
 std::vector<Vor::Object> MakeSets(std::size_t items) {
-    std::vector<Vor::Object> sets(SetCount);
+    std::vector<Vor::Object> sets(SetsPerRound);
     for (auto& set : sets) {
         Check(ResultSet_Construct(set.Out()));
         for (std::size_t i = 0; i < items; ++i) {
@@ -141,10 +140,8 @@ public:
 
     void Round() {
         countdown.Expect(reachedServices * SetsPerRound);
-        for (std::size_t pass = 0; pass < PassesPerRound; ++pass) {
-            for (const auto& set : sets) {
-                results.ProcessResultSet(set.Get());
-            }
+        for (const auto& set : sets) {
+            results.ProcessResultSet(set.Get());
         }
         countdown.Wait();
     }
@@ -189,7 +186,7 @@ struct Item {
 };
 
 std::vector<std::vector<Item>> MakePlainSets(std::size_t items) {
-    std::vector<std::vector<Item>> sets(SetCount);
+    std::vector<std::vector<Item>> sets(SetsPerRound);
     for (auto& set : sets) {
         for (std::size_t i = 0; i < items; ++i) {
             set.push_back({std::make_shared<Message>(Message{static_cast<double>(i), 1}),
@@ -229,11 +226,9 @@ private:
     std::vector<std::vector<Item>> sets;
 
     void Round() {
-        for (std::size_t pass = 0; pass < PassesPerRound; ++pass) {
-            for (const auto& set : sets) {
-                for (auto& service : services) {
-                    service.Filter(set);
-                }
+        for (const auto& set : sets) {
+            for (auto& service : services) {
+                service.Filter(set);
             }
         }
         for (auto& service : services) {

@@ -43,7 +43,7 @@ public:
 private:
     static constexpr std::size_t MaxChunks = 14;
     static constexpr unsigned CachedSizes = 7;                     ///< sets made for up to 64 items
-    static constexpr std::size_t CacheSize = std::size_t(1) << 20; ///< bytes of freed sets of one size
+    static constexpr std::size_t CacheSize = std::size_t(8) << 20; ///< bytes of the sets of one size
 
     /// Those after the first, set as far as `next` has come. It is in front of the first of them.
     using LaterChunks = std::array<ResultItemObject*, MaxChunks - 1>;

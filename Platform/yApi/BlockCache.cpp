@@ -21,11 +21,12 @@ void* BlockCache::Allocate() {
         memory = Reuse();
         inUse.store(false, std::memory_order_release);
     }
-    return memory != nullptr ? memory : ::operator new(blockSize, CacheLine);
+    return memory != nullptr ? memory : FromHeap();
 }
 
 void BlockCache::Free(void* memory) {
-    if (!KeepsBlocks || freedCount.fetch_add(1, std::memory_order_relaxed) >= mostBlocks) {
+    if (!KeepsBlocks || existing.load(std::memory_order_relaxed) > mostBlocks) {
+        existing.fetch_sub(1, std::memory_order_relaxed);
         ::operator delete(memory, CacheLine);
         return;
     }
@@ -34,12 +35,17 @@ void BlockCache::Free(void* memory) {
     }
 }
 
+void* BlockCache::FromHeap() {
+    void* const memory = ::operator new(blockSize, CacheLine);
+    existing.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+
 void* BlockCache::Reuse() {
     if (available == nullptr) {
         if (freed.load(std::memory_order_relaxed) == nullptr) {
             return nullptr;
         }
-        freedCount.store(0, std::memory_order_relaxed);
         available = freed.exchange(nullptr, std::memory_order_acquire);
     }
     Block* const block = available;

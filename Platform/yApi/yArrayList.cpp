@@ -5,7 +5,8 @@
 #include <new>
 #include <vector>
 
-struct yArrayListObject {
+/// On a cache line of its own: one thread fills a list while another one empties the next.
+struct alignas(64) yArrayListObject {
     yArrayListObject(const yType& itemType, yAllocator allocator)
         : itemType(itemType)
         , allocator(allocator) {}
@@ -22,7 +23,8 @@ yStatus yArrayList_Construct(yArrayList* list, const yType& itemType, std::size_
     if (list == nullptr) {
         return yERROR_PARAMETER;
     }
-    auto* made = new (yMemory_Allocate(allocator, sizeof(yArrayListObject))) yArrayListObject(itemType, allocator);
+    auto* made = new (yMemory_Allocate(allocator, sizeof(yArrayListObject), alignof(yArrayListObject)))
+        yArrayListObject(itemType, allocator);
     made->items.reserve(capacity);
     *list = made;
     return yOK;
@@ -35,7 +37,7 @@ yStatus yArrayList_Destroy(yArrayList list) {
     yArrayList_Purge(list);
     const yAllocator allocator = list->allocator;
     list->~yArrayListObject();
-    yMemory_Free(allocator, list, sizeof(yArrayListObject));
+    yMemory_Free(allocator, list, sizeof(yArrayListObject), alignof(yArrayListObject));
     return yOK;
 }
 

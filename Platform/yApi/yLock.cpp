@@ -7,7 +7,8 @@
 #include <new>
 #include <pthread.h>
 
-struct yLockObject {
+/// On a cache line of its own, so that locks of different threads don't slow each other down.
+struct alignas(64) yLockObject {
     explicit yLockObject(yAllocator allocator)
         : allocator(allocator) {}
 
@@ -29,7 +30,7 @@ yStatus yLock_Construct(yLock* lock, yAllocator allocator) {
     if (lock == nullptr) {
         return yERROR_PARAMETER;
     }
-    *lock = new (yMemory_Allocate(allocator, sizeof(yLockObject))) yLockObject(allocator);
+    *lock = new (yMemory_Allocate(allocator, sizeof(yLockObject), alignof(yLockObject))) yLockObject(allocator);
     return yOK;
 }
 
@@ -39,7 +40,7 @@ yStatus yLock_Destroy(yLock lock) {
     }
     const yAllocator allocator = lock->allocator;
     lock->~yLockObject();
-    yMemory_Free(allocator, lock, sizeof(yLockObject));
+    yMemory_Free(allocator, lock, sizeof(yLockObject), alignof(yLockObject));
     return yOK;
 }
 

@@ -6,18 +6,21 @@
 #include <memory_resource>
 #include <new>
 
-void* yMemory_Allocate(yAllocator allocator, std::size_t size) {
-    if (allocator == nullptr) {
-        return ::operator new(size);
+void* yMemory_Allocate(yAllocator allocator, std::size_t size, std::size_t alignment) {
+    if (allocator != nullptr) {
+        return static_cast<std::pmr::memory_resource*>(allocator)->allocate(size, alignment);
     }
-    return static_cast<std::pmr::memory_resource*>(allocator)->allocate(size);
+    return alignment > alignof(std::max_align_t) ? ::operator new(size, std::align_val_t{alignment})
+                                                 : ::operator new(size);
 }
 
-void yMemory_Free(yAllocator allocator, void* memory, std::size_t size) {
-    if (allocator == nullptr) {
-        ::operator delete(memory);
+void yMemory_Free(yAllocator allocator, void* memory, std::size_t size, std::size_t alignment) {
+    if (allocator != nullptr) {
+        static_cast<std::pmr::memory_resource*>(allocator)->deallocate(memory, size, alignment);
+    } else if (alignment > alignof(std::max_align_t)) {
+        ::operator delete(memory, std::align_val_t{alignment});
     } else {
-        static_cast<std::pmr::memory_resource*>(allocator)->deallocate(memory, size);
+        ::operator delete(memory);
     }
 }
 

@@ -8,8 +8,10 @@
 /// use from several threads and must outlive all that was made with it. Running out of memory throws std::bad_alloc.
 using yAllocator = void*;
 
-void* yMemory_Allocate(yAllocator allocator, std::size_t size);
-void yMemory_Free(yAllocator allocator, void* memory, std::size_t size);
+/// `alignment` is a power of two; freeing has the same one.
+void* yMemory_Allocate(yAllocator allocator, std::size_t size, std::size_t alignment = alignof(std::max_align_t));
+void yMemory_Free(yAllocator allocator, void* memory, std::size_t size,
+                  std::size_t alignment = alignof(std::max_align_t));
 
 /// A size of 0 is legal with any pointer; a null pointer with another size is `yERROR_PARAMETER`.
 yStatus yMemSet(void* destination, int value, std::size_t size);

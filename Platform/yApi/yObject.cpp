@@ -13,9 +13,13 @@ struct alignas(64) LiveCount {
 constinit std::array<LiveCount, 16> liveCounts;
 constinit std::atomic<std::size_t> countingThreads = 0;
 
+[[gnu::tls_model("initial-exec")]] constinit thread_local LiveCount* ownLiveCount = nullptr;
+
 std::atomic<std::int64_t>& OwnLiveCount() {
-    thread_local LiveCount& own = liveCounts[countingThreads.fetch_add(1) % liveCounts.size()];
-    return own.value;
+    if (ownLiveCount == nullptr) [[unlikely]] {
+        ownLiveCount = &liveCounts[countingThreads.fetch_add(1) % liveCounts.size()];
+    }
+    return ownLiveCount->value;
 }
 
 } // namespace

@@ -70,13 +70,14 @@ Vor::Event<void*>::CallbackId ControlScanResults::AddResultHandler(const std::st
         const Vor::Locker locker(dispatcherLock.Get());
         auto found = dispatchers.find(serviceId);
         if (found == dispatchers.end()) {
-            dispatchers.emplace(serviceId, std::make_shared<ControlScanResultsDispatcher>(allocator));
+            dispatchers.emplace(
+                serviceId, Receiver{std::make_shared<ControlScanResultsDispatcher>(allocator), FindMap(serviceId)});
             found = dispatchers.find(serviceId);
             if (found == dispatchers.end()) {
                 Vor::Throw(yERROR_NOT_FOUND, "Failed to add new dispatcher of protocol: %s.", serviceId);
             }
         }
-        id = found->second->AddResultHandler(std::move(handler));
+        id = found->second.dispatcher->AddResultHandler(std::move(handler));
     }
     Vor::LogInfo("ControlScanResults::AddResultHandler new handler registered for protocol: %s", serviceId);
     return id;
@@ -90,8 +91,8 @@ void ControlScanResults::RemoveResultHandler(const std::string& serviceId, Vor::
             Vor::LogWarning("Failed to find dispatcher of protocol: %s.", serviceId);
             return;
         }
-        found->second->RemoveResultHandler(id);
-        if (found->second->ResultHandlerCount() == 0) {
+        found->second.dispatcher->RemoveResultHandler(id);
+        if (found->second.dispatcher->ResultHandlerCount() == 0) {
             dispatchers.erase(found);
             Vor::LogInfo("ControlScanResults::dispatcher removed for protocol: %s", serviceId);
         }
@@ -108,12 +109,14 @@ void ControlScanResults::ProcessResultSet(void* resultSet) {
         return;
     }
     const Vor::Locker locker(dispatcherLock.Get());
-    for (const auto& [serviceId, dispatcher] : dispatchers) {
+    const Vor::Locker mapLocker(outputMapLock.Get());
+    for (const auto& [serviceId, receiver] : dispatchers) {
+        const auto& dispatcher = receiver.dispatcher;
         if (!dispatcher->ForwardScanResults()) {
             continue;
         }
         const auto forwarded =
-            dispatcher->ScanResultsFiltering() ? Filter(serviceId, resultSet) : Vor::Object::Share(resultSet);
+            dispatcher->ScanResultsFiltering() ? Filter(receiver.passing, resultSet) : Vor::Object::Share(resultSet);
         if (ResultSet_Count(forwarded.Get()) != 0) {
             Dispatch(dispatcher, forwarded.Get());
         }
@@ -144,7 +147,7 @@ void ControlScanResults::SetForwardScanResultsToProtocol(const std::string& serv
         Vor::LogError("Cannot set scan results forwarding until protocol %s is enabled", serviceId);
         return;
     }
-    found->second->SetForwardScanResults(enable);
+    found->second.dispatcher->SetForwardScanResults(enable);
 }
 
 void ControlScanResults::SetScanResultsFiltering(const std::string& serviceId, bool enable) {
@@ -154,7 +157,7 @@ void ControlScanResults::SetScanResultsFiltering(const std::string& serviceId, b
         Vor::LogError("Cannot set scan results filtering until protocol %s is enabled", serviceId);
         return;
     }
-    found->second->SetScanResultsFiltering(enable);
+    found->second.dispatcher->SetScanResultsFiltering(enable);
 }
 
 void ControlScanResults::AddToMap(OutputMap& map, std::string id) {
@@ -176,14 +179,11 @@ ControlScanResults::OutputMap& ControlScanResults::FindMap(const std::string& se
     return found->second;
 }
 
-Vor::Object ControlScanResults::Filter(const std::string& serviceId, void* resultSet) {
+Vor::Object ControlScanResults::Filter(const OutputMap& passing, void* resultSet) {
     Vor::Object filtered;
-    const Vor::Locker locker(outputMapLock.Get());
-    const auto found = outputMaps.find(serviceId);
-    if (found == outputMaps.end() || found->second.empty()) {
+    if (passing.empty()) {
         return filtered;
     }
-    const auto& passing = found->second;
     const std::size_t count = ResultSet_Count(resultSet);
     Vor::ThrowIfFailed(ResultSet_Construct(filtered.Out(), allocator, std::min(count, passing.size())));
     for (std::size_t index = 0; index < count; ++index) {
@@ -195,8 +195,7 @@ Vor::Object ControlScanResults::Filter(const std::string& serviceId, void* resul
     return filtered;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the call keeps the dispatcher alive
-void ControlScanResults::Dispatch(std::shared_ptr<IControlScanResultsDispatcher> dispatcher, void* resultSet) {
+void ControlScanResults::Dispatch(const std::shared_ptr<IControlScanResultsDispatcher>& dispatcher, void* resultSet) {
     dispatcher->AddResult(resultSet);
 }
 

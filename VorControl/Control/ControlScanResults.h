@@ -41,25 +41,31 @@ private:
     /// Numeric id of each data source that passes, and the text from which the id was computed.
     using OutputMap = std::map<unsigned long, std::string>;
 
+    struct Receiver {
+        std::shared_ptr<IControlScanResultsDispatcher> dispatcher;
+        const OutputMap& passing; ///< the service's entry in `outputMaps`, found once instead of for each result set
+    };
+
     void* const allocator;
     VorCore::ResultHub* const resultHub;
     Vor::Event<void*>::CallbackId hubCallbackId;
-    /// Guards `outputMaps` and `outputIds`. Ranks after `dispatcherLock`.
+    /// Guards `outputMaps` and `outputIds`. Held while a result set is forwarded to all services. Ranks after
+    /// `dispatcherLock`, before the locks of a dispatcher.
     Vor::Handle<yLock, yLock_Destroy> outputMapLock;
-    std::map<std::string, OutputMap> outputMaps;
+    std::map<std::string, OutputMap> outputMaps; ///< no entry is ever removed
     /// What `outputMaps` was made of: most updates of a map that may be large change nothing.
     std::map<std::string, std::vector<std::string>> outputIds;
     /// Guards `dispatchers`, and is held while a dispatcher is stopped. Ranks before `outputMapLock` and the locks of a
     /// dispatcher.
     Vor::Handle<yLock, yLock_Destroy> dispatcherLock;
-    std::map<std::string, std::shared_ptr<IControlScanResultsDispatcher>> dispatchers;
+    std::map<std::string, Receiver> dispatchers;
 
     static void AddToMap(OutputMap& map, std::string id);
     OutputMap& FindMap(const std::string& serviceId);
 
-    /// The results of the service's output map, or nothing when the map is missing or empty.
-    Vor::Object Filter(const std::string& serviceId, void* resultSet);
-    static void Dispatch(std::shared_ptr<IControlScanResultsDispatcher> dispatcher, void* resultSet);
+    /// The results that pass the map, or nothing when it is empty.
+    Vor::Object Filter(const OutputMap& passing, void* resultSet);
+    static void Dispatch(const std::shared_ptr<IControlScanResultsDispatcher>& dispatcher, void* resultSet);
 };
 
 } // namespace VorControl
