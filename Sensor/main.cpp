@@ -4,6 +4,7 @@
 #include "Sensor/Jobs/JobServiceTool.h"
 #include "Sensor/Jobs/JobTool.h"
 #include "Sensor/PrintableText.h"
+#include "Sensor/ResidentMemory.h"
 #include "Sensor/StartError.h"
 #include "Sensor/UserLog.h"
 
@@ -55,6 +56,7 @@ void RunJobCommand(const Sensor::CommandLine& commandLine) {
 int main(int argc, char** argv) {
     // The sensor keeps running when the reader of its output ends.
     std::signal(SIGPIPE, SIG_IGN);
+    Sensor::LimitHeaps();
     try {
         const Sensor::CommandLine commandLine = Sensor::CommandLine::Parse(argc, argv);
         if (!commandLine.answer.empty()) {

@@ -1,6 +1,7 @@
 #include "Tests/Soak/ControlSoak.h"
 
 #include "Sensor/Application.h"
+#include "Sensor/ResidentMemory.h"
 #include "Tests/Soak/BadClient.h"
 #include "Tests/Soak/GoodClient.h"
 #include "Tests/Soak/HttpClients.h"
@@ -302,6 +303,7 @@ private:
 } // namespace
 
 int ControlSoak(int minutes) {
+    Sensor::LimitHeaps();
     const Workplace place;
     const std::uint16_t port = FreePort();
     const std::uint16_t httpPort = FreePort();
