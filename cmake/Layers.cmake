@@ -33,7 +33,7 @@ vor_header_folder(Services Services Headers_VorControl Headers_Net)
 
 # The headers that a service is compiled against, as its sources name them. They are installed into one folder.
 file(GLOB_RECURSE VOR_HEADERS CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}
-  VorApi/*.h VorControl/*.h Services/Common/*.h Services/Interfaces/*.h)
+  VorApi/*.h VorControl/*.h Services/Common/*.h)
 file(GLOB net_headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR} Net/*.h) # those in Net/Asio are for its sources alone
 list(APPEND VOR_HEADERS ${net_headers})
 file(GLOB_RECURSE platform_headers CONFIGURE_DEPENDS RELATIVE ${VOR_PLATFORM} ${VOR_PLATFORM}/*.h)
