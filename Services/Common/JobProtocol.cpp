@@ -139,9 +139,13 @@ void JobProtocol::EndUpdateParamsImpl(PersistDomain domain, const char* /*versio
     try {
         ParamsUpdate();
     } catch (const std::exception& e) {
-        Vor::LogUser(Vor::UserError, "VorControl", Translate("%1$s can't use its parameters: %2$s."), DisplayName(),
-                     e.what());
+        ReportUnusableParams(e);
     }
+}
+
+void JobProtocol::ReportUnusableParams(const std::exception& reason) const {
+    Vor::LogUser(Vor::UserError, "VorControl", Translate("%1$s can't use its parameters: %2$s."), DisplayName(),
+                 reason.what());
 }
 
 std::shared_ptr<IProtocolOutput> JobProtocol::BeginUpdateOutputsMapImpl(PersistDomain domain, const char* /*version*/) {

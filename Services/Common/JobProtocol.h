@@ -8,6 +8,7 @@
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 
 #include <memory>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,8 @@ protected:
     /// Sets the blocks of a service without a map of its own: the types' minimum numbers.
     virtual void ResetAssemblies();
     /// Sets the entries of a service without a map of its own: none. A load that has entries sets those instead.
+    /// Notifies the user that the service can't use its parameters, and why.
+    void ReportUnusableParams(const std::exception& reason) const;
     virtual void ResetOutputs();
 
     /// Calls ParamsReset(), in which the service puts its parameters back to their defaults.

@@ -1,7 +1,9 @@
 #include "Services/Common/TcpService.h"
 
+#include "Vor/Exception.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yArrayList.h"
+#include "yApi/yStatus.h"
 
 #include <cstddef>
 #include <utility>
@@ -33,6 +35,9 @@ void TcpService::Start() {
     } catch (const std::exception& e) {
         CloseServer();
         SetProperties("", e.what());
+        if (Vor::Exception::StatusOf(e) == yERROR_PARAMETER) {
+            ReportUnusableParams(e);
+        }
         UpdateStatusAndRethrow(e, ProtocolStatus::FailedToStart);
     }
     UpdateProtocolStatus(ProtocolStatus::Running);

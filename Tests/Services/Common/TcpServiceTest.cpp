@@ -253,6 +253,7 @@ TEST_F(TcpServiceTest, ReportsWhyItCannotStart) {
     module.Load(section);
     EXPECT_EQ(Status(), ProtocolStatus::FailedToStart);
     EXPECT_EQ(module.Properties()["failure"], failure);
+    EXPECT_EQ(log.Count(Vor::UserError, UnusableParams("test service", failure)), 0u) << "they may be right";
     EXPECT_EQ(module.Properties()["address"], "");
     taken.reset();
     module.Load(section);
@@ -313,9 +314,15 @@ TEST_F(TcpServiceTest, ReadsParametersAtItsStartWhenItDoesNotRun) {
     const Vor::LogCapture log;
     module.Load(Section({{"port", 0}, {"shift", 101}}, false));
     EXPECT_EQ(module.Properties()["failure"], "");
-    module.Load(Section({{"port", 0}, {"shift", 101}}));
-    EXPECT_EQ(Status(), ProtocolStatus::FailedToStart);
-    EXPECT_NE(module.Properties()["failure"], "");
+    EXPECT_EQ(log.CountLevel(Vor::UserError), 0u);
+    const std::vector<json> unusable = {{{"port", 0}, {"shift", 101}}, {{"port", 0}, {"address", "somewhere"}}};
+    for (const json& params : unusable) {
+        module.Load(Section(params));
+        EXPECT_EQ(Status(), ProtocolStatus::FailedToStart);
+        const std::string failure = module.Properties()["failure"];
+        EXPECT_NE(failure, "");
+        EXPECT_EQ(log.Count(Vor::UserError, UnusableParams("test service", failure)), 1u);
+    }
 }
 
 TEST_F(TcpServiceTest, ResetsItsParametersWithTheJob) {
