@@ -25,6 +25,8 @@ public:
     explicit AsciiProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
     ~AsciiProtocol() override;
 
+    void OnLoadBegin() override { commands.Interrupt(); }
+
 protected:
     std::unique_ptr<Net::ITcpSession> MakeSession(bool mayWrite) override;
     void UpdateSessions() override;

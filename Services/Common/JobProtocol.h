@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VorControl/ControlProtocol/ILoadObserver.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/ControlProtocol/NonPersistentProperties.h"
@@ -7,8 +8,8 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyGroup.h"
 #include "VorControl/Providers/ControlPersistenceProvider.h"
 
-#include <memory>
 #include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -32,7 +33,8 @@ struct JobContents {
 ///
 /// All functions are called inside the update gate, on the main loop's thread or on that of a load; none may wait for
 /// the other.
-class JobProtocol : public VorControl::ControlProtocol::ProtocolBase {
+class JobProtocol : public VorControl::ControlProtocol::ProtocolBase,
+                    public VorControl::ControlProtocol::ILoadObserver {
 public:
     using ProtocolBase::BeginUpdateParams;
     using ProtocolBase::EndUpdateParams;
@@ -59,6 +61,7 @@ public:
     /// Nothing: what has changed is applied once, at the end of the update.
     void RegisterAssemblyUpdate(const char* assemblyId) override;
     void ConfigureDefaultRegisterAssembly() override;
+    void OnLoadBegin() override {}
 
 protected:
     explicit JobProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
@@ -73,11 +76,11 @@ protected:
     virtual void ApplyParams() {}
     /// Assemblies or the output map have changed, or may have. A load calls it several times.
     virtual void MapChanged() {}
+    /// Notifies the user that the service can't use its parameters, and why.
+    void ReportUnusableParams(const std::exception& reason) const;
     /// Sets the blocks of a service without a map of its own: the types' minimum numbers.
     virtual void ResetAssemblies();
     /// Sets the entries of a service without a map of its own: none. A load that has entries sets those instead.
-    /// Notifies the user that the service can't use its parameters, and why.
-    void ReportUnusableParams(const std::exception& reason) const;
     virtual void ResetOutputs();
 
     /// Calls ParamsReset(), in which the service puts its parameters back to their defaults.

@@ -22,6 +22,8 @@ public:
     explicit ModbusProtocol(const VorControl::ControlProtocol::ControlProtocolEnviron& environ);
     ~ModbusProtocol() override;
 
+    void OnLoadBegin() override { commands.Interrupt(); }
+
 protected:
     std::unique_ptr<Net::ITcpSession> MakeSession(bool mayWrite) override;
     void UpdateSessions() override;

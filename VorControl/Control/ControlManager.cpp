@@ -13,6 +13,7 @@
 #include "VorControl/Control/ControlRegistry.h"
 #include "VorControl/Control/IControlFactory.h"
 #include "VorControl/Control/RunCaught.h"
+#include "VorControl/ControlProtocol/ILoadObserver.h"
 #include "VorControl/Providers/UserNotes.h"
 #include "yApi/yStatus.h"
 
@@ -145,6 +146,13 @@ void ControlManager::Create(const ControlInfo& info) {
             Vor::Throw(yERROR_NOT_FOUND, "Failed to create protocol %s", info.TypeName());
         }
         instances.emplace(info.TypeName(), std::make_unique<ControlInstance>(params));
+        if (auto* const observer = dynamic_cast<ControlProtocol::ILoadObserver*>(params.protocol.get())) {
+            persistenceLoad.Add([observer](PersistenceLoadOpState state) {
+                if (state == PersistenceLoadOpState::Begin) {
+                    RunCaught([&] { observer->OnLoadBegin(); }, LogFailure);
+                }
+            });
+        }
     } catch (const std::exception& e) {
         Vor::LogThrown(e, "Failed to create control protocol: \"%s\" (%s)", info.TypeName(), e.what());
         std::throw_with_nested(ControlCreateException(info.TypeName(), e));

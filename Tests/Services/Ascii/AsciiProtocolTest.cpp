@@ -180,6 +180,11 @@ TEST_F(AsciiProtocolTest, SaysWhyATriggerHasNoFrame) {
     service->OutputsUpdate();
     EXPECT_EQ(client->Line(), "ERROR,-1000,\"the sensor's state doesn't allow this\"") << "the map is another";
     EXPECT_TRUE(WaitForAnswer("STATE", "OK,READY,UNALIGNED,IDLE,\"\""));
+    client->Send("TRIGGER\r\n");
+    EXPECT_TRUE(Tests::WaitUntil([&] { return other.Ask("STATE") == "OK,READY,UNALIGNED,BUSY,\"\""; }));
+    service->OnLoadBegin();
+    EXPECT_EQ(client->Line(), "ERROR,-1000,\"the sensor's state doesn't allow this\"") << "a job is loaded";
+    EXPECT_TRUE(WaitForAnswer("STATE", "OK,READY,UNALIGNED,IDLE,\"\""));
     environ.scanEngine.OnCall([&](const std::string&) { Vor::Throw(yERROR_STATE, "there is no scan"); });
     EXPECT_EQ(client->Ask("TRIGGER"), "ERROR,0,\"the trigger wasn't taken; the sensor has to scan in triggered mode\"");
 }

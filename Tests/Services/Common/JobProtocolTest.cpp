@@ -7,7 +7,9 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "VorControl/ControlProtocol/TextIdStandardProtocolOutputMap.h"
 
+#include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -57,6 +59,15 @@ public:
     const std::shared_ptr<TextIdStandardProtocolOutputMap> map = std::make_shared<TextIdStandardProtocolOutputMap>(10);
     std::vector<unsigned> applied; ///< the speeds that were tried
     unsigned mapChanges = 0;
+    unsigned loads = 0;
+    std::function<void()> onLoad;
+
+    void OnLoadBegin() override {
+        ++loads;
+        if (onLoad) {
+            onLoad();
+        }
+    }
 
 protected:
     void ApplyParams() override {
@@ -136,6 +147,27 @@ TEST_F(JobProtocolTest, KeepsNothingInOtherDomains) {
     json section;
     own.PersistenceProvider()->Save(Other, section);
     EXPECT_TRUE(section.is_null());
+}
+
+TEST_F(JobProtocolTest, IsNotifiedOfEachLoadBeforeItIsChanged) {
+    Own().onLoad = [this] { EXPECT_EQ(Own().params->speed.Get(), 1u); };
+    module.Load(Section({{"speed", 7}}, Outputs, Blocks));
+    EXPECT_EQ(Own().loads, 1u);
+    Own().onLoad = nullptr;
+    module.LoadWithoutSection();
+    EXPECT_EQ(Own().loads, 2u) << "also when the job has nothing for it";
+    module.Reset();
+    EXPECT_EQ(Own().loads, 3u);
+    module.Save();
+    EXPECT_EQ(Own().loads, 3u);
+}
+
+TEST_F(JobProtocolTest, IsLoadedAlsoWhenItThrowsWhileItIsNotified) {
+    const Vor::LogCapture log;
+    Own().onLoad = [] { throw std::runtime_error("no"); };
+    module.Load(Section({{"speed", 7}}, Outputs, Blocks));
+    EXPECT_EQ(Own().params->speed.Get(), 7u);
+    EXPECT_TRUE(log.Contains(Vor::LevelError, "EXCEPTION THROWN: "));
 }
 
 TEST_F(JobProtocolTest, FindsItsAssembliesByTheirIds) {

@@ -44,6 +44,11 @@ public:
         store.files["/controls/test/config.json"] = nlohmann::json({{"version", "1"}, {"vor:control", section}}).dump();
         module->Manager().LoadPersistDomain(VorCommon::PersistDomain::Job, store);
     }
+    /// Loads a job that has nothing for the service.
+    void LoadWithoutSection() {
+        store.files.clear();
+        module->Manager().LoadPersistDomain(VorCommon::PersistDomain::Job, store);
+    }
     nlohmann::json Save() {
         store.files.clear();
         module->Manager().SavePersistDomain(VorCommon::PersistDomain::Job, store);

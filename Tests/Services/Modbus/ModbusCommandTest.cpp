@@ -392,6 +392,12 @@ TEST_F(ModbusTriggerTest, FailsAtOnceWhenTheScanOrTheMapEnds) {
     EXPECT_EQ(Read(Answer, 3), Words({3, 3, 0}));
 }
 
+TEST_F(ModbusTriggerTest, FailsAtOnceWhenAJobIsLoaded) {
+    TriggerWithoutFrame();
+    service->OnLoadBegin();
+    EXPECT_EQ(Read(Answer, 3), Words({1, 3, 0}));
+}
+
 TEST_F(ModbusTriggerTest, WaitsOnWhenAParameterIsChanged) {
     TriggerWithoutFrame();
     Vor::Properties::JsonSerializer::Deserialize(service->Params(), {{"idleTimeout", 7}, {"byteOrder", 1}});
