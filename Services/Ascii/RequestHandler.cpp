@@ -21,32 +21,10 @@ bool IsWord(std::string_view text, std::string_view word) {
         text, word, [](char left, char right) { return std::toupper(static_cast<unsigned char>(left)) == right; });
 }
 
-/// Why a command has failed, when the sensor returns only a status.
 const char* TextOf(yStatus status) {
-    switch (status) {
-    case yERROR:
-        return "failed; the sensor's log says why";
-    case yERROR_STATE:
-        return "the sensor's state doesn't allow this";
-    case yERROR_NOT_FOUND:
-        return "not found";
-    case yERROR_COMMAND:
-        return "the sensor doesn't know this command";
-    case yERROR_PARAMETER:
-        return "bad argument";
-    case yERROR_UNIMPLEMENTED:
-        return "the sensor can't do this";
-    case yERROR_TIMEOUT:
-        return "the sensor didn't answer in time";
-    case yERROR_FORMAT:
-        return "bad format";
-    case yERROR_VERSION:
-        return "unsupported version";
-    case yERROR_BUSY:
-        return "busy: another operation of the sensor is in progress";
-    default:
-        return "failed";
-    }
+    const auto& failures = RequestHandler::Failures();
+    const auto found = std::ranges::find(failures, status, &RequestHandler::Failure::status);
+    return found == failures.end() ? "failed" : found->text;
 }
 
 const char* TextOfAlignment(std::uint8_t alignment) {
@@ -78,6 +56,20 @@ const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
         {"VERSION", &Self::Version, "VERSION", "Returns the versions of service and sensor."},
         {"HELP", &Self::Help, "HELP [COMMAND]", "Lists the commands, or explains one."},
         {"QUIT", &Self::Quit, "QUIT", "Closes the connection."}};
+    return All;
+}
+
+const std::vector<RequestHandler::Failure>& RequestHandler::Failures() {
+    static const std::vector<Failure> All = {{yERROR, "failed; the sensor's log says why"},
+                                             {yERROR_STATE, "the sensor's state doesn't allow this"},
+                                             {yERROR_NOT_FOUND, "not found"},
+                                             {yERROR_COMMAND, "the sensor doesn't know this command"},
+                                             {yERROR_PARAMETER, "bad argument"},
+                                             {yERROR_UNIMPLEMENTED, "the sensor can't do this"},
+                                             {yERROR_TIMEOUT, "the sensor didn't answer in time"},
+                                             {yERROR_FORMAT, "bad format"},
+                                             {yERROR_VERSION, "unsupported version"},
+                                             {yERROR_BUSY, "busy: another operation of the sensor is in progress"}};
     return All;
 }
 

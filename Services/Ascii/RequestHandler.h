@@ -7,6 +7,7 @@
 #include "Services/Ascii/Request.h"
 #include "Services/Common/ServiceCounters.h"
 #include "VorControl/ControlProtocol/ControlRegisterTypes.h"
+#include "yApi/yStatus.h"
 
 #include <memory>
 #include <string>
@@ -30,6 +31,14 @@ public:
     static constexpr std::size_t PushCapacity = 2 * Outputs::MaxLineSize;
     /// The longest text that the sensor's tools accept.
     static constexpr std::size_t MaxUserDataSize = sizeof(VorControl::ControlProtocol::DefaultUserDataInputData);
+
+    /// The answer when the sensor returns a status without a text.
+    struct Failure {
+        yStatus status;
+        const char* text;
+    };
+    /// Each status that has a text of its own.
+    static const std::vector<Failure>& Failures();
 
     /// All but `format` must outlive the handler.
     RequestHandler(Outputs& outputs, ISensor& sensor, Common::ServiceCounters& counters, LineFormat format)

@@ -13,8 +13,6 @@ using namespace VorControl::ControlProtocol;
 namespace {
 
 constexpr std::size_t RequestWordSize = 2;
-constexpr unsigned char NoCommandYet = 0; ///< statuses of a command
-constexpr unsigned char InProgress = 1;
 
 } // namespace
 
@@ -59,14 +57,14 @@ InputResult CommandCells::ApplyWrite(const InputWrite& write, bool& isCommand) {
     const bool writesRequest = write.offset < *inputPlace + RequestWordSize;
     const bool isBase = writesRequest && !hasRequest && !firstRequestRuns;
     const bool changesRequest = !isBase && requestWord != RequestWord(input);
-    if (changesRequest && (result.commandResult == InProgress || commands.IsBusy())) {
+    if (changesRequest && (result.commandResult == CommandInProgress || commands.IsBusy())) {
         return InputResult::Busy;
     }
     input = next;
     hasRequest = hasRequest || writesRequest;
     if (isBase || changesRequest) {
         isCommand = changesRequest;
-        result = {.requestWord = requestWord, .commandResult = isBase ? NoCommandYet : InProgress};
+        result = {.requestWord = requestWord, .commandResult = isBase ? NoCommandYet : CommandInProgress};
         SerializeResult();
         image.Write(std::array{InputPart(), output.Part(), system.Part()});
     } else {
@@ -129,7 +127,7 @@ void CommandCells::SetFirstRequestRuns(bool value) {
 
 void CommandCells::EndCommand(unsigned char status) {
     const std::lock_guard lock(mutex);
-    if (result.commandResult == InProgress) {
+    if (result.commandResult == CommandInProgress) {
         result.commandResult = status;
         SerializeResult();
         image.Write(std::array{output.Part(), system.Part()});
@@ -156,7 +154,7 @@ void CommandCells::SetSystemState(const DefaultSystemStateData& state) {
 // Both the answer and the system's state, which contains whether a command is in progress.
 void CommandCells::SerializeResult() {
     output.Set(result);
-    systemState.secondStateByte = result.commandResult == InProgress;
+    systemState.secondStateByte = result.commandResult == CommandInProgress;
     system.Set(systemState);
 }
 

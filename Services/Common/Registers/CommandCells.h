@@ -64,8 +64,8 @@ enum class InputResult {
 /// All operations but Write may be called on any thread; Write is for one thread.
 class CommandCells {
 public:
-    static constexpr unsigned char CommandDone = 2; ///< statuses of a command that has ended
-    static constexpr unsigned char CommandFailed = 3;
+    /// What clients read of a command.
+    enum CommandStatus : unsigned char { NoCommandYet = 0, CommandInProgress = 1, CommandDone = 2, CommandFailed = 3 };
 
     /// `image` and `commands` must outlive this object.
     CommandCells(RegisterImage& image, ICommandRunner& commands, CellTypes types, const RegisterFormat& format);

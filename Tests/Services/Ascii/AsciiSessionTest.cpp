@@ -3,10 +3,13 @@
 #include "Services/Ascii/AsciiSession.h"
 
 #include "Tests/Services/Ascii/FakeSensor.h"
+#include "Tests/Support/MarkdownTable.h"
 #include "Tests/Support/Results.h"
+#include "yApi/yStatus.h"
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -134,6 +137,22 @@ TEST_F(AsciiSessionTest, SaysWhyACommandFailed) {
         EXPECT_EQ(ReadReplies(session), answer + "\r\n");
     }
     EXPECT_EQ(counters.failed, failures.size());
+}
+
+TEST_F(AsciiSessionTest, ThePageListsTheErrors) {
+    const auto rows = Tests::MarkdownTable("Docs/ascii.md", {"Code", "Text, such as"});
+    std::set<std::string> documented;
+    for (const auto& [code, cells] : rows) {
+        documented.insert(code);
+    }
+    std::set<std::string> known = {std::to_string(yERROR_SIZE), std::to_string(yERROR_READ_ONLY)};
+    for (const auto& [status, text] : RequestHandler::Failures()) {
+        const std::string code = std::to_string(status);
+        known.insert(code);
+        ASSERT_TRUE(rows.contains(code)) << code;
+        EXPECT_NE(rows.at(code).at(1).find('`' + std::string(text) + '`'), std::string::npos) << text;
+    }
+    EXPECT_EQ(documented, known);
 }
 
 TEST_F(AsciiSessionTest, SaysWhatACommandThatJustFailedWasAbout) {
