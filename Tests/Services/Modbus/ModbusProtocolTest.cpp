@@ -5,6 +5,7 @@
 #include "Tests/Services/Modbus/RawClient.h"
 #include "Tests/Services/Modbus/Results.h"
 #include "Tests/Support/ControlEnviron.h"
+#include "Tests/Support/MainLoopThread.h"
 #include "Tests/Support/MemoryStore.h"
 #include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/TestService.h"
@@ -384,6 +385,33 @@ TEST_F(ModbusProtocolTest, KeepsItsSettingsWhenAJobHoldsNoneOfIt) {
     EXPECT_EQ(Port(), port);
     EXPECT_EQ(Vor::Properties::JsonSerializer::Serialize(*Instance().Params())["unitId"], 7);
     EXPECT_EQ(RawClient(port).Ask(ReadRequest(1, 0, 3, 7)).size(), 15u);
+}
+
+TEST_F(ModbusProtocolTest, TheLoadOfAJobIsNoStart) {
+    const Tests::MainLoopThread mainLoop;
+    const json job = Config({{"port", 0}, {"firstRequest", "base"}},
+                            {Block("ControlInput", "", 1000), Block("ControlOutput", "", 1100)});
+    const auto stop = [&](unsigned char requestWord) {
+        const Bytes reply =
+            RawClient(Port()).Ask({0, 9, 0, 0, 0, 11, 1, 16, 0x03, 0xE8, 0, 2, 4, 0, requestWord, 0, 2});
+        EXPECT_EQ(reply, (Bytes{0, 9, 0, 0, 0, 6, 1, 16, 0x03, 0xE8, 0, 2}));
+    };
+    const auto runs = [&](unsigned requestWord) {
+        return Tests::WaitUntil([&] {
+            const Bytes answer = Read(1100, 2);
+            return answer.size() == 4 && Word(answer.data()) == requestWord && Word(&answer[2]) >= 2;
+        });
+    };
+    Load(job);
+    stop(5);
+    EXPECT_EQ(Read(1100, 2), Words({5, 0})) << "the first write is the base";
+    Load(job);
+    stop(6);
+    EXPECT_TRUE(runs(6));
+    store.files.clear();
+    module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+    stop(7);
+    EXPECT_TRUE(runs(7)) << "nor is that of a job that has nothing for it";
 }
 
 TEST_F(ModbusProtocolTest, AJobThatDisablesItLeavesItWithItsDefaults) {
