@@ -8,6 +8,7 @@
 #include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/TestService.h"
 #include "Tests/Support/Threads.h"
+#include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
@@ -60,6 +61,11 @@ protected:
     void Load(const json& config) { LoadText(config.dump()); }
     void LoadText(const std::string& text) {
         store.files[ConfigPath] = text;
+        module->Manager().LoadPersistDomain(PersistDomain::Job, store);
+    }
+    /// Loads a job that has nothing for the service.
+    void LoadWithoutSection() {
+        store.files.clear();
         module->Manager().LoadPersistDomain(PersistDomain::Job, store);
     }
     json Save() {
@@ -130,6 +136,33 @@ TEST_F(AsciiJobTest, GivesClientsTheOutputsOfAnotherJobWhileTheyStay) {
     Load({{"version", "1"}, {"vor:control", {{"enabled", true}}}});
     EXPECT_EQ(client.Ask("OUTPUTS"), "OK,0,\"a\",\"height\",\"a\"")
         << "a job that says nothing of them changes nothing";
+}
+
+TEST_F(AsciiJobTest, KeepsItsSettingsWhenAJobHoldsNoneOfIt) {
+    Load(Config({{"port", 0}, {"delimiter", ";"}}, Blocks, Map));
+    const std::uint16_t port = Port();
+    TextClient client(port);
+    const std::string outputs = client.Ask("OUTPUTS");
+    EXPECT_EQ(outputs, "OK;0;\"a\";7;\"s\";\"depth\";\"b\";\"height\";\"a\"");
+    LoadWithoutSection();
+    EXPECT_EQ(Instance().GetProtocolStatus(), ProtocolStatus::Running);
+    EXPECT_EQ(Port(), port);
+    EXPECT_EQ(client.Ask("OUTPUTS"), outputs) << "the connection is the same, too";
+}
+
+TEST_F(AsciiJobTest, HasNoOutputsWhenTheFirstJobHoldsNoneOfIt) {
+    LoadWithoutSection();
+    EXPECT_FALSE(Instance().IsEnabled());
+    const auto params = Instance().BeginUpdateParameters();
+    Vor::Properties::JsonSerializer::Deserialize(*params, {{"port", 0}});
+    Instance().ParamsUpdate();
+    Instance().EndUpdateParameters();
+    Instance().Enable(true);
+    TextClient client(Port());
+    EXPECT_EQ(client.Ask("OUTPUTS"), "OK");
+    const json section = Save()["vor:control"];
+    EXPECT_EQ(section["outputs"]["map"], json::array());
+    EXPECT_EQ(section["registerAssemblyList"][0]["blocks"], json::array());
 }
 
 TEST_F(AsciiJobTest, HasItsDefaultsWithADamagedJob) {
