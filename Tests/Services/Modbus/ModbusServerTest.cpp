@@ -14,7 +14,6 @@
 namespace Services::Modbus {
 namespace {
 
-using namespace std::chrono_literals;
 using Common::ServiceCounters;
 using Net::ParseNetworks;
 using Net::TcpServerSettings;
@@ -27,7 +26,6 @@ bool WaitForCount(const std::atomic<std::uint64_t>& counter, std::uint64_t value
 
 const Bytes WriteOne = {0, 9, 0, 0, 0, 6, 1, 6, 0, 7, 0, 1};
 const Bytes MayNotWrite = {0, 9, 0, 0, 0, 3, 1, 0x86, 1};
-const Bytes NothingToWrite = {0, 9, 0, 0, 0, 3, 1, 0x86, 2};
 
 class ModbusServerTest : public testing::Test {
 protected:
@@ -49,15 +47,6 @@ protected:
     std::unique_ptr<ModbusServer> server;
     std::uint16_t port = 0;
 };
-
-TEST_F(ModbusServerTest, AnswersARequestThatComesByteByByte) {
-    Open();
-    RawClient client(port);
-    for (const unsigned char byte : ReadRequest(9, 77, 1)) {
-        client.Send({byte});
-    }
-    EXPECT_EQ(client.ReceiveReply(), ReplyTo77);
-}
 
 TEST_F(ModbusServerTest, AnswersARequestCutAtEveryLength) {
     Open();
@@ -87,16 +76,6 @@ TEST_F(ModbusServerTest, AnswersPipelinedRequestsInOrder) {
     }
 }
 
-TEST_F(ModbusServerTest, AnswersAllRequestsOfAClientThatHasClosedItsSide) {
-    Open();
-    RawClient client(port);
-    client.Send(ReadRequest(9, 77, 1) + ReadRequest(9, 77, 1));
-    client.HalfClose();
-    EXPECT_EQ(client.ReceiveReply(), ReplyTo77);
-    EXPECT_EQ(client.ReceiveReply(), ReplyTo77);
-    EXPECT_TRUE(client.WaitForClose());
-}
-
 TEST_F(ModbusServerTest, ClosesTheConnectionAfterAnotherProtocolOrABadLength) {
     Open();
     for (const Bytes& bad : {Bytes{'G', 'E', 'T', ' ', '/', '\r'}, Bytes{0, 1, 0, 0, 0, 1}, Bytes{0, 1, 0, 0, 1, 0}}) {
@@ -106,51 +85,6 @@ TEST_F(ModbusServerTest, ClosesTheConnectionAfterAnotherProtocolOrABadLength) {
         EXPECT_TRUE(client.WaitForClose());
     }
     EXPECT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
-TEST_F(ModbusServerTest, ClosesAConnectionThatNeverEndsItsRequest) {
-    Open({.idleTimeOut = 50ms});
-    RawClient client(port);
-    client.Send({0, 1, 0, 0, 0, 6, 1, 3});
-    EXPECT_TRUE(client.WaitForClose());
-}
-
-TEST_F(ModbusServerTest, ClosesAConnectionThatNeverTakesItsReplies) {
-    Open({.idleTimeOut = 50ms});
-    RawClient client(port);
-    Bytes requests;
-    for (unsigned i = 0; i < 1000; ++i) {
-        requests = requests + ReadRequest(i, i, 125);
-    }
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (counters.connected == 0 && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    while (counters.connected == 1 && std::chrono::steady_clock::now() < deadline) {
-        client.SendSome(requests);
-    }
-    EXPECT_EQ(counters.connected, 0u);
-}
-
-TEST_F(ModbusServerTest, StopsReadingFromAClientThatDoesNotTakeItsReplies) {
-    Open();
-    RawClient greedy(port, 4096);
-    Bytes requests;
-    for (unsigned i = 0; i < 1000; ++i) {
-        requests = requests + ReadRequest(i, i, 125);
-    }
-    // When the kernel's buffers on both sides are full, the server reads no more requests, and serves the other
-    // clients.
-    std::size_t sent = 0;
-    for (int refusals = 0; refusals < 50;) {
-        const std::size_t some = greedy.SendSome(requests);
-        sent += some;
-        refusals = some == 0 ? refusals + 1 : 0;
-        ASSERT_LT(sent, 64u * 1024 * 1024);
-        ASSERT_EQ(Client()->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-    }
-    const Bytes first = greedy.ReceiveReply();
-    EXPECT_EQ(first.size(), 259u) << "it gets its replies as soon as it takes them";
 }
 
 TEST_F(ModbusServerTest, TakesAnotherUnitAtOnce) {
@@ -184,22 +118,6 @@ TEST_F(ModbusServerTest, LetsAClientThatMayNotWriteRead) {
     const auto client = Client();
     EXPECT_EQ(client->Ask(WriteOne), MayNotWrite);
     EXPECT_EQ(client->Ask(ReadRequest(9, 77, 1)), ReplyTo77);
-}
-
-TEST_F(ModbusServerTest, AppliesOtherNetworksToTheConnectionsThatAreThere) {
-    Open();
-    const auto client = Client();
-    const auto other = Client();
-    EXPECT_EQ(client->Ask(WriteOne), NothingToWrite);
-    Update({.port = port, .writers = {}});
-    EXPECT_EQ(client->Ask(WriteOne), MayNotWrite);
-    Update({.port = port, .writers = ParseNetworks({"127.0.0.1"})});
-    EXPECT_EQ(client->Ask(WriteOne), NothingToWrite);
-    Update({.port = port, .readers = {}});
-    EXPECT_TRUE(client->WaitForClose());
-    EXPECT_TRUE(other->WaitForClose());
-    EXPECT_TRUE(WaitForCount(counters.connected, 0));
-    EXPECT_EQ(counters.refused, 0u) << "they were not refused when they connected";
 }
 
 } // namespace

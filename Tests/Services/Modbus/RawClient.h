@@ -17,9 +17,6 @@ public:
         ASSERT_EQ(send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
     }
 
-    /// Sends as much as possible without waiting; returns the number of bytes.
-    std::size_t SendSome(const Bytes& bytes) { return SendSomeOf(bytes.data(), bytes.size()); }
-
     /// Receives `count` bytes, fewer at the end of the connection or at the deadline.
     Bytes Receive(std::size_t count) {
         Bytes bytes(count);
