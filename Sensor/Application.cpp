@@ -203,10 +203,20 @@ void Application::RequireUsableSettings() {
         const VorControl::IControlInstance& instance = host.Services().GetInstance(setting.serviceId);
         const auto failure = instance.IsEnabled() ? instance.LastEnableFailure() : std::nullopt;
         if (failure && failure->status == yERROR_PARAMETER) {
-            throw StartError(setting.option + ": service \"" + setting.serviceId + "\" can't start (" + failure->text +
-                             ").");
+            throw StartError(SettingsOf(setting.serviceId) + ": service \"" + setting.serviceId + "\" can't start (" +
+                             failure->text + ").");
         }
     }
+}
+
+std::string Application::SettingsOf(const std::string& serviceId) const {
+    std::string options;
+    for (const Jobs::ServiceSetting& setting : commandLine.settings) {
+        if (setting.serviceId == serviceId) {
+            options += (options.empty() ? "" : ", ") + setting.option;
+        }
+    }
+    return options;
 }
 
 void Application::ReportStart() {

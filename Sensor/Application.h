@@ -56,6 +56,8 @@ private:
     void EnableServices();
     /// Throws a StartError when a service doesn't start with its settings of the command line.
     void RequireUsableSettings();
+    /// All settings of the service on the command line, as the user wrote them.
+    std::string SettingsOf(const std::string& serviceId) const;
     void ReportStart();
     void StartScan();
     void StopScan();

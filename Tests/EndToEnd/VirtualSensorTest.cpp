@@ -5,6 +5,10 @@
 #include "Tests/Support/BuildFolders.h"
 #include "VorCommon/ArchiveStore.h"
 
+#include <string>
+#include <tuple>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 namespace Tests {
@@ -92,11 +96,19 @@ TEST_F(PreparedSensor, RefusesAJobThatIsNoArchiveAndLeavesItAlone) {
 }
 
 TEST_F(PreparedSensor, RefusesASettingWithWhichAServiceCannotStart) {
-    for (const std::string setting : {"modbus.address=somewhere", "ascii.address=1.2.3"}) {
-        const std::string service = setting.substr(0, setting.find('.'));
-        const Answer answer = RunToEnd(Command({"--modbus-port", "0", "--set", setting}));
+    const std::vector<std::tuple<std::vector<std::string>, std::string, std::string>> refusals = {
+        {{"--set", "ascii.address=1.2.3"}, "--set ascii.address=1.2.3", "ascii"},
+        {{"--set", "ascii.port=0", "--set", "modbus.unitId=7", "--set", "ascii.address=somewhere"},
+         "--set ascii.port=0, --set ascii.address=somewhere",
+         "ascii"},
+        {{"--set", "modbus.address=somewhere"}, "--set modbus.address=somewhere, --modbus-port 0", "modbus"},
+    };
+    for (const auto& [arguments, settings, service] : refusals) {
+        std::vector<std::string> all = {"--modbus-port", "0"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const Answer answer = RunToEnd(Command(all));
         EXPECT_EQ(answer.status, 2) << answer.output;
-        EXPECT_EQ(answer.errors.find("vorsensor: --set " + setting + ": service \"" + service + "\" can't start ("),
+        EXPECT_EQ(answer.errors.find("vorsensor: " + settings + ": service \"" + service + "\" can't start ("),
                   answer.errors.rfind("vorsensor: "))
             << answer.errors;
         EXPECT_NE(answer.errors.find("is not an IP address).\n"), std::string::npos) << answer.errors;
