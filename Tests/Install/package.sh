@@ -2,18 +2,28 @@
 # Installs the tree, moves what was installed, and builds, tests and runs services against it.
 . "$(dirname "$0")/common.sh"
 
+# Outside of the tree, so that nothing is found in it by chance.
+outside=$(mktemp -d)
+trap 'rm -rf "$outside"' EXIT
+export CCACHE_BASEDIR=$outside
+
 rm -rf "$work" "$package"
 mkdir -p "$work"
-cmake --install "$build" --prefix "$work/installed" >/dev/null
-mv "$work/installed" "$package"
+cmake --install "$build" --prefix "$outside/installed" >/dev/null
+kept=$package
+package=$outside/moved
+mv "$outside/installed" "$package"
 
-# Neither the tree nor the folder of the installation is named in what runs, and no header needs another library's.
+# Neither the tree nor the folder of the installation is named, and no header needs another library's.
 find "$package" -name vorsensor -type f -o -name '*.so' | while read -r file; do
     if readelf -d "$file" | grep -E 'R(UN)?PATH' | grep -v '\[\$ORIGIN'; then
         fail "$file looks for libraries in a fixed place"
     fi
 done
-if grep -rnE '#include <(boost|spdlog|fmt|sqlite3|zlib|CLI|gtest|gmock)' "$package/include"; then
+if grep -rIlF -e "$top" -e "$outside/installed" "$package"; then
+    fail "An installed file names the tree or the folder of the installation"
+fi
+if grep -rn '#include <' "$package/include" "$package/share/VorCnLib/testing" | grep -vE '<([a-z_]+|nlohmann/[a-z_]+\.hpp)>'; then
     fail "An installed header needs another library"
 fi
 
@@ -28,20 +38,20 @@ for name in sys.argv[2:]:
         sys.exit("Docs/your-first-service.md doesn't show Docs/examples/" + name + " as it is")
 PYTHON
 
-cp -r "$top/Docs/examples/first-service" "$work/first"
-cp -r "$top/Docs/examples/provider-service" "$work/provider"
-cp -r "$top/Docs/examples/echo-service" "$work/echo"
-cp -r "$package/share/VorCnLib/examples/Sample" "$work/sample"
+cp -r "$top/Docs/examples/first-service" "$outside/first"
+cp -r "$top/Docs/examples/provider-service" "$outside/provider"
+cp -r "$top/Docs/examples/echo-service" "$outside/echo"
+cp -r "$package/share/VorCnLib/examples/Sample" "$outside/sample"
 for project in first provider echo sample; do
-    build_project "$work/$project" "$package"
+    build_project "$outside/$project" "$package"
 done
-ctest --test-dir "$work/first/build" --output-on-failure --no-tests=error
-ctest --test-dir "$work/sample/build" --output-on-failure --no-tests=error
+ctest --test-dir "$outside/first/build" --output-on-failure --no-tests=error
+ctest --test-dir "$outside/sample/build" --output-on-failure --no-tests=error
 
 sensor "$package/bin/vorsensor"
 contains "$told" '^Service modbus \(Modbus TCP\): Running at '
-sensor "$package/bin/vorsensor" --plugins "$work/first/build/plugins" --plugins "$work/sample/build/plugins" \
-    --plugins "$work/provider/build/plugins" --plugins "$work/echo/build/plugins" \
+sensor "$package/bin/vorsensor" --plugins "$outside/first/build/plugins" --plugins "$outside/sample/build/plugins" \
+    --plugins "$outside/provider/build/plugins" --plugins "$outside/echo/build/plugins" \
     --enable hello --enable sample --enable provider --enable echo \
     --set hello.greeting=Moin --set provider.greeting=Servus --set echo.port=0
 contains "$told" '^Service hello \(Hello\): Running$'
@@ -50,3 +60,6 @@ contains "$told" '^Service provider \(Provider\): Running$'
 contains "$told" '^Service echo \(Echo\): Running at tcp://127\.0\.0\.1:'
 contains "$told" 'Moin'
 contains "$told" 'Servus'
+
+# For the tests that begin with the package.
+mv "$package" "$kept"
