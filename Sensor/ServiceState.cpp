@@ -1,8 +1,8 @@
 #include "Sensor/ServiceState.h"
 
 #include "Vor/JsonSerializer.h"
-#include "VorApi/Threads/ScopeLock.h"
 #include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Control/InstanceLocks.h"
 
 #include <optional>
 
@@ -34,9 +34,7 @@ const char* TextOf(ProtocolStatus status) {
 }
 
 nlohmann::json PropertiesOf(IControlInstance& instance) {
-    const Vor::ScopeLock<IControlInstance, &IControlInstance::NonPersistentPropertiesBeginLock,
-                         &IControlInstance::NonPersistentPropertiesEndLock>
-        lock(instance);
+    const VorControl::InstancePropertiesLock lock(instance);
     return Vor::Properties::JsonSerializer::Serialize(instance.Properties());
 }
 

@@ -8,6 +8,7 @@
 #include "Vor/Format.h"
 #include "Vor/JsonSerializer.h"
 #include "VorCommon/ICommandTarget.h"
+#include "VorControl/Control/InstanceLocks.h"
 #include "VorControl/ControlProtocol/IProtocolOutput.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
@@ -206,9 +207,7 @@ std::set<std::string> JobService::DataSources() const {
         }
     }
     if (instance.HasProtocolOutput()) {
-        const Vor::ScopeLock<VorControl::IControlInstance, &VorControl::IControlInstance::OutputsMapBeginLock,
-                             &VorControl::IControlInstance::OutputsMapEndLock>
-            lock(instance);
+        const VorControl::InstanceOutputsMapLock lock(instance);
         const json outputs = Vor::Properties::JsonSerializer::Serialize(instance.OutputsMap());
         for (const json& row : outputs.at("map")) {
             sources.insert(row.value("source", std::string()));

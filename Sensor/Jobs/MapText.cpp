@@ -2,6 +2,7 @@
 
 #include "Sensor/PrintableText.h"
 #include "Vor/JsonSerializer.h"
+#include "VorControl/Control/InstanceLocks.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 
 #include <algorithm>
@@ -125,9 +126,7 @@ MapText::MapText(JobService& job, const JobService::Selection& selection)
         }
     }
     if (onlyOutputs || (selection.assembly.empty() && instance.HasProtocolOutput())) {
-        const Vor::ScopeLock<VorControl::IControlInstance, &VorControl::IControlInstance::OutputsMapBeginLock,
-                             &VorControl::IControlInstance::OutputsMapEndLock>
-            lock(instance);
+        const VorControl::InstanceOutputsMapLock lock(instance);
         outputs = Vor::Properties::JsonSerializer::Serialize(instance.OutputsMap()).at("map");
     }
 }

@@ -4,8 +4,8 @@
 #include "Vor/Exception.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Path.h"
-#include "VorApi/Threads/ScopeLock.h"
 #include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Control/InstanceLocks.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 
 #include <exception>
@@ -42,9 +42,7 @@ std::uint64_t ParametersHash(IControlInstance& instance) {
 
 std::uint64_t OutputsHash(IControlInstance& instance) {
     return HashOrNone([&] {
-        const Vor::ScopeLock<IControlInstance, &IControlInstance::OutputsMapBeginLock,
-                             &IControlInstance::OutputsMapEndLock>
-            lock(instance);
+        const VorControl::InstanceOutputsMapLock lock(instance);
         return HashOf(instance.OutputsMap());
     });
 }

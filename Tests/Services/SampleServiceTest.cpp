@@ -5,9 +5,9 @@
 #include "Vor/ByteVector.h"
 #include "Vor/Logging.h"
 #include "VorApi/Params/PropertyValue.h"
-#include "VorApi/Threads/ScopeLock.h"
 #include "VorControl/Control/ControlModule.h"
 #include "VorControl/Control/IControlInstance.h"
+#include "VorControl/Control/InstanceLocks.h"
 #include "VorPlugin/PluginManager.h"
 
 #include <chrono>
@@ -57,7 +57,7 @@ protected:
 
     template <class T>
     T Property(const char* name) {
-        const PropertiesLock lock(Sample());
+        const VorControl::InstancePropertiesLock lock(Sample());
         return dynamic_cast<Vor::Properties::Value<T>&>(Sample().Properties().At(name)).Get();
     }
 
@@ -72,13 +72,9 @@ protected:
     std::unique_ptr<VorControl::ControlModule> module;
 
 private:
-    using PropertiesLock =
-        Vor::ScopeLock<VorControl::IControlInstance, &VorControl::IControlInstance::NonPersistentPropertiesBeginLock,
-                       &VorControl::IControlInstance::NonPersistentPropertiesEndLock>;
-
     /// The handler runs under the properties lock, before the count is stored.
     void WatchResults() {
-        const PropertiesLock lock(Sample());
+        const VorControl::InstancePropertiesLock lock(Sample());
         Sample().Properties().At("resultCount").AddChangeHandler([this](Vor::Properties::Node&) {
             const std::lock_guard lock(mutex);
             ++processed;

@@ -1,18 +1,11 @@
 #include "VorControl/Protocol/ControlOutputsResource.h"
 
 #include "Vor/Format.h"
-#include "VorApi/Threads/ScopeLock.h"
+#include "VorControl/Control/InstanceLocks.h"
 #include "VorControl/Protocol/OutputsText.h"
 #include "yApi/yStatus.h"
 
 namespace VorControl::Protocol {
-
-namespace {
-
-using MapLock =
-    Vor::ScopeLock<IControlInstance, &IControlInstance::OutputsMapBeginLock, &IControlInstance::OutputsMapEndLock>;
-
-} // namespace
 
 void ControlOutputsResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                                       VorApi::VorDataTree& data) {
@@ -23,14 +16,14 @@ void ControlOutputsResource::Document(const VorApi::RequestInfoEx& request, VorA
 
 void ControlOutputsResource::RequireDocument(const VorApi::RequestInfoEx& request) {
     IControlInstance& instance = RequiredInstance(request);
-    const MapLock lock(instance);
+    const InstanceOutputsMapLock lock(instance);
     instance.OutputsMap();
 }
 
 void ControlOutputsResource::ReadMap(const std::string& id, const VorApi::RequestInfoEx& request,
                                      VorApi::ResponseInfoEx& response, const VorApi::VorDataTree& data) const {
     IControlInstance& instance = ResolveToInstance(id);
-    MapLock lock(instance);
+    InstanceOutputsMapLock lock(instance);
     NodeToVorDataTree(instance.OutputsMap(), request, data, true);
     lock.Unlock();
     if (instance.HasOutputsCommandTarget()) {

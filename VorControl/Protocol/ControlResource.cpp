@@ -7,8 +7,8 @@
 #include "VorApi/AtScopeEnd.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Path.h"
-#include "VorApi/Threads/ScopeLock.h"
 #include "VorCommon/ICommandTarget.h"
+#include "VorControl/Control/InstanceLocks.h"
 #include "VorControl/Protocol/ControlProperties.h"
 #include "yApi/yStatus.h"
 
@@ -22,9 +22,6 @@ using VorApi::VorDataTree;
 namespace {
 
 constexpr const char* ServicePath = "/controls/:protocol";
-
-using PropertiesLock = Vor::ScopeLock<IControlInstance, &IControlInstance::NonPersistentPropertiesBeginLock,
-                                      &IControlInstance::NonPersistentPropertiesEndLock>;
 
 /// Runs the call. Returns false for a service that has no parameters.
 template <class Call>
@@ -110,7 +107,7 @@ void ControlResource::ReadOne(const VorApi::RequestInfoEx& request, VorApi::Resp
         document.Register("parameters", *parameters);
     }
 
-    PropertiesLock lock(instance);
+    InstancePropertiesLock lock(instance);
     const Vor::Params::Group& properties = instance.Properties();
     Vor::Properties::VorDataTreeSerializer::Serialize(properties, data);
     NodeToVorDataTree(document, request, data, true);
