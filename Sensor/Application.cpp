@@ -11,6 +11,7 @@
 #include "Sensor/StartError.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorCommon/ArchiveFile.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "yApi/yStatus.h"
@@ -247,8 +248,7 @@ void Application::StopScan() {
     try {
         sensor.Core().Stop(false, false);
     } catch (const std::exception& e) {
-        Vor::LogError("The scan can't be stopped.");
-        Vor::Exception::LogException(e);
+        Vor::LogThrown(e, "The scan can't be stopped.");
     }
 }
 

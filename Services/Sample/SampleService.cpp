@@ -1,7 +1,6 @@
 #include "SampleService.h"
 
-#include "Vor/Exception.h"
-#include "Vor/Logging.h"
+#include "VorApi/LogThrown.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolScanOutputRegisterBlock.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
@@ -131,8 +130,7 @@ void SampleService::ProcessResultSets(void* resultSets) {
         try {
             Process(yArrayList_At(sets, i));
         } catch (const std::exception& e) {
-            Vor::LogError("A result could not be written.");
-            Vor::Exception::LogException(e);
+            Vor::LogThrown(e, "A result could not be written.");
         }
     }
 }
