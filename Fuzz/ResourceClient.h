@@ -51,20 +51,21 @@ private:
     std::optional<Sensor::Http::HttpResponse> answer;
 };
 
-inline std::string_view TakeUntil(std::string_view& text, char end) {
-    const std::string_view taken = text.substr(0, text.find(end));
-    text.remove_prefix(std::min(text.size(), taken.size() + 1));
-    return taken;
+/// Removes the text until that character, which goes, too. Returns it.
+inline std::string_view SplitOff(std::string_view& text, char end) {
+    const std::string_view part = text.substr(0, text.find(end));
+    text.remove_prefix(std::min(text.size(), part.size() + 1));
+    return part;
 }
 
 /// "METHOD TARGET", lines with fields, an empty line and the body.
 inline Sensor::Http::HttpRequest ParseRequest(std::string_view text) {
     Sensor::Http::HttpRequest request;
-    std::string_view line = TakeUntil(text, '\n');
-    request.method = TakeUntil(line, ' ');
+    std::string_view line = SplitOff(text, '\n');
+    request.method = SplitOff(line, ' ');
     request.target = line;
-    for (line = TakeUntil(text, '\n'); !line.empty(); line = TakeUntil(text, '\n')) {
-        const std::string_view name = TakeUntil(line, ':');
+    for (line = SplitOff(text, '\n'); !line.empty(); line = SplitOff(text, '\n')) {
+        const std::string_view name = SplitOff(line, ':');
         request.fields.Add(std::string(name), std::string(line));
     }
     request.body = text;

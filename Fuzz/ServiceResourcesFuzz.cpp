@@ -188,7 +188,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Bench bench;
     Bench::State before = bench.GetState();
     for (std::size_t i = 0; i < MaxRequests && !requests.empty(); ++i) {
-        const HttpRequest request = ParseRequest(TakeUntil(requests, '\0'));
+        const HttpRequest request = ParseRequest(SplitOff(requests, '\0'));
         const HttpResponse response = bench.Send(request);
         Bench::State after = bench.GetState();
         const bool hasChanged = before.configuration != after.configuration || before.enabled != after.enabled;

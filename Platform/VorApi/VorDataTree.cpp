@@ -50,9 +50,9 @@ using Name = NameTable::value_type;
 /// Memory that is released as a whole.
 class VorDataTree::Memory {
 public:
-    /// Aligned if whatever is taken has the alignment of `T`, at most that of a pointer.
+    /// Aligned if whatever is allocated has the alignment of `T`, at most that of a pointer.
     template <class T>
-    T* Take(std::size_t count) {
+    T* Allocate(std::size_t count) {
         static_assert(alignof(T) <= alignof(void*));
         const std::size_t size = count * sizeof(T);
         if (size > left) {
@@ -61,18 +61,18 @@ public:
             next = blocks.back().get();
             total += left;
         }
-        void* const taken = std::exchange(next, next + size);
+        void* const start = std::exchange(next, next + size);
         left -= size;
-        return static_cast<T*>(taken);
+        return static_cast<T*>(start);
     }
 
-    /// Takes room for one more `T` if it is right after `end`.
+    /// Adds room for one more `T` if it is right after `end`.
     template <class T>
     bool Extend(const T* end) {
         if (static_cast<const void*>(end) != next || left < sizeof(T)) {
             return false;
         }
-        Take<T>(1);
+        Allocate<T>(1);
         return true;
     }
 
@@ -193,7 +193,7 @@ public:
     }
 
     std::string_view Copy(const void* bytes, std::size_t size) {
-        char* const copy = texts.Take<char>(size);
+        char* const copy = texts.Allocate<char>(size);
         std::copy_n(static_cast<const char*>(bytes), size, copy);
         return {copy, size};
     }
@@ -252,8 +252,8 @@ private:
             return;
         }
         const std::size_t capacity = list.last == nullptr ? 1 : 2 * list.last->capacity + 1;
-        auto* const place = nodes.Take<Node::Chunk>(1);
-        auto* const chunk = std::construct_at(place, Node::Chunk{nullptr, nodes.Take<Node>(capacity), 0, capacity});
+        auto* const place = nodes.Allocate<Node::Chunk>(1);
+        auto* const chunk = std::construct_at(place, Node::Chunk{nullptr, nodes.Allocate<Node>(capacity), 0, capacity});
         (list.last == nullptr ? list.first : list.last->next) = chunk;
         list.last = chunk;
     }

@@ -68,23 +68,23 @@ private:
     std::atomic<bool> clientWaits = true;
 };
 
-/// The answer to one request, which any thread gives. It is gone when the client is.
+/// The answer to one request, which any thread sets. It is gone when the client is.
 class HttpSession::Answer {
 public:
     /// Only the first one counts.
-    void Give(HttpResponse given) {
+    void Set(HttpResponse value) {
         const std::lock_guard guard(mutex);
-        if (!isGiven) {
-            isGiven = true;
-            response = std::move(given);
+        if (!isSet) {
+            isSet = true;
+            response = std::move(value);
         }
     }
-    bool IsGiven() const {
+    bool IsSet() const {
         const std::lock_guard guard(mutex);
-        return isGiven;
+        return isSet;
     }
-    /// Nothing before it was given.
-    std::optional<HttpResponse> Take() {
+    /// Once; empty before it is set.
+    std::optional<HttpResponse> MoveOut() {
         const std::lock_guard guard(mutex);
         return std::exchange(response, std::nullopt);
     }
@@ -92,7 +92,7 @@ public:
 private:
     mutable std::mutex mutex; ///< guards the others
     std::optional<HttpResponse> response;
-    bool isGiven = false;
+    bool isSet = false;
 };
 
 class HttpSession::AnswerTarget : public Responder::Target {
@@ -113,7 +113,7 @@ public:
 
     void Respond(HttpResponse response) override {
         if (const auto open = answer.lock()) {
-            open->Give(std::move(response));
+            open->Set(std::move(response));
             Wake();
         }
     }
@@ -130,7 +130,7 @@ public:
 private:
     bool IsOpen() const {
         const auto open = answer.lock();
-        return open && !open->IsGiven();
+        return open && !open->IsSet();
     }
 
     const std::weak_ptr<Answer> answer;
@@ -279,7 +279,7 @@ void HttpSession::Handle() {
 
 void HttpSession::AnswerLast(HttpResponse response) {
     exchanges.push_back({.answer = std::make_shared<Answer>(), .isHead = parser && parser->IsHead()});
-    exchanges.back().answer->Give(std::move(response));
+    exchanges.back().answer->Set(std::move(response));
     StopReading();
 }
 
@@ -297,7 +297,7 @@ bool HttpSession::WriteOn() {
     if (exchanges.empty() || body || text.size() >= MaxWaitingText) {
         return false;
     }
-    std::optional<HttpResponse> response = exchanges.front().answer->Take();
+    std::optional<HttpResponse> response = exchanges.front().answer->MoveOut();
     if (!response) {
         return false;
     }

@@ -40,7 +40,7 @@ public:
         const std::lock_guard lock(mutex);
         text = value;
     }
-    std::optional<std::string> Take() {
+    std::optional<std::string> MoveOut() {
         const std::lock_guard lock(mutex);
         return std::exchange(text, std::nullopt);
     }
@@ -59,7 +59,7 @@ public:
 
     std::size_t Process() override {
         if (asks) {
-            const auto answer = answers.Take();
+            const auto answer = answers.MoveOut();
             if (!answer) {
                 return 0;
             }

@@ -28,7 +28,7 @@ protected:
     }
 
     /// Occupies a port, which a sensor then wants.
-    void TakePort() {
+    void OccupyPort() {
         taken.emplace(thread, counters, Net::TcpServerSettings{}, [](bool) { return nullptr; });
         settings.port = taken->Port();
     }
@@ -60,7 +60,7 @@ TEST_F(ResourceServerTest, SaysWhereItListens) {
 }
 
 TEST_F(ResourceServerTest, ADefaultPortThatIsTakenIsTriedAgain) {
-    TakePort();
+    OccupyPort();
     server.emplace(settings, host, sensor, logHistory, [this](const std::string& line) { lines.push_back(line); });
     server->Start();
     Advance();
@@ -76,7 +76,7 @@ TEST_F(ResourceServerTest, ADefaultPortThatIsTakenIsTriedAgain) {
 }
 
 TEST_F(ResourceServerTest, APortOfTheUserThatIsTakenIsRefused) {
-    TakePort();
+    OccupyPort();
     settings.portGiven = true;
     server.emplace(settings, host, sensor, logHistory, [this](const std::string& line) { lines.push_back(line); });
     try {

@@ -111,7 +111,7 @@ public:
         const std::lock_guard guard(mutex);
         providers[providerId] = provider;
     }
-    void Take(const std::string& providerId) {
+    void Erase(const std::string& providerId) {
         const std::lock_guard guard(mutex);
         providers.erase(providerId);
     }

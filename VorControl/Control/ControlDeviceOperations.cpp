@@ -78,7 +78,7 @@ struct ControlDeviceOperations::Work {
     }
 
     /// Null when nothing is queued.
-    std::shared_ptr<OperationRequest> TakeFirst() {
+    std::shared_ptr<OperationRequest> PopFirst() {
         const Vor::Locker locker(queueLock.Get());
         if (queue.empty()) {
             return nullptr;
@@ -109,7 +109,7 @@ struct ControlDeviceOperations::Work {
 
     void ProcessEvent() {
         eventPending.store(0);
-        while (const auto request = TakeFirst()) {
+        while (const auto request = PopFirst()) {
             ProcessOperation(*request);
         }
     }

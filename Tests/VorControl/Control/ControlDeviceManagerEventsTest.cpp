@@ -54,7 +54,7 @@ protected:
     }
 
     void Remove(const std::string& providerId) {
-        devices->Take(providerId);
+        devices->Erase(providerId);
         devices->removed.Raise("engine", providerId);
     }
 };
@@ -63,7 +63,7 @@ protected:
 
 TEST_F(ControlDeviceManagerEventsTest, ANewListReplacesTheFormerOne) {
     Make();
-    devices->Take("p0");
+    devices->Erase("p0");
     const auto third = std::make_shared<Tests::FakeOutputDevice>("modelC", "1003");
     devices->Put("p2", third);
     UpdateList();
@@ -157,15 +157,15 @@ TEST_F(ControlDeviceManagerEventsTest, OnlyTheFirstDeviceMayBeTheDefaultDevice) 
     EXPECT_EQ(Available(), Texts{"engine/p0"});
     EXPECT_EQ(SelectedIds(), Texts{});
     EXPECT_TRUE(log.Contains(Vor::LevelWarning, "Failed to auto-select sensor (1002)"));
-    devices->Take("p0");
+    devices->Erase("p0");
     UpdateList();
     EXPECT_EQ(NewEvents(), (Texts{"added device-0 1002", "list service"}));
     EXPECT_TRUE(IsUnlocked());
 }
 
 TEST_F(ControlDeviceManagerEventsTest, WithoutADeviceTheDefaultDeviceIsLookedForAgain) {
-    devices->Take("p0");
-    devices->Take("p1");
+    devices->Erase("p0");
+    devices->Erase("p1");
     Make(true, 1001);
     EXPECT_EQ(log.Count(Vor::LevelWarning, "Failed to auto-select sensor (1001)"), 1U);
     UpdateList();
@@ -473,7 +473,7 @@ TEST_F(ControlDeviceManagerEventsTest, WithRealOperationsAListIsUpdatedOnTheirTh
             pthread_getname_np(pthread_self(), thread.data(), thread.size());
             updated.Set();
         });
-        devices->Take("p0");
+        devices->Erase("p0");
         EXPECT_TRUE(queue.FindAvailableSensors("service"));
         ASSERT_TRUE(updated.Wait());
         EXPECT_STREQ(thread.data(), "DeviceLoop");

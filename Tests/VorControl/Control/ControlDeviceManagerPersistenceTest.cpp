@@ -245,8 +245,8 @@ TEST_F(ControlDeviceManagerPersistenceTest, AValueOfAWrongKindIsRefusedAndChange
 }
 
 TEST_F(ControlDeviceManagerPersistenceTest, WithoutAvailableDevicesOnlyAnEmptyListIsLoaded) {
-    devices->Take("p0");
-    devices->Take("p1");
+    devices->Erase("p0");
+    devices->Erase("p1");
     UpdateList();
     manager->Load(Section(json::array()));
     EXPECT_FAILURE(manager->Load(Section(Array(Device("p0")))), yERROR_PARTIAL,

@@ -351,7 +351,7 @@ TEST_F(ControlDeviceManagerTest, ResetSelectsTheDefaultDeviceAnew) {
     manager->Reset();
     EXPECT_EQ(NewEvents(), (Texts{"removed device-0 1001", "added device-0 1001"}));
     EXPECT_EQ(SelectedIds(), Texts{"device-0"});
-    devices->Take("p0");
+    devices->Erase("p0");
     UpdateList();
     NewEvents();
     manager->Reset();

@@ -12,7 +12,7 @@ Vor::Params::Value<unsigned short>& IdOf(const TestAssembly& assembly, std::size
 }
 
 /// The block has another id than the one with which it was added.
-void ShowId(const TestAssembly& assembly, std::size_t position, unsigned short id) {
+void SetActualId(const TestAssembly& assembly, std::size_t position, unsigned short id) {
     IdOf(assembly, position).EnableActual(true);
     IdOf(assembly, position).SetActual(id);
 }
@@ -23,7 +23,7 @@ TEST(RegisterAssemblyPlacement, BlockWithAnActualIdIsFoundByTheWalk) {
     TestAssembly assembly(false);
     assembly.AddType(TypeParams("one"));
     assembly.AddEntries({{"one", 10}, {"one", 20}, {"one", 30}});
-    ShowId(assembly, 1, 25);
+    SetActualId(assembly, 1, 25);
     assembly.Block(0)->SetOutputId(11);
     EXPECT_EQ(assembly.AddEntries({{"one", 20}}), 0U);
     EXPECT_TRUE(FailureOf([&] { assembly.AddEntries({{"one", 25}}); }).has_value());
@@ -50,7 +50,7 @@ TEST(RegisterAssemblyPlacement, BlockWithALaterActualIdKeepsOthersOut) {
     TestAssembly assembly(true);
     assembly.AddType(TypeParams("one"));
     assembly.AddEntries({{"one", 10}, {"one", 100}, {"one", 600}});
-    ShowId(assembly, 0, 500);
+    SetActualId(assembly, 0, 500);
     EXPECT_TRUE(FailureOf([&] { assembly.AddEntries({{"one", 500}}); }).has_value());
     EXPECT_EQ(assembly.AddedRegisterBlocksCount(), 3U);
 }
@@ -60,7 +60,7 @@ TEST(RegisterAssemblyPlacement, FirstOfTwoBlocksThatHaveTheIdIsUpdated) {
     assembly.AddType(TypeParams("one"));
     assembly.AddEntries({{"one", 1}, {"one", 5}});
     assembly.UpdateOne(5, {.displayName = "found"});
-    ShowId(assembly, 0, 5);
+    SetActualId(assembly, 0, 5);
     assembly.UpdateOne(5, {.displayName = "updated"});
     EXPECT_EQ(assembly.Block(0)->DisplayName(), "updated");
     EXPECT_EQ(assembly.Block(1)->DisplayName(), "found");
@@ -70,7 +70,7 @@ TEST(RegisterAssemblyPlacement, BlockWithALaterActualIdIsUpdatedAndRemoved) {
     TestAssembly assembly(true);
     assembly.AddType(TypeParams("one"));
     assembly.AddEntries({{"one", 10}, {"one", 20}});
-    ShowId(assembly, 0, 15);
+    SetActualId(assembly, 0, 15);
     EXPECT_TRUE(FailureOf([&] { assembly.UpdateOne(10, {.displayName = "x"}); }).has_value());
     EXPECT_EQ(assembly.UpdateOne(15, {.displayName = "updated"}), 0U);
     EXPECT_EQ(assembly.RemoveIds({15}), 0U);
