@@ -60,7 +60,7 @@ public:
             response.Embed("item", VorApi::Path::Format("/items/:item", {id}), true, VorDataTree());
         }
     }
-    bool TakesUpdates() const override { return true; }
+    bool IsUpdatable() const override { return true; }
     void UpdateDocument(const RequestInfo& request, const nlohmann::json& json) override {
         NodeFromJsonAndValidate(*Find(request), json);
     }

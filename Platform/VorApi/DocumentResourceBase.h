@@ -24,7 +24,7 @@ public:
     /// Whether there is a document for the request.
     bool HasDocument(const RequestInfoEx& request);
     /// Whether clients can change documents of this resource.
-    virtual bool TakesUpdates() const { return false; }
+    virtual bool IsUpdatable() const { return false; }
 
 protected:
     /// Throws if Document would. Here it makes the document; overridden where that takes long.

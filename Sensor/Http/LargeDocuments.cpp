@@ -54,7 +54,7 @@ bool LargeDocuments::Wait(Request request) {
     return true;
 }
 
-LargeDocuments::Request LargeDocuments::Take(WaitingList::iterator place) {
+LargeDocuments::Request LargeDocuments::Extract(WaitingList::iterator place) {
     Request request = std::move(place->request);
     waiting.erase(place);
     return request;
@@ -62,7 +62,7 @@ LargeDocuments::Request LargeDocuments::Take(WaitingList::iterator place) {
 
 // There may be room for what waits behind it.
 void LargeDocuments::Drop(WaitingList::iterator place) {
-    Take(place).drop();
+    Extract(place).drop();
     StartLater();
 }
 
@@ -75,7 +75,7 @@ void LargeDocuments::DropUnwanted() {
     }
 }
 
-LargeDocuments::Turn LargeDocuments::TakeTurn() {
+LargeDocuments::Turn LargeDocuments::BeginTurn() {
     ++turns;
     return {static_cast<void*>(this), [this, token = std::weak_ptr(alive)](void*) {
                 if (!token.expired()) {
@@ -101,7 +101,7 @@ void LargeDocuments::StartNext() {
         if (!first->request.isWanted()) {
             Drop(first);
         } else if (budget.HasRoom(expected, [this] { StartLater(); })) {
-            Take(first).start(TakeTurn());
+            Extract(first).start(BeginTurn());
         } else {
             return;
         }

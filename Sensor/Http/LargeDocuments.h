@@ -54,7 +54,7 @@ public:
     /// Calls back later; false, without that, when too many wait.
     bool Wait(Request request);
     /// For a document that proved to be large while it was made.
-    Turn TakeTurn();
+    Turn BeginTurn();
 
 private:
     struct Waiting {
@@ -65,7 +65,8 @@ private:
 
     void StartLater();
     void StartNext();
-    Request Take(WaitingList::iterator place);
+    /// Removes it from those that wait.
+    Request Extract(WaitingList::iterator place);
     void Drop(WaitingList::iterator place);
     void DropUnwanted();
 

@@ -197,14 +197,14 @@ void ResourceGateway::Handle(HttpRequest request, Responder responder) {
             call->expanded.emplace_back(relation);
         }
     }
-    if (auto refusal = TakeBody(*call)) {
+    if (auto refusal = ParseBody(*call)) {
         call->responder.Respond(*std::move(refusal));
         return;
     }
     runner.Run([this, call] { Process(call); });
 }
 
-std::optional<HttpResponse> ResourceGateway::TakeBody(Call& call) const {
+std::optional<HttpResponse> ResourceGateway::ParseBody(Call& call) const {
     const std::string body = std::exchange(call.request.body, "");
     const bool isPatch = call.request.method == "PATCH";
     if (!isPatch && (call.request.method != "POST" || body.empty())) {
@@ -482,7 +482,7 @@ std::shared_ptr<HalDocument> ResourceGateway::Document(Call& call, const std::st
     call.treeSize += document->members.Size();
     call.share->Change(call.treeSize);
     if (call.treeSize > LargeDocuments::LargeSize && call.turn == nullptr) {
-        call.turn = large.TakeTurn();
+        call.turn = large.BeginTurn();
         large.NoteTree(call.Name(), call.treeSize);
     }
     return document;

@@ -60,7 +60,7 @@ private:
     using Then = std::function<void(VorRest::Answer)>;
 
     /// The refusal of a request whose body can't be used. Network thread.
-    std::optional<HttpResponse> TakeBody(Call& call) const;
+    std::optional<HttpResponse> ParseBody(Call& call) const;
 
     // Main loop.
     void Process(const CallPointer& call);

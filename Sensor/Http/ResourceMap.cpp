@@ -42,7 +42,7 @@ struct ResourceMap::Place {
     VorApi::IParentResource* parent;
     VorApi::ICallableResource* command;
 
-    bool TakesUpdates() const { return document != nullptr && !isCollection; }
+    bool IsUpdatable() const { return document != nullptr && !isCollection; }
     bool Creates() const { return parent != nullptr && (isCollection || !hasItems) && parent->Creates(); }
     bool Deletes() const { return parent != nullptr && !isCollection; }
     bool IsCommand() const { return command != nullptr && !isCollection; }
@@ -96,7 +96,7 @@ std::optional<Verb> ResourceMap::VerbOf(const std::string& method, const std::st
     if ((method == "GET" || method == "HEAD") && place->document != nullptr) {
         return Verb::Read;
     }
-    if (method == "PATCH" && place->TakesUpdates()) {
+    if (method == "PATCH" && place->IsUpdatable()) {
         return Verb::Update;
     }
     if (method == "POST" && place->IsCommand()) {
@@ -115,7 +115,7 @@ Methods ResourceMap::MethodsOf(const Place& place) {
     Methods methods;
     methods.get = place.document != nullptr && place.document->HasDocument(place.request);
     const bool exists = methods.get || place.document == nullptr;
-    methods.patch = exists && place.TakesUpdates() && place.document->TakesUpdates();
+    methods.patch = exists && place.IsUpdatable() && place.document->IsUpdatable();
     methods.post = place.IsCommand() || (exists && place.Creates());
     methods.remove = exists && place.Deletes();
     return methods;

@@ -18,7 +18,7 @@ public:
                   VorApi::VorDataTree& data) override;
     /// "add" and "remove", lists of topics.
     void UpdateDocument(const VorApi::RequestInfo& request, const nlohmann::json& json) override;
-    bool TakesUpdates() const override { return true; }
+    bool IsUpdatable() const override { return true; }
 
 private:
     Http::EventStreams& streams;

@@ -14,7 +14,7 @@ public:
                   VorApi::VorDataTree& data) override;
     /// "enabled" and "parameters". A document that is refused changes nothing.
     void UpdateDocument(const VorApi::RequestInfo& request, const nlohmann::json& json) override;
-    bool TakesUpdates() const override { return true; }
+    bool IsUpdatable() const override { return true; }
 
 protected:
     void RequireDocument(const VorApi::RequestInfoEx& request) override;

@@ -59,7 +59,7 @@ TEST(DocumentResourceBaseTest, ThereIsADocumentUnlessItsMakingFails) {
     } resource;
     EXPECT_TRUE(resource.HasDocument(RequestInfoEx({}, false)));
     EXPECT_FALSE(resource.HasDocument(RequestInfoEx({{"fails", ""}}, false)));
-    EXPECT_FALSE(resource.TakesUpdates());
+    EXPECT_FALSE(resource.IsUpdatable());
 }
 
 TEST(DocumentResourceBaseTest, ANodeIsWrittenWithItsSchemaIfTheClientWantsIt) {

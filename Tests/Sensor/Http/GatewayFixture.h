@@ -148,7 +148,7 @@ public:
             response.Embed("item", VorApi::Path::Format("/notes/:note", {id}), true, VorApi::VorDataTree());
         }
     }
-    bool TakesUpdates() const override { return true; }
+    bool IsUpdatable() const override { return true; }
     void UpdateDocument(const VorApi::RequestInfo& request, const nlohmann::json& json) override {
         std::string& text = Text(*request.FindKey("note"));
         if (!json.at("text").is_string()) {

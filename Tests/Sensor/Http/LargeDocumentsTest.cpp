@@ -81,7 +81,7 @@ TEST_F(LargeDocumentsTest, WhatTheMainLoopHasToDoGoesFirst) {
 }
 
 TEST_F(LargeDocumentsTest, OneThatProvedToBeLargeTakesATurn) {
-    auto turn = large.TakeTurn();
+    auto turn = large.BeginTurn();
     auto copy = turn;
     Wait("/a");
     loop.RunReady();
@@ -114,7 +114,7 @@ TEST_F(LargeDocumentsTest, NothingIsMadeForAClientThatHasGone) {
 }
 
 TEST_F(LargeDocumentsTest, WhatHasWaitedForTooLongIsDropped) {
-    auto turn = large.TakeTurn();
+    auto turn = large.BeginTurn();
     Wait("/a");
     loop.Advance(1s);
     Wait("/b");
@@ -161,7 +161,7 @@ TEST_F(LargeDocumentsTest, TheBudgetMustHaveRoomForTreeAndText) {
 
 TEST_F(LargeDocumentsTest, ATurnMayOutliveIt) {
     auto other = std::make_unique<LargeDocuments>(*budget, runner);
-    auto turn = other->TakeTurn();
+    auto turn = other->BeginTurn();
     other.reset();
     loop.RunReady();
     turn.reset();

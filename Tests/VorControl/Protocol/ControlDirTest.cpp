@@ -68,7 +68,7 @@ TEST_F(ControlDirTest, ThereIsADocumentExactlyWhereAReadSucceeds) {
 
 TEST_F(ControlDirTest, OnlyServicesTakeUpdates) {
     for (const std::string& route : router.Routes()) {
-        EXPECT_EQ(As<VorApi::DocumentResourceBase>(ResourceAt(route)).TakesUpdates(), route == "/controls/:protocol")
+        EXPECT_EQ(As<VorApi::DocumentResourceBase>(ResourceAt(route)).IsUpdatable(), route == "/controls/:protocol")
             << route;
     }
 }
