@@ -16,5 +16,8 @@ class Node;
 /// the document that they belong to.
 void ValidateDocument(const Node& node, const nlohmann::json& json, DocumentErrors& errors, const std::string& pointer);
 
+/// As JsonSerializer::Deserialize, for the part at `pointer` of the document that the refused values belong to.
+void DeserializeDocument(Node& node, const nlohmann::json& json, const std::string& pointer);
+
 } // namespace Properties
 } // namespace Vor

@@ -77,11 +77,10 @@ std::string PointerOf(const JsonPath& path) {
 }
 
 /// Checks a document against a tree without changing the tree: the kinds of all values, the number of elements and,
-/// with `validate`, the values' own validation. With `errors`, whose places begin with `pointer`, all that is wrong is
-/// collected, otherwise the first that is throws.
+/// with `validate`, the values' own validation. Adds what is wrong to `errors`, with places that begin with `pointer`.
 class Checker : private INodeVisitorConst {
 public:
-    explicit Checker(bool validate, DocumentErrors* errors = nullptr, std::string pointer = std::string())
+    Checker(bool validate, DocumentErrors& errors, std::string pointer)
         : validate(validate)
         , errors(errors)
         , pointer(std::move(pointer)) {}
@@ -89,9 +88,7 @@ public:
     void Check(const Node& node, const Json& source, const JsonPath& sourcePath) {
         const Json* const outerJson = std::exchange(json, &source);
         const JsonPath* const outerPath = std::exchange(path, &sourcePath);
-        if (errors == nullptr) {
-            node.Accept(*this);
-        } else if (!errors->IsFull()) {
+        if (!errors.IsFull()) {
             Collect(node);
         }
         json = outerJson;
@@ -103,7 +100,7 @@ private:
         try {
             node.Accept(*this);
         } catch (const Exception& e) {
-            errors->Add(pointer + PointerOf(*path), e);
+            errors.Add(pointer + PointerOf(*path), e);
         }
     }
 
@@ -143,7 +140,7 @@ private:
     void Visit(const Internal::ReferenceArray&) override {}
 
     const bool validate;
-    DocumentErrors* const errors;
+    DocumentErrors& errors;
     const std::string pointer;
     const Json* json = nullptr;
     const JsonPath* path = nullptr;
@@ -208,27 +205,32 @@ Json JsonSerializer::SerializeSchema(const Node& node) {
 }
 
 void JsonSerializer::Deserialize(Node& node, const Json& json) {
+    DeserializeDocument(node, json, "");
+}
+
+void JsonSerializer::Validate(const Node& node, const Json& json) {
+    DocumentErrors errors;
+    ValidateDocument(node, json, errors, "");
+    errors.ThrowIfAny();
+}
+
+void DeserializeDocument(Node& node, const Json& json, const std::string& pointer) {
     if (node.IsWriteOnly()) {
         return;
     }
     const JsonPath root;
-    Checker(false).Check(node, json, root);
+    DocumentErrors errors;
+    Checker(false, errors, pointer).Check(node, json, root);
+    errors.ThrowIfAny();
     Assigner assigner;
     assigner.Assign(node, json, root);
     assigner.End();
 }
 
-void JsonSerializer::Validate(const Node& node, const Json& json) {
-    if (!node.IsWriteOnly()) {
-        const JsonPath root;
-        Checker(true).Check(node, json, root);
-    }
-}
-
 void ValidateDocument(const Node& node, const Json& json, DocumentErrors& errors, const std::string& pointer) {
     if (!node.IsWriteOnly()) {
         const JsonPath root;
-        Checker(true, &errors, pointer).Check(node, json, root);
+        Checker(true, errors, pointer).Check(node, json, root);
     }
 }
 

@@ -20,12 +20,12 @@ public:
     /// document's length. Handlers of the end of an update run last.
     ///
     /// Limits aren't checked: see `Validate`. A value of the wrong kind or out of its type's range, and more than
-    /// `MaxItems` elements in all arrays, throw `yERROR_PARAMETER` with a text that names the place and what is
-    /// expected there, before anything is assigned. If a change handler throws, what was assigned before stays.
+    /// `MaxItems` elements in all arrays, throw a DocumentException, `yERROR_PARAMETER` with texts that name the place
+    /// and what is expected there, before anything is assigned. If a change handler throws, what was assigned stays.
     static void Deserialize(Node& node, const nlohmann::json& json);
 
-    /// Calls `ValidateValue` of each value that `json` holds, in the order of registration, and throws at the first
-    /// that is refused, be it by its limits, its kind or the number of elements. Assigns nothing.
+    /// Calls `ValidateValue` of each value that `json` holds, in the order of registration. Throws a DocumentException
+    /// if some are refused, be it by their limits, their kind or the number of elements. Assigns nothing.
     static void Validate(const Node& node, const nlohmann::json& json);
 
     /// How many elements the arrays of one document may have in all.

@@ -1,6 +1,8 @@
 #include "Sensor/Resources/CommandResourceBase.h"
 
 #include "Sensor/Resources/OperationProperties.h"
+#include "Vor/DocumentErrors.h"
+#include "Vor/DocumentValidation.h"
 #include "Vor/Exception.h"
 #include "VorApi/Completion.h"
 #include "VorApi/Params/Group.h"
@@ -59,7 +61,10 @@ VorDataTree CommandResourceBase::Invoke(const VorApi::RequestInfoEx& request, Vo
         }
         NodeFromJsonAndValidate(*parameters, arguments);
         if (const auto members = arguments.find("parameters"); members != arguments.end()) {
-            NodeFromJsonAndValidate(*parameters, *members);
+            Vor::DocumentErrors errors;
+            Vor::Properties::ValidateDocument(*parameters, *members, errors, "/parameters");
+            errors.ThrowIfAny();
+            NodeFromJson(*parameters, *members);
         }
     }
     return Run(request, response, command, *parameters);

@@ -1,11 +1,14 @@
 #include "VorControl/Protocol/ControlResourceBase.h"
 
+#include "Vor/DocumentValidation.h"
 #include "Vor/VorDataTreeSerializer.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Path.h"
 #include "VorCommon/ICommandTarget.h"
 #include "VorControl/Protocol/CommandProperties.h"
 #include "yApi/yStatus.h"
+
+#include <nlohmann/json.hpp>
 
 namespace VorControl::Protocol {
 
@@ -121,7 +124,7 @@ std::shared_ptr<Vor::Params::Group> ControlResourceBase::InvokeCommand(VorCommon
         NodeFromVorDataTree(*arguments, data);
     }
     if (data.Contains("parameters")) {
-        NodeFromVorDataTree(*arguments, data["parameters"]);
+        Vor::Properties::DeserializeDocument(*arguments, data["parameters"].ToJson(), "/parameters");
     }
     return target.InvokeCommand(command, *arguments);
 }

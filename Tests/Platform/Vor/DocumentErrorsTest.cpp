@@ -2,15 +2,20 @@
 
 #include "Tests/Support/Failure.h"
 #include "Vor/DocumentValidation.h"
+#include "Vor/JsonSerializer.h"
 #include "VorApi/Params/Array.h"
 #include "VorApi/Params/Group.h"
 #include "VorApi/Params/Value.h"
+
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
 using Vor::DocumentErrors;
+using Vor::Properties::JsonSerializer;
 using Vor::Properties::ValidateDocument;
 
 namespace {
@@ -101,6 +106,33 @@ TEST(DocumentErrorsTest, PartsOfADocumentAreCollectedTogether) {
         EXPECT_EQ(e.Errors()[0].pointer, "/first/flag");
         EXPECT_EQ(e.Errors()[1].pointer, "/third/inner");
     }
+}
+
+/// The places that a call refuses.
+template <class Call>
+std::vector<std::string> PlacesOf(const Call& call) {
+    std::vector<std::string> places;
+    try {
+        call();
+    } catch (const Vor::DocumentException& e) {
+        for (const Vor::DocumentError& error : e.Errors()) {
+            places.push_back(error.pointer);
+        }
+    }
+    return places;
+}
+
+TEST(DocumentErrorsTest, ARefusedDocumentIsThrownWithAllItsPlacesAndNothingIsAssigned) {
+    Checked document;
+    const json source = json::parse(R"({"a/b~c": true, "items": [{"count": "x"}], "inner": {"count": 10}, "flag": 1})");
+    EXPECT_EQ(PlacesOf([&] { JsonSerializer::Validate(document, source); }),
+              (std::vector<std::string>{"/items/0/count", "/inner/count", "/flag"}));
+    EXPECT_EQ(PlacesOf([&] { JsonSerializer::Deserialize(document, source); }),
+              (std::vector<std::string>{"/items/0/count", "/flag"}));
+    EXPECT_EQ(PlacesOf([&] { Vor::Properties::DeserializeDocument(document, source, "/part"); }),
+              (std::vector<std::string>{"/part/items/0/count", "/part/flag"}));
+    EXPECT_FALSE(document.odd.Get());
+    EXPECT_EQ(document.items.Count(), 0U);
 }
 
 TEST(DocumentErrorsTest, WithoutErrorsNothingIsThrown) {

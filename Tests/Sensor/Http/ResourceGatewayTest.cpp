@@ -582,6 +582,28 @@ TEST_F(ResourceGatewayTest, ARefusedDocumentNamesWhatIsWrong) {
     EXPECT_EQ(Parse(response)["detail"], errors[0]["text"]);
 }
 
+TEST_F(ResourceGatewayTest, RefusedArgumentsOfACommandAreNamedWhereTheyAreInTheBody) {
+    const auto places = [&](const char* path, const Json& body) {
+        const HttpResponse response = SendJson("POST", path, body.dump());
+        EXPECT_EQ(response.status, 422U) << path;
+        Texts pointers;
+        for (const Json& error : Parse(response).value("errors", Json::array())) {
+            pointers.push_back(error["pointer"]);
+        }
+        return pointers;
+    };
+    const char* const greet = "/controls/full/commands/greet";
+    EXPECT_EQ(places(greet, {{"name", 1}, {"times", "x"}}), (Texts{"/name", "/times"}));
+    EXPECT_EQ(places(greet, {{"name", "a"}, {"parameters", {{"name", 1}, {"times", 70000}}}}),
+              (Texts{"/parameters/name", "/parameters/times"}));
+    const char* const add = "/controls/full/registerAssemblies/a1/commands/add";
+    const Json blocks{{"blocks", {{{"outputId", 1}}, {{"outputId", "x"}}}}, {"autoShift", 1}};
+    EXPECT_EQ(places(add, blocks), (Texts{"/blocks/1/outputId", "/autoShift"}));
+    EXPECT_EQ(places(add, {{"parameters", blocks}}), (Texts{"/parameters/blocks/1/outputId", "/parameters/autoShift"}));
+    EXPECT_EQ(places("/controls/full/outputs/commands/add", {{"outputId", Json::array()}, {"source", 1}}),
+              (Texts{"/outputId", "/source"}));
+}
+
 TEST_F(ResourceGatewayTest, AFailedCommandSaysWhy) {
     EXPECT_EQ(DetailOf(SendJson("POST", "/controls/full/commands/fail", "{}"), 409), "it failed");
     EXPECT_EQ(SendJson("POST", "/controls/full/commands/greet", R"({"times":"x"})").status, 422U);

@@ -82,6 +82,16 @@ TEST_F(SensorCommandsTest, AFailureIsAnsweredWithItsReason) {
     EXPECT_EQ(Read("/sensor/operations/2").ToJson()["argument"], "none");
 }
 
+TEST_F(SensorCommandsTest, RefusedArgumentsAreNamedWhereTheyAreInTheBody) {
+    const Json arguments{{"system", 1}, {"blinks", true}, {"on", "x"}};
+    EXPECT_EQ(PlacesIn(Invoke(PathOf("blinkLed"), arguments)), (std::vector<std::string>{"/system", "/on"}));
+    const Answer answer = Invoke(PathOf("blinkLed"), {{"parameters", arguments}});
+    EXPECT_EQ(PlacesIn(answer), (std::vector<std::string>{"/parameters/system", "/parameters/on"}));
+    EXPECT_EQ(StatusIn(answer), yERROR_PARAMETER);
+    EXPECT_EQ(TextIn(answer), "system: expected a boolean but got the integer 1.");
+    EXPECT_TRUE(EmbedsOf("/sensor/operations").empty());
+}
+
 TEST_F(SensorCommandsTest, ATriggerEndsWhenItsFrameIsPublished) {
     Invoke(PathOf("start"));
     std::atomic<int> frames = 0;

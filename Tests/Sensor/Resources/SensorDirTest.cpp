@@ -63,6 +63,14 @@ TEST_F(SensorDirTest, TheEntrySaysWhoAnswersAndLinksToAll) {
                                         "vor:sensor /sensor", "vor:events /events", "vor:healthz /healthz"}));
 }
 
+TEST_F(SensorDirTest, RefusedTopicsAreNamedWithTheirPlaces) {
+    const Json update{{"add", "notice"}, {"remove", 7}};
+    EXPECT_EQ(
+        PlacesIn(
+            Ask({.verb = VorRest::Verb::Update, .path = "/events/any", .body = VorApi::VorDataTree::FromJson(update)})),
+        (std::vector<std::string>{"/add", "/remove"}));
+}
+
 TEST_F(SensorDirTest, HealthIsAnAnswer) {
     EXPECT_EQ(Read("/healthz").ToJson(), (Json{{"status", "ok"}}));
 }

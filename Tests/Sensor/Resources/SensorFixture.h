@@ -12,6 +12,7 @@
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/TestService.h"
+#include "Vor/DocumentErrors.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 #include "VorControl/Control/IControlInstance.h"
@@ -128,6 +129,20 @@ protected:
     static std::string TextIn(const VorRest::Answer& answer) {
         const auto failure = FailureIn(answer);
         return failure ? failure->text : "";
+    }
+    /// The places in the document that was refused.
+    static std::vector<std::string> PlacesIn(const VorRest::Answer& answer) {
+        std::vector<std::string> places;
+        try {
+            if (answer.failure != nullptr) {
+                std::rethrow_exception(answer.failure);
+            }
+        } catch (const Vor::DocumentException& e) {
+            for (const Vor::DocumentError& error : e.Errors()) {
+                places.push_back(error.pointer);
+            }
+        }
+        return places;
     }
     VorApi::VorDataTree Read(const std::string& path, bool withSchema = false) {
         const VorRest::Answer answer = Ask({VorRest::Verb::Read, path, {}, withSchema});
