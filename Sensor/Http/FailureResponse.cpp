@@ -25,14 +25,17 @@ unsigned HttpStatusOf(yStatus code, Verb verb, const Methods& methods) {
         if (reads) {
             return methods.AnyButGet() ? 405 : 404;
         }
-        return verb == Verb::Invoke ? 404 : 405;
+        return verb == Verb::Invoke || !methods.Any() ? 404 : 405;
     case yERROR_PARAMETER:
         if (reads) {
             return methods.AnyButGet() ? 405 : 404;
         }
         return methods.Any() ? 422 : 404;
     case yERROR_READ_ONLY:
-        return reads || verb == Verb::Invoke ? 403 : 405;
+        if (reads || verb == Verb::Invoke) {
+            return 403;
+        }
+        return methods.Any() ? 405 : 404;
     case yERROR_FORMAT:
     case yERROR_VERSION:
     case yERROR_SIZE:

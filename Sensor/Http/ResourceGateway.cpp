@@ -327,7 +327,7 @@ std::optional<HttpResponse> ResourceGateway::CheckPrecondition(const Call& call)
     if (IfMatchAdmits(*ifMatch, tag)) {
         return std::nullopt;
     }
-    if (!map.MethodsOf(call.target.path).get) {
+    if (!map.MethodsOf(call.target.path).Any()) {
         return NotFound(call.target.path);
     }
     HttpResponse refusal = ProblemResponse({412, "The configuration has the tag " + tag.value_or("(none)") +
@@ -411,9 +411,8 @@ void ResourceGateway::MakeDocument(const CallPointer& call) {
             return std::ranges::find(call->expanded, part.link.relation) != call->expanded.end();
         };
         if (std::ranges::count_if(document->embedded, isExpanded) > static_cast<std::ptrdiff_t>(MaxExpanded)) {
-            call->responder.Respond(ProblemResponse(
-                {422, "The query asks for more than the " + std::to_string(MaxExpanded) + " documents that it may."}));
-            return;
+            Vor::Throw(yERROR_SIZE, "The query asks for more than the %s documents that it may.",
+                       std::to_string(MaxExpanded));
         }
         Expand(call, document, 0);
     });

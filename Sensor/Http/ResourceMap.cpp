@@ -116,7 +116,7 @@ Methods ResourceMap::MethodsOf(const Place& place) {
     methods.get = place.document != nullptr && place.document->HasDocument(place.request);
     const bool exists = methods.get || place.document == nullptr;
     methods.patch = exists && place.IsUpdatable() && place.document->IsUpdatable();
-    methods.post = place.IsCommand() || (exists && place.Creates());
+    methods.post = exists && (place.IsCommand() || place.Creates());
     methods.remove = exists && place.Deletes();
     return methods;
 }
@@ -127,8 +127,8 @@ Methods ResourceMap::MethodsOf(const std::string& path) const {
 }
 
 bool ResourceMap::Leads(const std::optional<Place>& place) {
-    if (!place || place->IsCommand()) {
-        return place.has_value();
+    if (!place) {
+        return false;
     }
     const Methods methods = MethodsOf(*place);
     return methods.get || methods.post;

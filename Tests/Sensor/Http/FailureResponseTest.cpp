@@ -104,6 +104,7 @@ TEST(FailureResponseTest, WhatCantBeChangedDoesntHaveTheMethod) {
             EXPECT_EQ(response.status, 405U) << status;
             EXPECT_EQ(response.fields.Find("Allow"), "GET, HEAD, PATCH, OPTIONS");
             EXPECT_EQ(response.fields.Find("Accept-Patch"), "application/json, application/merge-patch+json");
+            EXPECT_EQ(StatusOf(status, verb, NoMethods), 404U) << status;
         }
     }
     EXPECT_EQ(StatusOf(yERROR_READ_ONLY, Verb::Invoke), 403U);

@@ -129,7 +129,8 @@ public:
     yStatus failure = yOK;
 };
 
-/// Notes at "/notes/:note": create, read, update, delete. "broken" can't be read.
+/// Notes at "/notes/:note": create, read, update, delete. "broken" can't be read, "crowded" has a part more than can be
+/// expanded.
 class Notes : public VorApi::DocumentResourceBase, public VorApi::IParentResource {
 public:
     void Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
@@ -141,6 +142,9 @@ public:
             }
             if (*id == "broken") {
                 Vor::Throw(yERROR_STATE, "broken");
+            }
+            for (std::size_t i = 0; *id == "crowded" && i <= Sensor::Http::ResourceGateway::MaxExpanded; ++i) {
+                response.Embed("part", "/notes", true, VorApi::VorDataTree());
             }
             return;
         }

@@ -88,6 +88,16 @@ TEST_F(ResourceGatewayTest, WhatWasChangedIsDoneEvenIfItCantBeRead) {
     EXPECT_EQ(SendJson("PATCH", "/notes/broken", R"({"text":"x"})").status, 204U);
 }
 
+TEST_F(ResourceGatewayTest, WhatWasChangedIsDoneEvenIfTooManyDocumentsAreAskedFor) {
+    const HttpResponse created = SendJson("POST", "/notes?expand=part", R"({"id":"crowded"})");
+    EXPECT_EQ(created.status, 201U);
+    EXPECT_EQ(created.fields.Find("Location"), "/notes/crowded");
+    EXPECT_EQ(created.body, nullptr);
+    EXPECT_EQ(SendJson("PATCH", "/notes/crowded?expand=part", R"({"text":"x"})").status, 204U);
+    EXPECT_EQ(notes.texts["crowded"], "x");
+    EXPECT_EQ(Get("/notes/crowded?expand=part").status, 422U);
+}
+
 TEST_F(ResourceGatewayTest, WhoPrefersNotToWaitIsAnsweredWithWhatGoesOn) {
     for (const char* const prefer : {"respond-async", "wait=10, Respond-Async; x=1"}) {
         const HttpResponse response = SendJson("POST", "/button", R"({"x":1})", {{"Prefer", prefer}});
@@ -195,7 +205,17 @@ TEST_F(ResourceGatewayTest, WhatIsntThereIsNotFound) {
     EXPECT_EQ(Request("PUT", "/controls/nobody").status, 404U);
     EXPECT_EQ(SendJson("PATCH", "/controls/nobody", "{}").status, 404U);
     EXPECT_EQ(Get("/controls/bare/commands").status, 404U);
-    EXPECT_EQ(SendJson("POST", "/controls/full/commands/nothing", "{}").status, 404U);
+}
+
+TEST_F(ResourceGatewayTest, ACommandThatDoesntExistIsNotFoundByAnyMethod) {
+    for (const char* const path :
+         {"/controls/full/commands/nothing", "/controls/bare/commands/x", "/controls/nobody/commands/x",
+          "/controls/full/outputs/commands/nothing", "/controls/full/registerAssemblies/a1/commands/nothing"}) {
+        for (const char* const method : {"GET", "HEAD", "POST", "PATCH", "PUT", "DELETE", "OPTIONS"}) {
+            EXPECT_EQ(SendJson(method, path, "{}").status, 404U) << method << ' ' << path;
+        }
+        EXPECT_EQ(SendJson("POST", path, "{}", {{"If-Match", "\"x\""}}).status, 404U) << path;
+    }
 }
 
 // Targets.
@@ -361,8 +381,8 @@ TEST_F(ResourceGatewayTest, LinksThatLeadNowhereAreLeftOut) {
     EXPECT_FALSE(bare["_links"].contains("curies"));
     EXPECT_FALSE(bare.contains("_embedded"));
     WriteFree([](ResponseInfoEx& response, VorDataTree&) {
-        for (const char* const path :
-             {"/nothing", "/notes/a", "/controls/nobody", "/button", "/%", "nothing", "/notes"}) {
+        for (const char* const path : {"/nothing", "/notes/a", "/controls/nobody", "/controls/nobody/commands/x",
+                                       "/controls/full/commands/nothing", "/button", "/%", "nothing", "/notes"}) {
             response.Link("to", path, true, VorDataTree());
             response.Embed("part", path, true, VorDataTree());
         }
@@ -555,6 +575,8 @@ TEST_F(ResourceGatewayTest, WhatHasNoTagMatchesAnAsteriskOnly) {
               "The configuration has the tag (none), and the field If-Match is \"x\".");
     EXPECT_EQ(Request("DELETE", "/notes/b", {{"If-Match", "\"x\""}}).status, 404U);
     EXPECT_EQ(Request("DELETE", "/notes/a", {{"If-Match", "*"}}).status, 204U);
+    EXPECT_EQ(Request("POST", "/button", {{"If-Match", "\"x\""}}).status, 412U);
+    EXPECT_EQ(Request("POST", "/button", {{"If-Match", "*"}}).status, 200U);
 }
 
 TEST_F(ResourceGatewayTest, OfTwoEditorsWithTheSameTagOneWins) {
