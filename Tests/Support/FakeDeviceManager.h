@@ -6,6 +6,7 @@
 #include "VorControl/Control/ControlDeviceCommandTarget.h"
 #include "VorControl/Control/IControlDeviceManager.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,9 @@ public:
     const VorCommon::IMetricsSource& DevicePortMetricsSource(const std::string& deviceId,
                                                              const std::string& portId) override {
         Note("DevicePortMetricsSource " + deviceId + " " + portId);
+        if (onMetricsSource) {
+            onMetricsSource();
+        }
         return source;
     }
     void UpdateDevicePortMetrics() override { Note("UpdateDevicePortMetrics"); }
@@ -63,6 +67,7 @@ public:
     SelectedDeviceMap selected;
     std::vector<std::string> sources;
     Source source;
+    std::function<void()> onMetricsSource;
     VorControl::ControlDeviceCommandTarget commandTarget;
     DeviceAddedEvent added;
     DeviceRemovedEvent removed;

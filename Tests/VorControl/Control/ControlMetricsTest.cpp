@@ -230,6 +230,29 @@ TEST_F(ControlMetricsTest, OfAServiceWithDevicesThePortsAreRefreshedAndReported)
     manager.reset();
 }
 
+TEST_F(ControlMetricsTest, ReportsComeAgainAfterFiguresThatCouldntBeRead) {
+    Tests::FakeDeviceManager devices;
+    devices.source.figures.dropCount = 7;
+    a->Init({.params = &a->params, .metrics = &a->figures, .deviceManager = &devices});
+    const ControlMetricsKey port("a", "device-0", "port-1");
+    const auto id = metrics->AddReportHandler(Record("port"), port);
+    bool fails = true;
+    devices.onMetricsSource = [&] {
+        if (fails) {
+            Vor::Throw(yERROR_NOT_FOUND, "the port has gone");
+        }
+    };
+    loop.Advance(2s);
+    EXPECT_TRUE(reports.empty());
+    fails = false;
+    loop.Advance(2s);
+    EXPECT_EQ(NewReports(), (Reports{"port 7", "port 7"}));
+    metrics->RemoveReportHandler(id, port);
+    // The manager's handlers go before the devices.
+    metrics.reset();
+    manager.reset();
+}
+
 TEST_F(ControlMetricsTest, APortOfAServiceWithoutDevicesIsTheService) {
     EXPECT_EQ(&metrics->LastReport(ControlMetricsKey("b", "device-0", "port-1")),
               &manager->GetInstance("b").MetricsSource());

@@ -84,11 +84,29 @@ TEST_F(ControlResourceAdaptorTest, OneReadAtATimeAndATimedOutOneCountsUntilTheMa
     EXPECT_EQ(failure->text, "Failed to read resource.");
     EXPECT_EQ(text, "unchanged");
     EXPECT_EQ(log.CountLevel(Vor::LevelWarning), 1U);
+    EXPECT_TRUE(
+        log.Contains(Vor::LevelWarning,
+                     "Failed to read resource data due to (The main loop did not answer within 1000 microseconds)"));
     EXPECT_EQ(Tests::StatusOf([&] { adaptor.Read("/things", out, 0); }), yERROR_BUSY);
 
     loop.RunReady();
     adaptor.Read("/things#/name", out, 0);
     EXPECT_EQ(out, "\"x\"");
+}
+
+TEST_F(ControlResourceAdaptorTest, ASecondReadDuringAFirstIsRefusedAndTheFirstSucceeds) {
+    Vor::MainLoop loop{Vor::MainLoop::Mode::Manual};
+    auto first = std::async(std::launch::async, [this] {
+        std::string text;
+        adaptor.Read("/things#/name", text, Patience);
+        return text;
+    });
+    ASSERT_TRUE(loop.WaitReady());
+    EXPECT_FAILURE(std::async(std::launch::async, [this] { adaptor.Read("/things", out, Patience); }).get(),
+                   yERROR_BUSY, "Cannot read resource data. Another read operation is already in progress.");
+    EXPECT_EQ(out, "before");
+    loop.RunReady();
+    EXPECT_EQ(first.get(), "\"x\"");
 }
 
 TEST_F(ControlResourceAdaptorTest, TheHostForwardsToIt) {
