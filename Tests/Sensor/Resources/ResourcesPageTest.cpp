@@ -1,6 +1,7 @@
-// The tables of Docs/resources.md agree with the documents of the resources.
+// The tables of Docs/resources.md agree with the documents of the resources, and that of the links in Docs/http.md.
 
 #include "Sensor/Http/ExplanationsResource.h"
+#include "Sensor/Http/ResourceMap.h"
 #include "Tests/Sensor/Resources/SensorFixture.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/MarkdownTable.h"
@@ -48,9 +49,9 @@ protected:
     json Document(const std::string& path) { return Read(path, true).ToJson(); }
 
     /// The second column, without the quotation marks of code, of the table with these titles.
-    static Entries Documented(const std::string& first, const std::string& second) {
+    static Entries Documented(const std::string& first, const std::string& second, const char* page = Page) {
         Entries entries;
-        for (const auto& [name, cells] : Tests::MarkdownTable(Page, {first, second})) {
+        for (const auto& [name, cells] : Tests::MarkdownTable(page, {first, second})) {
             entries[name] = WithoutTicks(cells.at(1));
         }
         return entries;
@@ -104,6 +105,22 @@ protected:
         return entries;
     }
 
+    /// The links that a document has over HTTP beside its own relations, with their targets.
+    Entries AddedLinks(const std::string& path) {
+        VorRest::Answer answer = AnswerOf(path);
+        std::set<std::string> own;
+        for (const auto& relation : answer.relations) {
+            own.insert(relation.name);
+        }
+        Entries entries;
+        for (const auto& link : Http::ResourceMap(host.Router()).Describe(path, std::move(answer)).links) {
+            if (!own.contains(link.relation)) {
+                entries[link.relation] = link.href;
+            }
+        }
+        return entries;
+    }
+
     /// The commands of a collection with their parameters.
     Entries Commands(const std::string& path) {
         Entries entries;
@@ -141,6 +158,22 @@ TEST_F(ResourcesPage, ListsTheRoutes) {
         }
     }
     EXPECT_EQ(Names(Documented("Path", "Content")), routes);
+}
+
+TEST_F(ResourcesPage, ListsTheLinksThatHttpAdds) {
+    EXPECT_EQ(AddedLinks("/"), (Entries{{"curies", "/rels/{rel}"}}));
+    EXPECT_EQ(AddedLinks("/controls"), (Entries{{"up", "/"}}));
+    EXPECT_EQ(AddedLinks("/sensor"),
+              (Entries{{"up", "/"}, {"vor:commands", "/sensor/commands"}, {"curies", "/rels/{rel}"}}));
+    const Entries service = AddedLinks("/controls/modbus");
+    EXPECT_EQ(service, (Entries{{"up", "/controls"},
+                                {"collection", "/controls"},
+                                {"vor:metrics", "/controls/modbus/metrics"},
+                                {"curies", "/rels/{rel}"}}));
+    const std::string assembly = Path::Format(AssemblyPath, {"modbus", "registerAssembly-0"});
+    std::set<std::string> names = Names(service);
+    names.merge(Names(AddedLinks(assembly)));
+    EXPECT_EQ(Names(Documented("Link", "Leads to", "Docs/http.md")), names);
 }
 
 TEST_F(ResourcesPage, ListsTheMembersOfTheEntry) {
