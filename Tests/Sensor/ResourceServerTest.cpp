@@ -6,11 +6,14 @@
 #include "Sensor/ServiceHost.h"
 #include "Sensor/StartError.h"
 #include "Sensor/VirtualSensor.h"
+#include "Tests/Net/LineClient.h"
 #include "Tests/Support/TempFolder.h"
 #include "Vor/Logging.h"
 #include "Vor/MainLoop.h"
 
 #include <chrono>
+#include <cstdint>
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
@@ -57,6 +60,30 @@ TEST_F(ResourceServerTest, SaysWhereItListens) {
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].find("HTTP: http://127.0.0.1:"), 0U) << lines[0];
     EXPECT_TRUE(lines[0].ends_with("/")) << lines[0];
+}
+
+TEST_F(ResourceServerTest, AnswersByTheFurtherNamesOfTheHost) {
+    settings.hosts = {"sensor.example"};
+    server.emplace(settings, host, sensor, logHistory, [this](const std::string& line) { lines.push_back(line); });
+    server->Start();
+    ASSERT_EQ(lines.size(), 1U);
+    const auto port = static_cast<std::uint16_t>(std::stoul(lines[0].substr(lines[0].rfind(':') + 1)));
+    const auto statusFor = [&](const std::string& name) {
+        bool isAnswered = false;
+        auto answer = std::async(std::launch::async, [&] {
+            Net::LineClient client(port);
+            client.Send("GET /healthz HTTP/1.1\r\nHost: " + name + "\r\nConnection: close\r\n\r\n");
+            const std::string text = client.Rest();
+            loop.Post([&] { isAnswered = true; });
+            return text.substr(0, text.find("\r\n"));
+        });
+        while (!isAnswered && loop.WaitReady()) {
+            loop.RunReady();
+        }
+        return answer.get();
+    };
+    EXPECT_EQ(statusFor("sensor.example"), "HTTP/1.1 200 OK");
+    EXPECT_EQ(statusFor("other.example"), "HTTP/1.1 421 Misdirected Request");
 }
 
 TEST_F(ResourceServerTest, ADefaultPortThatIsTakenIsTriedAgain) {
