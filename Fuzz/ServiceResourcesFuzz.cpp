@@ -11,8 +11,11 @@
 #include "Sensor/Resources/Revisions.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "VorApi/Params/Group.h"
 #include "VorApi/ResourceRouter.h"
 #include "VorApi/RoutedResource.h"
+#include "VorCommon/CommandInfo.h"
+#include "VorCommon/ICommandTarget.h"
 #include "VorCommon/PlatformAttributes.h"
 #include "VorCommon/ProblemsManager.h"
 #include "VorCommon/RuntimeCache.h"
@@ -37,6 +40,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -48,10 +52,35 @@ using nlohmann::json;
 
 constexpr std::size_t MaxRequests = 8;
 
-/// A service with an output map, too.
+/// The command "echo", whose result are its arguments. It is refused without a name.
+class EchoCommand : public VorCommon::ICommandTarget {
+public:
+    std::vector<VorCommon::CommandInfo> ListCommands() const override { return {{"echo", "Echo"}}; }
+    std::shared_ptr<Vor::Params::Group> GetCommandParams(const std::string& id) const override {
+        if (id != "echo") {
+            Vor::Throw(yERROR_NOT_FOUND);
+        }
+        return std::make_shared<ClientSettings>();
+    }
+    std::shared_ptr<Vor::Params::Group> InvokeCommand(const std::string&, Vor::Params::Group& params) override {
+        const auto& arguments = dynamic_cast<const ClientSettings&>(params);
+        if (arguments.name.Get().empty()) {
+            Vor::Throw(yERROR_STATE, "There is no name.");
+        }
+        auto result = std::make_shared<ClientSettings>();
+        result->name = arguments.name.Get();
+        result->ports = arguments.ports.Get();
+        return result;
+    }
+    bool IsCommandSupported(const std::string& id) override { return id == "echo"; }
+};
+
+/// A service with an output map and a command, too.
 class MapService : public Service {
 public:
     using Service::Service;
+
+    VorCommon::ICommandTarget* CommandTarget() override { return &command; }
 
     using ProtocolBase::Outputs;
     std::shared_ptr<VorControl::ControlProtocol::IProtocolOutput> Outputs(VorCommon::PersistDomain) override {
@@ -65,6 +94,7 @@ protected:
     }
 
 private:
+    EchoCommand command;
     const std::shared_ptr<VorControl::ControlProtocol::IProtocolOutput> map =
         std::make_shared<VorControl::ControlProtocol::StandardProtocolOutputMap>(8, 0, 99);
 };
