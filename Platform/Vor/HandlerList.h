@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -21,6 +22,11 @@ template <class... Args>
 class HandlerList {
 public:
     using Handler = std::function<void(Args...)>;
+
+    HandlerList() = default;
+    HandlerList(const HandlerList&) = delete;
+    HandlerList& operator=(const HandlerList&) = delete;
+    ~HandlerList() { assert(!IsRunning()); }
 
     HandlerId Add(Handler handler) {
         if (!state) {

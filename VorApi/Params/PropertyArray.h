@@ -5,6 +5,7 @@
 #include "Vor/HandlerList.h"
 #include "Vor/ReferenceArray.h"
 
+#include <cassert>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -69,6 +70,7 @@ public:
 
     /// Throws `yERROR_NOT_FOUND`.
     void Remove(unsigned long index) override {
+        AssertNoneIsRemoved();
         T& removed = At(index);
         itemRemovedHandlers.Run(*this, removed);
         const std::unique_ptr<Structure> item = std::move(items[index]);
@@ -79,6 +81,7 @@ public:
     /// Removes the elements whose mark is set, in one pass. As in Clear, the handlers run for all of them before the
     /// first one is removed. Marks after the last element are ignored.
     void RemoveMarked(const std::vector<bool>& marks) {
+        AssertNoneIsRemoved();
         const auto isMarked = [&](std::size_t index) { return index < marks.size() && marks[index]; };
         for (std::size_t i = 0; i < items.size(); ++i) {
             if (isMarked(i)) {
@@ -98,6 +101,7 @@ public:
     }
 
     void Clear() override {
+        AssertNoneIsRemoved();
         for (const auto& item : items) {
             itemRemovedHandlers.Run(*this, static_cast<T&>(*item));
         }
@@ -122,12 +126,12 @@ public:
 
     std::unique_ptr<Structure> MakeItem() const override { return factory(); }
 
-    /// Runs after an element was added.
+    /// Runs after an element was added. A handler must not remove elements.
     HandlerId AddItemAddedHandler(ItemHandler handler) { return itemAddedHandlers.Add(std::move(handler)); }
     void RemoveItemAddedHandler(HandlerId& id) { itemAddedHandlers.Remove(id); }
     bool HasItemAddedHandlers() const { return itemAddedHandlers.Count() != 0; }
 
-    /// Runs before an element is removed.
+    /// Runs before an element is removed. A handler must neither add nor remove elements.
     HandlerId AddItemRemovedHandler(ItemHandler handler) { return itemRemovedHandlers.Add(std::move(handler)); }
     void RemoveItemRemovedHandler(HandlerId& id) { itemRemovedHandlers.Remove(id); }
     bool HasItemRemovedHandlers() const { return itemRemovedHandlers.Count() != 0; }
@@ -140,7 +144,10 @@ private:
         return *items[index];
     }
 
+    void AssertNoneIsRemoved() const { assert(!itemRemovedHandlers.IsRunning()); }
+
     void Grow() {
+        AssertNoneIsRemoved();
         auto made = factory();
         T& item = *made;
         if (items.size() == items.capacity()) {
@@ -152,6 +159,7 @@ private:
     }
 
     void Shrink(unsigned long count) {
+        AssertNoneIsRemoved();
         for (unsigned long i = count; i < Count(); ++i) {
             itemRemovedHandlers.Run(*this, At(i));
         }

@@ -15,7 +15,7 @@ namespace VorControl::ControlProtocol {
 /// Every operation may be called on any thread and holds the map's reentrant lock while it works, except
 /// CommandTarget() and those that make a request. A failure is thrown as a Vor::Exception, that of the lock too. A
 /// request that isn't of the map's own class is a std::bad_cast. Handlers of the list and of its entries run under the
-/// lock; what one throws ends an operation halfway.
+/// lock, and must not change the list; what one throws ends an operation halfway.
 class IProtocolOutput {
 public:
     virtual ~IProtocolOutput() = default;
