@@ -1,6 +1,7 @@
 #include "VorControl/Control/ControlSystemInterface.h"
 
 #include "Vor/Exception.h"
+#include "VorApi/LogThrown.h"
 #include "VorCommon/PersistManager.h"
 #include "VorCore/Core.h"
 #include "VorCore/CoreMetrics/CoreMetricsGroup.h"
@@ -22,6 +23,12 @@ void Subscribe(Vor::LockedEvent<std::string>& event, const std::function<void(st
                Vor::LockedEvent<std::string>::CallbackId& id) {
     if (handler) {
         id = event.AddListener(handler);
+    }
+}
+
+void Keep(const Vor::LockedEvent<std::string>::CallbackId& added, Vor::LockedEvent<std::string>::CallbackId& id) {
+    if (added.IsSet()) {
+        id = added;
     }
 }
 
@@ -76,9 +83,18 @@ void ControlSystemInterface::BlinkLed() {
 void ControlSystemInterface::AddDataSourceEventHandler(const DataSourceEventHandlerContainer& handlers,
                                                        DataSourceEventCallbackIdContainer& ids) {
     VorPipe::PipeManager& pipe = Existing(pipeManager);
-    Subscribe(pipe.OutputCreatedEvent(), handlers.created, ids.created);
-    Subscribe(pipe.OutputDeletedEvent(), handlers.deleted, ids.deleted);
-    Subscribe(pipe.OutputUpdatedEvent(), handlers.updated, ids.updated);
+    DataSourceEventCallbackIdContainer added;
+    try {
+        Subscribe(pipe.OutputCreatedEvent(), handlers.created, added.created);
+        Subscribe(pipe.OutputDeletedEvent(), handlers.deleted, added.deleted);
+        Subscribe(pipe.OutputUpdatedEvent(), handlers.updated, added.updated);
+    } catch (...) {
+        Vor::CleanUp([&] { RemoveDataSourceEventHandler(added); });
+        throw;
+    }
+    Keep(added.created, ids.created);
+    Keep(added.deleted, ids.deleted);
+    Keep(added.updated, ids.updated);
 }
 
 void ControlSystemInterface::RemoveDataSourceEventHandler(DataSourceEventCallbackIdContainer& ids) {

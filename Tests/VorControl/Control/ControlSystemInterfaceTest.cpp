@@ -2,6 +2,7 @@
 
 #include "Tests/Support/Failure.h"
 #include "Tests/Support/FakeCore.h"
+#include "Tests/Support/Faults.h"
 #include "Tests/Support/TempFolder.h"
 #include "VorCommon/PersistManager.h"
 #include "VorPipe/PipeManager.h"
@@ -210,6 +211,24 @@ TEST_F(ControlSystemInterfaceTest, AnEmptyHandlerLeavesItsIdAlone) {
     EXPECT_EQ(pipeManager.OutputCreatedEvent().Count(), 1U);
     subject.RemoveDataSourceEventHandler(ids);
     EXPECT_EQ(pipeManager.OutputCreatedEvent().Count(), 0U);
+}
+
+TEST_F(ControlSystemInterfaceTest, ASubscriptionThatFailsHalfwayLeavesNoHandler) {
+    Ids ids;
+    subject.AddDataSourceEventHandler({nullptr, nullptr, Note("updated")}, ids);
+    for (unsigned calls = 0; calls < 3; ++calls) {
+        Tests::Faults faults;
+        faults.Set("yLock_Enter", yERROR_TIMEOUT, calls);
+        EXPECT_TEXTLESS_FAILURE(
+            subject.AddDataSourceEventHandler({Note("created"), Note("deleted"), Note("updated")}, ids),
+            yERROR_TIMEOUT);
+        EXPECT_FALSE(ids.created.IsSet());
+        EXPECT_EQ(pipeManager.OutputCreatedEvent().Count(), 0U);
+        EXPECT_EQ(pipeManager.OutputDeletedEvent().Count(), 0U);
+        EXPECT_EQ(pipeManager.OutputUpdatedEvent().Count(), 1U);
+    }
+    subject.RemoveDataSourceEventHandler(ids);
+    EXPECT_EQ(pipeManager.OutputUpdatedEvent().Count(), 0U);
 }
 
 TEST_F(ControlSystemInterfaceTest, ADeletedDataSourceIsStillKnownToTheHandler) {
