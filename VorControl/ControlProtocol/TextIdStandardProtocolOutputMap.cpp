@@ -10,6 +10,16 @@ namespace VorControl::ControlProtocol {
 template class ProtocolOutputBase<TextIdStandardOutputs, TextIdStandardOutputItem, TextIdStandardOutputsArgs,
                                   TextIdStandardOutputItemArgs, TextIdStandardOutputRemoveArgs>;
 
+namespace {
+
+/// Whether the steps by which an entry gets its new value make a difference.
+template <class Value>
+bool IsObserved(const Value& value) {
+    return value.HasChangeHandlers() || value.IsActualEnabled();
+}
+
+} // namespace
+
 void TextIdStandardProtocolOutputMap::AddAll(Vor::Params::Group& args) {
     auto& request = dynamic_cast<TextIdStandardOutputsArgs&>(args);
     if (request.map.Count() == 0) {
@@ -60,7 +70,7 @@ bool TextIdStandardProtocolOutputMap::CanMerge(const TextIdStandardOutputsArgs& 
     }
     for (unsigned long i = 0; i < Count(); ++i) {
         const auto& item = At(i);
-        if (item.outputId.HasChangeHandlers() || item.source.HasChangeHandlers()) {
+        if (IsObserved(item.outputId) || IsObserved(item.source)) {
             return false;
         }
     }

@@ -279,6 +279,30 @@ RC_GTEST_PROP(TextIdStandardProtocolOutputMap, AddAllDoesAsOneByOne, ()) {
     }
 }
 
+// With an "actual", an entry that makes room for others passes on what it shows.
+TEST(TextIdStandardProtocolOutputMap, AddAllDoesAsOneByOneWithActuals) {
+    for (const bool ofSource : {false, true}) {
+        TextIdStandardProtocolOutputMap merging(12);
+        TextOutputs oneByOne(12);
+        for (TextIdStandardProtocolOutputMap* map :
+             std::initializer_list<TextIdStandardProtocolOutputMap*>{&merging, &oneByOne}) {
+            TextIdStandardOutputsArgs first;
+            TextOutputs::Fill(first, {{"m", "1"}, {"n", "2"}});
+            map->AddAll(first);
+            map->BeginLock();
+            auto& item = map->OutputMap().map.At(0);
+            auto& value = ofSource ? item.source : item.outputId;
+            value.EnableActual(true);
+            value.SetActual("mm");
+            map->EndLock();
+            TextIdStandardOutputsArgs more;
+            TextOutputs::Fill(more, {{"b", "3"}, {"a", "4"}});
+            map->AddAll(more);
+        }
+        EXPECT_EQ(SeenEntries(merging), SeenEntries(oneByOne)) << ofSource;
+    }
+}
+
 TEST(TextIdStandardProtocolOutputMap, HandlersSeeEachEntryOfAddAll) {
     TextIdStandardProtocolOutputMap map(100);
     std::vector<unsigned long> counts;
