@@ -74,7 +74,7 @@ int main(int argc, char** argv) {
         std::cerr << "vorsensor: " << Sensor::PrintableText(error.what()) << std::endl;
         return StatusOfRefusal;
     } catch (const std::exception& error) {
-        std::cerr << "vorsensor: " << error.what() << std::endl;
+        std::cerr << "vorsensor: " << Sensor::PrintableText(error.what()) << std::endl;
         return 1;
     }
 }

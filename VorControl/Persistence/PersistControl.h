@@ -25,10 +25,12 @@ public:
     void Init(IControlInstance& instance, VorCommon::PersistDomain domain, VorCommon::IPersistStore& store);
 
     /// Does nothing without the service's file. The service is started or stopped as set in its file, also when its
-    /// settings can't be loaded. Waits without a limit for the service "hmi" to start or stop.
+    /// settings can't be loaded, unless its persistence provider throws. Waits without a limit for the service "hmi" to
+    /// start or stop.
     /// @throws Vor::Exception or nlohmann::json::exception, and what the service throws. A file that isn't JSON, has no
-    ///         section of the service or another version is refused, and the service stays as it is. After a later
-    ///         failure it has its defaults and what was loaded before.
+    ///         section of the service or another version is refused, and the service stays as it is; with a provider
+    ///         also one whose "enabled" isn't a boolean. After a later failure a service without a provider has its
+    ///         defaults and what was loaded before, one with a provider what that has made of it.
     void Load(IControlInstance& instance, VorCommon::PersistDomain domain, const VorCommon::IPersistStore& store);
 
     /// Loads the settings of a service without a persistence provider from its file's section, also when the service is
