@@ -1,5 +1,6 @@
 // What the started program logs, whatever its clients send and however few files it can open.
 
+#include "Tests/EndToEnd/HttpClient.h"
 #include "Tests/EndToEnd/ModbusCommands.h"
 #include "Tests/EndToEnd/ModbusReader.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
@@ -8,11 +9,13 @@
 #include "Vor/Utf8.h"
 
 #include <filesystem>
+#include <iomanip>
 #include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <sys/resource.h>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -53,6 +56,34 @@ void RunWithModbus(ModbusReader& client, std::uint16_t request, std::uint16_t co
     })) << command;
 }
 
+std::string PercentCoded(const std::string& text) {
+    std::ostringstream coded;
+    coded << std::hex << std::setfill('0');
+    for (const unsigned char byte : text) {
+        coded << '%' << std::setw(2) << static_cast<unsigned>(byte);
+    }
+    return coded.str();
+}
+
+/// Sends the text wherever a request has one.
+void SendWithHttp(const HttpClient& http, const std::string& text) {
+    using Json = nlohmann::json;
+    const Json block = {{"type", "Measurement"}, {"dataSource", text}, {"displayName", text}};
+    const Json unknown = {{"type", text}, {"dataSource", text}};
+    const Json output = {{"outputId", text}, {"source", text}};
+    const std::string assembly = "/controls/modbus/assemblies/registerAssembly-0/commands/";
+    for (const auto& [path, arguments] : std::vector<std::pair<std::string, Json>>{
+             {"/sensor/jobs/" + PercentCoded(text) + "/commands/load", nullptr},
+             {"/sensor/jobs/demo/commands/copy", {{"name", text}}},
+             {"/sensor/jobs/demo/commands/" + PercentCoded(text), nullptr},
+             {assembly + "add", {{"blocks", Json::array({block, unknown})}}},
+             {"/controls/ascii/outputs/commands/addAll", {{"map", Json::array({output, output})}}},
+             {"/controls/ascii/outputs/commands/remove", {{"map", Json::array({output})}}}}) {
+        EXPECT_NE(http.Ask("POST", path, arguments).status, 0) << path;
+    }
+    EXPECT_EQ(http.Ask("PATCH", "/controls/modbus", {{"parameters", {{"address", text}}}}).status, 422);
+}
+
 TEST(Log, CannotBeForgedWithAnyTextOfAClient) {
     const TempFolder folder;
     VirtualSensor sensor({"--log-file", folder.File("log")});
@@ -74,12 +105,19 @@ TEST(Log, CannotBeForgedWithAnyTextOfAClient) {
             EXPECT_NE(ascii.Ask(command + text), "") << command;
         }
     }
+    const HttpClient http = HttpClient::Of(sensor);
+    for (const std::string& text : {Attack, AttackInUtf8, TurnedText, std::string(1900, 'x')}) {
+        SendWithHttp(http, text);
+    }
     ExpectEndWell(sensor.Process());
     const std::string record = ReadWholeFile(folder.File("log"));
     ExpectWholeLines(record);
     ExpectWholeLines(sensor.Process().Errors());
     EXPECT_NE(record.find("forged\\u009b[2J\\u202e\\u2028no-laser"), std::string::npos);
     EXPECT_NE(record.find("turned\\u202e\\u2028no-laser.vrjob"), std::string::npos);
+    const std::string whole = "forged\\n2026-01-31T23:59:59.999Z error: no laser\\r\\x1b[2J\\x07";
+    EXPECT_NE(record.find("Error adding data source <" + whole + ">"), std::string::npos);
+    EXPECT_NE(record.find('"' + whole + "\" is not an IP address"), std::string::npos);
 }
 
 TEST(Log, TellsUsersNothingOfWhatIsHealthy) {
@@ -87,6 +125,7 @@ TEST(Log, TellsUsersNothingOfWhatIsHealthy) {
     const std::uint16_t asciiPort = sensor.WaitForAsciiPort();
     ModbusReader modbus(sensor.WaitForPort());
     Net::LineClient ascii(asciiPort);
+    const HttpClient http = HttpClient::Of(sensor);
     std::uint16_t request = 0;
     for (int round = 0; round < 2; ++round) {
         for (const std::uint16_t command : {Stop, Start, Align, ClearAlign, UserData}) {
@@ -98,6 +137,7 @@ TEST(Log, TellsUsersNothingOfWhatIsHealthy) {
             EXPECT_EQ(ascii.Ask("STATE").substr(0, 3), "OK,");
             EXPECT_EQ(ascii.Ask("JOB"), "OK,\"demo.vrjob\"\r");
         }
+        EXPECT_EQ(http.Ask("POST", "/sensor/jobs/demo/commands/load").status, 200);
     }
     ExpectEndWell(sensor.Process());
     EXPECT_EQ(sensor.Process().Errors(), "");

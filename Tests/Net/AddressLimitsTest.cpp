@@ -49,6 +49,24 @@ TEST_F(AddressLimitsTest, LetsAnotherAddressInWhileOneAttacks) {
     }
 }
 
+TEST_F(AddressLimitsTest, LetsAnotherAddressInWhileOneHasAllPlaces) {
+    Open({.maxConnectionsPerAddress = 0, .uncounted = {}});
+    for (int round = 0; round < 4; ++round) {
+        std::vector<std::unique_ptr<LineClient>> attack;
+        for (int i = 0; i < 500; ++i) {
+            attack.push_back(From(Attacker));
+            if (i % 100 == 99) {
+                const auto other = ServedFrom(Other);
+                ASSERT_NE(other, nullptr) << "round " << round << ", connection " << i;
+                ASSERT_EQ(other->Ask("again"), "again");
+            }
+        }
+        attack.clear();
+        EXPECT_TRUE(WaitForConnections(0));
+    }
+    EXPECT_GT(counters.refused, 0U);
+}
+
 TEST_F(AddressLimitsTest, RefusesOneTooManyOfAnAddressAndSaysSo) {
     Open({.maxConnections = 4, .maxConnectionsPerAddress = 2, .uncounted = {}});
     const Vor::LogCapture log;
