@@ -20,13 +20,7 @@ namespace {
 yStatus Run(asio::io_context& io) {
     const auto work = asio::make_work_guard(io);
     while (!io.stopped()) {
-        try {
-            io.run();
-        } catch (const std::exception& e) {
-            Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        } catch (...) {
-            Vor::LogError("unknown exception on a network thread");
-        }
+        Vor::RunLogged("EXCEPTION THROWN: ", [&] { io.run(); });
     }
     return yOK;
 }

@@ -2,7 +2,6 @@
 
 #include "Sensor/DataSources.h"
 #include "Sensor/Scan/VirtualScanEngine.h"
-#include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
 #include "VorScan/Internal/ScanEngineInstance.h"
 #include "VorScan/Internal/ScannerInstance.h"
@@ -52,13 +51,7 @@ Scan::ScannerActions::Environ VirtualSensor::ActionsEnviron() {
 
 // The sensor is restored even if a service fails at the event.
 void VirtualSensor::RestoreFactory() {
-    try {
-        factoryRestore.Raise();
-    } catch (const std::exception& e) {
-        Vor::LogThrown(e, "A service failed at the factory restore.");
-    } catch (...) {
-        Vor::LogError("A service failed at the factory restore with something that is no exception.");
-    }
+    Vor::RunLogged("A service failed at the factory restore.", [this] { factoryRestore.Raise(); });
     settings.factoryRestore();
 }
 

@@ -17,17 +17,25 @@ void LogThrown(const std::exception& exception, const LocatedFormat& text, const
     Exception::LogBackTrace(exception);
 }
 
-/// Runs the work of a destructor, which must not throw: exceptions are logged.
+/// Runs work that lets no exception out: it is logged below the text. False after an exception.
 template <typename Work>
-void CleanUp(Work&& work, const std::source_location& where = std::source_location::current()) noexcept {
-    const LocatedFormat text("Exception thrown in destructor", where);
+bool RunLogged(const LocatedFormat& text, Work&& work) {
     try {
         work();
+        return true;
     } catch (const std::exception& exception) {
         LogThrown(exception, text);
     } catch (...) {
         LogError(text);
+        LogError("unknown exception");
     }
+    return false;
+}
+
+/// Runs the work of a destructor, which must not throw: exceptions are logged.
+template <typename Work>
+void CleanUp(Work&& work, const std::source_location& where = std::source_location::current()) noexcept {
+    RunLogged(LocatedFormat("Exception thrown in destructor", where), work);
 }
 
 } // namespace Vor

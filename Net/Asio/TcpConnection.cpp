@@ -59,13 +59,7 @@ void TcpConnection::Close(const std::string& reason) {
 
 template <typename Work>
 void TcpConnection::Guarded(const Work& work) {
-    try {
-        work();
-    } catch (const std::exception& e) {
-        Vor::LogThrown(e, "EXCEPTION THROWN: ");
-        Close("its session has failed");
-    } catch (...) {
-        Vor::LogError("unknown exception of a session");
+    if (!Vor::RunLogged("EXCEPTION THROWN: ", work)) {
         Close("its session has failed");
     }
 }

@@ -8,7 +8,6 @@
 
 #include <condition_variable>
 #include <deque>
-#include <exception>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -46,22 +45,12 @@ struct Events {
                 running = queue.front();
                 IAsyncEventReceiver& target = *receiver->second;
                 lock.unlock();
-                Process(target);
+                RunLogged("Exception in an event of the device loop", [&] { target.ProcessEvent(); });
                 lock.lock();
                 running = AsyncLoop::NoReceiver;
                 changed.notify_all();
             }
             queue.pop_front();
-        }
-    }
-
-    static void Process(IAsyncEventReceiver& receiver) {
-        try {
-            receiver.ProcessEvent();
-        } catch (const std::exception& e) {
-            LogThrown(e, "Exception in an event of the device loop");
-        } catch (...) {
-            LogError("Exception of another type in an event of the device loop");
         }
     }
 };

@@ -1,7 +1,6 @@
 #include "Vor/LoopCore.h"
 
 #include "Vor/Exception.h"
-#include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
 
 #include <algorithm>
@@ -49,13 +48,7 @@ void LoopCore::Post(std::function<void()> call) {
 }
 
 void LoopCore::CallAndLogFailure(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const std::exception& e) {
-        LogThrown(e, "Exception in a call of the main loop");
-    } catch (...) {
-        LogError("Exception of another type in a call of the main loop");
-    }
+    RunLogged("Exception in a call of the main loop", call);
 }
 
 LoopCore::Time LoopCore::Now() const {

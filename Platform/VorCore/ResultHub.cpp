@@ -1,7 +1,6 @@
 #include "VorCore/ResultHub.h"
 
 #include "Vor/Exception.h"
-#include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Object.h"
 #include "VorApi/Threads/NamedThread.h"
@@ -10,7 +9,6 @@
 
 #include <condition_variable>
 #include <deque>
-#include <exception>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -94,20 +92,6 @@ private:
     }
 };
 
-namespace {
-
-void CallAndLogFailure(const std::function<void(void*)>& handler, void* resultSet) {
-    try {
-        handler(resultSet);
-    } catch (const std::exception& exception) {
-        Vor::LogThrown(exception, "Exception thrown by a result handler");
-    } catch (...) {
-        Vor::LogError("Unknown exception thrown by a result handler");
-    }
-}
-
-} // namespace
-
 ResultHub::ResultHub()
     : worker(std::make_unique<Worker>()) {}
 
@@ -118,7 +102,9 @@ ResultHub::CallbackId ResultHub::AddResultHandler(std::function<void(void*)> han
     if (!handler) {
         return {};
     }
-    return worker->event.Add([handler = std::move(handler)](void* set) { CallAndLogFailure(handler, set); });
+    return worker->event.Add([handler = std::move(handler)](void* set) {
+        Vor::RunLogged("Exception thrown by a result handler", [&] { handler(set); });
+    });
 }
 
 void ResultHub::RemoveResultHandler(CallbackId& id) {

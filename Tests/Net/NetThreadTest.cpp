@@ -68,7 +68,7 @@ TEST(NetThread, GoesOnAfterWorkThatThrows) {
     thread.Post([] { throw std::runtime_error("posted"); });
     thread.Post([] { throw 7; });
     EXPECT_EQ(thread.Call([] { return 1; }), 1);
-    EXPECT_EQ(log.Count(Vor::LevelError, "unknown exception on a network thread"), 1u);
+    EXPECT_EQ(log.Count(Vor::LevelError, "unknown exception"), 1u);
 }
 
 TEST(NetThread, RepeatsWorkUntilItEnds) {

@@ -1,12 +1,12 @@
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/Faults.h"
 #include "Tests/Support/Translations.h"
 #include "Tests/VorControl/ControlProtocol/RandomRequests.h"
 #include "Tests/VorControl/ControlProtocol/TestAssembly.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
-#include "yApi/yFault.h"
 
 #include <thread>
 
@@ -17,10 +17,6 @@ using namespace Tests;
 using nlohmann::json;
 
 namespace {
-
-struct FaultGuard {
-    ~FaultGuard() { yFault_Clear(); }
-};
 
 /// Fails, since this thread doesn't hold the lock.
 void ExpectUnlocked(const ProtocolRegisterAssemblyBase& assembly) {
@@ -73,17 +69,17 @@ TEST(RegisterAssembly, MissingIdIsRefusedAfterTheLimits) {
 }
 
 TEST(RegisterAssembly, LockThatCantBeMadeIsThrown) {
-    const FaultGuard guard;
-    yFault_Set("yLock_Construct", -77);
+    Faults faults;
+    faults.Set("yLock_Construct", -77);
     EXPECT_TEXTLESS_FAILURE(TestAssembly(true), -77);
 }
 
 TEST(RegisterAssembly, FailingLockCallsAreThrown) {
-    const FaultGuard guard;
+    Faults faults;
     TestAssembly assembly(true);
-    yFault_Set("yLock_Enter", -78);
+    faults.Set("yLock_Enter", -78);
     EXPECT_TEXTLESS_FAILURE(assembly.BeginLock(), -78);
-    yFault_Set("yLock_Enter", -78);
+    faults.Set("yLock_Enter", -78);
     EXPECT_TEXTLESS_FAILURE(assembly.AddedRegisterBlocksCount(), -78);
     EXPECT_TEXTLESS_FAILURE(assembly.AddedRegisterBlocks(), yERROR_STATE);
     EXPECT_TEXTLESS_FAILURE(assembly.EndLock(), yERROR_STATE);
