@@ -28,7 +28,7 @@ class RuntimeCache;
 
 /// Owns the persistence thread and the files of the domains: the job is DATA/jobs/NAME.vrjob, the workspace
 /// DATA/workspace.vrdata. The handlers run on that thread while the main loop waits for them.
-class PersistManager : public IPersistRegistrar {
+class PersistManager final : public IPersistRegistrar {
 public:
     /// Makes the store that handlers get in place of `store`, which outlives it. Called on the persistence thread.
     using StoreDecorator = std::function<std::unique_ptr<IPersistStore>(IPersistStore& store, PersistDomain domain)>;

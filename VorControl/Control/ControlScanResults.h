@@ -18,7 +18,7 @@ class ResultHub;
 namespace VorControl {
 
 /// The one subscriber of the result hub. Simulated results are forwarded to no service.
-class ControlScanResults : public IControlScanResults {
+class ControlScanResults final : public IControlScanResults {
 public:
     /// `hub` outlives the object; null means that there are no results. The result lists and the filtered sets are
     /// allocated with `allocator`.

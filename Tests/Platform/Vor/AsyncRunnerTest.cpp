@@ -42,10 +42,10 @@ TEST(AsyncRunnerTest, RunNeverRunsInlineNotEvenOnTheMainLoop) {
 TEST(AsyncRunnerTest, ClosuresRunOnTheMainLoopInOrder) {
     MainLoop loop(MainLoop::Mode::Manual);
     AsyncRunner first;
-    AsyncRunner Second;
+    AsyncRunner second;
     std::vector<int> order;
     for (int i = 0; i < 6; ++i) {
-        (i % 2 == 0 ? first : Second).Run([&order, i] {
+        (i % 2 == 0 ? first : second).Run([&order, i] {
             EXPECT_TRUE(Vor::AsyncLoop::OnMainLoop());
             order.push_back(i);
         });

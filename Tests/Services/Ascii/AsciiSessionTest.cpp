@@ -350,13 +350,12 @@ TEST_F(AsciiSessionTest, TakesNoRequestsWhileAnswersFillItsBuffer) {
         requests += "HELP\n";
     }
     EXPECT_EQ(Receive(session, requests), 200u);
-    std::size_t answered = 0;
     std::size_t rounds = 0;
     for (; session.ReceiveSpace().size() > 5 && rounds < 100000; ++rounds) {
         const auto space = session.ReceiveSpace();
         std::copy_n("HELP\n", 5, space.begin());
         session.Received(5);
-        answered += session.Process();
+        session.Process();
     }
     EXPECT_LT(rounds, 100000u) << "it stops taking requests";
     const std::string answers = ReadReplies(session);

@@ -71,7 +71,8 @@ void ExpectControlRow(ProtocolRegisterBlockInfo&& info, const char* type, const 
     EXPECT_FALSE(info.IsRegisterCountConfigurable());
 
     const auto block = info.ConstructBlock(RegisterBlockParams());
-    EXPECT_EQ(typeid(*block), typeid(Block));
+    const auto& made = *block;
+    EXPECT_EQ(typeid(made), typeid(Block));
     EXPECT_EQ(block->RegisterCount(), registers);
     EXPECT_EQ(block->DeserializedInputSize(), inputSize);
 }

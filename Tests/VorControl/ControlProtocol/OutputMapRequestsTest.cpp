@@ -32,7 +32,7 @@ struct Request {
     std::vector<std::string> sources;
 };
 
-void showValue(const Request& request, std::ostream& out) {
+std::ostream& operator<<(std::ostream& out, const Request& request) {
     out << ActionNames[static_cast<int>(request.action)] << "(" << request.id << " " << request.newId << " '"
         << request.source << "'" << (request.autoShift ? " shift" : "") << ", ids";
     for (const int id : request.ids) {
@@ -42,7 +42,7 @@ void showValue(const Request& request, std::ostream& out) {
     for (const auto& source : request.sources) {
         out << " '" << source << "'";
     }
-    out << ")";
+    return out << ")";
 }
 
 rc::Gen<std::string> SourceGen() {

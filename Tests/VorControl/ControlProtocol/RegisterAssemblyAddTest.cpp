@@ -23,15 +23,15 @@ std::string LoggedFailure(TestAssembly& assembly, const Entry& entry, bool autoS
     }
     EXPECT_EQ(failure->status, yERROR);
     EXPECT_EQ(failure->text, NothingAdded);
-    std::string Text;
+    std::string text;
     for (const auto& record : log.Records()) {
         if (record.level == 0x8000000100000001) {
             EXPECT_EQ(record.title, "VorControl");
             EXPECT_EQ(record.format, "%1$s");
-            Text = record.text;
+            text = record.text;
         }
     }
-    return Text;
+    return text;
 }
 
 class ThrowingBlock : public OpenBlock {

@@ -17,9 +17,9 @@ using namespace Tests;
 
 namespace Tests {
 
-void showValue(const ModelBlock& block, std::ostream& out) {
-    out << "{" << block.type << " id " << block.id << " count " << block.count << " '" << block.source << "' '"
-        << block.name << "' number " << block.number << "}";
+std::ostream& operator<<(std::ostream& out, const ModelBlock& block) {
+    return out << "{" << block.type << " id " << block.id << " count " << block.count << " '" << block.source << "' '"
+               << block.name << "' number " << block.number << "}";
 }
 
 } // namespace Tests
@@ -66,12 +66,12 @@ struct Request {
     std::vector<int> ids;
 };
 
-void showValue(const Request& request, std::ostream& out) {
+std::ostream& operator<<(std::ostream& out, const Request& request) {
     out << ActionNames[static_cast<int>(request.action)] << "(" << (request.onSecond ? "second" : "first");
     switch (request.action) {
     case Action::Add:
         for (const auto& entry : request.entries) {
-            showValue(entry, out << " ");
+            out << " " << entry;
         }
         break;
     case Action::Remove:
@@ -80,7 +80,7 @@ void showValue(const Request& request, std::ostream& out) {
         }
         break;
     case Action::Update:
-        showValue(request.change, out << " " << request.id << " ");
+        out << " " << request.id << " " << request.change;
         break;
     case Action::Compact:
         out << " " << request.id;
@@ -90,10 +90,10 @@ void showValue(const Request& request, std::ostream& out) {
     case Action::RemoveAll:
         break;
     default:
-        showValue(request.change, out << " block " << request.id << " ");
+        out << " block " << request.id << " " << request.change;
         break;
     }
-    out << (request.autoShift ? " shift)" : ")");
+    return out << (request.autoShift ? " shift)" : ")");
 }
 
 /// Ids that are close to each other, so that blocks overlap; also those at the end of a range, where blocks don't fit.

@@ -1,6 +1,7 @@
 #include "VorControl/Protocol/ControlDir.h"
 
 #include "Tests/VorControl/Protocol/ResourceFixture.h"
+#include "VorApi/DocumentResourceBase.h"
 #include "VorApi/ResourceBase.h"
 
 namespace {

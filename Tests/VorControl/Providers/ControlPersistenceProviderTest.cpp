@@ -109,7 +109,7 @@ TEST_F(ControlPersistenceProviderTest, TheCategoriesComeInTheirOrder) {
     noting.RegisterRegisterAssemblyGroup(Domain::Job);
     noting.RegisterOutputsMap(Domain::Job);
     noting.RegisterParams(Domain::Job);
-    json section;
+    Json section;
     noting.Init(Domain::Job);
     noting.Load(Domain::Job, section);
     noting.Save(Domain::Job, section);
@@ -121,7 +121,7 @@ TEST_F(ControlPersistenceProviderTest, TheCategoriesComeInTheirOrder) {
 TEST_F(ControlPersistenceProviderTest, OnlyTheRegisteredCategoriesAreAskedFor) {
     NotingProvider noting(service);
     noting.RegisterOutputsMap(Domain::Job);
-    json section;
+    Json section;
     noting.Init(Domain::Job);
     noting.Load(Domain::Job, section);
     noting.Save(Domain::Job, section);
@@ -133,15 +133,15 @@ TEST_F(ControlPersistenceProviderTest, TheResultIsOfTheFirstCategoryThatReportsA
     noting.RegisterParams(Domain::Job);
     noting.RegisterOutputsMap(Domain::Job);
     noting.RegisterRegisterAssemblyGroup(Domain::Job);
-    EXPECT_EQ(noting.Load(Domain::Job, json()), Result::None);
+    EXPECT_EQ(noting.Load(Domain::Job, Json()), Result::None);
     noting.assemblies = Result::PartMissing;
-    EXPECT_EQ(noting.Load(Domain::Job, json()), Result::PartMissing);
+    EXPECT_EQ(noting.Load(Domain::Job, Json()), Result::PartMissing);
     noting.params = Result::Upgraded;
-    EXPECT_EQ(noting.Load(Domain::Job, json()), Result::Upgraded);
+    EXPECT_EQ(noting.Load(Domain::Job, Json()), Result::Upgraded);
     noting.params = Result::Failed;
     noting.outputs = Result::Upgraded;
     noting.calls.clear();
-    EXPECT_EQ(noting.Load(Domain::Job, json()), Result::Failed);
+    EXPECT_EQ(noting.Load(Domain::Job, Json()), Result::Failed);
     EXPECT_EQ(noting.calls, (Calls{"load parameters", "load outputs", "load assemblies"}));
 }
 
@@ -151,7 +151,7 @@ TEST_F(ControlPersistenceProviderTest, ACategoryThatThrowsIsLoggedAndTheNextIsLo
     noting.RegisterRegisterAssemblyGroup(Domain::Job);
     noting.paramsThrow = true;
     noting.assemblies = Result::PartMissing;
-    EXPECT_EQ(noting.Load(Domain::Job, json()), Result::Failed);
+    EXPECT_EQ(noting.Load(Domain::Job, Json()), Result::Failed);
     EXPECT_EQ(noting.calls, (Calls{"load parameters", "load assemblies"}));
     ExpectThrown("EXCEPTION THROWN: ", "no parameters today");
 }
@@ -170,7 +170,7 @@ TEST_F(ControlPersistenceProviderTest, ALoadReturnsItsNotesBesideItsResult) {
             Vor::ThrowNested(yERROR, "the failure");
         }
     };
-    const json section = json::parse(R"({"parameters":{"port":7},"parametersVersion":"2"})");
+    const Json section = Json::parse(R"({"parameters":{"port":7},"parametersVersion":"2"})");
     const auto failed = provider.LoadWithNotes(Domain::Job, section);
     EXPECT_EQ(failed.result, Result::Failed);
     EXPECT_EQ(failed.notes, (Calls{"port 7 is low", "Display encountered error updating parameters for domain job",
@@ -184,7 +184,7 @@ TEST_F(ControlPersistenceProviderTest, ALoadReturnsItsNotesBesideItsResult) {
 TEST_F(ControlPersistenceProviderTest, ALockThatCannotBeEnteredFailsTheOperation) {
     provider.RegisterParams(Domain::Job);
     const auto fault = [] { yFault_SetHere("yLock_Enter", yERROR_BUSY, 0, 1); };
-    json section;
+    Json section;
     fault();
     EXPECT_TEXTLESS_FAILURE(provider.Init(Domain::Job), yERROR_BUSY);
     fault();

@@ -54,17 +54,17 @@ protected:
 TEST_F(ProviderOutputsMapTest, TheMapIsSavedWithoutAVersion) {
     service.AddOutput(7, "b");
     service.AddOutput(3, "a");
-    const json section = Save();
+    const Json section = Save();
     EXPECT_EQ(section.size(), 1U);
     EXPECT_EQ(section.at("outputs").at("map"),
-              json::parse(R"([{"outputId":3,"source":"a"},{"outputId":7,"source":"b"}])"));
-    EXPECT_EQ(section.at("outputs").at("attributes"), json::parse(R"({"outputIdMin":0,"outputIdMax":100})"));
+              Json::parse(R"([{"outputId":3,"source":"a"},{"outputId":7,"source":"b"}])"));
+    EXPECT_EQ(section.at("outputs").at("attributes"), Json::parse(R"({"outputIdMin":0,"outputIdMax":100})"));
     EXPECT_TEXTLESS_FAILURE(service.outputs->OutputMap(), yERROR_STATE); // the lock isn't held any more
 }
 
 TEST_F(ProviderOutputsMapTest, AMissingMapFailsTheSave) {
     service.outputs = nullptr;
-    json section;
+    Json section;
     EXPECT_TEXTLESS_FAILURE(provider.Save(Domain::Job, section), yERROR_NOT_FOUND);
 }
 
@@ -73,7 +73,7 @@ TEST_F(ProviderOutputsMapTest, ALockThatFailsFailsTheSave) {
         "Display encountered an error locking/unlocking outputs map for persisting into domain job";
     const auto map = std::make_shared<StuckMap>();
     service.outputs = map;
-    json section;
+    Json section;
     map->beginStatus = yERROR_BUSY;
     EXPECT_TEXTLESS_FAILURE(provider.Save(Domain::Job, section), yERROR_BUSY);
     EXPECT_EQ(log.Count(Vor::LevelError, text), 1U);
@@ -86,8 +86,8 @@ TEST_F(ProviderOutputsMapTest, ALockThatFailsFailsTheSave) {
 }
 
 TEST_F(ProviderOutputsMapTest, ASectionThatCannotTakeTheMapFailsTheSaveAndLeavesTheLock) {
-    json section = json::array();
-    EXPECT_THROW(provider.Save(Domain::Job, section), json::exception);
+    Json section = Json::array();
+    EXPECT_THROW(provider.Save(Domain::Job, section), Json::exception);
     EXPECT_EQ(log.Count(Vor::LevelError, "Display encountered an error while persisting outputs map for domain job"),
               1U);
     EXPECT_TEXTLESS_FAILURE(service.outputs->OutputMap(), yERROR_STATE);
@@ -136,7 +136,7 @@ TEST_F(ProviderOutputsMapTest, ADuplicateIsDroppedAndTold) {
 }
 
 TEST_F(ProviderOutputsMapTest, ASurplusEntryIsDroppedAndTold) {
-    json section;
+    Json section;
     for (int id = 6; id > 0; --id) {
         section["outputs"]["map"].push_back({{"outputId", id}, {"source", "s" + std::to_string(id)}});
     }

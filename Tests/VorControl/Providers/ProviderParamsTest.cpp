@@ -22,13 +22,13 @@ protected:
 TEST_F(ProviderParamsTest, ParametersAreSavedWithTheirVersion) {
     service.params->port = 1502;
     service.params->name = "x y";
-    EXPECT_EQ(Save(), json::parse(R"({"parameters":{"name":"x y","port":1502},"parametersVersion":"2"})"));
+    EXPECT_EQ(Save(), Json::parse(R"({"parameters":{"name":"x y","port":1502},"parametersVersion":"2"})"));
 }
 
 TEST_F(ProviderParamsTest, ParametersWithoutObjectOrVersionFailTheSave) {
     const std::string text = "Display encountered an error while persisting parameters for domain job";
     service.paramsVersion = nullptr;
-    json section;
+    Json section;
     EXPECT_TEXTLESS_FAILURE(provider.Save(Domain::Job, section), yERROR_NOT_FOUND);
     EXPECT_EQ(log.Count(Vor::LevelError, text), 1U);
     service.paramsVersion = "2";

@@ -79,29 +79,29 @@ protected:
 TEST_F(ProviderRegisterAssemblyTest, AssembliesAreSavedInOrderWithTheirVersions) {
     AddBoth();
     service.AssemblyOf("b").AddEntries({{.type = "one", .outputId = 5, .displayName = "five"}});
-    const json section = Save();
+    const Json section = Save();
     EXPECT_EQ(section.size(), 2U);
-    const json& list = section.at("registerAssemblyList");
+    const Json& list = section.at("registerAssemblyList");
     ASSERT_EQ(list.size(), 2U);
     EXPECT_EQ(list[0].at("properties").at("id"), "a");
-    EXPECT_EQ(list[0].at("blocks"), json::array());
+    EXPECT_EQ(list[0].at("blocks"), Json::array());
     EXPECT_EQ(list[1].at("properties").at("id"), "b");
     EXPECT_EQ(list[1].at("attributes").at("outputIdMax"), 65534);
     ASSERT_EQ(list[1].at("blocks").size(), 1U);
     EXPECT_EQ(list[1].at("blocks")[0].at("displayName"), "five");
     EXPECT_EQ(section.at("registerAssemblyVersionList"),
-              json::parse(R"([{"id":"a","version":"7"},{"id":"b","version":"7"}])"));
+              Json::parse(R"([{"id":"a","version":"7"},{"id":"b","version":"7"}])"));
     EXPECT_TEXTLESS_FAILURE(service.AssemblyOf("b").AddedRegisterBlocks(),
                             yERROR_STATE); // the lock isn't held any more
 }
 
 TEST_F(ProviderRegisterAssemblyTest, AnEmptyGroupIsSavedAsTwoEmptyLists) {
-    EXPECT_EQ(Save(), json::parse(R"({"registerAssemblyList":[],"registerAssemblyVersionList":[]})"));
+    EXPECT_EQ(Save(), Json::parse(R"({"registerAssemblyList":[],"registerAssemblyVersionList":[]})"));
 }
 
 TEST_F(ProviderRegisterAssemblyTest, AMissingGroupFailsTheSave) {
     service.domains.clear();
-    json section;
+    Json section;
     EXPECT_TEXTLESS_FAILURE(provider.Save(Domain::Job, section), yERROR_NOT_FOUND);
     EXPECT_EQ(log.Count(Vor::LevelError,
                         "Display encountered an error setting up for persisting connection map into domain job"),
@@ -112,7 +112,7 @@ TEST_F(ProviderRegisterAssemblyTest, AMissingGroupFailsTheSave) {
 TEST_F(ProviderRegisterAssemblyTest, AnAssemblyWithoutAVersionFailsTheSave) {
     AddBoth();
     service.assemblyVersion = nullptr;
-    json section;
+    Json section;
     EXPECT_TEXTLESS_FAILURE(provider.Save(Domain::Job, section), yERROR_NOT_FOUND);
     EXPECT_EQ(log.Count(Vor::LevelError, "Display does not have a version for register assembly a for domain job"), 1U);
     EXPECT_EQ(
@@ -125,7 +125,7 @@ TEST_F(ProviderRegisterAssemblyTest, ALockThatFailsFailsTheSave) {
         "Display encountered error locking/unlocking connection map stuck for persisting into domain job";
     const auto assembly = std::make_shared<StuckAssembly>();
     service.group->Add(assembly);
-    json section;
+    Json section;
     assembly->beginStatus = yERROR_BUSY;
     EXPECT_TEXTLESS_FAILURE(provider.Save(Domain::Job, section), yERROR_BUSY);
     EXPECT_EQ(log.Count(Vor::LevelError, text), 1U);
@@ -471,8 +471,8 @@ TEST_F(ProviderRegisterAssemblyTest, AFullSetOfBlocksIsLoaded) {
     auto many = Tests::TypeParams("many", 1);
     many.maxInstanceCount = 65535;
     service.AddAssembly("a").AddType(std::move(many));
-    json section = json::parse(Section(Entry("a", ""), Version("a")));
-    json& blocks = section["registerAssemblyList"][0]["blocks"];
+    Json section = Json::parse(Section(Entry("a", ""), Version("a")));
+    Json& blocks = section["registerAssemblyList"][0]["blocks"];
     for (int id = 0; id < 65535; ++id) {
         blocks.push_back({{"type", "many"}, {"outputId", id}});
     }
@@ -552,7 +552,7 @@ TEST_F(ProviderRegisterAssemblyTest, TheReportOfTheParametersComesFirst) {
     provider.RegisterParams(Domain::Job);
     service.AddAssembly("a");
     service.supported = {"1"};
-    json section = json::parse(Section(Entry("q", ""), Version("q")));
+    Json section = Json::parse(Section(Entry("q", ""), Version("q")));
     section["parameters"] = {{"port", 7}};
     section["parametersVersion"] = "1";
     EXPECT_EQ(provider.Load(Domain::Job, section), Result::Upgraded);

@@ -18,7 +18,7 @@ namespace Tests {
 /// A service "Display" with its provider, for which a test registers what it keeps.
 class ProviderTest : public testing::Test {
 protected:
-    using json = nlohmann::json;
+    using Json = nlohmann::json;
     using Result = VorControl::Persistence::PersistLoadResult;
     using Domain = VorCommon::PersistDomain;
     using Calls = std::vector<std::string>;
@@ -27,10 +27,10 @@ protected:
     ~ProviderTest() override { yFault_Clear(); }
 
     Result Load(const std::string& section, Domain domain = Domain::Job) {
-        return provider.Load(domain, json::parse(section));
+        return provider.Load(domain, Json::parse(section));
     }
-    json Save(Domain domain = Domain::Job) {
-        json section;
+    Json Save(Domain domain = Domain::Job) {
+        Json section;
         provider.Save(domain, section);
         return section;
     }
