@@ -94,9 +94,9 @@ EventStreams::EventStreams(Environ given)
     , history(environ.boot, environ.limits.history)
     , beat([this](Vor::AsyncTimer&) { Beat(); }) {
     for (VorApi::IResource* const resource : environ.router.Resources()) {
-        subscriptions.emplace_back(
-            resource, resource->NotificationEvent().Add([this](VorApi::Notification code, VorApi::IResource&,
-                                                               const std::string& path) { Notice(code, path); }));
+        subscriptions.emplace_back(resource, resource->NotificationEvent().Add(listeners.Guarded(
+                                                 [this](VorApi::Notification code, const VorApi::IResource&,
+                                                        const std::string& path) { Notice(code, path); })));
     }
     beat.Start(BeatPeriod, false);
 }

@@ -10,6 +10,7 @@
 #include "VorApi/IResource.h"
 #include "VorApi/IStreamReceiver.h"
 #include "VorApi/RequestInfoEx.h"
+#include "VorApi/Threads/CallGuard.h"
 #include "VorRest/RequestProcessor.h"
 
 #include <cstddef>
@@ -113,7 +114,8 @@ private:
     std::mutex mutex;
     std::vector<PendingNotice> notices; ///< in order, none twice; those that the main loop has still to send
 
-    Vor::AsyncRunner runner; ///< last, so that nothing of it runs while the other members are destroyed
+    Vor::AsyncRunner runner;  ///< so near the end that nothing of it runs while the other members are destroyed
+    Vor::CallGuard listeners; ///< of the subscriptions
 };
 
 } // namespace Sensor::Http
