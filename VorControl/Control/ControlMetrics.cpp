@@ -113,17 +113,18 @@ const IMetricsSource& ControlMetrics::ResolveReport(const ControlMetricsKey& key
     return instance.MetricsSource();
 }
 
-// A handler may remove this key or another one, so the walk is over a copy of the keys.
+// A handler may remove this key or another one, so the walk is over a copy of the keys. Figures that can't be read, as
+// those of a port that has gone, keep no others from being reported. The first failure is thrown at the end.
 void ControlMetrics::DispatchReports() {
     std::vector<ControlMetricsKey> keys;
     keys.reserve(reportEvents.size());
     for (const auto& entry : reportEvents) {
         keys.push_back(entry.first);
     }
-    for (const ControlMetricsKey& key : keys) {
+    const auto dispatch = [this](const ControlMetricsKey& key) {
         const auto found = reportEvents.find(key);
         if (found == reportEvents.end()) {
-            continue;
+            return;
         }
         const IMetricsSource& source = LastReport(key);
         try {
@@ -131,6 +132,17 @@ void ControlMetrics::DispatchReports() {
         } catch (const Vor::Exception& e) {
             Vor::LogThrown(e, "Dispatching metrics exception for metrics source %s", key.ProtocolName());
         }
+    };
+    std::exception_ptr first;
+    for (const ControlMetricsKey& key : keys) {
+        try {
+            dispatch(key);
+        } catch (...) {
+            first = first == nullptr ? std::current_exception() : first;
+        }
+    }
+    if (first != nullptr) {
+        std::rethrow_exception(first);
     }
 }
 

@@ -253,6 +253,23 @@ TEST_F(ControlMetricsTest, ReportsComeAgainAfterFiguresThatCouldntBeRead) {
     manager.reset();
 }
 
+TEST_F(ControlMetricsTest, FiguresThatCantBeReadKeepNoOthersFromBeingReported) {
+    RefreshBeforeReports();
+    Tests::FakeDeviceManager devices;
+    a->Init({.params = &a->params, .metrics = &a->figures, .deviceManager = &devices});
+    const ControlMetricsKey port("a", "device-0", "port-1");
+    const auto idOfPort = metrics->AddReportHandler(Record("port"), port);
+    const auto idOfB = metrics->AddReportHandler(Record("b"), keyB);
+    devices.onMetricsSource = [] { Vor::Throw(yERROR_NOT_FOUND, "the port has gone"); };
+    loop.Advance(2s);
+    EXPECT_EQ(NewReports(), (Reports{"b 4", "b 8"}));
+    metrics->RemoveReportHandler(idOfPort, port);
+    metrics->RemoveReportHandler(idOfB, keyB);
+    // The manager's handlers go before the devices.
+    metrics.reset();
+    manager.reset();
+}
+
 TEST_F(ControlMetricsTest, APortOfAServiceWithoutDevicesIsTheService) {
     EXPECT_EQ(&metrics->LastReport(ControlMetricsKey("b", "device-0", "port-1")),
               &manager->GetInstance("b").MetricsSource());
