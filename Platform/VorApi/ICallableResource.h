@@ -14,6 +14,8 @@ public:
     virtual VorDataTree Invoke(const RequestInfoEx& request, ResponseInfoEx& /*response*/, const VorDataTree& data) {
         return Invoke(request, data);
     }
+    /// Whether there is a command for the request that has no document.
+    virtual bool IsCommand(const RequestInfoEx& /*request*/) const { return false; }
 
 protected:
     ~ICallableResource() = default;

@@ -23,6 +23,8 @@ public:
     virtual void Delete(const RequestInfo& request, ResponseInfoEx& /*response*/) { Delete(request); }
     /// Whether clients can create something, and not only delete.
     virtual bool Creates() const { return true; }
+    /// Whether clients can delete something.
+    virtual bool Deletes() const { return true; }
 
 protected:
     ~IParentResource() = default;

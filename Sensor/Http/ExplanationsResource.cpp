@@ -53,9 +53,11 @@ public:
 };
 
 constexpr RelationText RelationExplanations[] = {
+    {"availableIoDevices", "The devices with digital outputs that a service may use."},
     {"controls", "The list of the services."},
     {"controlTypes", "The types of service that there are."},
     {"events", "The topics of events. With 'Accept: text/event-stream' they are a stream of what happens."},
+    {"ioDevices", "The devices with digital outputs that a service uses. POST selects one of the available devices."},
     {"healthz", "Whether the sensor answers."},
     {"problems", "The kinds of refusals, each with an explanation."},
     {"rels", "The relations whose names begin with 'vor:', each with an explanation."},

@@ -44,7 +44,7 @@ struct ResourceMap::Place {
 
     bool IsUpdatable() const { return document != nullptr && !isCollection; }
     bool Creates() const { return parent != nullptr && (isCollection || !hasItems) && parent->Creates(); }
-    bool Deletes() const { return parent != nullptr && !isCollection; }
+    bool Deletes() const { return parent != nullptr && !isCollection && parent->Deletes(); }
     bool IsCommand() const { return command != nullptr && !isCollection; }
 };
 
@@ -116,7 +116,8 @@ Methods ResourceMap::MethodsOf(const Place& place) {
     methods.get = place.document != nullptr && place.document->HasDocument(place.request);
     const bool exists = methods.get || place.document == nullptr;
     methods.patch = exists && place.IsUpdatable() && place.document->IsUpdatable();
-    methods.post = exists && (place.IsCommand() || place.Creates());
+    methods.post =
+        exists ? place.IsCommand() || place.Creates() : place.IsCommand() && place.command->IsCommand(place.request);
     methods.remove = exists && place.Deletes();
     return methods;
 }

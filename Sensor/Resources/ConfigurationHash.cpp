@@ -1,7 +1,10 @@
 #include "Sensor/Resources/ConfigurationHash.h"
 
 #include "Vor/TreeWriter.h"
+#include "VorControl/Control/ControlDevicePort.h"
+#include "VorControl/Control/IControlDeviceManager.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 
 #include <functional>
 #include <string>
@@ -74,6 +77,14 @@ void Add(Hash& hash, const Vor::Properties::Node& node) {
     Vor::Properties::Internal::TreeWriter<HashPlace>().Write(node, HashPlace(hash));
 }
 
+void Add(Hash& hash, VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly) {
+    Add(hash, assembly.Attributes());
+    Add(hash, assembly.Properties());
+    for (const auto& block : assembly.AddedRegisterBlocks()) {
+        Add(hash, *block);
+    }
+}
+
 } // namespace
 
 std::uint64_t HashOf(const Vor::Properties::Node& node) {
@@ -84,10 +95,27 @@ std::uint64_t HashOf(const Vor::Properties::Node& node) {
 
 std::uint64_t HashOf(VorControl::ControlProtocol::IProtocolRegisterAssembly& assembly) {
     Hash hash;
-    Add(hash, assembly.Attributes());
-    Add(hash, assembly.Properties());
-    for (const auto& block : assembly.AddedRegisterBlocks()) {
-        Add(hash, *block);
+    Add(hash, assembly);
+    return hash.Value();
+}
+
+std::uint64_t HashOf(const VorControl::IControlDeviceManager& devices) {
+    Hash hash;
+    for (const auto& [id, device] : devices.SelectedDevices()) {
+        for (const std::string* const text : {&id, &device.displayName, &device.engineId, &device.providerId}) {
+            hash.AddText('d', *text);
+        }
+        const auto provider = device.device.lock();
+        for (const auto& [portId, port] : device.ports) {
+            hash.AddText('p', portId);
+            const auto parameters = provider != nullptr ? provider->PortParams(port->PortNumber()) : nullptr;
+            if (parameters != nullptr) {
+                Add(hash, *parameters);
+            }
+            const auto assembly = port->RegisterAssembly();
+            const VorControl::ControlProtocol::AssemblyLock lock(*assembly);
+            Add(hash, *assembly);
+        }
     }
     return hash.Value();
 }

@@ -4,12 +4,16 @@
 #include "Vor/Exception.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Path.h"
+#include "VorControl/Control/IControlDeviceManager.h"
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/InstanceLocks.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
 
+#include <cstddef>
 #include <exception>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace Sensor::Resources {
 
@@ -21,6 +25,7 @@ namespace {
 
 constexpr const char* ParametersPart = "parameters";
 constexpr const char* OutputsPart = "outputs";
+constexpr const char* DevicesPart = "devices";
 
 std::string AssemblyPart(const std::string& assemblyId) {
     return "registerAssemblies/" + assemblyId;
@@ -55,6 +60,22 @@ std::uint64_t AssemblyHash(IControlInstance& instance, const std::string& assemb
     });
 }
 
+std::uint64_t DevicesHash(const IControlInstance& instance) {
+    return HashOrNone([&] {
+        VorControl::IControlDeviceManager& devices = instance.DeviceManager();
+        const VorControl::DeviceManagerLock lock(devices);
+        return HashOf(devices);
+    });
+}
+
+/// Whether a path below a service is that of figures, of the service or of a port.
+bool IsOfFigures(const std::vector<std::string_view>& steps) {
+    constexpr std::size_t ServiceSteps = 2;
+    constexpr std::size_t PortSteps = 6;
+    const std::size_t before = steps.size() - 1;
+    return (before == ServiceSteps || before == PortSteps) && Path::Decode(steps.back()) == "metrics";
+}
+
 } // namespace
 
 Revisions::Revisions(std::string boot, IControlManager& manager)
@@ -86,6 +107,43 @@ Revisions::Revisions(std::string boot, IControlManager& manager)
           },
           &IControlInstance::RemoveRegisterAssemblyUpdatedEventHandler,
           "A handler of changed register assemblies can't be removed.")
+    , deviceUpdates(
+          manager,
+          [this](IControlInstance& instance) {
+              // A device changes on any thread, and the selection on the main loop.
+              return instance.AddDeviceUpdatedEventHandler(
+                  [this, &instance, changes = services[instance.Id()].deviceChanges](
+                      const std::string& id, const std::string& deviceId, bool) {
+                      if (deviceId.empty()) {
+                          Compare(id, DevicesPart, [&] { return DevicesHash(instance); });
+                      } else {
+                          ++*changes;
+                      }
+                  });
+          },
+          "A handler of changed devices can't be added.", &IControlInstance::RemoveDeviceUpdatedEventHandler,
+          "A handler of changed devices can't be removed.")
+    , deviceRemovals(
+          manager,
+          [this](IControlInstance& instance) {
+              return instance.AddDeviceRemovedEventHandler(
+                  [changes = services[instance.Id()].deviceChanges](const std::string&, const std::string&, bool) {
+                      ++*changes;
+                  });
+          },
+          "A handler of removed devices can't be added.", &IControlInstance::RemoveDeviceRemovedEventHandler,
+          "A handler of removed devices can't be removed.")
+    , deviceAssemblies(
+          manager,
+          [this](IControlInstance& instance) {
+              return instance.AddDeviceRegisterAssemblyUpdatedEventHandler(
+                  [this, &instance](const std::string& id, const std::string&, const std::string&, const std::string&) {
+                      Compare(id, DevicesPart, [&] { return DevicesHash(instance); });
+                  });
+          },
+          "A handler of changed ports can't be added.",
+          &IControlInstance::RemoveDeviceRegisterAssemblyUpdatedEventHandler,
+          "A handler of changed ports can't be removed.")
     , enabled(
           manager,
           [this](IControlInstance& instance) {
@@ -108,15 +166,15 @@ Revisions::~Revisions() {
 std::optional<std::string> Revisions::TagOf(const std::string& path) const {
     try {
         const auto steps = Path::Split(path);
-        if (steps.size() < 2 || Path::Decode(steps[0]) != "controls" ||
-            (steps.size() == 3 && Path::Decode(steps[2]) == "metrics")) {
+        if (steps.size() < 2 || Path::Decode(steps[0]) != "controls" || IsOfFigures(steps)) {
             return std::nullopt;
         }
         const auto service = services.find(Path::Decode(steps[1]));
         if (service == services.end()) {
             return std::nullopt;
         }
-        return '"' + boot + '-' + std::to_string(service->second.revision) + '"';
+        const std::uint64_t revision = service->second.revision + *service->second.deviceChanges;
+        return '"' + boot + '-' + std::to_string(revision) + '"';
     } catch (const Vor::Exception&) {
         return std::nullopt; // not a path
     }
@@ -164,6 +222,9 @@ Revisions::Hashes Revisions::HashesOf(IControlInstance& instance) {
     Hashes hashes;
     hashes[ParametersPart] = ParametersHash(instance);
     hashes[OutputsPart] = OutputsHash(instance);
+    if (instance.HasDeviceManager()) {
+        hashes[DevicesPart] = DevicesHash(instance);
+    }
     if (instance.HasRegisterAssemblyGroup()) {
         for (const std::string& assemblyId : instance.RegisterAssemblyList()) {
             hashes[AssemblyPart(assemblyId)] = AssemblyHash(instance, assemblyId);

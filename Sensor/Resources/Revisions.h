@@ -5,17 +5,20 @@
 #include "VorControl/Control/IControlManager.h"
 #include "VorControl/Protocol/ServiceSubscriptions.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace Sensor::Resources {
 
-/// Counts how often the configuration of each service has changed: its parameters, its output map and its register
-/// assemblies at the end of an update that has changed them, at each start and stop, and at the end of each load. For
-/// the main loop; loads change it while the main loop waits for them.
+/// Counts how often the configuration of each service has changed: its parameters, its output map, its register
+/// assemblies and its devices at the end of an update that has changed them, when a device changes or goes by itself,
+/// at each start and stop, and at the end of each load. For the main loop; loads change it while the main loop waits
+/// for them, and devices change on any thread.
 class Revisions : public Http::IRevisions {
 public:
     /// `boot` is part of each tag. The manager must outlive this.
@@ -37,8 +40,12 @@ private:
     using Hashes = std::map<std::string, std::uint64_t>;
     using Hash = std::function<std::uint64_t()>;
 
+    /// What a handler of devices shares, which may run while this object goes.
+    using DeviceChanges = std::shared_ptr<std::atomic<std::uint64_t>>;
+
     struct Service {
-        std::uint64_t revision = 1;
+        std::uint64_t revision = 1; ///< but for the changes of devices
+        DeviceChanges deviceChanges = std::make_shared<std::atomic<std::uint64_t>>(0);
         Hashes hashes;
         bool isEnabled = false;
         std::optional<std::string> failure = std::nullopt; ///< of the last start or stop
@@ -58,6 +65,10 @@ private:
     VorControl::Protocol::ServiceSubscriptions<Instance::ParamsUpdatedEvent::CallbackId> params;
     VorControl::Protocol::ServiceSubscriptions<Instance::OutputsUpdatedEvent::CallbackId> outputs;
     VorControl::Protocol::ServiceSubscriptions<Instance::RegisterAssemblyUpdatedEvent::CallbackId> assemblies;
+    VorControl::Protocol::ServiceSubscriptions<Instance::DeviceUpdatedEvent::CallbackId> deviceUpdates;
+    VorControl::Protocol::ServiceSubscriptions<Instance::DeviceRemovedEvent::CallbackId> deviceRemovals;
+    VorControl::Protocol::ServiceSubscriptions<Instance::DeviceRegisterAssemblyUpdatedEvent::CallbackId>
+        deviceAssemblies;
     VorControl::Protocol::ServiceSubscriptions<Instance::EnabledEvent::CallbackId> enabled;
     VorControl::IControlManager::PersistenceLoadEvent::CallbackId load;
 };

@@ -56,7 +56,10 @@ public:
         const auto found = behaviours.find(port);
         return found == behaviours.end() ? SoftwareEvents : found->second;
     }
-    std::string DisplayName(unsigned long long port) const override { return "Port " + std::to_string(port); }
+    std::string DisplayName(unsigned long long port) const override {
+        const auto found = names.find(port);
+        return found == names.end() ? "Port " + std::to_string(port) : found->second;
+    }
     std::vector<unsigned long long> Ports() const override { return ports; }
     void OnDeselected() override { Note("OnDeselected"); }
     ParamsChangedEvent::CallbackId AddParamsChangedHandler(std::function<void(unsigned long long)> handler) override {
@@ -79,7 +82,8 @@ public:
     DeviceStatus status;
     yStatus answer = yOK;
     std::vector<unsigned long long> ports{0, 1};
-    std::map<unsigned long long, int> behaviours; ///< of ports that aren't for software events
+    std::map<unsigned long long, std::string> names; ///< of ports that have another name than "Port 0"
+    std::map<unsigned long long, int> behaviours;    ///< of ports that aren't for software events
     std::map<unsigned long long, std::shared_ptr<Tests::PortParams>> params;
     ChangedEvent changed;
     ParamsChangedEvent paramsChanged;

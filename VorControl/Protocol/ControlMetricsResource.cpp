@@ -1,7 +1,6 @@
 #include "VorControl/Protocol/ControlMetricsResource.h"
 
-#include "Vor/Exception.h"
-#include "yApi/yStatus.h"
+#include "VorControl/Protocol/RequiredKey.h"
 
 namespace VorControl::Protocol {
 
@@ -10,11 +9,7 @@ ControlMetricsKey ControlMetricsResource::PopulateMetricsKey(const VorApi::Reque
 }
 
 ControlMetricsKey ControlMetricsResource::PopulateMetricsKey(const VorApi::RequestInfo& request) const {
-    const std::string* const protocol = request.FindKey("protocol");
-    if (protocol == nullptr) {
-        Vor::Throw(yERROR_PARAMETER, "Missing control protocol name in request");
-    }
-    return ControlMetricsKey(*protocol);
+    return ControlMetricsKey(RequiredKey(request, "protocol", MissingProtocol));
 }
 
 } // namespace VorControl::Protocol

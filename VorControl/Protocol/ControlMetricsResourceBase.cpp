@@ -1,10 +1,12 @@
 #include "VorControl/Protocol/ControlMetricsResourceBase.h"
 
 #include "Vor/Exception.h"
+#include "Vor/Logging.h"
 #include "VorControl/Protocol/MetricsDocument.h"
 #include "yApi/yStatus.h"
 
 #include <utility>
+#include <vector>
 
 namespace VorControl::Protocol {
 
@@ -42,6 +44,22 @@ void ControlMetricsResourceBase::RequireDocument(const VorApi::RequestInfoEx& re
 
 VorApi::StreamResourceBase* ControlMetricsResourceBase::StreamableProvider() {
     return this;
+}
+
+// A receiver stops its stream, and the others may go with it.
+void ControlMetricsResourceBase::AbortStreams(const std::function<bool(const ControlMetricsKey&)>& isVictim) {
+    std::vector<unsigned int> victims;
+    for (const auto& [id, stream] : streams) {
+        if (isVictim(stream.key)) {
+            Vor::LogInfo("Stopping stream %s, id %u", stream.receiver->Description(), id);
+            victims.push_back(id);
+        }
+    }
+    for (const unsigned int id : victims) {
+        if (const auto stream = streams.find(id); stream != streams.end()) {
+            stream->second.receiver->Abort();
+        }
+    }
 }
 
 void ControlMetricsResourceBase::OnData(VorApi::IStreamReceiver* receiver, const VorCommon::IMetricsSource& source) {

@@ -4,6 +4,7 @@
 #include "VorApi/StreamResourceBase.h"
 #include "VorControl/Control/IControlMetrics.h"
 
+#include <functional>
 #include <map>
 
 namespace VorControl::Protocol {
@@ -24,10 +25,14 @@ public:
     VorApi::StreamResourceBase* StreamableProvider() override;
 
 protected:
+    static constexpr const char* MissingProtocol = "Missing control protocol name in request";
+
     void RequireDocument(const VorApi::RequestInfoEx& request) override;
     /// What the figures of a request are about.
     virtual ControlMetricsKey PopulateMetricsKey(const VorApi::RequestInfoEx& request) const = 0;
     virtual ControlMetricsKey PopulateMetricsKey(const VorApi::RequestInfo& request) const = 0;
+    /// Aborts the streams about what `isVictim` accepts.
+    void AbortStreams(const std::function<bool(const ControlMetricsKey&)>& isVictim);
 
 private:
     struct StreamRecord {

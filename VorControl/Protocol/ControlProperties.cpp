@@ -6,9 +6,9 @@ namespace VorControl::Protocol {
 
 ControlProperties::ControlProperties() {
     Register("enabled", enabled, Title("Enabled"));
-    RegisterReadOnly(*this, "id", id, "Internal Service Id");
-    RegisterReadOnly(*this, "typeName", typeName, "Service Type");
-    RegisterReadOnly(*this, "displayName", displayName, "Display Name");
+    RegisterReadOnly(*this, "id", id, Title("Internal Service Id"));
+    RegisterReadOnly(*this, "typeName", typeName, Title("Service Type"));
+    RegisterReadOnly(*this, "displayName", displayName, Title("Display Name"));
 }
 
 ControlPropertiesUpdate::ControlPropertiesUpdate() {

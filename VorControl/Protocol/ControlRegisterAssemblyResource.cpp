@@ -2,28 +2,15 @@
 
 #include "VorApi/Path.h"
 #include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
-#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "yApi/yStatus.h"
 
 namespace VorControl::Protocol {
 
-using ControlProtocol::IProtocolRegisterAssembly;
 using VorApi::VorDataTree;
 
 namespace {
 
 constexpr const char* AssemblyPath = "/controls/:protocol/registerAssemblies/:registerAssembly";
-
-/// Writes an array with an element for each entry of a list that is valid while the assembly is locked.
-template <class List, class Write>
-void WriteList(const IProtocolRegisterAssembly& assembly, VorDataTree array, const List& list, const Write& write) {
-    array.MakeArray();
-    ControlProtocol::AssemblyLock lock(assembly);
-    for (const auto& entry : list()) {
-        write(*entry, array.Append());
-    }
-    lock.Unlock();
-}
 
 } // namespace
 
@@ -63,17 +50,7 @@ void ControlRegisterAssemblyResource::RequireDocument(const VorApi::RequestInfoE
 void ControlRegisterAssemblyResource::ReadOne(const IControlInstance& instance, const std::string& assemblyId,
                                               const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                                               VorDataTree& data) {
-    const auto assembly = instance.RegisterAssembly(assemblyId.c_str());
-    WritePart(assembly->Properties(), request, data);
-    WritePart(assembly->Attributes(), request, data["attributes"]);
-    const auto write = [&](const Vor::Properties::Node& node, const VorDataTree& element) {
-        WritePart(node, request, element);
-    };
-    WriteList(
-        *assembly, data["supportedBlockTypes"],
-        [&]() -> const auto& { return assembly->SupportedRegisterBlockTypes(); }, write);
-    WriteList(
-        *assembly, data["blocks"], [&]() -> const auto& { return assembly->AddedRegisterBlocks(); }, write);
+    WriteAssembly(*instance.RegisterAssembly(assemblyId.c_str()), request, data);
     LinkCommands(instance.RegisterAssemblyCommandTarget(assemblyId.c_str()),
                  "/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command",
                  {instance.Id(), assemblyId}, response);

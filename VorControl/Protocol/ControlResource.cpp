@@ -80,6 +80,12 @@ void ControlResource::ReadAll(VorApi::ResponseInfoEx& response) const {
 }
 
 void ControlResource::EmbedParts(const IControlInstance& instance, VorApi::ResponseInfoEx& response) {
+    if (instance.HasDeviceManager()) {
+        response.Embed("vor:availableIoDevices", Path::Format("/controls/:protocol/availableDevices", {instance.Id()}),
+                       false, VorDataTree());
+        response.Embed("vor:ioDevices", Path::Format("/controls/:protocol/devices", {instance.Id()}), false,
+                       VorDataTree());
+    }
     if (instance.HasProtocolOutput()) {
         response.Embed("vor:datasources", Path::Format("/controls/:protocol/outputs", {instance.Id()}), false,
                        VorDataTree());

@@ -5,13 +5,15 @@
 #include "VorApi/LogThrown.h"
 #include "VorApi/Path.h"
 #include "VorCommon/ICommandTarget.h"
+#include "VorControl/ControlProtocol/IProtocolRegisterAssembly.h"
+#include "VorControl/ControlProtocol/ScopeLocks.h"
 #include "VorControl/Protocol/CommandProperties.h"
-#include "yApi/yStatus.h"
 
 #include <nlohmann/json.hpp>
 
 namespace VorControl::Protocol {
 
+using ControlProtocol::IProtocolRegisterAssembly;
 using VorApi::Path;
 using VorApi::VorDataTree;
 
@@ -28,6 +30,17 @@ void ForEachCommand(const VorCommon::ICommandTarget& target, const char* pattern
     }
 }
 
+/// Writes an array with an element for each entry of a list that is valid while the assembly is locked.
+template <class List, class Write>
+void WriteList(const IProtocolRegisterAssembly& assembly, VorDataTree array, const List& list, const Write& write) {
+    array.MakeArray();
+    ControlProtocol::AssemblyLock lock(assembly);
+    for (const auto& entry : list()) {
+        write(*entry, array.Append());
+    }
+    lock.Unlock();
+}
+
 } // namespace
 
 ControlResourceBase::ControlResourceBase(IControlManager& manager)
@@ -40,26 +53,15 @@ ControlResourceBase::~ControlResourceBase() {
 }
 
 void ControlResourceBase::OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state) {
-    notificationsHeld = state == IControlManager::PersistenceLoadOpState::Begin;
-    if (notificationsHeld) {
-        notificationsSaved = 0;
+    const bool begins = state == IControlManager::PersistenceLoadOpState::Begin;
+    if (begins) {
+        notificationsSaved.store(0, std::memory_order_relaxed);
     }
+    notificationsHeld.store(begins, std::memory_order_relaxed);
 }
 
 IControlInstance& ControlResourceBase::ResolveToInstance(const std::string& id) const {
     return controlManager.GetInstance(id);
-}
-
-const std::string& ControlResourceBase::RequiredKey(const VorApi::RequestInfo& request, const char* name,
-                                                    const char* failureText) {
-    const std::string* const value = request.FindKey(name);
-    if (value != nullptr) {
-        return *value;
-    }
-    if (failureText == nullptr) {
-        Vor::Throw(yERROR_PARAMETER);
-    }
-    Vor::Throw(yERROR_PARAMETER, failureText);
 }
 
 IControlInstance& ControlResourceBase::RequiredInstance(const VorApi::RequestInfo& request,
@@ -80,8 +82,8 @@ void ControlResourceBase::WritePart(const Vor::Properties::Node& node, const Vor
 }
 
 void ControlResourceBase::ResourceEventHandler(const std::string& path) {
-    if (notificationsHeld) {
-        ++notificationsSaved;
+    if (notificationsHeld.load(std::memory_order_relaxed)) {
+        notificationsSaved.fetch_add(1, std::memory_order_relaxed);
         return;
     }
     Notify(VorApi::Notification::Changed, path);
@@ -93,6 +95,20 @@ void ControlResourceBase::MakeRegisterAssemblyList(const char* pattern, const st
     for (const std::string& id : ids) {
         response.Embed(relation, Path::Format(pattern, {serviceId, id}), true, VorDataTree());
     }
+}
+
+void ControlResourceBase::WriteAssembly(IProtocolRegisterAssembly& assembly, const VorApi::RequestInfoEx& request,
+                                        VorDataTree& data) {
+    WritePart(assembly.Properties(), request, data);
+    WritePart(assembly.Attributes(), request, data["attributes"]);
+    const auto write = [&](const Vor::Properties::Node& node, const VorDataTree& element) {
+        WritePart(node, request, element);
+    };
+    WriteList(
+        assembly, data["supportedBlockTypes"], [&]() -> const auto& { return assembly.SupportedRegisterBlockTypes(); },
+        write);
+    WriteList(
+        assembly, data["blocks"], [&]() -> const auto& { return assembly.AddedRegisterBlocks(); }, write);
 }
 
 void ControlResourceBase::EmbedCommands(const VorCommon::ICommandTarget& target, const char* pattern,

@@ -5,7 +5,9 @@
 #include "VorControl/Control/IControlInstance.h"
 #include "VorControl/Control/IControlManager.h"
 #include "VorControl/Control/RunCaught.h"
+#include "VorControl/Protocol/RequiredKey.h"
 
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <string>
@@ -17,6 +19,10 @@ class Group;
 
 namespace VorCommon {
 class ICommandTarget;
+}
+
+namespace VorControl::ControlProtocol {
+class IProtocolRegisterAssembly;
 }
 
 namespace VorControl::Protocol {
@@ -36,9 +42,6 @@ protected:
     virtual void OnPersistenceLoadEvent(IControlManager::PersistenceLoadOpState state);
 
     IControlInstance& ResolveToInstance(const std::string& id) const;
-    /// The value of a parameter of the path. Fails with yERROR_PARAMETER, and the text if it isn't null, without it.
-    static const std::string& RequiredKey(const VorApi::RequestInfo& request, const char* name,
-                                          const char* failureText = nullptr);
     IControlInstance& RequiredInstance(const VorApi::RequestInfo& request, const char* failureText = nullptr) const;
 
     /// Writes the schema of the node into the member "_schema".
@@ -47,13 +50,16 @@ protected:
     /// wants it.
     static void WritePart(const Vor::Properties::Node& node, const VorApi::RequestInfoEx& request,
                           const VorApi::VorDataTree& tree);
-    /// Notifies that the resource at the path has changed.
+    /// Notifies that the resource at the path has changed. From any thread.
     void ResourceEventHandler(const std::string& path);
     /// How many changes weren't notified since the last load began.
-    unsigned int NotificationsSaved() const { return notificationsSaved; }
+    unsigned int NotificationsSaved() const { return notificationsSaved.load(std::memory_order_relaxed); }
     /// Embeds the register assemblies of a service.
     static void MakeRegisterAssemblyList(const char* pattern, const std::string& relation, const std::string& serviceId,
                                          const std::vector<std::string>& ids, VorApi::ResponseInfoEx& response);
+    /// The document of a register assembly: its properties, its attributes, its block types and its blocks.
+    static void WriteAssembly(ControlProtocol::IProtocolRegisterAssembly& assembly,
+                              const VorApi::RequestInfoEx& request, VorApi::VorDataTree& data);
 
     /// Embeds the commands of a target as "item" or links them as "vor:command". The pattern has the values and the
     /// command.
@@ -79,8 +85,8 @@ protected:
     IControlManager& controlManager;
 
 private:
-    bool notificationsHeld = false;
-    unsigned int notificationsSaved = 0;
+    std::atomic<bool> notificationsHeld = false;
+    std::atomic<unsigned int> notificationsSaved = 0;
     IControlManager::PersistenceLoadEvent::CallbackId persistenceLoadHandle;
 };
 

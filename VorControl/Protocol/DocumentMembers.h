@@ -10,10 +10,10 @@ inline const char* Title(const char* text) {
     return ControlProtocol::Translate("com.vorlab.ctrl", text);
 }
 
-/// Makes a parameter, whose title is translated, a member of a group that clients can't change.
+/// Makes a parameter a member of a group that clients can't change. Without a title it has the name as its title.
 template <class P>
-void RegisterReadOnly(Vor::Params::Group& group, const char* name, P& parameter, const char* title) {
-    group.Register(name, parameter, Title(title));
+void RegisterReadOnly(Vor::Params::Group& group, const char* name, P& parameter, const char* title = "") {
+    group.Register(name, parameter, title);
     parameter.EnableReadOnly();
     parameter.SetReadOnly(true);
 }

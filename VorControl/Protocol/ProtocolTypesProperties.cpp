@@ -6,18 +6,18 @@
 namespace VorControl::Protocol {
 
 ProtocolIconProperties::ProtocolIconProperties() {
-    RegisterReadOnly(*this, "mimeType", mimeType, "Icon MIME Type");
-    RegisterReadOnly(*this, "data", data, "Icon Data");
+    RegisterReadOnly(*this, "mimeType", mimeType, Title("Icon MIME Type"));
+    RegisterReadOnly(*this, "data", data, Title("Icon Data"));
 }
 
 ProtocolTypesProperties::ProtocolTypesProperties() {
-    RegisterReadOnly(*this, "type", type, "Identifier");
-    RegisterReadOnly(*this, "displayName", displayName, "Display Type");
-    RegisterReadOnly(*this, "description", description, "Description");
-    RegisterReadOnly(*this, "helpHtml", helpHtml, "Help In HTML");
-    RegisterReadOnly(*this, "helpUrl", helpUrl, "Help URL");
-    RegisterReadOnly(*this, "categories", categories, "Categories");
-    RegisterReadOnly(*this, "icon", icon, "Icon");
+    RegisterReadOnly(*this, "type", type, Title("Identifier"));
+    RegisterReadOnly(*this, "displayName", displayName, Title("Display Type"));
+    RegisterReadOnly(*this, "description", description, Title("Description"));
+    RegisterReadOnly(*this, "helpHtml", helpHtml, Title("Help In HTML"));
+    RegisterReadOnly(*this, "helpUrl", helpUrl, Title("Help URL"));
+    RegisterReadOnly(*this, "categories", categories, Title("Categories"));
+    RegisterReadOnly(*this, "icon", icon, Title("Icon"));
 }
 
 void ProtocolTypesProperties::Populate(const ControlInfo& info) {

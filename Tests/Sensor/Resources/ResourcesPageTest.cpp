@@ -4,14 +4,13 @@
 #include "Sensor/Http/ResourceMap.h"
 #include "Tests/Sensor/Resources/SensorFixture.h"
 #include "Tests/Support/BuildFolders.h"
-#include "Tests/Support/MarkdownTable.h"
+#include "Tests/Support/DocumentTables.h"
 #include "VorApi/Path.h"
 #include "VorApi/RoutedResource.h"
 #include "VorApi/VorDataTree.h"
 
 #include <algorithm>
 #include <exception>
-#include <map>
 #include <set>
 #include <string>
 #include <utility>
@@ -23,13 +22,12 @@ namespace Sensor::Resources {
 namespace {
 
 using nlohmann::json;
-using Tests::WithoutTicks;
+using Tests::Documented;
+using Tests::Entries;
+using Tests::FirstOf;
+using Tests::Members;
 using VorApi::Path;
 
-/// By name: what the second column has.
-using Entries = std::map<std::string, std::string>;
-
-constexpr const char* Page = "Docs/resources.md";
 constexpr const char* AssemblyPath = "/controls/:protocol/registerAssemblies/:registerAssembly";
 
 /// The resources with the services of this project.
@@ -47,52 +45,6 @@ protected:
         return answer;
     }
     json Document(const std::string& path) { return Read(path, true).ToJson(); }
-
-    /// The second column, without the quotation marks of code, of the table with these titles.
-    static Entries Documented(const std::string& first, const std::string& second, const char* page = Page) {
-        Entries entries;
-        for (const auto& [name, cells] : Tests::MarkdownTable(page, {first, second})) {
-            entries[name] = WithoutTicks(cells.at(1));
-        }
-        return entries;
-    }
-
-    /// "integer", or "integer or null" for several.
-    static std::string TypeOf(const json& type) {
-        if (type.is_string()) {
-            return type;
-        }
-        std::string text;
-        for (const json& one : type) {
-            text += (text.empty() ? "" : " or ") + one.get<std::string>();
-        }
-        return text;
-    }
-
-    /// The first element of an array with its schema, of which there is one for each element or one for all.
-    static json FirstOf(const json& document, const char* name) {
-        json element = document.at(name).at(0);
-        const json& items = document.at("_schema").at("properties").at(name).at("items");
-        element["_schema"] = items.is_array() ? items.at(0) : items;
-        return element;
-    }
-
-    /// The members of a document with their types, read-only ones with a mark.
-    static Entries Members(const json& document) {
-        Entries entries;
-        const json schema = document.value("_schema", json::object()).value("properties", json::object());
-        for (const auto& [name, value] : document.items()) {
-            if (name == "_schema") {
-                continue;
-            }
-            const json keywords = schema.value(name, json::object());
-            entries[name] = TypeOf(keywords.value("type", json(value.is_array() ? "array" : "object")));
-            if (keywords.value("readOnly", false)) {
-                entries[name] += ", read-only";
-            }
-        }
-        return entries;
-    }
 
     /// The relations of a document with the routes, or the collections, to which they lead.
     Entries Relations(const std::string& path) {

@@ -2,6 +2,7 @@
 
 #include "Tests/Support/AddBlocks.h"
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/FakeDeviceOperations.h"
 #include "Tests/Support/FakeOutputDevice.h"
 #include "Tests/Support/FakeScanEngineInterface.h"
 #include "Tests/Support/Faults.h"
@@ -20,34 +21,6 @@
 namespace Tests {
 
 using Texts = std::vector<std::string>;
-
-/// Records what is queued, and runs nothing.
-class FakeDeviceOperations : public VorControl::IControlDeviceOperations, public CallLog {
-public:
-    OpEndEvent::CallbackId
-    AddOpEndEventHandler(const std::string& clientId,
-                         std::function<void(VorControl::ControlDeviceOperationsResults)> handler) override {
-        Note("add " + clientId);
-        return ended.Add(std::move(handler));
-    }
-    void RemoveOpEndEventHandler(const std::string& clientId, OpEndEvent::CallbackId& id) override {
-        Note("remove " + clientId);
-        ended.Remove(id);
-    }
-    bool FindAvailableSensors(const std::string& clientId) override {
-        Note("find " + clientId);
-        return true;
-    }
-    bool SetDigitalOutputState(const std::string& clientId, std::shared_ptr<VorCommon::IDigitalOutputProvider> provider,
-                               unsigned long long port, bool canDrop, bool state, long long target) override {
-        Note("set " + clientId + " " + provider->Device().SerialNumber() + " " + std::to_string(port) + " " +
-             Text(canDrop) + " " + Text(state) + " " + std::to_string(target));
-        return true;
-    }
-    void ClearPendingOperations(VorControl::ControlDeviceActionId) override { Note("clear"); }
-
-    OpEndEvent ended;
-};
 
 /// A manager of the service "service", named "Service", whose one engine has the devices "p0" (serial number 1001) and
 /// "p1" (1002). The list of events has each one's name and id, and "locked" if the manager's lock is held.

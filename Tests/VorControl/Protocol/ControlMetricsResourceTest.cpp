@@ -1,6 +1,7 @@
 #include "VorControl/Protocol/ControlMetricsResource.h"
 
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/StreamReceiver.h"
 #include "Tests/VorControl/Protocol/FakeReporter.h"
 #include "VorControl/Protocol/MetricsDocument.h"
 
@@ -10,26 +11,12 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+using Tests::StreamReceiver;
 using VorApi::RequestInfoEx;
 using VorApi::VorDataTree;
 using VorControl::Protocol::ControlMetricsResource;
 
 namespace {
-
-class Receiver : public VorApi::IStreamReceiver {
-public:
-    void Send(const VorDataTree& message) override {
-        if (fails) {
-            Vor::Throw(yERROR_FULL);
-        }
-        messages.push_back(message.Dump(false));
-    }
-    std::string Description() const override { return "receiver"; }
-    void Abort() override {}
-
-    std::vector<std::string> messages;
-    bool fails = false;
-};
 
 class ControlMetricsResourceTest : public testing::Test {
 protected:
@@ -45,7 +32,7 @@ protected:
 
     Tests::FakeReporter reporter;
     ControlMetricsResource resource{reporter};
-    Receiver receiver;
+    StreamReceiver receiver;
 };
 
 TEST_F(ControlMetricsResourceTest, TheDocumentHasTheFiguresAndTheirSchemaIfTheClientWantsIt) {
@@ -82,7 +69,7 @@ TEST_F(ControlMetricsResourceTest, AStreamGetsEachReportWithoutSchema) {
 }
 
 TEST_F(ControlMetricsResourceTest, StreamIdsAreNotReused) {
-    Receiver other;
+    StreamReceiver other;
     EXPECT_EQ(resource.StartStream(Request("full"), receiver), 0U);
     EXPECT_EQ(resource.StartStream(Request("full"), other), 1U);
     resource.StopStream(0);
@@ -107,7 +94,7 @@ TEST_F(ControlMetricsResourceTest, AStreamIsForgottenEvenIfItsHandlerCantBeRemov
 }
 
 TEST_F(ControlMetricsResourceTest, AFailureOfOneStreamReachesNobodyElse) {
-    Receiver other;
+    StreamReceiver other;
     receiver.fails = true;
     resource.StartStream(Request("full"), receiver);
     resource.StartStream(Request("full"), other);

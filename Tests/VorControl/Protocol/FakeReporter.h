@@ -6,6 +6,7 @@
 #include "yApi/yStatus.h"
 
 #include <functional>
+#include <set>
 #include <utility>
 
 namespace Tests {
@@ -22,11 +23,11 @@ struct FigureSource : VorCommon::IMetricsSource {
     bool fails = false;
 };
 
-/// Has figures of "full" only, and reports when a test raises its event.
+/// Has figures of "full", and of what else a test adds. Reports when a test raises its event.
 class FakeReporter : public VorControl::IControlMetrics {
 public:
     const VorCommon::IMetricsSource& LastReport(const VorControl::ControlMetricsKey& key) override {
-        if (key != VorControl::ControlMetricsKey("full")) {
+        if (!keys.contains(key)) {
             Vor::Throw(yERROR_NOT_FOUND, "unknown");
         }
         return source;
@@ -43,6 +44,7 @@ public:
         event.Remove(id);
     }
 
+    std::set<VorControl::ControlMetricsKey> keys{VorControl::ControlMetricsKey("full")};
     FigureSource source;
     ReportEvent event;
     bool removalFails = false;

@@ -15,6 +15,7 @@
 #include "VorControl/Protocol/ControlDir.h"
 #include "VorRest/RequestProcessor.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -98,11 +99,16 @@ class ResourceFixture : public testing::Test {
 protected:
     using Texts = std::vector<std::string>;
 
-    ResourceFixture() {
+    ResourceFixture()
+        : ResourceFixture([](TestPlugin&) {}) {}
+    /// With further types, which `addTypes` adds to the plug-in.
+    explicit ResourceFixture(const std::function<void(TestPlugin&)>& addTypes) {
         VorControl::ControlInfo info = TestPlugin::Info("full");
         info.SetDescription("All of it").AddCategory("c1").AddCategory("c2");
         info.SetHelpHtml("<b>h</b>").SetHelpUrl("http://h").SetIcon("image/png", {1, 2, 255});
-        TestPlugin()
+        TestPlugin plugin;
+        addTypes(plugin);
+        plugin
             .Add(info,
                  [this](const VorControl::ControlProtocol::ControlProtocolEnviron& ofService) {
                      auto made = std::make_shared<FullService>(ofService);

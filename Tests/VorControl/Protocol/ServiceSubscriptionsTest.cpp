@@ -1,8 +1,12 @@
 #include "VorControl/Protocol/ServiceSubscriptions.h"
 
 #include "Tests/Support/Failure.h"
+#include "Tests/Support/FakeDeviceManager.h"
 #include "Tests/VorControl/Persistence/FakeControlInstance.h"
 #include "Vor/Logging.h"
+#include "VorControl/Protocol/ControlAvailableDeviceResource.h"
+#include "VorControl/Protocol/ControlDeviceRegisterAssemblyResource.h"
+#include "VorControl/Protocol/ControlDeviceResource.h"
 #include "VorControl/Protocol/ControlOutputsCommandResource.h"
 #include "VorControl/Protocol/ControlRegisterAssemblyResource.h"
 #include "VorControl/Protocol/ControlResource.h"
@@ -31,8 +35,31 @@ public:
     }
     void RemoveOutputsUpdatedEventHandler(OutputsUpdatedEvent::CallbackId&) override { Refuse(); }
     void RemoveRegisterAssemblyUpdatedEventHandler(RegisterAssemblyUpdatedEvent::CallbackId&) override { Refuse(); }
+    void RemoveDeviceRegisterAssemblyUpdatedEventHandler(DeviceRegisterAssemblyUpdatedEvent::CallbackId&) override {
+        Refuse();
+    }
+    AvailableDeviceListUpdatedEvent::CallbackId
+    AddAvailableDeviceListUpdatedEventHandler(std::function<void(const std::string&)> handler) override {
+        Refuse();
+        return listUpdated.Add(std::move(handler));
+    }
+    void RemoveAvailableDeviceListUpdatedEventHandler(AvailableDeviceListUpdatedEvent::CallbackId& handler) override {
+        Refuse();
+        listUpdated.Remove(handler);
+    }
+    DeviceUpdatedEvent::CallbackId
+    AddDeviceUpdatedEventHandler(std::function<void(const std::string&, const std::string&, bool)> handler) override {
+        Refuse();
+        return deviceUpdated.Add(std::move(handler));
+    }
+    void RemoveDeviceUpdatedEventHandler(DeviceUpdatedEvent::CallbackId& handler) override {
+        Refuse();
+        deviceUpdated.Remove(handler);
+    }
 
     ParamsUpdatedEvent paramsUpdated;
+    AvailableDeviceListUpdatedEvent listUpdated;
+    DeviceUpdatedEvent deviceUpdated;
     bool refuses = false;
 
 private:
@@ -110,6 +137,45 @@ TEST_F(ServiceSubscriptionsTest, TwoServicesOfOneTypeNameAreRefusedAndNoHandlerS
     EXPECT_EQ(first.paramsUpdated.Count(), 0U);
     EXPECT_EQ(second.paramsUpdated.Count(), 0U);
     EXPECT_EQ(manager.loads.Count(), 0U);
+}
+
+TEST_F(ServiceSubscriptionsTest, ThoseOfDevicesAreOfTheServicesThatUseThem) {
+    Tests::FakeDeviceManager devices;
+    second.deviceManager = &devices;
+    {
+        const ControlAvailableDeviceResource available(manager);
+        const ControlDeviceResource selected(manager);
+        EXPECT_EQ(first.listUpdated.Count(), 0U);
+        EXPECT_EQ(second.listUpdated.Count(), 1U);
+        EXPECT_EQ(first.deviceUpdated.Count(), 0U);
+        EXPECT_EQ(second.deviceUpdated.Count(), 1U);
+    }
+    EXPECT_EQ(second.listUpdated.Count(), 0U);
+    EXPECT_EQ(second.deviceUpdated.Count(), 0U);
+    EXPECT_EQ(log.CountLevel(Vor::LevelError), 0U);
+}
+
+TEST_F(ServiceSubscriptionsTest, AFailureWithHandlersOfDevicesIsLogged) {
+    Tests::FakeDeviceManager devices;
+    first.deviceManager = &devices;
+    first.refuses = true;
+    { const ControlAvailableDeviceResource resource(manager); }
+    { const ControlDeviceResource resource(manager); }
+    EXPECT_EQ(log.Count(Vor::LevelError, "Exception thrown while adding available device list update event handlers"),
+              1U);
+    EXPECT_EQ(log.Count(Vor::LevelError, "Exception thrown while adding device update event handlers"), 1U);
+    first.refuses = false;
+    {
+        const ControlAvailableDeviceResource available(manager);
+        const ControlDeviceResource selected(manager);
+        const ControlDeviceRegisterAssemblyResource assemblies(manager);
+        first.refuses = true;
+    }
+    for (const char* const what : {"available device list", "device", "device register assembly"}) {
+        EXPECT_EQ(log.Count(Vor::LevelError,
+                            std::string("Exception thrown while removing ") + what + " update event handlers"),
+                  1U);
+    }
 }
 
 } // namespace
