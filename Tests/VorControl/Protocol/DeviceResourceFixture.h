@@ -26,12 +26,12 @@ public:
     IoService(const VorControl::ControlProtocol::ControlProtocolEnviron& environ,
               VorControl::IControlScanEngineInterface& scanEngine, VorControl::IControlDeviceOperations& operations)
         : ProtocolBase(environ)
-        , devices({.serviceId = Id(),
-                   .serviceName = "Io",
-                   .scanEngineInterface = scanEngine,
-                   .deviceOperations = operations,
-                   .autoSelectDefaultDevice = false,
-                   .defaultSerialNumber = 0}) {
+        , devices(VorControl::ControlDeviceManagerCtorArgs{.serviceId = Id(),
+                                                           .serviceName = "Io",
+                                                           .scanEngineInterface = scanEngine,
+                                                           .deviceOperations = operations,
+                                                           .autoSelectDefaultDevice = false,
+                                                           .defaultSerialNumber = 0}) {
         Init({.params = &params, .deviceManager = &devices});
     }
 
