@@ -4,9 +4,11 @@
 #include "Tests/VorControl/Protocol/ResourceFixture.h"
 #include "VorApi/StreamResourceBase.h"
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace Sensor::Http {
@@ -487,6 +489,32 @@ TEST_F(EventStreamsTest, AStreamHasWhatItsResourceSendsAndEndsWithIt) {
     EXPECT_EQ(resource.target, nullptr);
     streams.reset();
     router.Deregister("/aborting", true);
+}
+
+TEST_F(EventStreamsTest, NotificationsMayComeOnAnotherThreadWhileTheStreamsGo) {
+    Streams();
+    VorApi::IResource& resource = ResourceAt("/controls");
+    std::atomic<int> raised = 0;
+    std::atomic<bool> ends = false;
+    std::thread raising([&] {
+        while (!ends) {
+            resource.NotificationEvent().Raise(Notification::Changed, resource, "/controls/full");
+            ++raised;
+        }
+    });
+    const auto waitForMore = [&] {
+        const int before = raised;
+        while (raised < before + 10) {
+            std::this_thread::yield();
+        }
+    };
+    waitForMore();
+    streams.reset();
+    waitForMore();
+    ends = true;
+    raising.join();
+    loop.RunReady();
+    EXPECT_EQ(resource.NotificationEvent().Count(), 0U);
 }
 
 TEST_F(EventStreamsTest, NobodyIsNotifiedAfterItsEnd) {

@@ -48,6 +48,9 @@ TEST_F(ControlDeviceMetricsResourceTest, TheDocumentHasTheFiguresOfThePortAndThe
                    "Io: Active device with device id 'device-1' not found.");
     EXPECT_FAILURE(Read("/controls/io/devices/device-0/ports/port-7/metrics"), yERROR_NOT_FOUND,
                    "Io: Port 'port-7' not found for device with device id 'device-0'.");
+    EXPECT_EQ(Read("/controls/full/devices/device-0/ports/port-1/metrics").ToJson(),
+              Read("/controls/full/metrics").ToJson())
+        << "a service without devices has its own";
     directory.reset();
 }
 
