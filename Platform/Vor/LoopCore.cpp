@@ -151,6 +151,10 @@ bool LoopCore::OnThread() const {
     return engine->thread.load() == std::this_thread::get_id();
 }
 
+std::size_t LoopCore::QueuedCount() const {
+    return static_cast<std::size_t>(std::max(engine->queued.load(), std::int64_t{0}));
+}
+
 void LoopCore::BecomeLoopThread() {
     engine->thread.store(std::this_thread::get_id());
 }

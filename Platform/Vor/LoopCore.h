@@ -41,6 +41,9 @@ public:
 
     bool OnThread() const;
 
+    /// Calls that wait to be run, timers aside. From any thread.
+    std::size_t QueuedCount() const;
+
     /// The application's side; see MainLoop. Claim throws -987 when the loop has an owner.
     void Claim(bool manual);
     void Unclaim();

@@ -48,6 +48,11 @@ public:
                                 [this, target = published] { return delivered >= target; });
     }
 
+    std::size_t QueuedCount() const {
+        const std::lock_guard guard(mutex);
+        return queue.size();
+    }
+
     /// Doesn't wait on the thread of the delivery itself.
     void WaitForRunningDelivery() {
         std::unique_lock guard(mutex);
@@ -62,7 +67,7 @@ public:
 
 private:
     /// Guards the members below except the thread. No handler runs while it is held, and no other lock is taken.
-    std::mutex mutex;
+    mutable std::mutex mutex;
     std::condition_variable changed; ///< a set was queued or delivered, or the worker is to stop
     std::deque<Vor::Object> queue;
     std::uint64_t published = 0;
@@ -126,6 +131,10 @@ void ResultHub::Publish(void* resultSet) {
 
 bool ResultHub::Drain(std::uint64_t timeoutMicroseconds) {
     return worker->Drain(timeoutMicroseconds);
+}
+
+std::size_t ResultHub::QueuedCount() const {
+    return worker->QueuedCount();
 }
 
 } // namespace VorCore

@@ -37,6 +37,9 @@ public:
     /// must not call it.
     bool Drain(std::uint64_t timeoutMicroseconds);
 
+    /// Sets that were published and wait for the handlers; the one with which these are called isn't one of them.
+    std::size_t QueuedCount() const;
+
 private:
     class Worker;
     std::unique_ptr<Worker> worker;

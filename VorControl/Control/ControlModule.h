@@ -6,6 +6,9 @@
 #include "VorControl/Control/ControlScanResults.h"
 #include "VorControl/Protocol/ControlDir.h"
 
+#include <cstddef>
+#include <map>
+#include <string>
 #include <vector>
 
 namespace VorApi {
@@ -29,6 +32,8 @@ public:
     ControlProtocolOperations& Operations() { return manager.Operations(); }
     /// See ControlManager.
     const std::vector<ServiceLoadNotes>& NotesOfLastLoad() const { return manager.NotesOfLastLoad(); }
+    /// Result sets of each started service, by its id, that wait for it.
+    std::map<std::string, std::size_t> QueuedResults() const { return scanResults.QueuedCounts(); }
 
 private:
     ControlRegistry registry;

@@ -4,7 +4,6 @@
 #include "Vor/Logging.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Threads/Locker.h"
-#include "VorControl/Control/ControlScanResultsDispatcher.h"
 #include "VorCore/ResultHub.h"
 #include "VorMsg/ResultSet.h"
 
@@ -118,7 +117,7 @@ void ControlScanResults::ProcessResultSet(void* resultSet) {
         const auto forwarded =
             dispatcher->ScanResultsFiltering() ? Filter(receiver.passing, resultSet) : Vor::Object::Share(resultSet);
         if (ResultSet_Count(forwarded.Get()) != 0) {
-            Dispatch(dispatcher, forwarded.Get());
+            Dispatch(*dispatcher, forwarded.Get());
         }
     }
 }
@@ -160,6 +159,15 @@ void ControlScanResults::SetScanResultsFiltering(const std::string& serviceId, b
     found->second.dispatcher->SetScanResultsFiltering(enable);
 }
 
+std::map<std::string, std::size_t> ControlScanResults::QueuedCounts() const {
+    std::map<std::string, std::size_t> counts;
+    const Vor::Locker locker(dispatcherLock.Get());
+    for (const auto& [serviceId, receiver] : dispatchers) {
+        counts.emplace(serviceId, receiver.dispatcher->QueuedCount());
+    }
+    return counts;
+}
+
 void ControlScanResults::AddToMap(OutputMap& map, std::string id) {
     const unsigned long key = ResultInfo_IdOfText(id);
     map.emplace_hint(map.end(), key, std::move(id));
@@ -195,8 +203,8 @@ Vor::Object ControlScanResults::Filter(const OutputMap& passing, void* resultSet
     return filtered;
 }
 
-void ControlScanResults::Dispatch(const std::shared_ptr<IControlScanResultsDispatcher>& dispatcher, void* resultSet) {
-    dispatcher->AddResult(resultSet);
+void ControlScanResults::Dispatch(IControlScanResultsDispatcher& dispatcher, void* resultSet) {
+    dispatcher.AddResult(resultSet);
 }
 
 } // namespace VorControl

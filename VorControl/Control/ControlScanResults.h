@@ -2,10 +2,11 @@
 
 #include "VorApi/Handle.h"
 #include "VorApi/Object.h"
+#include "VorControl/Control/ControlScanResultsDispatcher.h"
 #include "VorControl/Control/IControlScanResults.h"
-#include "VorControl/Control/IControlScanResultsDispatcher.h"
 #include "yApi/yLock.h"
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -37,12 +38,15 @@ public:
     void SetForwardScanResultsToProtocol(const std::string& serviceId, bool enable) override;
     void SetScanResultsFiltering(const std::string& serviceId, bool enable) override;
 
+    /// Result sets of each started service, by its id, that it hasn't processed yet.
+    std::map<std::string, std::size_t> QueuedCounts() const;
+
 private:
     /// Numeric id of each data source that passes, and the text from which the id was computed.
     using OutputMap = std::map<unsigned long, std::string>;
 
     struct Receiver {
-        std::shared_ptr<IControlScanResultsDispatcher> dispatcher;
+        std::shared_ptr<ControlScanResultsDispatcher> dispatcher;
         const OutputMap& passing; ///< the service's entry in `outputMaps`, found once instead of for each result set
     };
 
@@ -65,7 +69,7 @@ private:
 
     /// The results that pass the map, or nothing when it is empty.
     Vor::Object Filter(const OutputMap& passing, void* resultSet);
-    static void Dispatch(const std::shared_ptr<IControlScanResultsDispatcher>& dispatcher, void* resultSet);
+    static void Dispatch(IControlScanResultsDispatcher& dispatcher, void* resultSet);
 };
 
 } // namespace VorControl

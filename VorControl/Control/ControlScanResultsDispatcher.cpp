@@ -37,6 +37,7 @@ void ControlScanResultsDispatcher::AddResult(void* resultSet) {
     const Vor::Locker locker(listLock.Get());
     Vor::ThrowIfFailed(yArrayList_Add(incomingResults.Get(), resultSet));
     yObject_Share(resultSet);
+    queued.fetch_add(1, std::memory_order_relaxed);
 }
 
 std::size_t ControlScanResultsDispatcher::ResultHandlerCount() {
@@ -68,6 +69,7 @@ void ControlScanResultsDispatcher::Stop() {
     const Vor::Locker locker(listLock.Get());
     yArrayList_Purge(incomingResults.Get());
     yArrayList_Purge(dispatchResults.Get());
+    queued.store(0, std::memory_order_relaxed);
 }
 
 void ControlScanResultsDispatcher::SetForwardScanResults(bool enable) {
@@ -110,10 +112,14 @@ void ControlScanResultsDispatcher::Dispatch() {
 
 void ControlScanResultsDispatcher::CallHandlers() {
     const yArrayList batch = dispatchResults.Get();
-    if (yArrayList_Count(batch) == 0) {
+    const std::size_t count = yArrayList_Count(batch);
+    if (count == 0) {
         return;
     }
-    const Vor::AtScopeEnd purge([batch] { yArrayList_Purge(batch); });
+    const Vor::AtScopeEnd purge([this, batch, count] {
+        yArrayList_Purge(batch);
+        queued.fetch_sub(count, std::memory_order_relaxed);
+    });
     try {
         resultEvent.Raise(batch);
     } catch (const Vor::Exception& exception) {

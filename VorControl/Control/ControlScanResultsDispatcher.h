@@ -9,6 +9,7 @@
 #include "yApi/yStatus.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace VorControl {
@@ -36,6 +37,9 @@ public:
     void SetScanResultsFiltering(bool enable) override;
     bool ScanResultsFiltering() const override;
 
+    /// Sets that were added and that the handlers haven't processed yet. From any thread.
+    std::size_t QueuedCount() const { return queued.load(std::memory_order_relaxed); }
+
 private:
     using ResultList = Vor::Handle<yArrayList, yArrayList_Destroy>;
 
@@ -50,6 +54,7 @@ private:
     std::atomic<bool> running = false;
     std::atomic<bool> forwardScanResults = false;
     std::atomic<bool> scanResultsFiltering = true;
+    std::atomic<std::size_t> queued = 0;
 
     yStatus Run();
     void Dispatch();

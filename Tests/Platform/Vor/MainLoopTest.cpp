@@ -5,7 +5,9 @@
 #include "Vor/AsyncTimer.h"
 #include "Vor/Exception.h"
 #include "Vor/Logging.h"
+#include "Vor/LoopCore.h"
 
+#include <cstddef>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -135,6 +137,20 @@ TEST(MainLoopTest, CallsPostedOnTheLoopKeepTheirPlaceBeforeLaterOnesOfOtherThrea
     });
     loop.RunReady();
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST(MainLoopTest, CountsTheCallsThatWait) {
+    MainLoop loop(MainLoop::Mode::Manual);
+    loop.RunReady();
+    const Vor::LoopCore& core = Vor::LoopCore::Instance();
+    EXPECT_EQ(core.QueuedCount(), 0U);
+    std::size_t whileFirstRuns = 0;
+    loop.Post([&] { whileFirstRuns = core.QueuedCount(); });
+    loop.Post([] {});
+    EXPECT_EQ(core.QueuedCount(), 2U);
+    loop.RunReady();
+    EXPECT_EQ(whileFirstRuns, 1U);
+    EXPECT_EQ(core.QueuedCount(), 0U);
 }
 
 TEST(MainLoopTest, WaitReadySeesACallOfAnotherThread) {

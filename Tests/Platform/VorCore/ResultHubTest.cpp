@@ -56,6 +56,25 @@ TEST_F(ResultHubTest, CallsTheHandlersInOrderOnItsOwnThread) {
     EXPECT_EQ(name, "ResultHub");
 }
 
+TEST_F(ResultHubTest, CountsTheSetsThatWait) {
+    Tests::Signal entered;
+    Tests::Signal leave;
+    hub.AddResultHandler([&](void*) {
+        entered.Set();
+        leave.Wait();
+    });
+    const auto set = MakeSet();
+    EXPECT_EQ(hub.QueuedCount(), 0U);
+    hub.Publish(set.Get());
+    ASSERT_TRUE(entered.Wait());
+    hub.Publish(set.Get());
+    hub.Publish(set.Get());
+    EXPECT_EQ(hub.QueuedCount(), 2U);
+    leave.Set();
+    ASSERT_TRUE(hub.Drain(Deadline));
+    EXPECT_EQ(hub.QueuedCount(), 0U);
+}
+
 TEST_F(ResultHubTest, HoldsTheSetForTheCallAndNoLonger) {
     auto set = MakeSet();
     Vor::Object kept;

@@ -54,6 +54,26 @@ TEST_F(ControlScanResultsDispatcherTest, RunsFromItsConstructionForwardingNothin
     EXPECT_EQ(Tests::StatusOf([&] { dispatcher->Start(); }), yERROR_STATE);
 }
 
+TEST_F(ControlScanResultsDispatcherTest, CountsTheSetsThatArentProcessedYet) {
+    Make();
+    dispatcher->AddResultHandler([this](void*) {
+        entered.Set();
+        leave.Wait();
+    });
+    EXPECT_EQ(dispatcher->QueuedCount(), 0U);
+    dispatcher->AddResult(Tests::MakeResultSet({"a"}).Get());
+    ASSERT_TRUE(entered.Wait());
+    dispatcher->AddResult(Tests::MakeResultSet({"a"}).Get());
+    EXPECT_EQ(dispatcher->QueuedCount(), 2U);
+    leave.Set();
+    EXPECT_TRUE(Tests::WaitUntil([this] { return dispatcher->QueuedCount() == 0; }));
+    dispatcher->Stop();
+    dispatcher->AddResult(Tests::MakeResultSet({"a"}).Get());
+    EXPECT_EQ(dispatcher->QueuedCount(), 1U);
+    dispatcher->Start();
+    EXPECT_TRUE(Tests::WaitUntil([this] { return dispatcher->QueuedCount() == 0; }));
+}
+
 TEST_F(ControlScanResultsDispatcherTest, FlagsReadBackAsSet) {
     Make();
     dispatcher->SetForwardScanResults(true);
