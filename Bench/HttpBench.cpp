@@ -283,7 +283,8 @@ private:
 struct PlainService {
     int status;
     std::string address, failure;
-    std::uint64_t dropCount, connected, refused, requests, exceptions, bytesIn, bytesOut, received, applied;
+    std::uint64_t dropCount, connected, refused, requests, exceptions, bytesIn, bytesOut, received, applied, lost;
+    std::uint64_t latencyResults, latencyP50, latencyP99, latencyMax;
     bool enabled;
     std::string id, typeName, displayName;
     std::string listenAddress;
@@ -308,6 +309,11 @@ struct PlainService {
                 from.at("bytesOut"),
                 from.at("resultsReceived"),
                 from.at("resultsApplied"),
+                from.at("resultsDropped"),
+                from.at("latencyResults"),
+                from.at("latencyP50"),
+                from.at("latencyP99"),
+                from.at("latencyMax"),
                 from.at("enabled"),
                 from.at("id"),
                 from.at("typeName"),
@@ -346,6 +352,11 @@ struct PlainService {
             {"bytesOut", bytesOut},
             {"resultsReceived", received},
             {"resultsApplied", applied},
+            {"resultsDropped", lost},
+            {"latencyResults", latencyResults},
+            {"latencyP50", latencyP50},
+            {"latencyP99", latencyP99},
+            {"latencyMax", latencyMax},
             {"enabled", enabled},
             {"id", id},
             {"typeName", typeName},

@@ -86,7 +86,7 @@ bool Outputs::PushFrame() {
         if (line.size() <= MaxLineSize && queue->Add(line)) {
             pushed = true;
         } else {
-            counters.dropped.fetch_add(1, std::memory_order_relaxed);
+            counters.linesDropped.fetch_add(1, std::memory_order_relaxed);
         }
         ++i;
     }

@@ -301,7 +301,7 @@ void RequestHandler::Counters(const Call& call) {
     for (const std::uint64_t count :
          {counters.connected.load(std::memory_order_relaxed), counters.refused.load(std::memory_order_relaxed),
           counters.requests.load(std::memory_order_relaxed), counters.failed.load(std::memory_order_relaxed),
-          counters.dropped.load(std::memory_order_relaxed), counters.Uptime()}) {
+          counters.Dropped(), counters.Uptime()}) {
         call.answer += format.delimiter;
         call.answer += std::to_string(count);
     }

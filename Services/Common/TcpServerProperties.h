@@ -5,7 +5,7 @@
 #include "VorApi/Params/Value.h"
 #include "VorControl/ControlProtocol/NonPersistentProperties.h"
 
-#include <atomic>
+#include <array>
 #include <cstdint>
 #include <list>
 #include <string>
@@ -14,6 +14,10 @@ namespace Services::Common {
 
 /// The properties of a TCP service: its status, where clients connect, why it can't serve them, and its figures. Each
 /// figure is a property and a metric.
+///
+/// The "extendedType" of a metric is "counter" for a figure that only grows until the service is started anew, and
+/// "gauge" for any other. That of the metric "latency" is "histogram": it has a member for each bucket, named by its
+/// upper bound, `more` for what is beyond the last one, and `sum`, whose units are those of the bounds.
 class TcpServerProperties : public VorControl::ControlProtocol::NonPersistentProperties {
 public:
     /// `failedName` and `failedTitle`, which is translated, name the figure of requests that were answered with an
@@ -26,25 +30,45 @@ public:
     Vor::Params::Value<std::string> failure;
 
     /// Sets the properties. Under the properties lock.
-    void RefreshProperties(const ServiceCounters& counters);
+    void RefreshProperties(const ServiceFigures& values);
     /// Sets the metrics. Main loop only.
-    void RefreshMetrics(const ServiceCounters& counters);
+    void RefreshMetrics(const ServiceFigures& values);
     Vor::Params::Group& Metrics() { return metrics; }
 
 private:
-    using Counter = std::atomic<std::uint64_t> ServiceCounters::*;
+    using Read = std::uint64_t (*)(const ServiceFigures&);
+
+    struct Declaration {
+        const char* name;
+        const char* title;
+        const char* kind; ///< its "extendedType"
+        Read read;
+        const char* units = nullptr;
+        const char* metricName = nullptr; ///< if that is another one
+    };
 
     struct Figure {
-        Counter counter;
+        Read read;
         Vor::Params::Value<unsigned long long> property;
         Vor::Params::Value<long long> metric;
     };
 
-    void AddFigure(Counter counter, const char* name, const char* title) { AddFigure(counter, name, title, name); }
-    void AddFigure(Counter counter, const char* name, const char* title, const char* metricName);
+    class LatencyMetric : public Vor::Params::Group {
+    public:
+        LatencyMetric();
+        void Refresh(const ResultLatency::Figures& figures);
+
+    private:
+        std::array<Vor::Params::Value<long long>, ResultLatency::Bounds.size()> upTo;
+        Vor::Params::Value<long long> more;
+        Vor::Params::Value<long long> sum;
+    };
+
+    void AddFigure(const Declaration& declaration);
 
     std::list<Figure> figures;
     Vor::Params::Group metrics;
+    LatencyMetric latency;
 };
 
 } // namespace Services::Common

@@ -1,11 +1,16 @@
 #include "Services/Common/TcpService.h"
 
 #include "Vor/Exception.h"
+#include "VorApi/AtScopeEnd.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
+#include "VorMsg/ResultItem.h"
 #include "yApi/yArrayList.h"
+#include "yApi/yMsgInfo.h"
 #include "yApi/yStatus.h"
+#include "yApi/yTime.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 namespace Services::Common {
@@ -120,21 +125,27 @@ void TcpService::ApplyParams() {
 void TcpService::ProcessResultSets(void* resultSets) {
     const auto sets = static_cast<yArrayList>(resultSets);
     const std::size_t count = yArrayList_Count(sets);
-    for (std::size_t i = 0; i < count; ++i) {
-        counters.resultsReceived.fetch_add(1, std::memory_order_relaxed);
-        const bool isApplied = ApplyResultSet(yArrayList_At(sets, i));
-        (isApplied ? counters.resultsApplied : counters.dropped).fetch_add(1, std::memory_order_relaxed);
+    std::size_t done = 0;
+    const Vor::AtScopeEnd dropRest([&] { counters.resultsDropped.fetch_add(count - done, std::memory_order_relaxed); });
+    for (; done < count; ++done) {
+        const ResultSet set = yArrayList_At(sets, done);
+        const bool isApplied = ApplyResultSet(set);
+        const std::uint64_t published = yMsgInfo_Published(ResultItem_MsgInfo(ResultSet_At(set, 0)));
+        if (isApplied && published != 0) {
+            counters.latency.Add(published, yTime_Monotonic());
+        }
+        (isApplied ? counters.resultsApplied : counters.resultsDropped).fetch_add(1, std::memory_order_relaxed);
     }
     ResultSetsApplied(resultSets);
 }
 
 void TcpService::NonPersistentPropertiesBeginLock() {
     JobProtocol::NonPersistentPropertiesBeginLock();
-    properties->RefreshProperties(counters);
+    properties->RefreshProperties(counters.Figures());
 }
 
 void TcpService::UpdateMetrics() {
-    properties->RefreshMetrics(counters);
+    properties->RefreshMetrics(counters.Figures());
 }
 
 } // namespace Services::Common

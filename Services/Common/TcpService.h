@@ -28,7 +28,7 @@ public:
     void ParamsReset() final;
     using JobProtocol::ParamsReset;
 
-    /// Counts the result sets, and passes them on to ApplyResultSet and ResultSetsApplied.
+    /// Counts the result sets and their latency, and passes them on to ApplyResultSet and ResultSetsApplied.
     void ProcessResultSets(void* resultSets) final;
 
     /// Updates the figures among the properties.
@@ -69,8 +69,8 @@ protected:
     virtual void ParamsApplied() {}
     /// Forgets the values of the scan. The service listens no more.
     virtual void Stopped() {}
-    /// Brings the results of a frame to the clients; called on the thread of the results. Returns false when they can't
-    /// be, which is counted as dropped.
+    /// Brings the results of a frame to the clients, which can read them when it returns; called on the thread of the
+    /// results. Returns false when they can't be, which is counted as dropped.
     virtual bool ApplyResultSet(ResultSet /*set*/) { return true; }
     /// Called with the list of ProcessResultSets when each of its sets was applied or dropped.
     virtual void ResultSetsApplied(void* /*resultSets*/) {}

@@ -95,7 +95,7 @@ void ModbusProtocol::ReadStates() {
                                                 .refused = static_cast<std::uint32_t>(counters.refused),
                                                 .requests = static_cast<std::uint32_t>(counters.requests),
                                                 .exceptions = static_cast<std::uint32_t>(counters.failed),
-                                                .dropCount = static_cast<std::uint32_t>(counters.dropped),
+                                                .dropCount = static_cast<std::uint32_t>(counters.Dropped()),
                                                 .uptime = static_cast<std::uint32_t>(counters.Uptime())});
 }
 

@@ -25,6 +25,18 @@ nlohmann::json MetricsOf(Service& service) {
     return Vor::Properties::JsonSerializer::Serialize(service.GetMetrics());
 }
 
+/// The same without those of the latency.
+template <class Service>
+nlohmann::json CountsOf(Service& service) {
+    nlohmann::json counts = nlohmann::json::object();
+    for (const auto& [name, value] : MetricsOf(service).items()) {
+        if (!name.starts_with("latency")) {
+            counts[name] = value;
+        }
+    }
+    return counts;
+}
+
 /// The port of an address such as "tcp://127.0.0.1:502"; 0 when the address is empty.
 inline std::uint16_t PortOf(const std::string& address) {
     return address.empty() ? std::uint16_t{0}

@@ -332,7 +332,7 @@ TEST_F(AsciiSessionTest, DropsFramesForAClientThatDoesNotTakeThemAndCountsThem) 
         outputs.Process(Results().Measurement("max", 3).Get());
         session.Process();
     }
-    const std::uint64_t dropped = counters.dropped;
+    const std::uint64_t dropped = counters.linesDropped;
     EXPECT_GT(dropped, 0u);
     const std::string lines = ReadReplies(session);
     EXPECT_EQ(static_cast<std::uint64_t>(std::ranges::count(lines, '\n')), Frames - dropped);

@@ -149,7 +149,7 @@ TEST_F(OutputsTest, DropsFramesForASlowSubscriberOnly) {
     EXPECT_EQ(Lines(*slow), "DATA,1,0.000\r\nDATA,2,1.000\r\n");
     EXPECT_EQ(Lines(*quick), "DATA,1,0.000\r\nDATA,2,1.000\r\nDATA,3,2.000\r\nDATA,4,3.000\r\n");
     EXPECT_EQ(slow->Dropped(), 2u);
-    EXPECT_EQ(counters.dropped, 2u);
+    EXPECT_EQ(counters.linesDropped, 2u);
 }
 
 TEST_F(OutputsTest, FollowsReplacedOutputsInItsSubscriptions) {
@@ -179,7 +179,7 @@ TEST_F(OutputsTest, RefusesALineThatWouldBeTooLong) {
     outputs.Subscribe(queue, {});
     outputs.Replace(many);
     EXPECT_FALSE(outputs.Process(Results().Measurement("max", 1).Get()));
-    EXPECT_EQ(counters.dropped, 1u) << "a frame whose line has become too long is dropped";
+    EXPECT_EQ(counters.linesDropped, 1u) << "a frame whose line has become too long is dropped";
 }
 
 TEST_F(OutputsTest, ShowsOneFrameWhileAnotherComes) {

@@ -2,7 +2,8 @@
 
 #include "Net/BufferedSession.h"
 #include "Tests/Services/Common/ServiceModule.h"
-#include "Tests/Support/ResultSets.h"
+#include "Tests/Support/Failure.h"
+#include "Tests/Support/Results.h"
 #include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/TcpClient.h"
 #include "Tests/Support/Threads.h"
@@ -12,6 +13,7 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultMeasurementValueRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ProtocolRegisterAssemblyBase.h"
 #include "yApi/yArrayList.h"
+#include "yApi/yTime.h"
 
 #include <algorithm>
 #include <atomic>
@@ -94,6 +96,7 @@ public:
     Calls calls;
     std::thread::id updater; ///< of the last UpdateSessions
     std::atomic<unsigned> polls = 0;
+    unsigned failing = 0;
 
 protected:
     std::unique_ptr<Net::ITcpSession> MakeSession(bool) override {
@@ -107,8 +110,14 @@ protected:
     void ParamsApplied() override { calls.emplace_back("ParamsApplied"); }
     void MapChanged() override { calls.emplace_back("MapChanged"); }
     void Stopped() override { calls.emplace_back("Stopped"); }
-    /// Drops each third set.
-    bool ApplyResultSet(ResultSet) override { return ++sets % 3 != 0; }
+    /// Drops each third set, and fails with the one of the number `failing`.
+    bool ApplyResultSet(ResultSet) override {
+        ++sets;
+        if (sets == failing) {
+            Vor::Throw(yERROR_STATE, "no room");
+        }
+        return sets % 3 != 0;
+    }
     void ResultSetsApplied(void* resultSets) override {
         calls.push_back("ResultSetsApplied " + std::to_string(yArrayList_Count(static_cast<yArrayList>(resultSets))));
     }
@@ -145,6 +154,17 @@ protected:
     ProtocolStatus Status() { return module.Instance().GetProtocolStatus(); }
     Calls NewCalls() { return std::exchange(Own().calls, {}); }
 
+    /// Hands over sets that were published at a time, a yTime_Monotonic; 0 for sets that weren't published.
+    void ProcessSets(int count, std::uint64_t published = 0) {
+        Vor::Handle<yArrayList, yArrayList_Destroy> sets;
+        Vor::ThrowIfFailed(yArrayList_Construct(sets.Out(), yType_ResultSet, 4, nullptr));
+        for (int i = 0; i < count; ++i) {
+            Vor::ThrowIfFailed(
+                yArrayList_Add(sets.Get(), yObject_Share(Tests::Results(published).Measurement("source", i).Get())));
+        }
+        Own().ProcessResultSets(sets.Get());
+    }
+
     ServiceModule<CipherService> module;
 };
 
@@ -172,7 +192,12 @@ TEST_F(TcpServiceTest, ServesWhileItIsStarted) {
                                          {"bytesIn", 0},
                                          {"bytesOut", 0},
                                          {"resultsReceived", 0},
-                                         {"resultsApplied", 0}}));
+                                         {"resultsApplied", 0},
+                                         {"resultsDropped", 0},
+                                         {"latencyResults", 0},
+                                         {"latencyP50", 0},
+                                         {"latencyP99", 0},
+                                         {"latencyMax", 0}}));
     module.Load(Section({{"port", 0}, {"shift", 2}}));
     EXPECT_EQ(Status(), ProtocolStatus::Running);
     EXPECT_EQ(module.Properties()["address"], "tcp://127.0.0.1:" + std::to_string(Port()));
@@ -198,19 +223,14 @@ TEST_F(TcpServiceTest, HasEachFigureAmongItsPropertiesAndItsMetrics) {
     for (unsigned char byte = 0; byte < 5; ++byte) {
         EXPECT_EQ(client.Ask(byte), byte + 1);
     }
-    Vor::Handle<yArrayList, yArrayList_Destroy> sets;
-    Vor::ThrowIfFailed(yArrayList_Construct(sets.Out(), yType_ResultSet, 4, nullptr));
-    for (int i = 0; i < 4; ++i) {
-        Vor::ThrowIfFailed(yArrayList_Add(sets.Get(), Tests::MakeResultSet({"source"}).Release()));
-    }
     NewCalls();
-    Own().ProcessResultSets(sets.Get());
+    ProcessSets(4);
     EXPECT_EQ(NewCalls(), Calls{"ResultSetsApplied 4"});
 
-    const json expected = {{"dropCount", 1}, {"connected", 2},       {"refused", 1},
-                           {"requests", 5},  {"wrong", 0},           {"bytesIn", 5},
-                           {"bytesOut", 5},  {"resultsReceived", 4}, {"resultsApplied", 3}};
-    EXPECT_TRUE(Tests::WaitUntil([&] { return Tests::MetricsOf(Own()) == expected; })) << Tests::MetricsOf(Own());
+    const json expected = {{"dropCount", 1},      {"connected", 2},     {"refused", 1},  {"requests", 5},
+                           {"wrong", 0},          {"bytesIn", 5},       {"bytesOut", 5}, {"resultsReceived", 4},
+                           {"resultsApplied", 3}, {"resultsDropped", 1}};
+    EXPECT_TRUE(Tests::WaitUntil([&] { return Tests::CountsOf(Own()) == expected; })) << Tests::CountsOf(Own());
     const json properties = module.Properties();
     for (const auto& [name, value] : expected.items()) {
         EXPECT_EQ(properties.at(name == "dropCount" ? "lost" : name), value) << name;
@@ -220,6 +240,37 @@ TEST_F(TcpServiceTest, HasEachFigureAmongItsPropertiesAndItsMetrics) {
     module.Instance().Enable(true);
     EXPECT_EQ(module.Properties()["bytesIn"], 0);
     EXPECT_EQ(Tests::MetricsOf(Own())["dropCount"], 0);
+}
+
+TEST_F(TcpServiceTest, CountsTheSetsThatAFailureLeavesOutAsDropped) {
+    module.Load(Section({{"port", 0}}));
+    Own().failing = 5;
+    EXPECT_EQ(Tests::StatusOf([&] { ProcessSets(8); }), yERROR_STATE);
+    const json metrics = Tests::MetricsOf(Own());
+    EXPECT_EQ(metrics["resultsReceived"], 8);
+    EXPECT_EQ(metrics["resultsApplied"], 3);
+    EXPECT_EQ(metrics["resultsDropped"], 5);
+}
+
+TEST_F(TcpServiceTest, MeasuresTheLatencyOfWhatItHasApplied) {
+    module.Load(Section({{"port", 0}}));
+    ProcessSets(1, 0);
+    EXPECT_EQ(Tests::MetricsOf(Own())["latencyResults"], 0) << "it wasn't published";
+    constexpr std::uint64_t Second = 1'000'000'000;
+    ProcessSets(2, yTime_Monotonic() - 15 * Second);
+    const json metrics = Tests::MetricsOf(Own());
+    EXPECT_EQ(metrics["latencyResults"], 1) << "the other one was dropped";
+    EXPECT_GE(metrics["latencyMax"], 15'000'000);
+    EXPECT_EQ(metrics["latencyP50"], metrics["latencyMax"]);
+    EXPECT_EQ(metrics["latencyP99"], metrics["latencyMax"]);
+    EXPECT_EQ(metrics["latency"]["10000000"], 0);
+    EXPECT_EQ(metrics["latency"]["more"], 1);
+    EXPECT_EQ(metrics["latency"]["sum"], metrics["latencyMax"]);
+    EXPECT_EQ(module.Properties()["latencyMax"], metrics["latencyMax"]);
+    module.Instance().Enable(false);
+    module.Instance().Enable(true);
+    EXPECT_EQ(Tests::MetricsOf(Own())["latency"]["more"], 0);
+    EXPECT_EQ(module.Properties()["latencyResults"], 0);
 }
 
 TEST_F(TcpServiceTest, GivesItsPartsTheParametersBeforeItListens) {
