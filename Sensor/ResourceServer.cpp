@@ -27,8 +27,8 @@ ResourceServer::ResourceServer(const CommandLine::Http& settings, ServiceHost& h
                .requests = host.Requests(),
                .revisions = revisions,
                .services = host.Services().List()})
-    , directory(host.Router(), Environ(revisions.Boot(), host, sensor, log), streams)
-    , watch(Environ(revisions.Boot(), host, sensor, log), [this](const auto& changes) { streams.SendState(changes); })
+    , directory(host.Router(), Environ(host, sensor, log), streams)
+    , watch(Environ(host, sensor, log), [this](const auto& changes) { streams.SendState(changes); })
     , gateway({.hosts = settings.hosts}, host.Router(), host.Requests(), revisions, streams)
     , thread("HttpNet")
     , retry([this](Vor::AsyncTimer&) { TryAgain(); }) {
@@ -36,15 +36,16 @@ ResourceServer::ResourceServer(const CommandLine::Http& settings, ServiceHost& h
         [this](const std::string& path) { streams.Notice(VorApi::Notification::Changed, path); });
 }
 
-Resources::SensorEnviron ResourceServer::Environ(const std::string& boot, ServiceHost& host, VirtualSensor& sensor,
-                                                 const LogHistory& log) {
-    return {.boot = boot,
+Resources::SensorEnviron ResourceServer::Environ(ServiceHost& host, VirtualSensor& sensor,
+                                                 const LogHistory& log) const {
+    return {.boot = revisions.Boot(),
             .services = host.Services(),
             .persistence = host.Persistence(),
             .problems = host.Problems(),
             .sensor = sensor,
             .log = log,
             .module = host.Module(),
+            .requests = requestCounts,
             .jobLoadedEvent = host.JobLoadedEvent()};
 }
 
@@ -63,7 +64,10 @@ void ResourceServer::Start() {
 }
 
 void ResourceServer::Listen() {
-    server.emplace(thread, Http::HttpServerSettings{.address = settings.address, .port = settings.port, .session = {}},
+    server.emplace(thread,
+                   Http::HttpServerSettings{.address = settings.address,
+                                            .port = settings.port,
+                                            .session = {.limits = {}, .counts = &requestCounts}},
                    gateway);
     print("HTTP: " + server->Url() + "/");
 }

@@ -4,6 +4,7 @@
 #include "Sensor/CommandLine.h"
 #include "Sensor/Http/EventStreams.h"
 #include "Sensor/Http/HttpServer.h"
+#include "Sensor/Http/RequestCounts.h"
 #include "Sensor/Http/ResourceGateway.h"
 #include "Sensor/Resources/Revisions.h"
 #include "Sensor/Resources/SensorDir.h"
@@ -37,13 +38,13 @@ public:
     void Start();
 
 private:
-    static Resources::SensorEnviron Environ(const std::string& boot, ServiceHost& host, VirtualSensor& sensor,
-                                            const LogHistory& log);
+    Resources::SensorEnviron Environ(ServiceHost& host, VirtualSensor& sensor, const LogHistory& log) const;
     void Listen();
     void TryAgain();
 
     const CommandLine::Http settings;
     const std::function<void(const std::string& line)> print;
+    Http::RequestCounts requestCounts;
     Resources::Revisions revisions;
     Http::EventStreams streams;
     Resources::SensorDir directory;

@@ -13,6 +13,7 @@
 #include "VorScan/AlignState.h"
 #include "VorScan/Internal/ScanEngineManager.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -50,6 +51,8 @@ public:
 
     const Scan::Recording& Input() const { return recording; }
     Scan::ScannerState ScanState() const { return scanner.State(); }
+    /// Frames that were published since the program was started. From any thread.
+    std::uint64_t FrameTotal() const { return scanner.FrameTotal(); }
     /// Frames a second, when they are made by time.
     double FrameRate() const { return settings.scan.frameRate; }
     VorScan::AlignState Alignment();

@@ -72,7 +72,7 @@ constexpr RelationText RelationExplanations[] = {
     {"datasources", "The output map of a service: which data sources of the scan have which ids or names there."},
     {"log", "The entries of the user's log, the latest first."},
     {"metrics", "The figures of a service. With 'Accept: text/event-stream' they are a stream with an event each "
-                "second."},
+                "second. Those of the entry are the figures of the sensor and all services, as text for Prometheus."},
     {"changes", "What differs between the loaded job and its file."},
     {"file", "The file of a job, as bytes: an SQLite Archive, which 'vorsensor jobs import' accepts."},
     {"job", "A job, which is a file with the settings of the services."},

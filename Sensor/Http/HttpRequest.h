@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <initializer_list>
 #include <optional>
@@ -9,6 +10,10 @@
 #include <vector>
 
 namespace Sensor::Http {
+
+/// A request with another one is refused.
+inline constexpr std::array<std::string_view, 7> HandledMethods{"GET",   "HEAD",   "POST",   "PUT",
+                                                                "PATCH", "DELETE", "OPTIONS"};
 
 /// Header fields in the order in which they are sent. Names are compared without case (RFC 9110, 5.1).
 class HttpFields {

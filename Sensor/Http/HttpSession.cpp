@@ -261,6 +261,7 @@ void HttpSession::Handle() {
     const auto handled = std::exchange(parser, nullptr);
     step = Step::Header;
     exchanges.push_back({.answer = std::make_shared<Answer>(),
+                         .method = handled->Request().method,
                          .isHead = handled->IsHead(),
                          .isHttp11 = handled->IsHttp11(),
                          .closes = !handled->KeepsAlive(),
@@ -278,7 +279,9 @@ void HttpSession::Handle() {
 }
 
 void HttpSession::AnswerLast(HttpResponse response) {
-    exchanges.push_back({.answer = std::make_shared<Answer>(), .isHead = parser && parser->IsHead()});
+    exchanges.push_back({.answer = std::make_shared<Answer>(),
+                         .method = parser ? parser->Request().method : std::string(),
+                         .isHead = parser && parser->IsHead()});
     exchanges.back().answer->Set(std::move(response));
     StopReading();
 }
@@ -309,6 +312,9 @@ bool HttpSession::WriteOn() {
 }
 
 void HttpSession::Write(const Exchange& exchange, HttpResponse response) {
+    if (settings.counts != nullptr) {
+        settings.counts->Add(exchange.method, response.status);
+    }
     const bool isStreamed = response.stream && !exchange.isHead;
     AppendHead(text, response, {.isHttp11 = exchange.isHttp11, .closes = exchange.closes || isStreamed});
     if (isStreamed) {

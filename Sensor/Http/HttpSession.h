@@ -3,6 +3,7 @@
 #include "Net/ITcpSession.h"
 #include "Net/Wakeup.h"
 #include "Sensor/Http/IHttpHandler.h"
+#include "Sensor/Http/RequestCounts.h"
 #include "Sensor/Http/RequestParser.h"
 
 #include <chrono>
@@ -23,6 +24,7 @@ struct HttpSessionSettings {
     std::chrono::milliseconds bodyTimeOut{30000};   ///< from there to the end of its body
     std::chrono::milliseconds idleTimeOut{60000};   ///< between requests, and for a client that doesn't read its answer
     std::chrono::milliseconds lingerTimeOut{2000};  ///< for the client to close its side after the last answer
+    RequestCounts* counts = nullptr;                ///< counts the answers, unless it is null; outlives the session
 };
 
 /// The server's side of one connection of HTTP/1.1 or HTTP/1.0 (RFC 9112).
@@ -75,6 +77,7 @@ private:
     /// A request that was handled, until its answer is sent.
     struct Exchange {
         std::shared_ptr<Answer> answer;
+        std::string method = std::string(); ///< empty for what isn't a request
         bool isHead = false;
         bool isHttp11 = true;
         bool closes = true;

@@ -8,6 +8,7 @@
 namespace Sensor::Http {
 
 inline constexpr std::string_view HalJson = "application/hal+json";
+inline constexpr std::string_view OctetStream = "application/octet-stream";
 inline constexpr std::string_view EventStream = "text/event-stream";
 inline constexpr std::string_view MergePatchTypes = "application/json, application/merge-patch+json";
 

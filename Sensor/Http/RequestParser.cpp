@@ -1,7 +1,6 @@
 #include "Sensor/Http/RequestParser.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -19,8 +18,6 @@ namespace http = boost::beast::http;
 using boost::beast::error_code;
 
 namespace {
-
-constexpr std::array<std::string_view, 7> HandledMethods{"GET", "HEAD", "POST", "PUT", "PATCH", "DELETE", "OPTIONS"};
 
 /// An empty chunk and the end of the trailers.
 constexpr std::string_view ShortestBodyEnd = "0\r\n\r\n";

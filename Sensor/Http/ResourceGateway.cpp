@@ -472,7 +472,7 @@ void ResourceGateway::SendBytes(const Call& call, const VorDataTree& document) c
     }
     call.share->Change(bytes.Size());
     call.responder.Respond(
-        {.fields = {{"Content-Type", "application/octet-stream"}, {"Cache-Control", "no-store"}},
+        {.fields = {{"Content-Type", std::string(map.MediaTypeOf(call.target.path))}, {"Cache-Control", "no-store"}},
          .body = Budget::Hold({reinterpret_cast<const char*>(bytes.Data()), bytes.Size()}, call.share)});
 }
 

@@ -1,5 +1,6 @@
 #include "Sensor/Http/ResourceMap.h"
 
+#include "Sensor/Http/IMediaResource.h"
 #include "Sensor/Http/MediaTypes.h"
 #include "Vor/Exception.h"
 #include "VorApi/DocumentResourceBase.h"
@@ -125,6 +126,12 @@ Methods ResourceMap::MethodsOf(const Place& place) {
 Methods ResourceMap::MethodsOf(const std::string& path) const {
     const auto place = Find(path);
     return place ? MethodsOf(*place) : Methods();
+}
+
+std::string_view ResourceMap::MediaTypeOf(const std::string& path) const {
+    const auto match = FindMatch(router, path);
+    const auto* const resource = match ? dynamic_cast<const IMediaResource*>(&match->resource) : nullptr;
+    return resource == nullptr ? OctetStream : resource->MediaType();
 }
 
 bool ResourceMap::Leads(const std::optional<Place>& place) {

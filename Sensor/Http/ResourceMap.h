@@ -44,6 +44,9 @@ public:
     /// None for a path that leads nowhere. For a resource that has a document, the document exists.
     Methods MethodsOf(const std::string& path) const;
 
+    /// Of documents at the path that are bytes.
+    std::string_view MediaTypeOf(const std::string& path) const;
+
     /// The document with its relations and the links that follow from the routes: "up", "collection", "vor:metrics",
     /// "vor:commands". Relations that lead nowhere are left out.
     HalDocument Describe(const std::string& path, VorRest::Answer answer) const;

@@ -10,6 +10,7 @@
 #include "Sensor/Resources/JobsResource.h"
 #include "Sensor/Resources/LogResource.h"
 #include "Sensor/Resources/LogWatch.h"
+#include "Sensor/Resources/MetricsResource.h"
 #include "Sensor/Resources/OperationProperties.h"
 #include "Sensor/Resources/OperationsResource.h"
 #include "Sensor/Resources/ProblemList.h"
@@ -39,6 +40,7 @@ struct SensorDir::Impl {
         , sensor(router, "/sensor", environ)
         , events(router, "/events/:stream", streams)
         , health(router, "/healthz")
+        , metrics(router, "/metrics", environ)
         , problems(router, "/sensor/problems", problemList)
         , log(router, "/sensor/log", environ.log)
         , sources(router, "/sensor/sources", environ.sensor)
@@ -73,6 +75,7 @@ struct SensorDir::Impl {
     VorApi::RoutedResource<SensorResource> sensor;
     VorApi::RoutedResource<EventsResource> events;
     VorApi::RoutedResource<HealthResource> health;
+    VorApi::RoutedResource<MetricsResource> metrics; ///< counts operations, so it is built before their clients
     VorApi::RoutedResource<ProblemsResource> problems;
     VorApi::RoutedResource<LogResource> log;
     VorApi::RoutedResource<SourcesResource> sources;

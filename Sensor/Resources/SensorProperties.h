@@ -25,6 +25,10 @@ namespace Sensor {
 class LogHistory;
 class VirtualSensor;
 
+namespace Http {
+class RequestCounts;
+}
+
 namespace Resources {
 
 /// What the resources of the sensor are about. All of it outlives them.
@@ -36,6 +40,7 @@ struct SensorEnviron {
     VirtualSensor& sensor;
     const LogHistory& log;
     VorControl::ControlModule& module; ///< of the services
+    const Http::RequestCounts& requests;
     /// Raised on the main loop with the file name of a job that is the loaded one from then on.
     Vor::Event<const std::string&>& jobLoadedEvent;
 };

@@ -124,6 +124,7 @@ void Scanner::PublishNext(Clock::time_point now) {
     const Vor::Object set =
         maker.Make(recording.frames[index % recording.frames.size()], index, static_cast<std::uint64_t>(time));
     frameCount.store(index + 1, std::memory_order_relaxed);
+    frameTotal.fetch_add(1, std::memory_order_relaxed);
     hub.Publish(set.Get());
 }
 

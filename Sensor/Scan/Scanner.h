@@ -9,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 
@@ -51,6 +52,8 @@ public:
     void Trigger();
 
     ScannerState State() const;
+    /// Frames that all scans have published. From any thread.
+    std::uint64_t FrameTotal() const { return frameTotal.load(std::memory_order_relaxed); }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -79,6 +82,7 @@ private:
     Clock::time_point end; ///< of the last scan that was stopped
     /// Frames of the scan so far. Written by the thread that publishes them.
     std::atomic<std::uint64_t> frameCount{0};
+    std::atomic<std::uint64_t> frameTotal{0}; ///< likewise, of all scans
 };
 
 } // namespace Sensor::Scan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sensor/Http/IEventStreams.h"
+#include "Sensor/Http/IMediaResource.h"
 #include "Sensor/Http/IRevisions.h"
 #include "Sensor/Http/ResourceGateway.h"
 #include "Sensor/Http/ResponderTarget.h"
@@ -17,6 +18,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -212,6 +214,12 @@ public:
 
 protected:
     void RequireDocument(const VorApi::RequestInfoEx&) override {}
+};
+
+/// A document of bytes of a type of their own.
+class Picture : public FreeDocument, public Sensor::Http::IMediaResource {
+public:
+    std::string_view MediaType() const override { return "image/png"; }
 };
 
 /// A command without a document.

@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <malloc.h>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -98,6 +100,26 @@ protected:
     std::unique_ptr<HttpSession> session;
     std::size_t unread = 0;
 };
+
+TEST_F(HttpSessionTest, CountsItsAnswers) {
+    RequestCounts counts;
+    settings.counts = &counts;
+    Connect();
+    Ask(GetA + GetA + PostA + "HEAD /a HTTP/1.1\r\nHost: sensor\r\n\r\n" + "BREW /a HTTP/1.1\r\nHost: sensor\r\n\r\n");
+    Connect();
+    Ask("GET /a HTTP/1.1\r\n\r\n");
+    Connect();
+    Ask("\x16\x03\x01 what is this?\r\n\r\n");
+    std::map<std::string, std::uint64_t> counted;
+    for (const auto& [key, count] : counts.Read()) {
+        counted[std::string(key.first) + (key.second == 200 ? " done" : " refused")] += count;
+    }
+    EXPECT_EQ(counted.at("GET done"), 2U);
+    EXPECT_EQ(counted.at("POST done"), 1U);
+    EXPECT_EQ(counted.at("HEAD done"), 1U);
+    EXPECT_EQ(counted.at("GET refused"), 1U) << "it has no host";
+    EXPECT_GE(counted.at("other refused"), 1U);
+}
 
 TEST_F(HttpSessionTest, AnswersRequestsInAnyPieces) {
     const std::string bytes =

@@ -126,6 +126,17 @@ TEST_F(ResourceGatewayTest, ADocumentOfBytesIsSentAsItIs) {
     EXPECT_EQ(*response.body, bytes);
 }
 
+TEST_F(ResourceGatewayTest, BytesMayHaveATypeOfTheirOwn) {
+    Picture picture;
+    picture.onDocument = [](const VorApi::RequestInfoEx&, VorApi::ResponseInfoEx&, VorApi::VorDataTree& data) {
+        data.Set(Vor::Properties::ByteVector("PNG", 3));
+    };
+    router.Register("/picture", picture);
+    EXPECT_EQ(Get("/picture").fields.Find("Content-Type"), "image/png");
+    EXPECT_EQ(*Get("/picture/").body, "PNG");
+    router.Deregister("/picture", true);
+}
+
 TEST_F(ResourceGatewayTest, AResourceMayDeleteWithoutCreating) {
     notes.texts["a"] = "Hi";
     notes.creates = false;

@@ -58,9 +58,9 @@ protected:
 
 TEST_F(SensorDirTest, TheEntrySaysWhoAnswersAndLinksToAll) {
     EXPECT_EQ(Read("/").ToJson(), (Json{{"name", "vorsensor"}, {"version", VOR_VERSION}, {"boot", "b0"}}));
-    EXPECT_EQ(LinksOf("/"),
-              (std::vector<std::string>{"vor:controlTypes /controlTypes", "vor:controls /controls",
-                                        "vor:sensor /sensor", "vor:events /events", "vor:healthz /healthz"}));
+    EXPECT_EQ(LinksOf("/"), (std::vector<std::string>{"vor:controlTypes /controlTypes", "vor:controls /controls",
+                                                      "vor:sensor /sensor", "vor:events /events",
+                                                      "vor:healthz /healthz", "vor:metrics /metrics"}));
 }
 
 TEST_F(SensorDirTest, RefusedTopicsAreNamedWithTheirPlaces) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sensor/Http/EventStreams.h"
+#include "Sensor/Http/RequestCounts.h"
 #include "Sensor/Http/ResponderTarget.h"
 #include "Sensor/LogHistory.h"
 #include "Sensor/Resources/Revisions.h"
@@ -47,6 +48,11 @@ protected:
         Tests::TestPlugin().Add("a", service).Add("b", other).Publish(host.Plugins());
         Build();
     }
+    /// With the services of a plug-in instead.
+    explicit SensorFixture(Tests::TestPlugin plugin) {
+        plugin.Publish(host.Plugins());
+        Build();
+    }
     /// With the services of a folder of plug-ins instead.
     explicit SensorFixture(const std::filesystem::path& plugins) {
         host.LoadPlugins(plugins);
@@ -73,6 +79,7 @@ protected:
                 .sensor = sensor,
                 .log = logHistory,
                 .module = host.Module(),
+                .requests = requests,
                 .jobLoadedEvent = host.JobLoadedEvent()};
     }
 
@@ -182,6 +189,7 @@ protected:
                           .factoryRestore = [this] { acts.emplace_back("restored"); },
                           .restart = [this] { acts.emplace_back("restarted"); }}};
     ServiceHost host{{.dataFolder = folder.Path(), .job = "test"}, sensor};
+    Http::RequestCounts requests;
     std::unique_ptr<Revisions> revisions;
     std::unique_ptr<Http::EventStreams> streams;
     std::unique_ptr<SensorDir> directory;
