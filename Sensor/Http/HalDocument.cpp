@@ -1,60 +1,14 @@
 #include "Sensor/Http/HalDocument.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <map>
+#include "Sensor/Http/JsonSchema.h"
+#include "Sensor/Http/ObjectText.h"
 
-#include <nlohmann/json.hpp>
+#include <algorithm>
+#include <map>
 
 namespace Sensor::Http {
 
-using VorApi::VorDataTree;
-
 namespace {
-
-/// Writes one object: members one after the other, with the commas between them.
-class ObjectText {
-public:
-    explicit ObjectText(std::string& out)
-        : out(out)
-        , begin(out.size()) {
-        out += '{';
-    }
-
-    /// The value is written next.
-    void AddName(const std::string& name) {
-        if (out.size() > begin + 1) {
-            out += ',';
-        }
-        AppendQuoted(name);
-        out += ':';
-    }
-    void Add(const std::string& name, const std::string& text) {
-        AddName(name);
-        AppendQuoted(text);
-    }
-    /// Adds the members of an object; nothing for a tree of another kind.
-    void AddMembers(const VorDataTree& tree) {
-        if (tree.IsObject() && tree.Count() > 0) {
-            const bool isFirst = out.size() == begin + 1;
-            out.erase(out.size() - (isFirst ? 1 : 0));
-            const std::size_t object = out.size();
-            tree.AppendTo(out, false);
-            out[object] = isFirst ? '{' : ',';
-            out.pop_back();
-        }
-    }
-
-    void End() { out += '}'; }
-
-private:
-    void AppendQuoted(const std::string& text) {
-        out += nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    }
-
-    std::string& out;
-    const std::size_t begin;
-};
 
 const HalDocument::Link& LinkOf(const HalDocument::Link& link) {
     return link;
@@ -107,6 +61,21 @@ std::string HalDocument::Text(std::size_t expectedSize) const {
     return text;
 }
 
+void HalDocument::AddMembersAndJsonSchema(ObjectText& object, std::string& out) const {
+    for (const std::string& name : members.Names()) {
+        if (name != JsonSchema::Key) {
+            object.AddName(name);
+            JsonSchema::AppendWithoutSchemas(out, members[name]);
+        }
+    }
+    std::vector<JsonSchema::Member> more{{"_links", LinksSchema}, {JsonSchema::Key, R"({"type":"object"})"}};
+    if (!embedded.empty()) {
+        more.push_back({"_embedded", EmbeddedSchema});
+    }
+    object.AddName(JsonSchema::Key);
+    JsonSchema::AppendOfDocument(out, members, more);
+}
+
 void HalDocument::AppendTo(std::string& out) const {
     ObjectText object(out);
     object.AddName("_links");
@@ -115,7 +84,11 @@ void HalDocument::AppendTo(std::string& out) const {
     AppendLink(out, {"self", path});
     AddRelations(linked, out, links, [&](const Link& link) { AppendLink(out, link); });
     linked.End();
-    object.AddMembers(members);
+    if (hasJsonSchema) {
+        AddMembersAndJsonSchema(object, out);
+    } else {
+        object.AddMembers(members);
+    }
     if (!embedded.empty()) {
         object.AddName("_embedded");
         ObjectText parts(out);

@@ -30,6 +30,9 @@ namespace {
 /// A body of JSON occupies at most about that many bytes for each of its own while it is parsed.
 constexpr std::size_t BytesPerBodyByte = 48;
 
+/// The value of "schema" in a query for JSON Schema instead of the tree's own.
+constexpr const char* JsonSchemaVersion = "2020-12";
+
 HttpResponse TooMuch() {
     return ProblemResponse({503, "The documents that are being made and sent occupy all the memory that they may."});
 }
@@ -114,6 +117,7 @@ struct ResourceGateway::Call {
     RequestTarget target = {};
     VorDataTree body = {};
     bool wantsSchema = false;
+    bool wantsJsonSchema = false;           ///< and that as JSON Schema
     std::vector<std::string> expanded = {}; ///< relations
     /// Of the answer.
     unsigned status = 200;
@@ -126,7 +130,11 @@ struct ResourceGateway::Call {
 
     /// Of the document among the large ones.
     std::string Name() const {
-        return target.path + (wantsSchema ? "?schema" : "") + (expanded.empty() ? "" : "?expand");
+        return target.path +
+               (wantsJsonSchema ? "?jsonSchema"
+                : wantsSchema   ? "?schema"
+                                : "") +
+               (expanded.empty() ? "" : "?expand");
     }
 };
 
@@ -185,12 +193,13 @@ void ResourceGateway::Handle(HttpRequest request, Responder responder) {
     call->target = *RequestTarget::Parse(call->request.target);
     call->target.path = ResourceMap::Canonical(call->target.path);
     if (const std::string* const schema = call->target.FindQuery("schema")) {
-        if (*schema != "0" && *schema != "1") {
-            call->responder.Respond(
-                ProblemResponse({400, "The query has schema=" + *schema + ", and 0 or 1 was expected."}));
+        call->wantsJsonSchema = *schema == JsonSchemaVersion;
+        call->wantsSchema = *schema == "1" || call->wantsJsonSchema;
+        if (!call->wantsSchema && *schema != "0") {
+            call->responder.Respond(ProblemResponse(
+                {400, "The query has schema=" + *schema + ", and 0, 1 or " + JsonSchemaVersion + " was expected."}));
             return;
         }
-        call->wantsSchema = *schema == "1";
     }
     if (const std::string* const expand = call->target.FindQuery("expand")) {
         for (const std::string_view relation : SplitList(*expand, ',')) {
@@ -478,6 +487,7 @@ void ResourceGateway::SendBytes(const Call& call, const VorDataTree& document) c
 
 std::shared_ptr<HalDocument> ResourceGateway::Document(Call& call, const std::string& path, Answer answer) {
     auto document = std::make_shared<HalDocument>(map.Describe(path, std::move(answer)));
+    document->hasJsonSchema = call.wantsJsonSchema;
     call.treeSize += document->members.Size();
     call.share->Change(call.treeSize);
     if (call.treeSize > LargeDocuments::LargeSize && call.turn == nullptr) {

@@ -113,14 +113,27 @@ std::optional<Verb> ResourceMap::VerbOf(const std::string& method, const std::st
 }
 
 Methods ResourceMap::MethodsOf(const Place& place) {
+    const bool exists = place.document == nullptr || place.document->HasDocument(place.request);
+    if (exists) {
+        return MethodsOfKind(place);
+    }
     Methods methods;
-    methods.get = place.document != nullptr && place.document->HasDocument(place.request);
-    const bool exists = methods.get || place.document == nullptr;
-    methods.patch = exists && place.IsUpdatable() && place.document->IsUpdatable();
-    methods.post =
-        exists ? place.IsCommand() || place.Creates() : place.IsCommand() && place.command->IsCommand(place.request);
-    methods.remove = exists && place.Deletes();
+    methods.post = place.IsCommand() && place.command->IsCommand(place.request);
     return methods;
+}
+
+Methods ResourceMap::MethodsOfKind(const Place& place) {
+    Methods methods;
+    methods.get = place.document != nullptr;
+    methods.patch = place.IsUpdatable() && place.document->IsUpdatable();
+    methods.post = place.IsCommand() || place.Creates();
+    methods.remove = place.Deletes();
+    return methods;
+}
+
+Methods ResourceMap::MethodsOfRoute(const std::string& route) const {
+    const auto place = Find(route);
+    return place ? MethodsOfKind(*place) : Methods();
 }
 
 Methods ResourceMap::MethodsOf(const std::string& path) const {

@@ -44,6 +44,10 @@ public:
     /// None for a path that leads nowhere. For a resource that has a document, the document exists.
     Methods MethodsOf(const std::string& path) const;
 
+    /// The methods of all that a route leads to, whether anything is there at present. A route that leaves out its last
+    /// parameter is that of the collection.
+    Methods MethodsOfRoute(const std::string& route) const;
+
     /// Of documents at the path that are bytes.
     std::string_view MediaTypeOf(const std::string& path) const;
 
@@ -56,6 +60,7 @@ private:
 
     std::optional<Place> Find(const std::string& path) const;
     static Methods MethodsOf(const Place& place);
+    static Methods MethodsOfKind(const Place& place);
     /// Whether a GET there succeeds, or a POST does something.
     static bool Leads(const std::optional<Place>& place);
     void AddLinks(HalDocument& document) const;

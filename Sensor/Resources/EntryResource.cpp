@@ -1,6 +1,7 @@
 #include "Sensor/Resources/EntryResource.h"
 
 #include "Sensor/Resources/DocumentMembers.h"
+#include "Sensor/Resources/OpenApiResource.h"
 #include "VorApi/Params/Value.h"
 #include "VorApi/Path.h"
 #include "VorApi/ResourceRouter.h"
@@ -42,7 +43,9 @@ void EntryResource::Document(const VorApi::RequestInfoEx& request, VorApi::Respo
     for (const std::string& route : router.Routes()) {
         const std::vector<std::string_view> steps = VorApi::Path::Split(route);
         const bool isAtTop = steps.size() == 1 || (steps.size() == 2 && VorApi::Path::IsParameter(steps[1]));
-        if (isAtTop) {
+        if (route == OpenApiResource::Route) {
+            response.Link("service-desc", route, false, VorApi::VorDataTree()); // RFC 8631
+        } else if (isAtTop) {
             const std::string name(steps[0]);
             response.Link("vor:" + name, "/" + name, false, VorApi::VorDataTree());
         }

@@ -3,7 +3,6 @@
 #include "Sensor/Http/EventStreams.h"
 #include "Sensor/Resources/DocumentMembers.h"
 #include "Vor/Exception.h"
-#include "VorApi/Params/Value.h"
 
 #include <string>
 #include <vector>
@@ -21,18 +20,12 @@ public:
     Vor::Params::Value<std::vector<std::string>> topics;
 };
 
-class TopicsUpdate : public Vor::Params::Group {
-public:
-    TopicsUpdate() {
-        Register("add", add, "Topics to add");
-        Register("remove", remove, "Topics to remove");
-    }
-
-    Vor::Params::Value<std::vector<std::string>> add;
-    Vor::Params::Value<std::vector<std::string>> remove;
-};
-
 } // namespace
+
+TopicsUpdate::TopicsUpdate() {
+    Register("add", add, "Topics to add");
+    Register("remove", remove, "Topics to remove");
+}
 
 EventsResource::EventsResource(Http::EventStreams& streams)
     : streams(streams) {}

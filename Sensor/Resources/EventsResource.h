@@ -1,12 +1,26 @@
 #pragma once
 
 #include "VorApi/DocumentResourceBase.h"
+#include "VorApi/Params/Group.h"
+#include "VorApi/Params/Value.h"
+
+#include <string>
+#include <vector>
 
 namespace Sensor::Http {
 class EventStreams;
 }
 
 namespace Sensor::Resources {
+
+/// An update of a stream.
+class TopicsUpdate : public Vor::Params::Group {
+public:
+    TopicsUpdate();
+
+    Vor::Params::Value<std::vector<std::string>> add;
+    Vor::Params::Value<std::vector<std::string>> remove;
+};
 
 /// The topics of events as a document, and of each open stream, whose topics its client changes here.
 class EventsResource : public VorApi::DocumentResourceBase {

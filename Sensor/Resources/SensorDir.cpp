@@ -11,6 +11,7 @@
 #include "Sensor/Resources/LogResource.h"
 #include "Sensor/Resources/LogWatch.h"
 #include "Sensor/Resources/MetricsResource.h"
+#include "Sensor/Resources/OpenApiResource.h"
 #include "Sensor/Resources/OperationProperties.h"
 #include "Sensor/Resources/OperationsResource.h"
 #include "Sensor/Resources/ProblemList.h"
@@ -41,6 +42,7 @@ struct SensorDir::Impl {
         , events(router, "/events/:stream", streams)
         , health(router, "/healthz")
         , metrics(router, "/metrics", environ)
+        , openApi(router, OpenApiResource::Route, router, environ)
         , problems(router, "/sensor/problems", problemList)
         , log(router, "/sensor/log", environ.log)
         , sources(router, "/sensor/sources", environ.sensor)
@@ -76,6 +78,7 @@ struct SensorDir::Impl {
     VorApi::RoutedResource<EventsResource> events;
     VorApi::RoutedResource<HealthResource> health;
     VorApi::RoutedResource<MetricsResource> metrics; ///< counts operations, so it is built before their clients
+    VorApi::RoutedResource<OpenApiResource> openApi;
     VorApi::RoutedResource<ProblemsResource> problems;
     VorApi::RoutedResource<LogResource> log;
     VorApi::RoutedResource<SourcesResource> sources;

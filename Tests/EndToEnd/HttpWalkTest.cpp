@@ -68,6 +68,8 @@ TEST(HttpWalk, FindsEveryResourceAndNoDeadLink) {
     EXPECT_EQ(found.at("commands"), Json::array()) << "each command has a document, too";
     EXPECT_EQ(found.at("unlike"), Json::array());
     EXPECT_GT(found.at("filled"), 0);
+    EXPECT_EQ(found.at("faults"), Json::array());
+    EXPECT_EQ(found.at("plain").get<Texts>(), (Texts{"/openapi.json", "/sensor/jobs/demo/file"}));
 
     const std::vector<std::string> documents = found.at("documents");
     Texts missed;
@@ -82,6 +84,20 @@ TEST(HttpWalk, FindsEveryResourceAndNoDeadLink) {
         (Texts{"/controls/ascii/commands", "/controls/ascii/commands/:command", "/controls/modbus/commands",
                "/controls/modbus/commands/:command", "/controls/modbus/outputs", "/controls/modbus/outputs/commands",
                "/controls/modbus/outputs/commands/:command", "/events/:stream", "/sensor/operations/:operation"}));
+}
+
+TEST(HttpWalk, ALinterHasNothingToSayAboutTheDescriptionOfTheResources) {
+    if (!std::filesystem::exists(SourceFile("Tests/EndToEnd/node_modules/@redocly"))) {
+        GTEST_SKIP() << "there is no linter";
+    }
+    VirtualSensor sensor;
+    const HttpClient http = HttpClient::Of(sensor);
+    const std::string path = http.Get("/").Link("service-desc");
+    EXPECT_EQ(http.Get(path).body.at("openapi"), "3.1.0");
+    const std::string host = http.Address().substr(0, http.Address().size() - 1);
+    const Answer answer = RunToEnd({"node", SourceFile("Tests/EndToEnd/lint.js"), host + path});
+    EXPECT_EQ(answer.status, 0) << answer.errors;
+    EXPECT_EQ(answer.output, "");
 }
 
 } // namespace

@@ -2,11 +2,13 @@
 // as JSON:
 //   node walk.js ENTRY
 // `documents` are the paths that were read, `commands` those that have POST but no document, `dead` the links to
-// anything else, `filled` the number of embeds that were filled, and `unlike` those of them that then have other members
-// than the document itself.
+// anything else, `filled` the number of embeds that were filled, `unlike` those of them that then have other members
+// than the document itself, `plain` the paths of what is no hypertext, and `faults` what of the other documents isn't as
+// their own JSON Schemas say.
 "use strict";
 
 const { Client, NeverCache } = require("ketting");
+const { faultsOf } = require("./schemas.js");
 
 class Walk {
     constructor(entry) {
@@ -17,6 +19,8 @@ class Walk {
         this.commands = [];
         this.dead = [];
         this.filled = [];
+        this.plain = [];
+        this.faults = [];
     }
 
     async run() {
@@ -38,6 +42,8 @@ class Walk {
             dead: this.dead,
             filled: this.filled.length,
             unlike: unlike.map(({ uri }) => pathOf(uri)),
+            plain: this.plain,
+            faults: this.faults,
         };
     }
 
@@ -46,7 +52,9 @@ class Walk {
         try {
             const state = await resource.get();
             this.membersOf.set(resource.uri, namesOf(state.data));
-            await this.fill(resource, state);
+            const relations = embeddedIn(state);
+            await this.fill(resource, relations);
+            await this.checkSchema(resource, relations);
             return targetsOf(state);
         } catch (error) {
             if (await hasPost(resource)) {
@@ -58,16 +66,34 @@ class Walk {
         }
     }
 
-    async fill(resource, state) {
-        const embedded = new Set(state.getEmbedded().map((part) => part.uri));
-        const links = state.links.getAll().filter((link) => embedded.has(state.client.go(link).uri));
-        const relations = new Set(links.map((link) => link.rel));
+    async fill(resource, relations) {
         if (relations.size > 0) {
-            const query = "?expand=" + [...relations].map(encodeURIComponent).join(",");
-            const whole = await resource.go(resource.uri + query).get();
+            const whole = await resource.go(resource.uri + expanding(relations, "?")).get();
             this.filled.push(...whole.getEmbedded().map((part) => ({ uri: part.uri, members: namesOf(part.data) })));
         }
     }
+
+    async checkSchema(resource, relations) {
+        const uri = resource.uri + "?schema=2020-12" + expanding(relations, "&");
+        const answer = await resource.go(uri).fetch({ headers: { Accept: "application/hal+json" } });
+        if (answer.headers.get("Content-Type") !== "application/hal+json") {
+            this.plain.push(pathOf(resource.uri));
+            return;
+        }
+        const faults = faultsOf(await answer.json());
+        this.faults.push(...faults.map((fault) => `${pathOf(resource.uri)}: ${fault}`));
+    }
+}
+
+// The relations of a document that others are embedded with.
+function embeddedIn(state) {
+    const embedded = new Set(state.getEmbedded().map((part) => part.uri));
+    const links = state.links.getAll().filter((link) => embedded.has(state.client.go(link).uri));
+    return new Set(links.map((link) => link.rel));
+}
+
+function expanding(relations, mark) {
+    return relations.size === 0 ? "" : mark + "expand=" + [...relations].map(encodeURIComponent).join(",");
 }
 
 function targetsOf(state) {

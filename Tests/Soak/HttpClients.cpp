@@ -64,7 +64,7 @@ void HttpWorker::CountFailure(const std::string& what, const HttpAnswer& answer)
 }
 
 bool HttpReader::WorkOnce(HttpConnection& connection) {
-    const std::array<std::string, 15> paths = {"/",
+    const std::array<std::string, 17> paths = {"/",
                                                "/sensor",
                                                "/sensor/problems",
                                                "/sensor/log?n=10&level=warning",
@@ -78,7 +78,9 @@ bool HttpReader::WorkOnce(HttpConnection& connection) {
                                                Service + "/metrics",
                                                Service + "?schema=1&expand=vor:registerAssembly",
                                                Assembly,
-                                               Assembly + "?schema=1"};
+                                               Assembly + "?schema=1",
+                                               Assembly + "?schema=2020-12",
+                                               "/openapi.json"};
     const std::string& path = paths[random() % paths.size()];
     const HttpAnswer answer = connection.Ask("GET", path);
     if (answer.status == 200 && Json::accept(answer.body)) {

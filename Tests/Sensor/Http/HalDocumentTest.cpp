@@ -1,5 +1,7 @@
 #include "Sensor/Http/HalDocument.h"
 
+#include <memory>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -44,6 +46,30 @@ TEST(HalDocumentTest, AnExpandedPartIsItsDocument) {
     document.embedded.push_back({{"item", "/a/1", true}, part});
     EXPECT_EQ(document.Text(), R"({"_links":{"self":{"href":"/a"}},)"
                                R"("_embedded":{"item":[{"_links":{"self":{"href":"/a/1"}},"y":[2]}]}})");
+}
+
+TEST(HalDocumentTest, AJsonSchemaDescribesAllOfTheDocument) {
+    HalDocument document{
+        "/a",
+        TreeOf(R"({"x":1,"_schema":{"properties":{"x":{"type":"integer","units":"mm"}}},"p":{"_schema":{},"y":2}})")};
+    document.hasJsonSchema = true;
+    auto json = nlohmann::json::parse(document.Text());
+    auto schema = json["_schema"];
+    json.erase("_schema");
+    EXPECT_EQ(json, nlohmann::json::parse(R"({"_links":{"self":{"href":"/a"}},"x":1,"p":{"y":2}})"));
+    EXPECT_EQ(schema["$schema"], "https://json-schema.org/draft/2020-12/schema");
+    EXPECT_EQ(schema["properties"]["x"]["x-units"], "mm");
+    EXPECT_EQ(schema["properties"]["p"]["properties"]["y"]["type"], "integer");
+    EXPECT_EQ(schema["properties"]["_links"], nlohmann::json::parse(HalDocument::LinksSchema));
+    EXPECT_EQ(schema["required"], (nlohmann::json{"p", "x", "_links", "_schema"}));
+    EXPECT_FALSE(schema["properties"].contains("_embedded"));
+
+    auto part = std::make_shared<HalDocument>(HalDocument{"/a/1", TreeOf(R"({"z":true})")});
+    part->hasJsonSchema = true;
+    document.embedded.push_back({{"item", "/a/1", true}, part});
+    json = nlohmann::json::parse(document.Text());
+    EXPECT_EQ(json["_schema"]["properties"]["_embedded"], nlohmann::json::parse(HalDocument::EmbeddedSchema));
+    EXPECT_EQ(json["_embedded"]["item"][0]["_schema"]["properties"]["z"]["type"], "boolean");
 }
 
 TEST(HalDocumentTest, TextsOfAnyKindAreJson) {

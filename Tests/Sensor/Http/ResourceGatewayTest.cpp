@@ -246,7 +246,7 @@ TEST_F(ResourceGatewayTest, AMalformedTargetIsABadRequest) {
     for (const char* const target : {"", "*", "/a%", "/%ff", "https://localhost/"}) {
         EXPECT_EQ(Get(target).status, 400U) << target;
     }
-    EXPECT_EQ(DetailOf(Get("/notes?schema=yes"), 400), "The query has schema=yes, and 0 or 1 was expected.");
+    EXPECT_EQ(DetailOf(Get("/notes?schema=yes"), 400), "The query has schema=yes, and 0, 1 or 2020-12 was expected.");
 }
 
 TEST_F(ResourceGatewayTest, TheSchemaComesWhenItIsWanted) {
@@ -254,6 +254,22 @@ TEST_F(ResourceGatewayTest, TheSchemaComesWhenItIsWanted) {
     EXPECT_TRUE(GetDocument("/notes/a?schema=1").contains("_schema"));
     EXPECT_FALSE(GetDocument("/notes/a?schema=0").contains("_schema"));
     EXPECT_FALSE(GetDocument("/notes/a?other=1").contains("_schema"));
+}
+
+TEST_F(ResourceGatewayTest, TheSchemaComesAsJsonSchema) {
+    notes.texts = {{"a", ""}};
+    const Json note = GetDocument("/notes/a?schema=2020-12");
+    EXPECT_EQ(note["_schema"]["$schema"], "https://json-schema.org/draft/2020-12/schema");
+    EXPECT_EQ(note["_schema"]["properties"]["text"]["type"], "string");
+    const Json list = GetDocument("/notes?schema=2020-12&expand=item");
+    EXPECT_TRUE(list["_schema"]["properties"].contains("_embedded"));
+    EXPECT_EQ(list["_embedded"]["item"][0]["_schema"]["properties"]["text"]["type"], "string");
+
+    const Json assembly = GetDocument("/controls/full/registerAssemblies/a1?schema=2020-12");
+    EXPECT_FALSE(assembly["attributes"].contains("_schema"));
+    EXPECT_EQ(assembly["_schema"]["properties"]["attributes"]["properties"]["outputIdMin"]["type"], "integer");
+    EXPECT_EQ(assembly["_schema"]["properties"]["supportedBlockTypes"]["prefixItems"].size(),
+              assembly["supportedBlockTypes"].size());
 }
 
 TEST_F(ResourceGatewayTest, AResourceGetsTheQuery) {

@@ -60,7 +60,8 @@ TEST_F(SensorDirTest, TheEntrySaysWhoAnswersAndLinksToAll) {
     EXPECT_EQ(Read("/").ToJson(), (Json{{"name", "vorsensor"}, {"version", VOR_VERSION}, {"boot", "b0"}}));
     EXPECT_EQ(LinksOf("/"), (std::vector<std::string>{"vor:controlTypes /controlTypes", "vor:controls /controls",
                                                       "vor:sensor /sensor", "vor:events /events",
-                                                      "vor:healthz /healthz", "vor:metrics /metrics"}));
+                                                      "vor:healthz /healthz", "vor:metrics /metrics",
+                                                      "service-desc /openapi.json"}));
 }
 
 TEST_F(SensorDirTest, RefusedTopicsAreNamedWithTheirPlaces) {
