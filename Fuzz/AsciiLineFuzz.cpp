@@ -34,6 +34,11 @@ public:
         answer->job = "demo.vrjob";
         answer->End(yOK);
     }
+    bool ReadResource(ReadTarget target, const std::shared_ptr<PendingAnswer>& answer) override {
+        answer->document = "\"" + std::to_string(target.path.size()) + "\"";
+        answer->End(target.pointer.empty() ? yOK : yERROR_NOT_FOUND);
+        return target.path.back() != '/';
+    }
 };
 
 std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t maxSentSize,
@@ -46,6 +51,7 @@ std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::s
                      {.id = "my height", .dataSource = "b"}});
     Sensor sensor;
     RequestHandler handler(outputs, sensor, counters, format);
+    handler.SetAllowsRead(true);
     const auto session = std::make_unique<AsciiSession>(handler, true);
     std::string answers;
     while (!stream.empty() && !session->Broken()) {

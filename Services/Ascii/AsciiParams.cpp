@@ -62,6 +62,7 @@ AsciiParams::AsciiParams()
         "them. 0 leaves it open.",
         "Networks or single addresses whose clients may command the sensor, too. Other clients can only read.");
     triggerTimeout.RegisterIn(*this);
+    Register("allowRead", allowRead, Translate("Allow Reading Resources"), 100);
 
     delimiter.EnableDescription(true);
     Describe(delimiter, "Stands between the fields of a line.");
@@ -82,6 +83,9 @@ AsciiParams::AsciiParams()
     decimals.SetMaximum(MaxDecimals);
     invalidText.EnableDescription(true);
     Describe(invalidText, "Stands in each field that has no value.");
+    allowRead.EnableDescription(true);
+    Describe(allowRead, "Whether clients that may command the sensor can read the resources of its services and of its "
+                        "scan.");
     Reset();
 }
 
@@ -96,6 +100,7 @@ void AsciiParams::Reset() {
     invalidText = format.invalidText;
     ResetLimits(DefaultIdleTimeout);
     triggerTimeout.Reset();
+    allowRead = false;
 }
 
 Net::TcpServerSettings AsciiParams::Settings() {

@@ -28,6 +28,7 @@ public:
     Vor::Params::Value<unsigned short> decimals;
     SymbolParam invalidText;
     Common::TriggerTimeoutParam triggerTimeout;
+    Vor::Params::Value<bool> allowRead;
 };
 
 } // namespace Services::Ascii

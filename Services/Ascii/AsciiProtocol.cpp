@@ -9,6 +9,10 @@
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStampRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/DefaultRegisterBlocks/DefaultStringRegisterBlockInfo.h"
 #include "VorControl/ControlProtocol/ScopeLocks.h"
+#include "yApi/yStatus.h"
+
+#include <chrono>
+#include <utility>
 
 namespace Services::Ascii {
 
@@ -45,6 +49,24 @@ ValueKind KindOf(const std::string& type) {
     return type == "Stamp" ? ValueKind::Stamp : ValueKind::Text;
 }
 
+/// The document of a resource, on the main loop. Throws with a text for the client.
+std::string DocumentOf(VorControl::IControlHost& host, const std::string& path) {
+    std::string document;
+    try {
+        constexpr std::chrono::microseconds Limit = ResourceReader::DefaultTimeLimit;
+        host.ReadResource(path, document, static_cast<unsigned long long>(Limit.count()));
+    } catch (const Vor::Exception& e) {
+        if (e.Status() == yERROR_NOT_FOUND) {
+            Vor::Throw(yERROR_NOT_FOUND, "there is nothing to read at %s", path);
+        }
+        if (e.Status() == yERROR_BUSY) {
+            Vor::Throw(yERROR_BUSY, "busy: another service reads a resource");
+        }
+        Vor::Throw(yERROR, "%s can't be read; the sensor's log says why", path);
+    }
+    return document;
+}
+
 } // namespace
 
 AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
@@ -58,7 +80,8 @@ AsciiProtocol::AsciiProtocol(const ControlProtocolEnviron& environ)
     , commands({.host = GetControlHost(),
                 .process = [this](const auto& command) { ProcessReceivedCommonCommands(command); },
                 .beginOfTrigger = [this] { return BeginOfLastTrigger(); },
-                .sources = [this] { return DataSourceList(); }}) {
+                .sources = [this] { return DataSourceList(); }})
+    , reader([this](const std::string& path) { return DocumentOf(GetControlHost(), path); }, [this] { wakeup.Set(); }) {
     Init({.assemblies = {assembly}, .outputs = map},
          {.threadName = "AsciiNet", .params = params, .properties = properties, .wakeup = &wakeup});
 }
@@ -74,6 +97,7 @@ std::unique_ptr<Net::ITcpSession> AsciiProtocol::MakeSession(bool mayWrite) {
 
 void AsciiProtocol::UpdateSessions() {
     handler.SetFormat(params->Format());
+    handler.SetAllowsRead(params->allowRead.Get());
 }
 
 void AsciiProtocol::ParamsApplied() {
@@ -84,6 +108,7 @@ void AsciiProtocol::ParamsApplied() {
 void AsciiProtocol::Stopped() {
     outputs.Reset();
     commands.Interrupt();
+    reader.Stop();
 }
 
 void AsciiProtocol::ScanStateChangeImpl(bool started) {
@@ -155,6 +180,10 @@ void AsciiProtocol::ReadState(const std::shared_ptr<PendingAnswer>& answer) {
         answer->End(state.status);
         wakeup.Set();
     });
+}
+
+bool AsciiProtocol::ReadResource(ReadTarget target, const std::shared_ptr<PendingAnswer>& answer) {
+    return reader.Add(std::move(target), answer);
 }
 
 bool AsciiProtocol::ApplyResultSet(ResultSet set) {

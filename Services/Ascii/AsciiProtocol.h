@@ -5,6 +5,7 @@
 #include "Services/Ascii/ISensor.h"
 #include "Services/Ascii/Outputs.h"
 #include "Services/Ascii/RequestHandler.h"
+#include "Services/Ascii/ResourceReader.h"
 #include "Services/Common/SensorCommands.h"
 #include "Services/Common/TcpService.h"
 #include "Vor/AsyncRunner.h"
@@ -44,6 +45,7 @@ private:
     bool Run(const VorControl::ControlProtocol::ControlRegisterCommandData& command,
              const std::shared_ptr<PendingAnswer>& answer) override;
     void ReadState(const std::shared_ptr<PendingAnswer>& answer) override;
+    bool ReadResource(ReadTarget target, const std::shared_ptr<PendingAnswer>& answer) override;
 
     void PublishOutputs();
     std::vector<OutputDefinition> Definitions() const;
@@ -60,6 +62,7 @@ private:
     std::atomic<bool> outputsChanging{false};
     Vor::AsyncRunner mainLoop;
     Common::SensorCommands commands;
+    ResourceReader reader;
 };
 
 } // namespace Services::Ascii

@@ -3,7 +3,9 @@
 #include "Net/BufferedSession.h"
 #include "Services/Ascii/LineReader.h"
 #include "Services/Ascii/RequestHandler.h"
+#include "Services/Ascii/ResourceReader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -26,7 +28,7 @@ public:
 
 private:
     /// Room for one line more than the longest.
-    static constexpr std::size_t AnswerCapacity = Outputs::MaxLineSize + 64;
+    static constexpr std::size_t AnswerCapacity = std::max(Outputs::MaxLineSize, ResourceReader::MaxAnswerSize) + 64;
 
     bool HasRoom() { return OutputSpace().size() >= AnswerCapacity; }
     void AppendLine(const std::string& line);

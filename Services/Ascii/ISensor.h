@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Services/Ascii/PendingAnswer.h"
+#include "Services/Ascii/ResourceReader.h"
 #include "VorControl/ControlProtocol/ControlRegisterTypes.h"
 
 #include <memory>
@@ -18,6 +19,8 @@ public:
                      const std::shared_ptr<PendingAnswer>& answer) = 0;
     /// Reads the present state into the answer.
     virtual void ReadState(const std::shared_ptr<PendingAnswer>& answer) = 0;
+    /// Reads a resource into the answer. Returns false, and reads nothing, when too many reads wait already.
+    virtual bool ReadResource(ReadTarget target, const std::shared_ptr<PendingAnswer>& answer) = 0;
 };
 
 } // namespace Services::Ascii

@@ -11,7 +11,7 @@ namespace Services::Ascii {
 /// A request whose answer comes later. Whoever processes it writes the members, then calls End; after that they belong
 /// to the session of the request.
 struct PendingAnswer {
-    enum class Kind { Command, State, Job };
+    enum class Kind { Command, State, Job, Document };
 
     explicit PendingAnswer(Kind kind)
         : kind(kind) {}
@@ -25,12 +25,15 @@ struct PendingAnswer {
     const Kind kind;
     yStatus status = yERROR;
     const char* failure = nullptr; ///< text for a command that fails with yERROR
+    std::string reason;            ///< text of a failure; empty for the one that its status has
 
     /// The answer of the kinds State and Job.
     bool isScanning = false;
     std::uint8_t alignment = 0; ///< 0 not aligned, 1 aligned, 2 aligning
     bool isBusy = false;
     std::string job;
+
+    std::string document; ///< the answer of the kind Document, JSON in one line of ASCII
 
 private:
     std::atomic<bool> hasEnded{false};

@@ -1,5 +1,6 @@
 #include "Services/Ascii/RequestHandler.h"
 
+#include "Services/Ascii/ResourceReader.h"
 #include "Services/Ascii/ServiceVersion.h"
 #include "Vor/Exception.h"
 
@@ -27,6 +28,15 @@ const char* TextOf(yStatus status) {
     return found == failures.end() ? "failed" : found->text;
 }
 
+/// Why the request has failed.
+std::string TextOfFailure(const PendingAnswer& answer) {
+    if (!answer.reason.empty()) {
+        return answer.reason;
+    }
+    const bool isPlain = answer.status == yERROR && answer.failure != nullptr;
+    return isPlain ? answer.failure : TextOf(answer.status);
+}
+
 const char* TextOfAlignment(std::uint8_t alignment) {
     return alignment == 1 ? "ALIGNED" : alignment == 2 ? "ALIGNING" : "UNALIGNED";
 }
@@ -51,6 +61,8 @@ const std::vector<RequestHandler::Command>& RequestHandler::Commands() {
         {"STATE", &Self::State, "STATE", "Returns whether the sensor scans, is aligned and is busy, and its job."},
         {"STATUS", &Self::State, "STATUS", "The same as STATE."},
         {"JOB", &Self::Job, "JOB", "Returns the loaded job."},
+        {"READ", &Self::Read, "READ PATH[#/MEMBER]",
+         "Returns a resource below /controls or /sensor/scan, or one member of it, as JSON."},
         {"COUNTERS", &Self::Counters, "COUNTERS",
          "Returns clients, refused clients, lines, errors and dropped frames of the service, and its seconds."},
         {"VERSION", &Self::Version, "VERSION", "Returns the versions of service and sensor."},
@@ -115,8 +127,7 @@ void RequestHandler::AnswerPending(ClientState& client, std::string& answer) {
     const std::shared_ptr<PendingAnswer> pending = std::move(client.pending);
     client.pending = nullptr;
     if (pending->status != yOK) {
-        const bool isPlain = pending->status == yERROR && pending->failure != nullptr;
-        AnswerError(answer, pending->status, isPlain ? pending->failure : TextOf(pending->status));
+        AnswerError(answer, pending->status, TextOfFailure(*pending));
     } else {
         answer += "OK";
         if (pending->kind == PendingAnswer::Kind::State) {
@@ -126,8 +137,12 @@ void RequestHandler::AnswerPending(ClientState& client, std::string& answer) {
                 answer += word;
             }
         }
-        if (pending->kind != PendingAnswer::Kind::Command) {
+        if (pending->kind == PendingAnswer::Kind::State || pending->kind == PendingAnswer::Kind::Job) {
             AddText(answer, pending->job);
+        }
+        if (pending->kind == PendingAnswer::Kind::Document) {
+            answer += format.delimiter;
+            answer += pending->document;
         }
     }
     answer += format.terminator;
@@ -294,6 +309,24 @@ void RequestHandler::State(const Call& call) {
 
 void RequestHandler::Job(const Call& call) {
     RequestState(call, PendingAnswer::Kind::Job);
+}
+
+void RequestHandler::Read(const Call& call) {
+    if (!allowsRead) {
+        Vor::Throw(yERROR_UNIMPLEMENTED, "READ is off; the parameter allowRead turns it on");
+    }
+    if (!call.client.mayWrite) {
+        Vor::Throw(yERROR_READ_ONLY, "clients of your network may not read resources");
+    }
+    const auto text = ParseText(call.rest);
+    if (!text) {
+        Vor::Throw(yERROR_FORMAT, "a quotation mark is missing, or stands within a word");
+    }
+    const auto pending = std::make_shared<PendingAnswer>(PendingAnswer::Kind::Document);
+    if (!sensor.ReadResource(ReadTarget::Parse(*text), pending)) {
+        Vor::Throw(yERROR_BUSY, "busy: %zu reads wait already", ResourceReader::MaxWaiting);
+    }
+    call.client.pending = pending;
 }
 
 void RequestHandler::Counters(const Call& call) {

@@ -49,6 +49,8 @@ public:
 
     const LineFormat& Format() const { return format; }
     void SetFormat(const LineFormat& value) { format = value; }
+    /// Whether clients that may command the sensor read its resources, too.
+    void SetAllowsRead(bool value) { allowsRead = value; }
 
     /// Answers a line. The answer with its terminator is appended to `answer`, or `client.pending` is set and the
     /// answer comes later.
@@ -98,6 +100,7 @@ private:
     void Push(const Call& call);
     void State(const Call& call);
     void Job(const Call& call);
+    void Read(const Call& call);
     void Counters(const Call& call);
     void Version(const Call& call);
     void Help(const Call& call);
@@ -107,6 +110,7 @@ private:
     ISensor& sensor;
     Common::ServiceCounters& counters;
     LineFormat format;
+    bool allowsRead = false;
 };
 
 } // namespace Services::Ascii

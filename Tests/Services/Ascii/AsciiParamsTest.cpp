@@ -43,7 +43,8 @@ TEST(AsciiParams, HasItsDefaults) {
                                                        {"idleTimeout", 300},
                                                        {"readNetworks", {"0.0.0.0/0", "::/0"}},
                                                        {"writeNetworks", {"127.0.0.0/8", "::1/128"}},
-                                                       {"triggerTimeout", 1000}}));
+                                                       {"triggerTimeout", 1000},
+                                                       {"allowRead", false}}));
     JsonSerializer::Deserialize(params, {{"port", 1}, {"delimiter", ";"}, {"decimals", 0}, {"idleTimeout", 1}});
     params.Reset();
     EXPECT_EQ(JsonSerializer::Serialize(params), JsonSerializer::Serialize(AsciiParams()));

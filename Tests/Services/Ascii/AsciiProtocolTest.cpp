@@ -10,19 +10,25 @@
 #include "Tests/Support/ServiceProperties.h"
 #include "Tests/Support/Signal.h"
 #include "Tests/Support/Threads.h"
+#include "Vor/AsyncRunner.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Logging.h"
+#include "Vor/LoopCore.h"
+#include "VorApi/DocumentResourceBase.h"
 #include "VorControl/ControlProtocol/RegisterAssemblyRequests.h"
 #include "VorControl/ControlProtocol/TextIdStandardOutputs.h"
 #include "yApi/yTime.h"
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -38,9 +44,20 @@ using VorCommon::PersistDomain;
 using VorControl::ControlProtocol::ProtocolStatus;
 using Texts = std::vector<std::string>;
 
+/// The documents of services. That of "long" is too long for an answer.
+class Controls : public VorApi::DocumentResourceBase {
+public:
+    void Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx&, VorApi::VorDataTree& data) override {
+        const bool isLong = *request.FindKey("protocol") == "long";
+        data["name"].Set(isLong ? std::string(ResourceReader::MaxAnswerSize, 'x') : "H\u00f6he");
+        data["limits"]["a/b"].Set(std::int64_t{3});
+    }
+};
+
 class AsciiProtocolTest : public testing::Test {
 protected:
     AsciiProtocolTest() {
+        environ.application.router.Register("/controls/:protocol", controls);
         FillMap();
         service->AddControlScanResultsHandler();
         Start();
@@ -105,13 +122,37 @@ protected:
         });
     }
 
+    /// From now on the main loop runs `call` only when `release` is set, and nothing before it.
+    void HoldMainLoopBefore(std::function<void()> call) {
+        holder.Run([this, call = std::move(call)] {
+            held.Set();
+            release.Wait();
+            call();
+        });
+        ASSERT_TRUE(held.Wait());
+    }
+
+    /// Starts the service anew with `allowRead`.
+    void AllowRead() {
+        service->Stop();
+        Start({{"allowRead", true}});
+    }
+
+    /// Sends a request that waits for the main loop, which is held.
+    void SendRead(TextClient& from) {
+        ASSERT_TRUE(from.Send("READ /controls/x#/name\r\n"));
+        ASSERT_TRUE(Vor::LoopCore::Instance().WaitReady(20s));
+    }
+
     Tests::MainLoopThread mainLoop;
+    Controls controls;
     Tests::Signal held;
     Tests::Signal release;
     Tests::HostEnviron environ;
     std::unique_ptr<AsciiProtocol> service = std::make_unique<AsciiProtocol>(environ.Record("ascii", "e-ascii"));
     std::uint16_t port = 0;
     std::unique_ptr<TextClient> client;
+    Vor::AsyncRunner holder; ///< the last member: what it runs uses the others
 };
 
 TEST_F(AsciiProtocolTest, RunsCommandsAndAnswersAtTheirEnd) {
@@ -426,6 +467,113 @@ TEST_F(AsciiProtocolTest, GoesOnAsItWasWithParametersThatDoNotGoTogether) {
     EXPECT_THROW(service->Start(), Vor::Exception);
     EXPECT_EQ(service->GetProtocolStatus(), ProtocolStatus::FailedToStart);
     EXPECT_EQ(Properties()["failure"], "the delimiter \",\" has the decimal separator in it");
+}
+
+TEST_F(AsciiProtocolTest, ReadsResourcesOfTheSensor) {
+    EXPECT_EQ(client->Ask("READ /controls/x").substr(0, 10), "ERROR,-996");
+    AllowRead();
+    EXPECT_EQ(client->Ask("READ /controls/x"), "OK,{\"name\":\"H\\u00f6he\",\"limits\":{\"a/b\":3}}");
+    EXPECT_EQ(client->Ask("READ /controls/x#/limits/a~1b"), "OK,3");
+    EXPECT_EQ(client->Ask("READ /controls/x#/limits/c"), "ERROR,-999,\"the document has no member /limits/c\"");
+    const Vor::LogCapture log;
+    EXPECT_EQ(client->Ask("READ /controls/x/outputs"),
+              "ERROR,-999,\"there is nothing to read at /controls/x/outputs\"");
+    EXPECT_EQ(client->Ask("READ /controls/%2e%2e/sensor").substr(0, 10), "ERROR,-997");
+    EXPECT_EQ(client->Ask("READ /controls/long#/name"),
+              "ERROR,-992,\"the answer would be longer than 65536 bytes; read a member of it: READ PATH#/MEMBER\"");
+    Vor::Properties::JsonSerializer::Deserialize(service->Params(), {{"writeNetworks", {"10.0.0.0/8"}}});
+    service->ParamsUpdate();
+    EXPECT_EQ(client->Ask("READ /controls/x"), "ERROR,-983,\"clients of your network may not read resources\"");
+    Vor::Properties::JsonSerializer::Deserialize(service->Params(),
+                                                 {{"writeNetworks", {"127.0.0.1"}}, {"allowRead", false}});
+    service->ParamsUpdate();
+    EXPECT_EQ(client->Ask("READ /controls/x"), "ERROR,-996,\"READ is off; the parameter allowRead turns it on\"");
+}
+
+TEST_F(AsciiProtocolTest, AnswersAReadInTheOrderOfItsSession) {
+    AllowRead();
+    HoldMainLoopBefore([] {});
+    SendRead(*client);
+    client->Send("VERSION\r\n");
+    TextClient other(port);
+    EXPECT_EQ(other.Ask("RESULT 0"), "OK,INVALID,INVALID") << "another client is answered meanwhile";
+    release.Set();
+    EXPECT_EQ(client->Line(), "OK,\"H\\u00f6he\"");
+    EXPECT_EQ(client->Line().substr(0, 4), "OK,\"");
+}
+
+TEST_F(AsciiProtocolTest, RefusesAReadWhileAnotherServiceReads) {
+    AllowRead();
+    HoldMainLoopBefore([] {});
+    SendRead(*client);
+    const Vor::LogCapture log;
+    std::string text;
+    EXPECT_THROW(environ.host.ReadResource("/controls/x", text, 0), Vor::Exception) << "the main loop is held";
+    release.Set();
+    EXPECT_EQ(client->Line(), "ERROR,-976,\"busy: another service reads a resource\"");
+}
+
+TEST_F(AsciiProtocolTest, ServesOthersWhenTheClientOfAReadHasGone) {
+    AllowRead();
+    HoldMainLoopBefore([] {});
+    SendRead(*client);
+    TextClient other(port);
+    EXPECT_EQ(other.Ask("VERSION").substr(0, 3), "OK,");
+    client.reset();
+    EXPECT_TRUE(WaitForProperty("connected", 1));
+    release.Set();
+    EXPECT_EQ(other.Ask("READ /controls/x#/name"), "OK,\"H\\u00f6he\"");
+}
+
+TEST_F(AsciiProtocolTest, StopsOnTheMainLoopWhileReadsWaitForIt) {
+    AllowRead();
+    TextClient second(port);
+    EXPECT_EQ(second.Ask("VERSION").substr(0, 3), "OK,");
+    Tests::Signal stopped;
+    HoldMainLoopBefore([&] {
+        service->Stop();
+        stopped.Set();
+    });
+    SendRead(*client);
+    second.Send("READ /controls/x\r\n");
+    release.Set();
+    EXPECT_TRUE(stopped.Wait());
+    EXPECT_TRUE(client->WaitForClose());
+    EXPECT_TRUE(second.WaitForClose());
+    EXPECT_EQ(Tests::CountThreads("AsciiRead"), 0u);
+    AllowRead();
+    EXPECT_EQ(client->Ask("READ /controls/x#/name"), "OK,\"H\\u00f6he\"");
+}
+
+TEST_F(AsciiProtocolTest, StopsOnAnotherThreadWhileAReadWaitsForTheMainLoop) {
+    AllowRead();
+    HoldMainLoopBefore([] {});
+    SendRead(*client);
+    service->Stop(); // as a load does, for which the main loop waits
+    EXPECT_TRUE(client->WaitForClose());
+    EXPECT_EQ(Tests::CountThreads("AsciiRead"), 0u);
+    release.Set();
+}
+
+TEST_F(AsciiProtocolTest, TakesOtherParametersWhileAReadWaitsForTheMainLoop) {
+    AllowRead();
+    HoldMainLoopBefore([] {});
+    SendRead(*client);
+    Vor::Properties::JsonSerializer::Deserialize(service->Params(), {{"delimiter", ";"}, {"allowRead", false}});
+    service->ParamsUpdate(); // as a load does, for which the main loop waits
+    release.Set();
+    EXPECT_EQ(client->Line(), "OK;\"H\\u00f6he\"");
+}
+
+TEST_F(AsciiProtocolTest, EndsWhileAReadWaitsForTheMainLoop) {
+    AllowRead();
+    HoldMainLoopBefore([] {});
+    SendRead(*client);
+    service->RemoveControlScanResultsHandler();
+    service.reset();
+    EXPECT_TRUE(client->WaitForClose());
+    release.Set();
+    service = std::make_unique<AsciiProtocol>(environ.Record("ascii", "e-ascii"));
 }
 
 TEST_F(AsciiProtocolTest, StopsAtOnceWhateverItsClientsDo) {

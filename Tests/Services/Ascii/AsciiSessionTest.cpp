@@ -246,10 +246,38 @@ TEST_F(AsciiSessionTest, TellsAboutTheSensorAndItself) {
     EXPECT_EQ(Ask("JOB"), "OK,\"demo \"\"1\"\".vrjob\"");
     EXPECT_EQ(Ask("VERSION"), "OK,\"1.0.0.0\",\"" VOR_VERSION "\"");
     EXPECT_EQ(Ask("HELP"), "OK,START,STOP,TRIGGER,ALIGN,CLEARALIGN,LOADJOB,USERDATA,RESULT,STAMP,OUTPUTS,PUSH,STATE,"
-                           "STATUS,JOB,COUNTERS,VERSION,HELP,QUIT");
+                           "STATUS,JOB,READ,COUNTERS,VERSION,HELP,QUIT");
     EXPECT_EQ(Ask("HELP loadjob"), "OK,\"LOADJOB NAME\",\"Loads a job.\"");
     sensor.stateStatus = yERROR_TIMEOUT;
     EXPECT_EQ(Ask("STATE"), "ERROR,-993,\"the sensor didn't answer in time\"");
+}
+
+TEST_F(AsciiSessionTest, ReadsResourcesWhenThatIsAllowed) {
+    EXPECT_EQ(Ask("READ /controls/ascii"), "ERROR,-996,\"READ is off; the parameter allowRead turns it on\"");
+    handler.SetAllowsRead(true);
+    EXPECT_EQ(Ask("READ /controls/ascii"), "OK,{\"a\":[1,2]}");
+    EXPECT_EQ(Ask("read \"/sensor/scan#/values/0\""), "OK,{\"a\":[1,2]}");
+    EXPECT_EQ(Ask("READ /controls/ascii#/a,b c"), "OK,{\"a\":[1,2]}") << "the rest of the line is one text";
+    const Texts targets = {"/controls/ascii ", "/sensor/scan /values/0", "/controls/ascii /a,b c"};
+    EXPECT_EQ(sensor.targets, targets);
+    session.SetMayWrite(false);
+    EXPECT_EQ(Ask("READ /controls/ascii"), "ERROR,-983,\"clients of your network may not read resources\"");
+    session.SetMayWrite(true);
+    EXPECT_EQ(Ask("READ"), "ERROR,-997,\"the path is missing: READ PATH[#/MEMBER]\"");
+    EXPECT_EQ(Ask("READ \"/controls"), "ERROR,-984,\"a quotation mark is missing, or stands within a word\"");
+    EXPECT_EQ(Ask("READ /sensor/jobs"),
+              "ERROR,-997,\"READ reads /controls, /sensor/scan and what is below them, and nothing else\"");
+    sensor.hasRoomForReads = false;
+    EXPECT_EQ(Ask("READ /controls/ascii"), "ERROR,-976,\"busy: 8 reads wait already\"");
+    EXPECT_EQ(sensor.targets, targets) << "what is refused isn't read";
+}
+
+TEST_F(AsciiSessionTest, SendsTheLongestDocument) {
+    handler.SetAllowsRead(true);
+    sensor.document = std::string(ResourceReader::MaxAnswerSize, '7');
+    EXPECT_EQ(Receive(session, "READ /controls\nREAD /controls\nVERSION\n"), 2u) << "the third one has no room";
+    const std::string answer = "OK," + sensor.document + "\r\n";
+    EXPECT_EQ(ReadReplies(session), answer + answer + "OK,\"1.0.0.0\",\"" VOR_VERSION "\"\r\n");
 }
 
 TEST_F(AsciiSessionTest, CountsWhatItsClientsDo) {

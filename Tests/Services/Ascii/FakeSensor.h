@@ -32,6 +32,16 @@ public:
         answer->End(stateStatus);
     }
 
+    bool ReadResource(ReadTarget target, const std::shared_ptr<PendingAnswer>& answer) override {
+        if (!hasRoomForReads) {
+            return false;
+        }
+        targets.push_back(target.path + " " + target.pointer);
+        answer->document = document;
+        answer->End(yOK);
+        return true;
+    }
+
     void End(yStatus status) { std::exchange(running, nullptr)->End(status); }
 
     /// Returns "ID TEXT" of each command since the last call.
@@ -45,6 +55,9 @@ public:
 
     bool endsAtOnce = true;
     yStatus stateStatus = yOK;
+    bool hasRoomForReads = true;
+    std::string document = R"({"a":[1,2]})";
+    std::vector<std::string> targets; ///< "PATH POINTER" of each read
     std::shared_ptr<PendingAnswer> running;
     std::vector<VorControl::ControlProtocol::ControlRegisterCommandData> commands;
 };
