@@ -6,6 +6,7 @@
 #include "Vor/Utf8.h"
 #include "VorCommon/PersistManager.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <pwd.h>
 #include <system_error>
@@ -200,12 +201,12 @@ CommandLine::Http MakeHttp(const CLI::App& app, const Options& options) {
     return http;
 }
 
-void RefuseSensorOptions(const CLI::App& app) {
+/// Throws a StartError with the reason for an option of the sensor beside a command that has only the `own` ones.
+void RefuseSensorOptions(const CLI::App& app, const std::vector<std::string>& own, const std::string& reason) {
     for (const CLI::Option* option : app.get_options()) {
-        const bool isForJobs =
-            option->check_lname("data") || option->check_lname("plugins") || option->check_lname("verbose");
-        if (option->count() > 0 && !isForJobs) {
-            throw StartError(option->get_name() + ": is for the sensor, not for its jobs.");
+        const bool isOwn = std::ranges::any_of(own, [&](const std::string& name) { return option->check_lname(name); });
+        if (option->count() > 0 && !isOwn) {
+            throw StartError(option->get_name() + ": " + reason);
         }
     }
 }
@@ -260,6 +261,9 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
     Define(app, options);
     Jobs::JobCommand jobCommand;
     const CLI::App& jobs = Jobs::JobCommand::Define(app, jobCommand);
+    Remote::RemoteCommand remoteCommand;
+    const std::vector<const CLI::App*> remotes = Remote::RemoteCommand::Define(app, remoteCommand);
+    app.require_subcommand(0, 1);
     CommandLine result;
     try {
         app.parse(argc, argv);
@@ -272,9 +276,16 @@ CommandLine CommandLine::Parse(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         throw StartError(std::string(error.what()) + "; --help lists the options.");
     }
+    for (const CLI::App* remote : remotes) {
+        if (remote->parsed()) {
+            RefuseSensorOptions(app, {}, "is for starting a sensor, not for one that runs.");
+            result.remoteCommand = remoteCommand;
+            return result;
+        }
+    }
     result = MakeCommandLine(app, options);
     if (jobs.parsed()) {
-        RefuseSensorOptions(app);
+        RefuseSensorOptions(app, {"data", "plugins", "verbose"}, "is for the sensor, not for its jobs.");
         result.jobCommand = jobCommand;
     }
     return result;

@@ -2,6 +2,7 @@
 
 #include "Sensor/Jobs/JobCommand.h"
 #include "Sensor/Jobs/ServiceSetting.h"
+#include "Sensor/Remote/RemoteCommand.h"
 #include "Sensor/Scan/ScannerAlignment.h"
 #include "Sensor/Scan/TriggerMode.h"
 
@@ -46,6 +47,8 @@ struct CommandLine {
     Http http;
     /// The command to run instead of the sensor.
     std::optional<Jobs::JobCommand> jobCommand;
+    /// The command for a sensor that runs. All options but its own have their defaults.
+    std::optional<Remote::RemoteCommand> remoteCommand;
     /// Text to print instead of running: the help or the version.
     std::string answer;
 

@@ -4,6 +4,10 @@
 #include "Sensor/Jobs/JobServiceTool.h"
 #include "Sensor/Jobs/JobTool.h"
 #include "Sensor/PrintableText.h"
+#include "Sensor/Remote/HttpClient.h"
+#include "Sensor/Remote/RemoteCommand.h"
+#include "Sensor/Remote/RemoteError.h"
+#include "Sensor/Remote/RemoteTool.h"
 #include "Sensor/ResidentMemory.h"
 #include "Sensor/StartError.h"
 #include "Sensor/UserLog.h"
@@ -51,6 +55,22 @@ void RunJobCommand(const Sensor::CommandLine& commandLine) {
     ReportLoadedJob(commandLine);
 }
 
+/// Returns the program's exit status.
+int RunRemoteCommand(const Sensor::Remote::RemoteCommand& command) {
+    using namespace Sensor::Remote;
+    try {
+        RemoteTool(HttpClient(ServerAddress::Parse(command.url)), std::cout).Run(command);
+        RequireWritten(std::cout);
+        return 0;
+    } catch (const RemoteError& error) {
+        std::cerr << "vorsensor: " << Sensor::PrintableText(error.what()) << '\n';
+        for (const std::string& place : error.Places()) {
+            std::cerr << "  " << Sensor::PrintableText(place) << '\n';
+        }
+        return error.ExitStatus();
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -68,6 +88,9 @@ int main(int argc, char** argv) {
             RunJobCommand(commandLine);
             RequireWritten(std::cout);
             return 0;
+        }
+        if (commandLine.remoteCommand) {
+            return RunRemoteCommand(*commandLine.remoteCommand);
         }
         return Sensor::Application(commandLine, std::cout).Run();
     } catch (const Sensor::StartError& error) {

@@ -320,6 +320,63 @@ TEST(CommandLine, HelpTellsOfTheJobsCommands) {
     EXPECT_NE(Parse({"jobs", "copy", "--help"}).answer.find("--force"), std::string::npos);
 }
 
+TEST(CommandLine, TakesCommandsForARunningSensor) {
+    EXPECT_FALSE(Parse({}).remoteCommand);
+    EXPECT_FALSE(Parse({"jobs", "list"}).remoteCommand);
+    using Action = Remote::RemoteCommand::Action;
+    const CommandLine status = Parse({"status"});
+    EXPECT_FALSE(status.jobCommand);
+    EXPECT_EQ(status.remoteCommand->action, Action::Status);
+    EXPECT_EQ(status.remoteCommand->url, "http://127.0.0.1:8080");
+    EXPECT_FALSE(status.remoteCommand->json);
+    EXPECT_TRUE(Parse({"status", "--json"}).remoteCommand->json);
+    const CommandLine get = Parse({"get", "/controls", "--links", "--url", "http://[::1]:1"});
+    EXPECT_EQ(get.remoteCommand->action, Action::Get);
+    EXPECT_EQ(get.remoteCommand->path, "/controls");
+    EXPECT_EQ(get.remoteCommand->url, "http://[::1]:1");
+    EXPECT_TRUE(get.remoteCommand->withLinks);
+    EXPECT_FALSE(Parse({"get", "/"}).remoteCommand->withLinks);
+    const CommandLine set = Parse(
+        {"set", "/controls/ascii", "enabled=true", "parameters.readNetworks=[\"a\", \"b\"]", "parameters.delimiter=="});
+    EXPECT_EQ(set.remoteCommand->action, Action::Set);
+    EXPECT_EQ(set.remoteCommand->path, "/controls/ascii");
+    EXPECT_EQ(
+        set.remoteCommand->settings,
+        (std::vector<std::string>{"enabled=true", "parameters.readNetworks=[\"a\", \"b\"]", "parameters.delimiter=="}));
+    const Variable home("HOME", nullptr);
+    const Variable data("XDG_DATA_HOME", nullptr);
+    EXPECT_TRUE(Parse({"status"}).remoteCommand) << "it needs no folder";
+}
+
+TEST(CommandLine, RefusesWhatIsNothingForARunningSensor) {
+    EXPECT_NE(Refusal({"get"}).find("PATH"), std::string::npos);
+    EXPECT_NE(Refusal({"set", "/"}).find("SETTING"), std::string::npos);
+    EXPECT_NE(Refusal({"status", "/"}), "");
+    EXPECT_NE(Refusal({"get", "/", "/controls"}), "");
+    EXPECT_NE(Refusal({"status", "--links"}), "");
+    EXPECT_NE(Refusal({"status", "jobs", "list"}), "");
+    EXPECT_EQ(Refusal({"status", "--data", "d"}), "--data: is for starting a sensor, not for one that runs.");
+    EXPECT_EQ(Refusal({"--once", "get", "/"}), "--once: is for starting a sensor, not for one that runs.");
+}
+
+TEST(CommandLine, AJobMayHaveTheNameOfACommand) {
+    for (const char* name : {"status", "get", "set", "jobs", "list"}) {
+        EXPECT_EQ(Parse({"jobs", "show", name}).jobCommand->name, name);
+    }
+    EXPECT_EQ(Parse({"jobs", "set", "set", "modbus.port=1"}).jobCommand->name, "set");
+}
+
+TEST(CommandLine, HelpTellsOfTheCommandsForARunningSensor) {
+    const std::string help = Parse({"--help"}).answer;
+    for (const char* command : {"status", "get", "set"}) {
+        EXPECT_NE(help.find(std::string("\n  ") + command), std::string::npos) << command;
+        const std::string own = Parse({command, "--help"}).answer;
+        for (const char* text : {"--url", "Exit status: 0", "Examples:", "vorsensor "}) {
+            EXPECT_NE(own.find(text), std::string::npos) << command << ' ' << text;
+        }
+    }
+}
+
 TEST(CommandLine, VersionIsTold) {
     EXPECT_EQ(Parse({"--version"}).answer, "vorsensor " VOR_VERSION "\n");
 }
