@@ -29,7 +29,7 @@ private:
     std::string left = "data";
 };
 
-/// Answers at once, with what it was asked.
+/// Answers at once, with what it was asked. The body of a PUT is taken in pieces.
 class Handler : public IHttpHandler {
 public:
     std::optional<HttpResponse> CheckHeader(const HttpRequest& request) override {
@@ -60,11 +60,40 @@ public:
         }
     }
 
+    bool IsInPieces(const HttpRequest& request) const override { return request.method == "PUT"; }
+    std::shared_ptr<IBodyReceiver> Receive(HttpRequest request, Responder responder) override;
+
     std::string handled;
 
 private:
     bool hasStreamed = false;
 };
+
+/// Passes the request on when its body is whole.
+class Receiver : public IBodyReceiver {
+public:
+    Receiver(Handler& handler, HttpRequest request, Responder responder)
+        : handler(handler)
+        , request(std::move(request))
+        , responder(std::move(responder)) {}
+    bool HasRoom() const override { return true; }
+    void Take(std::string piece) override {
+        if (piece.empty()) {
+            std::abort();
+        }
+        request.body += piece;
+    }
+    void End() override { handler.Handle(std::move(request), std::move(responder)); }
+
+private:
+    Handler& handler;
+    HttpRequest request;
+    Responder responder;
+};
+
+std::shared_ptr<IBodyReceiver> Handler::Receive(HttpRequest request, Responder responder) {
+    return std::make_shared<Receiver>(*this, std::move(request), std::move(responder));
+}
 
 /// Without the times, which differ.
 std::string WithoutDates(std::string answers) {
@@ -78,7 +107,7 @@ std::string WithoutDates(std::string answers) {
 std::string Feed(std::span<const unsigned char> stream, std::size_t step, std::size_t maxSentSize) {
     static const auto Wakeup = std::make_shared<Net::Wakeup>();
     HttpSessionSettings settings;
-    settings.limits = {.requestLine = 100, .header = 400, .fields = 10, .body = 200};
+    settings.limits = {.requestLine = 100, .header = 400, .fields = 10, .body = 200, .pieces = 300};
     Handler handler;
     HttpSession session(settings, handler, Wakeup);
     std::string answers;

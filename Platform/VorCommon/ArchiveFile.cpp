@@ -1,6 +1,7 @@
 #include "VorCommon/ArchiveFile.h"
 
 #include "Vor/Exception.h"
+#include "VorCommon/MoveArchive.h"
 #include "yApi/yFault.h"
 #include "yApi/yStatus.h"
 
@@ -286,6 +287,46 @@ void CheckFault(const char* name, const std::string& path) {
     }
 }
 
+/// An existing file must keep its old content if it isn't replaced in the end.
+void RollBackInterruptedSave(const std::string& place) {
+    try {
+        if (ArchiveFile(place).Exists()) {
+            Database(place, SQLITE_OPEN_READWRITE).Execute("SELECT 1 FROM sqlite_schema");
+        }
+    } catch (const Vor::Exception&) {
+        return; // no archive: there is nothing to keep
+    }
+}
+
+void RemoveIfThere(const std::string& path) {
+    std::error_code error;
+    std::filesystem::remove(path, error);
+}
+
+int Rename(const std::string& made, const std::string& place, unsigned flags) {
+    const int result = renameat2(AT_FDCWD, made.c_str(), AT_FDCWD, place.c_str(), flags);
+    // Not every file system supports flags.
+    return result != 0 && errno == EINVAL ? std::rename(made.c_str(), place.c_str()) : result;
+}
+
+/// Moves a whole file, which is on the disk, to its place.
+void PutInPlace(const std::string& made, const std::string& place, ArchiveFile::Existing existing) {
+    const bool replace = existing == ArchiveFile::Existing::Replace;
+    if (!replace && ArchiveFile(place).Exists()) {
+        RefuseExisting(place);
+    }
+    RollBackInterruptedSave(place);
+    // SQLite would apply the journal of a former file to the new one.
+    RemoveIfThere(place + "-journal");
+    if (Rename(made, place, replace ? 0 : RENAME_NOREPLACE) != 0) {
+        if (errno == EEXIST) {
+            RefuseExisting(place);
+        }
+        CheckSystemCall(-1, place, "can't be put in its place");
+    }
+    SyncFolderOf(place);
+}
+
 /// A file that is written beside its place and then moved there. Its first name begins with a dot, so it is no job.
 class NewFile {
 public:
@@ -307,49 +348,12 @@ public:
 
     void Sync() const { VorCommon::Sync(made, 0, place); }
 
-    void PutInPlace(ArchiveFile::Existing existing) const {
-        const bool replace = existing == ArchiveFile::Existing::Replace;
-        if (!replace && ArchiveFile(place).Exists()) {
-            RefuseExisting(place);
-        }
-        RollBackInterruptedSave();
-        // SQLite would apply the journal of a former file to the new one.
-        Remove(place + "-journal");
-        if (Rename(replace ? 0 : RENAME_NOREPLACE) != 0) {
-            if (errno == EEXIST) {
-                RefuseExisting(place);
-            }
-            CheckSystemCall(-1, place, "can't be put in its place");
-        }
-        SyncFolderOf(place);
-    }
+    void PutInPlace(ArchiveFile::Existing existing) const { VorCommon::PutInPlace(made, place, existing); }
 
 private:
-    static void Remove(const std::string& path) {
-        std::error_code error;
-        std::filesystem::remove(path, error);
-    }
-
     void RemoveMade() const {
-        Remove(made);
-        Remove(made + "-journal");
-    }
-
-    int Rename(unsigned flags) const {
-        const int result = renameat2(AT_FDCWD, made.c_str(), AT_FDCWD, place.c_str(), flags);
-        // Not every file system supports flags.
-        return result != 0 && errno == EINVAL ? std::rename(made.c_str(), place.c_str()) : result;
-    }
-
-    /// The existing file must keep its old content if it isn't replaced in the end.
-    void RollBackInterruptedSave() const {
-        try {
-            if (ArchiveFile(place).Exists()) {
-                Database(place, SQLITE_OPEN_READWRITE).Execute("SELECT 1 FROM sqlite_schema");
-            }
-        } catch (const Vor::Exception&) {
-            return; // no archive: there is nothing to keep
-        }
+        RemoveIfThere(made);
+        RemoveIfThere(made + "-journal");
     }
 
     const std::string place;
@@ -479,6 +483,12 @@ void ArchiveFile::CopyTo(const std::string& copy, Existing existing) const {
     }
     made.Sync();
     made.PutInPlace(existing);
+}
+
+void MoveArchive(const std::string& made, const std::string& place, ArchiveFile::Existing existing) {
+    CheckFault("MoveArchive", place);
+    RequireFile(ArchiveFile(made));
+    PutInPlace(made, place, existing);
 }
 
 } // namespace VorCommon

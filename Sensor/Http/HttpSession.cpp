@@ -23,6 +23,8 @@ namespace {
 
 /// Longer bodies are sent from where they are; with shorter ones a packet less is worth the copy.
 constexpr std::size_t MaxCopiedBody = 16384;
+/// Smaller pieces of a body are collected.
+constexpr std::size_t PieceSize = 65536;
 /// No further answer is added to that many bytes that wait to be sent.
 constexpr std::size_t MaxWaitingText = 65536;
 /// A larger buffer isn't kept when its bytes are sent.
@@ -166,6 +168,9 @@ void HttpSession::Received(std::size_t count) {
         dropped += count;
     } else {
         inputEnd += count;
+        if (step == Step::Pieces && count > 0) {
+            lastReceived = now();
+        }
     }
 }
 
@@ -193,6 +198,9 @@ bool HttpSession::WantsWakeup() const {
 }
 
 bool HttpSession::ReadOn() {
+    if (step == Step::Pieces) {
+        return ReadPieces();
+    }
     const bool isFull = exchanges.size() >= settings.maxPipelined || (!exchanges.empty() && exchanges.back().isAlone);
     if (hasReadLast || isFull) {
         return false;
@@ -204,7 +212,8 @@ bool HttpSession::ReadOn() {
         return false;
     }
     if (!parser) {
-        parser = std::make_unique<RequestParser>(settings.limits);
+        parser = std::make_unique<RequestParser>(
+            settings.limits, [this](const HttpRequest& request) { return handler.IsInPieces(request); });
     }
     const std::size_t used = parser->Read({input.get() + inputBegin, inputEnd - inputBegin});
     inputBegin += used;
@@ -246,6 +255,8 @@ bool HttpSession::CheckHeader() {
     }
     if (refusal) {
         AnswerLast(std::move(*refusal));
+    } else if (parser->IsInPieces()) {
+        BeginPieces();
     } else if (parser->GetState() == RequestParser::State::Done) {
         Handle();
     } else {
@@ -257,25 +268,83 @@ bool HttpSession::CheckHeader() {
     return true;
 }
 
+Responder HttpSession::BeginExchange() {
+    exchanges.push_back({.answer = std::make_shared<Answer>(),
+                         .method = parser->Request().method,
+                         .isHead = parser->IsHead(),
+                         .isHttp11 = parser->IsHttp11(),
+                         .closes = !parser->KeepsAlive(),
+                         .isAlone = isAlone});
+    return Responder(std::make_shared<AnswerTarget>(exchanges.back().answer, signal));
+}
+
 void HttpSession::Handle() {
+    const Responder responder = BeginExchange();
     const auto handled = std::exchange(parser, nullptr);
     step = Step::Header;
-    exchanges.push_back({.answer = std::make_shared<Answer>(),
-                         .method = handled->Request().method,
-                         .isHead = handled->IsHead(),
-                         .isHttp11 = handled->IsHttp11(),
-                         .closes = !handled->KeepsAlive(),
-                         .isAlone = isAlone});
     if (exchanges.back().closes) {
         StopReading();
     }
-    const Responder responder(std::make_shared<AnswerTarget>(exchanges.back().answer, signal));
     try {
         handler.Handle(std::move(handled->Request()), responder);
     } catch (const std::exception& e) {
         Vor::LogThrown(e, "EXCEPTION THROWN: ");
         responder.Respond(RefusalResponse({WireProblems::Failure, "The request couldn't be handled."}));
     }
+}
+
+void HttpSession::BeginPieces() {
+    step = Step::Pieces;
+    waitsForRoom = true;
+    hasAsked = false;
+    piecesTime = {};
+    lastReceived = now();
+    const Responder responder = BeginExchange();
+    try {
+        receiver = handler.Receive(parser->Request(), responder);
+    } catch (const std::exception& e) {
+        Vor::LogThrown(e, "EXCEPTION THROWN: ");
+        responder.Respond(RefusalResponse({WireProblems::Failure, "The body couldn't be received."}));
+    }
+}
+
+bool HttpSession::ReadPieces() {
+    waitsForRoom = !receiver || exchanges.back().answer->IsSet() || !receiver->HasRoom();
+    if (waitsForRoom) {
+        return false;
+    }
+    if (!std::exchange(hasAsked, true) && parser->ExpectsContinue()) {
+        text += ContinueHead;
+    }
+    std::size_t used = 0;
+    if (parser->GetState() == RequestParser::State::Body && inputBegin < inputEnd) {
+        used = parser->Read({input.get() + inputBegin, inputEnd - inputBegin});
+        inputBegin += used;
+    }
+    if (parser->GetState() == RequestParser::State::Refused) {
+        exchanges.back().answer->Set(RefusalResponse(parser->GetRefusal()));
+        return true;
+    }
+    const bool isWhole = parser->GetState() == RequestParser::State::Done;
+    if (isWhole || parser->Request().body.size() >= PieceSize) {
+        if (std::string piece = parser->TakeBody(); !piece.empty()) {
+            receiver->Take(std::move(piece));
+        }
+    }
+    if (isWhole) {
+        EndPieces();
+    }
+    return isWhole || used > 0;
+}
+
+void HttpSession::EndPieces() {
+    const auto ended = std::exchange(receiver, nullptr);
+    parser.reset();
+    step = Step::Header;
+    if (exchanges.back().closes) {
+        StopReading();
+    }
+    ended->End();
 }
 
 void HttpSession::AnswerLast(HttpResponse response) {
@@ -289,6 +358,7 @@ void HttpSession::AnswerLast(HttpResponse response) {
 void HttpSession::StopReading() {
     hasReadLast = true;
     parser.reset();
+    receiver.reset();
     step = Step::Header;
     inputBegin = inputEnd = 0;
 }
@@ -304,8 +374,12 @@ bool HttpSession::WriteOn() {
     if (!response) {
         return false;
     }
-    const Exchange exchange = std::move(exchanges.front());
+    Exchange exchange = std::move(exchanges.front());
     exchanges.pop_front();
+    if (step == Step::Pieces) { // before the body was whole
+        exchange.closes = true;
+        StopReading();
+    }
     Write(exchange, std::move(*response));
     ++answered;
     return true;
@@ -410,7 +484,7 @@ HttpSession::Phase HttpSession::CurrentPhase() const {
         return Phase::Stream;
     }
     if (!exchanges.empty()) {
-        return Phase::Answer;
+        return ReadsPieces() ? Phase::Pieces : Phase::Answer;
     }
     if (hasReadLast) {
         return Phase::End;
@@ -423,9 +497,19 @@ HttpSession::Phase HttpSession::CurrentPhase() const {
 
 void HttpSession::UpdatePhase() {
     if (phase != CurrentPhase()) {
+        const Clock::time_point time = now();
+        if (phase == Phase::Pieces) {
+            piecesTime += time - phaseBegin;
+        }
         phase = CurrentPhase();
-        phaseBegin = now();
+        phaseBegin = time;
     }
+}
+
+Net::ITcpSession::Clock::time_point HttpSession::PiecesDeadline() const {
+    const std::chrono::seconds further(static_cast<std::chrono::seconds::rep>(parser->BodySize() / settings.bodyRate));
+    return std::min(phaseBegin - piecesTime + settings.bodyTimeOut + further,
+                    std::max(phaseBegin, lastReceived) + settings.pieceTimeOut);
 }
 
 std::optional<Net::ITcpSession::Clock::time_point> HttpSession::Deadline() const {
@@ -437,6 +521,8 @@ std::optional<Net::ITcpSession::Clock::time_point> HttpSession::Deadline() const
         return phaseBegin + settings.headerTimeOut;
     case Phase::Body:
         return phaseBegin + settings.bodyTimeOut;
+    case Phase::Pieces:
+        return PiecesDeadline();
     case Phase::End:
         return phaseBegin + settings.lingerTimeOut;
     case Phase::Request:
@@ -447,11 +533,17 @@ std::optional<Net::ITcpSession::Clock::time_point> HttpSession::Deadline() const
 }
 
 bool HttpSession::Expire() {
-    if (phase != Phase::Header && phase != Phase::Body) {
+    if (phase != Phase::Header && phase != Phase::Body && phase != Phase::Pieces) {
         return false;
     }
-    AnswerLast(RefusalResponse({WireProblems::TooSlow, phase == Phase::Header ? "The header wasn't received in time."
-                                                                              : "The body wasn't received in time."}));
+    HttpResponse refusal =
+        RefusalResponse({WireProblems::TooSlow, phase == Phase::Header ? "The header wasn't received in time."
+                                                                       : "The body wasn't received in time."});
+    if (phase == Phase::Pieces) {
+        exchanges.back().answer->Set(std::move(refusal));
+    } else {
+        AnswerLast(std::move(refusal));
+    }
     Process();
     return true;
 }

@@ -22,6 +22,10 @@ struct HttpSessionSettings {
     std::size_t maxPipelined = 8; ///< requests of one client that wait for their answers; the next one isn't read
     std::chrono::milliseconds headerTimeOut{10000}; ///< from the first byte of a request to the end of its header
     std::chrono::milliseconds bodyTimeOut{30000};   ///< from there to the end of its body
+    /// Of a body that is taken in pieces: how long nothing of it may come. Its `bodyTimeOut` is longer by a second for
+    /// each `bodyRate` bytes. The time for which it isn't read doesn't count.
+    std::chrono::milliseconds pieceTimeOut{10000};
+    std::size_t bodyRate = std::size_t{256} * 1024;
     std::chrono::milliseconds idleTimeOut{60000};   ///< between requests, and for a client that doesn't read its answer
     std::chrono::milliseconds lingerTimeOut{2000};  ///< for the client to close its side after the last answer
     RequestCounts* counts = nullptr;                ///< counts the answers, unless it is null; outlives the session
@@ -62,7 +66,7 @@ public:
     bool IsAborted() const override { return isAborted; }
     std::string EndReason() const override;
     bool HasFinished() const override;
-    bool IsWorking() const override { return !exchanges.empty(); }
+    bool IsWorking() const override { return !exchanges.empty() && !ReadsPieces(); }
     bool IsSubscribed() const override { return stream != nullptr; }
     // So that a stream whose client doesn't read is looked after.
     bool ReadsAhead() const override { return stream != nullptr; }
@@ -89,16 +93,23 @@ private:
         Header,
         Check, ///< the header is whole, and the handler hasn't seen it
         Body,
+        Pieces, ///< of the body, for `receiver`; the exchange has begun
     };
 
     /// What the connection waits for.
-    enum class Phase { Request, Header, Body, Answer, Reader, Stream, End };
+    enum class Phase { Request, Header, Body, Pieces, Answer, Reader, Stream, End };
 
     /// Reads on in what was received; false when nothing changed.
     bool ReadOn();
     void BeginCheck();
     bool CheckHeader();
+    Responder BeginExchange();
     void Handle();
+    void BeginPieces();
+    bool ReadPieces();
+    void EndPieces();
+    /// Whether the client is read from for `receiver`. It changes within Process only.
+    bool ReadsPieces() const { return step == Step::Pieces && !waitsForRoom; }
     void AnswerLast(HttpResponse response);
     void StopReading();
     /// Makes Replies of an answer, or of the stream; false when there is nothing, or no room.
@@ -108,6 +119,7 @@ private:
     void Abort();
     Phase CurrentPhase() const;
     void UpdatePhase();
+    Clock::time_point PiecesDeadline() const;
 
     const HttpSessionSettings settings;
     IHttpHandler& handler;
@@ -125,6 +137,12 @@ private:
     std::unique_ptr<RequestParser> parser;
     Step step = Step::Header;
     bool isAlone = false; ///< what `parser` reads must be handled alone
+
+    std::shared_ptr<IBodyReceiver> receiver; ///< null unless the step is Pieces
+    bool waitsForRoom = false;               ///< of `receiver`, or for the answer without one
+    bool hasAsked = false;                   ///< the client for the body
+    Clock::duration piecesTime{};            ///< that the client has had for the body in earlier phases
+    Clock::time_point lastReceived;
 
     std::deque<Exchange> exchanges; ///< in the order of the requests
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace Sensor::Http {
 
@@ -28,6 +29,21 @@ private:
     std::shared_ptr<Target> target;
 };
 
+/// Takes the body of one request in pieces, so that it needn't be kept in memory. Called on the network thread; none of
+/// it waits for anything. It is destroyed, perhaps without End, when the client has gone, and when the request is
+/// answered.
+class IBodyReceiver {
+public:
+    virtual ~IBodyReceiver() = default;
+    /// Whether a piece can be taken. Otherwise the client isn't read from, and isn't asked for the body. Whoever makes
+    /// it true calls Responder::Wake.
+    virtual bool HasRoom() const = 0;
+    /// The next piece, which isn't empty. Only while there is room.
+    virtual void Take(std::string piece) = 0;
+    /// The body is whole. Only while there is room.
+    virtual void End() = 0;
+};
+
 /// What answers the requests of a server. Called on the network thread; none of it waits for anything.
 class IHttpHandler {
 public:
@@ -37,6 +53,11 @@ public:
     virtual std::optional<HttpResponse> CheckHeader(const HttpRequest& request) = 0;
     /// Called with the whole request. The answers to requests of one connection are sent in the order of the requests.
     virtual void Handle(HttpRequest request, Responder responder) = 0;
+    /// Whether the body of a request is taken in pieces. Called before CheckHeader.
+    virtual bool IsInPieces(const HttpRequest& /*request*/) const { return false; }
+    /// Called instead of Handle, with a request whose body is taken in pieces and hasn't been received yet. Returns
+    /// what takes it. An answer before its end refuses the request: the rest isn't read, and the connection is closed.
+    virtual std::shared_ptr<IBodyReceiver> Receive(HttpRequest /*request*/, Responder /*responder*/) { return nullptr; }
 };
 
 } // namespace Sensor::Http

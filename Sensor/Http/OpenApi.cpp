@@ -123,6 +123,7 @@ OrderedJson Components() {
                                "Relations, with commas between them, whose embedded documents are filled.", Text())},
           {"IfMatch", Parameter("header", "If-Match",
                                 "The `ETag` of the state that is to be changed; another one is refused.", Text())},
+          {"IfNoneMatch", Parameter("header", "If-None-Match", "`*` refuses to replace what exists.", Text())},
           {"Prefer", Parameter("header", "Prefer", "`respond-async` asks for an answer before the end of an operation.",
                                Text())}}},
         {"responses",
@@ -193,6 +194,9 @@ void OpenApi::AddPath(const Place& place) {
     }
     if (place.methods.post) {
         item["post"] = Post(place);
+    }
+    if (place.methods.put) {
+        item["put"] = Put(place);
     }
     if (place.methods.remove) {
         item["delete"] = Delete(place);
@@ -290,6 +294,19 @@ OpenApi::Json OpenApi::Post(const Place& place) {
         {"description", "It has begun, and goes on."},
         {"headers", {{"Location", {{"description", "Where its end can be read."}, {"schema", Text()}}}}},
         {"content", result}};
+    return operation;
+}
+
+OpenApi::Json OpenApi::Put(const Place& place) {
+    Json operation = Operation(place, "replace", "Replaces or creates " + NameOf(place.description.one, place.route));
+    operation["parameters"].push_back(Reference("parameters", "IfNoneMatch"));
+    operation["requestBody"] = {{"required", true}, {"content", {{std::string(OctetStream), Json::object()}}}};
+    const Json document = ContentOf(std::string(HalJson), Reference("schemas", "Hypertext"));
+    operation["responses"]["200"] = {{"description", "It was replaced."}, {"content", document}};
+    operation["responses"]["201"] = {
+        {"description", "It was created."},
+        {"headers", {{"Location", {{"description", "What was created."}, {"schema", Text()}}}}},
+        {"content", document}};
     return operation;
 }
 

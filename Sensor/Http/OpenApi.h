@@ -54,6 +54,7 @@ private:
     Json Get(const Place& place);
     Json Patch(const Place& place);
     Json Post(const Place& place);
+    static Json Put(const Place& place);
     static Json Delete(const Place& place);
 
     /// The schema of a document of hypertext.

@@ -19,9 +19,10 @@ constexpr ProblemType ResourceProblems[] = {
     {409, "conflict", "Conflict",
      "The sensor's state, or something that exists already, doesn't allow this at present."},
     {412, "precondition-failed", "Precondition failed",
-     "The configuration isn't the one that the field If-Match names: somebody has changed it. Read it again."},
+     "The configuration isn't the one that the field If-Match names: somebody has changed it. Read it again. Or what "
+     "If-None-Match excludes exists already."},
     {415, "unsupported-media-type", "Unsupported media type",
-     "The body isn't of a type that is accepted here. The sensor expects JSON in UTF-8."},
+     "The body isn't of a type that is accepted here. The sensor expects JSON in UTF-8, and bytes for a file."},
     {421, "misdirected-request", "Misdirected request",
      "The field Host names another host. The sensor answers to loopback names and addresses, and to the names that it "
      "was started with."},
@@ -30,6 +31,8 @@ constexpr ProblemType ResourceProblems[] = {
     {503, "unavailable", "Unavailable",
      "The sensor is busy with other requests or an operation. Try again after the time in the field Retry-After."},
     {504, "timeout", "Timeout", "A part of the sensor didn't answer in time."},
+    {507, "insufficient-storage", "Insufficient storage",
+     "The disk couldn't take what was sent, for instance since it is full. Nothing was replaced."},
 };
 
 std::vector<ProblemType> AllTypes() {

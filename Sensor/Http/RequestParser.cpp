@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
@@ -95,8 +96,10 @@ std::optional<Refusal> RequestParser::HeaderScan::Scan(std::string_view bytes) {
 
 class RequestParser::Impl : public http::basic_parser<true> {
 public:
-    explicit Impl(const RequestLimits& limits)
+    Impl(const RequestLimits& limits, std::function<bool(const HttpRequest& request)> inPieces)
         : limits(limits)
+        , inPieces(std::move(inPieces))
+        , bodyLimit(limits.body)
         , scan(limits) {
         header_limit(std::numeric_limits<std::uint32_t>::max());
         body_limit(std::numeric_limits<std::uint64_t>::max());
@@ -106,6 +109,10 @@ public:
     std::size_t ReadBody(std::string_view bytes);
 
     const RequestLimits limits;
+    const std::function<bool(const HttpRequest& request)> inPieces;
+    bool isInPieces = false;
+    std::size_t bodyLimit; ///< bytes
+    std::size_t bodySize = 0;
     HeaderScan scan;
     State state = State::Header;
     Refusal refusal{};
@@ -121,6 +128,9 @@ private:
     }
     void RefuseSyntax(std::string_view header, const error_code& error);
     void CheckFields();
+    void RefuseBodySize() {
+        Refuse(WireProblems::BodyTooLarge, "The body has more than " + std::to_string(bodyLimit) + " bytes.");
+    }
     void CheckFraming();
     void CheckExpectation();
 
@@ -141,13 +151,14 @@ private:
     void on_body_init_impl(const boost::optional<std::uint64_t>&, error_code&) override {}
     std::size_t on_body_impl(boost::beast::string_view bytes, error_code&) override {
         request.body.append(bytes.data(), bytes.size());
+        bodySize += bytes.size();
         return bytes.size();
     }
     void on_chunk_header_impl(std::uint64_t size, boost::beast::string_view extensions, error_code& error) override {
         framing += extensions.size();
         if (framing > MaxFraming) {
             error = http::error::bad_chunk_extension;
-        } else if (size > limits.body - request.body.size()) {
+        } else if (size > bodyLimit - bodySize) {
             error = http::error::body_limit;
         }
     }
@@ -211,6 +222,8 @@ void RequestParser::Impl::CheckFields() {
 
 // The parser accepts equal lengths, and treats a request with another coding than "chunked" as one without a body.
 void RequestParser::Impl::CheckFraming() {
+    isInPieces = inPieces && inPieces(request);
+    bodyLimit = isInPieces ? limits.pieces : limits.body;
     const auto coding = request.fields.Find("Transfer-Encoding");
     const auto length = request.fields.Find("Content-Length");
     if (length && (coding || length->find(',') != std::string::npos)) {
@@ -219,8 +232,8 @@ void RequestParser::Impl::CheckFraming() {
         Refuse(WireProblems::Malformed, "HTTP/1.0 has no Transfer-Encoding.");
     } else if (coding && !boost::beast::iequals(*coding, "chunked")) {
         Refuse(WireProblems::NotImplemented, "Transfer-Encoding isn't \"chunked\".");
-    } else if (length && content_length().value_or(0) > limits.body) {
-        Refuse(WireProblems::BodyTooLarge, "The body has more than " + std::to_string(limits.body) + " bytes.");
+    } else if (length && content_length().value_or(0) > bodyLimit) {
+        RefuseBodySize();
     } else {
         CheckExpectation();
     }
@@ -248,7 +261,7 @@ std::size_t RequestParser::Impl::ReadBody(std::string_view bytes) {
         used += put(boost::asio::buffer(bytes.data() + used, bytes.size() - used), error);
     }
     if (error == http::error::body_limit) {
-        Refuse(WireProblems::BodyTooLarge, "The body has more than " + std::to_string(limits.body) + " bytes.");
+        RefuseBodySize();
     } else if (error && error != http::error::need_more) {
         Refuse(WireProblems::Malformed, "The body isn't in correct chunks.");
     } else if (is_done()) {
@@ -260,8 +273,8 @@ std::size_t RequestParser::Impl::ReadBody(std::string_view bytes) {
     return used;
 }
 
-RequestParser::RequestParser(const RequestLimits& limits)
-    : impl(std::make_unique<Impl>(limits)) {}
+RequestParser::RequestParser(const RequestLimits& limits, std::function<bool(const HttpRequest& request)> inPieces)
+    : impl(std::make_unique<Impl>(limits, std::move(inPieces))) {}
 
 RequestParser::~RequestParser() = default;
 
@@ -282,6 +295,10 @@ HttpRequest& RequestParser::Request() {
     return impl->request;
 }
 
+std::string RequestParser::TakeBody() {
+    return std::exchange(impl->request.body, "");
+}
+
 bool RequestParser::IsHead() const {
     return impl->isHead;
 }
@@ -296,6 +313,14 @@ bool RequestParser::KeepsAlive() const {
 
 bool RequestParser::ExpectsContinue() const {
     return impl->expectsContinue;
+}
+
+bool RequestParser::IsInPieces() const {
+    return impl->isInPieces;
+}
+
+std::size_t RequestParser::BodySize() const {
+    return impl->bodySize;
 }
 
 } // namespace Sensor::Http

@@ -15,6 +15,7 @@
 #include "VorApi/ResourceRouter.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -138,6 +139,24 @@ struct ResourceGateway::Call {
     }
 };
 
+/// The way of a body from the network thread to an upload that begins on the main loop.
+class ResourceGateway::UploadReceiver : public IBodyReceiver {
+public:
+    /// Once.
+    void Open(std::unique_ptr<IUpload> opened) {
+        upload = std::move(opened);
+        isOpen = true;
+    }
+
+    bool HasRoom() const override { return isOpen && upload->HasRoom(); }
+    void Take(std::string piece) override { upload->Take(std::move(piece)); }
+    void End() override { upload->End(); }
+
+private:
+    std::atomic<bool> isOpen = false;
+    std::unique_ptr<IUpload> upload; ///< doesn't change any more when that is true
+};
+
 ResourceGateway::ResourceGateway(const Settings& settings, VorApi::ResourceRouter& router,
                                  VorRest::RequestProcessor& requests, const IRevisions& revisions,
                                  IEventStreams& streams)
@@ -187,30 +206,61 @@ void ResourceGateway::Handle(HttpRequest request, Responder responder) {
         responder.Respond({.status = 204});
         return;
     }
-    const auto call = std::make_shared<Call>(Call{.request = std::move(request),
-                                                  .responder = std::move(responder),
-                                                  .share = std::make_shared<Budget::Share>(budget)});
-    call->target = *RequestTarget::Parse(call->request.target);
-    call->target.path = ResourceMap::Canonical(call->target.path);
-    if (const std::string* const schema = call->target.FindQuery("schema")) {
-        call->wantsJsonSchema = *schema == JsonSchemaVersion;
-        call->wantsSchema = *schema == "1" || call->wantsJsonSchema;
-        if (!call->wantsSchema && *schema != "0") {
-            call->responder.Respond(ProblemResponse(
-                {400, "The query has schema=" + *schema + ", and 0, 1 or " + JsonSchemaVersion + " was expected."}));
-            return;
-        }
+    const CallPointer call = MakeCall(std::move(request), std::move(responder));
+    auto refusal = ReadQuery(*call);
+    if (!refusal) {
+        refusal = ParseBody(*call);
     }
-    if (const std::string* const expand = call->target.FindQuery("expand")) {
-        for (const std::string_view relation : SplitList(*expand, ',')) {
-            call->expanded.emplace_back(relation);
-        }
-    }
-    if (auto refusal = ParseBody(*call)) {
+    if (refusal) {
         call->responder.Respond(*std::move(refusal));
         return;
     }
     runner.Run([this, call] { Process(call); });
+}
+
+bool ResourceGateway::IsInPieces(const HttpRequest& request) const {
+    return request.method == "PUT" && HasBody(request);
+}
+
+std::shared_ptr<IBodyReceiver> ResourceGateway::Receive(HttpRequest request, Responder responder) {
+    const CallPointer call = MakeCall(std::move(request), std::move(responder));
+    auto receiver = std::make_shared<UploadReceiver>();
+    if (auto refusal = ReadQuery(*call)) {
+        call->responder.Respond(*std::move(refusal));
+    } else {
+        runner.Run([this, call, weak = std::weak_ptr(receiver)] {
+            if (const auto waiting = weak.lock()) { // the client hasn't gone
+                BeginUpload(call, *waiting);
+            }
+        });
+    }
+    return receiver;
+}
+
+ResourceGateway::CallPointer ResourceGateway::MakeCall(HttpRequest request, Responder responder) const {
+    auto call = std::make_shared<Call>(Call{.request = std::move(request),
+                                            .responder = std::move(responder),
+                                            .share = std::make_shared<Budget::Share>(budget)});
+    call->target = *RequestTarget::Parse(call->request.target);
+    call->target.path = ResourceMap::Canonical(call->target.path);
+    return call;
+}
+
+std::optional<HttpResponse> ResourceGateway::ReadQuery(Call& call) {
+    if (const std::string* const schema = call.target.FindQuery("schema")) {
+        call.wantsJsonSchema = *schema == JsonSchemaVersion;
+        call.wantsSchema = *schema == "1" || call.wantsJsonSchema;
+        if (!call.wantsSchema && *schema != "0") {
+            return ProblemResponse(
+                {400, "The query has schema=" + *schema + ", and 0, 1 or " + JsonSchemaVersion + " was expected."});
+        }
+    }
+    if (const std::string* const expand = call.target.FindQuery("expand")) {
+        for (const std::string_view relation : SplitList(*expand, ',')) {
+            call.expanded.emplace_back(relation);
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<HttpResponse> ResourceGateway::ParseBody(Call& call) const {
@@ -256,6 +306,8 @@ void ResourceGateway::Process(const CallPointer& call) {
     HttpResponse response{.status = 204};
     if (!methods.Any()) {
         response = NotFound(path);
+    } else if (method == "PUT" && methods.put) {
+        response = ProblemResponse({422, "The request has no body, and the content of " + path + " was expected."});
     } else if (method != "OPTIONS") {
         response = ProblemResponse({405, path + " doesn't have the method " + method + "."});
     }
@@ -325,6 +377,76 @@ void ResourceGateway::OpenStream(Call& call) {
     } catch (...) {
         Fail(call, std::current_exception(), Verb::Read);
     }
+}
+
+void ResourceGateway::BeginUpload(const CallPointer& call, UploadReceiver& receiver) {
+    const auto upload = map.UploadOf(call->target.path);
+    if (!upload) {
+        Process(call); // which refuses it
+        return;
+    }
+    if (auto refusal = CheckUpload(*call)) {
+        call->responder.Respond(*std::move(refusal));
+        return;
+    }
+    try {
+        receiver.Open(upload->resource.BeginUpload(
+            upload->request, {.onlyNew = call->request.fields.Find("If-None-Match") == "*",
+                              .wake = [responder = call->responder] { responder.Wake(); },
+                              .ended =
+                                  [this, token = std::weak_ptr(alive), call](const UploadOutcome& outcome) {
+                                      if (!token.expired()) {
+                                          EndUpload(call, outcome);
+                                      }
+                                  }}));
+        call->responder.Wake();
+    } catch (...) {
+        Fail(*call, std::current_exception(), Verb::Update);
+    }
+}
+
+void ResourceGateway::EndUpload(const CallPointer& call, const UploadOutcome& outcome) {
+    if (outcome.refusal) {
+        call->responder.Respond(ProblemResponse(*outcome.refusal));
+        return;
+    }
+    call->hasChanged = true;
+    call->target.path = outcome.path;
+    if (outcome.isNew) {
+        call->status = 201;
+        call->fields.Add("Location", outcome.path);
+    }
+    try {
+        MakeDocument(call);
+    } catch (...) {
+        Fail(*call, std::current_exception(), Verb::Update);
+    }
+}
+
+std::optional<HttpResponse> ResourceGateway::CheckUpload(const Call& call) const {
+    const HttpFields& fields = call.request.fields;
+    if (fields.Count("Content-Type") > 0 && !IsContentType(fields, {OctetStream})) {
+        HttpResponse refusal = ProblemResponse({415, "The body is '" + fields.Find("Content-Type").value_or("") +
+                                                         "', and '" + std::string(OctetStream) + "' was expected."});
+        refusal.fields.Add("Accept", std::string(OctetStream));
+        return refusal;
+    }
+    if (fields.Count("Content-Encoding") > 0) {
+        return ProblemResponse({415, "The body is encoded as '" + fields.Find("Content-Encoding").value_or("") +
+                                         "', and a body without Content-Encoding was expected."});
+    }
+    if (fields.Count("Content-Range") > 0) {
+        return ProblemResponse({400, "The body is a part of a content (Content-Range), and a whole one was expected."});
+    }
+    const std::string& path = call.target.path;
+    const bool exists = map.MethodsOf(path).get;
+    if (exists && fields.Find("If-None-Match") == "*") {
+        return ProblemResponse({412, "There is something at " + path + ", and the field If-None-Match is *."});
+    }
+    if (!exists && fields.Find("If-Match") == "*") {
+        return ProblemResponse({412, "There is nothing at " + path + ", and the field If-Match is *."});
+    }
+    return CheckPrecondition(call);
 }
 
 std::optional<HttpResponse> ResourceGateway::CheckPrecondition(const Call& call) const {

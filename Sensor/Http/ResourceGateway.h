@@ -5,6 +5,7 @@
 #include "Sensor/Http/ExplanationsResource.h"
 #include "Sensor/Http/HostRules.h"
 #include "Sensor/Http/IHttpHandler.h"
+#include "Sensor/Http/IUploadResource.h"
 #include "Sensor/Http/LargeDocuments.h"
 #include "Sensor/Http/ResourceMap.h"
 #include "Vor/AsyncRunner.h"
@@ -53,12 +54,19 @@ public:
 
     std::optional<HttpResponse> CheckHeader(const HttpRequest& request) override;
     void Handle(HttpRequest request, Responder responder) override;
+    /// The body of each PUT is.
+    bool IsInPieces(const HttpRequest& request) const override;
+    std::shared_ptr<IBodyReceiver> Receive(HttpRequest request, Responder responder) override;
 
 private:
+    class UploadReceiver;
     struct Call;
     using CallPointer = std::shared_ptr<Call>;
     using Then = std::function<void(VorRest::Answer)>;
 
+    CallPointer MakeCall(HttpRequest request, Responder responder) const;
+    /// The refusal of a request whose query can't be used.
+    static std::optional<HttpResponse> ReadQuery(Call& call);
     /// The refusal of a request whose body can't be used. Network thread.
     std::optional<HttpResponse> ParseBody(Call& call) const;
 
@@ -68,6 +76,10 @@ private:
     /// The answer is the document of what goes on at the path.
     static void Accept(Call& call, const std::string& path);
     void OpenStream(Call& call);
+    void BeginUpload(const CallPointer& call, UploadReceiver& receiver);
+    void EndUpload(const CallPointer& call, const UploadOutcome& outcome);
+    /// The refusal of a body that isn't a whole content, or mustn't become one since there is another one, or none.
+    std::optional<HttpResponse> CheckUpload(const Call& call) const;
     /// The refusal of a change to a configuration that isn't the one that the client has read.
     std::optional<HttpResponse> CheckPrecondition(const Call& call) const;
     /// Runs a request at once. `then` gets the answer, perhaps later.

@@ -1,6 +1,7 @@
 #include "Sensor/Http/ResourceMap.h"
 
 #include "Sensor/Http/IMediaResource.h"
+#include "Sensor/Http/IUploadResource.h"
 #include "Sensor/Http/MediaTypes.h"
 #include "Vor/Exception.h"
 #include "VorApi/DocumentResourceBase.h"
@@ -42,17 +43,20 @@ struct ResourceMap::Place {
     VorApi::DocumentResourceBase* document;
     VorApi::IParentResource* parent;
     VorApi::ICallableResource* command;
+    IUploadResource* upload;
 
     bool IsUpdatable() const { return document != nullptr && !isCollection; }
     bool Creates() const { return parent != nullptr && (isCollection || !hasItems) && parent->Creates(); }
     bool Deletes() const { return parent != nullptr && !isCollection && parent->Deletes(); }
     bool IsCommand() const { return command != nullptr && !isCollection; }
+    bool IsUpload() const { return upload != nullptr && !isCollection; }
 };
 
 std::string Methods::Allow() const {
     std::string allow;
-    for (const auto& [has, text] : {std::pair(get, "GET, HEAD, "), std::pair(patch, "PATCH, "),
-                                    std::pair(post, "POST, "), std::pair(remove, "DELETE, ")}) {
+    for (const auto& [has, text] :
+         {std::pair(get, "GET, HEAD, "), std::pair(patch, "PATCH, "), std::pair(post, "POST, "),
+          std::pair(put, "PUT, "), std::pair(remove, "DELETE, ")}) {
         allow += has ? text : "";
     }
     return allow.empty() ? allow : allow + "OPTIONS";
@@ -86,7 +90,8 @@ std::optional<ResourceMap::Place> ResourceMap::Find(const std::string& path) con
                  .hasItems = !steps.empty() && Path::IsParameter(steps.back()),
                  .document = dynamic_cast<VorApi::DocumentResourceBase*>(&match->resource),
                  .parent = dynamic_cast<VorApi::IParentResource*>(&match->resource),
-                 .command = dynamic_cast<VorApi::ICallableResource*>(&match->resource)};
+                 .command = dynamic_cast<VorApi::ICallableResource*>(&match->resource),
+                 .upload = dynamic_cast<IUploadResource*>(&match->resource)};
 }
 
 std::optional<Verb> ResourceMap::VerbOf(const std::string& method, const std::string& path) const {
@@ -119,6 +124,7 @@ Methods ResourceMap::MethodsOf(const Place& place) {
     }
     Methods methods;
     methods.post = place.IsCommand() && place.command->IsCommand(place.request);
+    methods.put = place.IsUpload();
     return methods;
 }
 
@@ -127,6 +133,7 @@ Methods ResourceMap::MethodsOfKind(const Place& place) {
     methods.get = place.document != nullptr;
     methods.patch = place.IsUpdatable() && place.document->IsUpdatable();
     methods.post = place.IsCommand() || place.Creates();
+    methods.put = place.IsUpload();
     methods.remove = place.Deletes();
     return methods;
 }
@@ -145,6 +152,11 @@ std::string_view ResourceMap::MediaTypeOf(const std::string& path) const {
     const auto match = FindMatch(router, path);
     const auto* const resource = match ? dynamic_cast<const IMediaResource*>(&match->resource) : nullptr;
     return resource == nullptr ? OctetStream : resource->MediaType();
+}
+
+std::optional<ResourceMap::Upload> ResourceMap::UploadOf(const std::string& path) const {
+    const auto place = Find(path);
+    return place && place->IsUpload() ? std::optional(Upload{*place->upload, place->request}) : std::nullopt;
 }
 
 bool ResourceMap::Leads(const std::optional<Place>& place) {

@@ -2,6 +2,7 @@
 
 #include "Sensor/Http/HalDocument.h"
 #include "Sensor/Http/HttpRequest.h"
+#include "VorApi/RequestInfoEx.h"
 #include "VorApi/ResourceRouter.h"
 #include "VorRest/Request.h"
 
@@ -12,15 +13,18 @@
 
 namespace Sensor::Http {
 
+class IUploadResource;
+
 /// The methods of a resource.
 struct Methods {
     bool get = false;
     bool patch = false;
     bool post = false;
+    bool put = false;
     bool remove = false;
 
-    bool Any() const { return get || patch || post || remove; }
-    bool AnyButGet() const { return patch || post || remove; }
+    bool Any() const { return get || AnyButGet(); }
+    bool AnyButGet() const { return patch || post || put || remove; }
     /// The field Allow; empty when there is none.
     std::string Allow() const;
     /// Adds the fields Allow and, with PATCH, Accept-Patch.
@@ -41,7 +45,8 @@ public:
 
     /// What the method does there; nothing when it does nothing.
     std::optional<VorRest::Verb> VerbOf(const std::string& method, const std::string& path) const;
-    /// None for a path that leads nowhere. For a resource that has a document, the document exists.
+    /// None for a path that leads nowhere. For a resource that has a document, the document exists, but for `put`,
+    /// which may create it.
     Methods MethodsOf(const std::string& path) const;
 
     /// The methods of all that a route leads to, whether anything is there at present. A route that leaves out its last
@@ -50,6 +55,13 @@ public:
 
     /// Of documents at the path that are bytes.
     std::string_view MediaTypeOf(const std::string& path) const;
+
+    struct Upload {
+        IUploadResource& resource;
+        VorApi::RequestInfoEx request;
+    };
+    /// What PUT replaces or creates there; nothing when it does neither.
+    std::optional<Upload> UploadOf(const std::string& path) const;
 
     /// The document with its relations and the links that follow from the routes: "up", "collection", "vor:metrics",
     /// "vor:commands". Relations that lead nowhere are left out.

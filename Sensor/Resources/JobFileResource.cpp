@@ -24,4 +24,9 @@ void JobFileResource::Document(const VorApi::RequestInfoEx& request, VorApi::Res
         });
 }
 
+std::unique_ptr<Http::IUpload> JobFileResource::BeginUpload(const VorApi::RequestInfoEx& request,
+                                                            Http::UploadTerms terms) {
+    return uploads.Begin(*request.FindKey("job"), std::move(terms));
+}
+
 } // namespace Sensor::Resources

@@ -7,6 +7,7 @@
 #include "Sensor/Resources/JobChangesResource.h"
 #include "Sensor/Resources/JobCommandResource.h"
 #include "Sensor/Resources/JobFileResource.h"
+#include "Sensor/Resources/JobUploads.h"
 #include "Sensor/Resources/JobsResource.h"
 #include "Sensor/Resources/LogResource.h"
 #include "Sensor/Resources/LogWatch.h"
@@ -57,7 +58,8 @@ struct SensorDir::Impl {
                        [&streams] { streams.Notice(VorApi::Notification::Reload, "/sensor/jobs"); }})
         , jobs(router, "/sensor/jobs/:job", jobsEnviron)
         , jobCommands(router, "/sensor/jobs/:job/commands/:command", jobsEnviron)
-        , jobFiles(router, "/sensor/jobs/:job/file", jobsEnviron)
+        , jobUploads(jobsEnviron)
+        , jobFiles(router, "/sensor/jobs/:job/file", jobsEnviron, jobUploads)
         , jobChanges(router, "/sensor/jobs/loaded/changes", jobsEnviron)
         , jobLoadedEvent(environ.jobLoadedEvent)
         , jobLoadedHandler(jobLoadedEvent.Add([this](const std::string&) { jobsEnviron.changed(); })) {
@@ -92,6 +94,7 @@ struct SensorDir::Impl {
     const JobsEnviron jobsEnviron;
     VorApi::RoutedResource<JobsResource> jobs;
     VorApi::RoutedResource<JobCommandResource> jobCommands;
+    JobUploads jobUploads;
     VorApi::RoutedResource<JobFileResource> jobFiles;
     VorApi::RoutedResource<JobChangesResource> jobChanges;
     Vor::Event<const std::string&>& jobLoadedEvent;

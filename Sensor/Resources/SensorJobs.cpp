@@ -3,6 +3,7 @@
 #include "Sensor/Jobs/DefaultJob.h"
 #include "Sensor/Jobs/JobFormat.h"
 #include "Vor/Exception.h"
+#include "VorCommon/MoveArchive.h"
 #include "VorCommon/PersistManager.h"
 #include "yApi/yStatus.h"
 
@@ -53,6 +54,22 @@ std::string SensorJobs::RequireFree(const std::string& name, Existing existing) 
         Vor::Throw(yERROR_FULL, "There are %d jobs, which is the most that there may be.", static_cast<int>(MaxCount));
     }
     return free;
+}
+
+void SensorJobs::RequireReplaceable(const std::string& name) const {
+    if (name.size() > MaxNameSize) {
+        Vor::Throw(yERROR_PARAMETER, "The name of the job has %d bytes, and at most %d were expected.",
+                   static_cast<int>(name.size()), static_cast<int>(MaxNameSize));
+    }
+    if (RequireFree(name, Existing::Replace) != name) {
+        Vor::Throw(yERROR_PARAMETER, "'%s' is not a job name: paths have it without '%s'.", name,
+                   Jobs::JobFormat::Extension);
+    }
+    RequireNotLoaded(name, "replaced");
+}
+
+std::string SensorJobs::UploadFolder() const {
+    return (std::filesystem::path(persistence.FilePath(PersistDomain::Job)).parent_path() / ".uploads").string();
 }
 
 void SensorJobs::RequireFile(const std::string& name) const {
@@ -109,6 +126,13 @@ void SensorJobs::SetDefault(const std::string& name) const {
     RequireFile(name);
     RequireLoadable(name);
     Jobs::DefaultJob::Write(workspace, name);
+}
+
+bool SensorJobs::Place(const std::string& made, const std::string& name, Existing existing) const {
+    RequireReplaceable(name);
+    const bool isNew = !files.Has(name);
+    VorCommon::MoveArchive(made, files.PathOf(name), existing);
+    return isNew;
 }
 
 Jobs::JobChanges SensorJobs::ChangesOf(const ArchiveFile::Entries& content) const {

@@ -26,6 +26,8 @@ public:
     using Existing = VorCommon::ArchiveFile::Existing;
 
     static constexpr std::size_t MaxCount = 1000;
+    /// Bytes, of a name that a client sends with the job: the names of files beside the job's are longer.
+    static constexpr std::size_t MaxNameSize = 240;
 
     /// The manager outlives this.
     explicit SensorJobs(const VorCommon::PersistManager& persistence);
@@ -39,6 +41,12 @@ public:
     /// The name of a job that a client wants to make, without the extension. Throws a Vor::Exception for a bad name,
     /// for a job that exists unless it may be replaced, and when there are too many. On any thread.
     std::string RequireFree(const std::string& name, Existing existing) const;
+
+    /// Throws a Vor::Exception when no client may make or replace the job of that name, as it is in a path. On any
+    /// thread.
+    void RequireReplaceable(const std::string& name) const;
+    /// A folder for files that Place moves, which the sensor has for itself. On any thread.
+    std::string UploadFolder() const;
 
     /// Throws a Vor::Exception when there is no such job, or it has no file. On any thread.
     void RequireFile(const std::string& name) const;
@@ -55,6 +63,9 @@ public:
     /// Also refuses the default job.
     void Delete(const std::string& name) const;
     void SetDefault(const std::string& name) const;
+    /// Moves an archive that was checked, and is on the disk, to the place of a job. Returns whether the job is new.
+    /// Throws what RequireReplaceable and MoveArchive throw.
+    bool Place(const std::string& made, const std::string& name, Existing existing) const;
     /// What differs between the file of the loaded job and the content that it would have after a save.
     Jobs::JobChanges ChangesOf(const VorCommon::ArchiveFile::Entries& content) const;
 

@@ -195,6 +195,41 @@ TEST_F(HostileHttpTest, BodiesThatAreNoneAreRefused) {
     EXPECT_EQ(State()[0], before[0]) << "unknown members have no effect";
 }
 
+TEST_F(HostileHttpTest, AnArchiveComesWholeOrNotAtAll) {
+    const std::string path = "/sensor/jobs/second/file";
+    const auto put = [&](const std::string& target, const std::string& fields, const std::string& body) {
+        return Request("PUT", target, fields, body);
+    };
+    const std::string chunks = "Transfer-Encoding: chunked\r\n";
+    const std::string five = "Content-Length: 5\r\n";
+    const nlohmann::json jobs = http->Get("/sensor/jobs").body;
+    for (const auto& [status, bytes] : Cases{
+             {"422", put(path, five, "hello")},
+             {"422", put(path, chunks, "5\r\nhello\r\n0\r\n\r\n")},
+             {"422", put(path, chunks, "0\r\n\r\n")},
+             {"422", put(path, "", "")},
+             {"422", put("/sensor/jobs/..%2Fsecond/file", five, "hello")},
+             {"422", put("/sensor/jobs/" + std::string(300, 'a') + "/file", five, "hello")},
+             {"400", put(path, five + five, "hello")},
+             {"400", put(path, five + chunks, "5\r\nhello\r\n0\r\n\r\n")},
+             {"400", put(path, chunks, "5\r\nhello, you\r\n0\r\n\r\n")},
+             {"400", put(path, "Content-Range: bytes 0-4/9\r\n" + five, "hello")},
+             {"413", put(path, "Content-Length: 67108865\r\n", "hello")},
+             {"413", put(path, chunks, "4000001\r\nhello")},
+             {"415", put(path, JsonType + five, "hello")},
+             {"403", put(path, "Origin: http://evil.example\r\n" + five, "hello")},
+             {"412", put(path, "If-Match: *\r\n" + five, "hello")},
+             {"405", put(Service, five, "hello")},
+             {"404", put("/sensor/jobs/second/files", five, "hello")},
+         }) {
+        EXPECT_EQ(StatusesOf(bytes).substr(0, 3), status) << bytes.substr(0, 200);
+    }
+    EXPECT_EQ(StatusesOf(put(path, "Content-Length: 6\r\n", "hello")), "") << "a client that goes isn't answered";
+    EXPECT_EQ(StatusesOf(put(path, chunks, "6\r\nhello")), "");
+    EXPECT_EQ(http->Get("/sensor/jobs").body, jobs);
+    ExpectItIsAsBefore();
+}
+
 TEST_F(HostileHttpTest, OddFieldsAreWithoutEffect) {
     for (const auto& [status, fields] : Cases{
              {"412", "If-Match: \r\n"},

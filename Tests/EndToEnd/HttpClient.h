@@ -43,6 +43,26 @@ public:
     }
     HttpAnswer Get(const std::string& path) const { return Ask("GET", path); }
 
+    /// Writes what is there to a file.
+    void Download(const std::string& path, const std::string& file) const {
+        const Answer answer =
+            RunToEnd({"curl", "--silent", "--show-error", "--fail", "--max-time", "20", "--output", file, host + path});
+        EXPECT_EQ(answer.status, 0) << answer.errors;
+    }
+    /// A PUT of a file.
+    HttpAnswer Upload(const std::string& path, const std::string& file,
+                      const std::vector<std::string>& fields = {}) const {
+        std::vector<std::string> command{"curl",       "--silent", "--show-error",  "--include",
+                                         "--max-time", "20",       "--upload-file", file};
+        for (const std::string& field : fields) {
+            command.insert(command.end(), {"--header", field});
+        }
+        command.push_back(host + path);
+        const Answer answer = RunToEnd(command);
+        EXPECT_EQ(answer.status, 0) << answer.errors;
+        return ParseHttpAnswer(answer.output);
+    }
+
     /// A stream, line by line.
     Program Stream(const std::string& path, const std::vector<std::string>& fields = {}) const {
         std::vector<std::string> command{"curl",        "--silent", "--show-error",

@@ -2,10 +2,18 @@
 
 #include "Tests/EndToEnd/HttpClient.h"
 #include "Tests/EndToEnd/VirtualSensor.h"
+#include "Tests/Net/LineClient.h"
+#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/Threads.h"
 #include "VorCommon/ArchiveFile.h"
 
 #include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace Tests {
 namespace {
@@ -110,6 +118,81 @@ TEST_F(HttpJobsTest, AJobSavedUnderAnotherNameIsTheOneThatRuns) {
     EXPECT_NE(http->Get("/controls/modbus").body.at("parameters").at("idleTimeout"), 78);
     EXPECT_EQ(Run(JobPath("mine"), "load").status, 200);
     EXPECT_EQ(http->Get("/controls/modbus").body.at("parameters").at("idleTimeout"), 78);
+}
+
+TEST_F(HttpJobsTest, AJobIsExportedAndImportedUnderAnotherName) {
+    Start();
+    EXPECT_EQ(http->Ask("PATCH", "/controls/modbus", {{"parameters", {{"idleTimeout", 79}}}}).status, 200);
+    EXPECT_EQ(Run(JobPath("demo"), "save").status, 200);
+    const TempFolder elsewhere;
+    const std::string file = elsewhere.File("job");
+    http->Download(http->Get(JobPath("demo")).Link("vor:file"), file);
+
+    const HttpAnswer imported = http->Upload("/sensor/jobs/imported/file", file, {"If-None-Match: *"});
+    EXPECT_EQ(imported.status, 201) << imported.body;
+    EXPECT_EQ(imported.Field("location"), JobPath("imported"));
+    EXPECT_EQ(http->Upload("/sensor/jobs/imported/file", file, {"If-None-Match: *"}).status, 412);
+    EXPECT_EQ(http->Upload("/sensor/jobs/imported/file", file).status, 200);
+    EXPECT_EQ(http->Upload("/sensor/jobs/demo/file", file).status, 409) << "it is loaded";
+    EXPECT_EQ(http->Upload("/sensor/jobs/imported/file", file, {"Origin: http://elsewhere"}).status, 403);
+    EXPECT_EQ(Run(JobPath("imported"), "load").status, 200);
+    EXPECT_EQ(Run(JobPath("imported"), "setDefault").status, 200);
+    EXPECT_EQ(http->Ask("DELETE", JobPath("demo")).status, 204);
+    EXPECT_EQ(http->Get("/controls/modbus").body.at("parameters").at("idleTimeout"), 79);
+    EXPECT_EQ(http->Get("/sensor/jobs/loaded/changes").body.at("count"), 0);
+    Kill();
+
+    Start();
+    EXPECT_EQ(http->Get(SensorPath()).body.at("job"), "imported.vrjob");
+    EXPECT_EQ(http->Get("/controls/modbus").body.at("parameters").at("idleTimeout"), 79);
+}
+
+TEST_F(HttpJobsTest, ADamagedArchiveIsRefusedWithThePlace) {
+    Start();
+    EXPECT_EQ(Run(JobPath("demo"), "copy", {{"name", "second"}}).status, 200);
+    const TempFolder elsewhere;
+    const std::string file = elsewhere.File("job");
+    http->Download("/sensor/jobs/second/file", file);
+    const std::string whole = ReadWholeFile(file);
+    const std::string target = "/sensor/jobs/second/file";
+
+    WriteWholeFile(file, whole.substr(0, whole.size() / 2));
+    const HttpAnswer cut = http->Upload(target, file);
+    EXPECT_EQ(cut.status, 422);
+    EXPECT_EQ(cut.body.at("errors").at(0).at("pointer"), "") << cut.body;
+
+    WriteWholeFile(file, whole);
+    const std::string config = R"({"version":"1","vor:control":[]})";
+    VorCommon::ArchiveFile(file).Write(
+        {{"controls/ascii/config.json",
+          std::make_shared<const std::vector<unsigned char>>(config.begin(), config.end())}});
+    const HttpAnswer wrong = http->Upload(target, file);
+    EXPECT_EQ(wrong.status, 422);
+    EXPECT_EQ(wrong.body.at("errors").at(0).at("pointer"), "/controls~1ascii~1config.json") << wrong.body;
+
+    // Larger than an archive may be: the file has holes, and curl asks before it sends.
+    std::filesystem::resize_file(file, (std::uintmax_t{64} << 20) + 1);
+    EXPECT_EQ(http->Upload(target, file).status, 413);
+    EXPECT_EQ(Run(JobPath("second"), "load").status, 200) << "it is as it was";
+}
+
+TEST_F(HttpJobsTest, AnUploadThatTheProgramDidntEndIsGone) {
+    Start();
+    const TempFolder elsewhere;
+    http->Download("/sensor/jobs/demo/file", elsewhere.File("job"));
+    {
+        Net::LineClient client(http->Port());
+        client.Send("PUT /sensor/jobs/second/file HTTP/1.1\r\nHost: localhost\r\nContent-Length: 9999999\r\n\r\n" +
+                    std::string(200'000, 'x'));
+        const std::string received = data.File("jobs/.uploads/1/received");
+        EXPECT_TRUE(WaitUntil([&] { return std::filesystem::exists(received); }));
+        Kill();
+        EXPECT_TRUE(std::filesystem::exists(received));
+    }
+    Start();
+    EXPECT_FALSE(std::filesystem::exists(data.File("jobs/.uploads")));
+    EXPECT_EQ(http->Get("/sensor/jobs/second").status, 404);
+    EXPECT_EQ(http->Upload("/sensor/jobs/second/file", elsewhere.File("job")).status, 201);
 }
 
 TEST_F(HttpJobsTest, ATriggerIsAnsweredWithItsFrame) {
