@@ -93,6 +93,7 @@ VirtualSensor::Settings Application::SensorSettings() {
                          },
                      .trigger = commandLine.trigger},
             .alignment = commandLine.alignment,
+            .io = commandLine.io,
             .storageFolders = {commandLine.dataFolder.string()},
             .print = [this](const std::string& line) { report.PrintLine(line); },
             .factoryRestore = [this] { RestoreFactory(); },

@@ -7,6 +7,8 @@
 #include "VorCommon/PersistManager.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <pwd.h>
 #include <system_error>
@@ -21,6 +23,7 @@ namespace {
 constexpr double MaxFrameRate = 100000;
 constexpr int MaxPort = 65535;
 constexpr unsigned MaxAlignTime = 3'600'000;
+constexpr unsigned MaxIoLatency = 60'000;
 
 /// The folder in an environment variable; empty when the variable isn't set or isn't an absolute path.
 std::filesystem::path FolderOf(const char* variable) {
@@ -93,6 +96,8 @@ struct Options {
     std::string trigger = "time";
     std::string align = "succeed";
     unsigned alignTime = 200;
+    std::size_t ioDevices = 1;
+    unsigned ioLatency = 0;
     bool verbose = false;
     std::string logFile;
     std::vector<std::string> settings;
@@ -135,6 +140,13 @@ void Define(CLI::App& app, Options& options) {
     app.add_option("--align-time", options.alignTime, "Milliseconds that an alignment takes (default: 200)")
         ->type_name("MS")
         ->check(CLI::Range(0U, MaxAlignTime).description(""));
+    app.add_option("--io-devices", options.ioDevices, "Devices with digital outputs, 0 to 8 (default: 1)")
+        ->type_name("N")
+        ->check(CLI::Range(std::size_t{0}, Io::OutputDevices::MaxCount).description(""));
+    app.add_option("--io-latency", options.ioLatency,
+                   "Milliseconds that each call of a device takes which switches an output (default: 0)")
+        ->type_name("MS")
+        ->check(CLI::Range(0U, MaxIoLatency).description(""));
     app.add_option("--set", options.settings,
                    "Let a parameter of a service have a value in this run, without changing the job; may be repeated "
                    "(default: what the job says)")
@@ -237,6 +249,7 @@ CommandLine MakeCommandLine(const CLI::App& app, const Options& options) {
     result.scan = !options.noScan;
     result.trigger = options.trigger == "software" ? Scan::TriggerMode::Software : Scan::TriggerMode::Time;
     result.alignment = {.time = std::chrono::milliseconds(options.alignTime), .outcome = OutcomeOf(options.align)};
+    result.io = {.count = options.ioDevices, .latency = std::chrono::milliseconds(options.ioLatency)};
     result.verbose = options.verbose;
     result.logFile = options.logFile;
     result.enable = options.enable;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sensor/Io/OutputDevices.h"
 #include "Sensor/Jobs/JobCommand.h"
 #include "Sensor/Jobs/ServiceSetting.h"
 #include "Sensor/Remote/RemoteCommand.h"
@@ -29,6 +30,7 @@ struct CommandLine {
     bool scan = true;
     Scan::TriggerMode trigger = Scan::TriggerMode::Time;
     Scan::ScannerAlignment::Settings alignment = {.time = std::chrono::milliseconds(200)};
+    Io::OutputDevices::Settings io = {};
     bool verbose = false;
     /// Empty: none.
     std::filesystem::path logFile;

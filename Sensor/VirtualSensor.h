@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sensor/Io/OutputDevices.h"
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/Scan/Scanner.h"
 #include "Sensor/Scan/ScannerActions.h"
@@ -15,6 +16,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,7 @@ public:
     struct Settings {
         Scan::Scanner::Settings scan = {};
         Scan::ScannerAlignment::Settings alignment = {};
+        Io::OutputDevices::Settings io = {};
         /// Whose storage the core measures.
         std::vector<std::string> storageFolders = {};
         /// Prints a line for the user.
@@ -49,6 +52,9 @@ public:
     VorPipe::PipeManager& Pipe() { return pipe; }
     VorScan::Internal::ScanEngineManager& ScanEngines() { return scanEngines; }
 
+    /// The devices with digital outputs. From any thread.
+    Io::OutputDevices& Devices() const { return *devices; }
+
     const Scan::Recording& Input() const { return recording; }
     Scan::ScannerState ScanState() const { return scanner.State(); }
     /// Frames that were published since the program was started. From any thread.
@@ -63,8 +69,11 @@ public:
     Vor::Event<>& FactoryRestoreEvent() { return factoryRestore; }
 
 private:
+    Scan::Scanner::Settings ScanSettings() const;
     VorCore::SystemCore::Environ CoreEnviron();
     Scan::ScannerActions::Environ ActionsEnviron();
+    void StartScan();
+    void StopScan();
     void RestoreFactory();
 
     const Scan::Recording& recording;
@@ -74,6 +83,7 @@ private:
     Vor::Event<> postStopScan;
     Vor::Event<> factoryRestore;
     VorPipe::PipeManager pipe;
+    const std::shared_ptr<Io::OutputDevices> devices;
     Scan::Scanner scanner;
     VorScan::Internal::ScanEngineManager scanEngines;
     VorCore::SystemCore core;

@@ -16,8 +16,14 @@ namespace {
 
 constexpr std::string_view NoticeOfPath = "notice:";
 constexpr std::string_view MetricsOf = "metrics:";
-constexpr std::string_view ScanTopic = "scan";
-constexpr const char* ScanPath = "/sensor/scan";
+
+/// A topic that is determined by parameters: "rate", and how much its events have.
+struct PacedTopic {
+    std::string_view name;
+    const char* path;
+    std::string_view size;
+};
+constexpr PacedTopic PacedTopics[] = {{"scan", "/sensor/scan", "points"}, {"io", "/sensor/io", "edges"}};
 
 /// The path of a resource, coded anew; nothing when there is none.
 std::optional<std::string> ResourcePath(const std::string& path, const VorApi::ResourceRouter& router) {
@@ -35,21 +41,19 @@ std::optional<std::string> ResourcePath(const std::string& path, const VorApi::R
     }
 }
 
-/// What streams can be asked for.
-bool IsParameter(std::string_view name) {
-    return name == "rate" || name == "points";
+bool IsParameter(std::string_view name, const PacedTopic& topic) {
+    return name == "rate" || name == topic.size;
 }
 
-/// The parameters of a scan's topic, such as ";rate=10;points=100"; nothing for anything else. The resource checks the
-/// values.
-std::optional<VorApi::RequestInfoEx::Query> ScanParameters(std::string_view text) {
+/// The parameters of a topic, such as ";rate=10;points=100"; nothing for anything else. The resource checks the values.
+std::optional<VorApi::RequestInfoEx::Query> Parameters(std::string_view text, const PacedTopic& topic) {
     VorApi::RequestInfoEx::Query query;
     while (!text.empty()) {
         const std::string_view parameter = text.substr(1, text.find(';', 1) - 1);
         const std::string_view name = parameter.substr(0, parameter.find('='));
         const bool isSecond =
             std::ranges::find(query, name, [](const auto& known) { return known.first; }) != query.end();
-        if (text.front() != ';' || !IsParameter(name) || name.size() == parameter.size() || isSecond) {
+        if (text.front() != ';' || !IsParameter(name, topic) || name.size() == parameter.size() || isSecond) {
             return std::nullopt;
         }
         query.emplace_back(name, parameter.substr(name.size() + 1));
@@ -71,9 +75,11 @@ EventTopic EventTopic::Parse(const std::string& text, const VorApi::ResourceRout
             return {kind, text, ""};
         }
     }
-    if (text.starts_with(ScanTopic)) {
-        if (auto query = ScanParameters(std::string_view(text).substr(ScanTopic.size()))) {
-            return {Kind::Stream, text, ScanPath, *std::move(query)};
+    for (const PacedTopic& topic : PacedTopics) {
+        if (text.starts_with(topic.name)) {
+            if (auto query = Parameters(std::string_view(text).substr(topic.name.size()), topic)) {
+                return {Kind::Stream, text, topic.path, *std::move(query)};
+            }
         }
     }
     if (text.starts_with(NoticeOfPath)) {
@@ -93,19 +99,26 @@ EventTopic EventTopic::Parse(const std::string& text, const VorApi::ResourceRout
     }
     Vor::Throw(yERROR_FORMAT,
                "There is no topic \"%s\". Topics are: %sand notice:PATH for a resource and all below it. What "
-               "\"scan\" sends is determined by \";rate=\" and \";points=\" behind it.",
+               "\"scan\" sends is determined by \";rate=\" and \";points=\" behind it, what \"io\" sends by \";rate=\" "
+               "and \";edges=\".",
                text, topics);
 }
 
 EventTopic EventTopic::OfResource(const std::string& path, const VorApi::RequestInfoEx::Query& query) {
     EventTopic topic{Kind::Stream, "", path};
-    std::ranges::copy_if(query, std::back_inserter(topic.query),
-                         [](const auto& parameter) { return IsParameter(parameter.first); });
+    const auto isAsked = [](const auto& parameter) {
+        return std::ranges::any_of(PacedTopics,
+                                   [&](const PacedTopic& paced) { return IsParameter(parameter.first, paced); });
+    };
+    std::ranges::copy_if(query, std::back_inserter(topic.query), isAsked);
     return topic;
 }
 
 std::vector<std::string> EventTopic::All(const std::vector<std::string>& services) {
-    std::vector<std::string> topics{"notice", "state", "problems", "log", std::string(ScanTopic)};
+    std::vector<std::string> topics{"notice", "state", "problems", "log"};
+    for (const PacedTopic& topic : PacedTopics) {
+        topics.emplace_back(topic.name);
+    }
     for (const std::string& service : services) {
         topics.push_back(std::string(MetricsOf) + service);
     }

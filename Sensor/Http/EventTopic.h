@@ -27,8 +27,8 @@ struct EventTopic {
     VorApi::RequestInfoEx::Query query = {};
 
     /// "notice", "notice:PATH" of a resource, "state", "problems", "log", "scan", perhaps with ";rate=" and ";points="
-    /// in any order, and "metrics:SERVICE" of one of the services. Throws `yERROR_FORMAT`, with a text that names the
-    /// topics, for anything else. Main loop only.
+    /// in any order, "io", perhaps with ";rate=" and ";edges=", and "metrics:SERVICE" of one of the services. Throws
+    /// `yERROR_FORMAT`, with a text that names the topics, for anything else. Main loop only.
     static EventTopic Parse(const std::string& text, const VorApi::ResourceRouter& router,
                             const std::vector<std::string>& services);
 

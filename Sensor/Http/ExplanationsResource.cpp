@@ -59,6 +59,8 @@ constexpr RelationText RelationExplanations[] = {
     {"events", "The topics of events. With 'Accept: text/event-stream' they are a stream of what happens."},
     {"ioDevices", "The devices with digital outputs that a service uses. POST selects one of the available devices."},
     {"healthz", "Whether the sensor answers."},
+    {"io", "The devices with digital outputs: what each port was asked for and what its line did. With 'Accept: "
+           "text/event-stream' they are a stream."},
     {"problems", "The kinds of refusals, each with an explanation."},
     {"rels", "The relations whose names begin with 'vor:', each with an explanation."},
     {"scan", "The last frame of the scan. With 'Accept: text/event-stream' it is a stream of frames."},

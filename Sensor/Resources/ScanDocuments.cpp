@@ -1,6 +1,7 @@
 #include "Sensor/Resources/ScanDocuments.h"
 
 #include "Sensor/DataSources.h"
+#include "Sensor/Resources/DescribedMembers.h"
 #include "Sensor/Scan/ThinnedPoints.h"
 #include "Sensor/VirtualSensor.h"
 #include "Vor/Exception.h"
@@ -23,31 +24,6 @@ using nlohmann::json;
 namespace {
 
 constexpr std::uint64_t NanosecondsPerMillisecond = 1'000'000;
-
-/// The schema of a member.
-json Described(const json& type, const char* title) {
-    return {{"type", type}, {"title", title}, {"readOnly", true}};
-}
-
-json DescribedWithUnit(const json& type, const char* title, const char* unit) {
-    json schema = Described(type, title);
-    schema["units"] = unit;
-    return schema;
-}
-
-json DescribedList(const json& items, const char* title) {
-    json schema = Described("array", title);
-    schema["items"] = items;
-    return schema;
-}
-
-json DescribedObject(const json& properties) {
-    return {{"type", "object"}, {"properties", properties}};
-}
-
-json OrNull(const char* type) {
-    return {type, "null"};
-}
 
 /// JSON has no other numbers.
 json NumberOf(double value) {

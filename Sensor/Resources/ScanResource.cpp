@@ -1,10 +1,6 @@
 #include "Sensor/Resources/ScanResource.h"
 
-#include "Sensor/Resources/QueryNumber.h"
 #include "Sensor/Resources/ScanDocuments.h"
-#include "Vor/Exception.h"
-
-#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -14,11 +10,12 @@ namespace {
 
 constexpr QueryNumber Points{.name = "points", .least = 0, .greatest = 10'000, .otherwise = 10'000};
 constexpr QueryNumber PointsOfStream{.name = "points", .least = 0, .greatest = 2'000, .otherwise = 640};
-constexpr QueryNumber Rate{.name = "rate", .least = 1, .greatest = 25, .otherwise = 10};
-
-constexpr unsigned long long Second = 1'000'000;
 
 } // namespace
+
+ScanResource::ScanResource(ScanDocuments& documents)
+    : PacedStreams("scan", PointsOfStream)
+    , documents(documents) {}
 
 void ScanResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                             VorApi::VorDataTree& data) {
@@ -32,32 +29,12 @@ void ScanResource::Document(const VorApi::RequestInfoEx& request, VorApi::Respon
     response.Link("vor:sources", "/sensor/sources", false, VorApi::VorDataTree());
 }
 
-unsigned int ScanResource::StartStream(const VorApi::RequestInfoEx& request, VorApi::IStreamReceiver& receiver) {
-    const std::size_t points = PointsOfStream.Of(request);
-    const std::uint64_t rate = Rate.Of(request);
-    if (streams.size() >= MaxStreams) {
-        Vor::Throw(yERROR_BUSY,
-                   "There are %u streams of the scan with other rates or points already, which is the limit.",
-                   streams.size());
-    }
-    const unsigned int id = ++lastId;
-    Stream& stream = streams.emplace(id, Stream{receiver, points}).first->second;
-    stream.timer = std::make_unique<Vor::AsyncTimer>([this, &stream](Vor::AsyncTimer&) { Send(stream); });
-    stream.timer->Start(Second / rate, false);
-    return id;
+std::uint64_t ScanResource::Newest() {
+    return documents.Update();
 }
 
-void ScanResource::StopStream(unsigned int id) {
-    if (streams.erase(id) == 0) {
-        Vor::Throw(yERROR_NOT_FOUND, "The scan has no stream %u.", id);
-    }
-}
-
-void ScanResource::Send(Stream& stream) {
-    if (const std::uint64_t found = documents.Update(); found != stream.sent) {
-        stream.sent = found;
-        stream.receiver.Send(VorApi::VorDataTree::FromJson(documents.Last(stream.points)));
-    }
+nlohmann::json ScanResource::NewestDocument(std::size_t points) {
+    return documents.Last(points);
 }
 
 } // namespace Sensor::Resources

@@ -4,6 +4,7 @@
 #include "Sensor/Resources/EntryResource.h"
 #include "Sensor/Resources/EventsResource.h"
 #include "Sensor/Resources/HealthResource.h"
+#include "Sensor/Resources/IoResource.h"
 #include "Sensor/Resources/JobChangesResource.h"
 #include "Sensor/Resources/JobCommandResource.h"
 #include "Sensor/Resources/JobFileResource.h"
@@ -23,6 +24,7 @@
 #include "Sensor/Resources/SensorCommandResource.h"
 #include "Sensor/Resources/SensorResource.h"
 #include "Sensor/Resources/SourcesResource.h"
+#include "Sensor/VirtualSensor.h"
 #include "VorApi/Event.h"
 #include "VorApi/Notification.h"
 #include "VorApi/RoutedResource.h"
@@ -49,6 +51,7 @@ struct SensorDir::Impl {
         , sources(router, "/sensor/sources", environ.sensor)
         , scan(router, "/sensor/scan", scanDocuments)
         , scanHistory(router, "/sensor/scan/history", scanDocuments)
+        , io(router, "/sensor/io", environ.sensor.Devices())
         , operations(environ)
         , commands(router, "/sensor/commands/:command", operations)
         , lastOperations(router, "/sensor/operations/:operation", operations)
@@ -86,6 +89,7 @@ struct SensorDir::Impl {
     VorApi::RoutedResource<SourcesResource> sources;
     VorApi::RoutedResource<ScanResource> scan;
     VorApi::RoutedResource<ScanHistoryResource> scanHistory;
+    VorApi::RoutedResource<IoResource> io;
     OperationRunner operations;
     VorApi::RoutedResource<SensorCommandResource> commands;
     VorApi::RoutedResource<OperationsResource> lastOperations;

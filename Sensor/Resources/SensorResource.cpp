@@ -41,7 +41,8 @@ void SensorResource::Document(const VorApi::RequestInfoEx& request, VorApi::Resp
     for (const auto& [relation, path] :
          {std::pair("vor:operations", "/sensor/operations"), std::pair("vor:jobs", "/sensor/jobs"),
           std::pair("vor:sensorProblems", "/sensor/problems"), std::pair("vor:log", "/sensor/log"),
-          std::pair("vor:scan", "/sensor/scan"), std::pair("vor:sources", "/sensor/sources")}) {
+          std::pair("vor:scan", "/sensor/scan"), std::pair("vor:sources", "/sensor/sources"),
+          std::pair("vor:io", "/sensor/io")}) {
         response.Link(relation, path, false, VorApi::VorDataTree());
     }
 }

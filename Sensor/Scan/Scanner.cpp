@@ -125,6 +125,9 @@ void Scanner::PublishNext(Clock::time_point now) {
         maker.Make(recording.frames[index % recording.frames.size()], index, static_cast<std::uint64_t>(time));
     frameCount.store(index + 1, std::memory_order_relaxed);
     frameTotal.fetch_add(1, std::memory_order_relaxed);
+    if (settings.frameMade) {
+        settings.frameMade(index);
+    }
     hub.Publish(set.Get());
 }
 

@@ -32,6 +32,8 @@ public:
         /// empty.
         std::function<void()> ended = nullptr;
         TriggerMode trigger = TriggerMode::Time;
+        /// Called with the index of each frame before it is published, on the thread that publishes it. May be empty.
+        std::function<void(std::uint64_t index)> frameMade = nullptr;
     };
 
     /// `recording` and `hub` must outlive this. Throws a Vor::Exception when the recording has no frame or the rate

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sensor/Io/OutputDevices.h"
 #include "Sensor/Scan/ScannerActions.h"
 #include "Sensor/Scan/ScannerAlignment.h"
 #include "VorScan/IScanEngine.h"
@@ -9,7 +10,7 @@
 
 namespace Sensor::Scan {
 
-/// The scan engine of the virtual sensor. Its service registry is empty.
+/// The scan engine of the virtual sensor. It offers devices with digital outputs.
 class VirtualScanEngine : public VorScan::IScanEngine {
 public:
     static constexpr const char* Id = "virtual"; ///< also the name of its type
@@ -18,11 +19,16 @@ public:
 
     /// The engine with its one scanner, a VirtualScanner with one sensor. What `environ` refers to must outlive it.
     static std::unique_ptr<VorScan::Internal::ScanEngineInstance> Make(ScannerActions::Environ environ,
-                                                                       ScannerAlignment::Settings settings);
+                                                                       ScannerAlignment::Settings settings,
+                                                                       std::shared_ptr<Io::OutputDevices> devices);
+
+    explicit VirtualScanEngine(std::shared_ptr<Io::OutputDevices> devices);
 
     const ServiceRegistry& Services() const override { return services; }
 
 private:
+    /// As the interface under which they are found.
+    const std::shared_ptr<VorCommon::IProviderManager<VorCommon::IDigitalOutputProvider>> devices;
     const ServiceRegistry services;
 };
 

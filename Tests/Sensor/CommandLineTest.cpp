@@ -70,6 +70,8 @@ TEST(CommandLine, HasDefaultsForAll) {
     EXPECT_EQ(line.trigger, Scan::TriggerMode::Time);
     EXPECT_EQ(line.alignment.outcome, Scan::AlignOutcome::Succeed);
     EXPECT_EQ(line.alignment.time, std::chrono::milliseconds(200));
+    EXPECT_EQ(line.io.count, 1U);
+    EXPECT_EQ(line.io.latency, std::chrono::milliseconds(0));
     EXPECT_FALSE(line.verbose);
     EXPECT_TRUE(line.settings.empty());
     EXPECT_TRUE(line.http.on);
@@ -117,6 +119,23 @@ TEST(CommandLine, TakesHowTheSensorTriggersAndAligns) {
     EXPECT_EQ(Parse({"--align", "succeed"}).alignment.outcome, Scan::AlignOutcome::Succeed);
     EXPECT_EQ(Parse({"--align", "never"}).alignment.outcome, Scan::AlignOutcome::Never);
     EXPECT_EQ(Parse({"--align-time", "3600000"}).alignment.time, std::chrono::hours(1));
+}
+
+TEST(CommandLine, TakesDevicesAndTheirLatency) {
+    const CommandLine line = Parse({"--io-devices", "8", "--io-latency", "60000"});
+    EXPECT_EQ(line.io.count, 8U);
+    EXPECT_EQ(line.io.latency, std::chrono::minutes(1));
+    EXPECT_EQ(Parse({"--io-devices", "0"}).io.count, 0U);
+    for (const std::vector<const char*>& arguments : {std::vector<const char*>{"--io-devices", "9"},
+                                                      {"--io-devices", "-1"},
+                                                      {"--io-devices", "x"},
+                                                      {"--io-devices", ""},
+                                                      {"--io-latency", "-1"},
+                                                      {"--io-latency", "1.5"},
+                                                      {"--io-latency", "60001"}}) {
+        EXPECT_NE(Refusal(arguments).find(std::string(arguments[0]) + ":"), std::string::npos) << Refusal(arguments);
+    }
+    EXPECT_EQ(Refusal({"--io-devices", "2", "jobs", "list"}), "--io-devices: is for the sensor, not for its jobs.");
 }
 
 TEST(CommandLine, SetMayBeRepeated) {
@@ -215,7 +234,7 @@ TEST(CommandLine, HelpTellsEachOptionWithItsDefault) {
          {"--data",        "--plugins",   "--job",          "--recording",  "--frame-rate", "--once",
           "--no-scan",     "--trigger",   "--align",        "--align-time", "--set",        "--enable",
           "--modbus-port", "--http-port", "--http-address", "--http-host",  "--no-http",    "--log-file",
-          "--verbose",     "--version",   "--help"}) {
+          "--verbose",     "--version",   "--help",         "--io-devices", "--io-latency"}) {
         EXPECT_NE(help.find(option), std::string::npos) << option;
     }
     for (const char* text : {"$XDG_DATA_HOME/vorsensor", "default: 10", "demo-values", "generated part", "(default:"}) {

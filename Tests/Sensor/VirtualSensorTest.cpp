@@ -1,5 +1,6 @@
 #include "Sensor/VirtualSensor.h"
 
+#include "Sensor/Io/OutputDevices.h"
 #include "Sensor/Scan/PartGenerator.h"
 #include "Sensor/Scan/VirtualScanEngine.h"
 #include "Tests/Support/Failure.h"
@@ -12,6 +13,7 @@
 #include "VorScan/Internal/ScannerInstance.h"
 
 #include <algorithm>
+#include <memory>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -76,6 +78,30 @@ TEST_F(VirtualSensorTest, KnowsItsDataSourcesFromTheBeginning) {
 TEST_F(VirtualSensorTest, HasOneEngineWithOneScanner) {
     EXPECT_EQ(sensor.ScanEngines().List(), std::vector<std::string>{Scan::VirtualScanEngine::Id});
     EXPECT_NE(Scanner().CommandTarget(), nullptr);
+}
+
+TEST_F(VirtualSensorTest, ItsDevicesFollowTheEncoderOfTheScan) {
+    const auto device = sensor.Devices().Find("io-0");
+    device->Enable(true);
+    const auto params = std::dynamic_pointer_cast<Io::PortParams>(device->BeginUpdatePortParams(0));
+    params->schedule = "encoder";
+    device->EndUpdatePortParams(0);
+    for (int scan = 0; scan < 2; ++scan) {
+        sensor.Core().Start(true, false);
+        EXPECT_EQ(device->SetOutputState(0, true, 2000), yOK);
+        EXPECT_EQ(device->SetOutputState(0, false, 3000), yOK);
+        EXPECT_EQ(device->SetOutputState(0, true, 9000), yOK);
+        for (int frame = 0; frame < 4; ++frame) {
+            Scanner().ActionTarget()->ExecuteAction("trigger", nullptr);
+            EXPECT_EQ(device->State(0).ports.at(0).on, frame == 2) << frame;
+        }
+        sensor.Core().Stop(false, false);
+    }
+    const Io::OutputDevice::PortState port = device->State(9).ports.at(0);
+    ASSERT_EQ(port.edges.size(), 4U);
+    EXPECT_EQ(port.edges[2].frame, 2U);
+    EXPECT_EQ(port.edges[3].frame, 3U);
+    EXPECT_EQ(port.counts.lost, 2U);
 }
 
 TEST_F(VirtualSensorTest, TellsTheUserOfItsLeds) {

@@ -231,17 +231,36 @@ TEST_F(EventStreamsTest, APathOfATopicMayBeWrittenInOtherWays) {
 TEST_F(EventStreamsTest, AnUnknownTopicIsRefusedWithTheListOfTopics) {
     EXPECT_FAILURE(
         Open("/events", {"state", "weather"}), yERROR_FORMAT,
-        "There is no topic \"weather\". Topics are: notice, state, problems, log, scan, metrics:bare, "
+        "There is no topic \"weather\". Topics are: notice, state, problems, log, scan, io, metrics:bare, "
         "metrics:full, and notice:PATH for a resource and all below it. What \"scan\" sends is determined by "
-        "\";rate=\" and \";points=\" behind it.");
-    for (const char* topic :
-         {"", "notice:", "notice:x", "notice:/nothing", "notice:/controls/%", "notice:/controls/%00", "metrics",
-          "metrics:", "metrics:nobody", "metrics:/controls/full", "State", "notice ", "scanner", "scan;", "scan;rate",
-          "scan;rate=1;", "scan;rate=1;rate=2", "scan;points=1;x=2", "scan rate=1"}) {
+        "\";rate=\" and \";points=\" behind it, what \"io\" sends by \";rate=\" and \";edges=\".");
+    for (const char* topic : {"",
+                              "notice:",
+                              "notice:x",
+                              "notice:/nothing",
+                              "notice:/controls/%",
+                              "notice:/controls/%00",
+                              "metrics",
+                              "metrics:",
+                              "metrics:nobody",
+                              "metrics:/controls/full",
+                              "State",
+                              "notice ",
+                              "scanner",
+                              "scan;",
+                              "scan;rate",
+                              "scan;rate=1;",
+                              "scan;rate=1;rate=2",
+                              "scan;points=1;x=2",
+                              "scan rate=1",
+                              "scan;edges=1",
+                              "io;points=1",
+                              "io;",
+                              "ioedges=1"}) {
         EXPECT_EQ(StatusOf([&] { Open("/events", {topic}); }), yERROR_FORMAT) << topic;
     }
     EXPECT_EQ(Streams().Topics(),
-              (Texts{"notice", "state", "problems", "log", "scan", "metrics:bare", "metrics:full"}));
+              (Texts{"notice", "state", "problems", "log", "scan", "io", "metrics:bare", "metrics:full"}));
 }
 
 TEST_F(EventStreamsTest, ProblemsHaveIdsAndAreKept) {
@@ -313,6 +332,20 @@ TEST_F(EventStreamsTest, EachWayToAskForTheScanIsAStreamOfTheResource) {
     streams.reset();
     EXPECT_TRUE(scan.receivers.empty());
     router.Deregister("/sensor/scan", true);
+}
+
+TEST_F(EventStreamsTest, OutputsAreAStreamAsTheScanIs) {
+    EchoResource io;
+    router.Register("/sensor/io", io);
+    Listener few = OpenEvents({"io;edges=2;rate=1"}).first;
+    Listener plain = Open("/sensor/io");
+    io.Send();
+    io.Send();
+    EXPECT_EQ(few.Read(), (std::vector<Event>{{"io", "", R"("edges2rate1")"}})) << "only the newest one waits";
+    EXPECT_EQ(plain.Read(), (std::vector<Event>{{"", "", R"("")"}}));
+    streams.reset();
+    EXPECT_TRUE(io.receivers.empty());
+    router.Deregister("/sensor/io", true);
 }
 
 TEST_F(EventStreamsTest, FiguresComeInTheirOwnEventAndWithoutOthersInAMessage) {

@@ -5,6 +5,8 @@
 #include "Tests/Sensor/Resources/SensorFixture.h"
 #include "Tests/Support/BuildFolders.h"
 #include "Tests/Support/DocumentTables.h"
+#include "Tests/Support/MarkdownTable.h"
+#include "Vor/JsonSerializer.h"
 #include "VorApi/Path.h"
 #include "VorApi/RoutedResource.h"
 #include "VorApi/VorDataTree.h"
@@ -176,6 +178,22 @@ TEST_F(ResourcesPage, ListsTheMembersOfTheScan) {
     const json history = Document("/sensor/scan/history");
     EXPECT_EQ(Documented("Member of the history of the scan", "Type"), Members(history));
     EXPECT_EQ(Documented("Member of a column", "Type"), Members(FirstOf(history, "columns")));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfTheDigitalOutputs) {
+    const auto device = sensor.Devices().Find("io-0");
+    device->Enable(true);
+    device->SetOutputState(0, true, 0);
+    const json io = Document("/sensor/io");
+    EXPECT_EQ(Documented("Member of the digital outputs", "Type"), Members(io));
+    const json shown = FirstOf(io, "devices");
+    EXPECT_EQ(Documented("Member of a device of the sensor", "Type"), Members(shown));
+    const json port = FirstOf(shown, "ports");
+    EXPECT_EQ(Documented("Member of a port of a device", "Type"), Members(port));
+    EXPECT_EQ(Documented("Member of an edge", "Type"), Members(FirstOf(port, "edges")));
+    json params = Vor::Properties::JsonSerializer::Serialize(*device->PortParams(0));
+    params["_schema"] = Vor::Properties::JsonSerializer::SerializeSchema(*device->PortParams(0));
+    EXPECT_EQ(Documented("Parameter of a port", "Type"), Members(params));
 }
 
 TEST_F(ResourcesPage, ListsTheCommandsOfTheSensor) {

@@ -77,19 +77,21 @@ TEST_F(SensorDirTest, HealthIsAnAnswer) {
 }
 
 TEST_F(SensorDirTest, WhatIsALongDocumentIsntMadeForALinkToIt) {
-    for (const char* path : {"/sensor/log", "/sensor/scan", "/sensor/scan/history"}) {
+    for (const char* path : {"/sensor/log", "/sensor/scan", "/sensor/scan/history", "/sensor/io"}) {
         const auto match = host.Router().Find(path);
         ASSERT_TRUE(match.has_value()) << path;
         auto* const document = dynamic_cast<VorApi::DocumentResourceBase*>(&match->resource);
         ASSERT_NE(document, nullptr) << path;
         // With this query its making would fail.
-        EXPECT_TRUE(document->HasDocument(VorApi::RequestInfoEx({}, false, {{"n", "x"}, {"points", "x"}}))) << path;
+        EXPECT_TRUE(
+            document->HasDocument(VorApi::RequestInfoEx({}, false, {{"n", "x"}, {"points", "x"}, {"edges", "x"}})))
+            << path;
     }
 }
 
 TEST_F(SensorDirTest, EachDocumentHasASchemaOfItsMembers) {
     for (const char* path : {"/", "/healthz", "/sensor", "/events", "/sensor/problems", "/sensor/log",
-                             "/sensor/sources", "/sensor/scan", "/sensor/scan/history"}) {
+                             "/sensor/sources", "/sensor/scan", "/sensor/scan/history", "/sensor/io"}) {
         const VorApi::VorDataTree document = Read(path, true);
         std::vector<std::string> members = Read(path).Names();
         std::vector<std::string> described = document["_schema"]["properties"].Names();
@@ -133,7 +135,7 @@ TEST_F(SensorDirTest, TheSensorShowsItsState) {
               (std::vector<std::string>{"vor:service[] /controls/a", "vor:service[] /controls/b",
                                         "vor:operations /sensor/operations", "vor:jobs /sensor/jobs",
                                         "vor:sensorProblems /sensor/problems", "vor:log /sensor/log",
-                                        "vor:scan /sensor/scan", "vor:sources /sensor/sources"}));
+                                        "vor:scan /sensor/scan", "vor:sources /sensor/sources", "vor:io /sensor/io"}));
 }
 
 TEST_F(SensorDirTest, ProblemsSayWhoseTheyAre) {
@@ -412,7 +414,7 @@ TEST_F(SensorDirTest, TheSensorShowsWhatHasHappened) {
 
 TEST_F(SensorDirTest, EventsListTheTopics) {
     EXPECT_EQ(Read("/events").ToJson(),
-              (Json{{"topics", {"notice", "state", "problems", "log", "scan", "metrics:a", "metrics:b"}}}));
+              (Json{{"topics", {"notice", "state", "problems", "log", "scan", "io", "metrics:a", "metrics:b"}}}));
     EXPECT_EQ(Read("/events/").ToJson(), Read("/events").ToJson());
     EXPECT_EQ(StatusOf([&] { Read("/events/0123"); }), yERROR_NOT_FOUND);
     EXPECT_EQ(UpdateStatus("/events", {{"add", {"state"}}}), yERROR_READ_ONLY);
