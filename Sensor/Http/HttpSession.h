@@ -26,9 +26,9 @@ struct HttpSessionSettings {
     /// each `bodyRate` bytes. The time for which it isn't read doesn't count.
     std::chrono::milliseconds pieceTimeOut{10000};
     std::size_t bodyRate = std::size_t{256} * 1024;
-    std::chrono::milliseconds idleTimeOut{60000};   ///< between requests, and for a client that doesn't read its answer
-    std::chrono::milliseconds lingerTimeOut{2000};  ///< for the client to close its side after the last answer
-    RequestCounts* counts = nullptr;                ///< counts the answers, unless it is null; outlives the session
+    std::chrono::milliseconds idleTimeOut{60000};  ///< between requests, and for a client that doesn't read its answer
+    std::chrono::milliseconds lingerTimeOut{2000}; ///< for the client to close its side after the last answer
+    RequestCounts* counts = nullptr;               ///< counts the answers, unless it is null; outlives the session
 };
 
 /// The server's side of one connection of HTTP/1.1 or HTTP/1.0 (RFC 9112).

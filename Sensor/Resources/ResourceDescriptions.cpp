@@ -1,6 +1,7 @@
 #include "Sensor/Resources/ResourceDescriptions.h"
 
 #include "Sensor/Http/ExplanationsResource.h"
+#include "Sensor/Io/OutputPort.h"
 #include "Sensor/Jobs/JobFormat.h"
 #include "Sensor/LogHistory.h"
 #include "Sensor/Resources/EventsResource.h"
@@ -142,12 +143,14 @@ const std::vector<ResourceDescriptions::Row>& ResourceDescriptions::Rows() {
         {"/", "entry", "the entry, with links to all others", "", &Self::AddDocument},
         {"/healthz", "entry", "whether the sensor works", "", &Self::AddDocument},
         {"/openapi.json", "entry", "this description", "", nullptr},
+        {"/metrics", "entry", "all figures, for Prometheus", "", nullptr},
         {"/sensor", "sensor", "the sensor as a whole", "", &Self::AddDocument},
         {"/sensor/problems", "sensor", "what is wrong at present", "", &Self::AddProblems},
         {"/sensor/log", "sensor", "the user's log", "", &Self::AddLog},
         {"/sensor/sources", "scan", "the data sources of the scan", "", &Self::AddDocument},
         {"/sensor/scan", "scan", "the last frame", "", &Self::AddScan},
         {"/sensor/scan/history", "scan", "the values of the latest frames", "", &Self::AddScanHistory},
+        {"/sensor/io", "scan", "the digital outputs", "", &Self::AddIo},
         {"/sensor/commands/:command", "sensor", "a command of the sensor", "the commands of the sensor",
          &Self::AddSensorCommands},
         {"/sensor/operations/:operation", "sensor", "an operation that a command has started", "the last operations",
@@ -176,6 +179,19 @@ const std::vector<ResourceDescriptions::Row>& ResourceDescriptions::Rows() {
         {"/controls/:protocol/registerAssemblies/:registerAssembly/commands/:command", "maps",
          "a command that edits a register assembly", "the commands that edit a register assembly",
          &Self::AddAssemblyCommands},
+        {"/controls/:protocol/availableDevices", "devices", "the devices that a service could use", "", nullptr},
+        {"/controls/:protocol/devices/:device", "devices", "a device of a service", "the devices of a service",
+         nullptr},
+        {"/controls/:protocol/devices/:device/ports/:port", "devices", "a port of a device", "the ports of a device",
+         nullptr},
+        {"/controls/:protocol/devices/:device/ports/:port/commands/:command", "devices", "a command of a port",
+         "the commands of a port", nullptr},
+        {"/controls/:protocol/devices/:device/ports/:port/metrics", "devices", "the figures of a port", "", nullptr},
+        {"/controls/:protocol/devices/:device/ports/:port/registerAssemblies/:registerAssembly", "devices",
+         "a register assembly of a port", "the register assemblies of a port", nullptr},
+        {"/controls/:protocol/devices/:device/ports/:port/registerAssemblies/:registerAssembly/commands/:command",
+         "devices", "a command that edits a register assembly of a port",
+         "the commands that edit a register assembly of a port", nullptr},
     };
     return Table;
 }
@@ -190,6 +206,7 @@ const std::map<std::string, std::string>& ResourceDescriptions::Tags() {
         {"explanations", "What refusals and relations mean."},
         {"services", "The services: their state, their parameters and their figures."},
         {"maps", "What clients of the services read where."},
+        {"devices", "What a service drives: devices with digital outputs, and their ports."},
     };
     return Texts;
 }
@@ -270,6 +287,12 @@ void ResourceDescriptions::AddScanHistory(const std::string&, Description& descr
         {"n", "At most so many frames.", NumberSchema(1, Scan::ScanHistory::Capacity)},
         {"source", "A measurement; perhaps several times.", ListSchema(TextSchema())},
     };
+}
+
+void ResourceDescriptions::AddIo(const std::string& route, Description& description) {
+    AddDocument(route, description);
+    description.query = {
+        {"edges", "At most so many of the latest edges of each port.", NumberSchema(0, Io::OutputPort::MaxEdges)}};
 }
 
 void ResourceDescriptions::AddOperation(const std::string&, Description& description) {

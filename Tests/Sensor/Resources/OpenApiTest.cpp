@@ -118,6 +118,8 @@ TEST_F(OpenApiTest, EachPathHasTheMethodsOfItsResource) {
     EXPECT_EQ(Names(paths["/sensor/commands/{command}"]), (NameSet{"parameters", "get", "post"}));
     EXPECT_EQ(Names(paths["/sensor/jobs/{job}"]), (NameSet{"parameters", "get", "delete"}));
     EXPECT_EQ(Names(paths["/sensor/jobs"]), (NameSet{"get"}));
+    EXPECT_EQ(Names(paths["/sensor/jobs/{job}/file"]), (NameSet{"parameters", "get", "put"}));
+    EXPECT_EQ(Names(paths["/sensor/jobs/{job}/file"]["put"]["responses"]), (NameSet{"200", "201", "4XX", "5XX"}));
     const std::string command = "/controls/{protocol}/registerAssemblies/{registerAssembly}/commands/{command}";
     EXPECT_EQ(NamesIn(paths[command]["parameters"]), (NameSet{"protocol", "registerAssembly", "command"}));
     for (const Json& parameter : paths[command]["parameters"]) {
