@@ -75,7 +75,8 @@ std::string ResourceMap::Canonical(std::string_view path) {
         canonical += '/';
         canonical += Path::Encode(Path::Decode(step));
     }
-    return canonical.empty() ? "/" : canonical;
+    const bool endsWithEmptyStep = canonical.ends_with('/');
+    return canonical.empty() || endsWithEmptyStep ? canonical + '/' : canonical;
 }
 
 std::optional<ResourceMap::Place> ResourceMap::Find(const std::string& path) const {

@@ -39,8 +39,8 @@ public:
     explicit ResourceMap(const VorApi::ResourceRouter& router)
         : router(router) {}
 
-    /// With each step percent-coded as Path::Encode does, and no slash at the end. Throws `yERROR_FORMAT`. From any
-    /// thread.
+    /// With each step percent-coded as Path::Encode does, and without a slash at the end that changes nothing: "/a/" is
+    /// "/a", but "/a//" has an empty step. Throws `yERROR_FORMAT`. From any thread.
     static std::string Canonical(std::string_view path);
 
     /// What the method does there; nothing when it does nothing.

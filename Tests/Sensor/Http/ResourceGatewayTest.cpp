@@ -240,6 +240,9 @@ TEST_F(ResourceGatewayTest, PathsAreCodedBothWaysAndMayEndWithASlash) {
     for (const char* const same : {"/notes/a%2Fb%20c%C3%A4/", "/notes/%61%2fb%20c%c3%a4", "/%6eotes/a%2Fb%20c%C3%A4"}) {
         EXPECT_EQ(GetDocument(same)["_links"]["self"]["href"], path);
     }
+    for (const char* const other : {"//", "/notes//", "//notes"}) {
+        EXPECT_EQ(Get(other).status, 404U) << other;
+    }
 }
 
 TEST_F(ResourceGatewayTest, AMalformedTargetIsABadRequest) {
