@@ -9,6 +9,7 @@
 #include "Tests/Support/MarkdownTable.h"
 #include "Tests/Support/MetricsService.h"
 #include "Tests/Support/ServiceProperties.h"
+#include "Tests/Support/Signal.h"
 #include "Tests/Support/TcpClient.h"
 #include "Tests/Support/Threads.h"
 #include "Vor/ByteVector.h"
@@ -35,6 +36,32 @@ namespace Sensor::Resources {
 namespace {
 
 using namespace std::chrono_literals;
+
+/// Holds the lock of an assembly on a thread of its own, as who edits it does.
+class HeldAssembly {
+public:
+    using Assembly = VorControl::ControlProtocol::IProtocolRegisterAssembly;
+
+    explicit HeldAssembly(const std::shared_ptr<Assembly>& assembly)
+        : thread([this, assembly] {
+            const VorControl::ControlProtocol::AssemblyLock lock(*assembly);
+            held.Set();
+            release.Wait();
+        }) {
+        EXPECT_TRUE(held.Wait());
+    }
+    ~HeldAssembly() {
+        release.Set();
+        thread.join();
+    }
+    HeldAssembly(const HeldAssembly&) = delete;
+    HeldAssembly& operator=(const HeldAssembly&) = delete;
+
+private:
+    Tests::Signal held;
+    Tests::Signal release;
+    std::thread thread;
+};
 
 class MetricsTest : public SensorFixture {
 protected:
@@ -115,9 +142,10 @@ TEST_F(MetricsTest, HaveEachFigureOfEachService) {
 TEST_F(MetricsTest, ADelayOfAServiceMovesItsLatency) {
     StartModbusWithABlock();
     constexpr std::uint64_t Delay = 5'000'000;
+    MakeFrames(0); // the scan starts without a held lock
     const auto assembly = host.Services().GetInstance("modbus").RegisterAssembly("registerAssembly-0");
     {
-        const VorControl::ControlProtocol::AssemblyLock lock(*assembly);
+        const HeldAssembly held(assembly);
         MakeFrames(3);
         EXPECT_EQ(ValueOf("modbus", "queue_length"), 3);
         EXPECT_EQ(ValueOf("modbus", "results_received_total"), 0);
