@@ -118,23 +118,23 @@ protected:
             begun.receiver->Take(bytes.substr(at, Piece));
         }
     }
-    HttpResponse AnswerOf(Begun begun) {
+    HttpResponse AnswerOf(Begun& begun) {
         begun.receiver.reset();
         WaitFor([&] { return begun.client->IsReleased(); });
         return begun.client->IsAnswered() ? begun.client->Answer() : HttpResponse{.status = 0};
     }
-    HttpResponse End(Begun begun) {
+    HttpResponse End(Begun& begun) {
         WaitFor([&] { return begun.receiver->HasRoom(); });
         begun.receiver->End();
-        return AnswerOf(std::move(begun));
+        return AnswerOf(begun);
     }
     HttpResponse Put(const std::string& job, const std::string& bytes, HttpFields fields = {}) {
         Begun begun = Begin(job, std::move(fields));
         if (begun.client->IsAnswered()) {
-            return AnswerOf(std::move(begun));
+            return AnswerOf(begun);
         }
         Send(begun, bytes);
-        return End(std::move(begun));
+        return End(begun);
     }
     static Json Parse(const HttpResponse& response) {
         return response.body ? Json::parse(*response.body) : Json::object();
@@ -229,7 +229,7 @@ TEST_F(JobUploadsTest, SomeJobsCantBeReplaced) {
 
 TEST_F(JobUploadsTest, AJobThatIsLoadedOrMadeMeanwhileIsKept) {
     Make("second", ConfigB);
-    const Begun replacing = Begin("second");
+    Begun replacing = Begin("second");
     Send(replacing, ArchiveWith(ConfigA));
     EXPECT_EQ(StatusIn(Invoke("/sensor/jobs/second/commands/load")), yOK);
     const HttpResponse refused = End(replacing);
@@ -237,7 +237,7 @@ TEST_F(JobUploadsTest, AJobThatIsLoadedOrMadeMeanwhileIsKept) {
     EXPECT_EQ(DetailOf(refused), "The job 'second' can't be replaced while it is loaded.");
     EXPECT_EQ(ConfigIn("second"), ConfigB);
 
-    const Begun making = Begin("third", {{"If-None-Match", "*"}});
+    Begun making = Begin("third", {{"If-None-Match", "*"}});
     Send(making, ArchiveWith(ConfigA));
     Make("third", ConfigB);
     const HttpResponse late = End(making);
@@ -296,14 +296,14 @@ TEST_F(JobUploadsTest, ADiskThatFailsIsReportedBeforeTheEnd) {
     EXPECT_EQ(begun.client->Answer().status, 507U);
     begun.receiver->Take("more"); // which was on its way
     begun.receiver->End();
-    AnswerOf(std::move(begun));
+    AnswerOf(begun);
     EXPECT_EQ(TemporaryFiles(), 0U);
     EXPECT_FALSE(ArchiveFile(FileOf("second")).Exists());
 }
 
 TEST_F(JobUploadsTest, OfTwoUploadsOfOneJobTheLastWins) {
-    const Begun first = Begin("second");
-    const Begun other = Begin("second");
+    Begun first = Begin("second");
+    Begun other = Begin("second");
     const std::string a = ArchiveWith(ConfigA);
     const std::string b = ArchiveWith(ConfigB);
     for (std::size_t at = 0; at < a.size() || at < b.size(); at += 1000) {
@@ -331,12 +331,12 @@ TEST_F(JobUploadsTest, AFewAtATimeAreReceived) {
     EXPECT_EQ(refused.fields.Find("Retry-After"), "1");
     EXPECT_EQ(DetailOf(refused), "4 archives of jobs are being received, which is the most that may.");
     Send(all.back(), ArchiveWith(ConfigA));
-    EXPECT_EQ(End(std::exchange(all.back(), {})).status, 201U);
+    EXPECT_EQ(End(all.back()).status, 201U);
     EXPECT_EQ(Put("more", ArchiveWith(ConfigA)).status, 201U) << "as soon as one is answered";
 }
 
 TEST_F(JobUploadsTest, TheClientIsReadFromAsFastAsTheDiskWrites) {
-    const Begun begun = Begin("second");
+    Begun begun = Begin("second");
     const int wakes = *begun.wakes;
     begun.receiver->Take(std::string(JobUploads::MaxWaiting, 'x'));
     WaitFor([&] { return *begun.wakes > wakes; });
