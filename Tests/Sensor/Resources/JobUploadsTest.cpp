@@ -193,11 +193,11 @@ TEST_F(JobUploadsTest, ADamagedArchiveIsRefusedWithThePlace) {
              {"no archive", {" The archive can't be read: file is not a database."}},
              {whole.substr(0, whole.size() - 1), {" The archive can't be read: it is cut short."}},
              {ArchiveWith("{"),
-              {"/controls~1a~1config.json Entry 'controls/a/config.json' is no JSON: line 1, column 2"}},
+              {"/controls~1a~1config.json Entry 'controls/a/config.json' is no JSON: Line 1, column "}},
              {ArchiveOf({{"controls/a/config.json", "{}"}, {"controls/b/config.json", "[]"}, {"x.json", "1 2"}}),
               {"/controls~1a~1config.json The archive isn't a job: entry 'controls/a/config.json' holds no settings",
                "/controls~1b~1config.json The archive isn't a job: entry 'controls/b/config.json' holds no settings",
-               "/x.json Entry 'x.json' is no JSON: line 1, column 3"}},
+               "/x.json Entry 'x.json' is no JSON: Line 1, column "}},
          }) {
         const HttpResponse refused = Put("second", bytes);
         EXPECT_EQ(refused.status, 422U);
