@@ -10,7 +10,7 @@ namespace Sensor::Remote {
 
 using nlohmann::json;
 
-// NOLINTNEXTLINE(misc-no-recursion): documents are parsed with a limit of their depth
+// Recursive: documents are parsed with a limit of their depth.
 json WithoutLinks(const json& document) {
     if (document.is_object()) {
         json result = json::object();

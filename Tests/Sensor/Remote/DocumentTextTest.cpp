@@ -24,7 +24,7 @@ TEST(DocumentText, IsJsonOfWholeLines) {
 }
 
 TEST(DocumentText, EscapesWhatCouldChangeTheTerminalAndStaysTheSameJson) {
-    const json document = {{"\u202e", "a\u009b\x7f\x1b\n\u00f6"}, {"plain", "\u00f6"}};
+    const json document = {{"\u202e", "a\xC2\x9B\x7F\x1B\n\u00f6"}, {"plain", "\u00f6"}};
     for (const int indent : {-1, 4}) {
         const std::string text = PrintableJson(document, indent);
         EXPECT_EQ(json::parse(text), document);

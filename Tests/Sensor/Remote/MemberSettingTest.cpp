@@ -82,7 +82,7 @@ TEST(MemberSetting, HasTheTypeOfItsMember) {
     EXPECT_EQ(Value("parameters.delimiter="), json(""));
     EXPECT_EQ(Value("parameters.delimiter=\"\\r\\n\""), json("\r\n"));
     EXPECT_EQ(Value("parameters.delimiter=\""), json("\""));
-    EXPECT_EQ(Value("parameters.networks=[\"a\", \"b\"]"), json({"a", "b"}));
+    EXPECT_EQ(Value("parameters.networks=[\"a\", \"b\"]"), json::array({"a", "b"}));
     EXPECT_EQ(Value("parameters={\"port\":1}"), json({{"port", 1}}));
     EXPECT_EQ(Value("parameters.any=1.5"), json(1.5));
     EXPECT_EQ(Value("parameters.any=text"), json("text"));
