@@ -129,7 +129,6 @@ TEST(CommandLine, TakesDevicesAndTheirLatency) {
     for (const std::vector<const char*>& arguments : {std::vector<const char*>{"--io-devices", "9"},
                                                       {"--io-devices", "-1"},
                                                       {"--io-devices", "x"},
-                                                      {"--io-devices", ""},
                                                       {"--io-latency", "-1"},
                                                       {"--io-latency", "1.5"},
                                                       {"--io-latency", "60001"}}) {
