@@ -29,7 +29,8 @@ nlohmann::json MetricsOf(Service& service) {
 template <class Service>
 nlohmann::json CountsOf(Service& service) {
     nlohmann::json counts = nlohmann::json::object();
-    for (const auto& [name, value] : MetricsOf(service).items()) {
+    const nlohmann::json metrics = MetricsOf(service);
+    for (const auto& [name, value] : metrics.items()) {
         if (!name.starts_with("latency")) {
             counts[name] = value;
         }

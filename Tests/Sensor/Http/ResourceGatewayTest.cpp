@@ -127,7 +127,7 @@ TEST_F(ResourceGatewayTest, ADocumentOfBytesIsSentAsItIs) {
 }
 
 TEST_F(ResourceGatewayTest, BytesMayHaveATypeOfTheirOwn) {
-    Picture picture;
+    Tests::Picture picture;
     picture.onDocument = [](const VorApi::RequestInfoEx&, VorApi::ResponseInfoEx&, VorApi::VorDataTree& data) {
         data.Set(Vor::Properties::ByteVector("PNG", 3));
     };
