@@ -60,4 +60,14 @@ ValueUnit UnitOf(const std::string& dataSource) {
     return known != nullptr ? known->unit : ValueUnit{"", 3};
 }
 
+std::string ToolOf(const std::string& dataSource) {
+    const Known* const known = Find(dataSource);
+    if (known != nullptr && known->type != PipeDataType::Measurement) {
+        return "";
+    }
+    std::string tool = dataSource;
+    tool.at(tool.find('/')) = '-'; // easier to type, and in paths
+    return tool;
+}
+
 } // namespace Sensor

@@ -23,4 +23,8 @@ struct ValueUnit {
 /// Of a data source of any recording.
 ValueUnit UnitOf(const std::string& dataSource);
 
+/// The id of the tool whose decision the value of a data source has, such as "profile-max"; empty for a text and a
+/// stamp, which have none.
+std::string ToolOf(const std::string& dataSource);
+
 } // namespace Sensor

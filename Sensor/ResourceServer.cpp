@@ -21,7 +21,7 @@ ResourceServer::ResourceServer(const CommandLine::Http& settings, ServiceHost& h
                                const LogHistory& log, std::function<void(const std::string& line)> print)
     : settings(settings)
     , print(std::move(print))
-    , revisions(RandomText(BootBytes), host.Services())
+    , revisions(RandomText(BootBytes), host.Services(), &host.Tools())
     , streams({.boot = revisions.Boot(),
                .router = host.Router(),
                .requests = host.Requests(),
@@ -46,7 +46,8 @@ Resources::SensorEnviron ResourceServer::Environ(ServiceHost& host, VirtualSenso
             .log = log,
             .module = host.Module(),
             .requests = requestCounts,
-            .jobLoadedEvent = host.JobLoadedEvent()};
+            .jobLoadedEvent = host.JobLoadedEvent(),
+            .tools = host.Tools()};
 }
 
 void ResourceServer::Start() {

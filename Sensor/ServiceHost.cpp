@@ -22,7 +22,10 @@ ServiceHost::Assembly::~Assembly() {
 
 ServiceHost::ServiceHost(Settings settings, VirtualSensor& sensor)
     : sensor(sensor)
-    , persistence(PersistEnviron(std::move(settings))) {}
+    , persistence(PersistEnviron(std::move(settings)))
+    , tools(
+          sensor.Input(), [&sensor](std::vector<Scan::Limits> limits) { sensor.SetLimits(std::move(limits)); },
+          persistence) {}
 
 ServiceHost::~ServiceHost() {
     StopServices();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sensor/SensorTools.h"
 #include "VorApi/Event.h"
 #include "VorApi/ResourceRouter.h"
 #include "VorCommon/PersistManager.h"
@@ -55,6 +56,8 @@ public:
     VorControl::ControlModule& Module() { return *module; }
     VorCommon::PersistManager& Persistence() { return persistence; }
     VorCommon::ProblemsManager& Problems() { return problems; }
+    /// The tools of the sensor, whose limits are loaded and saved with the job.
+    SensorTools& Tools() { return tools; }
     /// Raised on the main loop with the file name of a job that is the loaded one from then on, whoever has loaded it;
     /// not by LoadDomains.
     Vor::Event<const std::string&>& JobLoadedEvent() { return jobLoadedEvent; }
@@ -93,6 +96,7 @@ private:
     VorPlugin::PluginManager plugins;
     Vor::Event<const std::string&> jobLoadedEvent;
     VorCommon::PersistManager persistence;
+    SensorTools tools;
     VorApi::ResourceRouter router;
     VorRest::RequestProcessor requests{router};
     std::unique_ptr<VorControl::ControlModule> module;

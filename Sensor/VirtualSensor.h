@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sensor/Io/OutputDevices.h"
+#include "Sensor/Scan/Limits.h"
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/Scan/Scanner.h"
 #include "Sensor/Scan/ScannerActions.h"
@@ -18,6 +19,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Sensor {
@@ -63,6 +65,9 @@ public:
     double FrameRate() const { return settings.scan.frameRate; }
     VorScan::AlignState Alignment();
     Scan::TriggerMode TriggerMode() const { return settings.scan.trigger; }
+    /// The limits of all data sources' decisions, from the next frame on; see ResultSetMaker::SetLimits. From any
+    /// thread.
+    void SetLimits(std::vector<Scan::Limits> limits) { scanner.SetLimits(std::move(limits)); }
 
     Vor::Event<>& PreStartScanEvent() { return preStartScan; }
     Vor::Event<>& PostStopScanEvent() { return postStopScan; }

@@ -69,6 +69,8 @@ constexpr RelationText RelationExplanations[] = {
     {"sensorProblems", "What is wrong with the sensor and its services at present."},
     {"service", "A service."},
     {"sources", "The data sources of the scan, with their units."},
+    {"tool", "A tool of the sensor: a measurement with the limits by which its values are decided."},
+    {"tools", "The list of the tools."},
     {"command", "A command. GET returns its parameters, POST invokes it with values for them."},
     {"commands", "The list of the commands."},
     {"datasources", "The output map of a service: which data sources of the scan have which ids or names there."},

@@ -55,9 +55,12 @@ void AddMap(CLI::App& app, JobCommand& command) {
 }
 
 void DefineSettings(CLI::App& jobs, JobCommand& command) {
-    CLI::App& set = Add(jobs, "set", "Change parameters of services in a job's file", command, JobCommand::Action::Set);
+    CLI::App& set = Add(jobs, "set", "Change parameters of services and limits of tools in a job's file", command,
+                        JobCommand::Action::Set);
     AddName(set, command);
-    set.add_option("SETTING", command.settings, "SERVICE.PARAMETER=VALUE, such as modbus.port=502; one or more")
+    set.add_option("SETTING", command.settings,
+                   "SERVICE.PARAMETER=VALUE, such as modbus.port=502, or tool.TOOL.LIMIT=VALUE, such as "
+                   "tool.profile-max.high=9.9; one or more")
         ->required()
         ->type_name("");
     CLI::App& enable = Add(jobs, "enable", "Let a job start a service", command, JobCommand::Action::Enable);

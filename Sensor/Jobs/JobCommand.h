@@ -32,7 +32,7 @@ struct JobCommand {
     /// The command of an edit, and its parameters in JSON.
     std::string edit = {};
     std::string document = "{}";
-    /// What is set: "SERVICE.PARAMETER=VALUE".
+    /// What is set: "SERVICE.PARAMETER=VALUE" or "tool.TOOL.LIMIT=VALUE".
     std::vector<std::string> settings = {};
 
     /// Adds "jobs" with its own commands to the command line. Parsing one of them sets `command`, which must outlive

@@ -1,6 +1,7 @@
 #include "Sensor/Jobs/JobContent.h"
 
 #include "Sensor/Jobs/JobFormat.h"
+#include "Sensor/Jobs/ToolsEntry.h"
 #include "VorCommon/ArchiveStore.h"
 #include "VorControl/Persistence/PersistFields.h"
 
@@ -60,6 +61,9 @@ JobContent JobContent::Read(const std::string& path) {
             content.services.push_back(Described(serviceId, JobFormat::Read(store, JobFormat::PathOf(serviceId))));
         }
     }
+    if (store.Exists(ToolsEntry::Path)) {
+        content.tools = MemberOf(JobFormat::Read(store, ToolsEntry::Path), ToolsEntry::ToolsKey);
+    }
     return content;
 }
 
@@ -74,8 +78,8 @@ nlohmann::json JobContent::ToJson() const {
                                   {"parameters", service.parameters},
                                   {"blocks", service.blocks}};
     }
-    return {{"name", name},         {"file", path},         {"size", size},
-            {"modified", modified}, {"entries", entryList}, {"services", serviceMap}};
+    return {{"name", name},         {"file", path},           {"size", size},  {"modified", modified},
+            {"entries", entryList}, {"services", serviceMap}, {"tools", tools}};
 }
 
 std::string ModificationTime(const std::string& path) {

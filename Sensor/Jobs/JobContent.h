@@ -29,6 +29,7 @@ struct JobContent {
     std::string modified; ///< see ModificationTime
     std::vector<Entry> entries;
     std::vector<Service> services;
+    nlohmann::json tools; ///< the limits of each tool that has some; null: none are stored
 
     /// Reads a job's file as a sensor does. Throws a Vor::Exception that names file, entry and reason.
     static JobContent Read(const std::string& path);

@@ -1,5 +1,6 @@
 #include "Sensor/Jobs/JobFormat.h"
 
+#include "Sensor/Jobs/ToolsEntry.h"
 #include "Vor/Exception.h"
 #include "Vor/JsonText.h"
 #include "VorControl/Persistence/PersistFields.h"
@@ -72,6 +73,11 @@ VorCommon::ArchiveStore Open(const std::string& filePath) {
             Vor::Throw(yERROR_FORMAT, "Archive '%s': entry '%s' holds no settings of version %s.", filePath, name,
                        Version);
         }
+    }
+    try {
+        ToolsEntry::Read(store);
+    } catch (const Vor::Exception& e) {
+        Vor::Throw(e.Status(), "Archive '%s': %s", filePath, e.what());
     }
     return store;
 }

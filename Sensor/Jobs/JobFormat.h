@@ -7,7 +7,8 @@
 #include <nlohmann/json.hpp>
 
 /// The format of a job: an archive with an entry "controls/SERVICE/config.json" for each service. The entry is a JSON
-/// document with a version and the section of the service's settings, whose keys are those of PersistFields.h.
+/// document with a version and the section of the service's settings, whose keys are those of PersistFields.h. The
+/// limits of the tools are in another entry, see ToolsEntry.
 namespace Sensor::Jobs::JobFormat {
 
 inline constexpr const char* Extension = ".vrjob";

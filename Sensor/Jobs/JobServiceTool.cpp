@@ -5,6 +5,7 @@
 #include "Sensor/Jobs/MapText.h"
 #include "Sensor/Jobs/OfflineServices.h"
 #include "Sensor/Jobs/ServiceSetting.h"
+#include "Sensor/Jobs/ToolSettings.h"
 #include "Sensor/PrintableText.h"
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/Scan/ResultSetMaker.h"
@@ -142,7 +143,12 @@ void JobServiceTool::WarnOfNewSources(const std::set<std::string>& before, const
 
 void JobServiceTool::Set(OfflineServices& services, VorCommon::ArchiveStore& store, const JobCommand& command) {
     std::map<std::string, JobService> changed;
+    ToolSettings tools(command.Text());
     for (const std::string& text : command.settings) {
+        if (ToolSettings::Has(text)) {
+            tools.Add(text);
+            continue;
+        }
         const ServiceSetting setting = ServiceSetting::Parse(text, command.Text());
         auto found = changed.find(setting.serviceId);
         if (found == changed.end()) {
@@ -157,6 +163,7 @@ void JobServiceTool::Set(OfflineServices& services, VorCommon::ArchiveStore& sto
     for (auto& [serviceId, service] : changed) {
         service.Save();
     }
+    tools.Apply(store);
 }
 
 void JobServiceTool::Load(JobService& service) {

@@ -17,8 +17,8 @@ namespace Sensor::Jobs {
 class JobService;
 class OfflineServices;
 
-/// Prints and changes the settings of services in the jobs of a data folder. It uses the services of the plug-ins, and
-/// works whether a sensor runs or not. When a change fails, the job isn't changed.
+/// Prints and changes the settings of services, and the limits of tools, in the jobs of a data folder. It uses the
+/// services of the plug-ins, and works whether a sensor runs or not. When a change fails, the job isn't changed.
 class JobServiceTool {
 public:
     /// Results are printed to `out`, and notes about the load of the job to `notes`. Both must outlive this.

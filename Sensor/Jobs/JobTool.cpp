@@ -150,6 +150,12 @@ void JobTool::PrintText(const JobContent& content) {
             PrintLine("  " + name + " = " + value.dump());
         }
     }
+    for (const auto& [tool, limits] : content.tools.items()) {
+        PrintLine("Tool " + tool + ":");
+        for (const auto& [name, value] : limits.items()) {
+            PrintLine("  " + name + " = " + value.dump());
+        }
+    }
 }
 
 void JobTool::Copy(const JobCommand& command) {

@@ -10,7 +10,10 @@
 #include "Sensor/Resources/LogEntryProperties.h"
 #include "Sensor/Resources/OperationProperties.h"
 #include "Sensor/Resources/ScanDocuments.h"
+#include "Sensor/Resources/ToolsResource.h"
 #include "Sensor/Scan/ScanHistory.h"
+#include "Sensor/SensorTools.h"
+#include "Sensor/ToolLimits.h"
 #include "Vor/ArrayBase.h"
 #include "Vor/JsonSerializer.h"
 #include "Vor/Structure.h"
@@ -148,6 +151,7 @@ const std::vector<ResourceDescriptions::Row>& ResourceDescriptions::Rows() {
         {"/sensor/problems", "sensor", "what is wrong at present", "", &Self::AddProblems},
         {"/sensor/log", "sensor", "the user's log", "", &Self::AddLog},
         {"/sensor/sources", "scan", "the data sources of the scan", "", &Self::AddDocument},
+        {"/sensor/tools/:tool", "scan", "a tool with its limits", "the tools", &Self::AddTool},
         {"/sensor/scan", "scan", "the last frame", "", &Self::AddScan},
         {"/sensor/scan/history", "scan", "the values of the latest frames", "", &Self::AddScanHistory},
         {"/sensor/io", "scan", "the digital outputs", "", &Self::AddIo},
@@ -287,6 +291,18 @@ void ResourceDescriptions::AddScanHistory(const std::string&, Description& descr
         {"n", "At most so many frames.", NumberSchema(1, Scan::ScanHistory::Capacity)},
         {"source", "A measurement; perhaps several times.", ListSchema(TextSchema())},
     };
+}
+
+void ResourceDescriptions::AddTool(const std::string&, Description& description) {
+    for (const Tool& tool : environ.tools.All()) {
+        const json schema = SchemaAt(ToolsResource::PathOf(tool.id));
+        json changeable = json::object();
+        for (const LimitMember& member : LimitMembers) {
+            changeable[member.name] = schema.at("properties").at(member.name);
+        }
+        AddOnce(description.documents, Titled(schema, tool.displayName));
+        AddOnce(description.updates, Titled(ObjectSchema(std::move(changeable)), tool.displayName));
+    }
 }
 
 void ResourceDescriptions::AddIo(const std::string& route, Description& description) {

@@ -48,6 +48,7 @@ private:
     void AddLog(const std::string& route, Description& description);
     void AddScan(const std::string& route, Description& description);
     void AddScanHistory(const std::string& route, Description& description);
+    void AddTool(const std::string& route, Description& description);
     void AddIo(const std::string& route, Description& description);
     void AddOperation(const std::string& route, Description& description);
     void AddSensorCommands(const std::string& route, Description& description);

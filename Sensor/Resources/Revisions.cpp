@@ -1,6 +1,7 @@
 #include "Sensor/Resources/Revisions.h"
 
 #include "Sensor/Resources/ConfigurationHash.h"
+#include "Sensor/SensorTools.h"
 #include "Vor/Exception.h"
 #include "VorApi/LogThrown.h"
 #include "VorApi/Path.h"
@@ -69,18 +70,19 @@ std::uint64_t DevicesHash(const IControlInstance& instance) {
 }
 
 /// Whether a path below a service is that of figures, of the service or of a port.
-bool IsOfFigures(const std::vector<std::string_view>& steps) {
+bool IsOfFigures(const std::vector<std::string>& steps) {
     constexpr std::size_t ServiceSteps = 2;
     constexpr std::size_t PortSteps = 6;
     const std::size_t before = steps.size() - 1;
-    return (before == ServiceSteps || before == PortSteps) && Path::Decode(steps.back()) == "metrics";
+    return (before == ServiceSteps || before == PortSteps) && steps.back() == "metrics";
 }
 
 } // namespace
 
-Revisions::Revisions(std::string boot, IControlManager& manager)
+Revisions::Revisions(std::string boot, IControlManager& manager, const SensorTools* tools)
     : boot(std::move(boot))
     , manager(manager)
+    , tools(tools)
     , params(
           manager,
           [this](IControlInstance& instance) {
@@ -165,19 +167,28 @@ Revisions::~Revisions() {
 
 std::optional<std::string> Revisions::TagOf(const std::string& path) const {
     try {
-        const auto steps = Path::Split(path);
-        if (steps.size() < 2 || Path::Decode(steps[0]) != "controls" || IsOfFigures(steps)) {
-            return std::nullopt;
-        }
-        const auto service = services.find(Path::Decode(steps[1]));
-        if (service == services.end()) {
-            return std::nullopt;
-        }
-        const std::uint64_t revision = service->second.revision + *service->second.deviceChanges;
-        return '"' + boot + '-' + std::to_string(revision) + '"';
+        const auto revision = RevisionOf(path);
+        return revision ? std::optional('"' + boot + '-' + std::to_string(*revision) + '"') : std::nullopt;
     } catch (const Vor::Exception&) {
         return std::nullopt; // not a path
     }
+}
+
+std::optional<std::uint64_t> Revisions::RevisionOf(const std::string& path) const {
+    std::vector<std::string> steps;
+    for (const std::string_view step : Path::Split(path)) {
+        steps.push_back(Path::Decode(step));
+    }
+    if (tools != nullptr && steps.size() == 3 && steps[0] == "sensor" && steps[1] == "tools") {
+        const Tool* const tool = tools->Find(steps[2]);
+        return tool == nullptr ? std::nullopt : std::optional(tool->revision);
+    }
+    const bool isOfService = steps.size() >= 2 && steps[0] == "controls" && !IsOfFigures(steps);
+    const auto service = isOfService ? services.find(steps[1]) : services.end();
+    if (service == services.end()) {
+        return std::nullopt;
+    }
+    return service->second.revision + *service->second.deviceChanges;
 }
 
 // What a load has changed is compared with once it has ended, whatever that is.

@@ -13,21 +13,25 @@
 #include <optional>
 #include <string>
 
+namespace Sensor {
+class SensorTools;
+}
+
 namespace Sensor::Resources {
 
 /// Counts how often the configuration of each service has changed: its parameters, its output map, its register
 /// assemblies and its devices at the end of an update that has changed them, when a device changes or goes by itself,
 /// at each start and stop, and at the end of each load. For the main loop; loads change it while the main loop waits
-/// for them, and devices change on any thread.
+/// for them, and devices change on any thread. Tools count their changes themselves.
 class Revisions : public Http::IRevisions {
 public:
-    /// `boot` is part of each tag. The manager must outlive this.
-    Revisions(std::string boot, VorControl::IControlManager& manager);
+    /// `boot` is part of each tag. Without tools there are tags of services only. The others must outlive this.
+    Revisions(std::string boot, VorControl::IControlManager& manager, const SensorTools* tools = nullptr);
     ~Revisions() override;
 
     const std::string& Boot() const { return boot; }
 
-    /// A tag for each path below a service but that of its figures.
+    /// A tag for each path below a service but that of its figures, and for each tool of the sensor.
     std::optional<std::string> TagOf(const std::string& path) const override;
 
     /// Raised with the path of a service that was started or stopped, of which the tree itself notifies nobody. Not
@@ -51,6 +55,7 @@ private:
         std::optional<std::string> failure = std::nullopt; ///< of the last start or stop
     };
 
+    std::optional<std::uint64_t> RevisionOf(const std::string& path) const;
     void OnLoad(VorControl::IControlManager::PersistenceLoadOpState state);
     void OnEnabled(const Instance& instance);
     /// Raises the revision if the part differs from before.
@@ -59,6 +64,7 @@ private:
 
     const std::string boot;
     VorControl::IControlManager& manager;
+    const SensorTools* const tools;
     std::map<std::string, Service> services; ///< by id
     bool loading = false;
     Vor::Event<const std::string&> startedOrStopped;

@@ -24,6 +24,8 @@
 #include "Sensor/Resources/SensorCommandResource.h"
 #include "Sensor/Resources/SensorResource.h"
 #include "Sensor/Resources/SourcesResource.h"
+#include "Sensor/Resources/ToolsResource.h"
+#include "Sensor/SensorTools.h"
 #include "Sensor/VirtualSensor.h"
 #include "VorApi/Event.h"
 #include "VorApi/Notification.h"
@@ -49,6 +51,7 @@ struct SensorDir::Impl {
         , problems(router, "/sensor/problems", problemList)
         , log(router, "/sensor/log", environ.log)
         , sources(router, "/sensor/sources", environ.sensor)
+        , tools(router, "/sensor/tools/:tool", environ.tools)
         , scan(router, "/sensor/scan", scanDocuments)
         , scanHistory(router, "/sensor/scan/history", scanDocuments)
         , io(router, "/sensor/io", environ.sensor.Devices())
@@ -65,12 +68,23 @@ struct SensorDir::Impl {
         , jobFiles(router, "/sensor/jobs/:job/file", jobsEnviron, jobUploads)
         , jobChanges(router, "/sensor/jobs/loaded/changes", jobsEnviron)
         , jobLoadedEvent(environ.jobLoadedEvent)
-        , jobLoadedHandler(jobLoadedEvent.Add([this](const std::string&) { jobsEnviron.changed(); })) {
+        , jobLoadedHandler(jobLoadedEvent.Add([this](const std::string&) { jobsEnviron.changed(); }))
+        , toolsChangedEvent(environ.tools.ChangedEvent())
+        , toolsChangedHandler(toolsChangedEvent.Add([&streams](const std::string& tool) {
+            if (tool.empty()) {
+                streams.Notice(VorApi::Notification::Reload, "/sensor/tools");
+            } else {
+                streams.Notice(VorApi::Notification::Changed, ToolsResource::PathOf(tool));
+            }
+        })) {
         operations.EndedEvent().Add([&streams](const Operation& operation) {
             streams.Notice(VorApi::Notification::Changed, OperationProperties::PathOf(operation));
         });
     }
-    ~Impl() { jobLoadedEvent.Remove(jobLoadedHandler); }
+    ~Impl() {
+        toolsChangedEvent.Remove(toolsChangedHandler);
+        jobLoadedEvent.Remove(jobLoadedHandler);
+    }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
@@ -87,6 +101,7 @@ struct SensorDir::Impl {
     VorApi::RoutedResource<ProblemsResource> problems;
     VorApi::RoutedResource<LogResource> log;
     VorApi::RoutedResource<SourcesResource> sources;
+    VorApi::RoutedResource<ToolsResource> tools;
     VorApi::RoutedResource<ScanResource> scan;
     VorApi::RoutedResource<ScanHistoryResource> scanHistory;
     VorApi::RoutedResource<IoResource> io;
@@ -103,6 +118,8 @@ struct SensorDir::Impl {
     VorApi::RoutedResource<JobChangesResource> jobChanges;
     Vor::Event<const std::string&>& jobLoadedEvent;
     Vor::Event<const std::string&>::CallbackId jobLoadedHandler;
+    Vor::Event<const std::string&>& toolsChangedEvent;
+    Vor::Event<const std::string&>::CallbackId toolsChangedHandler;
 };
 
 SensorDir::SensorDir(VorApi::ResourceRouter& router, const SensorEnviron& environ, Http::EventStreams& streams)

@@ -23,6 +23,7 @@ class IControlManager;
 namespace Sensor {
 
 class LogHistory;
+class SensorTools;
 class VirtualSensor;
 
 namespace Http {
@@ -43,6 +44,7 @@ struct SensorEnviron {
     const Http::RequestCounts& requests;
     /// Raised on the main loop with the file name of a job that is the loaded one from then on.
     Vor::Event<const std::string&>& jobLoadedEvent;
+    SensorTools& tools;
 };
 
 /// A service of the sensor, briefly.

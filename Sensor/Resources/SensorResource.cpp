@@ -42,7 +42,7 @@ void SensorResource::Document(const VorApi::RequestInfoEx& request, VorApi::Resp
          {std::pair("vor:operations", "/sensor/operations"), std::pair("vor:jobs", "/sensor/jobs"),
           std::pair("vor:sensorProblems", "/sensor/problems"), std::pair("vor:log", "/sensor/log"),
           std::pair("vor:scan", "/sensor/scan"), std::pair("vor:sources", "/sensor/sources"),
-          std::pair("vor:io", "/sensor/io")}) {
+          std::pair("vor:io", "/sensor/io"), std::pair("vor:tools", "/sensor/tools")}) {
         response.Link(relation, path, false, VorApi::VorDataTree());
     }
 }

@@ -2,6 +2,7 @@
 
 #include "Sensor/DataSources.h"
 #include "Sensor/Resources/DocumentMembers.h"
+#include "Sensor/Resources/ToolsResource.h"
 #include "Sensor/VirtualSensor.h"
 #include "VorApi/Params/Array.h"
 #include "VorApi/Params/Value.h"
@@ -39,7 +40,7 @@ public:
     void Populate(const VorPipe::PipeOutput& output) {
         source = output.name;
         displayName = output.displayName;
-        tool = output.ownerName;
+        tool = ToolOf(output.name);
         type = TextOf(output.format.type);
         const ValueUnit valueUnit = UnitOf(output.name);
         unit = valueUnit.name;
@@ -63,13 +64,16 @@ public:
 
 } // namespace
 
-void SourcesResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx&,
+void SourcesResource::Document(const VorApi::RequestInfoEx& request, VorApi::ResponseInfoEx& response,
                                VorApi::VorDataTree& data) {
     const std::vector<VorPipe::PipeOutput> outputs = DataSourcesOf(sensor.Input());
     SourcesProperties document;
     document.items.Resize(outputs.size());
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         document.items.At(i).Populate(outputs[i]);
+        if (const std::string& tool = document.items.At(i).tool.Get(); !tool.empty()) {
+            response.Link("vor:tool", ToolsResource::PathOf(tool), true, VorApi::VorDataTree());
+        }
     }
     NodeToVorDataTree(document, request, data, true);
 }

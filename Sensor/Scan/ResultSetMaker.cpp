@@ -83,8 +83,9 @@ ResultSetMaker::ResultSetMaker(const Recording& recording)
     for (std::string& name : DataSources(recording)) {
         Vor::Object info;
         Vor::ThrowIfFailed(ResultInfo_Construct(info.Out(), TypeOf(name), name));
-        sources.push_back({std::move(name), std::move(info), Limits()});
+        sources.push_back({std::move(name), std::move(info)});
     }
+    limits = std::make_shared<const std::vector<Limits>>(sources.size());
 }
 
 std::vector<std::string> ResultSetMaker::DataSources(const Recording& recording) {
@@ -102,14 +103,19 @@ std::vector<std::string> ResultSetMaker::DataSources(const Recording& recording)
     return names;
 }
 
-void ResultSetMaker::SetLimits(const std::string& dataSource, const Limits& limits) {
-    for (Source& source : sources) {
-        if (source.name == dataSource) {
-            source.limits = limits;
-            return;
-        }
+void ResultSetMaker::SetLimits(std::vector<Limits> given) {
+    if (given.size() != sources.size()) {
+        Vor::Throw(yERROR_SIZE, "There are limits of %zu data sources, and of %zu were expected.", given.size(),
+                   sources.size());
     }
-    Vor::Throw(yERROR_NOT_FOUND, "The input has no data source '%s'.", dataSource);
+    LimitTable table = std::make_shared<const std::vector<Limits>>(std::move(given));
+    const std::lock_guard guard(limitsMutex);
+    limits.swap(table);
+}
+
+ResultSetMaker::LimitTable ResultSetMaker::PresentLimits() const {
+    const std::lock_guard guard(limitsMutex);
+    return limits;
 }
 
 Vor::Object ResultSetMaker::Make(const Frame& frame, std::uint64_t frameIndex, std::uint64_t time) const {
@@ -129,8 +135,9 @@ void ResultSetMaker::AddProfile(void* set, std::uint64_t now, const Frame& frame
     const ProfileMeasurement measured = ProfileMeasurement::Of(frame.points);
     const std::array<std::optional<double>, ProfileMeasurements.size()> values = {
         measured.max, measured.min, measured.mean, measured.width, static_cast<double>(measured.count)};
+    const LimitTable table = PresentLimits();
     for (std::size_t index = 0; index < values.size(); ++index) {
-        Append(set, now, MeasureMessage(values[index], sources[index].limits), sources[index].info);
+        Append(set, now, MeasureMessage(values[index], table->at(index)), sources[index].info);
     }
     Append(set, now, TextMessage(frameIndex, measured.max), sources[values.size()].info);
 }
@@ -140,8 +147,9 @@ void ResultSetMaker::AddValues(void* set, std::uint64_t now, const Frame& frame)
     for (const NamedValue& named : frame.values) {
         values[named.name] = named.value;
     }
+    const LimitTable table = PresentLimits();
     for (std::size_t index = 0; index < values.size(); ++index) {
-        Append(set, now, MeasureMessage(values[index], sources[index].limits), sources[index].info);
+        Append(set, now, MeasureMessage(values[index], table->at(index)), sources[index].info);
     }
 }
 

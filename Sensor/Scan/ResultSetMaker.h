@@ -5,6 +5,8 @@
 #include "VorApi/Object.h"
 
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,9 +27,10 @@ public:
     /// then `values/stamp`.
     static std::vector<std::string> DataSources(const Recording& recording);
 
-    /// Sets the limits of a measurement's decision, 1 inside and 0 outside. The default has no limits. Don't call it
-    /// while Make runs. Throws yERROR_NOT_FOUND for an unknown data source.
-    void SetLimits(const std::string& dataSource, const Limits& limits);
+    /// Sets the limits of the measurements' decisions, 1 inside and 0 outside, in the order of DataSources(): one for
+    /// each data source, also for those that have no decision. By default every value is inside. All decisions of a
+    /// frame are by the limits of one call. From any thread. Throws yERROR_SIZE for another number of limits.
+    void SetLimits(std::vector<Limits> given);
 
     /// A new ResultSet, to be published at once: its items have the time of this call as that of their publication.
     /// `frameIndex` counts the frames of the scan from 0, `time` is in microseconds since its start. For any thread.
@@ -38,14 +41,18 @@ private:
         std::string name;
         /// The ResultInfo that all results of the source share.
         Vor::Object info;
-        Limits limits;
     };
+    /// As SetLimits has them. Replaced, not changed.
+    using LimitTable = std::shared_ptr<const std::vector<Limits>>;
 
+    LimitTable PresentLimits() const;
     void AddProfile(void* set, std::uint64_t now, const Frame& frame, std::uint64_t frameIndex) const;
     void AddValues(void* set, std::uint64_t now, const Frame& frame) const;
 
     RecordingKind kind;
     std::vector<Source> sources;
+    mutable std::mutex limitsMutex; ///< guards `limits`. No lock is acquired under it.
+    LimitTable limits;
 };
 
 } // namespace Sensor::Scan

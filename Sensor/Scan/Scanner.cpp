@@ -91,6 +91,10 @@ ScannerState Scanner::State() const {
             .time = static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(time).count())};
 }
 
+void Scanner::SetLimits(std::vector<Limits> limits) {
+    maker.SetLimits(std::move(limits));
+}
+
 yStatus Scanner::Run() {
     try {
         Clock::time_point next = start;

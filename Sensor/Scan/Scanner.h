@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sensor/Scan/Limits.h"
 #include "Sensor/Scan/Recording.h"
 #include "Sensor/Scan/ResultSetMaker.h"
 #include "Sensor/Scan/ScannerState.h"
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <vector>
 
 namespace VorCore {
 class ResultHub;
@@ -57,6 +59,9 @@ public:
     /// Frames that all scans have published. From any thread.
     std::uint64_t FrameTotal() const { return frameTotal.load(std::memory_order_relaxed); }
 
+    /// From the next frame on, as ResultSetMaker::SetLimits. From any thread.
+    void SetLimits(std::vector<Limits> limits);
+
 private:
     using Clock = std::chrono::steady_clock;
 
@@ -71,7 +76,7 @@ private:
     VorCore::ResultHub& hub;
     const Settings settings;
     const Clock::duration period;
-    const ResultSetMaker maker;
+    ResultSetMaker maker;
 
     /// Guards `stopping`. No lock is acquired under it.
     std::mutex mutex;

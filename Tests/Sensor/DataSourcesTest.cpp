@@ -58,5 +58,14 @@ TEST(DataSources, HaveUnits) {
     EXPECT_EQ(UnitOf("values/gap").decimals, 3U);
 }
 
+TEST(DataSources, EachMeasurementHasATool) {
+    EXPECT_EQ(ToolOf("profile/max"), "profile-max");
+    EXPECT_EQ(ToolOf("profile/points"), "profile-points");
+    EXPECT_EQ(ToolOf("values/left/edge"), "values-left/edge");
+    for (const char* source : {"profile/text", "profile/stamp", "values/stamp"}) {
+        EXPECT_EQ(ToolOf(source), "") << source;
+    }
+}
+
 } // namespace
 } // namespace Sensor

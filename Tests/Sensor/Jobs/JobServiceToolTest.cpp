@@ -7,7 +7,11 @@
 #include "Vor/MainLoop.h"
 #include "VorCommon/ArchiveFile.h"
 
+#include <initializer_list>
+#include <memory>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -51,9 +55,17 @@ protected:
     static JobCommand Edit(const std::string& command, const std::string& document, const std::string& name = "demo") {
         return {.action = Action::Edit, .name = name, .serviceId = "modbus", .edit = command, .document = document};
     }
-    json Stored(const std::string& service = "modbus") const {
-        const auto bytes = ArchiveFile(PathOf("demo")).Read().at("controls/" + service + "/config.json");
+    json StoredEntry(const std::string& entry) const {
+        const auto bytes = ArchiveFile(PathOf("demo")).Read().at(entry);
         return json::parse(bytes->begin(), bytes->end());
+    }
+    json Stored(const std::string& service = "modbus") const {
+        return StoredEntry("controls/" + service + "/config.json");
+    }
+    void StoreTools(const std::string& text) const {
+        ArchiveFile(PathOf("demo"))
+            .Write(
+                {{"sensor/tools.json", std::make_shared<const std::vector<unsigned char>>(text.begin(), text.end())}});
     }
 
     Tests::TempFolder data;
@@ -126,6 +138,68 @@ TEST_F(JobServiceToolTest, WarnsOfADataSourceThatNoInputHas) {
     output.outputs = true;
     Run(output);
     EXPECT_EQ(notes.str(), "Warning: no input has the data source 'nothing'. Profiles have " + list);
+}
+
+TEST_F(JobServiceToolTest, SetsLimitsOfTools) {
+    const json modbus = Stored();
+    EXPECT_EQ(Run(Set({"tool.profile-max.high=10.25", "tool.values-a.b=c.low=-1e-3", "tool.profile-max.low=1",
+                       "modbus.idleTimeout=30"})),
+              "Changed " + PathOf("demo") + "\n");
+    EXPECT_EQ(StoredEntry("sensor/tools.json"),
+              (json{{"version", "1"},
+                    {"tools", {{"profile-max", {{"low", 1}, {"high", 10.25}}}, {"values-a.b=c", {{"low", -0.001}}}}}}));
+    EXPECT_EQ(Stored()["vor:control"]["parameters"]["idleTimeout"], 30);
+    Run(Set({"tool.profile-max.low=-1000000000"}));
+    EXPECT_EQ(StoredEntry("sensor/tools.json").at("tools").at("profile-max"), (json{{"high", 10.25}}));
+}
+
+TEST_F(JobServiceToolTest, LimitsBelongTogether) {
+    const std::string before = Tests::ReadWholeFile(PathOf("demo"));
+    EXPECT_EQ(Refusal(Set({"tool.profile-max.low=5", "tool.profile-max.high=4", "modbus.idleTimeout=30"})),
+              "jobs set demo tool.profile-max: low: expected at most 4.0, which is high, but got 5.0.");
+    EXPECT_EQ(Tests::ReadWholeFile(PathOf("demo")), before);
+    Run(Set({"tool.profile-max.low=5", "tool.profile-max.high=6"}));
+    EXPECT_EQ(Refusal(Set({"tool.profile-max.high=4"})),
+              "jobs set demo tool.profile-max: high: expected at least 5.0, which is low, but got 4.0.");
+    Run(Set({"tool.profile-max.high=9", "tool.profile-max.low=8"}));
+    EXPECT_EQ(StoredEntry("sensor/tools.json").at("tools").at("profile-max"), (json{{"low", 8}, {"high", 9}}));
+}
+
+TEST_F(JobServiceToolTest, RefusesWhatIsNoLimitOfATool) {
+    const std::string before = Tests::ReadWholeFile(PathOf("demo"));
+    const std::string tools =
+        " Expected one of: profile-max, profile-min, profile-mean, profile-width, profile-points; "
+        "recordings of named values have values-NAME.";
+    for (const auto& [text, reason] : std::initializer_list<std::pair<std::string, std::string>>{
+             {"tool.profile-max", " tool.profile-max: expected tool.TOOL.LIMIT=VALUE."},
+             {"tool.profile-max=1", " tool.profile-max=1: expected tool.TOOL.LIMIT=VALUE."},
+             {"tool..low=1", " tool..low=1: expected tool.TOOL.LIMIT=VALUE."},
+             {"tool.profile-max.=1", " tool.profile-max.=1: expected tool.TOOL.LIMIT=VALUE."},
+             {"tool.max.low=1", " tool.max.low=1: there is no tool \"max\"." + tools},
+             {"tool.profile-text.low=1", " tool.profile-text.low=1: there is no tool \"profile-text\"." + tools},
+             {"tool.values-.low=1", " tool.values-.low=1: there is no tool \"values-\"." + tools},
+             {"tool.values-stamp.low=1", " tool.values-stamp.low=1: there is no tool \"values-stamp\"." + tools},
+             {"tool.profile-max.least=1",
+              " tool.profile-max.least=1: a tool has no limit \"least\". Expected low or high."},
+             {"tool.profile-max.low=", " tool.profile-max.low=: the value isn't a number."},
+             {"tool.profile-max.low=x", " tool.profile-max.low=x: the value isn't a number."},
+             {"tool.profile-max.low=true",
+              " tool.profile-max: low: expected a number from -1000000000 to 1000000000 but got a boolean."},
+             {"tool.profile-max.low=1e10",
+              " tool.profile-max: low: expected a number from -1000000000 to 1000000000 but got 10000000000.0."}}) {
+        EXPECT_EQ(Refusal(Set({text})), "jobs set demo" + reason);
+    }
+    EXPECT_EQ(Tests::ReadWholeFile(PathOf("demo")), before);
+}
+
+TEST_F(JobServiceToolTest, LimitsThatCannotBeReadStayAndAreNamed) {
+    StoreTools(R"({"version":"1","tools":{"profile-max":{"low":"x"},"profile-new":7}})");
+    EXPECT_EQ(Refusal(Set({"tool.profile-max.high=4"})),
+              "jobs set demo: Entry 'sensor/tools.json': tools/profile-max/low: expected a number from -1000000000 to "
+              "1000000000 but got a string.");
+    EXPECT_EQ(Run(Set({"tool.profile-min.high=4", "modbus.idleTimeout=30"})), "Changed " + PathOf("demo") + "\n");
+    EXPECT_EQ(StoredEntry("sensor/tools.json").at("tools"),
+              (json{{"profile-max", {{"low", "x"}}}, {"profile-min", {{"high", 4}}}, {"profile-new", 7}}));
 }
 
 TEST_F(JobServiceToolTest, TakesATextInQuotationMarksAsInJson) {

@@ -94,6 +94,25 @@ TEST_F(JobToolTest, ListsJson) {
     EXPECT_EQ(Run({.action = Action::List, .format = "json"}), "[]\n");
 }
 
+TEST_F(JobToolTest, ShowsTheLimitsOfTools) {
+    ArchiveFile(PathOf("demo"))
+        .Write({{"sensor/tools.json",
+                 Bytes(R"({"version":"1","tools":{"profile-max":{"low":1,"high":2.5},"profile-new":{}}})")}});
+    const std::string text = Run({.action = Action::Show, .name = "demo"});
+    const std::string expected = "Tool profile-max:\n  high = 2.5\n  low = 1\nTool profile-new:\n";
+    EXPECT_TRUE(text.ends_with(expected)) << text;
+    EXPECT_EQ(json::parse(Run({.action = Action::Show, .name = "demo", .format = "json"})).at("tools"),
+              (json{{"profile-max", {{"low", 1}, {"high", 2.5}}}, {"profile-new", json::object()}}));
+}
+
+TEST_F(JobToolTest, AnImportRefusesAWrongEntryOfTools) {
+    ArchiveFile(PathOf("demo")).Write({{"sensor/tools.json", Bytes(R"({"version":"2","tools":{}})")}});
+    EXPECT_EQ(
+        Refusal({.action = Action::Import, .name = "other", .file = PathOf("demo")}),
+        "jobs import " + PathOf("demo") + " other: Archive '" + PathOf("demo") +
+            "': Entry 'sensor/tools.json': version: expected the text \"1\". Expected a whole job of the sensor.");
+}
+
 TEST_F(JobToolTest, TimesHaveTheirZone) {
     EXPECT_TRUE(std::regex_match(ModificationTime(PathOf("demo")),
                                  std::regex(R"(20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d)")))
@@ -182,7 +201,8 @@ TEST_F(JobToolTest, ShowsJson) {
                            {"modified", ModificationTime(PathOf("demo"))},
                            {"entries", json::array({entry("controls/ascii/config.json", ascii),
                                                     entry("controls/modbus/config.json", modbus)})},
-                           {"services", {{"ascii", service(7, ascii)}, {"modbus", service(12, modbus)}}}}));
+                           {"services", {{"ascii", service(7, ascii)}, {"modbus", service(12, modbus)}}},
+                           {"tools", nullptr}}));
 }
 
 TEST_F(JobToolTest, ShowsWhatAForeignJobHoldsAsFarAsItCan) {

@@ -167,6 +167,11 @@ TEST_F(ResourcesPage, ListsTheMembersOfTheDataSources) {
     const json sources = Document("/sensor/sources");
     EXPECT_EQ(Documented("Member of the data sources", "Type"), Members(sources));
     EXPECT_EQ(Documented("Member of a data source", "Type"), Members(FirstOf(sources, "items")));
+    EXPECT_EQ(Documented("Relation of the data sources", "Leads to"), Relations("/sensor/sources"));
+}
+
+TEST_F(ResourcesPage, ListsTheMembersOfATool) {
+    EXPECT_EQ(Documented("Member of a tool", "Type"), Members(Document("/sensor/tools/profile-max")));
 }
 
 TEST_F(ResourcesPage, ListsTheMembersOfTheScan) {

@@ -58,10 +58,10 @@ protected:
 
 TEST_F(SensorDirTest, TheEntrySaysWhoAnswersAndLinksToAll) {
     EXPECT_EQ(Read("/").ToJson(), (Json{{"name", "vorsensor"}, {"version", VOR_VERSION}, {"boot", "b0"}}));
-    EXPECT_EQ(LinksOf("/"), (std::vector<std::string>{"vor:controlTypes /controlTypes", "vor:controls /controls",
-                                                      "vor:sensor /sensor", "vor:events /events",
-                                                      "vor:healthz /healthz", "vor:metrics /metrics",
-                                                      "service-desc /openapi.json"}));
+    EXPECT_EQ(LinksOf("/"),
+              (std::vector<std::string>{"vor:controlTypes /controlTypes", "vor:controls /controls",
+                                        "vor:sensor /sensor", "vor:events /events", "vor:healthz /healthz",
+                                        "vor:metrics /metrics", "service-desc /openapi.json"}));
 }
 
 TEST_F(SensorDirTest, RefusedTopicsAreNamedWithTheirPlaces) {
@@ -90,8 +90,9 @@ TEST_F(SensorDirTest, WhatIsALongDocumentIsntMadeForALinkToIt) {
 }
 
 TEST_F(SensorDirTest, EachDocumentHasASchemaOfItsMembers) {
-    for (const char* path : {"/", "/healthz", "/sensor", "/events", "/sensor/problems", "/sensor/log",
-                             "/sensor/sources", "/sensor/scan", "/sensor/scan/history", "/sensor/io"}) {
+    for (const char* path :
+         {"/", "/healthz", "/sensor", "/events", "/sensor/problems", "/sensor/log", "/sensor/sources",
+          "/sensor/tools/profile-max", "/sensor/scan", "/sensor/scan/history", "/sensor/io"}) {
         const VorApi::VorDataTree document = Read(path, true);
         std::vector<std::string> members = Read(path).Names();
         std::vector<std::string> described = document["_schema"]["properties"].Names();
@@ -131,11 +132,12 @@ TEST_F(SensorDirTest, TheSensorShowsItsState) {
                                              {"address", ""},
                                              {"failure", ""},
                                              {"path", "/controls/a"}}));
-    EXPECT_EQ(LinksOf("/sensor"),
-              (std::vector<std::string>{"vor:service[] /controls/a", "vor:service[] /controls/b",
-                                        "vor:operations /sensor/operations", "vor:jobs /sensor/jobs",
-                                        "vor:sensorProblems /sensor/problems", "vor:log /sensor/log",
-                                        "vor:scan /sensor/scan", "vor:sources /sensor/sources", "vor:io /sensor/io"}));
+    EXPECT_EQ(
+        LinksOf("/sensor"),
+        (std::vector<std::string>{"vor:service[] /controls/a", "vor:service[] /controls/b",
+                                  "vor:operations /sensor/operations", "vor:jobs /sensor/jobs",
+                                  "vor:sensorProblems /sensor/problems", "vor:log /sensor/log", "vor:scan /sensor/scan",
+                                  "vor:sources /sensor/sources", "vor:io /sensor/io", "vor:tools /sensor/tools"}));
 }
 
 TEST_F(SensorDirTest, ProblemsSayWhoseTheyAre) {
@@ -209,7 +211,7 @@ TEST_F(SensorDirTest, TheSourcesAreThoseOfTheRecording) {
     ASSERT_EQ(items.size(), 7U);
     EXPECT_EQ(items[0], (Json{{"source", "profile/max"},
                               {"displayName", "Maximum Height"},
-                              {"tool", "Profile"},
+                              {"tool", "profile-max"},
                               {"type", "measurement"},
                               {"unit", "mm"},
                               {"decimals", 3}}));
@@ -217,7 +219,14 @@ TEST_F(SensorDirTest, TheSourcesAreThoseOfTheRecording) {
     EXPECT_EQ(items[4]["unit"], "");
     EXPECT_EQ(items[4]["decimals"], 0);
     EXPECT_EQ(items[5]["type"], "text");
+    EXPECT_EQ(items[5]["tool"], "");
     EXPECT_EQ(items[6]["type"], "stamp");
+    EXPECT_EQ(items[6]["tool"], "");
+    EXPECT_EQ(
+        LinksOf("/sensor/sources"),
+        (std::vector<std::string>{"vor:tool[] /sensor/tools/profile-max", "vor:tool[] /sensor/tools/profile-min",
+                                  "vor:tool[] /sensor/tools/profile-mean", "vor:tool[] /sensor/tools/profile-width",
+                                  "vor:tool[] /sensor/tools/profile-points"}));
 }
 
 TEST_F(SensorDirTest, BeforeTheFirstFrameTheScanIsEmpty) {

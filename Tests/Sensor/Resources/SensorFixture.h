@@ -62,7 +62,7 @@ protected:
     void Build() {
         host.CreateServices();
         host.LoadDomains();
-        revisions = std::make_unique<Revisions>("b0", host.Services());
+        revisions = std::make_unique<Revisions>("b0", host.Services(), &host.Tools());
         streams = std::make_unique<Http::EventStreams>(Http::EventStreams::Environ{.boot = "b0",
                                                                                    .router = host.Router(),
                                                                                    .requests = host.Requests(),
@@ -80,7 +80,8 @@ protected:
                 .log = logHistory,
                 .module = host.Module(),
                 .requests = requests,
-                .jobLoadedEvent = host.JobLoadedEvent()};
+                .jobLoadedEvent = host.JobLoadedEvent(),
+                .tools = host.Tools()};
     }
 
     /// Also waits for an answer that is given later.

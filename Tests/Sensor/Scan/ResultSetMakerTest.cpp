@@ -2,6 +2,7 @@
 
 #include "Sensor/Scan/RecordingParser.h"
 #include "Tests/Support/BuildFolders.h"
+#include "Tests/Support/Failure.h"
 #include "Vor/Exception.h"
 #include "VorMsg/ResultSet.h"
 #include "VorMsg/VvMeasureMsg.h"
@@ -10,7 +11,10 @@
 #include "VorMsg/VvStringMsg.h"
 #include "yApi/yTime.h"
 
+#include <atomic>
 #include <filesystem>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -129,22 +133,44 @@ TEST(ResultSetMaker, TheDecisionFollowsTheLimits) {
     const Recording recording = RecordingOf("frame,x,z\n0,0,5\n");
     ResultSetMaker maker(recording);
     EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(maker.Make(recording.frames[0], 0, 0), 0)), 1);
-    maker.SetLimits("profile/max", {0, 4});
+    std::vector<Limits> limits(7);
+    limits[0] = {0, 4};
+    maker.SetLimits(limits);
     const Vor::Object set = maker.Make(recording.frames[0], 0, 0);
     EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(set, 0)), 0);
     EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(set, 1)), 1);
-    maker.SetLimits("profile/max", {4, 5});
+    limits[0] = {4, 5};
+    maker.SetLimits(limits);
     EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(maker.Make(recording.frames[0], 0, 0), 0)), 1);
 }
 
-TEST(ResultSetMaker, LimitsOfAnUnknownSourceAreRefused) {
+TEST(ResultSetMaker, LimitsOfOtherSourcesAreRefused) {
     ResultSetMaker maker(RecordingOf("frame,x,z\n0,0,5\n"));
-    try {
-        maker.SetLimits("profile/none", {});
-        FAIL() << "limits of an unknown source were taken";
-    } catch (const Vor::Exception& e) {
-        EXPECT_EQ(e.Status(), yERROR_NOT_FOUND);
+    EXPECT_FAILURE(maker.SetLimits(std::vector<Limits>(6)), yERROR_SIZE,
+                   "There are limits of 6 data sources, and of 7 were expected.");
+}
+
+TEST(ResultSetMaker, AllDecisionsOfAFrameAreByTheLimitsOfOneCall) {
+    const Recording recording = RecordingOf("frame,x,z\n0,0,5\n");
+    ResultSetMaker maker(recording);
+    const std::vector<Limits> all(7);
+    const std::vector<Limits> none(7, {100, 200});
+    std::atomic<bool> ended{false};
+    std::thread changes([&] {
+        while (!ended) {
+            maker.SetLimits(none);
+            maker.SetLimits(all);
+        }
+    });
+    for (int frame = 0; frame < 5000; ++frame) {
+        const Vor::Object set = maker.Make(recording.frames[0], 0, 0);
+        const int first = VvMeasureMsg_Decision(MessageAt(set, 0));
+        for (const std::size_t other : {1U, 2U, 3U, 4U}) {
+            EXPECT_EQ(VvMeasureMsg_Decision(MessageAt(set, other)), first) << frame;
+        }
     }
+    ended = true;
+    changes.join();
 }
 
 TEST(ResultSetMaker, SetsShareTheInformationOfTheirSources) {

@@ -67,7 +67,7 @@ TEST_F(ScanHistoryTest, HasTheSamplesOfEachFrame) {
 
 TEST_F(ScanHistoryTest, HasTheDecisions) {
     ResultSetMaker strict(recording);
-    strict.SetLimits("values/a", {.least = 2});
+    strict.SetLimits({{.least = 2}, {}, {}});
     for (std::uint64_t i = 0; i < 2; ++i) {
         hub.Publish(strict.Make(recording.frames[i], i, 0).Get());
     }
