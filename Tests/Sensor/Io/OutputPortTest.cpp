@@ -6,7 +6,6 @@
 #include <functional>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -277,7 +276,7 @@ TEST_F(OutputPortTest, TheLatestEdgesAreKept) {
     ASSERT_EQ(edges.size(), OutputPort::MaxEdges);
     EXPECT_EQ(edges.back().number, 300U);
     EXPECT_EQ(edges.front().number, 45U);
-    EXPECT_EQ(edges.back().frame, std::nullopt);
+    EXPECT_FALSE(edges.back().frame);
     ASSERT_EQ(port.Edges(2).size(), 2U);
     EXPECT_EQ(port.Edges(2).front().number, 299U);
     EXPECT_TRUE(port.Edges(0).empty());
