@@ -11,7 +11,6 @@ namespace {
 
 using Tests::StreamReceiver;
 using VorApi::VorDataTree;
-using VorControl::ControlMetricsKey;
 using VorControl::Protocol::ControlDeviceMetricsResource;
 
 class ControlDeviceMetricsResourceTest : public Tests::DeviceResourceFixture {

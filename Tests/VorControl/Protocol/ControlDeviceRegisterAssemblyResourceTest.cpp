@@ -3,8 +3,6 @@
 #include "Tests/VorControl/Protocol/DeviceResourceFixture.h"
 #include "VorControl/Protocol/ControlDeviceRegisterAssemblyCommandResource.h"
 
-#include <algorithm>
-
 namespace {
 
 using Json = nlohmann::json;
