@@ -103,8 +103,12 @@ public:
         stream.expires_after(limits.answer);
         // A server that refuses a connection answers before it has read the request.
         const error_code sent = Await([&](auto handler) { http::async_write(stream, request, std::move(handler)); });
-        const error_code received =
-            Await([&](auto handler) { http::async_read(stream, buffer, parser, std::move(handler)); });
+        // The header alone first: Boost 1.74 forgets that a length is beyond the limit when the body comes with it.
+        error_code received =
+            Await([&](auto handler) { http::async_read_header(stream, buffer, parser, std::move(handler)); });
+        if (!received) {
+            received = Await([&](auto handler) { http::async_read(stream, buffer, parser, std::move(handler)); });
+        }
         if (received) {
             throw RemoteError(RemoteError::NoAnswer, ReasonOf(sent, received, limits));
         }

@@ -47,8 +47,12 @@ struct HttpAnswer {
     }
 };
 
-/// The answer from its first line to the end of its body.
-inline HttpAnswer ParseHttpAnswer(const std::string& text) {
+/// The answer from its first line to the end of its body. What comes before the last head, such as "100 Continue", is
+/// left out.
+inline HttpAnswer ParseHttpAnswer(std::string text) {
+    while (text.starts_with("HTTP/1.1 1")) {
+        text.erase(0, text.find("\r\n\r\n") + 4);
+    }
     HttpAnswer answer;
     std::istringstream lines(text);
     std::string line;

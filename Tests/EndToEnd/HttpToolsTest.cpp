@@ -128,7 +128,7 @@ TEST_F(HttpToolsTest, LimitsThatTheCommandLineSetsDecide) {
     Kill();
     Answer set = RunJobs({"set", "demo", "tool.profile-max.low=1000", "tool.values-gap.high=2"});
     EXPECT_EQ(set.status, 0) << set.errors;
-    EXPECT_NE(RunJobs({"show", "demo"}).output.find("Tool profile-max:\n  low = 1000\n"), std::string::npos);
+    EXPECT_NE(RunJobs({"show", "demo"}).output.find("Tool profile-max:\n  low = 1000.0\n"), std::string::npos);
     Start();
     EXPECT_EQ(Decision("profile/max"), 0);
     EXPECT_NE(sensor->Errors().find("The job has limits of tools that the sensor doesn't have, and keeps them: "
@@ -139,7 +139,7 @@ TEST_F(HttpToolsTest, LimitsThatTheCommandLineSetsDecide) {
     EXPECT_EQ(Decision("profile/max"), 1);
     EXPECT_EQ(http->Ask("POST", "/sensor/jobs/demo/commands/save").status, 200);
     const std::string shown = RunJobs({"show", "demo"}).output;
-    EXPECT_TRUE(shown.ends_with("Tool values-gap:\n  high = 2\n")) << shown;
+    EXPECT_TRUE(shown.ends_with("Tool values-gap:\n  high = 2.0\n")) << shown;
     EXPECT_EQ(shown.find("Tool profile-max"), std::string::npos);
 }
 

@@ -138,9 +138,9 @@ inline void ExpectEndWell(Program& program, int signal = SIGTERM) {
     EXPECT_EQ(program.WaitForExit(std::chrono::seconds(2)), 0) << program.Output() << program.Errors();
 }
 
-inline Answer RunToEnd(const std::vector<std::string>& command) {
+inline Answer RunToEnd(const std::vector<std::string>& command, std::chrono::seconds deadline = Program::Deadline) {
     Program program(command);
-    const int status = program.WaitForExit().value_or(-1);
+    const int status = program.WaitForExit(deadline).value_or(-1);
     return {status, program.Output(), program.Errors()};
 }
 

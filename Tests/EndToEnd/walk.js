@@ -76,11 +76,12 @@ class Walk {
     async checkSchema(resource, relations) {
         const uri = resource.uri + "?schema=2020-12" + expanding(relations, "&");
         const answer = await resource.go(uri).fetch({ headers: { Accept: "application/hal+json" } });
+        const text = await answer.text(); // what isn't read would keep the program from ending
         if (answer.headers.get("Content-Type") !== "application/hal+json") {
             this.plain.push(pathOf(resource.uri));
             return;
         }
-        const faults = faultsOf(await answer.json());
+        const faults = faultsOf(JSON.parse(text));
         this.faults.push(...faults.map((fault) => `${pathOf(resource.uri)}: ${fault}`));
     }
 }

@@ -283,7 +283,7 @@ TEST_F(BodyPiecesTest, AWrongBodyIsRefusedAndHasNoEnd) {
     for (const auto& [status, bytes] : std::vector<std::pair<unsigned, std::string>>{
              {413, Put((std::size_t{64} << 20) + 1)},
              {413, PutChunks + "4000001\r\n"},
-             {400, PutChunks + "5\r\nhello!\r\n"},
+             {400, PutChunks + "5\r\nhello!\r\n0\r\n\r\n"},
              {400, PutChunks + "hello\r\n"},
              {400, Put(5, length)},
              {400, Put(5, "Transfer-Encoding: chunked\r\n")},

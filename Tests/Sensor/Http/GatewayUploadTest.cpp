@@ -127,7 +127,7 @@ TEST_F(GatewayUploadTest, RefusesBeforeTheBody) {
     };
     EXPECT_EQ(detail(404, "/nothing", {}), "There is no resource at /nothing.");
     EXPECT_EQ(detail(405, "/notes/a", {}), "/notes/a doesn't have the method PUT.");
-    EXPECT_EQ(detail(400, Path + "?schema=2", {}), "The query has schema=2, and 0 or 1 was expected.");
+    EXPECT_EQ(detail(400, Path + "?schema=2", {}), "The query has schema=2, and 0, 1 or 2020-12 was expected.");
     EXPECT_EQ(detail(415, Path, {{"Content-Type", "application/json"}}),
               "The body is 'application/json', and 'application/octet-stream' was expected.");
     EXPECT_EQ(detail(415, Path, {{"Content-Encoding", "gzip"}}),

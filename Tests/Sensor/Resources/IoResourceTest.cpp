@@ -192,9 +192,11 @@ TEST_F(IoResourceTest, AStreamHasTheNewestState) {
 
 TEST_F(IoResourceTest, TheLimitOfStreamsIsReported) {
     std::vector<std::shared_ptr<Http::IBodyStream>> open;
+    Http::HttpRequest local;
+    local.peerIsLoopback = true;
     const auto add = [&](std::size_t edges) {
         open.push_back(streams
-                           ->Open({"/events", {{"topic", "io;edges=" + std::to_string(edges)}}}, {},
+                           ->Open({"/events", {{"topic", "io;edges=" + std::to_string(edges)}}}, local,
                                   Http::Responder(std::make_shared<NoConnection>()))
                            .stream);
     };

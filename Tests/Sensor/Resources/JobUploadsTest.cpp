@@ -87,6 +87,9 @@ protected:
     /// What is beside the jobs.
     std::size_t TemporaryFiles() const {
         std::size_t count = 0;
+        if (!std::filesystem::exists(folder.File("jobs"))) {
+            return count;
+        }
         for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.File("jobs"))) {
             const bool isJob =
                 entry.path().extension() == ".vrjob" && !entry.path().filename().string().starts_with('.');
