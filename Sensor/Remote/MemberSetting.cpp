@@ -10,6 +10,7 @@
 #include <cctype>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -79,9 +80,14 @@ std::optional<json> ValueOfEnumeration(const json& schema, const json& values, c
 std::string ListOfEnumeration(const json& schema, const json& values) {
     std::vector<std::string> list;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        const std::string name = NameAt(schema, i);
         const std::string value = values[i].is_string() ? values[i].get<std::string>() : values[i].dump();
-        list.push_back(name.empty() ? value : name + " (" + value + ")");
+        std::string item = NameAt(schema, i);
+        if (item.empty()) {
+            item = value;
+        } else {
+            item.append(" (").append(value).append(")");
+        }
+        list.push_back(std::move(item));
     }
     return Jobs::Listed(list);
 }

@@ -132,6 +132,7 @@ void RemoteTool::Set(const RemoteCommand& command) {
         throw StartError(command.path + ": expected the path of a resource without a query.");
     }
     std::vector<MemberSetting> settings;
+    settings.reserve(command.settings.size());
     for (const std::string& text : command.settings) {
         settings.push_back(MemberSetting::Parse(text));
     }
