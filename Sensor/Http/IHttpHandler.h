@@ -57,6 +57,7 @@ public:
     virtual bool IsInPieces(const HttpRequest& /*request*/) const { return false; }
     /// Called instead of Handle, with a request whose body is taken in pieces and hasn't been received yet. Returns
     /// what takes it. An answer before its end refuses the request: the rest isn't read, and the connection is closed.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): those who receive bodies keep both
     virtual std::shared_ptr<IBodyReceiver> Receive(HttpRequest /*request*/, Responder /*responder*/) { return nullptr; }
 };
 
