@@ -28,18 +28,11 @@ public:
 
     HttpAnswer Ask(const std::string& method, const std::string& path, const nlohmann::json& body = nullptr,
                    const std::vector<std::string>& fields = {}) const {
-        std::vector<std::string> command{"curl",       "--silent", "--show-error", "--include",
-                                         "--max-time", "20",       "--request",    method};
+        std::vector<std::string> options{"--request", method};
         if (!body.is_null()) {
-            command.insert(command.end(), {"--data", body.dump(), "--header", "Content-Type: application/json"});
+            options.insert(options.end(), {"--data", body.dump(), "--header", "Content-Type: application/json"});
         }
-        for (const std::string& field : fields) {
-            command.insert(command.end(), {"--header", field});
-        }
-        command.push_back(host + path);
-        const Answer answer = RunToEnd(command);
-        EXPECT_EQ(answer.status, 0) << answer.errors;
-        return ParseHttpAnswer(answer.output);
+        return AskWith(options, path, fields);
     }
     HttpAnswer Get(const std::string& path) const { return Ask("GET", path); }
 
@@ -52,15 +45,7 @@ public:
     /// A PUT of a file.
     HttpAnswer Upload(const std::string& path, const std::string& file,
                       const std::vector<std::string>& fields = {}) const {
-        std::vector<std::string> command{"curl",       "--silent", "--show-error",  "--include",
-                                         "--max-time", "20",       "--upload-file", file};
-        for (const std::string& field : fields) {
-            command.insert(command.end(), {"--header", field});
-        }
-        command.push_back(host + path);
-        const Answer answer = RunToEnd(command);
-        EXPECT_EQ(answer.status, 0) << answer.errors;
-        return ParseHttpAnswer(answer.output);
+        return AskWith({"--upload-file", file}, path, fields);
     }
 
     /// A stream, line by line.
@@ -78,6 +63,19 @@ public:
     std::uint16_t Port() const { return static_cast<std::uint16_t>(std::stoi(host.substr(host.rfind(':') + 1))); }
 
 private:
+    HttpAnswer AskWith(const std::vector<std::string>& options, const std::string& path,
+                       const std::vector<std::string>& fields) const {
+        std::vector<std::string> command{"curl", "--silent", "--show-error", "--include", "--max-time", "20"};
+        command.insert(command.end(), options.begin(), options.end());
+        for (const std::string& field : fields) {
+            command.insert(command.end(), {"--header", field});
+        }
+        command.push_back(host + path);
+        const Answer answer = RunToEnd(command);
+        EXPECT_EQ(answer.status, 0) << answer.errors;
+        return ParseHttpAnswer(answer.output);
+    }
+
     std::string host;
 };
 
